@@ -1,0 +1,10 @@
+# How every target of the project is compiled: C++20, warnings, and floating point that gives the
+# same bits on every CPU.
+function(orva_target_defaults target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE -ffp-contract=off)
+  if(PROJECT_IS_TOP_LEVEL)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+  endif()
+endfunction()

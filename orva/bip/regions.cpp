@@ -1,0 +1,178 @@
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <deque>
+#include <iostream>
+#include <limits>
+#include <vector>
+
+#include "orva/bip/bip.h"
+
+namespace orva::bip {
+namespace {
+
+constexpr short kBackground = -1;
+constexpr short kUnvisited = -2;  // a candidate that no region has reached; never survives
+constexpr int kMaxRegions = std::numeric_limits<short>::max() + 1;
+
+// Grows regions of equal input value over the unvisited pixels of a label image, breadth first.
+template <class T>
+class Flood {
+ public:
+  Flood(const image<T>& in, image<short>& labels, int reach, NeighborhoodType type)
+      : in_(in.pixels()),
+        labels_(labels),
+        reach_(std::clamp(reach, 0, std::max({labels.nx(), labels.ny(), labels.nz()}))),
+        type_(type) {}
+
+  // Labels every region and returns their number.
+  int run() {
+    int n = 0;
+    short* labels = labels_.pixels();
+    for (int z = 0; z < labels_.nz(); ++z) {
+      for (int y = 0; y < labels_.ny(); ++y) {
+        for (int x = 0; x < labels_.nx(); ++x) {
+          if (labels[indexOf(x, y, z)] != kUnvisited) continue;
+          if (n == kMaxRegions) {
+            dropUnvisited();
+            return n;
+          }
+          grow({x, y, z}, static_cast<short>(n++));
+        }
+      }
+    }
+    return n;
+  }
+
+ private:
+  struct Voxel {
+    int x;
+    int y;
+    int z;
+  };
+
+  std::ptrdiff_t indexOf(int x, int y, int z) const {
+    return x + labels_.nx() * (y + std::ptrdiff_t{labels_.ny()} * z);
+  }
+
+  void dropUnvisited() {
+    std::cerr << "In bip::regions\n"
+              << "   Warning: more than 32768 regions, the rest are ignored\n";
+    std::replace(labels_.pixels(), labels_.pixels() + labels_.npix(), kUnvisited, kBackground);
+  }
+
+  void grow(Voxel seed, short label) {
+    const std::ptrdiff_t first = indexOf(seed.x, seed.y, seed.z);
+    const T value = in_[first];
+    labels_.pixels()[first] = label;
+    queue_.push_back(seed);
+    const auto visit = [&](int x, int y, int z) {
+      const std::ptrdiff_t i = indexOf(x, y, z);
+      if (labels_.pixels()[i] != kUnvisited || in_[i] != value) return;
+      labels_.pixels()[i] = label;
+      queue_.push_back({x, y, z});
+    };
+    while (!queue_.empty()) {
+      visitNeighbours(queue_.front(), visit);
+      queue_.pop_front();
+    }
+  }
+
+  template <class Visit>
+  void visitNeighbours(const Voxel p, Visit visit) const {
+    const int x0 = std::max(p.x - reach_, 0);
+    const int y0 = std::max(p.y - reach_, 0);
+    const int z0 = std::max(p.z - reach_, 0);
+    const int x1 = std::min(p.x + reach_, labels_.nx() - 1);
+    const int y1 = std::min(p.y + reach_, labels_.ny() - 1);
+    const int z1 = std::min(p.z + reach_, labels_.nz() - 1);
+    if (type_ == NEIGHBORHOOD_8) {
+      for (int z = z0; z <= z1; ++z) {
+        for (int y = y0; y <= y1; ++y) {
+          for (int x = x0; x <= x1; ++x) visit(x, y, z);
+        }
+      }
+    } else if (type_ == NEIGHBORHOOD_4) {
+      visit(p.x, y0, p.z);
+      visit(p.x, y1, p.z);
+      visit(x0, p.y, p.z);
+      visit(x1, p.y, p.z);
+      visit(p.x, p.y, z0);
+      visit(p.x, p.y, z1);
+    }
+  }
+
+  const T* in_;
+  image<short>& labels_;
+  int reach_;
+  NeighborhoodType type_;
+  std::deque<Voxel> queue_;
+};
+
+// The regions among the pixels for which isCandidate(value) holds.
+template <class T, class IsCandidate>
+image<short> label(const image<T>& in, int& n, int reach, NeighborhoodType type,
+                   IsCandidate isCandidate) {
+  if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
+  image<short> labels(in.nx(), in.ny(), in.nz(), 1, 1);
+  std::transform(in.pixels(), in.pixels() + labels.npix(), labels.pixels(),
+                 [&](T v) { return isCandidate(v) ? kUnvisited : kBackground; });
+  n = Flood<T>(in, labels, reach, type).run();
+  return labels;
+}
+
+}  // namespace
+
+image<short> regions(const image<unsigned char>& in, int& n, int value, int reach,
+                     NeighborhoodType type) {
+  return label(in, n, reach, type, [value](unsigned char v) { return value < 0 || v == value; });
+}
+
+image<short> regions(const image<unsigned char>& in) {
+  int n = 0;
+  return regions(in, n, 255, 1, NEIGHBORHOOD_4);
+}
+
+image<short> regions(const image<short>& in, int& n) {
+  return label(in, n, 1, NEIGHBORHOOD_8, [](short) { return true; });
+}
+
+image<short> regions(const image<short>& in) {
+  int n = 0;
+  return regions(in, n);
+}
+
+int regionNumber(const image<short>& labels) {
+  return labels.isNull() ? 0 : std::max<int>(labels.max(), -1) + 1;
+}
+
+void relabel(image<short>& labels) {
+  const int n = regionNumber(labels);
+  std::vector<short> renamed(static_cast<std::size_t>(n), kBackground);
+  short* first = labels.pixels();
+  short* last = first + labels.npix();
+  std::for_each(first, last, [&](short k) {
+    if (k >= 0) renamed[static_cast<std::size_t>(k)] = 0;
+  });
+  short next = 0;
+  for (short& name : renamed) {
+    if (name == 0) name = next++;
+  }
+  std::for_each(first, last, [&](short& k) {
+    if (k >= 0) k = renamed[static_cast<std::size_t>(k)];
+  });
+}
+
+bool isBinaryImage(const Image& img) {
+  if (img.format() != BYTE) return false;
+  const auto* bytes = static_cast<const unsigned char*>(img.data());
+  return std::all_of(bytes, bytes + img.npix(), [](unsigned char v) { return v == 0 || v == 255; });
+}
+
+void reverse(image<unsigned char>& img) {
+  for (int i = 0; i < img.npix(); ++i) {
+    img.pixels()[i] = static_cast<unsigned char>(255 - img.pixels()[i]);
+  }
+}
+
+}  // namespace orva::bip

@@ -1,0 +1,172 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "orva/image/image.h"
+#include "orva/image/pixel_traits.h"
+
+namespace orva {
+namespace {
+
+template <class T>
+image<T> nullImage() {
+  return image<T>(0, 1, 1, 1, 1);
+}
+
+image<float> toLuminance(const Image& img, image<float> result) {
+  float* to = result.pixels();
+  for (int i = 0; i < result.npix(); ++i) to[i] = img.pixel(i);
+  return result;
+}
+
+template <class T>
+void convertSamples(const Image& img, image<float>& result) {
+  const T* from = static_cast<const T*>(img.data());
+  std::transform(from, from + result.npix(), result.pixels(),
+                 [](T v) { return static_cast<float>(v); });
+}
+
+image<GenericRgb<unsigned char>> greyToRgb(const Image& img,
+                                           image<GenericRgb<unsigned char>> result) {
+  const image<unsigned char> grey = toByteImage(img, true);
+  std::transform(grey.pixels(), grey.pixels() + result.npix(), result.pixels(),
+                 [](unsigned char v) {
+                   return GenericRgb<unsigned char>{v, v, v};
+                 });
+  return result;
+}
+
+// The colour laid over white.
+GenericRgb<unsigned char> composite(const unsigned char* rgba) {
+  const float alpha = static_cast<float>(rgba[3]) / 255.0F;
+  const auto over = [alpha](unsigned char c) {
+    return pixelFromFloat<unsigned char>(static_cast<float>(c) * alpha + (1.0F - alpha) * 255.0F);
+  };
+  return {over(rgba[0]), over(rgba[1]), over(rgba[2])};
+}
+
+// The luminance is stretched to 0..255 and each colour keeps its proportions.
+template <class T>
+image<GenericRgb<unsigned char>> scaleColour(const Image& img,
+                                             image<GenericRgb<unsigned char>> result) {
+  const image<float> bright =
+      toLuminance(img, image<float>(img.nx(), img.ny(), img.nframes(), 1, 1));
+  const image<unsigned char> stretched = toByteImage(bright, true);
+  const auto* from = static_cast<const GenericRgb<T>*>(img.data());
+  GenericRgb<unsigned char>* to = result.pixels();
+  for (int i = 0; i < result.npix(); ++i) {
+    const float factor = static_cast<float>(stretched.pixels()[i]) / bright.pixels()[i];
+    const auto scaled = [factor](T c) {
+      return pixelFromFloat<unsigned char>(factor * static_cast<float>(c));
+    };
+    to[i] = {scaled(from[i].c0), scaled(from[i].c1), scaled(from[i].c2)};
+  }
+  return result;
+}
+
+}  // namespace
+
+image<unsigned char> toByteImage(const Image& img, bool scale) {
+  const int format = img.format();
+  if (img.isNull() || format < BYTE || format > RGBA) return nullImage<unsigned char>();
+  if (format == BYTE && !scale) {
+    if (const auto* bytes = dynamic_cast<const image<unsigned char>*>(&img)) return *bytes;
+  }
+
+  image<unsigned char> result(img.nx(), img.ny(), img.nframes(), 1, 1);
+  if (result.isNull()) return result;
+  float low = img.pixel(0);
+  float high = low;
+  for (int i = 1; i < result.npix(); ++i) {
+    const float v = img.pixel(i);
+    if (low > v) {
+      low = v;
+    } else {
+      high = std::max(v, high);
+    }
+  }
+  // Intended: a constant image becomes black, whatever its value.
+  if (std::abs(low - high) < 0.0001) return result;
+
+  const bool fits = low >= 0.0F && high <= 255.0F && !scale;
+  unsigned char* to = result.pixels();
+  for (int i = 0; i < result.npix(); ++i) {
+    const float v = img.pixel(i);
+    if (fits) {
+      to[i] = pixelFromFloat<unsigned char>(v);
+    } else if (v == high) {
+      to[i] = 255;  // exactly, whatever the quotient below rounds to
+    } else {
+      to[i] = pixelFromFloat<unsigned char>((v - low) * 255.0F / (high - low));
+    }
+  }
+  return result;
+}
+
+image<GenericRgb<unsigned char>> toRgbImage(const Image& img) {
+  using Rgb = GenericRgb<unsigned char>;
+  if (img.isNull()) return nullImage<Rgb>();
+  const image<Rgb> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  switch (img.format()) {
+    case BYTE:
+    case INT:
+    case USHORT:
+    case SHORT:
+    case FLOAT:
+    case UINT:
+      return greyToRgb(img, result);
+    case RGB:
+      std::copy_n(static_cast<const Rgb*>(img.data()), result.npix(), result.pixels());
+      return result;
+    case RGBA: {
+      const auto* from = static_cast<const unsigned char*>(img.data());
+      for (int i = 0; i < result.npix(); ++i) {
+        result.pixels()[i] = composite(from + 4 * static_cast<std::ptrdiff_t>(i));
+      }
+      return result;
+    }
+    case SHORTRGB:
+      return scaleColour<short>(img, result);
+    case INTRGB:
+      return scaleColour<int>(img, result);
+    case FLOATRGB:
+      return scaleColour<float>(img, result);
+    default:
+      return nullImage<Rgb>();
+  }
+}
+
+image<float> toFloatImage(const Image& img) {
+  if (img.isNull()) return nullImage<float>();
+  image<float> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  switch (img.format()) {
+    case BYTE:
+      convertSamples<unsigned char>(img, result);
+      return result;
+    case SHORT:
+      convertSamples<short>(img, result);
+      return result;
+    case INT:
+      convertSamples<int>(img, result);
+      return result;
+    case USHORT:
+      convertSamples<std::uint16_t>(img, result);
+      return result;
+    case UINT:
+      convertSamples<unsigned int>(img, result);
+      return result;
+    case FLOAT:
+      convertSamples<float>(img, result);
+      return result;
+    case RGB:
+    case SHORTRGB:
+    case INTRGB:
+    case FLOATRGB:
+      return toLuminance(img, result);
+    default:
+      return nullImage<float>();
+  }
+}
+
+}  // namespace orva

@@ -1,0 +1,176 @@
+#include <algorithm>
+#include <fstream>
+#include <initializer_list>
+#include <iostream>
+#include <locale>
+
+#include "orva/image_io/image_io.h"
+#include "orva/util/fnp.h"
+#include "orva/util/global.h"
+
+namespace orva::image_io {
+namespace {
+
+struct FormatWords {
+  const char* format;
+  const char* sign;
+};
+
+FormatWords wordsOf(int format) {
+  switch (format) {
+    case BYTE:
+      return {"integer", "unsigned"};
+    case INT:
+      return {"integer", "signed"};
+    case USHORT:
+      return {"unshort", "unsigned"};
+    case SHORT:
+      return {"integer", "signed"};
+    case FLOAT:
+      return {"float", "signed"};
+    case UINT:
+      return {"unint", "unsigned"};
+    case RGB:
+      return {"rgb", "unsigned"};
+    case SHORTRGB:
+      return {"srgb", "signed"};
+    case INTRGB:
+      return {"irgb", "signed"};
+    case FLOATRGB:
+      return {"frgb", "signed"};
+    case RGBA:
+      return {"rgba", "unsigned"};
+    default:
+      return {"unknown", "signed"};
+  }
+}
+
+// The two files of a pair, and the name that messages show.
+struct PairNames {
+  std::string given;
+  std::string header;
+  std::string data;
+
+  explicit PairNames(const std::string& name) : given(fnp::clean(name)) {
+    const bool hasExtension = fnp::extension(given) == "ics";
+    header = hasExtension ? given : given + ".ics";
+    data = (hasExtension ? fnp::root(given) : given) + ".ids";
+  }
+};
+
+void writeSizes(std::ostream& out, std::initializer_list<int> sizes) {
+  out << "layout\tsizes";
+  for (const int size : sizes) out << '\t' << size;
+  out << '\n';
+}
+
+void writeStart(std::ostream& out, const PairNames& names) {
+  out << "\t\n"
+      << "ics_version\t1.0\n"
+      << "filename\t" << fnp::tail(fnp::root(names.header)) << '\n';
+}
+
+void writeCoordinates(std::ostream& out, int bits) {
+  out << "layout\tcoordinates\tvideo\n"
+      << "layout\tsignificant_bits\t" << bits << '\n';
+}
+
+void writeRepresentation(std::ostream& out, const FormatWords& words, int planes) {
+  out << "representation\tformat\t" << words.format << '\n'
+      << "representation\tsign\t" << words.sign << '\n'
+      << "representation\tcompression\tuncompressed\n"
+      << "representation\tbyte_order\t2\t1\n"
+      << "representation\tSCIL_TYPE\t" << (planes < 2 ? "g2d" : "g3d") << '\n';
+}
+
+int bitsOf(const Image& img) { return img.pixelSize() * 8; }
+
+void writePlainHeader(std::ostream& out, const PairNames& names, const Image& img) {
+  writeStart(out, names);
+  out << "layout\tparameters\t6\n"
+      << "layout\torder\tbits\tx\ty\tz\tc\tt\n";
+  writeSizes(out, {bitsOf(img), img.nx(), img.ny(), img.nz(), img.nc(), img.nt()});
+  writeCoordinates(out, bitsOf(img));
+  writeRepresentation(out, wordsOf(img.format()), img.nz());
+  out << "parameter\tex_filter\tUNDEFINED\n"
+      << "parameter\texp_time\tUNDEFINED\n"
+      << "history\tdate\tUNDEFINED\n"
+      << "history\tUTC_seconds\tUNDEFINED\n";
+}
+
+// Intended: height stands before width, and all frames are planes of z.
+template <class Info>
+void writeRecordHeader(std::ostream& out, const PairNames& names, const Info& info,
+                       const Image& img) {
+  const int planes = img.nframes();
+  writeStart(out, names);
+  if (planes < 2) {
+    out << "layout\tparameters\t3\n"
+        << "layout\torder\tbits\tx\ty\n";
+    writeSizes(out, {bitsOf(img), img.ny(), img.nx()});
+  } else {
+    out << "layout\tparameters\t4\n"
+        << "layout\torder\tbits\tx\ty\tz\n";
+    writeSizes(out, {bitsOf(img), img.ny(), img.nx(), planes});
+  }
+  writeCoordinates(out, bitsOf(img));
+  writeRepresentation(out, {img.format() == FLOAT ? "float" : "integer", "signed"}, planes);
+  out << info << '\n';
+}
+
+void reportUnwritten(const std::string& file) {
+  std::cerr << "In image_io::writeICS\n"
+            << "   Error in writing " << file << '\n';
+}
+
+// The header as writeHeader(stream) puts it, then the pixels.
+template <class WriteHeader>
+void writePair(const PairNames& names, const Image& img, WriteHeader writeHeader) {
+  std::ofstream header(names.header);
+  if (!header) {
+    std::cerr << "In image_io::writeICS\n"
+              << "   Can not open file" << names.given << '\n'
+              << "   Ignored.\n";
+    return;
+  }
+  header.imbue(std::locale::classic());
+  writeHeader(header);
+  header.close();
+  if (!header) {
+    reportUnwritten(names.header);
+    return;
+  }
+
+  std::ofstream data(names.data, std::ios::binary | std::ios::trunc);
+  if (!data) {
+    std::cerr << "In image_io::writeICS\n";
+    std::cout << "   Can not open file" << names.data << '\n';
+    std::cerr << "  In image_io::writeICS\n";
+    return;
+  }
+  const auto pixels = static_cast<std::streamsize>(std::max(img.npix(), 0));
+  data.write(static_cast<const char*>(img.data()), pixels * img.pixelSize());
+  data.close();
+  if (!data) reportUnwritten(names.data);
+}
+
+template <class Info>
+void writeWithRecord(const Info& info, const Image& img) {
+  const PairNames names(info.datasetName());
+  writePair(names, img, [&](std::ostream& out) { writeRecordHeader(out, names, info, img); });
+}
+
+}  // namespace
+
+void writeICS(const std::string& filename, const Image& img) {
+  const PairNames names(filename);
+  writePair(names, img, [&](std::ostream& out) { writePlainHeader(out, names, img); });
+}
+
+void writeICS(const IcsInfo& info, const Image& img) { writeWithRecord(info, img); }
+
+void writeICS(const MultiChannelIcsInfo& info, const Image& img) { writeWithRecord(info, img); }
+
+Image* readICS(const std::string& /*filename*/) { return nullptr; }
+
+}  // namespace orva::image_io

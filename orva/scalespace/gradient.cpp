@@ -1,0 +1,72 @@
+#include <cmath>
+
+#include "orva/image/pixel_traits.h"
+#include "orva/image_math/image_math.h"
+#include "orva/scalespace/scalespace.h"
+
+namespace orva::scalespace {
+namespace {
+
+// One pixel of type T from the pixels of same index of equally sized images.
+template <class T, class F, class... Images>
+image<T> combine(F f, const Image& a, const Images&... others) {
+  if (!(a.equalSize(others) && ...)) return image<T>(0, 1, 1, 1, 1);
+  image<T> result(a.nx(), a.ny(), a.nframes(), 1, 1);
+  for (int i = 0; i < result.npix(); ++i) {
+    result.pixels()[i] = pixelFromFloat<T>(f(a.pixel(i), others.pixel(i)...));
+  }
+  return result;
+}
+
+}  // namespace
+
+image<float> gradient(const Image& img, float sigma, float ratio) {
+  image<float> gx = gaussian(img, sigma, 1, 0, 0);
+  const image<float> gy = gaussian(img, sigma, 0, 1, 0);
+  float* g = gx.pixels();
+  if (img.nframes() > 1) {
+    const image<float> gz = gaussian(img, ratio == 0.0F ? sigma : sigma / ratio, 0, 0, 1);
+    for (int i = 0; i < gx.npix(); ++i) {
+      const float y = gy.pixels()[i];
+      const float z = gz.pixels()[i];
+      g[i] = std::sqrt(g[i] * g[i] + y * y + z * z);
+    }
+  } else {
+    for (int i = 0; i < gx.npix(); ++i) g[i] = image_math::norm(g[i], gy.pixels()[i]);
+  }
+  return gx;
+}
+
+image<short> gradient(const Image& a, const Image& b) {
+  return combine<short>([](float x, float y) { return image_math::norm(x, y); }, a, b);
+}
+
+image<short> gradient(const Image& a, const Image& b, const Image& c) {
+  return combine<short>([](float x, float y, float z) { return std::sqrt(x * x + y * y + z * z); },
+                        a, b, c);
+}
+
+image<unsigned char> direction(const Image& a, const Image& b) {
+  return combine<unsigned char>(
+      [](float y, float x) { return static_cast<float>(image_math::direction(y, x)); }, a, b);
+}
+
+image<short> angle(const Image& a, const Image& b) {
+  return combine<short>([](float y, float x) { return image_math::angle(y, x); }, a, b);
+}
+
+image<float> angleInRadian(const Image& a, const Image& b) {
+  return combine<float>([](float y, float x) { return std::atan2(y, x); }, a, b);
+}
+
+image<float> laplacian(const Image& img, float sigma) {
+  image<float> sum = gaussian(img, sigma, 2, 0, 0);
+  const auto add = [&sum](const image<float>& term) {
+    for (int i = 0; i < sum.npix(); ++i) sum.pixels()[i] += term.pixels()[i];
+  };
+  add(gaussian(img, sigma, 0, 2, 0));
+  if (img.nframes() > 1) add(gaussian(img, sigma, 0, 0, 2));
+  return sum;
+}
+
+}  // namespace orva::scalespace

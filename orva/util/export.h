@@ -1,0 +1,8 @@
+/// @file
+/// Marks what the shared library offers to its callers; everything else is built hidden.
+#ifndef ORVA_UTIL_EXPORT_H
+#define ORVA_UTIL_EXPORT_H
+
+#define ORVA_EXPORT __attribute__((visibility("default")))
+
+#endif

@@ -1,0 +1,177 @@
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <limits>
+#include <vector>
+
+#include "orva/bip/bip.h"
+#include "orva/scalespace/scalespace.h"
+#include "orva/voting/circularvoting.h"
+
+namespace orva::voting {
+namespace {
+
+// Below or at this a magnitude counts as 0.
+constexpr double kNothing = 0.001;
+
+// Voting points keep their coordinates in 16 bits.
+constexpr std::int64_t kLargestSide = std::numeric_limits<std::int16_t>::max();
+
+// The border that holds the farthest cell of a cone; more than any image has for radii that do not
+// fit.
+std::int64_t marginFor(int coneWidth, int maxRadius) {
+  const double w = coneWidth;
+  const double r = maxRadius;
+  return static_cast<std::int64_t>(std::sqrt(w * w + r * r) + 3.0);
+}
+
+// Gradient directions of length one (where there is a gradient) and magnitudes.
+struct Gradient {
+  image<float> x;
+  image<float> y;
+  image<float> magnitude;
+};
+
+Gradient gradientOf(const Image& img, float sigma, float sign) {
+  Gradient g{scalespace::dX(img, sigma), scalespace::dY(img, sigma),
+             image<float>(img.nx(), img.ny(), 1, 1, 1)};
+  if (g.x.isNull()) return g;  // a format that has no float form
+  float* gx = g.x.pixels();
+  float* gy = g.y.pixels();
+  float* m = g.magnitude.pixels();
+  for (int i = 0; i < g.magnitude.npix(); ++i) {
+    gx[i] *= sign;
+    gy[i] *= sign;
+    m[i] = std::sqrt(gx[i] * gx[i] + gy[i] * gy[i]);
+    if (m[i] > kNothing) {
+      gx[i] /= m[i];
+      gy[i] /= m[i];
+    }
+  }
+  return g;
+}
+
+// Magnitudes below the threshold become 0; the others are divided by the largest unless absolute.
+void selectStrong(image<float>& magnitude, float threshold, bool absolute) {
+  const float largest = magnitude.max();
+  if (!(largest > kNothing)) return;
+  for (int i = 0; i < magnitude.npix(); ++i) {
+    float& m = magnitude.pixels()[i];
+    if (m < threshold) {
+      m = 0.0F;
+    } else if (!absolute) {
+      m /= largest;
+    }
+  }
+}
+
+void selectEdges(image<float>& magnitude, const Image& img, float sigma) {
+  const image<unsigned char> edges =
+      bip::edge(scalespace::features(img, sigma, LAPLACIAN_NEGATIVE, 1.0F));
+  for (int i = 0; i < magnitude.npix(); ++i) {
+    if (edges.pixels()[i] == 0) magnitude.pixels()[i] = 0.0F;
+  }
+}
+
+// Intended: only Power changes a magnitude, Exponential leaves all as they are.
+void weigh(image<float>& magnitude, CircularVoting::WeightingMethod weighting, float exponent) {
+  if (weighting != CircularVoting::Power || !(std::abs(exponent - 1.0) > kNothing)) return;
+  for (int i = 0; i < magnitude.npix(); ++i) {
+    float& m = magnitude.pixels()[i];
+    if (m > kNothing) m = std::pow(m, exponent);
+  }
+}
+
+}  // namespace
+
+void CircularVoting::setSize(int nx, int ny) {
+  nx_ = nx;
+  ny_ = ny;
+  npix_ = static_cast<int>(static_cast<unsigned>(nx) * static_cast<unsigned>(ny));
+}
+
+void CircularVoting::collectPoints(const Image& img) {
+  Gradient g = gradientOf(img, sigma, regionType == Dark ? -1.0F : 1.0F);
+  selectStrong(g.magnitude, gradThreshold, absoluteValues);
+  if (useEdges) selectEdges(g.magnitude, img, sigma);
+  weigh(g.magnitude, weighting, weightParam);
+  for (int y = 0, i = 0; y < ny_; ++y) {
+    for (int x = 0; x < nx_; ++x, ++i) {
+      const float weight = g.magnitude.pixels()[i];
+      if (!(weight > kNothing)) continue;
+      VPoint2D p;
+      p.x = static_cast<std::int16_t>(x + margin_);
+      p.y = static_cast<std::int16_t>(y + margin_);
+      p.angle = static_cast<std::int16_t>(computeAngleIndex(g.x.pixels()[i], g.y.pixels()[i]));
+      p.weight = weight;
+      points_.push_back(p);
+    }
+  }
+}
+
+void CircularVoting::compute(const Image& img) {
+  setSize(img.nx(), img.ny());
+  points_.clear();
+  centerWeights_.clear();
+  const std::int64_t margin = marginFor(coneWidth, maxRadius);
+  const bool fits = std::max(nx_, ny_) + 2 * margin <= kLargestSide;
+  if (img.isNull() || npix_ == 0 || !fits) {
+    if (!fits) {
+      std::cerr << "In CircularVoting::compute\n"
+                << "   Warning: image is too large, no centers\n";
+    }
+    votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
+    return;
+  }
+
+  margin_ = static_cast<int>(margin);
+  points_.reserve(static_cast<std::size_t>(npix_) / 2);
+  collectPoints(img);
+
+  const int pad = 2 * margin_;
+  setSize(nx_ + pad, ny_ + pad);
+  WPoint2D::nx = ConePlane2D::nx = Cone2D::nx = nx_;
+  WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = ny_;
+  vote();
+  setSize(nx_ - pad, ny_ - pad);
+  extractCenters();
+
+  for (VPoint2D& p : points_) {
+    p.x = static_cast<std::int16_t>(p.x - margin_);
+    p.y = static_cast<std::int16_t>(p.y - margin_);
+    p.cx = static_cast<std::int16_t>(p.cx - margin_);
+    p.cy = static_cast<std::int16_t>(p.cy - margin_);
+  }
+}
+
+// The regions of votes above the threshold become centres with their mean vote.
+void CircularVoting::extractCenters() {
+  votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
+  float* votes = votingImage_.pixels();
+  float most = 0.0F;
+  for (int y = 0, i = 0; y < ny_; ++y) {
+    const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
+    for (int x = 0; x < nx_; ++x, ++i) {
+      votes[i] = row[x];
+      if (votes[i] > most) most = votes[i];
+    }
+  }
+
+  const float threshold = absoluteValues ? centerThreshold : centerThreshold * most;
+  image<unsigned char> mask(nx_, ny_, 1, 1, 1);
+  for (int i = 0; i < npix_; ++i) mask.pixels()[i] = votes[i] > threshold ? 255 : 0;
+  int n = 0;
+  const image<short> labels = bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
+  const std::vector<RegionFeature> features = bip::regionFeatures(labels, n, votingImage_);
+
+  std::fill_n(votes, npix_, 0.0F);
+  for (const RegionFeature& f : features) {
+    if (f.cx < 0 || f.cx >= nx_ || f.cy < 0 || f.cy >= ny_) continue;
+    votingImage_.setPixel(f.cx, f.cy, f.mean);
+    centers_.emplace_back(f.cx, f.cy);
+    centerWeights_.push_back(f.mean);
+  }
+}
+
+}  // namespace orva::voting
