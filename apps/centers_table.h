@@ -1,0 +1,36 @@
+// The centres of one image as text: a CSV table or a JSON document.
+#ifndef ORVA_APPS_CENTERS_TABLE_H
+#define ORVA_APPS_CENTERS_TABLE_H
+
+#include <string>
+#include <vector>
+
+#include "apps/vote.h"
+
+namespace orva_app {
+
+enum class TableFormat { kCsv, kJson };
+
+// The shortest decimal text that reads back as `v`.
+std::string shortest(float v);
+
+// One field of a CSV row, quoted where it must be.
+std::string csvField(const std::string& text);
+
+// A header line "x,y,weight", then a row a centre.
+std::string centersAsCsv(const std::vector<Center>& centers);
+
+// What a JSON document says about its image besides the centres.
+struct ImageFacts {
+  std::string file;
+  int frame;
+  int width;
+  int height;
+};
+
+std::string centersAsJson(const ImageFacts& facts, const VoteSettings& settings,
+                          const VoteResult& result);
+
+}  // namespace orva_app
+
+#endif

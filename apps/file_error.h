@@ -1,0 +1,20 @@
+// What is wrong with a file, in words for its user.
+#ifndef ORVA_APPS_FILE_ERROR_H
+#define ORVA_APPS_FILE_ERROR_H
+
+#include <stdexcept>
+#include <string>
+
+namespace orva_app {
+
+class FileError : public std::runtime_error {
+ public:
+  explicit FileError(const std::string& what) : std::runtime_error(what) {}
+
+  // "what: " and the text of the C library's last error.
+  static FileError fromErrno(const std::string& what);
+};
+
+}  // namespace orva_app
+
+#endif

@@ -1,0 +1,85 @@
+#include "apps/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+#include "apps/file_error.h"
+
+namespace orva_app {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const fs::path& path, int error) {
+  errno = error;
+  throw FileError::fromErrno(path.string() + " can not be written");
+}
+
+// 0, or the error number.
+int writeAll(int file, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(file, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+// Writes and closes; 0, or the error number.
+int finish(int file, std::string_view content) {
+  const int error = writeAll(file, content);
+  const int closed = ::close(file) == 0 ? 0 : errno;
+  return error != 0 ? error : closed;
+}
+
+mode_t usualMode() {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return 0666 & ~mask;
+}
+
+}  // namespace
+
+void writeFile(const fs::path& path, std::string_view content) {
+  std::error_code ignored;
+  const fs::file_status status = fs::status(path, ignored);
+  if (fs::is_directory(status)) fail(path, EISDIR);
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    const int error = file < 0 ? errno : finish(file, content);
+    if (error != 0) fail(path, error);
+    return;
+  }
+  // Through a link the file behind it is replaced, not the link.
+  const fs::path target = fs::exists(status) ? fs::canonical(path) : path;
+  std::string temporary = target.string() + ".XXXXXX";
+  const int file = ::mkostemp(temporary.data(), O_CLOEXEC);
+  if (file < 0) fail(path, errno);
+  int error = ::fchmod(file, usualMode()) == 0 ? 0 : errno;
+  const int written = finish(file, content);
+  if (error == 0) error = written;
+  if (error == 0 && ::rename(temporary.c_str(), target.c_str()) != 0) error = errno;
+  if (error != 0) {
+    ::unlink(temporary.c_str());
+    fail(path, error);
+  }
+}
+
+WorkDirectory::WorkDirectory(const fs::path& parent) {
+  std::string name = (parent / ".orva-XXXXXX").string();
+  if (::mkdtemp(name.data()) == nullptr) fail(parent, errno);
+  path_ = name;
+}
+
+WorkDirectory::~WorkDirectory() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+}  // namespace orva_app

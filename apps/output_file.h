@@ -1,0 +1,33 @@
+// Result files that are written whole or not at all.
+#ifndef ORVA_APPS_OUTPUT_FILE_H
+#define ORVA_APPS_OUTPUT_FILE_H
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace orva_app {
+
+// Puts `content` into `path` through a temporary file beside it, so that a failure leaves what was
+// there before. A path that is no regular file (a pipe, a device) is written to directly. Throws
+// FileError, with the path in its text.
+void writeFile(const std::filesystem::path& path, std::string_view content);
+
+// A directory beside the results, for files that a library call writes by name. It goes away with
+// this object, and with it what has not been moved out.
+class WorkDirectory {
+ public:
+  explicit WorkDirectory(const std::filesystem::path& parent);
+  WorkDirectory(const WorkDirectory&) = delete;
+  WorkDirectory& operator=(const WorkDirectory&) = delete;
+  ~WorkDirectory();
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace orva_app
+
+#endif

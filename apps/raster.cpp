@@ -1,0 +1,88 @@
+#include "apps/raster.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <new>
+
+#include "apps/file_error.h"
+
+namespace orva_app {
+
+std::size_t sizeOf(SampleType type) {
+  switch (type) {
+    case SampleType::kUint8:
+    case SampleType::kInt8:
+      return 1;
+    case SampleType::kUint16:
+    case SampleType::kInt16:
+      return 2;
+    default:
+      return 4;
+  }
+}
+
+Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, SampleType type)
+    : width_(width), height_(height), channels_(channels), type_(type) {
+  constexpr std::size_t kLargestSide = std::numeric_limits<std::int16_t>::max();
+  if (width == 0 || height == 0) throw FileError("the image has no pixels");
+  if (width > kLargestSide || height > kLargestSide) {
+    throw FileError("the image is too large: at most 32767 pixels a side");
+  }
+  // Not initialised: a file that promises more pixels than it holds costs no memory.
+  data_.reset(new unsigned char[height * rowBytes()]);
+}
+
+template <class Sample>
+void Raster::invertSamples() {
+  auto* samples = reinterpret_cast<Sample*>(data_.get());
+  std::for_each(samples, samples + width_ * height_ * channels_,
+                [](Sample& v) { v = static_cast<Sample>(std::numeric_limits<Sample>::max() - v); });
+}
+
+void Raster::invert() {
+  if (type_ == SampleType::kUint8) invertSamples<std::uint8_t>();
+  if (type_ == SampleType::kUint16) invertSamples<std::uint16_t>();
+  if (type_ == SampleType::kUint32) invertSamples<std::uint32_t>();
+}
+
+template <class Sample, class Pixel>
+std::unique_ptr<orva::Image> Raster::convert() const {
+  const int nx = static_cast<int>(width_);
+  const int ny = static_cast<int>(height_);
+  const auto* from = reinterpret_cast<const Sample*>(data_.get());
+  if (channels_ < 3) {
+    auto grey = std::make_unique<orva::image<Pixel>>(nx, ny, 1, 1, 1);
+    for (int i = 0; i < grey->npix(); ++i, from += channels_) {
+      grey->pixels()[i] = static_cast<Pixel>(*from);
+    }
+    return grey;
+  }
+  auto brightness = std::make_unique<orva::image<float>>(nx, ny, 1, 1, 1);
+  for (int i = 0; i < brightness->npix(); ++i, from += channels_) {
+    // The luminance weights stand in the order blue, green, red.
+    brightness->pixels()[i] = orva::luminance(orva::GenericRgb<Sample>{from[2], from[1], from[0]});
+  }
+  return brightness;
+}
+
+std::unique_ptr<orva::Image> Raster::toImage() const {
+  switch (type_) {
+    case SampleType::kUint8:
+      return convert<std::uint8_t, unsigned char>();
+    case SampleType::kInt8:
+      return convert<std::int8_t, short>();
+    case SampleType::kUint16:
+      return convert<std::uint16_t, int>();
+    case SampleType::kInt16:
+      return convert<std::int16_t, short>();
+    case SampleType::kUint32:
+      return convert<std::uint32_t, unsigned int>();
+    case SampleType::kInt32:
+      return convert<std::int32_t, int>();
+    default:
+      return convert<float, float>();
+  }
+}
+
+}  // namespace orva_app

@@ -1,0 +1,82 @@
+#include "apps/vote.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "apps/file_error.h"
+#include "apps/output_file.h"
+#include "orva/scalespace/scalespace.h"
+
+namespace orva_app {
+namespace {
+
+namespace fs = std::filesystem;
+using orva::voting::CircularVoting;
+
+UsedSettings completed(const orva::Image& img, const VoteSettings& s) {
+  const double radius = s.maxRadius;
+  UsedSettings used{};
+  used.coneWidth = s.coneWidth.value_or(static_cast<int>(std::lround(radius / 2)));
+  used.sigma = s.sigma.value_or(static_cast<float>(std::max(1.0, radius / 7)));
+  used.gradient =
+      s.gradient ? *s.gradient
+                 : s.relativeGradient * orva::scalespace::gradient(img, used.sigma, 1.0F).fmax();
+  return used;
+}
+
+// The library finds no centres in an image whose padded side does not fit its 16-bit coordinates;
+// here that is an error.
+void requireFits(const orva::Image& img, int coneWidth, int maxRadius) {
+  const double margin = std::floor(std::hypot(coneWidth, maxRadius) + 3);
+  const double side = std::max(img.nx(), img.ny()) + 2 * margin;
+  if (side > std::numeric_limits<std::int16_t>::max()) {
+    throw FileError("is too large to vote on: a side and twice the margin exceed 32767 pixels");
+  }
+}
+
+// Moves the complete pairs out of the work directory.
+void keepHistory(const fs::path& from, const fs::path& directory, const orva::Image& img) {
+  const auto bytes = static_cast<std::uintmax_t>(img.npix()) * sizeof(float);
+  for (const auto& entry : fs::directory_iterator(from)) {
+    if (entry.path().extension() == ".ids" && entry.file_size() != bytes) {
+      throw FileError((directory / entry.path().filename()).string() + " can not be written");
+    }
+  }
+  for (const auto& entry : fs::directory_iterator(from)) {
+    fs::rename(entry.path(), directory / entry.path().filename());
+  }
+}
+
+}  // namespace
+
+VoteResult vote(const orva::Image& img, const VoteSettings& s,
+                const std::optional<std::string>& history) {
+  VoteResult result{completed(img, s), {}};
+  const UsedSettings& used = result.used;
+  requireFits(img, used.coneWidth, s.maxRadius);
+
+  CircularVoting voting;
+  voting.setParams(s.polarity, s.minRadius, s.maxRadius, used.coneWidth, used.gradient,
+                   s.threshold.value_or(s.relativeThreshold), used.sigma, CircularVoting::Power,
+                   s.power, s.edges, s.threshold.has_value());
+  if (history) {
+    const fs::path prefix(*history);
+    const fs::path directory = prefix.has_parent_path() ? prefix.parent_path() : ".";
+    const WorkDirectory work(directory);
+    voting.saveHistory(true);
+    voting.setPrefix((work.path() / prefix.filename()).string());
+    voting.compute(img);
+    keepHistory(work.path(), directory, img);
+  } else {
+    voting.compute(img);
+  }
+
+  for (std::size_t i = 0; i < voting.centers().size(); ++i) {
+    const orva::Point& p = voting.centers()[i];
+    result.centers.push_back({p.x, p.y, voting.center_weights()[i]});
+  }
+  return result;
+}
+
+}  // namespace orva_app

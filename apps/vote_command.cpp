@@ -1,0 +1,266 @@
+#include "apps/vote_command.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <set>
+
+#include "apps/file_error.h"
+#include "apps/image_file.h"
+#include "apps/output_file.h"
+#include "apps/overlay.h"
+
+namespace orva_app {
+namespace {
+
+namespace fs = std::filesystem;
+using orva::voting::CircularVoting;
+
+constexpr int kMostPixels = 1000;  // radius and cone width; the cones take memory by their product
+constexpr float kMostLevels = 3e38F;
+
+// Shows which of several images is at work, on a terminal only.
+class Progress {
+ public:
+  Progress(std::size_t count, bool quiet)
+      : count_(count), shown_(!quiet && ::isatty(STDERR_FILENO) != 0) {}
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress() { clear(); }
+
+  void show(std::size_t index, const std::string& name) const {
+    if (shown_)
+      std::cerr << "\r\033[K[" << index + 1 << '/' << count_ << "] " << name << std::flush;
+  }
+  void clear() const {
+    if (shown_) std::cerr << "\r\033[K" << std::flush;
+  }
+
+ private:
+  std::size_t count_;
+  bool shown_;
+};
+
+std::string seconds(std::chrono::steady_clock::duration time) {
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%lld.%03lld",
+                static_cast<long long>(milliseconds / 1000),
+                static_cast<long long>(milliseconds % 1000));
+  return text.data();
+}
+
+void reportFailure(const std::string& file, const std::exception& error) {
+  std::cerr << "orva: " << file << ": " << error.what() << '\n';
+}
+
+}  // namespace
+
+VoteCommand::VoteCommand(CLI::App& app)
+    : command_(app.add_subcommand("vote", "Find the centres of round objects by circular voting")) {
+  command_->footer(
+      "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and a picture\n"
+      "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png nuclei.pgm");
+  command_->add_option("image", images_, "PGM, PNG or TIFF files")->required();
+  addVotingOptions();
+  addFileOptions();
+}
+
+void VoteCommand::addVotingOptions() {
+  const std::map<std::string, CircularVoting::RegionType> polarities{
+      {"bright", CircularVoting::Bright},
+      {"dark", CircularVoting::Dark},
+      {"both", CircularVoting::Both}};
+  const CLI::Range pixels(1, kMostPixels);
+  const CLI::Range share(0.0F, 1.0F);
+  const CLI::Range level(0.0F, kMostLevels);
+
+  command_->add_option("--polarity", settings_.polarity, "bright, dark or both; default bright")
+      ->transform(CLI::CheckedTransformer(polarities).description(""))
+      ->option_text("NAME");
+  command_->add_option("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
+      ->check(pixels)
+      ->option_text("N");
+  command_
+      ->add_option("--max-radius", settings_.maxRadius,
+                   "Farthest vote in pixels, about 1.4 times an object's radius; default 20")
+      ->check(pixels)
+      ->option_text("N");
+  command_
+      ->add_option("--cone-width", settings_.coneWidth,
+                   "Half-width of the widest cone at its end, in pixels; default half the largest "
+                   "radius")
+      ->check(CLI::Range(0, kMostPixels))
+      ->option_text("N");
+  command_
+      ->add_option("--sigma", settings_.sigma,
+                   "Scale of the gradient in pixels; default a seventh of the largest radius, at "
+                   "least 1")
+      ->check(CLI::Range(0.1F, static_cast<float>(kMostPixels)))
+      ->option_text("S");
+  CLI::Option* gradient = command_
+                              ->add_option("--gradient", settings_.gradient,
+                                           "Gradients below G grey levels a pixel cast no vote")
+                              ->check(level)
+                              ->option_text("G");
+  command_
+      ->add_option("--relative-gradient", settings_.relativeGradient,
+                   "The same as a share of the strongest gradient; default 0.03")
+      ->check(share)
+      ->excludes(gradient)
+      ->option_text("F");
+  CLI::Option* threshold = command_
+                               ->add_option("--threshold", settings_.threshold,
+                                            "Regions of more than T votes make a centre")
+                               ->check(level)
+                               ->option_text("T");
+  command_
+      ->add_option("--relative-threshold", settings_.relativeThreshold,
+                   "The same as a share of the strongest vote, 0.05 to 1; default 0.3")
+      ->check(CLI::Range(0.05F, 1.0F))
+      ->excludes(threshold)
+      ->option_text("F");
+  command_->add_flag("--edges", settings_.edges, "Vote only from the edges of bright blobs");
+  command_
+      ->add_option("--power", settings_.power,
+                   "Exponent that turns gradient magnitudes into weights; default 0.5")
+      ->check(CLI::Range(0.0F, 100.0F))
+      ->option_text("P");
+}
+
+void VoteCommand::addFileOptions() {
+  const std::map<std::string, TableFormat> formats{{"csv", TableFormat::kCsv},
+                                                   {"json", TableFormat::kJson}};
+  command_
+      ->add_option("--history", history_,
+                   "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN")
+      ->option_text("PREFIX");
+  command_->add_option("--frame", frame_, "Page of a TIFF file, counted from 0; default 0")
+      ->check(CLI::Range(0, 65534))
+      ->option_text("K");
+  CLI::Option* centers =
+      command_
+          ->add_option("--centers", centersFile_,
+                       "The table x,y,weight goes to FILE; default standard output")
+          ->option_text("FILE");
+  command_->add_option("--format", format_, "csv or json; default csv")
+      ->transform(CLI::CheckedTransformer(formats).description(""))
+      ->option_text("NAME");
+  CLI::Option* overlay = command_
+                             ->add_option("--overlay", overlayFile_,
+                                          "The image with a cross at each centre goes to FILE.png")
+                             ->option_text("FILE.png");
+  command_
+      ->add_option("--out", outDirectory_,
+                   "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
+      ->excludes(centers)
+      ->excludes(overlay)
+      ->option_text("DIR");
+  command_->add_flag("--quiet", quiet_, "No progress line");
+}
+
+// What the options' own checks do not see. Nothing has been written yet.
+void VoteCommand::check() const {
+  if (settings_.minRadius > settings_.maxRadius) {
+    throw CLI::ValidationError("--min-radius", "must not exceed --max-radius");
+  }
+  if (images_.size() > 1 && !outDirectory_) {
+    throw CLI::ValidationError("image", "several images need --out DIR");
+  }
+  std::vector<fs::path> results;
+  if (centersFile_) results.emplace_back(*centersFile_);
+  if (overlayFile_) results.emplace_back(*overlayFile_);
+  if (outDirectory_) {
+    const fs::path out(*outDirectory_);
+    results.push_back(out / "summary.csv");
+    for (const std::string& image : images_) {
+      const std::string stem = fs::path(image).stem().string();
+      results.push_back(out / (stem + extension()));
+      results.push_back(out / (stem + ".png"));
+    }
+  }
+  std::set<fs::path> taken;
+  for (const fs::path& result : results) {
+    if (!taken.insert(fs::weakly_canonical(result)).second) {
+      throw CLI::ValidationError("image", "two results would go to " + result.string());
+    }
+  }
+  for (const std::string& image : images_) {
+    if (taken.contains(fs::weakly_canonical(image))) {
+      throw CLI::ValidationError("image", "a result would replace the input " + image);
+    }
+  }
+}
+
+std::string VoteCommand::table(const std::string& file, const orva::Image& img,
+                               const VoteResult& result) const {
+  return format_ == TableFormat::kCsv
+             ? centersAsCsv(result.centers)
+             : centersAsJson({file, frame_, img.nx(), img.ny()}, settings_, result);
+}
+
+void VoteCommand::voteOnOne() const {
+  const std::string& file = images_.front();
+  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_);
+  const VoteResult result = vote(*img, settings_, history_);
+  if (overlayFile_) {
+    writeFile(*overlayFile_, overlayAsPng(*img, result.centers, settings_.maxRadius));
+  }
+  const std::string text = table(file, *img, result);
+  if (centersFile_) {
+    writeFile(*centersFile_, text);
+  } else if (!(std::cout << text << std::flush)) {
+    throw FileError("the table can not be written to standard output");
+  }
+}
+
+int VoteCommand::voteOnAll() const {
+  const fs::path out(*outDirectory_);
+  fs::create_directories(out);
+  const Progress progress(images_.size(), quiet_);
+  std::string summary = "file,width,height,centres,seconds\n";
+  int status = 0;
+  for (std::size_t i = 0; i < images_.size(); ++i) {
+    const std::string& file = images_[i];
+    const std::string stem = fs::path(file).stem().string();
+    progress.show(i, file);
+    try {
+      const auto start = std::chrono::steady_clock::now();
+      const std::unique_ptr<orva::Image> img = readImageFile(file, frame_);
+      const VoteResult result =
+          vote(*img, settings_,
+               history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());
+      writeFile(out / (stem + extension()), table(file, *img, result));
+      writeFile(out / (stem + ".png"), overlayAsPng(*img, result.centers, settings_.maxRadius));
+      const auto time = std::chrono::steady_clock::now() - start;
+      summary += csvField(file) + ',' + std::to_string(img->nx()) + ',' +
+                 std::to_string(img->ny()) + ',' + std::to_string(result.centers.size()) + ',' +
+                 seconds(time) + '\n';
+    } catch (const std::exception& error) {
+      progress.clear();
+      reportFailure(file, error);
+      status = 1;
+    }
+  }
+  writeFile(out / "summary.csv", summary);
+  return status;
+}
+
+int VoteCommand::run() const {
+  check();
+  if (outDirectory_) return voteOnAll();
+  try {
+    voteOnOne();
+    return 0;
+  } catch (const std::exception& error) {
+    reportFailure(images_.front(), error);
+    return 1;
+  }
+}
+
+}  // namespace orva_app

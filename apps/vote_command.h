@@ -1,0 +1,49 @@
+// The subcommand `orva vote`.
+#ifndef ORVA_APPS_VOTE_COMMAND_H
+#define ORVA_APPS_VOTE_COMMAND_H
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/centers_table.h"
+#include "apps/vote.h"
+
+namespace orva_app {
+
+class VoteCommand {
+ public:
+  // Adds the subcommand and its options to `app`.
+  explicit VoteCommand(CLI::App& app);
+  VoteCommand(const VoteCommand&) = delete;
+  VoteCommand& operator=(const VoteCommand&) = delete;
+
+  // Throws CLI::ValidationError for options that do not go together. Returns the exit status.
+  int run() const;
+
+ private:
+  void addVotingOptions();
+  void addFileOptions();
+  void check() const;
+  void voteOnOne() const;
+  int voteOnAll() const;
+  std::string table(const std::string& file, const orva::Image& img,
+                    const VoteResult& result) const;
+  const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }
+
+  CLI::App* command_;
+  std::vector<std::string> images_;
+  VoteSettings settings_;
+  std::optional<std::string> history_;
+  int frame_ = 0;
+  std::optional<std::string> centersFile_;
+  TableFormat format_ = TableFormat::kCsv;
+  std::optional<std::string> overlayFile_;
+  std::optional<std::string> outDirectory_;
+  bool quiet_ = false;
+};
+
+}  // namespace orva_app
+
+#endif
