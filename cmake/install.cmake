@@ -17,6 +17,9 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/orva-config-version.cmake
   DESTINATION ${config_dir})
 
+# The way from the folder of the pkg-config file up to the prefix, so that the whole can be moved.
+file(RELATIVE_PATH ORVA_PC_PREFIX
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/orva.pc.in orva.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/orva.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

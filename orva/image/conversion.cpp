@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "orva/image/image.h"
 #include "orva/image/pixel_traits.h"
@@ -14,10 +13,10 @@ image<T> nullImage() {
   return image<T>(0, 1, 1, 1, 1);
 }
 
-image<float> toLuminance(const Image& img, image<float> result) {
-  float* to = result.pixels();
-  for (int i = 0; i < result.npix(); ++i) to[i] = img.pixel(i);
-  return result;
+// Each of these fills `result`, whose pixels are those of `img` in number and order.
+
+void toLuminance(const Image& img, image<float>& result) {
+  for (int i = 0; i < result.npix(); ++i) result.pixels()[i] = img.pixel(i);
 }
 
 template <class T>
@@ -27,42 +26,42 @@ void convertSamples(const Image& img, image<float>& result) {
                  [](T v) { return static_cast<float>(v); });
 }
 
-image<GenericRgb<unsigned char>> greyToRgb(const Image& img,
-                                           image<GenericRgb<unsigned char>> result) {
+using Rgb = GenericRgb<unsigned char>;
+
+void greyToRgb(const Image& img, image<Rgb>& result) {
   const image<unsigned char> grey = toByteImage(img, true);
   std::transform(grey.pixels(), grey.pixels() + result.npix(), result.pixels(),
                  [](unsigned char v) {
-                   return GenericRgb<unsigned char>{v, v, v};
+                   return Rgb{v, v, v};
                  });
-  return result;
 }
 
 // The colour laid over white.
-GenericRgb<unsigned char> composite(const unsigned char* rgba) {
-  const float alpha = static_cast<float>(rgba[3]) / 255.0F;
-  const auto over = [alpha](unsigned char c) {
-    return pixelFromFloat<unsigned char>(static_cast<float>(c) * alpha + (1.0F - alpha) * 255.0F);
-  };
-  return {over(rgba[0]), over(rgba[1]), over(rgba[2])};
+void compositeAlpha(const Image& img, image<Rgb>& result) {
+  const auto* rgba = static_cast<const unsigned char*>(img.data());
+  for (int i = 0; i < result.npix(); ++i, rgba += 4) {
+    const float alpha = static_cast<float>(rgba[3]) / 255.0F;
+    const auto over = [alpha](unsigned char c) {
+      return pixelFromFloat<unsigned char>(static_cast<float>(c) * alpha + (1.0F - alpha) * 255.0F);
+    };
+    result.pixels()[i] = {over(rgba[0]), over(rgba[1]), over(rgba[2])};
+  }
 }
 
 // The luminance is stretched to 0..255 and each colour keeps its proportions.
 template <class T>
-image<GenericRgb<unsigned char>> scaleColour(const Image& img,
-                                             image<GenericRgb<unsigned char>> result) {
-  const image<float> bright =
-      toLuminance(img, image<float>(img.nx(), img.ny(), img.nframes(), 1, 1));
+void scaleColour(const Image& img, image<Rgb>& result) {
+  image<float> bright(img.nx(), img.ny(), img.nframes(), 1, 1);
+  toLuminance(img, bright);
   const image<unsigned char> stretched = toByteImage(bright, true);
   const auto* from = static_cast<const GenericRgb<T>*>(img.data());
-  GenericRgb<unsigned char>* to = result.pixels();
   for (int i = 0; i < result.npix(); ++i) {
     const float factor = static_cast<float>(stretched.pixels()[i]) / bright.pixels()[i];
     const auto scaled = [factor](T c) {
       return pixelFromFloat<unsigned char>(factor * static_cast<float>(c));
     };
-    to[i] = {scaled(from[i].c0), scaled(from[i].c1), scaled(from[i].c2)};
+    result.pixels()[i] = {scaled(from[i].c0), scaled(from[i].c1), scaled(from[i].c2)};
   }
-  return result;
 }
 
 }  // namespace
@@ -104,10 +103,9 @@ image<unsigned char> toByteImage(const Image& img, bool scale) {
   return result;
 }
 
-image<GenericRgb<unsigned char>> toRgbImage(const Image& img) {
-  using Rgb = GenericRgb<unsigned char>;
+image<Rgb> toRgbImage(const Image& img) {
   if (img.isNull()) return nullImage<Rgb>();
-  const image<Rgb> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  image<Rgb> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
   switch (img.format()) {
     case BYTE:
     case INT:
@@ -115,23 +113,23 @@ image<GenericRgb<unsigned char>> toRgbImage(const Image& img) {
     case SHORT:
     case FLOAT:
     case UINT:
-      return greyToRgb(img, result);
+      greyToRgb(img, result);
+      return result;
     case RGB:
       std::copy_n(static_cast<const Rgb*>(img.data()), result.npix(), result.pixels());
       return result;
-    case RGBA: {
-      const auto* from = static_cast<const unsigned char*>(img.data());
-      for (int i = 0; i < result.npix(); ++i) {
-        result.pixels()[i] = composite(from + 4 * static_cast<std::ptrdiff_t>(i));
-      }
+    case RGBA:
+      compositeAlpha(img, result);
       return result;
-    }
     case SHORTRGB:
-      return scaleColour<short>(img, result);
+      scaleColour<short>(img, result);
+      return result;
     case INTRGB:
-      return scaleColour<int>(img, result);
+      scaleColour<int>(img, result);
+      return result;
     case FLOATRGB:
-      return scaleColour<float>(img, result);
+      scaleColour<float>(img, result);
+      return result;
     default:
       return nullImage<Rgb>();
   }
@@ -163,7 +161,8 @@ image<float> toFloatImage(const Image& img) {
     case SHORTRGB:
     case INTRGB:
     case FLOATRGB:
-      return toLuminance(img, result);
+      toLuminance(img, result);
+      return result;
     default:
       return nullImage<float>();
   }

@@ -15,11 +15,10 @@ namespace orva {
 template <class Int, class Real>
 constexpr Int truncateTo(Real v) {
   constexpr Real kBelow = static_cast<Real>(std::numeric_limits<Int>::min());
-  constexpr Real kPast = static_cast<Real>(std::numeric_limits<Int>::max() / 2 + 1) * 2;
-  if (!(v == v)) return 0;
+  constexpr Real kPast = static_cast<Real>(Int{1} << (std::numeric_limits<Int>::digits - 1)) * 2;
+  if (v > kBelow && v < kPast) return static_cast<Int>(v);
   if (v <= kBelow) return std::numeric_limits<Int>::min();
-  if (v >= kPast) return std::numeric_limits<Int>::max();
-  return static_cast<Int>(v);
+  return v >= kPast ? std::numeric_limits<Int>::max() : 0;
 }
 
 template <class T>

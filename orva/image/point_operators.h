@@ -21,10 +21,10 @@ constexpr std::int16_t wrapTo16(std::int64_t v) { return static_cast<std::int16_
 /// @p v truncated toward zero to 32 bits (held at the ends of that range, a NaN gives 0), of which
 /// the low 16 bits are kept.
 constexpr std::int16_t wrapTo16(double v) {
-  if (!(v == v)) return 0;
-  if (v >= 2147483647.0) return wrapTo16(std::int64_t{2147483647});
-  if (v <= -2147483648.0) return wrapTo16(std::int64_t{-2147483648LL});
-  return wrapTo16(static_cast<std::int64_t>(v));
+  constexpr double kMost = 2147483647.0;
+  constexpr double kLeast = -2147483648.0;
+  if (v > kLeast && v < kMost) return wrapTo16(static_cast<std::int64_t>(v));
+  return v >= kMost ? wrapTo16(static_cast<std::int64_t>(kMost)) : std::int16_t{0};
 }
 
 /// Coordinate-wise operators for the point type @p P, which lists its coordinates through

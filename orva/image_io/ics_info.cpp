@@ -5,6 +5,7 @@
 #include <locale>
 #include <ostream>
 #include <sstream>
+#include <utility>
 
 #include "orva/image_io/image_io.h"
 #include "orva/util/global.h"
@@ -89,7 +90,7 @@ void writeAnnotation(std::ostream& out, const std::string& annotation) {
 
 }  // namespace
 
-IcsInfo::IcsInfo(const std::string& datasetName) : datasetName_(datasetName) {}
+IcsInfo::IcsInfo(std::string datasetName) : datasetName_(std::move(datasetName)) {}
 
 std::string IcsInfo::datasetName() const {
   return channelName_.empty() ? datasetName_ : datasetName_ + "_" + channelName_;
@@ -143,8 +144,8 @@ std::ostream& operator<<(std::ostream& out, const IcsInfo& info) {
   return out;
 }
 
-MultiChannelIcsInfo::MultiChannelIcsInfo(const std::string& datasetName)
-    : datasetName_(datasetName) {}
+MultiChannelIcsInfo::MultiChannelIcsInfo(std::string datasetName)
+    : datasetName_(std::move(datasetName)) {}
 
 void MultiChannelIcsInfo::setWithCurrentTime() {
   const CurrentTime now = currentTime();

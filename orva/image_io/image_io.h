@@ -26,7 +26,7 @@ namespace orva::image_io {
 class ORVA_EXPORT IcsInfo {
  public:
   /// An empty record for the data set @p datasetName, which names the files.
-  explicit IcsInfo(const std::string& datasetName);
+  explicit IcsInfo(std::string datasetName);
   virtual ~IcsInfo() = default;
   IcsInfo(const IcsInfo&) = default;
   IcsInfo& operator=(const IcsInfo&) = default;
@@ -79,7 +79,7 @@ class ORVA_EXPORT IcsInfo {
 class ORVA_EXPORT MultiChannelIcsInfo {
  public:
   /// An empty record for the data set @p datasetName, which names the files.
-  explicit MultiChannelIcsInfo(const std::string& datasetName);
+  explicit MultiChannelIcsInfo(std::string datasetName);
   virtual ~MultiChannelIcsInfo() = default;
   MultiChannelIcsInfo(const MultiChannelIcsInfo&) = default;
   MultiChannelIcsInfo& operator=(const MultiChannelIcsInfo&) = default;

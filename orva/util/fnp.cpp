@@ -44,6 +44,7 @@ std::string fullname(const char* dir, const char* name) {
   return d.empty() || d == "." ? n : d + "/" + n;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the name comes by value
 std::string fullname(const std::string& dir, std::string name) {
   return fullname(dir.c_str(), name.c_str());
 }
