@@ -80,8 +80,8 @@ std::vector<bool> Image::interior(int nx, int ny, int nz) {
   const int count = exactProduct({nx, ny, nz}).value_or(0);
   if (count <= 0) return {};
   std::vector<bool> inside(static_cast<std::size_t>(count), true);
-  const auto clear = [&](std::size_t x, std::size_t y, std::size_t z) {
-    inside[x + static_cast<std::size_t>(nx) * (y + static_cast<std::size_t>(ny) * z)] = false;
+  const auto clear = [&](std::ptrdiff_t x, std::ptrdiff_t y, std::ptrdiff_t z) {
+    inside[static_cast<std::size_t>(x + nx * (y + ny * z))] = false;
   };
   for (int z = 0; z < nz; ++z) {
     if (nz != 1 && (z == 0 || z == nz - 1)) {

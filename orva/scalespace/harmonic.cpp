@@ -14,9 +14,10 @@ void laplaceEquation(image<float>& f, const image<unsigned char>& mask) {
   const std::ptrdiff_t nx = f.nx();
   const std::ptrdiff_t ny = f.ny();
   float* to = f.pixels();
-  const auto before = newLine(static_cast<std::size_t>(nx * ny));
+  const auto scratch = newLine(static_cast<std::size_t>(nx * ny));
+  float* before = scratch.get();
   for (int step = 0; step < kSteps; ++step) {
-    std::copy_n(to, nx * ny, before.get());
+    std::copy_n(to, nx * ny, before);
     for (std::ptrdiff_t y = 1; y < ny - 1; ++y) {
       for (std::ptrdiff_t i = y * nx + 1; i < y * nx + nx - 1; ++i) {
         if (mask.pixels()[i] != 255) continue;
