@@ -2,6 +2,7 @@
 // definitions give.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <memory>
 
