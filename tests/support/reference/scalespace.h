@@ -1,0 +1,88 @@
+// Plain twins of the scale-space operations: written from their definitions, a pixel at a time, in
+// the stated order and precision, without regard to speed.
+#ifndef ORVA_TESTS_SUPPORT_REFERENCE_SCALESPACE_H
+#define ORVA_TESTS_SUPPORT_REFERENCE_SCALESPACE_H
+
+#include <cstddef>
+#include <vector>
+
+#include "orva/image/image.h"
+#include "orva/scalespace/scalespace.h"
+
+namespace reference {
+
+// The taps -radius .. radius, in this order.
+struct Kernel {
+  int radius = 0;
+  std::vector<float> taps;
+
+  float tap(int k) const { return taps[static_cast<std::size_t>(k + radius)]; }
+};
+
+std::vector<float> dog(int order, float sigma);
+float polyval(const std::vector<float>& c, float x);
+Kernel gaussianKernel(float sigma, int order);
+
+// A line convolved: with its border samples repeated, or with outside taps dropped and the sum
+// divided by the weight that is left.
+std::vector<float> convolveRepeated(const std::vector<float>& line, const Kernel& kernel);
+std::vector<float> convolveDropped(const std::vector<float>& line, const Kernel& kernel);
+
+struct Triple {
+  float x;
+  float y;
+  float z;
+};
+
+struct Orders {
+  int x;
+  int y;
+  int z;
+};
+
+orva::image<float> toFloat(const orva::Image& img);
+orva::image<float> gaussian(const orva::Image& img, Triple sigma, Orders order);
+orva::image<float> smooth(const orva::Image& img, Triple sigma);
+orva::image<float> laplacian(const orva::Image& img, float sigma);
+
+orva::image<float> gradient(const orva::Image& img, float sigma, float ratio);
+orva::image<short> gradient(const orva::Image& a, const orva::Image& b);
+orva::image<short> gradient(const orva::Image& a, const orva::Image& b, const orva::Image& c);
+orva::image<unsigned char> direction(const orva::Image& a, const orva::Image& b);
+orva::image<short> angle(const orva::Image& a, const orva::Image& b);
+orva::image<float> angleInRadian(const orva::Image& a, const orva::Image& b);
+
+orva::image<unsigned char> features(const orva::Image& img, float sigma, int type, float ratio);
+
+// Fifty relaxations of the interior pixels of the first frame where the mask is 255.
+void laplaceEquation(orva::image<float>& f, const orva::image<unsigned char>& mask);
+orva::image<float> harmonicCut(const orva::Image& img, float sigma, bool bright, int iterations);
+orva::image<unsigned char> hcut(const orva::Image& img, float sigma1, float sigma2);
+
+// `size` times `factor`, rounded toward zero, and 1 where that is below 2.
+int reducedSize(int size, float factor);
+
+template <class T>
+orva::image<T> reduce(const orva::image<T>& img, float factor, float sigma) {
+  const orva::image<float> smoothed = smooth(img, {sigma, sigma, sigma});
+  orva::image<T> stored = img.duplicate();
+  for (int i = 0; i < img.npix(); ++i) stored.setPixel(i, smoothed.pixel(i));
+  const int sx = reducedSize(img.nx(), factor);
+  const int sy = reducedSize(img.ny(), factor);
+  const int sz = reducedSize(img.nframes(), factor);
+  orva::image<T> result(sx, sy, sz, 1, 1);
+  for (int z = 0; z < sz; ++z) {
+    for (int y = 0; y < sy; ++y) {
+      for (int x = 0; x < sx; ++x) {
+        const int from = (x * img.nx()) / sx + (y * img.ny()) / sy * img.nx() +
+                         (z * img.nframes()) / sz * img.nx() * img.ny();
+        result.pixels()[x + y * sx + z * sx * sy] = stored.pixels()[from];
+      }
+    }
+  }
+  return result;
+}
+
+}  // namespace reference
+
+#endif
