@@ -152,7 +152,7 @@ ORVA_EXPORT image<unsigned char> hcut(const Image& img, float sigma1, float sigm
 
 /// @p img smoothed with @p sigma, stored in its own pixel type and resampled by @p factor, each
 /// size rounded down and at least 1; frames become planes. The caller deletes the result. Null for
-/// a null image and for a factor of 0 or less.
+/// a null image and for a factor of 0 or less; a NaN is no such factor and gives one pixel.
 ORVA_EXPORT Image* reduce(const Image& img, float factor, float sigma);
 
 }  // namespace scalespace
