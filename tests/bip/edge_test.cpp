@@ -5,6 +5,7 @@
 
 #include "orva/bip/bip.h"
 #include "tests/bip/pictures.h"
+#include "tests/support/foreign_image.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
 
@@ -14,6 +15,7 @@ using orva::image;
 using orva::Point;
 using orva_test::blank;
 using orva_test::flipped;
+using orva_test::ForeignImage;
 using orva_test::imageOf;
 using orva_test::labelsOf;
 using orva_test::maskOf;
@@ -24,39 +26,6 @@ using orva_test::randomLabels;
 using orva_test::sameImage;
 using orva_test::Shape;
 using orva_test::transposed;
-
-// An image of 4 x 4 zeros that is no image<T>, whatever format it claims.
-class ForeignImage : public orva::Image {
- public:
-  explicit ForeignImage(int format) : Image(4, 4, 1, 1, 1), format_(format) {}
-
-  Image* copy() const override { return nullptr; }
-  Image* roi(const orva::Point3D&, const orva::Point3D&) const override { return nullptr; }
-  Image* clone() const override { return nullptr; }
-  Image* frame(int) const override { return nullptr; }
-  Image* channel(int, int) const override { return nullptr; }
-  Image* timepoint(int) const override { return nullptr; }
-  Image* scale(int, int, int) const override { return nullptr; }
-  void* data() const override { return const_cast<int*>(zeros_); }
-  int format() const override { return format_; }
-  int pixelSize() const override { return 4; }
-  float pixel(int, int, int, int, int) const override { return 0.0F; }
-  float pixel(int, int, int) const override { return 0.0F; }
-  float pixel(int, int) const override { return 0.0F; }
-  float pixel(const Point&) const override { return 0.0F; }
-  float pixel(int) const override { return 0.0F; }
-  void setPixel(int, float) override {}
-  void setPixel(int, int, float) override {}
-  void setPixel(int, int, int, float) override {}
-  void setPixel(int, int, int, int, float) override {}
-  void setPixel(int, int, int, int, int, float) override {}
-  float fmin() const override { return 0.0F; }
-  float fmax() const override { return 0.0F; }
-
- private:
-  int format_;
-  int zeros_[16] = {};
-};
 
 const auto& emptyMask() {
   static const image<unsigned char> empty = blank<unsigned char>({0, 1});

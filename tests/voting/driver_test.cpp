@@ -9,6 +9,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/voting/circularvoting.h"
+#include "tests/support/foreign_image.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
@@ -318,6 +319,18 @@ TEST(Compute, OfAnImageWithoutPixelsKeepsEarlierCentersButNoWeights) {
   probe.compute(blank<float>({5, 5, 0}));
   EXPECT_EQ(coordinates(probe.centers()), before);
   EXPECT_TRUE(probe.center_weights().empty());
+}
+
+TEST(Compute, OfAFormatWithoutFloatFormFindsNoCenters) {
+  for (const int format : {static_cast<int>(orva::RGBA), 11, -1}) {
+    for (const bool useEdges : {false, true}) {
+      VotingParams params;
+      params.useEdges = useEdges;
+      const Probe probe = computed(params, orva_test::ForeignImage(format));
+      EXPECT_TRUE(probe.points_.empty());
+      EXPECT_TRUE(probe.centers().empty());
+    }
+  }
 }
 
 // With radius 20 and width 10 the margin is 25.
