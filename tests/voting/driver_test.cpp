@@ -1,0 +1,393 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "orva/bip/bip.h"
+#include "orva/voting/circularvoting.h"
+#include "tests/support/foreign_image.h"
+#include "tests/support/images.h"
+#include "tests/support/reference/voting.h"
+#include "tests/voting/probe.h"
+
+namespace {
+
+using orva::image;
+using orva::voting::CircularVoting;
+using orva::voting::Cone2D;
+using orva::voting::ConePlane2D;
+using orva::voting::WPoint2D;
+using orva_test::blank;
+using orva_test::coordinates;
+using orva_test::Disc;
+using orva_test::discImage;
+using orva_test::Probe;
+using orva_test::Random;
+using orva_test::randomImage;
+using orva_test::sameFloats;
+using orva_test::sameImage;
+using orva_test::samePoints;
+using orva_test::Shape;
+using orva_test::VotingParams;
+
+using Coordinates = std::vector<std::pair<int, int>>;
+
+const std::string tooLargeMessage =
+    "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
+
+Probe computed(const VotingParams& params, const orva::Image& img) {
+  Probe probe(params);
+  probe.compute(img);
+  return probe;
+}
+
+// Parameters under which a threshold counts votes.
+VotingParams absolute(float centerThreshold) {
+  VotingParams params;
+  params.absoluteValues = true;
+  params.centerThreshold = centerThreshold;
+  return params;
+}
+
+image<float> oneDisc() { return discImage<float>({40, 36}, {{21, 17, 8}}, 100.0F, 0.0F); }
+
+TEST(Compute, HasItsStrongestCenterInTheMiddleOfADisc) {
+  VotingParams params;
+  params.maxRadius = 12;
+  params.coneWidth = 6;
+  for (const bool bright : {true, false}) {
+    params.regionType = bright ? 0 : 1;
+    const auto img = discImage<unsigned char>({48, 40}, {{25, 18, 8}}, bright ? 200.0F : 50.0F,
+                                              bright ? 50.0F : 200.0F);
+    const Probe probe = computed(params, img);
+    const std::vector<float>& weights = probe.center_weights();
+    ASSERT_FALSE(weights.empty());
+    const auto strongest = std::max_element(weights.begin(), weights.end()) - weights.begin();
+    const orva::Point center = probe.centers()[static_cast<std::size_t>(strongest)];
+    EXPECT_LE(std::abs(center.x - 25), 1);
+    EXPECT_LE(std::abs(center.y - 18), 1);
+  }
+}
+
+TEST(Compute, OfDarkDiscsVotesLikeOfBrightDiscs) {
+  const image<float> bright = oneDisc();
+  image<float> dark = bright.duplicate();
+  for (int i = 0; i < dark.npix(); ++i) dark.pixels()[i] = -bright.pixels()[i];
+  VotingParams params;
+  Probe a = computed(params, bright);
+  params.regionType = 1;
+  Probe b = computed(params, dark);
+  EXPECT_FALSE(a.centers().empty());
+  EXPECT_EQ(coordinates(a.centers()), coordinates(b.centers()));
+  EXPECT_TRUE(sameFloats(a.center_weights(), b.center_weights()));
+  EXPECT_TRUE(samePoints(a.points_, b.points_));
+  EXPECT_TRUE(sameImage(a.acc_, b.acc_));
+}
+
+TEST(Compute, OfAShiftedImageFindsShiftedCenters) {
+  VotingParams params;
+  params.regionType = 2;
+  const auto discs = [](int dx, int dy) {
+    return discImage<float>({90, 80}, {{30 + dx, 28 + dy, 7}, {50 + dx, 40 + dy, 5}}, 90.0F, 0.0F);
+  };
+  const Probe probe = computed(params, discs(0, 0));
+  ASSERT_FALSE(probe.centers().empty());
+  for (const auto& [dx, dy] : Coordinates{{1, 0}, {0, 1}, {9, 13}, {-7, 4}, {-6, -5}}) {
+    const Probe shifted = computed(params, discs(dx, dy));
+    Coordinates expected = coordinates(probe.centers());
+    for (auto& [x, y] : expected) {
+      x += dx;
+      y += dy;
+    }
+    EXPECT_EQ(coordinates(shifted.centers()), expected);
+    EXPECT_TRUE(sameFloats(shifted.center_weights(), probe.center_weights()));
+  }
+}
+
+TEST(Compute, LeavesTheImageAlone) {
+  Random random(1);
+  const auto img = randomImage<float>(random, {25, 20});
+  const auto before = img.duplicate();
+  computed({}, img);
+  EXPECT_TRUE(sameImage(img, before));
+}
+
+TEST(Compute, LeavesTheMeanVoteAtEveryCenterAndZeroElsewhere) {
+  Probe probe = computed({}, discImage<float>({60, 30}, {{15, 15, 6}, {43, 14, 8}}, 70.0F, 0.0F));
+  ASSERT_GE(probe.centers().size(), 2U);
+  ASSERT_EQ(probe.centers().size(), probe.center_weights().size());
+  image<float> expected = blank<float>({60, 30});
+  for (std::size_t i = 0; i < probe.centers().size(); ++i) {
+    EXPECT_GT(probe.center_weights()[i], 0.0F);
+    expected.setPixel(probe.centers()[i].x, probe.centers()[i].y, probe.center_weights()[i]);
+  }
+  EXPECT_TRUE(sameImage(probe.votingImage(), expected));
+}
+
+TEST(Compute, SharesItsVotingImage) {
+  Probe probe = computed({}, oneDisc());
+  EXPECT_EQ(probe.votingImage().pixels(), probe.votingImage_.pixels());
+}
+
+TEST(Compute, SetsTheWidthsOfAllConeTypesToThoseOfTheAccumulator) {
+  VotingParams params;
+  params.maxRadius = 20;
+  params.coneWidth = 10;
+  Probe probe = computed(params, blank<float>({31, 17}));
+  // The root of 500, plus 3, rounded down.
+  EXPECT_EQ(probe.margin_, 25);
+  EXPECT_EQ(probe.acc_.nx(), 81);
+  EXPECT_EQ(probe.acc_.ny(), 67);
+  for (const int width : {WPoint2D::nx, ConePlane2D::nx, Cone2D::nx}) EXPECT_EQ(width, 81);
+  for (const int height : {WPoint2D::ny, ConePlane2D::ny, Cone2D::ny}) EXPECT_EQ(height, 67);
+  EXPECT_EQ(probe.nx_, 31);
+  EXPECT_EQ(probe.ny_, 17);
+  EXPECT_EQ(probe.npix_, 31 * 17);
+}
+
+// The threshold of centres is a number of votes, or a share of the largest vote.
+TEST(Compute, SelectsVotesAboveTheThreshold) {
+  for (const bool isAbsolute : {true, false}) {
+    for (const float threshold : {0.3F, 0.5F, 0.9F}) {
+      VotingParams params = absolute(threshold);
+      params.absoluteValues = isAbsolute;
+      const Probe probe = computed(params, oneDisc());
+      const int m = probe.margin_;
+      float most = 0.0F;
+      for (int y = 0; y < 36; ++y) {
+        for (int x = 0; x < 40; ++x) most = std::max(most, probe.acc_.pixel(x + m, y + m));
+      }
+      const float limit = isAbsolute ? threshold : threshold * most;
+      image<unsigned char> mask = blank<unsigned char>({40, 36});
+      for (int y = 0; y < 36; ++y) {
+        for (int x = 0; x < 40; ++x) {
+          if (probe.acc_.pixel(x + m, y + m) > limit) mask.setPixel(x, y, 255.0F);
+        }
+      }
+      int regions = 0;
+      orva::bip::regions(mask, regions, 255, 1, orva::NEIGHBORHOOD_4);
+      EXPECT_GT(regions, 0);
+      EXPECT_EQ(static_cast<int>(probe.centers().size()), regions);
+    }
+  }
+}
+
+// Brightness that grows to the right sends the votes of the last columns over the border.
+TEST(Compute, DropsVotesInTheMargin) {
+  image<float> ramp = blank<float>({12, 12});
+  for (int i = 0; i < ramp.npix(); ++i) ramp.pixels()[i] = static_cast<float>(i % 12 * i % 12);
+  for (const int type : {0, 1, 2}) {
+    VotingParams params = absolute(0.0F);
+    params.regionType = type;
+    params.minRadius = 9;
+    params.maxRadius = 14;
+    params.gradThreshold = 0.0F;
+    Probe probe = computed(params, ramp);
+    float inMargin = 0.0F;
+    for (int y = 0; y < probe.acc_.ny(); ++y) {
+      for (int x = 0; x < probe.acc_.nx(); ++x) {
+        const bool inside = x >= probe.margin_ && x < probe.margin_ + 12 && y >= probe.margin_ &&
+                            y < probe.margin_ + 12;
+        if (!inside) inMargin += probe.acc_.pixel(x, y);
+      }
+    }
+    EXPECT_GT(inMargin, 0.0F);
+    for (const auto& [x, y] : coordinates(probe.centers())) {
+      EXPECT_TRUE(x >= 0 && x < 12 && y >= 0 && y < 12);
+    }
+  }
+}
+
+TEST(Compute, OfAPointInTheCornerVotesWithoutFault) {
+  for (const auto& [x, y] : Coordinates{{0, 0}, {19, 0}, {0, 14}, {19, 14}}) {
+    for (const int type : {0, 1, 2}) {
+      VotingParams params;
+      params.regionType = type;
+      params.coneWidth = 25;
+      const auto img = discImage<float>({20, 15}, {{x, y, 0}}, 90.0F, 0.0F);
+      Probe probe = computed(params, img);
+      EXPECT_FALSE(probe.points_.empty());
+      orva_test::expectSameVoting(probe, reference::compute(params, img));
+    }
+  }
+}
+
+TEST(Compute, ExponentialLeavesTheWeightsWhichIsIntended) {
+  const Probe plain = computed({}, oneDisc());
+  ASSERT_FALSE(plain.points_.empty());
+  for (const int weighting : {1, 2, -1}) {
+    for (const float weightParam : {-2.0F, 0.0F, 0.5F, 1.0F, 30.0F}) {
+      VotingParams params;
+      params.weighting = weighting;
+      params.weightParam = weightParam;
+      Probe probe = computed(params, oneDisc());
+      EXPECT_TRUE(samePoints(probe.points_, plain.points_));
+      EXPECT_EQ(coordinates(probe.centers()), coordinates(plain.centers()));
+      EXPECT_TRUE(sameFloats(probe.center_weights(), plain.center_weights()));
+    }
+  }
+}
+
+TEST(Compute, PowerWithinOneThousandthOfOneLeavesTheWeights) {
+  const Probe plain = computed({}, oneDisc());
+  for (const float weightParam : {0.9995F, 1.0005F}) {
+    VotingParams params;
+    params.weightParam = weightParam;
+    EXPECT_TRUE(samePoints(computed(params, oneDisc()).points_, plain.points_));
+  }
+  for (const float weightParam : {0.99F, 1.01F}) {
+    VotingParams params;
+    params.weightParam = weightParam;
+    EXPECT_FALSE(samePoints(computed(params, oneDisc()).points_, plain.points_));
+  }
+}
+
+TEST(Compute, TwiceCollectsCentersButKeepsOnlyTheLastWeightsWhichIsIntended) {
+  const auto first = oneDisc();
+  const auto second = discImage<float>({70, 33}, {{14, 16, 6}, {50, 15, 7}}, 80.0F, 5.0F);
+  const Probe a = computed({}, first);
+  Probe b = computed({}, second);
+  Probe both = computed({}, first);
+  both.compute(second);
+  Coordinates expected = coordinates(a.centers());
+  for (const auto& c : coordinates(b.centers())) expected.push_back(c);
+  EXPECT_EQ(coordinates(both.centers()), expected);
+  EXPECT_TRUE(sameFloats(both.center_weights(), b.center_weights()));
+  EXPECT_TRUE(sameImage(both.votingImage(), b.votingImage()));
+  EXPECT_TRUE(samePoints(both.points_, b.points_));
+}
+
+TEST(Compute, OfAConstantImageFindsNothing) {
+  for (const bool isAbsolute : {false, true}) {
+    VotingParams params = absolute(0.0F);
+    params.absoluteValues = isAbsolute;
+    params.gradThreshold = 0.0F;
+    Probe probe = computed(params, blank<unsigned char>({30, 20}));
+    EXPECT_TRUE(probe.points_.empty());
+    EXPECT_TRUE(probe.centers().empty());
+    EXPECT_TRUE(probe.center_weights().empty());
+    EXPECT_TRUE(sameImage(probe.votingImage(), blank<float>({30, 20})));
+    EXPECT_EQ(probe.acc_.max(), 0.0F);
+  }
+}
+
+TEST(Compute, WithGradientsBelowTheThresholdFindsNothing) {
+  for (const bool isAbsolute : {false, true}) {
+    VotingParams params = absolute(0.1F);
+    params.absoluteValues = isAbsolute;
+    params.gradThreshold = 200.0F;
+    const Probe probe = computed(params, oneDisc());
+    EXPECT_TRUE(probe.points_.empty());
+    EXPECT_TRUE(probe.centers().empty());
+  }
+}
+
+// All votes, zeros included, are above it: one region, the whole image.
+TEST(Compute, WithANegativeThresholdTakesTheWholeImageAsOneRegion) {
+  Probe probe = computed(absolute(-1.0F), blank<float>({30, 21}));
+  EXPECT_EQ(coordinates(probe.centers()), (Coordinates{{14, 10}}));
+  EXPECT_TRUE(sameFloats(probe.center_weights(), {0.0F}));
+  const Probe disc = computed(absolute(-1.0F), oneDisc());
+  EXPECT_EQ(coordinates(disc.centers()), (Coordinates{{19, 17}}));
+  EXPECT_GT(disc.center_weights().at(0), 0.0F);
+}
+
+TEST(Compute, OfAnImageWithoutPixelsFindsNoCenters) {
+  for (const Shape& shape :
+       {Shape{5, 5, 0}, Shape{0, 1}, Shape{0, 0}, Shape{7, 0}, Shape{5, 5, 1, 0}}) {
+    for (const float threshold : {0.5F, -1.0F}) {
+      for (const bool useEdges : {false, true}) {
+        VotingParams params = absolute(threshold);
+        params.useEdges = useEdges;
+        Probe probe = computed(params, blank<float>(shape));
+        EXPECT_TRUE(probe.centers().empty());
+        EXPECT_TRUE(probe.center_weights().empty());
+        EXPECT_TRUE(probe.points_.empty());
+      }
+    }
+  }
+}
+
+TEST(Compute, OfAnImageWithoutPixelsKeepsEarlierCentersButNoWeights) {
+  Probe probe = computed({}, oneDisc());
+  const Coordinates before = coordinates(probe.centers());
+  ASSERT_FALSE(before.empty());
+  probe.compute(blank<float>({5, 5, 0}));
+  EXPECT_EQ(coordinates(probe.centers()), before);
+  EXPECT_TRUE(probe.center_weights().empty());
+}
+
+TEST(Compute, OfAFormatWithoutFloatFormFindsNoCenters) {
+  for (const int format : {static_cast<int>(orva::RGBA), 11, -1}) {
+    for (const bool useEdges : {false, true}) {
+      VotingParams params;
+      params.useEdges = useEdges;
+      const Probe probe = computed(params, orva_test::ForeignImage(format));
+      EXPECT_TRUE(probe.points_.empty());
+      EXPECT_TRUE(probe.centers().empty());
+    }
+  }
+}
+
+// With radius 20 and width 10 the margin is 25.
+TEST(Compute, OfATooLargeImageFindsNoCentersAndWarns) {
+  for (const Shape& shape : {Shape{32718, 1}, Shape{1, 32718}, Shape{40000, 2}}) {
+    VotingParams params = absolute(-1.0F);
+    params.maxRadius = 20;
+    params.coneWidth = 10;
+    Probe probe(params);
+    testing::internal::CaptureStderr();
+    probe.compute(blank<unsigned char>(shape));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), tooLargeMessage);
+    EXPECT_TRUE(probe.centers().empty());
+    EXPECT_TRUE(probe.center_weights().empty());
+  }
+}
+
+TEST(Compute, OfTheLargestImageThatFitsFindsCenters) {
+  for (const Shape& shape : {Shape{32717, 1}, Shape{1, 32717}}) {
+    VotingParams params = absolute(-1.0F);
+    params.maxRadius = 20;
+    params.coneWidth = 10;
+    Probe probe(params);
+    testing::internal::CaptureStderr();
+    probe.compute(blank<unsigned char>(shape));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const int middle = 16358;
+    EXPECT_EQ(coordinates(probe.centers()),
+              (Coordinates{{shape.nx > 1 ? middle : 0, shape.ny > 1 ? middle : 0}}));
+  }
+}
+
+TEST(Compute, WithATooLargeMarginFindsNoCentersAndWarns) {
+  struct Row {
+    int maxRadius, coneWidth;
+  };
+  for (const Row& row : {Row{16390, 0}, Row{1, 16390}, Row{INT_MAX, 0}, Row{INT_MAX, INT_MAX},
+                         Row{1, INT_MAX}, Row{40000, 60000}}) {
+    VotingParams params = absolute(-1.0F);
+    params.maxRadius = row.maxRadius;
+    params.coneWidth = row.coneWidth;
+    Probe probe(params);
+    testing::internal::CaptureStderr();
+    probe.compute(oneDisc());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), tooLargeMessage);
+    EXPECT_TRUE(probe.centers().empty());
+  }
+}
+
+TEST(Compute, OfATooLargeImageKeepsEarlierCentersButNoWeights) {
+  Probe probe = computed({}, oneDisc());
+  const Coordinates before = coordinates(probe.centers());
+  testing::internal::CaptureStderr();
+  probe.compute(blank<unsigned char>({33000, 1}));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), tooLargeMessage);
+  EXPECT_EQ(coordinates(probe.centers()), before);
+  EXPECT_TRUE(probe.center_weights().empty());
+}
+
+}  // namespace

@@ -1,0 +1,254 @@
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+#include "orva/voting/circularvoting.h"
+#include "tests/support/images.h"
+#include "tests/support/reference/voting.h"
+#include "tests/voting/probe.h"
+
+namespace {
+
+using orva::image;
+using orva::voting::CircularVoting;
+using orva::voting::Cone2D;
+using orva::voting::VPoint2D;
+using orva::voting::WPoint2D;
+using orva_test::blank;
+using orva_test::Probe;
+using orva_test::Random;
+using orva_test::randomInt;
+using orva_test::sameImage;
+using orva_test::samePoints;
+using orva_test::VotingParams;
+
+constexpr int side = 40;
+
+VPoint2D pointAt(int x, int y, int angle, float weight) {
+  VPoint2D p;
+  p.x = static_cast<std::int16_t>(x);
+  p.y = static_cast<std::int16_t>(y);
+  p.cx = -1;
+  p.cy = -2;
+  p.angle = static_cast<std::int16_t>(angle);
+  p.offset = x + y * side;
+  p.weight = weight;
+  return p;
+}
+
+// An engine at work on an accumulator of side x side.
+Probe atWork(const VotingParams& params) {
+  Probe probe(params);
+  probe.nx_ = side;
+  probe.ny_ = side;
+  probe.npix_ = side * side;
+  WPoint2D::nx = side;
+  probe.acc_ = blank<float>({side, side});
+  return probe;
+}
+
+// With one cone, for angle 0, of the given cells in one plane.
+Probe withCells(const std::vector<std::pair<int, int>>& cells) {
+  Probe probe = atWork({});
+  Cone2D cone;
+  cone.planes.resize(1);
+  for (const auto& [x, y] : cells) cone.planes[0].points.emplace_back(x, y, y * side + x, 1.0F);
+  probe.cones_ = {cone};
+  return probe;
+}
+
+TEST(GetMaxDirection, TurnsToTheStrongestCell) {
+  Probe probe = withCells({{1, 0}, {0, 3}, {0, -5}});
+  probe.acc_.setPixel(21, 20, 2.0F);
+  probe.acc_.setPixel(20, 23, 7.0F);
+  probe.acc_.setPixel(20, 15, 3.0F);
+  probe.acc_.setPixel(20, 20, 99.0F);
+  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  probe.getMaxDirection(p);
+  EXPECT_EQ(p.cx, 20);
+  EXPECT_EQ(p.cy, 23);
+  EXPECT_EQ(p.angle, 64);
+  EXPECT_EQ(p.x, 20);
+  EXPECT_EQ(p.y, 20);
+}
+
+TEST(GetMaxDirection, KeepsTheEarlierOfEqualCells) {
+  Probe probe = withCells({{1, 0}, {0, -3}, {-2, 0}});
+  probe.acc_.setPixel(20, 17, 5.0F);
+  probe.acc_.setPixel(18, 20, 5.0F);
+  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  probe.getMaxDirection(p);
+  EXPECT_EQ(p.angle, 192);
+}
+
+TEST(GetMaxDirection, LeavesThePointBelowOneThousandth) {
+  for (const float vote : {0.0F, 0.000999F, -8.0F}) {
+    Probe probe = withCells({{0, 3}});
+    probe.acc_.setPixel(20, 23, vote);
+    const VPoint2D before = pointAt(20, 20, 0, 1.0F);
+    VPoint2D p = before;
+    probe.getMaxDirection(p);
+    EXPECT_TRUE(samePoints({p}, {before})) << vote;
+  }
+  Probe probe = withCells({{0, 3}});
+  probe.acc_.setPixel(20, 23, 0.001001F);
+  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  probe.getMaxDirection(p);
+  EXPECT_EQ(p.angle, 64);
+}
+
+TEST(GetMaxDirection, LeavesThePointWhenItsOwnCellIsStrongest) {
+  Probe probe = withCells({{0, 3}, {0, 0}});
+  probe.acc_.setPixel(20, 23, 4.0F);
+  probe.acc_.setPixel(20, 20, 5.0F);
+  const VPoint2D before = pointAt(20, 20, 0, 1.0F);
+  VPoint2D p = before;
+  probe.getMaxDirection(p);
+  EXPECT_TRUE(samePoints({p}, {before}));
+}
+
+TEST(GetMeanDirection, DividesByTheNumberOfCellsWhichIsIntended) {
+  Probe probe = withCells({{4, 0}, {0, 4}, {-4, 0}, {0, -4}});
+  // (0, 4) with votes 0.5 gives a mean of (0, 0.5), which rounds to (0, 1).
+  probe.acc_.setPixel(20, 24, 0.5F);
+  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  probe.getMeanDirection(p);
+  EXPECT_EQ(p.angle, 64);
+  EXPECT_EQ(p.cx, -1);
+  EXPECT_EQ(p.cy, -2);
+  // With 0.49 it rounds to (0, 0).
+  probe.acc_.setPixel(20, 24, 0.49F);
+  p.angle = 0;
+  probe.getMeanDirection(p);
+  EXPECT_EQ(p.angle, 0);
+}
+
+TEST(GetMeanDirection, TruncatesNegativeMeansWhichIsIntended) {
+  Probe probe = withCells({{-1, 0}});
+  probe.acc_.setPixel(19, 20, 0.9F);
+  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  probe.getMeanDirection(p);
+  EXPECT_EQ(p.angle, 0);
+  probe.acc_.setPixel(19, 20, 1.0F);
+  probe.getMeanDirection(p);
+  EXPECT_EQ(p.angle, 128);
+}
+
+TEST(GetMeanDirection, OfAConeWithoutCellsLeavesThePoint) {
+  Probe probe = withCells({});
+  const VPoint2D before = pointAt(20, 20, 0, 1.0F);
+  VPoint2D p = before;
+  probe.getMeanDirection(p);
+  probe.getMaxDirection(p);
+  EXPECT_TRUE(samePoints({p}, {before}));
+}
+
+TEST(Directions, EqualTheirTwins) {
+  Random random(1);
+  for (int round = 0; round < 20; ++round) {
+    VotingParams params;
+    params.regionType = round % 3;
+    Probe probe = atWork(params);
+    probe.computeCones(randomInt(random, 1, 3), randomInt(random, 3, 9), randomInt(random, 0, 9));
+    for (int i = 0; i < probe.npix_; ++i) {
+      probe.acc_.pixels()[i] = round % 2 == 0
+                                   ? static_cast<float>(randomInt(random, -1, 3))
+                                   : std::uniform_real_distribution<float>(-0.5F, 20.0F)(random);
+    }
+    for (int i = 0; i < 300; ++i) {
+      VPoint2D p = pointAt(randomInt(random, 11, side - 12), randomInt(random, 11, side - 12),
+                           randomInt(random, 0, 255), 1.0F);
+      VPoint2D twin = p;
+      probe.getMaxDirection(p);
+      reference::turnToMax(twin, probe.cones_, probe.acc_);
+      ASSERT_TRUE(samePoints({p}, {twin}));
+      probe.getMeanDirection(p);
+      reference::turnToMean(twin, probe.cones_, probe.acc_);
+      ASSERT_TRUE(samePoints({p}, {twin}));
+    }
+  }
+}
+
+TEST(Vote, WithoutPointsLeavesZeros) {
+  Probe probe = atWork({});
+  probe.acc_.setPixel(3, 3, 5.0F);
+  probe.vote();
+  EXPECT_TRUE(sameImage(probe.acc_, blank<float>({side, side})));
+  EXPECT_TRUE(sameImage(probe.prevAcc_, blank<float>({side, side})));
+  EXPECT_TRUE(orva_test::sameCones(probe.cones_, reference::cones(0, 1, 10, 0, side)));
+}
+
+// Of width 0: the plain vote is 1 on each of ten cells, and so is its redistribution's tenth.
+TEST(Vote, OfConeWidthZeroIsOnePlainAndOneRedistributingPass) {
+  VotingParams params;
+  params.coneWidth = 0;
+  params.minRadius = 2;
+  params.maxRadius = 9;
+  Probe probe = atWork(params);
+  probe.points_ = {pointAt(15, 15, 0, 16.0F)};
+  probe.vote();
+  image<float> plain = blank<float>({side, side});
+  image<float> again = blank<float>({side, side});
+  for (int d = 2; d <= 9; ++d) {
+    plain.setPixel(15 + d, 15, 16.0F);
+    again.setPixel(15 + d, 15, 2.0F);
+  }
+  EXPECT_TRUE(sameImage(probe.prevAcc_, plain));
+  EXPECT_TRUE(sameImage(probe.acc_, again));
+  EXPECT_EQ(probe.points_[0].cx, 17);
+  EXPECT_EQ(probe.points_[0].cy, 15);
+}
+
+TEST(Vote, OfAPointWithoutVotesKeepsItsDirectionAndCastsNothing) {
+  VotingParams params;
+  params.maxRadius = 5;
+  Probe alone = atWork(params);
+  alone.points_ = {pointAt(10, 10, 3, 2.0F)};
+  alone.vote();
+  Probe probe = atWork(params);
+  probe.points_ = {pointAt(10, 10, 3, 2.0F), pointAt(30, 30, 200, 0.0F)};
+  probe.vote();
+  EXPECT_TRUE(samePoints({probe.points_[1]}, {pointAt(30, 30, 200, 0.0F)}));
+  EXPECT_TRUE(sameImage(probe.acc_, alone.acc_));
+}
+
+TEST(Vote, OfANegativeConeWidthIsThePlainPassOnly) {
+  VotingParams params;
+  Probe probe = atWork(params);
+  probe.coneWidth = -1;
+  probe.points_ = {pointAt(15, 15, 0, 1.0F), pointAt(25, 20, 130, 3.0F)};
+  VotingParams unrepaired = params;
+  unrepaired.coneWidth = -1;
+  const reference::Voting twin = reference::vote(unrepaired, probe.points_, side, side);
+  probe.vote();
+  EXPECT_TRUE(sameImage(probe.acc_, twin.acc));
+  EXPECT_TRUE(sameImage(probe.prevAcc_, blank<float>({side, side})));
+  EXPECT_TRUE(samePoints(probe.points_, twin.points));
+}
+
+TEST(Vote, OfPlacedPointsEqualsItsTwin) {
+  Random random(2);
+  for (int round = 0; round < 10; ++round) {
+    VotingParams params;
+    params.regionType = round % 3;
+    params.minRadius = 1 + round % 4;
+    params.maxRadius = 8;
+    params.coneWidth = round;
+    Probe probe = atWork(params);
+    for (int i = randomInt(random, 1, 60); i > 0; --i) {
+      probe.points_.push_back(pointAt(randomInt(random, 12, 27), randomInt(random, 12, 27),
+                                      randomInt(random, 0, 255),
+                                      std::uniform_real_distribution<float>(0.0F, 3.0F)(random)));
+      probe.points_.back().offset = -5;
+    }
+    const reference::Voting twin = reference::vote(params, probe.points_, side, side);
+    probe.vote();
+    EXPECT_TRUE(sameImage(probe.acc_, twin.acc));
+    EXPECT_TRUE(sameImage(probe.prevAcc_, twin.prevAcc));
+    EXPECT_TRUE(samePoints(probe.points_, twin.points));
+    EXPECT_TRUE(orva_test::sameCones(probe.cones_, twin.cones));
+  }
+}
+
+}  // namespace
