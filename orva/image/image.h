@@ -50,7 +50,7 @@ ORVA_EXPORT int round_double(double v);
 
 /// A colour pixel: three components in memory order.
 template <class T>
-struct GenericRgb {
+struct ORVA_EXPORT GenericRgb {
   T c0;
   T c1;
   T c2;
