@@ -181,6 +181,29 @@ TEST(ToByteImage, AcceptsEveryKnownFormat) {
   }
 }
 
+TEST(ToByteImage, ReadsBytesOfAnyImage) {
+  EXPECT_THAT(pixelsOf(toByteImage(valuesOnly(orva::BYTE, {5, 200}), false)), ElementsAre(5, 200));
+}
+
+TEST(ToByteImage, GivesZeroForNaN) {
+  EXPECT_THAT(bytesOf<float>({0, kNaN, 10}, false), ElementsAre(0, 0, 10));
+  EXPECT_THAT(bytesOf<float>({0, kNaN, 10}, true), ElementsAre(0, 0, 255));
+}
+
+TYPED_TEST(Conversion, OfTheReversedPixelsIsReversed) {
+  Random random(77);
+  image<TypeParam> img = randomImage<TypeParam>(random, {23, 3, 2});
+  const auto reversed = [](auto conversion) {
+    std::reverse(conversion.pixels(), conversion.pixels() + conversion.npix());
+    return conversion;
+  };
+  const image<unsigned char> bytes = toByteImage(img, true).duplicate();
+  const image<float> floats = toFloatImage(img);
+  std::reverse(img.pixels(), img.pixels() + img.npix());
+  EXPECT_TRUE(sameImage(toByteImage(img, true), reversed(bytes)));
+  EXPECT_TRUE(sameImage(toFloatImage(img), reversed(floats)));
+}
+
 TEST(Conversions, OfAnUnknownFormatAreNull) {
   for (const int format : {11, 12, 255, 100000, -1}) {
     const RawImage img = valuesOnly(format, {1, 2, 3});
@@ -192,7 +215,8 @@ TEST(Conversions, OfAnUnknownFormatAreNull) {
 }
 
 TEST(ToFloatImage, OfFloatsIsTheSameBits) {
-  const image<float> img = imageOf<float>({6, 1}, {-0.0F, kInfinity, kNaN, -kNaN, 1e-42F, 0.1F});
+  const image<float> img = imageOf<float>({7, 1}, {-0.0F, kInfinity, kNaN, -kNaN, 1e-42F, 0.1F,
+                                                   std::numeric_limits<float>::signaling_NaN()});
   const image<float> f = toFloatImage(img);
   EXPECT_TRUE(sameImage(f, img));
   EXPECT_NE(f.data(), img.data());

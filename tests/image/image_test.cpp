@@ -185,6 +185,13 @@ TEST(Interior, AgreesWithItsDefinition) {
   }
 }
 
+TEST(Interior, IsTheSameFromBothEnds) {
+  for (const orva_test::Shape& s : orva_test::oddShapes()) {
+    const std::vector<bool> mask = Image::interior(s.nx, s.ny, s.nz);
+    EXPECT_EQ(std::vector<bool>(mask.rbegin(), mask.rend()), mask);
+  }
+}
+
 TEST(Interior, OfAnImageTakingAllFramesAsPlanesIsIntended) {
   const BareImage img(5, 4, 2, 3, 1);
   EXPECT_EQ(img.interior(), Image::interior(5, 4, 6));

@@ -348,6 +348,16 @@ TEST_F(IcsFiles, WhosePixelsCanNotBeWrittenAreReported) {
   }
 }
 
+TEST_F(IcsFiles, WhoseHeaderCanNotBeWrittenAreReported) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
+  std::filesystem::create_symlink("/dev/full", file("b.ics"));
+  forAllForms(
+      file("b"), image<short>(2, 2, 1, 1, 1), [&](const std::string& err, const std::string& out) {
+        EXPECT_EQ(err, "In image_io::writeICS\n   Error in writing " + file("b.ics") + "\n");
+        EXPECT_EQ(out, "");
+      });
+}
+
 TEST_F(IcsFiles, WrittenWellAreNotReported) {
   forAllForms(file("b"), image<Rgb>(2, 2, 1, 1, 1),
               [](const std::string& err, const std::string& out) {

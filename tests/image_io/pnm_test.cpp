@@ -82,6 +82,10 @@ TEST_F(Pgm, IsReadWithCommentsLongerThanABuffer) {
   }
 }
 
+TEST_F(Pgm, ReadsOnAfter9000CharactersOfACommentAsIsIntended) {
+  expectRead("P5\n#" + std::string(9100, 'x') + " 4 2\n255\n" + kPixels, eight());
+}
+
 TEST_F(Pgm, TakesTheCharacterAfterANumberAwayAsIsIntended) {
   // So a "#" right behind a number opens no comment, and the digits after it count.
   expectRead("P5 4#2\n255\n" + kPixels, eight());
@@ -139,7 +143,7 @@ TEST_F(Pgm, OfAnotherKindEndsTheProcessAsIsIntended) {
 
 TEST_F(Pgm, WithAnIncompleteHeaderEndsTheProcessWithoutItsNameAsIsIntended) {
   for (const char* content : {"P5", "P5\n", "P5 4", "P5 4 2", "P5 4 2 ", "P5 4 2 x",
-                              "P5 # no newline 4 2 255", "P5 4 #\n"}) {
+                              "P5 # no newline 4 2 255", "P5 4 #\n", "P5 4 #"}) {
     expectExit(content, "Image is not binary PGM.\n");
   }
 }
