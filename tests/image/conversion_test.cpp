@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "orva/image/image.h"
@@ -119,7 +121,8 @@ TEST(ToByteImage, BlackForAConstantImageIsIntended) {
   EXPECT_THAT(bytesOf<unsigned char>({200, 200}, true), Each(0));
   EXPECT_THAT(bytesOf<float>({0.50002F, 0.5F}, true), Each(0));
   EXPECT_THAT(bytesOf<int>({7}, true), Each(0));
-  EXPECT_THAT(bytesOf<float>({3.0F, 3.0002F}, true), ElementsAre(0, 255));
+  EXPECT_THAT(bytesOf<float>({0, 0.00009F}, true), Each(0));
+  EXPECT_THAT(bytesOf<float>({0, 0.00011F}, true), ElementsAre(0, 255));
 }
 
 TEST(ToByteImage, StretchesFractionsOnlyWhenAsked) {
@@ -148,6 +151,31 @@ TEST(ToByteImage, GivesTheMaximumExactly255) {
     if (a == b) continue;
     EXPECT_THAT(bytesOf<float>({std::min(a, b), std::max(a, b)}, true), ElementsAre(0, 255))
         << a << " " << b;
+  }
+}
+
+TEST(ToByteImage, KeepsTheOrderOfOperations) {
+  // Whole quotients are where another order would truncate to another byte.
+  for (int range = 1; range <= 1500; ++range) {
+    image<int> img(range + 1, 1, 1, 1, 1);
+    std::iota(img.pixels(), img.pixels() + img.npix(), range % 7 - 3);
+    EXPECT_TRUE(sameImage(toByteImage(img, true), reference::toByteImage(img, true))) << range;
+  }
+}
+
+TEST(ToByteImage, AgreesWithItsDefinitionNextToEveryByteBoundary) {
+  Random random(78);
+  std::uniform_real_distribution<float> value(1, 1e5F);
+  for (int round = 0; round < 40; ++round) {
+    std::vector<float> pixels = {0, value(random)};
+    const float high = pixels.back();
+    for (int byte = 1; byte < 255; ++byte) {
+      float v = static_cast<float>(byte) * high / 255.0F;
+      for (int step = 0; step < 3; ++step) v = std::nextafter(v, 0.0F);
+      for (int step = 0; step < 7; ++step, v = std::nextafter(v, high)) pixels.push_back(v);
+    }
+    const image<float> img = imageOf<float>({static_cast<int>(pixels.size()), 1}, pixels);
+    EXPECT_TRUE(sameImage(toByteImage(img, true), reference::toByteImage(img, true))) << high;
   }
 }
 
