@@ -1,0 +1,47 @@
+// Plain twins of the operations on images: pixel by pixel, in the order of their definitions.
+#ifndef ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_H
+#define ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_H
+
+#include <memory>
+#include <vector>
+
+#include "tests/support/images.h"
+
+namespace reference {
+
+using orva::image;
+using orva_test::Rgb;
+
+// Where pixel (x, y, z, c, t) lies.
+int indexOf(const orva::Image& img, int x, int y, int z, int c, int t);
+
+// What depends on the pixel type.
+template <class T>
+struct Typed {
+  using Part = std::unique_ptr<image<T>>;
+
+  // One pixel read as a float, and made from one.
+  static float toFloat(T v);
+  static T fromFloat(float v);
+
+  static T smallest(const image<T>& img);
+  static T largest(const image<T>& img);
+
+  // Null where there is no such part.
+  static Part roi(const image<T>& img, const orva::Point3D& p1, const orva::Point3D& p2);
+  static Part frame(const image<T>& img, int f);
+  static Part channel(const image<T>& img, int c, int t);
+  static Part timepoint(const image<T>& img, int t);
+  static Part scale(const image<T>& img, int sx, int sy, int sz);
+};
+
+std::vector<bool> interior(int nx, int ny, int nz);
+int round_double(double v);
+
+image<unsigned char> toByteImage(const orva::Image& img, bool scale);
+image<float> toFloatImage(const orva::Image& img);
+image<Rgb> toRgbImage(const orva::Image& img);
+
+}  // namespace reference
+
+#endif

@@ -1,0 +1,30 @@
+// Image sizes that tests loop over.
+#ifndef ORVA_TESTS_SUPPORT_SHAPES_H
+#define ORVA_TESTS_SUPPORT_SHAPES_H
+
+#include <vector>
+
+#include "tests/support/images.h"
+
+namespace orva_test {
+
+// A single pixel, single rows and columns, plain and odd planes, stacks, channels and time points.
+inline std::vector<Shape> oddShapes() {
+  return {{1, 1},       {1, 9},          {11, 1},         {2, 2},          {3, 3},
+          {16, 5},      {7, 13},         {1, 1, 6},       {5, 4, 3},       {1, 7, 2, 3},
+          {9, 1, 1, 4}, {6, 3, 1, 1, 5}, {4, 3, 2, 3, 2}, {3, 5, 4, 1, 2}, {33, 2, 1, 2, 2}};
+}
+
+// Sizes of x and y up to 12, of z, channel and time point up to 3.
+inline Shape randomShape(Random& random) {
+  return {randomInt(random, 1, 12), randomInt(random, 1, 12), randomInt(random, 1, 3),
+          randomInt(random, 1, 3), randomInt(random, 1, 3)};
+}
+
+inline std::vector<int> sizesOf(const orva::Image& img) {
+  return {img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
+}
+
+}  // namespace orva_test
+
+#endif
