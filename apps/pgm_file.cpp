@@ -10,15 +10,25 @@
 namespace orva_app {
 namespace {
 
+// Skips a comment. The library takes no more than 9000 characters for one, and the rest for
+// numbers.
+void skipComment(std::istream& in) {
+  constexpr int kLongest = 9000;
+  int length = 0;
+  for (int c = in.get(); in && c != '\n'; c = in.get()) {
+    if (++length > kLongest) {
+      throw FileError("is a damaged PGM file: a comment is longer than 9000 characters");
+    }
+  }
+}
+
 // The next number of a header: comments and other characters before it are skipped, the character
 // after it is taken.
 std::uint64_t nextNumber(std::istream& in) {
   constexpr std::uint64_t kMost = std::uint64_t{1} << 31U;
   int c = in.get();
   while (in && std::isdigit(c) == 0) {
-    if (c == '#') {
-      while (in && c != '\n') c = in.get();
-    }
+    if (c == '#') skipComment(in);
     c = in.get();
   }
   if (!in) throw FileError("is a damaged PGM file: the header is cut off");
