@@ -48,7 +48,7 @@ void checkPgm(const std::string& path) {
   const std::uint64_t maximum = nextNumber(in);
   if (maximum > 255) throw FileError("is a 16-bit PGM file; only 8-bit ones are read");
   // Tests the sizes; no memory is touched.
-  const Raster fits(width, height, 1, SampleType::kUint8);
+  const Raster fits(width, height, 1, Colours::kGrey, SampleType::kUint8);
   const std::uint64_t left =
       in ? std::filesystem::file_size(path) - static_cast<std::uint64_t>(in.tellg()) : 0;
   if (left < width * height) throw FileError("is a damaged PGM file: pixels are missing");
