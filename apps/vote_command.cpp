@@ -77,6 +77,7 @@ CLI::Validator numberIn(float low, float high) {
 template <class Value>
 void chooseFrom(CLI::Option* option, const std::vector<std::pair<std::string, Value>>& names) {
   std::vector<std::string> keys;
+  keys.reserve(names.size());
   for (const auto& [name, value] : names) keys.push_back(name);
   option->transform(CLI::Transformer(names).description(""))
       ->transform(CLI::IsMember(keys).description(""))  // this comes first, then the one above
