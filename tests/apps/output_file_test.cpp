@@ -51,7 +51,7 @@ TEST_F(OutputFile, AMissingDirectoryFails) {
 TEST_F(OutputFile, ADirectoryAsAResultFails) {
   for (const std::string option : {"--centers", "--overlay"}) {
     for (const std::string name : {"taken", "taken/", "."}) {
-      SCOPED_TRACE(option + " " + name);
+      SCOPED_TRACE(::testing::PrintToString(std::pair(option, name)));
       EXPECT_TRUE(failedWithOneLine(vote({option, name}), "discs.pgm",
                                     name + " can not be written: Is a directory"));
     }
@@ -131,7 +131,7 @@ TEST_F(OutputFile, AnImageIsNeverReplacedByAResult) {
   for (const std::string name :
        {"discs.pgm", "./discs.pgm", "taken/../discs.pgm", "link.pgm", "here/discs.pgm"}) {
     for (const std::string option : {"--centers", "--overlay"}) {
-      SCOPED_TRACE(option + " " + name);
+      SCOPED_TRACE(::testing::PrintToString(std::pair(option, name)));
       EXPECT_TRUE(refused(vote({option, name}), "would replace the input discs.pgm"));
     }
   }

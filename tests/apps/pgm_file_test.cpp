@@ -95,7 +95,7 @@ TEST(PgmFile, BadHeadersFail) {
 TEST(PgmFile, ACommentPastTheLibrarysBufferDoesNotEndTheProcess) {
   const Picture picture = twoDiscs();
   const Sandbox box;
-  for (const std::size_t length : {8999, 9000, 9001, 9002, 20000}) {
+  for (const std::size_t length : {8999U, 9000U, 9001U, 9002U, 20000U}) {
     SCOPED_TRACE(length);
     box.write("discs.pgm",
               "P5\n#" + std::string(length, '7') + "\n66 50\n255\n" + pixelsOf(picture));

@@ -117,6 +117,7 @@ Outcome Sandbox::run(const std::vector<std::string>& arguments, const Streams& s
   std::vector<std::string> words{"orva"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
 

@@ -120,7 +120,7 @@ TEST(TiffFile, SeparatePlanesAndTilesOfColourAreReadAsColour) {
   ASSERT_TRUE(marksEach(parseCsv(expected), kTwoDiscs));
   for (const Picture& picture : {colour, withAlpha}) {
     for (const std::uint16_t planar : kPlanars) {
-      for (const std::uint32_t tile : {0, 32}) {
+      for (const std::uint32_t tile : {0U, 32U}) {
         for (const Type& type : kTypes) {
           if (type.factor != 1) continue;
           SCOPED_TRACE(std::string(type.name) + ", samples " + std::to_string(picture.samples) +
