@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <system_error>
 
 #include "apps/file_error.h"
 
@@ -14,7 +15,12 @@ namespace {
 
 // The first bytes of the file, fewer where it is shorter.
 std::string firstBytes(const std::string& path) {
-  if (std::filesystem::is_directory(path)) throw FileError("is a directory");
+  std::error_code ignored;  // opening it says what is wrong
+  const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+  if (std::filesystem::is_directory(status)) throw FileError("is a directory");
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw FileError("is not a regular file");
+  }
   errno = 0;
   std::ifstream in(path, std::ios::binary);
   if (!in) throw FileError::fromErrno("can not be opened");

@@ -50,15 +50,18 @@ void writeFile(const fs::path& path, std::string_view content) {
   std::error_code ignored;
   const fs::file_status status = fs::status(path, ignored);
   if (fs::is_directory(status)) fail(path, EISDIR);
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  // Through a link the file behind it is replaced, not the link. A file without a name of its own,
+  // which /dev/stdout may be, can only be written to.
+  std::error_code unnamed;
+  const fs::path target = fs::exists(status) ? fs::canonical(path, unnamed) : path;
+  if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     const int error = file < 0 ? errno : finish(file, content);
     if (error != 0) fail(path, error);
     return;
   }
-  // Through a link the file behind it is replaced, not the link.
-  const fs::path target = fs::exists(status) ? fs::canonical(path) : path;
-  std::string temporary = target.string() + ".XXXXXX";
+  // A short name: the target's own may be as long as names can be.
+  std::string temporary = (target.parent_path() / ".orva-XXXXXX").string();
   const int file = ::mkostemp(temporary.data(), O_CLOEXEC);
   if (file < 0) fail(path, errno);
   int error = ::fchmod(file, usualMode()) == 0 ? 0 : errno;

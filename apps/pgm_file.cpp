@@ -10,15 +10,25 @@
 namespace orva_app {
 namespace {
 
+// Skips a comment. The library takes no more than 9000 characters for one, and the rest for
+// numbers.
+void skipComment(std::istream& in) {
+  constexpr int kLongest = 9000;
+  int length = 0;
+  for (int c = in.get(); in && c != '\n'; c = in.get()) {
+    if (++length > kLongest) {
+      throw FileError("is a damaged PGM file: a comment is longer than 9000 characters");
+    }
+  }
+}
+
 // The next number of a header: comments and other characters before it are skipped, the character
 // after it is taken.
 std::uint64_t nextNumber(std::istream& in) {
   constexpr std::uint64_t kMost = std::uint64_t{1} << 31U;
   int c = in.get();
   while (in && std::isdigit(c) == 0) {
-    if (c == '#') {
-      while (in && c != '\n') c = in.get();
-    }
+    if (c == '#') skipComment(in);
     c = in.get();
   }
   if (!in) throw FileError("is a damaged PGM file: the header is cut off");
@@ -38,7 +48,7 @@ void checkPgm(const std::string& path) {
   const std::uint64_t maximum = nextNumber(in);
   if (maximum > 255) throw FileError("is a 16-bit PGM file; only 8-bit ones are read");
   // Tests the sizes; no memory is touched.
-  const Raster fits(width, height, 1, SampleType::kUint8);
+  const Raster fits(width, height, 1, Colours::kGrey, SampleType::kUint8);
   const std::uint64_t left =
       in ? std::filesystem::file_size(path) - static_cast<std::uint64_t>(in.tellg()) : 0;
   if (left < width * height) throw FileError("is a damaged PGM file: pixels are missing");

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <new>
+#include <type_traits>
 
 #include "apps/file_error.h"
 
@@ -22,13 +22,15 @@ std::size_t sizeOf(SampleType type) {
   }
 }
 
-Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, SampleType type)
-    : width_(width), height_(height), channels_(channels), type_(type) {
+Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Colours colours,
+               SampleType type)
+    : width_(width), height_(height), channels_(channels), colours_(colours), type_(type) {
   constexpr std::size_t kLargestSide = std::numeric_limits<std::int16_t>::max();
-  if (width == 0 || height == 0) throw FileError("the image has no pixels");
+  if (width == 0 || height == 0 || channels == 0) throw FileError("the image has no pixels");
   if (width > kLargestSide || height > kLargestSide) {
     throw FileError("the image is too large: at most 32767 pixels a side");
   }
+  if (height * rowBytes() > kMostBytes) throw FileError("the image is too large");
   // Not initialised: a file that promises more pixels than it holds costs no memory.
   data_.reset(new unsigned char[height * rowBytes()]);
 }
@@ -36,14 +38,30 @@ Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Samp
 template <class Sample>
 void Raster::invertSamples() {
   auto* samples = reinterpret_cast<Sample*>(data_.get());
-  std::for_each(samples, samples + width_ * height_ * channels_,
-                [](Sample& v) { v = static_cast<Sample>(std::numeric_limits<Sample>::max() - v); });
+  std::for_each(samples, samples + width_ * height_ * channels_, [](Sample& v) {
+    if constexpr (std::is_floating_point_v<Sample>) {
+      v = -v;
+    } else {
+      v = static_cast<Sample>(~v);
+    }
+  });
 }
 
+// The bits of a whole number turn the same way with a sign and without.
 void Raster::invert() {
-  if (type_ == SampleType::kUint8) invertSamples<std::uint8_t>();
-  if (type_ == SampleType::kUint16) invertSamples<std::uint16_t>();
-  if (type_ == SampleType::kUint32) invertSamples<std::uint32_t>();
+  switch (type_) {
+    case SampleType::kUint8:
+    case SampleType::kInt8:
+      return invertSamples<std::uint8_t>();
+    case SampleType::kUint16:
+    case SampleType::kInt16:
+      return invertSamples<std::uint16_t>();
+    case SampleType::kUint32:
+    case SampleType::kInt32:
+      return invertSamples<std::uint32_t>();
+    default:
+      return invertSamples<float>();
+  }
 }
 
 template <class Sample, class Pixel>
@@ -51,7 +69,7 @@ std::unique_ptr<orva::Image> Raster::convert() const {
   const int nx = static_cast<int>(width_);
   const int ny = static_cast<int>(height_);
   const auto* from = reinterpret_cast<const Sample*>(data_.get());
-  if (channels_ < 3) {
+  if (colours_ == Colours::kGrey) {
     auto grey = std::make_unique<orva::image<Pixel>>(nx, ny, 1, 1, 1);
     for (int i = 0; i < grey->npix(); ++i, from += channels_) {
       grey->pixels()[i] = static_cast<Pixel>(*from);

@@ -14,12 +14,19 @@ enum class SampleType { kUint8, kInt8, kUint16, kInt16, kUint32, kInt32, kFloat3
 // Bytes of one sample.
 std::size_t sizeOf(SampleType type);
 
-// `height` rows of `width` pixels of `channels` samples: 1 for grey, 3 for red, green and blue,
-// more where the file has some that are not used.
+// The most bytes that samples of one image take: those of the largest one in colour with alpha.
+inline constexpr std::size_t kMostBytes = std::size_t{1} << 34U;
+
+enum class Colours { kGrey, kRgb };
+
+// `height` rows of `width` pixels of `channels` samples. The first one counts as grey, or the first
+// three as red, green and blue; further ones are not used.
 class Raster {
  public:
-  // Throws FileError for sizes of 0 and for sides past those that voting can address.
-  Raster(std::size_t width, std::size_t height, std::size_t channels, SampleType type);
+  // Throws FileError for sizes of 0, for sides past those that voting can address and for lack of
+  // memory.
+  Raster(std::size_t width, std::size_t height, std::size_t channels, Colours colours,
+         SampleType type);
 
   std::size_t width() const { return width_; }
   std::size_t height() const { return height_; }
@@ -28,7 +35,7 @@ class Raster {
   // The start of row `y`; memory is as allocated until written.
   unsigned char* row(std::size_t y) { return data_.get() + y * rowBytes(); }
 
-  // Unsigned samples v become largest - v.
+  // Turns the order of the greys round: unsigned samples v become largest - v.
   void invert();
 
   // Grey in the narrowest pixel type that holds the samples; colour as luminance.
@@ -44,6 +51,7 @@ class Raster {
   std::size_t width_;
   std::size_t height_;
   std::size_t channels_;
+  Colours colours_;
   SampleType type_;
   std::unique_ptr<unsigned char[]> data_;
 };

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 #include <optional>
-#include <vector>
 
 #include "apps/file_error.h"
 #include "apps/image_file.h"
@@ -147,6 +146,8 @@ class BlockDecoder {
         static_cast<std::size_t>(size) < width * height * bytes_) {
       in_.fail();
     }
+    if (static_cast<std::size_t>(size) > kMostBytes)
+      throw FileError("a strip or tile is too large");
     buffer_.reset(new unsigned char[static_cast<std::size_t>(size)]);
     for (std::size_t plane = 0; plane < planes_; ++plane) {
       for (std::size_t y = 0; y < layout_.height; y += height) {
@@ -205,15 +206,18 @@ Raster readAsColour(const TiffReader& in, const Layout& layout) {
   if (TIFFRGBAImageOK(in.handle(), why.data()) == 0) {
     throw FileError(std::string("is a TIFF file of an unsupported kind: ") + why.data());
   }
-  Raster raster(layout.width, layout.height, 4, SampleType::kUint8);
-  std::vector<std::uint32_t> row(layout.width * layout.height);
+  Raster raster(layout.width, layout.height, 4, Colours::kRgb, SampleType::kUint8);
+  // Not initialised, as a raster is not.
+  const std::size_t count = layout.width * layout.height;
+  const std::unique_ptr<std::uint32_t[]> pixels(new std::uint32_t[count]);
   if (TIFFReadRGBAImageOriented(in.handle(), static_cast<std::uint32_t>(layout.width),
-                                static_cast<std::uint32_t>(layout.height), row.data(),
+                                static_cast<std::uint32_t>(layout.height), pixels.get(),
                                 ORIENTATION_TOPLEFT, 1) == 0) {
     in.fail();
   }
   unsigned char* to = raster.row(0);
-  for (const std::uint32_t pixel : row) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint32_t pixel = pixels[i];
     *to++ = static_cast<unsigned char>(TIFFGetR(pixel));
     *to++ = static_cast<unsigned char>(TIFFGetG(pixel));
     *to++ = static_cast<unsigned char>(TIFFGetB(pixel));
@@ -232,7 +236,8 @@ Raster readTiffFile(const std::string& path, int frame) {
   const Layout layout = layoutOf(in);
   const std::optional<SampleType> type = sampleTypeOf(layout);
   if (!type) return readAsColour(in, layout);
-  Raster raster(layout.width, layout.height, layout.samples, *type);
+  Raster raster(layout.width, layout.height, layout.samples,
+                layout.photometric == PHOTOMETRIC_RGB ? Colours::kRgb : Colours::kGrey, *type);
   BlockDecoder(in, layout, sizeOf(*type)).decode(raster);
   if (layout.photometric == PHOTOMETRIC_MINISWHITE) raster.invert();
   return raster;

@@ -39,8 +39,10 @@ void requireFits(const orva::Image& img, int coneWidth, int maxRadius) {
 void keepHistory(const fs::path& from, const fs::path& directory, const orva::Image& img) {
   const auto bytes = static_cast<std::uintmax_t>(img.npix()) * sizeof(float);
   for (const auto& entry : fs::directory_iterator(from)) {
-    if (entry.path().extension() == ".ids" && entry.file_size() != bytes) {
-      throw FileError((directory / entry.path().filename()).string() + " can not be written");
+    const fs::path target = directory / entry.path().filename();
+    const bool complete = entry.path().extension() != ".ids" || entry.file_size() == bytes;
+    if (!complete || fs::is_directory(target)) {
+      throw FileError(target.string() + " can not be written");
     }
   }
   for (const auto& entry : fs::directory_iterator(from)) {

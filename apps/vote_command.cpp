@@ -7,8 +7,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <map>
+#include <new>
 #include <set>
+#include <system_error>
+#include <utility>
 
 #include "apps/file_error.h"
 #include "apps/image_file.h"
@@ -56,7 +58,38 @@ std::string seconds(std::chrono::steady_clock::duration time) {
 }
 
 void reportFailure(const std::string& file, const std::exception& error) {
-  std::cerr << "orva: " << file << ": " << error.what() << '\n';
+  const bool full = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  std::cerr << "orva: " << file << ": " << (full ? "needs more memory than there is" : error.what())
+            << '\n';
+}
+
+// A number in low .. high. CLI11's own range takes "nan".
+CLI::Validator numberIn(float low, float high) {
+  return {[low, high](const std::string& text) {
+            float v = 0;
+            const bool good = CLI::detail::lexical_cast(text, v) && v >= low && v <= high;
+            return good ? "" : text + " is no number in " + shortest(low) + " to " + shortest(high);
+          },
+          ""};
+}
+
+// One of `names`, and what it stands for.
+template <class Value>
+void chooseFrom(CLI::Option* option, const std::vector<std::pair<std::string, Value>>& names) {
+  std::vector<std::string> keys;
+  keys.reserve(names.size());
+  for (const auto& [name, value] : names) keys.push_back(name);
+  option->transform(CLI::Transformer(names).description(""))
+      ->transform(CLI::IsMember(keys).description(""))  // this comes first, then the one above
+      ->option_text("NAME");
+}
+
+// Where a file is or would be, whatever its name. A name that leads nowhere stays as it is.
+fs::path placeOf(const fs::path& path) {
+  std::error_code error;
+  const fs::path whole = fs::absolute(path, error);
+  const fs::path place = fs::weakly_canonical(whole, error);
+  return error ? whole.lexically_normal() : place;
 }
 
 }  // namespace
@@ -72,17 +105,16 @@ VoteCommand::VoteCommand(CLI::App& app)
 }
 
 void VoteCommand::addVotingOptions() {
-  const std::map<std::string, CircularVoting::RegionType> polarities{
-      {"bright", CircularVoting::Bright},
-      {"dark", CircularVoting::Dark},
-      {"both", CircularVoting::Both}};
   const CLI::Range pixels(1, kMostPixels);
-  const CLI::Range share(0.0F, 1.0F);
-  const CLI::Range level(0.0F, kMostLevels);
+  const CLI::Validator share = numberIn(0.0F, 1.0F);
+  const CLI::Validator level = numberIn(0.0F, kMostLevels);
 
-  command_->add_option("--polarity", settings_.polarity, "bright, dark or both; default bright")
-      ->transform(CLI::CheckedTransformer(polarities).description(""))
-      ->option_text("NAME");
+  chooseFrom<CircularVoting::RegionType>(
+      command_->add_option("--polarity", settings_.polarity,
+                           "bright, dark or both; default bright"),
+      {{"bright", CircularVoting::Bright},
+       {"dark", CircularVoting::Dark},
+       {"both", CircularVoting::Both}});
   command_->add_option("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
       ->check(pixels)
       ->option_text("N");
@@ -101,7 +133,7 @@ void VoteCommand::addVotingOptions() {
       ->add_option("--sigma", settings_.sigma,
                    "Scale of the gradient in pixels; default a seventh of the largest radius, at "
                    "least 1")
-      ->check(CLI::Range(0.1F, static_cast<float>(kMostPixels)))
+      ->check(numberIn(0.1F, static_cast<float>(kMostPixels)))
       ->option_text("S");
   CLI::Option* gradient = command_
                               ->add_option("--gradient", settings_.gradient,
@@ -122,23 +154,22 @@ void VoteCommand::addVotingOptions() {
   command_
       ->add_option("--relative-threshold", settings_.relativeThreshold,
                    "The same as a share of the strongest vote, 0.05 to 1; default 0.3")
-      ->check(CLI::Range(0.05F, 1.0F))
+      ->check(numberIn(0.05F, 1.0F))
       ->excludes(threshold)
       ->option_text("F");
   command_->add_flag("--edges", settings_.edges, "Vote only from the edges of bright blobs");
   command_
       ->add_option("--power", settings_.power,
                    "Exponent that turns gradient magnitudes into weights; default 0.5")
-      ->check(CLI::Range(0.0F, 100.0F))
+      ->check(numberIn(0.0F, 100.0F))
       ->option_text("P");
 }
 
 void VoteCommand::addFileOptions() {
-  const std::map<std::string, TableFormat> formats{{"csv", TableFormat::kCsv},
-                                                   {"json", TableFormat::kJson}};
   command_
       ->add_option("--history", history_,
-                   "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN")
+                   "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, "
+                   "with --out PREFIXNAME_vote_NN")
       ->option_text("PREFIX");
   command_->add_option("--frame", frame_, "Page of a TIFF file, counted from 0; default 0")
       ->check(CLI::Range(0, 65534))
@@ -148,9 +179,8 @@ void VoteCommand::addFileOptions() {
           ->add_option("--centers", centersFile_,
                        "The table x,y,weight goes to FILE; default standard output")
           ->option_text("FILE");
-  command_->add_option("--format", format_, "csv or json; default csv")
-      ->transform(CLI::CheckedTransformer(formats).description(""))
-      ->option_text("NAME");
+  chooseFrom<TableFormat>(command_->add_option("--format", format_, "csv or json; default csv"),
+                          {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}});
   CLI::Option* overlay = command_
                              ->add_option("--overlay", overlayFile_,
                                           "The image with a cross at each centre goes to FILE.png")
@@ -186,12 +216,12 @@ void VoteCommand::check() const {
   }
   std::set<fs::path> taken;
   for (const fs::path& result : results) {
-    if (!taken.insert(fs::weakly_canonical(result)).second) {
+    if (!taken.insert(placeOf(result)).second) {
       throw CLI::ValidationError("image", "two results would go to " + result.string());
     }
   }
   for (const std::string& image : images_) {
-    if (taken.contains(fs::weakly_canonical(image))) {
+    if (taken.contains(placeOf(image))) {
       throw CLI::ValidationError("image", "a result would replace the input " + image);
     }
   }
@@ -221,7 +251,9 @@ void VoteCommand::voteOnOne() const {
 
 int VoteCommand::voteOnAll() const {
   const fs::path out(*outDirectory_);
-  fs::create_directories(out);
+  std::error_code made;
+  fs::create_directories(out, made);
+  if (made) throw FileError(out.string() + " can not be created: " + made.message());
   const Progress progress(images_.size(), quiet_);
   std::string summary = "file,width,height,centres,seconds\n";
   int status = 0;

@@ -5,8 +5,8 @@
 
 #include "orva/bip/bip.h"
 #include "tests/bip/pictures.h"
-#include "tests/support/foreign_image.h"
 #include "tests/support/images.h"
+#include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
 
 namespace {

@@ -78,6 +78,13 @@ class RawImage : public BareImage {
   std::vector<float> values_;
 };
 
+// 4 x 4 zeros that claim a format and are no image<T>.
+class ForeignImage : public RawImage {
+ public:
+  explicit ForeignImage(int format)
+      : RawImage({4, 4}, format, std::vector<int>(16), std::vector<float>(16)) {}
+};
+
 }  // namespace orva_test
 
 #endif

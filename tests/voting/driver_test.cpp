@@ -9,8 +9,8 @@
 
 #include "orva/bip/bip.h"
 #include "orva/voting/circularvoting.h"
-#include "tests/support/foreign_image.h"
 #include "tests/support/images.h"
+#include "tests/support/raw_image.h"
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
 

@@ -1,0 +1,160 @@
+// Results are written whole or not at all.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/apps/pictures.h"
+#include "tests/apps/sandbox.h"
+#include "tests/apps/tables.h"
+
+namespace orva_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A directory with discs.pgm, a directory "taken" with a file in it, and an old result.
+class OutputFile : public ::testing::Test {
+ protected:
+  OutputFile() {
+    box.write("discs.pgm", pgm(twoDiscs()));
+    fs::create_directory(box / "taken");
+    box.write("taken/inside", "kept");
+    box.write("old", "an old result");
+    before = box.names();
+  }
+
+  Outcome vote(std::vector<std::string> arguments, const Streams& streams = {}) const {
+    arguments.insert(arguments.begin(), {"vote", "--max-radius", "10", "discs.pgm"});
+    return box.run(arguments, streams);
+  }
+
+  void expectUntouched() const {
+    EXPECT_EQ(box.names(), before);
+    EXPECT_EQ(box.read("old"), "an old result");
+    EXPECT_EQ(box.read("taken/inside"), "kept");
+    EXPECT_EQ(box.read("discs.pgm"), pgm(twoDiscs()));
+  }
+
+  Sandbox box;
+  std::vector<std::string> before;
+};
+
+TEST_F(OutputFile, AMissingDirectoryFails) {
+  for (const std::string option : {"--centers", "--overlay"}) {
+    EXPECT_TRUE(failedWithOneLine(vote({option, "missing/result"}), "discs.pgm",
+                                  "missing/result can not be written: No such file or directory"));
+    EXPECT_TRUE(failedWithOneLine(vote({option, "old/result"}), "discs.pgm",
+                                  "old/result can not be written: Not a directory"));
+  }
+  expectUntouched();
+}
+
+TEST_F(OutputFile, ADirectoryAsAResultFails) {
+  for (const std::string option : {"--centers", "--overlay"}) {
+    for (const std::string name : {"taken", "taken/", "."}) {
+      SCOPED_TRACE(::testing::PrintToString(std::pair(option, name)));
+      EXPECT_TRUE(failedWithOneLine(vote({option, name}), "discs.pgm",
+                                    name + " can not be written: Is a directory"));
+    }
+  }
+  expectUntouched();
+}
+
+TEST_F(OutputFile, ANameThatIsTooLongFails) {
+  const std::string name(300, 'n');
+  for (const std::string option : {"--centers", "--overlay"}) {
+    EXPECT_TRUE(failedWithOneLine(vote({option, name}), "discs.pgm",
+                                  name + " can not be written: File name too long"));
+  }
+  expectUntouched();
+}
+
+TEST_F(OutputFile, TheLongestNameIsWritten) {
+  const std::string name(255, 'n');
+  EXPECT_TRUE(succeeded(vote({"--centers", name})));
+  EXPECT_TRUE(marksEach(parseCsv(box.read(name)), kTwoDiscs));
+}
+
+TEST_F(OutputFile, AFullDeviceFails) {
+  for (const std::string option : {"--centers", "--overlay"}) {
+    EXPECT_TRUE(failedWithOneLine(vote({option, "/dev/full"}), "discs.pgm",
+                                  "/dev/full can not be written: No space left on device"));
+  }
+  EXPECT_TRUE(failedWithOneLine(vote({}, {.out = "/dev/full"}), "discs.pgm",
+                                "the table can not be written to standard output"));
+  EXPECT_TRUE(failedWithOneLine(vote({"--format", "json"}, {.out = "/dev/full"}), "discs.pgm",
+                                "the table can not be written to standard output"));
+  expectUntouched();
+}
+
+TEST_F(OutputFile, AFailedImageLeavesAnOldResult) {
+  box.write("discs.pgm", pgm(twoDiscs()).substr(0, 2000));
+  EXPECT_TRUE(failedWithOneLine(vote({"--centers", "old"}), "discs.pgm", "damaged PGM"));
+  EXPECT_TRUE(failedWithOneLine(vote({"--overlay", "old"}), "discs.pgm", "damaged PGM"));
+  EXPECT_EQ(box.read("old"), "an old result");
+  EXPECT_EQ(box.names(), before);
+}
+
+TEST_F(OutputFile, ADeviceIsWrittenToAndStays) {
+  EXPECT_TRUE(succeeded(vote({"--centers", "/dev/null"})));
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+  expectUntouched();
+  const Outcome shown = vote({"--centers", "/dev/stdout"});
+  EXPECT_TRUE(succeeded(shown));
+  EXPECT_TRUE(marksEach(parseCsv(shown.out), kTwoDiscs));
+}
+
+TEST_F(OutputFile, AnOldResultIsReplaced) {
+  EXPECT_TRUE(succeeded(vote({"--centers", "old"})));
+  EXPECT_TRUE(marksEach(parseCsv(box.read("old")), kTwoDiscs));
+  EXPECT_EQ(box.names(), before);
+}
+
+TEST_F(OutputFile, AResultHasTheUsualPermissions) {
+  const mode_t mask = ::umask(027);
+  EXPECT_TRUE(succeeded(vote({"--centers", "new"})));
+  ::umask(mask);
+  struct stat facts {};
+  ASSERT_EQ(::stat((box / "new").c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_mode & 0777U, 0640U);
+}
+
+TEST_F(OutputFile, ThroughALinkItsTargetIsReplaced) {
+  fs::create_symlink("old", box / "link");
+  EXPECT_TRUE(succeeded(vote({"--centers", "link"})));
+  EXPECT_TRUE(fs::is_symlink(box / "link"));
+  EXPECT_TRUE(marksEach(parseCsv(box.read("old")), kTwoDiscs));
+}
+
+TEST_F(OutputFile, AnImageIsNeverReplacedByAResult) {
+  fs::create_symlink("discs.pgm", box / "link.pgm");
+  fs::create_directory_symlink(".", box / "here");
+  for (const std::string name :
+       {"discs.pgm", "./discs.pgm", "taken/../discs.pgm", "link.pgm", "here/discs.pgm"}) {
+    for (const std::string option : {"--centers", "--overlay"}) {
+      SCOPED_TRACE(::testing::PrintToString(std::pair(option, name)));
+      EXPECT_TRUE(refused(vote({option, name}), "would replace the input discs.pgm"));
+    }
+  }
+  EXPECT_EQ(box.read("discs.pgm"), pgm(twoDiscs()));
+  EXPECT_TRUE(refused(box.run({"vote", "link.pgm", "--centers", "discs.pgm"}),
+                      "would replace the input link.pgm"));
+  EXPECT_EQ(box.read("discs.pgm"), pgm(twoDiscs()));
+}
+
+TEST_F(OutputFile, TwoResultsDoNotGoToOneFile) {
+  fs::create_directory_symlink("taken", box / "link");
+  const std::vector<std::vector<std::string>> pairs{
+      {"new", "new"},          {"new", "./new"},
+      {"old", "./old"},        {"taken/new", "link/new"},
+      {"new", "taken/../new"}, {"taken/missing/new", "link/missing/new"}};
+  const std::vector<std::string> names = box.names();
+  for (const auto& pair : pairs) {
+    SCOPED_TRACE(::testing::PrintToString(pair));
+    EXPECT_TRUE(refused(vote({"--centers", pair[0], "--overlay", pair[1]}), "two results"));
+  }
+  EXPECT_EQ(box.names(), names);
+  EXPECT_TRUE(succeeded(vote({"--centers", "taken/new", "--overlay", "new"})));
+}
+
+}  // namespace
+}  // namespace orva_test

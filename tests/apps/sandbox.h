@@ -1,0 +1,62 @@
+// The orva command, run in a fresh directory.
+#ifndef ORVA_TESTS_APPS_SANDBOX_H
+#define ORVA_TESTS_APPS_SANDBOX_H
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orva_test {
+
+// What a run of the command left behind.
+struct Outcome {
+  int status;  // 128 and the signal's number for a crash
+  std::string out;
+  std::string err;
+};
+
+// Where a run's streams go; both are read back unless something else is said.
+struct Streams {
+  const char* out = nullptr;  // a file or a device instead
+  bool terminal = false;      // standard error is a terminal
+};
+
+// A directory of its own, removed with everything in it in the end.
+class Sandbox {
+ public:
+  Sandbox();
+  Sandbox(const Sandbox&) = delete;
+  Sandbox& operator=(const Sandbox&) = delete;
+  ~Sandbox();
+
+  std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
+
+  // Runs the command here with these arguments.
+  Outcome run(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
+
+  void write(std::string_view name, std::string_view content) const;
+  std::string read(std::string_view name) const;
+  // All files and directories, hidden ones too, as sorted relative names.
+  std::vector<std::string> names() const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Status 0 and nothing on standard error.
+::testing::AssertionResult succeeded(const Outcome& outcome);
+
+// Status 1, nothing on standard output and one line "orva: NAME: ..." on standard error that holds
+// `words`.
+::testing::AssertionResult failedWithOneLine(const Outcome& outcome, const std::string& name,
+                                             const std::string& words = "");
+
+// Status 2, nothing on standard output and `words` on standard error.
+::testing::AssertionResult refused(const Outcome& outcome, const std::string& words);
+
+}  // namespace orva_test
+
+#endif

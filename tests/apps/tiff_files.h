@@ -1,0 +1,55 @@
+// TIFF files for the command's tests.
+#ifndef ORVA_TESTS_APPS_TIFF_FILES_H
+#define ORVA_TESTS_APPS_TIFF_FILES_H
+
+#include <tiffio.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/apps/pictures.h"
+
+namespace orva_test {
+
+struct TiffForm {
+  std::uint16_t bits = 8;  // 1, 2, 4, 8, 16, 32, or 64 for floats
+  std::uint16_t format = SAMPLEFORMAT_UINT;
+  std::uint16_t photometric = PHOTOMETRIC_MINISBLACK;
+  std::uint16_t planar = PLANARCONFIG_CONTIG;
+  std::uint16_t compression = COMPRESSION_NONE;
+  std::uint32_t tileWidth = 0;  // strips if 0
+  std::uint32_t tileHeight = 0;
+  std::uint32_t rowsPerStrip = 16;
+  // Red, green and blue, each of 2 ^ bits entries.
+  std::vector<std::uint16_t> palette{};
+};
+
+// A file that is written page by page and complete with the end of this object.
+class TiffFile {
+ public:
+  // `mode` is libtiff's: "w", with "l" or "b" for the byte order and "8" for 64-bit offsets.
+  explicit TiffFile(const std::filesystem::path& path, const std::string& mode = "w");
+
+  void page(const Picture& picture, const TiffForm& form = {});
+
+ private:
+  struct Close {
+    void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+  };
+  std::unique_ptr<TIFF, Close> tiff_;
+};
+
+// A little-endian file of one page with the given tags and values, and no more than that: `pixels`
+// begin at byte 512.
+struct TiffTag {
+  std::uint16_t name;
+  std::uint32_t value;
+};
+std::string rawTiff(const std::vector<TiffTag>& tags, const std::string& pixels);
+
+}  // namespace orva_test
+
+#endif
