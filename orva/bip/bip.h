@@ -59,9 +59,12 @@ namespace bip {
 
 /// @name Connected regions
 /// Regions are numbered in the order (z, then y, then x) of their first pixels. The first volume of
-/// the input is labelled. Labels are shorts: of more than 32768 regions the first are kept, the
-/// pixels of the rest stay -1, @p n is 32768, and "In bip::regions" and "   Warning: more than
-/// 32768 regions, the rest are ignored" go to standard error. Each pixel is queued once.
+/// the input is labelled. Each pixel is queued once. Labels are shorts: of more than 32768 regions
+/// the first are kept, the pixels of the rest stay -1, @p n is 32768, and standard error shows
+/// @verbatim
+/// In bip::regions
+///    Warning: more than 32768 regions, the rest are ignored
+/// @endverbatim
 /// @{
 
 /// The regions of pixels equal to @p value, connected by the neighbours of @p type at @p reach (a
@@ -91,11 +94,15 @@ ORVA_EXPORT void reverse(image<unsigned char>& img);
 
 /// @name Region measurements
 /// One record a label, 0 .. n - 1; a label without pixels keeps a record of zeros. Without @p n it
-/// is regionNumber(labels). Brightness is read as floats and summed in linear order, in single
-/// precision. A brightness image of another size (Image::equalSize) is ignored, after "In
-/// bip::regionFeatures", "   Warning: label and brightness must have the same size" and "
-/// Brightness image ignored" on standard error; a null one is ignored silently. Pixels of other
-/// labels are skipped. Cost: three walks over the image.
+/// is regionNumber(labels). Pixels of other labels are skipped. Brightness is read as floats and
+/// summed in linear order, in single precision. A null brightness image leaves mean and variance 0;
+/// so does one of another size (Image::equalSize), after these lines on standard error:
+/// @verbatim
+/// In bip::regionFeatures
+///    Warning: label and brightness must have the same size
+///    Brightness image ignored
+/// @endverbatim
+/// Cost: three walks over the image.
 /// @{
 ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                                       const Image& brightness);
@@ -106,8 +113,8 @@ ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels
 /// @}
 
 /// @name Brightness lists
-/// The brightness of each region's pixels, in linear order or @p sorted ascending. Nothing when the
-/// images differ in size or have no pixels.
+/// The brightness of each region's pixels, in linear order or, when @p sorted, ascending with a NaN
+/// last. Nothing when the images differ in size or have no pixels.
 /// @{
 ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
                                                                   const Image& brightness,
@@ -143,7 +150,8 @@ ORVA_EXPORT image<unsigned char> edge(const Image& img);
 ORVA_EXPORT std::vector<std::vector<Point>> boundaries(const image<short>& labels);
 
 /// Fills all background that is not connected to the border along the axes, and sets every non-zero
-/// pixel to 255. The first volume is processed; a null mask stays.
+/// pixel to 255. The first volume is processed; a null mask stays. More than 32767 holes are filled
+/// too, although regions() reports them on standard error.
 ORVA_EXPORT void removeInternalStructures(image<unsigned char>& mask);
 
 }  // namespace bip

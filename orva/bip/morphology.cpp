@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 #include "orva/bip/bip.h"
@@ -61,18 +60,6 @@ image<unsigned char> edgeAs(const Image& img) {
   return typed != nullptr ? edgeOf(*typed) : image<unsigned char>(0, 1, 1, 1, 1);
 }
 
-std::int64_t boxVolume(const RegionFeature& f) {
-  return std::int64_t{f.xmax - f.xmin + 1} * (f.ymax - f.ymin + 1) * (f.zmax - f.zmin + 1);
-}
-
-// The label of the largest bounding box, the first of equals.
-short largestBox(const std::vector<RegionFeature>& features) {
-  const auto largest = std::max_element(
-      features.begin(), features.end(),
-      [](const RegionFeature& a, const RegionFeature& b) { return boxVolume(a) < boxVolume(b); });
-  return static_cast<short>(largest - features.begin());
-}
-
 }  // namespace
 
 void erode(image<short>& labels) {
@@ -91,6 +78,7 @@ void dilate(image<unsigned char>& mask) {
   const auto offsets = neighbourOffsets(mask.nx());
   const std::vector<bool> inside = mask.interior();
   const image<unsigned char> before = mask.duplicate();
+  if (before.isNull()) return;  // sizes below zero whose product is positive
   for (std::ptrdiff_t i = 0; i < std::ptrdiff_t{mask.nx()} * mask.ny(); ++i) {
     if (before.pixels()[i] != 255 || !inside[static_cast<std::size_t>(i)]) continue;
     for (const std::ptrdiff_t d : offsets) {
@@ -147,10 +135,10 @@ void removeInternalStructures(image<unsigned char>& mask) {
 
   int n = 0;
   const image<short> labels = regions(padded, n, 0, 1, NEIGHBORHOOD_4);
-  const short background = largestBox(regionFeatures(labels, n));
-  std::transform(
-      labels.pixels(), labels.pixels() + labels.npix(), padded.pixels(),
-      [background](short k) { return static_cast<unsigned char>(k == background ? 0 : 255); });
+  // The frame's region comes first in raster order, and no other has a larger bounding box.
+  constexpr short kBackground = 0;
+  std::transform(labels.pixels(), labels.pixels() + labels.npix(), padded.pixels(),
+                 [](short k) { return static_cast<unsigned char>(k == kBackground ? 0 : 255); });
 
   forEachRow([nx](unsigned char* m, const unsigned char* p) { std::copy_n(p, nx, m); });
 }

@@ -70,6 +70,9 @@ void measureGeometry(const image<short>& labels, std::vector<RegionFeature>& fea
   }
 }
 
+// Ascending, with every NaN at the end.
+bool precedes(float a, float b) { return a < b || (!std::isnan(a) && std::isnan(b)); }
+
 // Calls visit(k, i) for every pixel i, in linear order, whose label k lies in 0 .. n - 1.
 template <class Visit>
 void forEachLabelled(const image<short>& labels, std::size_t n, Visit visit) {
@@ -99,8 +102,8 @@ void measureBrightness(const image<short>& labels, const Image& brightness,
 
 std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                           const Image& brightness) {
-  if (labels.isNull() || n <= 0) return {};
-  std::vector<RegionFeature> features(static_cast<std::size_t>(n));
+  if (labels.isNull()) return {};
+  std::vector<RegionFeature> features(static_cast<std::size_t>(std::max(n, 0)));
   measureGeometry(labels, features);
   if (brightness.isNull()) return features;
   if (!brightness.equalSize(labels)) {
@@ -136,7 +139,7 @@ std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels
   forEachLabelled(labels, count,
                   [&](std::size_t k, int i) { lists[k].push_back(brightness.pixel(i)); });
   if (sorted) {
-    for (std::vector<float>& list : lists) std::sort(list.begin(), list.end());
+    for (std::vector<float>& list : lists) std::sort(list.begin(), list.end(), precedes);
   }
   return lists;
 }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <deque>
 #include <iostream>
@@ -83,9 +82,9 @@ class Flood {
     const int x0 = std::max(p.x - reach_, 0);
     const int y0 = std::max(p.y - reach_, 0);
     const int z0 = std::max(p.z - reach_, 0);
-    const int x1 = std::min(p.x + reach_, labels_.nx() - 1);
-    const int y1 = std::min(p.y + reach_, labels_.ny() - 1);
-    const int z1 = std::min(p.z + reach_, labels_.nz() - 1);
+    const int x1 = p.x + std::min(reach_, labels_.nx() - 1 - p.x);
+    const int y1 = p.y + std::min(reach_, labels_.ny() - 1 - p.y);
+    const int z1 = p.z + std::min(reach_, labels_.nz() - 1 - p.z);
     if (type_ == NEIGHBORHOOD_8) {
       for (int z = z0; z <= z1; ++z) {
         for (int y = y0; y <= y1; ++y) {
@@ -166,7 +165,8 @@ void relabel(image<short>& labels) {
 bool isBinaryImage(const Image& img) {
   if (img.format() != BYTE) return false;
   const auto* bytes = static_cast<const unsigned char*>(img.data());
-  return std::all_of(bytes, bytes + img.npix(), [](unsigned char v) { return v == 0 || v == 255; });
+  return std::all_of(bytes, bytes + std::max(img.npix(), 0),
+                     [](unsigned char v) { return v == 0 || v == 255; });
 }
 
 void reverse(image<unsigned char>& img) {

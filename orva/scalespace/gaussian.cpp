@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <iostream>
@@ -26,20 +25,21 @@ void addWeighted(float* out, const float* in, float weight, std::ptrdiff_t count
   for (std::ptrdiff_t i = 0; i < count; ++i) out[i] += weight * in[i];
 }
 
-// Adds tap k to every output whose sample i - k lies inside the line: those from `first` up to, not
-// including, `last`.
-struct Inside {
+// The outputs from `first` up to, not including, `last`.
+struct Span {
   int first;
   int last;
-
-  Inside(const float* in, float* out, int n, std::ptrdiff_t width, int k, float weight)
-      : first(std::clamp(k, 0, n)),
-        last(static_cast<int>(std::clamp<std::ptrdiff_t>(std::ptrdiff_t{n} + k, 0, n))) {
-    if (first < last) {
-      addWeighted(out + first * width, in + (first - k) * width, weight, (last - first) * width);
-    }
-  }
 };
+
+// Adds tap k to every output whose sample i - k lies inside the line, and returns which they are.
+Span addInside(const float* in, float* out, int n, std::ptrdiff_t width, int k, float weight) {
+  const int first = std::clamp(k, 0, n);
+  const int last = std::clamp(n + std::min(k, 0), 0, n);
+  if (first < last) {
+    addWeighted(out + first * width, in + (first - k) * width, weight, (last - first) * width);
+  }
+  return {first, last};
+}
 
 // Convolution with the border sample repeated.
 void __gaussian_1d__(const float* in, float* out, int n, int width, const float* kernelCentre,
@@ -48,7 +48,7 @@ void __gaussian_1d__(const float* in, float* out, int n, int width, const float*
   std::fill_n(out, n * w, 0.0F);
   for (int k = -radius; k <= radius; ++k) {
     const float weight = kernelCentre[k];
-    const Inside inside(in, out, n, w, k, weight);
+    const Span inside = addInside(in, out, n, w, k, weight);
     for (int i = 0; i < inside.first; ++i) addWeighted(out + i * w, in, weight, w);
     for (int i = inside.last; i < n; ++i) addWeighted(out + i * w, in + (n - 1) * w, weight, w);
   }
@@ -59,7 +59,7 @@ void __smooth_1d__(const float* in, float* out, int n, int width, const float* k
                    int radius) {
   const std::ptrdiff_t w = width;
   std::fill_n(out, n * w, 0.0F);
-  for (int k = -radius; k <= radius; ++k) Inside(in, out, n, w, k, kernelCentre[k]);
+  for (int k = -radius; k <= radius; ++k) addInside(in, out, n, w, k, kernelCentre[k]);
   for (int i = 0; i < n; ++i) {
     if (i >= radius && i < n - radius) continue;  // nothing lost
     float lost = 0.0F;

@@ -39,7 +39,6 @@ image<float> harmonicCut(const Image& img, float sigma, bool bright, int iterati
 image<unsigned char> hcut(const Image& img, float sigma1, float sigma2) {
   constexpr int kIterations = 10;
   const image<float> flattened = harmonicCut(img, sigma1, true, kIterations);
-  if (img.isNull()) return image<unsigned char>(img.nx(), img.ny(), 1, 1, 1);
   return features(flattened, sigma2, LAPLACIAN_NEGATIVE, 1.0F);
 }
 
@@ -47,6 +46,7 @@ Image* reduce(const Image& img, float factor, float sigma) {
   if (img.isNull() || factor <= 0.0F) return nullptr;
   const image<float> smoothed = smooth(img, sigma, 1.0F);
   const std::unique_ptr<Image> stored(img.clone());
+  if (!stored) return nullptr;
   for (int i = 0; i < smoothed.npix(); ++i) stored->setPixel(i, smoothed.pixels()[i]);
   const auto reduced = [factor](int size) {
     const int n = truncateTo<int>(static_cast<float>(size) * factor);

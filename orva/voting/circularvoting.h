@@ -123,23 +123,21 @@ class ORVA_EXPORT CircularVoting {
 
   /// Sets everything that compute() needs; call it first.
   /// @param type which objects are looked for
-  /// @param minRadius nearest distance of a vote in pixels; at least 1
-  /// @param maxRadius farthest distance of a vote; at least minRadius
-  /// @param coneWidth half-width of the widest cone at maxRadius, in pixels; at least 0
-  /// @param gradThreshold gradient magnitudes below it cast no vote, in grey levels a pixel
-  /// @param centerThreshold votes above it make a centre; when not absolute, a share of the
-  /// strongest
-  ///        vote, held in 0.05 .. 1 (a NaN becomes 1)
-  /// @param sigma scale of the gradient in pixels; negative values and NaN become 0
-  /// @param weighting how magnitudes become weights
-  /// @param weightParam the exponent of Power
-  /// @param useEdges keep only points on the edges of the bright side (LAPLACIAN_NEGATIVE)
-  /// @param absoluteValues the centre threshold is a number of votes, and magnitudes are not
-  /// divided
-  ///        by the largest
-  void setParams(RegionType type, int minRadius, int maxRadius, int coneWidth, float gradThreshold,
-                 float centerThreshold, float sigma, WeightingMethod weighting, float weightParam,
-                 bool useEdges, bool absoluteValues);
+  /// @param nearest nearest distance of a vote, minRadius, in pixels; at least 1
+  /// @param farthest farthest distance of a vote, maxRadius; at least minRadius
+  /// @param width half-width of the widest cone at maxRadius, coneWidth; at least 0
+  /// @param gradient gradient magnitudes below it cast no vote, in grey levels a pixel
+  /// @param threshold votes above it make a centre: a number of votes when @p absolute, else a
+  ///        share of the strongest vote, held in 0.05 .. 1 (a NaN becomes 1)
+  /// @param scale sigma of the gradient in pixels; negative values and NaN become 0
+  /// @param method how magnitudes become weights
+  /// @param param the exponent of Power
+  /// @param edges keep only points on the edges of the bright side (LAPLACIAN_NEGATIVE)
+  /// @param absolute take the centre threshold as it is, and do not divide magnitudes by the
+  ///        largest
+  void setParams(RegionType type, int nearest, int farthest, int width, float gradient,
+                 float threshold, float scale, WeightingMethod method, float param, bool edges,
+                 bool absolute);
 
   /// Whether the accumulator is written, without its margin, as an ICS pair before every narrowing
   /// pass: prefix, "vote_" and the cone width in two digits. Off at first.
@@ -164,7 +162,9 @@ class ORVA_EXPORT CircularVoting {
   const std::vector<float>& center_weights() const { return centerWeights_; }
 
   /// @name Steps of compute()
-  /// For derived classes and tests.
+  /// For derived classes and tests. vote() and the two direction steps do not test bounds: the
+  /// working size, WPoint2D::nx and the points must be such that every cone lies inside the
+  /// accumulator, as they are while compute() runs and not after it.
   /// @{
 
   /// Runs all passes over points_ and leaves the final votes in acc_.
@@ -175,13 +175,13 @@ class ORVA_EXPORT CircularVoting {
   /// Turns @p p towards the mean of its cone's cells, weighted by their votes and divided by their
   /// number; no pass uses it.
   void getMeanDirection(VPoint2D& p);
-  /// Rebuilds the cones, one an angle bin, for the distances @p minRadius .. @p maxRadius and the
-  /// half-width @p width at maxRadius. Cells that land on the same pixel stay apart.
-  void computeCones(int minRadius, int maxRadius, int width);
+  /// Rebuilds the cones, one an angle bin, for the distances @p nearest .. @p farthest and the
+  /// half-width @p width at the farthest. Cells that land on the same pixel stay apart.
+  void computeCones(int nearest, int farthest, int width);
   /// The half-width whose angle is 0.7 times that of @p width, rounded down. For a radius of 0 or
   /// less or a negative width 0, after "Error in CircularVoting::nextConeRadius: null cone" on
   /// standard error.
-  int nextConeRadius(int maxRadius, int width);
+  int nextConeRadius(int farthest, int width);
   /// The angle bin of a unit direction. An angle just below 360 degrees belongs to the last bin,
   /// not to bin 0; this is intended. A cosine outside -1 .. 1 gives bin 0.
   int computeAngleIndex(float cosine, float sine) const;
@@ -220,6 +220,7 @@ class ORVA_EXPORT CircularVoting {
   void collectPoints(const Image& img);
   void extractCenters();
   void writeHistory(int width) const;
+  bool hasCone(const VPoint2D& p) const;
 };
 
 }  // namespace orva::voting

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "orva/voting/circularvoting.h"
+#include "orva/voting/negligible.h"
 
 namespace orva::voting {
 
@@ -38,7 +39,7 @@ void Cone2D::vote(float* acc, float* prev, const VPoint2D& p) const {
   for (const ConePlane2D& plane : planes) {
     for (const WPoint2D& c : plane.points) sum += prev[c.offset];
   }
-  if (sum < 0.001) return;
+  if (sum < kNegligible) return;
   const float share = p.weight / sum;
   for (const ConePlane2D& plane : planes) {
     for (const WPoint2D& c : plane.points) acc[c.offset] += share * prev[c.offset];

@@ -9,18 +9,15 @@
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/voting/circularvoting.h"
+#include "orva/voting/negligible.h"
 
 namespace orva::voting {
 namespace {
 
-// Below or at this a magnitude counts as 0.
-constexpr double kNothing = 0.001;
-
 // Voting points keep their coordinates in 16 bits.
 constexpr std::int64_t kLargestSide = std::numeric_limits<std::int16_t>::max();
 
-// The border that holds the farthest cell of a cone; more than any image has for radii that do not
-// fit.
+// The border that holds the farthest cell of a cone, in 64 bits, for any radius an int can hold.
 std::int64_t marginFor(int coneWidth, int maxRadius) {
   const double w = coneWidth;
   const double r = maxRadius;
@@ -45,7 +42,7 @@ Gradient gradientOf(const Image& img, float sigma, float sign) {
     gx[i] *= sign;
     gy[i] *= sign;
     m[i] = std::sqrt(gx[i] * gx[i] + gy[i] * gy[i]);
-    if (m[i] > kNothing) {
+    if (m[i] > kNegligible) {
       gx[i] /= m[i];
       gy[i] /= m[i];
     }
@@ -56,7 +53,7 @@ Gradient gradientOf(const Image& img, float sigma, float sign) {
 // Magnitudes below the threshold become 0; the others are divided by the largest unless absolute.
 void selectStrong(image<float>& magnitude, float threshold, bool absolute) {
   const float largest = magnitude.max();
-  if (!(largest > kNothing)) return;
+  if (!(largest > kNegligible)) return;
   for (int i = 0; i < magnitude.npix(); ++i) {
     float& m = magnitude.pixels()[i];
     if (m < threshold) {
@@ -77,10 +74,10 @@ void selectEdges(image<float>& magnitude, const Image& img, float sigma) {
 
 // Intended: only Power changes a magnitude, Exponential leaves all as they are.
 void weigh(image<float>& magnitude, CircularVoting::WeightingMethod weighting, float exponent) {
-  if (weighting != CircularVoting::Power || !(std::abs(exponent - 1.0) > kNothing)) return;
+  if (weighting != CircularVoting::Power || !(std::abs(exponent - 1.0) > kNegligible)) return;
   for (int i = 0; i < magnitude.npix(); ++i) {
     float& m = magnitude.pixels()[i];
-    if (m > kNothing) m = std::pow(m, exponent);
+    if (m > kNegligible) m = std::pow(m, exponent);
   }
 }
 
@@ -100,7 +97,7 @@ void CircularVoting::collectPoints(const Image& img) {
   for (int y = 0, i = 0; y < ny_; ++y) {
     for (int x = 0; x < nx_; ++x, ++i) {
       const float weight = g.magnitude.pixels()[i];
-      if (!(weight > kNothing)) continue;
+      if (!(weight > kNegligible)) continue;
       VPoint2D p;
       p.x = static_cast<std::int16_t>(x + margin_);
       p.y = static_cast<std::int16_t>(y + margin_);
@@ -116,12 +113,13 @@ void CircularVoting::compute(const Image& img) {
   points_.clear();
   centerWeights_.clear();
   const std::int64_t margin = marginFor(coneWidth, maxRadius);
-  const bool fits = std::max(nx_, ny_) + 2 * margin <= kLargestSide;
-  if (img.isNull() || npix_ == 0 || !fits) {
-    if (!fits) {
+  const bool empty = img.isNull() || npix_ == 0;
+  if (empty || std::max(nx_, ny_) + 2 * margin > kLargestSide) {
+    if (!empty) {
       std::cerr << "In CircularVoting::compute\n"
                 << "   Warning: image is too large, no centers\n";
     }
+    acc_ = prevAcc_ = image<float>(0, 1, 1, 1, 1);
     votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
     return;
   }

@@ -60,27 +60,22 @@ CircularVoting::CircularVoting()
 
 CircularVoting::~CircularVoting() = default;
 
-void CircularVoting::setParams(RegionType type, int minRadiusWanted, int maxRadiusWanted,
-                               int coneWidthWanted, float gradThresholdWanted,
-                               float centerThresholdWanted, float sigmaWanted,
-                               WeightingMethod weightingWanted, float weightParamWanted,
-                               bool useEdgesWanted, bool absoluteValuesWanted) {
+void CircularVoting::setParams(RegionType type, int nearest, int farthest, int width,
+                               float gradient, float threshold, float scale, WeightingMethod method,
+                               float param, bool edges, bool absolute) {
   constexpr float kLeastShare = 0.05F;
-  absoluteValues = absoluteValuesWanted;
+  absoluteValues = absolute;
   regionType = type;
-  minRadius = minRadiusWanted > 0 ? minRadiusWanted : 1;
-  maxRadius = std::max(maxRadiusWanted, minRadius);
-  coneWidth = std::max(coneWidthWanted, 0);
-  gradThreshold = gradThresholdWanted;
-  centerThreshold = centerThresholdWanted;
-  if (!absoluteValues) {
-    const float atMostOne = centerThresholdWanted <= 1.0F ? centerThresholdWanted : 1.0F;
-    centerThreshold = std::max(atMostOne, kLeastShare);
-  }
-  sigma = sigmaWanted > 0.0F ? sigmaWanted : 0.0F;
-  weighting = weightingWanted;
-  weightParam = weightParamWanted;
-  useEdges = useEdgesWanted;
+  minRadius = nearest > 0 ? nearest : 1;
+  maxRadius = std::max(farthest, minRadius);
+  coneWidth = std::max(width, 0);
+  gradThreshold = gradient;
+  centerThreshold = threshold;
+  if (!absolute) centerThreshold = std::max(threshold <= 1.0F ? threshold : 1.0F, kLeastShare);
+  sigma = scale > 0.0F ? scale : 0.0F;
+  weighting = method;
+  weightParam = param;
+  useEdges = edges;
 }
 
 void CircularVoting::computeCones(int nearest, int farthest, int width) {
@@ -95,12 +90,12 @@ void CircularVoting::computeCones(int nearest, int farthest, int width) {
   }
 }
 
-int CircularVoting::nextConeRadius(int radius, int width) {
-  if (radius <= 0 || width < 0) {
+int CircularVoting::nextConeRadius(int farthest, int width) {
+  if (farthest <= 0 || width < 0) {
     std::cerr << "Error in CircularVoting::nextConeRadius: null cone\n";
     return 0;
   }
-  const double r = radius;
+  const double r = farthest;
   return truncateTo<int>(r * std::tan(0.7 * std::atan(width / r)));
 }
 

@@ -5,6 +5,7 @@
 #include "orva/image_io/image_io.h"
 #include "orva/util/global.h"
 #include "orva/voting/circularvoting.h"
+#include "orva/voting/negligible.h"
 
 namespace orva::voting {
 namespace {
@@ -27,19 +28,26 @@ void CircularVoting::vote() {
   computeCones(minRadius, maxRadius, coneWidth);
   for (const VPoint2D& p : points_) coneOf(p).vote(acc + p.offset, p);
 
-  for (int width = coneWidth; width >= 0; width = nextConeRadius(maxRadius, width)) {
-    computeCones(minRadius, maxRadius, width);
+  int width = coneWidth;
+  while (width >= 0) {
     if (saveHistory_) writeHistory(width);
     for (VPoint2D& p : points_) getMaxDirection(p);
     std::copy_n(acc, acc_.npix(), prev);
     std::fill_n(acc, acc_.npix(), 0.0F);
     for (const VPoint2D& p : points_) coneOf(p).vote(acc + p.offset, prev + p.offset, p);
     if (width == 0) return;
+    width = nextConeRadius(maxRadius, width);
+    computeCones(minRadius, maxRadius, width);
   }
   computeCones(minRadius, maxRadius, 0);
 }
 
+bool CircularVoting::hasCone(const VPoint2D& p) const {
+  return p.angle >= 0 && static_cast<std::size_t>(p.angle) < cones_.size();
+}
+
 void CircularVoting::getMaxDirection(VPoint2D& p) {
+  if (!hasCone(p)) return;
   const float* acc = acc_.pixels() + p.offset;
   const WPoint2D* best = nullptr;
   float most = 0.0F;
@@ -51,9 +59,9 @@ void CircularVoting::getMaxDirection(VPoint2D& p) {
       }
     }
   }
-  if (best == nullptr || most < 0.001) return;
+  if (best == nullptr || most < kNegligible) return;
   const float length = lengthOf(best->x, best->y);
-  if (!(length > 0.001)) return;
+  if (!(length > kNegligible)) return;
   p.cx = static_cast<std::int16_t>(p.x + best->x);
   p.cy = static_cast<std::int16_t>(p.y + best->y);
   p.angle = static_cast<std::int16_t>(computeAngleIndex(static_cast<float>(best->x) / length,
@@ -61,6 +69,7 @@ void CircularVoting::getMaxDirection(VPoint2D& p) {
 }
 
 void CircularVoting::getMeanDirection(VPoint2D& p) {
+  if (!hasCone(p)) return;
   const float* acc = acc_.pixels() + p.offset;
   float sumX = 0.0F;
   float sumY = 0.0F;
@@ -78,15 +87,14 @@ void CircularVoting::getMeanDirection(VPoint2D& p) {
   const int x = round_double(sumX / n);
   const int y = round_double(sumY / n);
   const float length = lengthOf(x, y);
-  if (!(length > 0.001)) return;
+  if (!(length > kNegligible)) return;
   p.angle = static_cast<std::int16_t>(
       computeAngleIndex(static_cast<float>(x) / length, static_cast<float>(y) / length));
 }
 
 void CircularVoting::writeHistory(int width) const {
-  const int last = margin_ + 1;
   const std::unique_ptr<Image> votes(
-      Roi::getSubImage(acc_, margin_, margin_, nx_ - last, ny_ - last));
+      Roi::getSubImage(acc_, margin_, margin_, nx_ - margin_ - 1, ny_ - margin_ - 1));
   if (!votes) return;
   const std::string label = std::string(width <= 9 ? "0" : "") + toString(width);
   image_io::writeICS(prefix_ + "vote_" + label, *votes);
