@@ -13,6 +13,14 @@ image<T> nullImage() {
   return image<T>(0, 1, 1, 1, 1);
 }
 
+// A byte image as it is; one of another class than image<T> has no pixels to share.
+image<unsigned char> sharedOrCopied(const Image& img) {
+  if (const auto* bytes = dynamic_cast<const image<unsigned char>*>(&img)) return *bytes;
+  image<unsigned char> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  for (int i = 0; i < result.npix(); ++i) result.setPixel(i, img.pixel(i));
+  return result;
+}
+
 // Each of these fills `result`, whose pixels are those of `img` in number and order.
 
 void toLuminance(const Image& img, image<float>& result) {
@@ -69,9 +77,7 @@ void scaleColour(const Image& img, image<Rgb>& result) {
 image<unsigned char> toByteImage(const Image& img, bool scale) {
   const int format = img.format();
   if (img.isNull() || format < BYTE || format > RGBA) return nullImage<unsigned char>();
-  if (format == BYTE && !scale) {
-    if (const auto* bytes = dynamic_cast<const image<unsigned char>*>(&img)) return *bytes;
-  }
+  if (format == BYTE && !scale) return sharedOrCopied(img);
 
   image<unsigned char> result(img.nx(), img.ny(), img.nframes(), 1, 1);
   if (result.isNull()) return result;
@@ -155,7 +161,7 @@ image<float> toFloatImage(const Image& img) {
       convertSamples<unsigned int>(img, result);
       return result;
     case FLOAT:
-      convertSamples<float>(img, result);
+      std::copy_n(static_cast<const float*>(img.data()), result.npix(), result.pixels());
       return result;
     case RGB:
     case SHORTRGB:

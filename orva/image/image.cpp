@@ -1,9 +1,9 @@
 #include "orva/image/image.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <initializer_list>
 #include <iostream>
 #include <limits>
@@ -251,22 +251,22 @@ int image<T>::at(int x, int y, int z, int c, int t) const {
 
 template <class T>
 float image<T>::pixel(int x, int y, int z, int c, int t) const {
-  return pixel(at(x, y, z, c, t));
+  return image::pixel(at(x, y, z, c, t));
 }
 
 template <class T>
 float image<T>::pixel(int x, int y, int z) const {
-  return pixel(x + y * nx() + z * frameSize());
+  return image::pixel(x + y * nx() + z * frameSize());
 }
 
 template <class T>
 float image<T>::pixel(int x, int y) const {
-  return pixel(x + y * nx());
+  return image::pixel(x + y * nx());
 }
 
 template <class T>
 float image<T>::pixel(const Point& p) const {
-  return pixel(p.x, p.y);
+  return image::pixel(p.x, p.y);
 }
 
 template <class T>
@@ -281,22 +281,22 @@ void image<T>::setPixel(int index, float v) {
 
 template <class T>
 void image<T>::setPixel(int x, int y, float v) {
-  setPixel(x + y * nx(), v);
+  image::setPixel(x + y * nx(), v);
 }
 
 template <class T>
 void image<T>::setPixel(int x, int y, int z, float v) {
-  setPixel(x + y * nx() + z * frameSize(), v);
+  image::setPixel(x + y * nx() + z * frameSize(), v);
 }
 
 template <class T>
 void image<T>::setPixel(int x, int y, int z, int c, float v) {
-  setPixel(x + y * nx() + z * frameSize() + c * volumeSize(), v);
+  image::setPixel(x + y * nx() + z * frameSize() + c * volumeSize(), v);
 }
 
 template <class T>
 void image<T>::setPixel(int x, int y, int z, int c, int t, float v) {
-  setPixel(at(x, y, z, c, t), v);
+  image::setPixel(at(x, y, z, c, t), v);
 }
 
 template <class T>

@@ -149,8 +149,8 @@ class ORVA_EXPORT Image {
   /// @name Store one pixel
   /// An integer type takes @p v truncated toward zero to 32 bits, of which a byte or a short keeps
   /// the low bits: nothing is clamped, 256 stored in a byte is 0. Unsigned int keeps 0 for negative
-  /// values. Values past 32 bits are held at the ends of that range before, a NaN is 0. A colour
-  /// pixel takes the byte in all three components.
+  /// values. Values past 32 bits are first held at the ends of that range; a NaN counts as 0. A
+  /// colour pixel takes the byte in all three components.
   /// @{
   virtual void setPixel(int index, float v) = 0;
   virtual void setPixel(int x, int y, float v) = 0;
@@ -322,11 +322,11 @@ class ORVA_EXPORT Roi {
 
 /// @p img as bytes, its frames as planes of one channel and time point.
 ///
-/// A byte image without @p scale is returned as it is, sharing its pixels. An image whose brightest
-/// and darkest pixel differ by less than 0.0001 becomes black, whatever its value; this is
-/// intended. Values within 0..255 are truncated to bytes, unless @p scale asks to stretch; all
-/// others, and with @p scale these too, are stretched so that the darkest pixel gives 0 and the
-/// brightest 255. Null for a null image or an unknown format.
+/// A byte image without @p scale is returned as it is, with its five sizes, sharing its pixels. An
+/// image whose brightest and darkest pixel differ by less than 0.0001 becomes black, whatever its
+/// value; this is intended. Values within 0..255 are truncated to bytes, unless @p scale asks to
+/// stretch; all others, and with @p scale these too, are stretched so that the darkest pixel gives
+/// 0 and the brightest 255. Null for a null image or an unknown format.
 ORVA_EXPORT image<unsigned char> toByteImage(const Image& img, bool scale);
 
 /// @p img in colour, with its five sizes.

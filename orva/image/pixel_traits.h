@@ -3,23 +3,12 @@
 #ifndef ORVA_IMAGE_PIXEL_TRAITS_H
 #define ORVA_IMAGE_PIXEL_TRAITS_H
 
-#include <cstdint>
-#include <limits>
 #include <type_traits>
 
 #include "orva/image/image.h"
+#include "orva/image/truncate.h"
 
 namespace orva {
-
-// v truncated toward zero, held at the ends of Int's range; a NaN gives 0.
-template <class Int, class Real>
-constexpr Int truncateTo(Real v) {
-  constexpr Real kBelow = static_cast<Real>(std::numeric_limits<Int>::min());
-  constexpr Real kPast = static_cast<Real>(Int{1} << (std::numeric_limits<Int>::digits - 1)) * 2;
-  if (v > kBelow && v < kPast) return static_cast<Int>(v);
-  if (v <= kBelow) return std::numeric_limits<Int>::min();
-  return v >= kPast ? std::numeric_limits<Int>::max() : 0;
-}
 
 template <class T>
 constexpr int formatOf() {

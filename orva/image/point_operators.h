@@ -3,10 +3,9 @@
 #ifndef ORVA_IMAGE_POINT_OPERATORS_H
 #define ORVA_IMAGE_POINT_OPERATORS_H
 
-#include <csignal>
 #include <cstdint>
-#include <cstdlib>
 
+#include "orva/image/truncate.h"
 #include "orva/util/export.h"
 
 namespace orva {
@@ -15,17 +14,15 @@ namespace orva {
 /// its word the warning is final; this is intended.
 [[noreturn]] ORVA_EXPORT void dividedByZero();
 
+/// Ends the process as the machine's own integer division by zero does, by SIGFPE.
+[[noreturn]] ORVA_EXPORT void trapDivision();
+
 /// The low 16 bits of @p v: how every result of point arithmetic is stored.
 constexpr std::int16_t wrapTo16(std::int64_t v) { return static_cast<std::int16_t>(v); }
 
 /// @p v truncated toward zero to 32 bits (held at the ends of that range, a NaN gives 0), of which
 /// the low 16 bits are kept.
-constexpr std::int16_t wrapTo16(double v) {
-  constexpr double kMost = 2147483647.0;
-  constexpr double kLeast = -2147483648.0;
-  if (v > kLeast && v < kMost) return wrapTo16(static_cast<std::int64_t>(v));
-  return v >= kMost ? wrapTo16(static_cast<std::int64_t>(kMost)) : std::int16_t{0};
-}
+constexpr std::int16_t wrapTo16(double v) { return wrapTo16(std::int64_t{truncateTo<int>(v)}); }
 
 /// Coordinate-wise operators for the point type @p P, which lists its coordinates through
 /// `zip(p, q, f)`: it calls f(p.x, q.x), f(p.y, q.y) and so on.
@@ -35,64 +32,39 @@ constexpr std::int16_t wrapTo16(double v) {
 /// dividedByZero() when it is 0.
 template <class P>
 class PointOperators {
-  using Coordinate = std::int16_t;
-
-  template <class F>
-  static P& update(P& p, const P& q, F combine) {
-    P::zip(p, q, [combine](Coordinate& a, Coordinate b) { a = wrapTo16(combine(a, b)); });
-    return p;
-  }
-
-  // The combination of every coordinate with one number: V is std::int64_t or double.
-  template <class V, class F>
-  static P& update(P& p, V v, F combine) {
-    return update(p, p,
-                  [v, combine](Coordinate a, Coordinate) { return combine(static_cast<V>(a), v); });
-  }
-
-  static bool equal(const P& p, const P& q) {
-    bool same = true;
-    P::zip(p, q, [&same](Coordinate a, Coordinate b) { same = same && a == b; });
-    return same;
-  }
-
-  static std::int64_t wide(int v) { return v; }
-
  public:
   /// @name Sums and differences of points
   /// @{
-  friend P& operator+=(P& p, const P& q) {
-    return update(p, q, [](auto a, auto b) { return std::int64_t{a} + b; });
+  P& operator+=(const P& q) {
+    return update(q, [](auto a, auto b) { return a + b; });
   }
-  friend P& operator-=(P& p, const P& q) {
-    return update(p, q, [](auto a, auto b) { return std::int64_t{a} - b; });
+  P& operator-=(const P& q) {
+    return update(q, [](auto a, auto b) { return a - b; });
   }
   friend P operator+(P p, const P& q) { return p += q; }
   friend P operator-(P p, const P& q) { return p -= q; }
-  friend P operator-(P p) {
-    return update(p, p, [](auto a, auto) { return -std::int64_t{a}; });
-  }
+  friend P operator-(P p) { return p *= -1; }
   /// @}
 
   /// @name A number added to, subtracted from or multiplied with every coordinate
   /// @{
-  friend P& operator+=(P& p, int v) {
-    return update(p, wide(v), [](auto a, auto b) { return a + b; });
+  P& operator+=(int v) {
+    return updateEach(wide(v), [](auto a, auto b) { return a + b; });
   }
-  friend P& operator-=(P& p, int v) {
-    return update(p, wide(v), [](auto a, auto b) { return a - b; });
+  P& operator-=(int v) {
+    return updateEach(wide(v), [](auto a, auto b) { return a - b; });
   }
-  friend P& operator*=(P& p, int v) {
-    return update(p, wide(v), [](auto a, auto b) { return a * b; });
+  P& operator*=(int v) {
+    return updateEach(wide(v), [](auto a, auto b) { return a * b; });
   }
-  friend P& operator+=(P& p, double v) {
-    return update(p, v, [](auto a, auto b) { return a + b; });
+  P& operator+=(double v) {
+    return updateEach(v, [](auto a, auto b) { return a + b; });
   }
-  friend P& operator-=(P& p, double v) {
-    return update(p, v, [](auto a, auto b) { return a - b; });
+  P& operator-=(double v) {
+    return updateEach(v, [](auto a, auto b) { return a - b; });
   }
-  friend P& operator*=(P& p, double v) {
-    return update(p, v, [](auto a, auto b) { return a * b; });
+  P& operator*=(double v) {
+    return updateEach(v, [](auto a, auto b) { return a * b; });
   }
   friend P operator+(P p, int v) { return p += v; }
   friend P operator+(int v, P p) { return p += v; }
@@ -114,30 +86,62 @@ class PointOperators {
   /// @{
 
   /// Intended: the zero test sees all of @p v, the division only its low 16 bits. A divisor such as
-  /// 65536 passes the test and then ends the process as an integer division by zero does (SIGFPE).
-  friend P& operator/=(P& p, int v) {
+  /// 65536 passes the test and ends in trapDivision().
+  P& operator/=(int v) {
     if (v == 0) dividedByZero();
-    const std::int64_t low = wrapTo16(wide(v));
-    if (low == 0) {
-      std::raise(SIGFPE);
-      std::abort();
-    }
-    return update(p, low, [](auto a, auto b) { return a / b; });
+    const std::int16_t low = wrapTo16(wide(v));
+    if (low == 0) trapDivision();
+    return divideEach(low);
   }
-  friend P& operator/=(P& p, double v) {
+  P& operator/=(double v) {
     if (v == 0.0) dividedByZero();
-    return update(p, v, [](auto a, auto b) { return a / b; });
+    return updateEach(v, [](auto a, auto b) { return a / b; });
   }
   /// Divides by the whole of @p v, unlike `/=`.
   friend P operator/(P p, int v) {
     if (v == 0) dividedByZero();
-    return update(p, wide(v), [](auto a, auto b) { return a / b; });
+    return p.divideEach(v);
   }
   friend P operator/(P p, double v) { return p /= v; }
   /// @}
 
   /// True when all coordinates are equal.
-  friend bool operator==(const P& p, const P& q) { return equal(p, q); }
+  friend bool operator==(const P& p, const P& q) { return p.equals(q); }
+
+ private:
+  using Coordinate = std::int16_t;
+
+  static std::int64_t wide(int v) { return v; }
+
+  template <class F>
+  P& update(const P& q, F combine) {
+    P& p = static_cast<P&>(*this);
+    P::zip(p, q, [combine](Coordinate& a, Coordinate b) {
+      a = wrapTo16(combine(std::int64_t{a}, std::int64_t{b}));
+    });
+    return p;
+  }
+
+  // Combines every coordinate with one number: V is std::int64_t or double.
+  template <class V, class F>
+  P& updateEach(V v, F combine) {
+    P& p = static_cast<P&>(*this);
+    P::zip(p, p, [v, combine](Coordinate& a, Coordinate) {
+      a = wrapTo16(combine(static_cast<V>(a), v));
+    });
+    return p;
+  }
+
+  P& divideEach(int v) {
+    return updateEach(wide(v), [](auto a, auto b) { return a / b; });
+  }
+
+  bool equals(const P& q) const {
+    bool same = true;
+    P::zip(static_cast<const P&>(*this), q,
+           [&same](Coordinate a, Coordinate b) { same = same && a == b; });
+    return same;
+  }
 };
 
 }  // namespace orva

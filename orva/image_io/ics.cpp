@@ -136,10 +136,7 @@ void writePair(const PairNames& names, const Image& img, WriteHeader writeHeader
   header.imbue(std::locale::classic());
   writeHeader(header);
   header.close();
-  if (!header) {
-    reportUnwritten(names.header);
-    return;
-  }
+  if (!header) reportUnwritten(names.header);
 
   std::ofstream data(names.data, std::ios::binary | std::ios::trunc);
   if (!data) {

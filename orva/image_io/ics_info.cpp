@@ -1,10 +1,11 @@
 #include <algorithm>
-#include <array>
+#include <cstddef>
 #include <ctime>
 #include <iomanip>
 #include <locale>
 #include <ostream>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
 #include "orva/image_io/image_io.h"
@@ -13,7 +14,7 @@
 namespace orva::image_io {
 namespace {
 
-constexpr const char* kAnnotation = "history\tAnnotation\t";
+constexpr std::string_view kAnnotation = "history\tAnnotation\t";
 
 // How the two records put an item on a line: one leaves out empty items, the other does not. The
 // difference is intended.
@@ -42,13 +43,8 @@ void addPropertyLine(std::vector<std::string>& properties, const std::vector<std
   properties.push_back(lineOf(items.front(), {items.begin() + 1, items.end()}, rule));
 }
 
-struct CurrentTime {
-  int seconds;
-  std::string dateLine;
-  std::string secondsLine;
-};
-
-CurrentTime currentTime() {
+// Takes the current time in seconds and as header lines.
+void takeTime(int& seconds, std::string& dateLine, std::string& secondsLine) {
   constexpr std::size_t kLongest = 30;
   const std::time_t now = std::time(nullptr);
   std::tm local{};
@@ -56,9 +52,9 @@ CurrentTime currentTime() {
   std::ostringstream text;
   text.imbue(std::locale::classic());
   text << std::put_time(&local, "%a %b %d %X %Z %Y");
-  const int seconds = static_cast<int>(now);
-  return {seconds, "history\tdate\t" + text.str().substr(0, kLongest),
-          "history\tUTC_seconds\t" + toString(seconds)};
+  seconds = static_cast<int>(now);
+  dateLine = "history\tdate\t" + text.str().substr(0, kLongest);
+  secondsLine = "history\tUTC_seconds\t" + toString(seconds);
 }
 
 void writeLine(std::ostream& out, const std::string& line) {
@@ -96,12 +92,7 @@ std::string IcsInfo::datasetName() const {
   return channelName_.empty() ? datasetName_ : datasetName_ + "_" + channelName_;
 }
 
-void IcsInfo::setWithCurrentTime() {
-  const CurrentTime now = currentTime();
-  utcSeconds_ = now.seconds;
-  date_ = now.dateLine;
-  utcSecondsLine_ = now.secondsLine;
-}
+void IcsInfo::setWithCurrentTime() { takeTime(utcSeconds_, date_, utcSecondsLine_); }
 
 void IcsInfo::setWithChannelInfo(const std::string& exFilter, const std::string& exposure,
                                  char channel) {
@@ -125,6 +116,7 @@ void IcsInfo::addProperty(const std::vector<std::string>& items) {
 
 void IcsInfo::annotate(const std::string& text) {
   annotation_.clear();
+  annotation_.reserve(text.size() + 4 * kAnnotation.size());
   bool atLineStart = true;
   for (const char c : text) {
     if (atLineStart) annotation_ += kAnnotation;
@@ -147,12 +139,7 @@ std::ostream& operator<<(std::ostream& out, const IcsInfo& info) {
 MultiChannelIcsInfo::MultiChannelIcsInfo(std::string datasetName)
     : datasetName_(std::move(datasetName)) {}
 
-void MultiChannelIcsInfo::setWithCurrentTime() {
-  const CurrentTime now = currentTime();
-  utcSeconds_ = now.seconds;
-  date_ = now.dateLine;
-  utcSecondsLine_ = now.secondsLine;
-}
+void MultiChannelIcsInfo::setWithCurrentTime() { takeTime(utcSeconds_, date_, utcSecondsLine_); }
 
 void MultiChannelIcsInfo::setWithChannelInfo(const std::string& exFilter,
                                              const std::string& exposure, char channel) {
@@ -175,7 +162,9 @@ void MultiChannelIcsInfo::addProperty(const std::vector<std::string>& items) {
   addPropertyLine(properties_, items, EmptyItems::kWritten);
 }
 
-void MultiChannelIcsInfo::annotate(const std::string& text) { annotation_ = kAnnotation + text; }
+void MultiChannelIcsInfo::annotate(const std::string& text) {
+  annotation_ = std::string(kAnnotation) + text;
+}
 
 std::ostream& operator<<(std::ostream& out, const MultiChannelIcsInfo& info) {
   const std::size_t n = std::min(info.exFilters_.size(), info.exposures_.size());

@@ -4,6 +4,7 @@
 /// Text is written the same in every locale. Pixels are written in the machine's own byte order.
 ///
 /// @code
+/// #include <memory>
 /// #include "orva/image_io/image_io.h"
 /// std::unique_ptr<orva::image<unsigned char>> img(orva::image_io::readPGM("nuclei.pgm"));
 /// orva::image_io::writeICS("out/nuclei", *img);  // out/nuclei.ics and out/nuclei.ids
@@ -33,6 +34,7 @@ class ORVA_EXPORT IcsInfo {
 
   /// The data-set name, followed by "_" and the channel name when there is one.
   std::string datasetName() const;
+  /// The channel as a text of one character; empty until set.
   std::string channelName() const { return channelName_; }
   /// The time that setWithCurrentTime() took, in seconds since the epoch; 0 until then.
   int getUTCseconds() const { return utcSeconds_; }
@@ -44,7 +46,7 @@ class ORVA_EXPORT IcsInfo {
   void setWithChannelInfo(const std::string& exFilter, const std::string& exposure, char channel);
   /// Sets the scope line; an empty text leaves it without a value.
   void setScope(const std::string& scope);
-  /// Sets the sample line from six items; empty texts are left out.
+  /// Sets the sample line from six items, the numbers with six decimals; empty texts are left out.
   void setSample(const std::string& a, const std::string& b, const std::string& c, float f1,
                  float f2, const std::string& d);
   /// Adds a line of tab-separated items; empty ones after the first are left out. Nothing for an
@@ -84,7 +86,9 @@ class ORVA_EXPORT MultiChannelIcsInfo {
   MultiChannelIcsInfo(const MultiChannelIcsInfo&) = default;
   MultiChannelIcsInfo& operator=(const MultiChannelIcsInfo&) = default;
 
+  /// The data-set name; channels do not show in it.
   std::string datasetName() const { return datasetName_; }
+  /// The channels, a text of one character each, in the order they were added.
   const std::vector<std::string>& channelNames() const { return channelNames_; }
   /// @copydoc IcsInfo::getUTCseconds()
   int getUTCseconds() const { return utcSeconds_; }
@@ -95,7 +99,7 @@ class ORVA_EXPORT MultiChannelIcsInfo {
   void setWithChannelInfo(const std::string& exFilter, const std::string& exposure, char channel);
   /// Sets the scope line.
   void setScope(const std::string& scope);
-  /// Sets the sample line from six items.
+  /// Sets the sample line from six items, the numbers with six decimals.
   void setSample(const std::string& a, const std::string& b, const std::string& c, float f1,
                  float f2, const std::string& d);
   /// Adds a line of tab-separated items. Nothing for an empty list.
@@ -128,9 +132,25 @@ class ORVA_EXPORT MultiChannelIcsInfo {
 /// With a record the header lists height before width and folds channels and time points into z,
 /// unlike the plain form; this is intended.
 ///
-/// A file that cannot be opened is reported on standard error by "In image_io::writeICS" and " Can
-/// not open file" with the name (for the pixel file the latter goes to standard output); one that
-/// cannot be written whole by "In image_io::writeICS" and "   Error in writing " with the name.
+/// A header that can not be opened ends the call, after three lines on standard error, the second
+/// with the name as given but for a trailing '/':
+/// @verbatim
+/// In image_io::writeICS
+///    Can not open fileNAME
+///    Ignored.
+/// @endverbatim
+/// A pixel file that can not be opened leaves the header; the first and last of these lines go to
+/// standard error, the middle one to standard output:
+/// @verbatim
+/// In image_io::writeICS
+///    Can not open fileNAME.ids
+///   In image_io::writeICS
+/// @endverbatim
+/// For a file, header or pixels, that can not be written whole, on standard error:
+/// @verbatim
+/// In image_io::writeICS
+///    Error in writing NAME.ids
+/// @endverbatim
 /// @{
 ORVA_EXPORT void writeICS(const std::string& filename, const Image& img);
 ORVA_EXPORT void writeICS(const IcsInfo& info, const Image& img);

@@ -16,11 +16,9 @@
 namespace orva::image_io {
 namespace {
 
-// Prints `format` with one name and ends the process: PGM input has no other way to fail.
-[[noreturn]] void fail(const char* format, const std::string& name) {
-  const std::string text(format);
-  const std::size_t at = text.find("%s");
-  std::cerr << text.substr(0, at) << name << text.substr(at + 2) << '\n';
+// PGM input has no other way to fail.
+[[noreturn]] void fail(const std::string& message) {
+  std::cerr << message << '\n';
   std::exit(1);
 }
 
@@ -45,7 +43,7 @@ int getint(std::FILE* in) {
       std::array<char, kLongestComment + 1> comment;
       c = std::fgets(comment.data(), static_cast<int>(comment.size()), in) == nullptr ? EOF : c;
     }
-    if (c == EOF) fail("Image %s not binary PGM.", "is");
+    if (c == EOF) fail("Image is not binary PGM.");
     c = std::getc(in);
   }
   constexpr int kMost = std::numeric_limits<int>::max();
@@ -59,9 +57,9 @@ int getint(std::FILE* in) {
 
 PixelBlock get_image(const std::string& filename, int& width, int& height) {
   const File in(std::fopen(filename.c_str(), "r"));
-  if (!in) fail("Can't input image %s.", filename);
+  if (!in) fail("Can't input image " + filename + ".");
   if (std::getc(in.get()) != 'P' || std::getc(in.get()) != '5') {
-    fail("Image %s does not have binary PGM header.", filename);
+    fail("Image " + filename + " does not have binary PGM header.");
   }
   width = getint(in.get());
   height = getint(in.get());
@@ -69,10 +67,11 @@ PixelBlock get_image(const std::string& filename, int& width, int& height) {
 
   const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   const bool addressable = size <= std::numeric_limits<int>::max();
+  // One byte more, so that an image without pixels does not look like a failure.
   PixelBlock block(addressable ? static_cast<unsigned char*>(std::malloc(size + 1)) : nullptr);
-  if (!block) fail("out of memory%s", "");
+  if (!block) fail("out of memory");
   if (std::fread(block.get(), 1, size, in.get()) != size) {
-    fail("Image %s is wrong size.", filename);
+    fail("Image " + filename + " is wrong size.");
   }
   return block;
 }

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# consume_test.sh BUILD_FOLDER SOURCE_FOLDER COMPILER [FLAG...]
+# consume_test.sh BUILD_FOLDER SOURCE_FOLDER GENERATOR COMPILER [FLAG...]
 set -euo pipefail
-build=$1 source=$2 compiler=$3
-shift 3
+build=$1 source=$2 generator=$3 compiler=$4
+shift 4
 flags=$*
 
 work=$(mktemp -d)
@@ -26,7 +26,7 @@ check() {
   fi
 }
 
-cmake -S "$work/project" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" \
+cmake -G "$generator" -S "$work/project" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 cmake --build "$work/build" >/dev/null
 check "$work/build/with_orva"
@@ -40,7 +40,7 @@ check "$work/by_pkg_config"
 
 # Another minor version must be refused.
 sed -i 's/find_package(orva 0.1/find_package(orva 0.2/' "$work/project/CMakeLists.txt"
-if cmake -S "$work/project" -B "$work/refused" -DCMAKE_PREFIX_PATH="$prefix" \
+if cmake -G "$generator" -S "$work/project" -B "$work/refused" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" >/dev/null 2>&1; then
   echo "version 0.2 was accepted"
   exit 1

@@ -1,0 +1,22 @@
+/// @file
+/// Real numbers cut to whole ones, without undefined behaviour.
+#ifndef ORVA_IMAGE_TRUNCATE_H
+#define ORVA_IMAGE_TRUNCATE_H
+
+#include <limits>
+
+namespace orva {
+
+/// @p v truncated toward zero and held at the ends of Int's range; a NaN gives 0.
+template <class Int, class Real>
+constexpr Int truncateTo(Real v) {
+  constexpr Real kLeast = static_cast<Real>(std::numeric_limits<Int>::min());
+  constexpr Real kPast = static_cast<Real>(Int{1} << (std::numeric_limits<Int>::digits - 1)) * 2;
+  if (v > kLeast && v < kPast) return static_cast<Int>(v);
+  if (v <= kLeast) return std::numeric_limits<Int>::min();
+  return v >= kPast ? std::numeric_limits<Int>::max() : 0;
+}
+
+}  // namespace orva
+
+#endif
