@@ -18,10 +18,10 @@ int run(int argc, char** argv) {
       "\n"
       "The exit status is 0, 1 when an image or a file failed, or 2 for a wrong call.");
   app.set_version_flag("--version", "orva " ORVA_VERSION);
-  app.require_subcommand(1);
   const orva_app::VoteCommand vote(app);
   try {
     app.parse(argc, argv);
+    if (!app.got_subcommand("vote")) throw CLI::RequiredError("A subcommand");
     return vote.run();
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? 0 : kUsageError;

@@ -68,7 +68,8 @@ CLI::Validator numberIn(float low, float high) {
   return {[low, high](const std::string& text) {
             float v = 0;
             const bool good = CLI::detail::lexical_cast(text, v) && v >= low && v <= high;
-            return good ? "" : text + " is no number in " + shortest(low) + " to " + shortest(high);
+            return good ? ""
+                        : text + " is not a number from " + shortest(low) + " to " + shortest(high);
           },
           ""};
 }
@@ -167,9 +168,10 @@ void VoteCommand::addVotingOptions() {
 
 void VoteCommand::addFileOptions() {
   command_
-      ->add_option("--history", history_,
-                   "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, "
-                   "with --out PREFIXNAME_vote_NN")
+      ->add_option(
+          "--history", history_,
+          "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, NN being "
+          "the cone width; with --out PREFIXNAME_vote_NN")
       ->option_text("PREFIX");
   command_->add_option("--frame", frame_, "Page of a TIFF file, counted from 0; default 0")
       ->check(CLI::Range(0, 65534))

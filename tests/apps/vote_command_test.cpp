@@ -23,7 +23,7 @@ TEST(VoteCommand, WrongCallsAreRefusedAndWriteNothing) {
   };
   const std::vector<Case> cases{
       {{}, "subcommand is required"},
-      {{"votes", "a.pgm"}, "subcommand is required"},
+      {{"votes", "a.pgm"}, "votes"},
       {{"--nonsense"}, ""},
       {{"vote"}, "image is required"},
       {{"vote", "--nonsense", "a.pgm"}, "--nonsense"},
