@@ -10,9 +10,11 @@ namespace orva_test {
 
 // A single pixel, single rows and columns, plain and odd planes, stacks, channels and time points.
 inline std::vector<Shape> oddShapes() {
-  return {{1, 1},       {1, 9},          {11, 1},         {2, 2},          {3, 3},
-          {16, 5},      {7, 13},         {1, 1, 6},       {5, 4, 3},       {1, 7, 2, 3},
-          {9, 1, 1, 4}, {6, 3, 1, 1, 5}, {4, 3, 2, 3, 2}, {3, 5, 4, 1, 2}, {33, 2, 1, 2, 2}};
+  return {{1, 1},          {1, 9},       {11, 1},         {2, 2},          {3, 3},
+          {16, 5},         {7, 13},      {1, 1, 6},       {5, 4, 3},       {1, 7, 2, 3},
+          {1, 40},         {130, 3},     {31, 24},        {7, 1, 4},       {1, 6, 5},
+          {5, 4, 1, 2},    {9, 1, 1, 4}, {6, 3, 1, 1, 5}, {4, 3, 2, 3, 2}, {3, 5, 4, 1, 2},
+          {33, 2, 1, 2, 2}};
 }
 
 // Sizes of x and y up to 12, of z, channel and time point up to 3.
