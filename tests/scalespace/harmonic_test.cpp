@@ -73,9 +73,11 @@ TEST(HarmonicCutForms, OfAnImageWithoutPixelsAreBlackOfItsWidthAndHeight) {
     EXPECT_TRUE(sameImage(harmonicCut(img, 1.0F, true, 3), blank<float>({shape.nx, shape.ny})));
     EXPECT_TRUE(sameImage(hcut(img, 1.0F, 2.0F), blank<unsigned char>({shape.nx, shape.ny})));
   }
-  const image<short> null(0, 1, 1, 1, 1);
-  EXPECT_TRUE(harmonicCut(null, 1.0F, true, 3).isNull());
-  EXPECT_TRUE(hcut(null, 1.0F, 2.0F).isNull());
+  for (const Shape& shape : {Shape{0, 1}, Shape{0, 7}, Shape{7, 0}, Shape{0, 0, 0, 0, 0}}) {
+    const auto img = blank<short>(shape);
+    EXPECT_TRUE(sameImage(harmonicCut(img, 1.0F, true, 3), blank<float>({shape.nx, shape.ny})));
+    EXPECT_TRUE(sameImage(hcut(img, 1.0F, 2.0F), blank<unsigned char>({0, 1})));
+  }
 }
 
 TEST(HarmonicCutForms, FlattenAPeakAndLeaveAPit) {
