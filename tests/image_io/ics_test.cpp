@@ -288,6 +288,15 @@ TEST_F(IcsFiles, OfANullImageHoldNoPixels) {
   EXPECT_EQ(readFile(file("b.ids")), "");
 }
 
+TEST_F(IcsFiles, OfSmallSizesHoldTheSizesShownAndAllPixels) {
+  for (const Shape& s : orva_test::smallShapes()) {
+    const image<short> img = orva_test::blank<short>(s);
+    writeICS(file("b"), img);
+    EXPECT_EQ(readFile(file("b.ics")), plainHeader("b", img, "integer", "signed"));
+    EXPECT_EQ(readFile(file("b.ids")), rawBytes(img));
+  }
+}
+
 TEST_F(IcsFiles, ReplaceLongerOnes) {
   orva_test::writeFile(file("b.ics"), std::string(5000, 'x'));
   orva_test::writeFile(file("b.ids"), std::string(5000, 'x'));

@@ -23,6 +23,18 @@ inline Shape randomShape(Random& random) {
           randomInt(random, 1, 3), randomInt(random, 1, 3)};
 }
 
+// Every choice of five sizes in -2 .. 2 that an image may have: those whose product is not
+// negative.
+inline std::vector<Shape> smallShapes() {
+  std::vector<Shape> shapes;
+  for (int i = 0; i < 5 * 5 * 5 * 5 * 5; ++i) {
+    const auto size = [i](int power) { return i / power % 5 - 2; };
+    const Shape s{size(1), size(5), size(25), size(125), size(625)};
+    if (s.nx * s.ny * s.nz * s.nc * s.nt >= 0) shapes.push_back(s);
+  }
+  return shapes;
+}
+
 inline std::vector<int> sizesOf(const orva::Image& img) {
   return {img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
 }
