@@ -46,6 +46,14 @@ TYPED_TEST(ToRgb, AgreesWithItsDefinitionAndKeepsTheSizes) {
   }
 }
 
+TYPED_TEST(ToRgb, AgreesWithItsDefinitionForEveryWidth) {
+  Random random(84);
+  for (int width = 1; width <= 130; ++width) {
+    const auto img = randomImage<TypeParam>(random, {width, 1 + width % 3, 1, 1 + width % 2});
+    EXPECT_TRUE(sameImage(toRgbImage(img), reference::toRgbImage(img))) << width;
+  }
+}
+
 TEST(ToRgbImage, StretchesGreyAlways) {
   EXPECT_THAT(componentsOf(toRgbImage(imageOf<short>({3, 1}, {0, 1000, 500}))),
               ElementsAre(0, 0, 0, 255, 255, 255, 127, 127, 127));
