@@ -198,17 +198,19 @@ TEST(RemoveInternalStructures, FillsMoreHolesThanThereAreLabels) {
   EXPECT_EQ(static_cast<int>(result.min()), 255);
 }
 
+void expectLikeTwin(const Mask& mask, const image<short>& labels) {
+  EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
+  EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
+  EXPECT_TRUE(
+      sameImage(filled(mask), after<unsigned char>(reference::removeInternalStructures, mask)));
+  EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
+}
+
 TEST(Morphology, EqualsItsTwinForEveryWidth) {
   Random random(1);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 12)};
-    const Mask mask = randomMix(random, shape);
-    EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
-    EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
-    EXPECT_TRUE(
-        sameImage(filled(mask), after<unsigned char>(reference::removeInternalStructures, mask)));
-    const auto labels = randomLabels(random, shape, 2);
-    EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
+    expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 2));
   }
 }
 
@@ -216,13 +218,7 @@ TEST(Morphology, EqualsItsTwinForOddShapes) {
   Random random(2);
   for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 10; ++round) {
-      const Mask mask = randomMix(random, shape);
-      EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
-      EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
-      EXPECT_TRUE(
-          sameImage(filled(mask), after<unsigned char>(reference::removeInternalStructures, mask)));
-      const auto labels = randomLabels(random, shape, 1);
-      EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
+      expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 1));
     }
   }
 }

@@ -15,33 +15,14 @@ namespace {
 using orva::image;
 using orva::Image;
 using orva_test::blank;
+using orva_test::isWhole;
 using orva_test::Shape;
 using orva_test::sizesOf;
 using orva_test::smallShapes;
 
 using Sizes = std::vector<int>;
 
-int pixelsIn(const Sizes& sizes) {
-  int count = 1;
-  for (const int size : sizes) count *= size;
-  return count;
-}
-
-// The given sizes, as many pixels, and memory exactly when there are some.
-testing::AssertionResult isWhole(const Image& img, const Sizes& sizes) {
-  if (sizesOf(img) != sizes) {
-    return testing::AssertionFailure() << "sizes are " << testing::PrintToString(sizesOf(img));
-  }
-  if (img.npix() != pixelsIn(sizes)) {
-    return testing::AssertionFailure() << "npix is " << img.npix();
-  }
-  if ((img.data() == nullptr) != (img.npix() == 0)) {
-    return testing::AssertionFailure() << "memory does not fit npix";
-  }
-  return testing::AssertionSuccess();
-}
-
-// The same, and the pixels are the first of `source`.
+// The given sizes, and the pixels are the first of `source`.
 testing::AssertionResult isStartOf(const Image& source, const Image& img, const Sizes& sizes) {
   const testing::AssertionResult whole = isWhole(img, sizes);
   if (!whole) return whole;

@@ -8,7 +8,6 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
-#include <vector>
 
 #include "tests/support/images.h"
 #include "tests/support/reference/image.h"
@@ -227,9 +226,7 @@ TEST(Pixel, RoundsLargeIntegersToFloat) {
 
 TYPED_TEST(TypedImage, FindsTheSmallestAndTheLargest) {
   Random random(23);
-  std::vector<Shape> shapes = orva_test::oddShapes();
-  for (int width = 1; width <= 130; ++width) shapes.push_back({width, 1 + width % 3});
-  for (const Shape& s : shapes) {
+  for (const Shape& s : orva_test::oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const TypeParam low = reference::Typed<TypeParam>::smallest(img);
     const TypeParam high = reference::Typed<TypeParam>::largest(img);

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -154,13 +155,7 @@ TYPED_TEST(WriteIcs, HeightBeforeWidthAndOneStackWithARecordAreIntended) {
 class IcsFiles : public testing::Test {
  protected:
   std::string file(const std::string& name) const { return dir_.file(name); }
-  std::vector<std::string> files() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(dir_.file(""))) {
-      names.push_back(entry.path().filename().string());
-    }
-    return names;
-  }
+  std::set<std::string> files() const { return dir_.names(); }
 
  private:
   orva_test::TempDir dir_;
@@ -264,7 +259,7 @@ TEST_F(IcsFiles, OfARecordWithAChannelCarryItsName) {
   IcsInfo info(file("plate"));
   info.setWithChannelInfo("488", "20", 'g');
   writeICS(info, image<short>(2, 2, 1, 1, 1));
-  EXPECT_THAT(files(), testing::UnorderedElementsAre("plate_g.ics", "plate_g.ids"));
+  EXPECT_THAT(files(), testing::ElementsAre("plate_g.ics", "plate_g.ids"));
   EXPECT_THAT(readFile(file("plate_g.ics")), testing::HasSubstr("\nfilename\tplate_g\n"));
 }
 

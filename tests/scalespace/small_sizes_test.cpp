@@ -16,6 +16,7 @@ using orva::FeatureType;
 using orva::image;
 using orva::Image;
 using orva_test::blank;
+using orva_test::isWhole;
 using orva_test::RawImage;
 using orva_test::sameImage;
 using orva_test::Shape;
@@ -27,23 +28,15 @@ using Sizes = std::vector<int>;
 
 const Sizes kNone = {0, 1, 1, 1, 1};
 
-// Sizes of zero and more have no other number of pixels than their product.
-void expectSizes(const Image& img, const Sizes& sizes) {
-  EXPECT_EQ(sizesOf(img), sizes);
-  int product = 1;
-  for (const int size : sizes) product *= size;
-  EXPECT_EQ(img.npix(), product);
-}
-
 TEST(SmallImage, IsFilteredToTheSizesItShows) {
   for (const Shape& s : smallShapes()) {
     SCOPED_TRACE(testing::PrintToString(Sizes{s.nx, s.ny, s.nz, s.nc, s.nt}));
     const image<short> img = blank<short>(s);
     const Sizes sizes = img.isNull() ? kNone : sizesOf(img);
-    expectSizes(scalespace::smooth(img, 1.0F, 1.0F), sizes);
-    expectSizes(scalespace::gaussian(img, 1.0F, 1, 0, 1), sizes);
-    expectSizes(scalespace::gradient(img, 1.0F, 1.0F), sizes);
-    expectSizes(scalespace::laplacian(img, 1.0F), sizes);
+    EXPECT_TRUE(isWhole(scalespace::smooth(img, 1.0F, 1.0F), sizes));
+    EXPECT_TRUE(isWhole(scalespace::gaussian(img, 1.0F, 1, 0, 1), sizes));
+    EXPECT_TRUE(isWhole(scalespace::gradient(img, 1.0F, 1.0F), sizes));
+    EXPECT_TRUE(isWhole(scalespace::laplacian(img, 1.0F), sizes));
   }
 }
 
@@ -54,14 +47,17 @@ TEST(SmallImage, HasMasksAndCutsOfItsWidthAndHeight) {
     for (const int type : {1, 2, 4, 8, 16, 32}) {
       const auto mask = scalespace::features(img, 1.0F, static_cast<FeatureType>(type), 1.0F);
       const bool stack = img.nframes() > 1;
-      expectSizes(
-          mask, img.isNull() ? kNone : Sizes{img.nx(), img.ny(), stack ? img.nframes() : 1, 1, 1});
+      EXPECT_TRUE(isWhole(
+          mask, img.isNull() ? kNone : Sizes{img.nx(), img.ny(), stack ? img.nframes() : 1, 1, 1}));
       EXPECT_EQ(mask.fmax(), 0.0F);
     }
-    expectSizes(scalespace::harmonicCut(img, 1.0F, true, 2), {img.nx(), img.ny(), 1, 1, 1});
+    EXPECT_TRUE(
+        isWhole(scalespace::harmonicCut(img, 1.0F, true, 2), {img.nx(), img.ny(), 1, 1, 1}));
     const std::unique_ptr<Image> half(scalespace::reduce(img, 0.5F, 1.0F));
     ASSERT_EQ(half == nullptr, img.isNull());
-    if (half) expectSizes(*half, {1, 1, std::max(img.nframes() / 2, 1), 1, 1});
+    if (half) {
+      EXPECT_TRUE(isWhole(*half, {1, 1, std::max(img.nframes() / 2, 1), 1, 1}));
+    }
   }
 }
 
@@ -80,10 +76,10 @@ INSTANTIATE_TEST_SUITE_P(All, ForeignFormat, testing::Values(int{orva::RGBA}, 11
 TEST_P(ForeignFormat, HasNoFilteredForm) {
   for (const Shape& s : {Shape{6, 5}, Shape{6, 5, 4}}) {
     const RawImage img = some(s);
-    expectSizes(scalespace::smooth(img, 1.0F, 1.0F), kNone);
-    expectSizes(scalespace::gaussian(img, 1.0F, 1, 0, 1), kNone);
-    expectSizes(scalespace::gradient(img, 1.0F, 1.0F), kNone);
-    expectSizes(scalespace::laplacian(img, 1.0F), kNone);
+    EXPECT_TRUE(isWhole(scalespace::smooth(img, 1.0F, 1.0F), kNone));
+    EXPECT_TRUE(isWhole(scalespace::gaussian(img, 1.0F, 1, 0, 1), kNone));
+    EXPECT_TRUE(isWhole(scalespace::gradient(img, 1.0F, 1.0F), kNone));
+    EXPECT_TRUE(isWhole(scalespace::laplacian(img, 1.0F), kNone));
   }
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -24,14 +23,7 @@ class History : public testing::Test {
  protected:
   std::string prefix(const std::string& start) const { return dir_.file(start); }
 
-  std::set<std::string> names() const {
-    std::set<std::string> result;
-    for (const auto& entry : std::filesystem::directory_iterator(dir_.file(""))) {
-      result.insert(entry.path().filename().string());
-    }
-    return result;
-  }
-
+  std::set<std::string> names() const { return dir_.names(); }
   std::string content(const std::string& name) const {
     return orva_test::readFile(dir_.file(name));
   }
