@@ -6,6 +6,7 @@
 #include "orva/bip/bip.h"
 #include "tests/bip/pictures.h"
 #include "tests/support/images.h"
+#include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
 
 namespace {
@@ -91,6 +92,13 @@ TEST(IsBinaryImage, LooksAtAllChannelsAndTimePoints) {
 TEST(IsBinaryImage, IsTrueWithoutPixels) {
   EXPECT_TRUE(orva::bip::isBinaryImage(blank<unsigned char>({0, 1})));
   EXPECT_TRUE(orva::bip::isBinaryImage(blank<unsigned char>({5, 5, 0})));
+}
+
+// Sizes below zero are kept as zeros but multiply as passed.
+TEST(IsBinaryImage, IsTrueForANegativePixelCount) {
+  const orva_test::BareImage img(-2, 3, 1, 1, 1);
+  ASSERT_EQ(img.npix(), -6);
+  EXPECT_TRUE(orva::bip::isBinaryImage(img));
 }
 
 TEST(IsBinaryImage, IsFalseForEveryOtherPixelType) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/shapes.h"
 
 namespace {
 
@@ -15,6 +17,7 @@ using orva_test::blank;
 using orva_test::flipped;
 using orva_test::labelsOf;
 using orva_test::maskOf;
+using orva_test::pixelsOf;
 using orva_test::Random;
 using orva_test::randomInt;
 using orva_test::randomLabels;
@@ -40,10 +43,6 @@ Mask dilated(const Mask& mask) { return after<unsigned char>(orva::bip::dilate, 
 Mask filled(const Mask& mask) {
   return after<unsigned char>(orva::bip::removeInternalStructures, mask);
 }
-
-const std::vector<Shape> oddShapes = {{1, 1},          {2, 2},         {3, 3},    {1, 30},
-                                      {30, 1},         {2, 9},         {6, 5, 3}, {5, 4, 1, 2},
-                                      {5, 6, 1, 1, 2}, {4, 4, 2, 2, 2}};
 
 // Mostly 0 and 255, some values between.
 Mask randomMix(Random& random, const Shape& shape) {
@@ -138,6 +137,18 @@ TEST(Morphology, LeavesNullImages) {
   }
 }
 
+// One frame, of a depth and a channel below zero that multiply to one; all of it is border.
+TEST(Morphology, OfNegativeSizesWithAPositiveProductHasOnlyBorder) {
+  Mask mask(2, 3, -1, -1, 1);
+  ASSERT_EQ(mask.npix(), 6);
+  std::fill_n(mask.pixels(), 6, static_cast<unsigned char>(255));
+  mask.setPixel(3, 0.0F);
+  orva::bip::dilate(mask);
+  EXPECT_EQ(pixelsOf(mask), (std::vector<unsigned char>{255, 255, 255, 0, 255, 255}));
+  orva::bip::erode(mask);
+  EXPECT_EQ(pixelsOf(mask), std::vector<unsigned char>(6, 0));
+}
+
 TEST(RemoveInternalStructures, FillsTheHoleOfARing) {
   EXPECT_TRUE(sameImage(filled(maskOf({".....", ".###.", ".#.#.", ".###.", "....."})),
                         maskOf({".....", ".###.", ".###.", ".###.", "....."})));
@@ -187,31 +198,27 @@ TEST(RemoveInternalStructures, FillsMoreHolesThanThereAreLabels) {
   EXPECT_EQ(static_cast<int>(result.min()), 255);
 }
 
+void expectLikeTwin(const Mask& mask, const image<short>& labels) {
+  EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
+  EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
+  EXPECT_TRUE(
+      sameImage(filled(mask), after<unsigned char>(reference::removeInternalStructures, mask)));
+  EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
+}
+
 TEST(Morphology, EqualsItsTwinForEveryWidth) {
   Random random(1);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 12)};
-    const Mask mask = randomMix(random, shape);
-    EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
-    EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
-    EXPECT_TRUE(
-        sameImage(filled(mask), after<unsigned char>(reference::removeInternalStructures, mask)));
-    const auto labels = randomLabels(random, shape, 2);
-    EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
+    expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 2));
   }
 }
 
 TEST(Morphology, EqualsItsTwinForOddShapes) {
   Random random(2);
-  for (const Shape& shape : oddShapes) {
+  for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 10; ++round) {
-      const Mask mask = randomMix(random, shape);
-      EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
-      EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
-      EXPECT_TRUE(
-          sameImage(filled(mask), after<unsigned char>(reference::removeInternalStructures, mask)));
-      const auto labels = randomLabels(random, shape, 1);
-      EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
+      expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 1));
     }
   }
 }

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -9,6 +10,7 @@
 #include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/shapes.h"
 
 namespace {
 
@@ -22,6 +24,8 @@ using orva_test::randomImage;
 using orva_test::randomInt;
 using orva_test::randomLabels;
 using orva_test::Shape;
+
+using Lists = std::vector<std::vector<float>>;
 
 const std::string mismatchMessage =
     "In bip::regionFeatures\n   Warning: label and brightness must have the same size\n"
@@ -184,6 +188,17 @@ TEST(RegionFeatures, IgnoreABrightnessOfAnotherSizeWithAWarning) {
   }
 }
 
+TEST(RegionFeatures, OfNoLabelsStillWarnOfABrightnessOfAnotherSize) {
+  const auto brightness = blank<float>({2, 3});
+  const auto expectWarning = [](auto measure) {
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(measure().empty());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), mismatchMessage);
+  };
+  expectWarning([&] { return orva::bip::regionFeatures(labelsOf({"01."}), 0, brightness); });
+  expectWarning([&] { return orva::bip::regionFeatures(labelsOf({"..."}), brightness); });
+}
+
 TEST(RegionFeatures, TakeABrightnessWhoseFramesAreMadeUpDifferentlyWhichIsIntended) {
   Random random(2);
   const auto labels = randomLabels(random, {4, 3, 12}, 2);
@@ -250,11 +265,9 @@ template <class T>
 class RegionFeaturesOf : public testing::Test {};
 TYPED_TEST_SUITE(RegionFeaturesOf, orva_test::PixelTypes);
 
-const std::vector<Shape> shapes = {{1, 1}, {1, 40}, {40, 1}, {17, 13}, {6, 5, 4}, {1, 3, 9}};
-
 TYPED_TEST(RegionFeaturesOf, EveryPixelTypeEqualTheirTwin) {
   Random random(4);
-  for (const Shape& shape : shapes) {
+  for (const Shape& shape : orva_test::oddShapes()) {
     for (const int most : {0, 3, 30}) {
       const auto labels = randomLabels(random, shape, most);
       const auto brightness = randomImage<TypeParam>(random, shape);
@@ -274,7 +287,7 @@ TYPED_TEST(RegionFeaturesOf, EveryPixelTypeEqualTheirTwin) {
 
 TYPED_TEST(RegionFeaturesOf, EveryPixelTypeListTheSameBrightness) {
   Random random(5);
-  for (const Shape& shape : shapes) {
+  for (const Shape& shape : orva_test::oddShapes()) {
     for (const bool sorted : {false, true}) {
       const auto labels = randomLabels(random, shape, 5);
       const auto brightness = randomImage<TypeParam>(random, shape);
@@ -288,8 +301,6 @@ TYPED_TEST(RegionFeaturesOf, EveryPixelTypeListTheSameBrightness) {
   }
 }
 
-using Lists = std::vector<std::vector<float>>;
-
 TEST(RegionIntensityArrays, HoldEachRegionInLinearOrderOrSorted) {
   const image<short> labels = labelsOf({"02.", "003"});
   const auto brightness = imageOf<unsigned char>({3, 2}, {9, 5, 1, 7, 8, 4});
@@ -300,6 +311,37 @@ TEST(RegionIntensityArrays, HoldEachRegionInLinearOrderOrSorted) {
   EXPECT_EQ(orva::bip::regionIntensityArrays(labels, 1, brightness, true), (Lists{{7, 8, 9}}));
   EXPECT_EQ(orva::bip::regionIntensityArrays(labels, 6, brightness, false),
             (Lists{{9, 7, 8}, {}, {5}, {4}, {}, {}}));
+}
+
+TEST(RegionIntensityArrays, SortedHaveTheNaNsLast) {
+  Random random(7);
+  for (const Shape& shape : {Shape{1, 1}, Shape{9, 1}, Shape{40, 30}}) {
+    for (const int share : {2, 5, 1}) {  // one pixel of so many is a NaN
+      const auto labels = randomLabels(random, shape, 3);
+      auto brightness = randomImage<float>(random, shape);
+      for (int i = 0; i < brightness.npix(); ++i) {
+        if (randomInt(random, 1, share) == 1) {
+          brightness.setPixel(i, std::numeric_limits<float>::quiet_NaN());
+        }
+      }
+      const Lists lists = orva::bip::regionIntensityArrays(labels, 4, brightness, true);
+      const Lists expected = reference::regionIntensityArrays(labels, 4, brightness, true);
+      ASSERT_EQ(lists.size(), expected.size());
+      for (std::size_t k = 0; k < lists.size(); ++k) {
+        EXPECT_THAT(lists[k], testing::Pointwise(testing::NanSensitiveFloatEq(), expected[k])) << k;
+      }
+    }
+  }
+}
+
+TEST(RegionIntensityArrays, OfNumbersAndNaNsAreTheNumbersThenTheNaNs) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float infinity = std::numeric_limits<float>::infinity();
+  const auto brightness = imageOf<float>({7, 1}, {nan, 3, infinity, nan, -infinity, 1, nan});
+  const Lists lists = orva::bip::regionIntensityArrays(full({7, 1}), brightness, true);
+  ASSERT_EQ(lists.size(), 1U);
+  EXPECT_THAT(lists[0], testing::ElementsAre(-infinity, 1, 3, infinity, testing::IsNan(),
+                                             testing::IsNan(), testing::IsNan()));
 }
 
 TEST(RegionIntensityArrays, AreEmptyForNullLabelsAndOtherSizes) {

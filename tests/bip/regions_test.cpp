@@ -9,6 +9,7 @@
 #include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/shapes.h"
 
 namespace {
 
@@ -26,10 +27,6 @@ using orva_test::randomImage;
 using orva_test::randomInt;
 using orva_test::sameImage;
 using orva_test::Shape;
-
-const std::vector<Shape> shapes = {{1, 1},       {1, 17},      {17, 1},   {2, 2},    {13, 9},
-                                   {31, 24},     {5, 4, 3},    {1, 1, 7}, {1, 6, 5}, {7, 1, 4},
-                                   {6, 5, 2, 1}, {4, 4, 4, 1}, {130, 3},  {64, 5},   {9, 8, 2}};
 
 // A chessboard of isolated 255 pixels: (nx * ny + 1) / 2 of them.
 image<unsigned char> chessboard(int nx, int ny) {
@@ -231,7 +228,7 @@ TEST(Regions, OfImagesWiderThanSixteenBitsAreConnectedThroughout) {
 
 TEST(Regions, EqualTheirTwin) {
   Random random(1);
-  for (const Shape& shape : shapes) {
+  for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 12; ++round) {
       // Few values, so that areas form.
       image<unsigned char> in = blank<unsigned char>(shape);
@@ -257,7 +254,7 @@ TEST(Regions, EqualTheirTwin) {
 
 TEST(Regions, OfShortImagesEqualTheirTwin) {
   Random random(2);
-  for (const Shape& shape : shapes) {
+  for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 12; ++round) {
       const auto in = round == 0 ? randomImage<short>(random, shape)
                                  : orva_test::randomLabels(random, shape, round % 4);

@@ -38,7 +38,7 @@ TYPED_TEST_SUITE(ToRgb, orva_test::PixelTypes);
 
 TYPED_TEST(ToRgb, AgreesWithItsDefinitionAndKeepsTheSizes) {
   Random random(81);
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : orva_test::oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const image<Rgb> rgb = toRgbImage(img);
     EXPECT_TRUE(sameImage(rgb, reference::toRgbImage(img)));

@@ -90,7 +90,7 @@ TYPED_TEST(Conversion, ToBytesAgreesWithItsDefinitionInNarrowRanges) {
 
 TYPED_TEST(Conversion, ToFloatsAgreesWithItsDefinition) {
   Random random(73);
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : orva_test::oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const image<float> f = toFloatImage(img);
     EXPECT_TRUE(sameImage(f, reference::toFloatImage(img)));
@@ -123,6 +123,8 @@ TEST(ToByteImage, BlackForAConstantImageIsIntended) {
   EXPECT_THAT(bytesOf<int>({7}, true), Each(0));
   EXPECT_THAT(bytesOf<float>({0, 0.00009F}, true), Each(0));
   EXPECT_THAT(bytesOf<float>({0, 0.00011F}, true), ElementsAre(0, 255));
+  // This float lies just below the limit, which is a double.
+  EXPECT_THAT(bytesOf<float>({0, 0.0001F}, true), Each(0));
 }
 
 TEST(ToByteImage, StretchesFractionsOnlyWhenAsked) {
@@ -211,6 +213,19 @@ TEST(ToByteImage, AcceptsEveryKnownFormat) {
 
 TEST(ToByteImage, ReadsBytesOfAnyImage) {
   EXPECT_THAT(pixelsOf(toByteImage(valuesOnly(orva::BYTE, {5, 200}), false)), ElementsAre(5, 200));
+}
+
+TEST(ToByteImage, OfBytesOfAnyImageWithoutScalingKeepsValuesAndSizes) {
+  for (const std::vector<float>& values :
+       {std::vector<float>{7, 7}, {0, 0}, {255, 255}, {5, 200}}) {
+    const Bytes bytes(values.begin(), values.end());
+    for (const Shape& s : {Shape{2, 1}, Shape{1, 1, 1, 2}, Shape{1, 1, 1, 1, 2}}) {
+      const image<unsigned char> result =
+          toByteImage(RawImage(s, orva::BYTE, bytes, values), false);
+      EXPECT_EQ(pixelsOf(result), bytes);
+      EXPECT_EQ(sizesOf(result), (std::vector<int>{s.nx, s.ny, s.nz, s.nc, s.nt}));
+    }
+  }
 }
 
 TEST(ToByteImage, GivesZeroForNaN) {

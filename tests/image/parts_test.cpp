@@ -115,6 +115,22 @@ TYPED_TEST(Parts, TimepointAgreesWithItsDefinition) {
   }
 }
 
+TYPED_TEST(Parts, AgreeWithTheirDefinitionForEveryWidth) {
+  Random random(50);
+  for (int width = 1; width <= 130; ++width) {
+    const auto img = randomImage<TypeParam>(random, {width, 1 + width % 3, 2, 2, 2});
+    SCOPED_TRACE(width);
+    const Point3D p1(randomInt(random, -2, width - 1), randomInt(random, -1, 1), 0);
+    const Point3D p2(randomInt(random, p1.x, width + 2), 3, randomInt(random, 0, 7));
+    EXPECT_TRUE(this->same(img.roi(p1, p2), TestFixture::Twin::roi(img, p1, p2)));
+    const int f = randomInt(random, 0, 7);
+    EXPECT_TRUE(this->same(img.frame(f), TestFixture::Twin::frame(img, f)));
+    EXPECT_TRUE(
+        this->same(img.channel(f % 2, f / 4), TestFixture::Twin::channel(img, f % 2, f / 4)));
+    EXPECT_TRUE(this->same(img.timepoint(f % 2), TestFixture::Twin::timepoint(img, f % 2)));
+  }
+}
+
 TYPED_TEST(Parts, OutsideTheImageOrOfANullImageAreNull) {
   const image<TypeParam> img(3, 3, 2, 3, 2);
   EXPECT_EQ(img.frame(img.nframes()), nullptr);

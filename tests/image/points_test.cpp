@@ -167,6 +167,39 @@ TYPED_TEST(Points, CombineWithADoubleTruncatedTowardZero) {
   }
 }
 
+TYPED_TEST(Points, ChangeInPlaceAlsoWhereTheyAreTemporaries) {
+  const auto p = [] { return pointOf<TypeParam>(8, -7, 5); };
+  const TypeParam one = pointOf<TypeParam>(1, 1, 1);
+  EXPECT_EQ(p() += one, pointOf<TypeParam>(9, -6, 6));
+  EXPECT_EQ(p() -= one, pointOf<TypeParam>(7, -8, 4));
+  EXPECT_EQ(p() += 2, pointOf<TypeParam>(10, -5, 7));
+  EXPECT_EQ(p() -= 2, pointOf<TypeParam>(6, -9, 3));
+  EXPECT_EQ(p() *= 2, pointOf<TypeParam>(16, -14, 10));
+  EXPECT_EQ(p() /= 2, pointOf<TypeParam>(4, -3, 2));
+  EXPECT_EQ(p() += 0.5, pointOf<TypeParam>(8, -6, 5));
+  EXPECT_EQ(p() -= 0.5, pointOf<TypeParam>(7, -7, 4));
+  EXPECT_EQ(p() *= 0.5, pointOf<TypeParam>(4, -3, 2));
+  EXPECT_EQ(p() /= 0.5, pointOf<TypeParam>(16, -14, 10));
+  EXPECT_EQ((pointOf<TypeParam>(5, 5, 5) /= 65537), pointOf<TypeParam>(5, 5, 5));
+}
+
+TYPED_TEST(Points, ChangeInPlaceByNamedMembers) {
+  TypeParam p = pointOf<TypeParam>(8, -7, 5);
+  const TypeParam one = pointOf<TypeParam>(1, 1, 1);
+  EXPECT_EQ(&p.operator+=(one), &p);
+  EXPECT_EQ(p, pointOf<TypeParam>(9, -6, 6));
+  EXPECT_EQ(&p.operator-=(one), &p);
+  EXPECT_EQ(p, pointOf<TypeParam>(8, -7, 5));
+  EXPECT_EQ(p.operator+=(2), pointOf<TypeParam>(10, -5, 7));
+  EXPECT_EQ(p.operator-=(4), pointOf<TypeParam>(6, -9, 3));
+  EXPECT_EQ(p.operator*=(2), pointOf<TypeParam>(12, -18, 6));
+  EXPECT_EQ(p.operator/=(2), pointOf<TypeParam>(6, -9, 3));
+  EXPECT_EQ(p.operator+=(1.0), pointOf<TypeParam>(7, -8, 4));
+  EXPECT_EQ(p.operator-=(1.0), pointOf<TypeParam>(6, -9, 3));
+  EXPECT_EQ(p.operator*=(0.5), pointOf<TypeParam>(3, -4, 1));
+  EXPECT_EQ(p.operator/=(0.5), pointOf<TypeParam>(6, -8, 2));
+}
+
 TYPED_TEST(Points, NumberMinusPointBeingPointMinusNumberIsIntended) {
   Random random(54);
   for (int round = 0; round < 100; ++round) {

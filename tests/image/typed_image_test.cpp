@@ -226,7 +226,7 @@ TEST(Pixel, RoundsLargeIntegersToFloat) {
 
 TYPED_TEST(TypedImage, FindsTheSmallestAndTheLargest) {
   Random random(23);
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : orva_test::oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const TypeParam low = reference::Typed<TypeParam>::smallest(img);
     const TypeParam high = reference::Typed<TypeParam>::largest(img);

@@ -213,6 +213,16 @@ TEST_F(Ppm, OfAnImageWithoutWidthHoldsTheHeader) {
   EXPECT_EQ(written(image<unsigned char>(0, 1, 1, 1, 1)), "P6\n0 1\n255\n");
 }
 
+TEST_F(Ppm, OfSmallSizesOfOneFrameHoldsThePixelsOfTheSizesShown) {
+  for (const Shape& s : orva_test::smallShapes()) {
+    const auto img = orva_test::blank<unsigned char>(s);
+    if (img.nframes() != 1) continue;
+    EXPECT_EQ(written(img),
+              "P6\n" + std::to_string(img.nx()) + " " + std::to_string(img.ny()) + "\n255\n" +
+                  std::string(static_cast<std::size_t>(3 * img.nx() * img.ny()), '\0'));
+  }
+}
+
 TEST_F(Ppm, RefusesOtherNumbersOfPlanes) {
   for (const Shape& s : {Shape{2, 2, 2}, Shape{2, 2, 1, 2}, Shape{2, 2, 4}, Shape{2, 2, 3, 3},
                          Shape{2, 2, 3, 1, 2}, Shape{2, 2, 0}}) {

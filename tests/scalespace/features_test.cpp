@@ -87,16 +87,19 @@ TEST(Features, WithTiesMatchTheirDefinition) {
 TEST(Features, OfABrightDiscSeparateItsInsideFromItsSurroundings) {
   const auto bright = features(disc(), 2.0F, orva::LAPLACIAN_NEGATIVE, 1.0F);
   const auto dark = features(disc(), 2.0F, orva::LAPLACIAN_POSITIVE, 1.0F);
-  for (int x = 12; x <= 28; ++x) {
-    if (x < 15 || x > 25) {  // inside, near the rim
-      EXPECT_EQ(bright.pixel(x, 20), 255) << x;
-      EXPECT_EQ(dark.pixel(x, 20), 0) << x;
-    }
+  for (const int x : {12, 13, 14, 26, 27, 28}) {  // inside, near the rim
+    EXPECT_EQ(bright.pixel(x, 20), 255) << x;
+    EXPECT_EQ(dark.pixel(x, 20), 0) << x;
   }
   for (const int x : {6, 7, 8, 32, 33, 34}) {  // just outside
     EXPECT_EQ(bright.pixel(x, 20), 0) << x;
     EXPECT_EQ(dark.pixel(x, 20), 255) << x;
   }
+}
+
+TEST(Features, OfABrightDiscSeeItsMiddleAtAScaleOfItsOwnSize) {
+  EXPECT_EQ(features(disc(), 5.0F, orva::LAPLACIAN_NEGATIVE, 1.0F).pixel(20, 20), 255);
+  EXPECT_EQ(features(disc(), 5.0F, orva::LAPLACIAN_POSITIVE, 1.0F).pixel(20, 20), 0);
 }
 
 TEST(Features, OfBothLaplacianSignsAreComplementsExceptWhereTheSumIsZero) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 
 namespace orva_test {
@@ -28,6 +29,15 @@ class TempDir {
   }
 
   std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+  // Of what stands in it now.
+  std::set<std::string> names() const {
+    std::set<std::string> result;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+      result.insert(entry.path().filename().string());
+    }
+    return result;
+  }
 
  private:
   std::string path_;

@@ -1,15 +1,11 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "orva/voting/circularvoting.h"
+#include "tests/support/files.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
@@ -23,33 +19,13 @@ using orva_test::Probe;
 using orva_test::Shape;
 using orva_test::VotingParams;
 
-namespace fs = std::filesystem;
-
-// A directory of its own for every test.
 class History : public testing::Test {
  protected:
-  void SetUp() override {
-    const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
-    folder_ =
-        fs::path(testing::TempDir()) / ("orva_history_" + test + "_" + std::to_string(getpid()));
-    fs::create_directories(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
+  std::string prefix(const std::string& start) const { return dir_.file(start); }
 
-  std::string prefix(const std::string& start) const { return (folder_ / start).string(); }
-
-  std::set<std::string> names() const {
-    std::set<std::string> result;
-    for (const auto& entry : fs::directory_iterator(folder_)) {
-      result.insert(entry.path().filename().string());
-    }
-    return result;
-  }
-
+  std::set<std::string> names() const { return dir_.names(); }
   std::string content(const std::string& name) const {
-    std::ifstream in(folder_ / name, std::ios::binary);
-    EXPECT_TRUE(in.is_open()) << name;
-    return {std::istreambuf_iterator<char>(in), {}};
+    return orva_test::readFile(dir_.file(name));
   }
 
   Probe computed(const VotingParams& params, const std::string& start, const orva::Image& img) {
@@ -61,7 +37,7 @@ class History : public testing::Test {
   }
 
  private:
-  fs::path folder_;
+  orva_test::TempDir dir_;
 };
 
 VotingParams paramsOf(int maxRadius, int coneWidth) {

@@ -57,8 +57,24 @@ class Probe : public orva::voting::CircularVoting {
   }
 };
 
-inline std::vector<std::pair<int, int>> coordinates(const std::vector<orva::Point>& points) {
-  std::vector<std::pair<int, int>> result;
+inline Probe computed(const VotingParams& params, const orva::Image& img) {
+  Probe probe(params);
+  probe.compute(img);
+  return probe;
+}
+
+// Parameters under which a threshold counts votes.
+inline VotingParams absolute(float centerThreshold) {
+  VotingParams params;
+  params.absoluteValues = true;
+  params.centerThreshold = centerThreshold;
+  return params;
+}
+
+using Coordinates = std::vector<std::pair<int, int>>;
+
+inline Coordinates coordinates(const std::vector<orva::Point>& points) {
+  Coordinates result;
   for (const orva::Point& p : points) result.emplace_back(p.x, p.y);
   return result;
 }
@@ -150,6 +166,10 @@ orva::image<T> discImage(const Shape& shape, const std::vector<Disc>& discs, flo
     img.setPixel(i, v);
   }
   return img;
+}
+
+inline orva::image<float> oneDisc() {
+  return discImage<float>({40, 36}, {{21, 17, 8}}, 100.0F, 0.0F);
 }
 
 }  // namespace orva_test

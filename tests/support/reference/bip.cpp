@@ -175,13 +175,12 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                         brightness->nx() == labels.nx() && brightness->ny() == labels.ny() &&
                         brightness->nframes() == labels.nframes();
   std::vector<RegionFeature> result;
-  for (const std::vector<int>& pixels : members(labels, n)) {
+  for (const std::vector<int>& all : members(labels, n)) {
+    // The geometry is that of the first volume, the brightness that of all pixels.
+    const std::vector<int> pixels(all.begin(),
+                                  std::lower_bound(all.begin(), all.end(), labels.volumeSize()));
     RegionFeature f;
     f.npix = static_cast<int>(pixels.size());
-    if (f.npix == 0) {
-      result.push_back(f);
-      continue;
-    }
     const auto axis = [&pixels](auto coordinate, int& low, int& high, int& centre) {
       std::int64_t sum = 0;
       low = high = coordinate(pixels[0]);
@@ -192,21 +191,22 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
       }
       centre = static_cast<int>(sum / static_cast<std::int64_t>(pixels.size()));
     };
-    const int nx = labels.nx();
-    const int ny = labels.ny();
-    axis([nx](int i) { return i % nx; }, f.xmin, f.xmax, f.cx);
-    axis([nx, ny](int i) { return i / nx % ny; }, f.ymin, f.ymax, f.cy);
-    axis([nx, ny](int i) { return i / nx / ny; }, f.zmin, f.zmax, f.cz);
-    const auto r =
-        static_cast<float>(labels.nz() == 1 ? std::sqrt(f.npix / 3.14159)
-                                            : std::pow(f.npix * 3.0 / 12.56636, 1.0 / 3));
-    f.radius = std::max(static_cast<int>(r), 1);
+    if (f.npix > 0) {
+      const int nx = labels.nx();
+      const int ny = labels.ny();
+      axis([nx](int i) { return i % nx; }, f.xmin, f.xmax, f.cx);
+      axis([nx, ny](int i) { return i / nx % ny; }, f.ymin, f.ymax, f.cy);
+      axis([nx, ny](int i) { return i / nx / ny; }, f.zmin, f.zmax, f.cz);
+      const auto r =
+          static_cast<float>(labels.nz() == 1 ? std::sqrt(f.npix / 3.14159)
+                                              : std::pow(f.npix * 3.0 / 12.56636, 1.0 / 3));
+      f.radius = std::max(static_cast<int>(r), 1);
+    }
     if (measured) {
-      float sum = 0.0F;
-      for (int i : pixels) sum += brightness->pixel(i);
-      f.mean = sum / static_cast<float>(f.npix);
+      for (int i : all) f.mean += brightness->pixel(i);
+      if (f.npix > 0) f.mean /= static_cast<float>(f.npix);
       float squares = 0.0F;
-      for (int i : pixels) {
+      for (int i : all) {
         const float d = brightness->pixel(i) - f.mean;
         squares += d * d;
       }
@@ -227,7 +227,11 @@ std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels
   for (const std::vector<int>& pixels : members(labels, n)) {
     std::vector<float> values;
     for (int i : pixels) values.push_back(brightness.pixel(i));
-    if (sorted) std::sort(values.begin(), values.end());
+    if (sorted) {
+      const auto numbers = std::stable_partition(values.begin(), values.end(),
+                                                 [](float v) { return !std::isnan(v); });
+      std::sort(values.begin(), numbers);
+    }
     result.push_back(values);
   }
   return result;

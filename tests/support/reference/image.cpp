@@ -204,7 +204,9 @@ int round_double(double v) {
 image<unsigned char> toByteImage(const orva::Image& img, bool scale) {
   if (img.npix() == 0 || img.format() < 0 || img.format() > orva::RGBA) return {0, 1, 1, 1, 1};
   if (img.format() == orva::BYTE && !scale) {
-    return dynamic_cast<const image<unsigned char>&>(img);
+    image<unsigned char> same(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+    for (int i = 0; i < img.npix(); ++i) same.pixels()[i] = byteFrom(img.pixel(i));
+    return same;
   }
   image<unsigned char> result(img.nx(), img.ny(), img.nframes(), 1, 1);
   float mn = img.pixel(0);

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/reference/scalespace.h"
 
 namespace reference {
 namespace {
@@ -110,7 +110,7 @@ image<float> magnitudes(const VotingParams& s, const orva::Image& img, image<flo
   }
   if (s.useEdges) {
     const image<unsigned char> e =
-        reference::edge(orva::scalespace::features(img, s.sigma, orva::LAPLACIAN_NEGATIVE, 1.0F));
+        reference::edge(reference::features(img, s.sigma, orva::LAPLACIAN_NEGATIVE, 1.0F));
     for (int i = 0; i < m.npix(); ++i) {
       if (e.pixels()[i] == 0) m.pixels()[i] = 0.0F;
     }
@@ -270,8 +270,9 @@ Voting vote(const VotingParams& s, std::vector<VPoint2D> points, int nx, int ny)
 
 Voting compute(const VotingParams& params, const orva::Image& img) {
   const VotingParams s = repaired(params);
-  image<float> gx = orva::scalespace::dX(img, s.sigma);
-  image<float> gy = orva::scalespace::dY(img, s.sigma);
+  const Triple scale{s.sigma, s.sigma, s.sigma};
+  image<float> gx = reference::gaussian(img, scale, {1, 0, 0});
+  image<float> gy = reference::gaussian(img, scale, {0, 1, 0});
   const image<float> m = magnitudes(s, img, gx, gy);
   const int border = margin(s);
   std::vector<VPoint2D> points;

@@ -1,0 +1,152 @@
+// Images on which no voting takes place: without pixels, of no float form, or too large.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <vector>
+
+#include "orva/voting/circularvoting.h"
+#include "tests/support/images.h"
+#include "tests/support/raw_image.h"
+#include "tests/voting/probe.h"
+
+namespace {
+
+using orva_test::absolute;
+using orva_test::blank;
+using orva_test::computed;
+using orva_test::Coordinates;
+using orva_test::coordinates;
+using orva_test::oneDisc;
+using orva_test::Probe;
+using orva_test::sameImage;
+using orva_test::Shape;
+using orva_test::VotingParams;
+
+const std::string tooLargeMessage =
+    "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
+
+VotingParams marginOf25() {
+  VotingParams params = absolute(-1.0F);
+  params.maxRadius = 20;
+  params.coneWidth = 10;
+  return params;
+}
+
+const std::vector<Shape> kWithoutPixels = {{5, 5, 0}, {0, 1}, {0, 0}, {7, 0}, {5, 5, 1, 0}};
+
+TEST(Compute, OfAnImageWithoutPixelsFindsNoCenters) {
+  for (const Shape& shape : kWithoutPixels) {
+    for (const float threshold : {0.5F, -1.0F}) {
+      for (const bool useEdges : {false, true}) {
+        VotingParams params = absolute(threshold);
+        params.useEdges = useEdges;
+        Probe probe = computed(params, blank<float>(shape));
+        EXPECT_TRUE(probe.centers().empty());
+        EXPECT_TRUE(probe.center_weights().empty());
+        EXPECT_TRUE(probe.points_.empty());
+      }
+    }
+  }
+}
+
+TEST(Compute, OfAnImageWithoutPixelsKeepsEarlierCentersButNoWeights) {
+  Probe probe = computed({}, oneDisc());
+  const Coordinates before = coordinates(probe.centers());
+  ASSERT_FALSE(before.empty());
+  probe.compute(blank<float>({5, 5, 0}));
+  EXPECT_EQ(coordinates(probe.centers()), before);
+  EXPECT_TRUE(probe.center_weights().empty());
+}
+
+TEST(Compute, OfAFormatWithoutFloatFormFindsNoCenters) {
+  for (const int format : {static_cast<int>(orva::RGBA), 11, -1}) {
+    for (const bool useEdges : {false, true}) {
+      VotingParams params;
+      params.useEdges = useEdges;
+      const Probe probe = computed(params, orva_test::ForeignImage(format));
+      EXPECT_TRUE(probe.points_.empty());
+      EXPECT_TRUE(probe.centers().empty());
+    }
+  }
+}
+
+TEST(Compute, OfATooLargeImageFindsNoCentersAndWarns) {
+  for (const Shape& shape : {Shape{32718, 1}, Shape{1, 32718}, Shape{40000, 2}}) {
+    Probe probe(marginOf25());
+    testing::internal::CaptureStderr();
+    probe.compute(blank<unsigned char>(shape));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), tooLargeMessage);
+    EXPECT_TRUE(probe.centers().empty());
+    EXPECT_TRUE(probe.center_weights().empty());
+  }
+}
+
+TEST(Compute, OfTheLargestImageThatFitsFindsCenters) {
+  for (const Shape& shape : {Shape{32717, 1}, Shape{1, 32717}}) {
+    Probe probe(marginOf25());
+    testing::internal::CaptureStderr();
+    probe.compute(blank<unsigned char>(shape));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const int middle = 16358;
+    EXPECT_EQ(coordinates(probe.centers()),
+              (Coordinates{{shape.nx > 1 ? middle : 0, shape.ny > 1 ? middle : 0}}));
+  }
+}
+
+TEST(Compute, WithATooLargeMarginFindsNoCentersAndWarns) {
+  struct Row {
+    int maxRadius, coneWidth;
+  };
+  for (const Row& row : {Row{16390, 0}, Row{1, 16390}, Row{INT_MAX, 0}, Row{INT_MAX, INT_MAX},
+                         Row{1, INT_MAX}, Row{40000, 60000}}) {
+    VotingParams params = absolute(-1.0F);
+    params.maxRadius = row.maxRadius;
+    params.coneWidth = row.coneWidth;
+    Probe probe(params);
+    testing::internal::CaptureStderr();
+    probe.compute(oneDisc());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), tooLargeMessage);
+    EXPECT_TRUE(probe.centers().empty());
+  }
+}
+
+TEST(Compute, OfAnImageWithoutPixelsSaysNothingOfRadiiThatDoNotFit) {
+  for (const Shape& shape : kWithoutPixels) {
+    VotingParams params;
+    params.maxRadius = 50000;
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    computed(params, blank<float>(shape));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  }
+}
+
+// What an earlier call left must not show.
+TEST(Compute, ThatFindsNothingToVoteOnLeavesABlackVotingImageAndNoVotes) {
+  std::vector<Shape> shapes = kWithoutPixels;
+  shapes.insert(shapes.end(), {{33000, 1}, {2, 40000}});
+  for (const Shape& shape : shapes) {
+    for (const bool fresh : {true, false}) {
+      Probe probe = fresh ? Probe(VotingParams()) : computed({}, oneDisc());
+      testing::internal::CaptureStderr();
+      probe.compute(blank<unsigned char>(shape));
+      testing::internal::GetCapturedStderr();
+      EXPECT_TRUE(sameImage(probe.votingImage(), blank<float>({shape.nx, shape.ny})));
+      EXPECT_TRUE(sameImage(probe.acc_, blank<float>({0, 1})));
+    }
+  }
+}
+
+TEST(Compute, OfATooLargeImageKeepsEarlierCentersButNoWeights) {
+  Probe probe = computed({}, oneDisc());
+  const Coordinates before = coordinates(probe.centers());
+  testing::internal::CaptureStderr();
+  probe.compute(blank<unsigned char>({33000, 1}));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), tooLargeMessage);
+  EXPECT_EQ(coordinates(probe.centers()), before);
+  EXPECT_TRUE(probe.center_weights().empty());
+}
+
+}  // namespace
