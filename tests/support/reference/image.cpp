@@ -38,8 +38,8 @@ std::unique_ptr<image<T>> filled(const orva_test::Shape& s, F source) {
 template <class Sample>
 Sample sample(const orva::Image& img, int i) {
   Sample v;
-  std::memcpy(&v, static_cast<const unsigned char*>(img.data()) + std::ptrdiff_t{i} * sizeof v,
-              sizeof v);
+  const auto at = static_cast<std::size_t>(i) * sizeof v;
+  std::memcpy(&v, static_cast<const unsigned char*>(img.data()) + at, sizeof v);
   return v;
 }
 
