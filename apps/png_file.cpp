@@ -3,7 +3,6 @@
 #include <bit>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 
 #include "apps/file_error.h"
 #include "apps/image_file.h"

@@ -5,7 +5,6 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 
 #include "apps/file_error.h"

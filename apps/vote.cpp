@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <system_error>
 
 #include "apps/file_error.h"
 #include "apps/output_file.h"
@@ -40,7 +41,9 @@ void keepHistory(const fs::path& from, const fs::path& directory, const orva::Im
   const auto bytes = static_cast<std::uintmax_t>(img.npix()) * sizeof(float);
   for (const auto& entry : fs::directory_iterator(from)) {
     const fs::path target = directory / entry.path().filename();
-    const bool complete = entry.path().extension() != ".ids" || entry.file_size() == bytes;
+    std::error_code missing;  // a pixel file that is not there has no right size either
+    const bool complete =
+        fs::file_size(fs::path(entry.path()).replace_extension(".ids"), missing) == bytes;
     if (!complete || fs::is_directory(target)) {
       throw FileError(target.string() + " can not be written");
     }
