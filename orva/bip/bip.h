@@ -1,6 +1,7 @@
 /// @file
-/// Binary image processing: connected regions and their measurements, erosion, dilation, edges,
-/// boundaries and hole filling.
+/// Binary image processing: thresholds, connected regions, their measurements and selection,
+/// chamfer distances, propagation, erosion, dilation, edges, boundaries, hole filling and convex
+/// hulls.
 ///
 /// A mask is a byte image with 255 for object and 0 for background. A label image is a short image
 /// in which the pixels of region k carry k = 0, 1, 2, ... and the background -1. Null inputs give
@@ -8,9 +9,10 @@
 ///
 /// @code
 /// #include "orva/bip/bip.h"
-/// int n = 0;
-/// orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
-/// std::vector<orva::RegionFeature> table = orva::bip::regionFeatures(labels, n, img);
+/// orva::image<unsigned char> mask = orva::bip::threshold(img, orva::bip::computeThreshold(img,
+/// 2)); int n = 0; orva::image<short> labels = orva::bip::regions(mask, n, 255, 1,
+/// orva::NEIGHBORHOOD_4); std::vector<orva::RegionFeature> table =
+/// orva::bip::regionFeatures(labels, n, img);
 /// @endcode
 #ifndef ORVA_BIP_BIP_H
 #define ORVA_BIP_BIP_H
@@ -127,6 +129,43 @@ ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<sh
 /// 256 counts, one a byte value; values outside @p low .. @p high are not counted.
 ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low, int high);
 
+/// @name Chamfer distances
+/// The distance of every object pixel, in pixels, by 3x3 (in a volume 3x3x3) chamfer steps of
+/// Euclidean length. In a byte image the objects are the non-zero pixels, and the distance is that
+/// to the nearest zero pixel. In a short image the objects are the labels of at least 0; a pixel
+/// with another value among its neighbours is a boundary and counts as 1, the others in a region
+/// add their distance to it. Background is 0.
+///
+/// The two passes leave out the border. What they do not reach follows its neighbours at 1 for
+/// every step, diagonals included; what has nothing to follow stays 10000. The first volume of the
+/// input is measured. Cost: three walks over the image.
+///
+/// The result has the input's width, height and depth. It is null for other inputs, after two lines
+/// on standard error, the second for a null image or for another pixel format:
+/// @verbatim
+/// In bip::chamfer
+///    Warning: input is empty, return null image
+///    Warning: input is not BYTE or SHORT image, return null image
+/// @endverbatim
+///
+/// G. Borgefors, Distance transformations in digital images, Computer Vision, Graphics, and Image
+/// Processing 34, 1986.
+/// @{
+
+/// The distances.
+ORVA_EXPORT image<float> fchamfer(const Image& in);
+/// The distances stretched to 0..255 (image_io::convertToByteImage); complemented with @p invert.
+ORVA_EXPORT image<unsigned char> chamfer(const Image& in, bool invert);
+/// @}
+
+/// Gives every negative pixel of a label image the label of the region nearest by chamfer distance
+/// (see fchamfer()), in place. A pixel @p maxDistance or more away becomes -1, and so does the
+/// border, which is not reached. Of regions at the same distance the first in the order of the
+/// steps wins: z, y, x upward. The last test is literal: with a @p maxDistance of 0 or less all
+/// pixels become -1, and above 10000 unreached pixels keep their values. The first volume is
+/// processed; a null image stays.
+ORVA_EXPORT void propagate(image<short>& labels, float maxDistance);
+
 /// @name Erosion and dilation by one pixel, in place
 /// For single planes. In a stack only plane 0 is looked at and all of it counts as border.
 /// @{
@@ -153,6 +192,52 @@ ORVA_EXPORT std::vector<std::vector<Point>> boundaries(const image<short>& label
 /// pixel to 255. The first volume is processed; a null mask stays. More than 32767 holes are filled
 /// too, although regions() reports them on standard error.
 ORVA_EXPORT void removeInternalStructures(image<unsigned char>& mask);
+
+/// @name Convex hulls
+/// Fills every region up to its convex hull, as far as that shows from a number of directions: over
+/// the half circle @p precision of them (3 to 50, others are brought into that range), in a volume
+/// 4 * precision * (precision + 1) over the half sphere. A background pixel of the region's
+/// bounding box joins it when its projection on each direction lies between those of the region's
+/// boundary pixels, both included. Regions are filled in label order and never lose pixels. The
+/// number of regions goes to standard output, as "N regions detected.", unless the image is null.
+/// Cost: the pixels of the bounding boxes times the directions.
+/// @{
+
+/// In place, in the first volume.
+ORVA_EXPORT void convexHull(image<short>& labels, int precision);
+/// The filled labels of the mask's 255 regions (NEIGHBORHOOD_4).
+ORVA_EXPORT image<short> convexHull(const image<unsigned char>& mask, int precision);
+/// @}
+
+/// 255 where the pixel, as a float, is at least @p t, else 0; a NaN gives 0. The mask has the
+/// input's width, height and depth: the first volume.
+ORVA_EXPORT image<unsigned char> threshold(const Image& img, float t);
+
+/// The midpoint between the mean brightness inside and outside the bright blobs of @p img, its
+/// LAPLACIAN_NEGATIVE mask at @p scale (scalespace::features). The mean of no pixels is 0. Sums are
+/// in single precision. For a null image 0, after three lines on standard error:
+/// @verbatim
+/// Warning:
+/// In bip::computeThreshold, input image is empty!
+/// 0 returned
+/// @endverbatim
+ORVA_EXPORT float computeThreshold(const Image& img, float scale);
+
+/// @name Region selection
+/// Sets to 0 the pixels of those 255 regions (NEIGHBORHOOD_4) of a mask that are unwanted, in
+/// place, in the first volume. Other pixels stay.
+/// @{
+
+/// Regions of fewer than @p minSize pixels or of a mean brightness below @p minMean go. Brightness
+/// of another size than the mask is reported and counts as 0 (see regionFeatures()). A mask without
+/// regions stays, after "bip::regionFeatures failed." on standard error.
+ORVA_EXPORT void selectRegions(image<unsigned char>& mask, const Image& brightness, float minMean,
+                               int minSize);
+/// Regions of fewer than @p minSize or more than @p maxSize pixels go; a negative @p maxSize stands
+/// for no limit. The first region in raster order always stays, unlike in selectRegions(); this is
+/// intended. Nothing for a @p minSize below 1.
+ORVA_EXPORT void selectRegionsBySize(image<unsigned char>& mask, int minSize, int maxSize);
+/// @}
 
 }  // namespace bip
 }  // namespace orva

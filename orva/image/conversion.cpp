@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "orva/image/byte_conversion.h"
 #include "orva/image/image.h"
 #include "orva/image/pixel_traits.h"
 
@@ -74,10 +75,9 @@ void scaleColour(const Image& img, image<Rgb>& result) {
 
 }  // namespace
 
-image<unsigned char> toByteImage(const Image& img, bool scale) {
-  const int format = img.format();
-  if (img.isNull() || format < BYTE || format > RGBA) return nullImage<unsigned char>();
-  if (format == BYTE && !scale) return sharedOrCopied(img);
+image<unsigned char> bytesOf(const Image& img, bool scale) {
+  if (img.isNull()) return nullImage<unsigned char>();
+  if (img.format() == BYTE && !scale) return sharedOrCopied(img);
 
   image<unsigned char> result(img.nx(), img.ny(), img.nframes(), 1, 1);
   if (result.isNull()) return result;
@@ -107,6 +107,12 @@ image<unsigned char> toByteImage(const Image& img, bool scale) {
     }
   }
   return result;
+}
+
+image<unsigned char> toByteImage(const Image& img, bool scale) {
+  const int format = img.format();
+  if (format < BYTE || format > RGBA) return nullImage<unsigned char>();
+  return bytesOf(img, scale);
 }
 
 image<Rgb> toRgbImage(const Image& img) {

@@ -1,5 +1,6 @@
 /// @file
-/// Image files: writing of ICS header/data pairs with their metadata, binary PGM and PPM.
+/// Image files: ICS header/data pairs with their metadata (written), PGM (read), PPM (written), the
+/// raw formats UIF and IHT (both), the stack count of TIFF files; byte order and pixel types.
 ///
 /// Text is written the same in every locale. Pixels are written in the machine's own byte order.
 ///
@@ -176,6 +177,101 @@ ORVA_EXPORT image<unsigned char>* readPGM(const std::string& filename);
 /// file that cannot be opened is reported by "Can not open file: " and one that cannot be written
 /// whole by "Can not write file: ", each with the name, on standard error.
 ORVA_EXPORT void writePPM(const std::string& filename, const image<unsigned char>& img);
+
+/// @name UIF and IHT
+/// A header of 32-bit integers in the machine's own byte order, then the pixels as they lie in
+/// memory. UIF: width, height, frames, bytes per pixel, ImageFormat code. IHT: height, width, 0, 0,
+/// height, width, ImageFormat code, frames, number of pixels, and four bytes without meaning.
+///
+/// A read image has the frames as z planes and is the caller's to delete. The format codes BYTE,
+/// INT, SHORT and FLOAT are read; others give null without a message. The end of the file is not
+/// noticed: what is missing, header or pixels, counts as 0. Sizes that are negative or whose
+/// product does not fit 32 bits give null, after two lines on standard error (so for readIHT):
+/// @verbatim
+/// In image_io::readUIF
+/// Error: invalid image size in NAME
+/// @endverbatim
+/// A file that can not be written whole is reported on standard error (so for writeIHT):
+/// @verbatim
+/// In image_io::writeUIF
+/// Error in writing NAME
+/// @endverbatim
+/// @{
+
+/// A file that can not be opened is reported on standard error as "In image_io::writeUIF", "Can not
+/// open fileNAME" and "Ignored.", a line each.
+ORVA_EXPORT void writeUIF(const std::string& filename, const Image& img);
+/// Always an `image<unsigned char>`: of wider pixels it holds the first bytes of the data; this is
+/// intended. For a file that can not be opened null, after "In image_io::readUIF" on standard error
+/// and "Can not open the file NAME" on standard output.
+ORVA_EXPORT Image* readUIF(const std::string& filename);
+/// A file that can not be opened is reported on standard output as "Can not open fileNAME".
+ORVA_EXPORT void writeIHT(const std::string& filename, const Image& img);
+/// An image of the type that was written. For a file that can not be opened null, after "Can not
+/// open the file NAME" on standard output.
+ORVA_EXPORT Image* readIHT(const std::string& filename);
+/// @}
+
+/// @name By the extension of the file name
+/// @{
+
+/// readPGM() for ".pgm", readIHT() for ".iht", readICS() for ".ics", in capitals or small letters;
+/// null for all others, without a message. The caller deletes the result.
+ORVA_EXPORT Image* readImage(const std::string& filename);
+/// writeIHT() for ".iht" in capitals or small letters, writeICS() for ".ics" in small letters only,
+/// which is intended; one trailing '/' is passed over. Nothing for all others, without a message.
+ORVA_EXPORT void writeImage(const std::string& filename, const Image& img);
+/// @}
+
+/// @name Numbers in a buffer
+/// From the bytes at @p offset on, the least significant first when @p byteOrder is 1, otherwise
+/// the most significant first.
+/// @{
+
+/// The first two bytes in the first order, but the third and the fourth in the other: the short at
+/// the end of a slot of four bytes. This is intended.
+ORVA_EXPORT void extractShortDataFromBuffer(const unsigned char* buffer, int byteOrder, int offset,
+                                            short& result);
+/// Four bytes.
+ORVA_EXPORT void extractLongDataFromBuffer(const unsigned char* buffer, int byteOrder, int offset,
+                                           int& result);
+/// @}
+
+/// The number of planes of a TIFF stack: the count of the last entry with tag 33629, its low 16
+/// bits with a sign; -1 when there is none. Writes to standard output "lsb1" for a file with the
+/// least significant byte first or "lsb0" for others, then the numbers of the directories from 0,
+/// a line each. A file that can not be opened or ends early, and a directory met again, end the
+/// search with what was found so far.
+ORVA_EXPORT int returnStackCount(const std::string& filename);
+
+/// @name Byte order, in place
+/// Images that share the pixels change with them.
+/// @{
+
+/// Turns round the bytes of every sample of two or four bytes. Byte formats stay.
+ORVA_EXPORT void reverse_byte_order(Image& img);
+/// reverse_byte_order(), unless @p inOrder.
+ORVA_EXPORT void adjust_byte_order_for_read(Image& img, bool inOrder);
+/// Nothing: pixels are written in the machine's own byte order.
+ORVA_EXPORT void adjust_byte_order_for_write(Image& img);
+/// @}
+
+/// @name Conversions between pixel types
+/// By value, with the frames as z planes; null for a null image. Colour counts as luminance.
+/// @{
+
+/// As toByteImage(), for any format code: without @p rescale values within 0..255 are truncated,
+/// all others are stretched to 0..255.
+ORVA_EXPORT image<unsigned char> convertToByteImage(const Image& img, bool rescale);
+/// Values truncated toward zero and held at the ends of the type's range; a NaN gives 0.
+ORVA_EXPORT image<unsigned int> convertToUIntImage(const Image& img);
+/// @copydoc convertToUIntImage
+ORVA_EXPORT image<int> convertToIntImage(const Image& img);
+/// Values as they are.
+ORVA_EXPORT image<float> convertToFloatImage(const Image& img);
+/// As convertToIntImage(), of which the low 16 bits stay: nothing is clamped.
+ORVA_EXPORT image<short> convertToShortImage(const Image& img);
+/// @}
 
 }  // namespace orva::image_io
 

@@ -76,6 +76,17 @@ PixelBlock get_image(const std::string& filename, int& width, int& height) {
   return block;
 }
 
+// Nothing calls this counterpart of get_image; it completes the pair.
+[[maybe_unused]] void put_image(const std::string& filename, const unsigned char* block, int width,
+                                int height) {
+  File out(std::fopen(filename.c_str(), "w"));
+  if (!out) fail("Can't output image" + filename + ".");
+  const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  const bool written = std::fprintf(out.get(), "P5\n%d %d\n255\n", width, height) > 0 &&
+                       std::fwrite(block, 1, size, out.get()) == size;
+  if (std::fclose(out.release()) != 0 || !written) fail("Can't write image " + filename + ".");
+}
+
 }  // namespace
 
 image<unsigned char>* readPGM(const std::string& filename) {

@@ -1,6 +1,6 @@
 /// @file
-/// Small numeric helpers: norms, the angle of a vector and its direction code, and mean, minimum
-/// and maximum of an array.
+/// Numbers and statistics: norms, the angle of a vector and its direction code, mean, minimum and
+/// maximum of an array, the brightest pixels and the zero crossings of an image.
 ///
 /// @code
 /// #include "orva/image_math/image_math.h"
@@ -12,6 +12,7 @@
 
 #include <vector>
 
+#include "orva/image/image.h"
 #include "orva/util/export.h"
 
 namespace orva::image_math {
@@ -52,6 +53,54 @@ T maximum(const std::vector<T>& values);
 extern template ORVA_EXPORT float mean(const std::vector<float>& values);
 extern template ORVA_EXPORT float minimum(const std::vector<float>& values);
 extern template ORVA_EXPORT float maximum(const std::vector<float>& values);
+
+/// @name The brightest pixels
+/// Brightness counts in whole levels: with the darkest and the brightest pixel truncated toward
+/// zero to the levels `lo` and `hi`, a pixel v is at level lo + (v - lo) truncated. All pixels of
+/// the image count, colour as luminance.
+///
+/// A null image gives 0; a share or number out of range ends the process with status 2. Standard
+/// error shows first, for a null image, the two headings as they belong to topByPixelNumber() and
+/// meanOfTopByPercentage(); this is intended:
+/// @verbatim
+/// In float topByPercentage(const Image &img, int numpix)
+/// In float topByPercentage(const Image &img, float p)
+/// Warning: img is null, return 0.
+/// @endverbatim
+/// for a number below 0 or above npix - 1:
+/// @verbatim
+/// In float topByPercentage(const Image &img, int numpix)
+/// Error: numpix must be in [0, img.npix()-1]
+/// @endverbatim
+/// and for a share outside 0..1 (a NaN counts as 0):
+/// @verbatim
+/// In float image_math::meanOfTopByPercentage(vector<float> img, float p)
+/// Error: percentage must be a value in [0, 1]
+/// @endverbatim
+/// Cost: three walks over the image; a sort when the levels span more than 2^20.
+/// @{
+
+/// The level that at least @p numpix pixels reach; the highest level for 0.
+ORVA_EXPORT float topByPixelNumber(const Image& img, int numpix);
+/// topByPixelNumber() of the share @p p of all pixels, in single precision and rounded down. A
+/// share of 1 is thus out of range.
+ORVA_EXPORT float topByPercentage(const Image& img, float p);
+/// The mean level of the share @p p of all pixels; the highest level if that is no pixel. The last
+/// level enters with all its pixels. Sums are kept in 32-bit integers, which wrap around.
+ORVA_EXPORT float meanOfTopByPercentage(const Image& img, float p);
+/// The same of an array; 0 for an empty one. Within 0.01 of 1 it is mean(values), whatever else
+/// @p p is.
+ORVA_EXPORT float meanOfTopByPercentage(std::vector<float> values, float p);
+/// @}
+
+/// @name Zero crossings
+/// The bip::edge() pixels of an image thresholded at 0 (bip::threshold), in plane 0, column by
+/// column. None for a null image.
+/// @{
+ORVA_EXPORT std::vector<Point> findZeros(const Image& img);
+/// Those of both images; none when they differ in size (Image::equalSize).
+ORVA_EXPORT std::vector<Point> findZeros(const Image& a, const Image& b);
+/// @}
 
 }  // namespace orva::image_math
 

@@ -1,20 +1,27 @@
 /// @file
-/// File-name processing: splits and joins path names as plain text.
+/// File-name processing: splits and joins path names as plain text. Text files: lines of words, and
+/// tables of keys and values.
 ///
-/// The separator is '/'. Only exists() touches the file system. A null text counts as an empty one.
+/// The separator of path names is '/'. Of the functions for file names only exists() touches the
+/// file system. A null text counts as an empty one.
 ///
 /// @code
 /// #include "orva/util/fnp.h"
 /// std::string ids = orva::fnp::root("plate/well.ics") + ".ids";  // "plate/well.ids"
+/// orva::Configure settings("voting.txt");                        // lines such as "sigma = 2.5"
+/// std::string sigma = settings.property("sigma");
 /// @endcode
 #ifndef ORVA_UTIL_FNP_H
 #define ORVA_UTIL_FNP_H
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include "orva/util/export.h"
 
-namespace orva::fnp {
+namespace orva {
+namespace fnp {
 
 /// True when @p path names something that exists.
 ORVA_EXPORT bool exists(const char* path);
@@ -58,6 +65,40 @@ ORVA_EXPORT std::string tail(const std::string& s);
 /// for the end, a negative @p from for the start; positions past the end are cut to it.
 ORVA_EXPORT std::string copySubString(const std::string& s, int from, int to);
 
-}  // namespace orva::fnp
+/// The words of @p line. Each character of @p delimiters separates words, and a run of them counts
+/// as one separator.
+ORVA_EXPORT std::vector<std::string> parseLine(const std::string& line, const char* delimiters);
+
+/// The words of every line that has some, by parseLine(). The first line of 1024 or more characters
+/// ends the reading; the rest of the file is ignored. A file that can not be opened gives nothing,
+/// after "Cannot open file: NAME" on standard error.
+ORVA_EXPORT std::vector<std::vector<std::string>> parseTextFile(const std::string& filename,
+                                                                const char* delimiters);
+
+}  // namespace fnp
+
+/// A table of keys and values.
+class ORVA_EXPORT Configure {
+ public:
+  /// An empty table.
+  Configure() = default;
+  /// The table in the text file @p filename, read by fnp::parseTextFile().
+  ///
+  /// A line is a key and a value with blanks, tabs or '=' between them; a later line replaces an
+  /// earlier one with the same key. Lines that begin with '[' or '#', and lines that do not have
+  /// two words, are ignored.
+  explicit Configure(const std::string& filename);
+  Configure(const Configure&) = default;
+  Configure& operator=(const Configure&) = default;
+  virtual ~Configure() = default;
+
+  /// The value of @p key; empty when there is none.
+  std::string property(const std::string& key) const;
+
+ private:
+  std::map<std::string, std::string> properties_;
+};
+
+}  // namespace orva
 
 #endif

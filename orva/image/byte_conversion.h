@@ -1,0 +1,15 @@
+// The body of toByteImage() and image_io::convertToByteImage(). For the library's own sources; not
+// installed.
+#ifndef ORVA_IMAGE_BYTE_CONVERSION_H
+#define ORVA_IMAGE_BYTE_CONVERSION_H
+
+#include "orva/image/image.h"
+
+namespace orva {
+
+// As toByteImage(), for images of any format code.
+image<unsigned char> bytesOf(const Image& img, bool scale);
+
+}  // namespace orva
+
+#endif
