@@ -1,8 +1,9 @@
 #include "apps/centers_table.h"
 
-#include <array>
 #include <charconv>
 #include <nlohmann/json.hpp>
+
+#include "apps/text.h"
 
 namespace orva_app {
 namespace {
@@ -29,18 +30,6 @@ double asJson(float v) {
 }
 
 }  // namespace
-
-std::string shortest(float v) {
-  std::array<char, 32> text{};
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), v).ptr};
-}
-
-std::string csvField(const std::string& text) {
-  if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
-  return quoted + '"';
-}
 
 std::string centersAsCsv(const std::vector<Center>& centers) {
   std::string text = "x,y,weight\n";

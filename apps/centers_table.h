@@ -11,12 +11,6 @@ namespace orva_app {
 
 enum class TableFormat { kCsv, kJson };
 
-// The shortest decimal text that reads back as `v`.
-std::string shortest(float v);
-
-// One field of a CSV row, quoted where it must be.
-std::string csvField(const std::string& text);
-
 // A header line "x,y,weight", then a row a centre.
 std::string centersAsCsv(const std::vector<Center>& centers);
 

@@ -1,17 +1,23 @@
 #include "apps/image_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "apps/file_error.h"
+#include "apps/text.h"
 
 namespace orva_app {
 namespace {
+
+using ImagePointer = std::unique_ptr<orva::Image>;
 
 // The first bytes of the file, fewer where it is shorter.
 std::string firstBytes(const std::string& path) {
@@ -38,9 +44,48 @@ bool isTiff(std::string_view start) {
   return false;
 }
 
-void requireFirst(int frame) {
-  if (frame != 0) {
-    throw FileError("there is no frame " + std::to_string(frame) + ", only TIFF has several");
+[[noreturn]] void failForFrame(int frame) {
+  throw FileError("there is no frame " + std::to_string(frame));
+}
+
+// The planes one behind the other in z.
+ImagePointer stackOf(const std::vector<ImagePointer>& planes) {
+  const orva::Image& first = *planes.front();
+  const std::size_t pixels = planes.size() * static_cast<std::size_t>(first.npix());
+  if (pixels > std::numeric_limits<int>::max()) throw FileError("the stack is too large");
+  ImagePointer stack(first.scale(-1, -1, static_cast<int>(planes.size())));
+  auto* to = static_cast<unsigned char*>(stack->data());
+  for (const ImagePointer& plane : planes) {
+    if (plane->format() != first.format() || !plane->equalSize(first)) {
+      throw FileError("its pages differ in size or pixel type; choose one with --frame");
+    }
+    const auto* from = static_cast<const unsigned char*>(plane->data());
+    to = std::copy_n(from, std::ptrdiff_t{plane->npix()} * plane->pixelSize(), to);
+  }
+  return stack;
+}
+
+ImagePointer readTiffStack(const std::string& path, Colour colour) {
+  std::vector<ImagePointer> planes;
+  readTiffPages(path, [&](const Raster& page) { planes.push_back(page.toImage(colour)); });
+  return planes.size() == 1 ? std::move(planes.front()) : stackOf(planes);
+}
+
+// The whole of a file that is no TIFF file.
+ImagePointer readWhole(const std::string& path, FileKind kind, Colour colour) {
+  switch (kind) {
+    case FileKind::kPgm:
+      return readPgmFile(path);
+    case FileKind::kPpm:
+      return readPpmFile(path).toImage(colour);
+    case FileKind::kPng:
+      return readPngFile(path).toImage(colour);
+    case FileKind::kIht:
+      return readIhtFile(path);
+    case FileKind::kUif:
+      return readUifFile(path);
+    default:
+      throw FileError("is an ICS file, which is written but not read");
   }
 }
 
@@ -50,18 +95,29 @@ FileError FileError::fromErrno(const std::string& what) {
   return FileError(what + ": " + std::strerror(errno));
 }
 
-std::unique_ptr<orva::Image> readImageFile(const std::string& path, int frame) {
+FileKind kindOf(const std::string& path) {
   const std::string start = firstBytes(path);
-  if (isTiff(start)) return readTiffFile(path, frame).toImage();
-  if (start.starts_with("\x89PNG\r\n\x1a\n")) {
-    requireFirst(frame);
-    return readPngFile(path).toImage();
+  const std::string extension = extensionOf(path);
+  if (extension == ".iht") return FileKind::kIht;
+  if (extension == ".uif") return FileKind::kUif;
+  if (extension == ".ics") return FileKind::kIcs;
+  if (isTiff(start)) return FileKind::kTiff;
+  if (start.starts_with("\x89PNG\r\n\x1a\n")) return FileKind::kPng;
+  if (start.starts_with("P5")) return FileKind::kPgm;
+  if (start.starts_with("P6")) return FileKind::kPpm;
+  throw FileError("is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif");
+}
+
+ImagePointer readImageFile(const std::string& path, std::optional<int> frame, Colour colour) {
+  const FileKind kind = kindOf(path);
+  if (kind == FileKind::kTiff) {
+    return frame ? readTiffFile(path, *frame).toImage(colour) : readTiffStack(path, colour);
   }
-  if (start.starts_with("P5")) {
-    requireFirst(frame);
-    return readPgmFile(path);
-  }
-  throw FileError("is not a PGM, PNG or TIFF image");
+  ImagePointer img = readWhole(path, kind, colour);
+  if (!frame) return img;
+  ImagePointer plane(img->frame(*frame));
+  if (!plane) failForFrame(*frame);
+  return plane;
 }
 
 }  // namespace orva_app

@@ -1,8 +1,11 @@
-// Images from files: PGM, PNG and TIFF, told apart by their first bytes.
+// Images from files: PGM, PPM, PNG and TIFF, told apart by their first bytes, and IHT and UIF, told
+// by their names.
 #ifndef ORVA_APPS_IMAGE_FILE_H
 #define ORVA_APPS_IMAGE_FILE_H
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "apps/raster.h"
@@ -10,14 +13,29 @@
 
 namespace orva_app {
 
-// Frame `frame`, counted from 0, of the image file. Throws FileError, with a text that goes behind
-// the file's name, for a file that is missing, damaged or of another kind.
-std::unique_ptr<orva::Image> readImageFile(const std::string& path, int frame);
+enum class FileKind { kPgm, kPpm, kPng, kTiff, kIht, kUif, kIcs };
 
-// One reader a format, for a file that begins like one of it.
+// The kind of an image file, ICS headers included. Throws FileError, with a text that goes behind
+// the file's name, for a file that is missing or of another kind.
+FileKind kindOf(const std::string& path);
+
+// For the help of the commands that read images.
+inline constexpr const char* kImageFiles = "PGM, PPM, PNG, TIFF, IHT or UIF file";
+
+// Frame `frame`, counted from 0, of the image file, or all frames as planes in z. Throws FileError
+// as kindOf(), and for a damaged file.
+std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,
+                                           Colour colour);
+
+// One reader a format, for a file of that kind.
 std::unique_ptr<orva::Image> readPgmFile(const std::string& path);
+std::unique_ptr<orva::Image> readIhtFile(const std::string& path);
+std::unique_ptr<orva::Image> readUifFile(const std::string& path);
+Raster readPpmFile(const std::string& path);
 Raster readPngFile(const std::string& path);
 Raster readTiffFile(const std::string& path, int frame);
+// Calls take(page) for every page.
+void readTiffPages(const std::string& path, const std::function<void(const Raster&)>& take);
 
 }  // namespace orva_app
 

@@ -2,7 +2,13 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <vector>
 
+#include "apps/convert_command.h"
+#include "apps/filter_command.h"
+#include "apps/info_command.h"
+#include "apps/measure_command.h"
 #include "apps/vote_command.h"
 
 namespace {
@@ -15,14 +21,23 @@ int run(int argc, char** argv) {
   app.footer(
       "Example: the centres of the bright nuclei in an image\n"
       "  orva vote --max-radius 20 --overlay nuclei.png nuclei.pgm\n"
+      "`orva NAME --help` explains a subcommand.\n"
       "\n"
       "The exit status is 0, 1 when an image or a file failed, or 2 for a wrong call.");
   app.set_version_flag("--version", "orva " ORVA_VERSION);
-  const orva_app::VoteCommand vote(app);
+  std::vector<std::unique_ptr<orva_app::Subcommand>> subcommands;
+  subcommands.push_back(std::make_unique<orva_app::VoteCommand>(app));
+  subcommands.push_back(std::make_unique<orva_app::MeasureCommand>(app));
+  subcommands.push_back(std::make_unique<orva_app::FilterCommand>(app));
+  subcommands.push_back(std::make_unique<orva_app::InfoCommand>(app));
+  subcommands.push_back(std::make_unique<orva_app::ConvertCommand>(app));
+  app.require_subcommand(0, 1);
   try {
     app.parse(argc, argv);
-    if (!app.got_subcommand("vote")) throw CLI::RequiredError("A subcommand");
-    return vote.run();
+    for (const auto& subcommand : subcommands) {
+      if (subcommand->isChosen()) return subcommand->run();
+    }
+    throw CLI::RequiredError("A subcommand");
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? 0 : kUsageError;
   }

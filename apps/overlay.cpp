@@ -1,10 +1,9 @@
 #include "apps/overlay.h"
 
-#include <png.h>
-
 #include <algorithm>
+#include <memory>
 
-#include "apps/file_error.h"
+#include "apps/png_encoder.h"
 
 namespace orva_app {
 namespace {
@@ -37,18 +36,7 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& cent
   for (const Center& c : centers) drawCross(picture, c.x, c.y, arm + 1, half + 1, kBlack);
   for (const Center& c : centers) drawCross(picture, c.x, c.y, arm, half, kOrange);
 
-  png_image header{};
-  header.version = PNG_IMAGE_VERSION;
-  header.width = static_cast<png_uint_32>(picture.nx());
-  header.height = static_cast<png_uint_32>(picture.ny());
-  header.format = PNG_FORMAT_RGB;
-  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(header);
-  std::string file(size, '\0');
-  if (png_image_write_to_memory(&header, file.data(), &size, 0, picture.data(), 0, nullptr) == 0) {
-    throw FileError(std::string("the overlay can not be encoded: ") + header.message);
-  }
-  file.resize(size);
-  return file;
+  return encodePng(picture.pixels(), picture.nx(), picture.ny());
 }
 
 }  // namespace orva_app

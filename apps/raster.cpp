@@ -78,13 +78,27 @@ std::unique_ptr<orva::Image> Raster::convert() const {
   }
   auto brightness = std::make_unique<orva::image<float>>(nx, ny, 1, 1, 1);
   for (int i = 0; i < brightness->npix(); ++i, from += channels_) {
-    // The luminance weights stand in the order blue, green, red.
-    brightness->pixels()[i] = orva::luminance(orva::GenericRgb<Sample>{from[2], from[1], from[0]});
+    brightness->pixels()[i] = brightnessOf(orva::GenericRgb<Sample>{from[0], from[1], from[2]});
   }
   return brightness;
 }
 
-std::unique_ptr<orva::Image> Raster::toImage() const {
+std::unique_ptr<orva::Image> Raster::keepColour() const {
+  if (!canKeepColour()) {
+    throw FileError("has colour of other samples than bytes, which can not be kept");
+  }
+  using Rgb = orva::GenericRgb<unsigned char>;
+  auto picture = std::make_unique<orva::image<Rgb>>(static_cast<int>(width_),
+                                                    static_cast<int>(height_), 1, 1, 1);
+  const unsigned char* from = data_.get();
+  for (int i = 0; i < picture->npix(); ++i, from += channels_) {
+    picture->pixels()[i] = {from[0], from[1], from[2]};
+  }
+  return picture;
+}
+
+std::unique_ptr<orva::Image> Raster::toImage(Colour colour) const {
+  if (colours_ == Colours::kRgb && colour == Colour::kKept) return keepColour();
   switch (type_) {
     case SampleType::kUint8:
       return convert<std::uint8_t, unsigned char>();

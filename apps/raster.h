@@ -17,7 +17,18 @@ std::size_t sizeOf(SampleType type);
 // The most bytes that samples of one image take: those of the largest one in colour with alpha.
 inline constexpr std::size_t kMostBytes = std::size_t{1} << 34U;
 
+// What a file's samples are.
 enum class Colours { kGrey, kRgb };
+
+// What becomes of colour: its luminance as floats, or the colours themselves.
+enum class Colour { kLuminance, kKept };
+
+// The brightness of a colour pixel. Red is component 0.
+template <class T>
+float brightnessOf(const orva::GenericRgb<T>& p) {
+  // The library's weights stand in the order blue, green, red.
+  return orva::luminance(orva::GenericRgb<T>{p.c2, p.c1, p.c0});
+}
 
 // `height` rows of `width` pixels of `channels` samples. The first one counts as grey, or the first
 // three as red, green and blue; further ones are not used.
@@ -35,15 +46,20 @@ class Raster {
   // The start of row `y`; memory is as allocated until written.
   unsigned char* row(std::size_t y) { return data_.get() + y * rowBytes(); }
 
+  // Whether toImage(Colour::kKept) is possible.
+  bool canKeepColour() const { return colours_ == Colours::kGrey || type_ == SampleType::kUint8; }
+
   // Turns the order of the greys round: unsigned samples v become largest - v.
   void invert();
 
-  // Grey in the narrowest pixel type that holds the samples; colour as luminance.
-  std::unique_ptr<orva::Image> toImage() const;
+  // Grey in the narrowest pixel type that holds the samples. Colour as asked; throws FileError for
+  // colour to be kept of other samples than bytes.
+  std::unique_ptr<orva::Image> toImage(Colour colour) const;
 
  private:
   template <class Sample, class Pixel>
   std::unique_ptr<orva::Image> convert() const;
+  std::unique_ptr<orva::Image> keepColour() const;
 
   template <class Sample>
   void invertSamples();

@@ -1,70 +1,13 @@
-#include <tiffio.h>
-
 #include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 
-#include "apps/file_error.h"
 #include "apps/image_file.h"
+#include "apps/tiff_handle.h"
 
 namespace orva_app {
 namespace {
-
-struct FreeOptions {
-  void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
-};
-struct CloseTiff {
-  void operator()(TIFF* tiff) const { TIFFClose(tiff); }
-};
-
-// An open file that keeps the first error message instead of printing it.
-class TiffReader {
- public:
-  explicit TiffReader(const std::string& path) {
-    const std::unique_ptr<TIFFOpenOptions, FreeOptions> options(TIFFOpenOptionsAlloc());
-    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, this);
-    tiff_.reset(TIFFOpenExt(path.c_str(), "r", options.get()));
-    if (!tiff_) fail();
-  }
-  TiffReader(const TiffReader&) = delete;
-  TiffReader& operator=(const TiffReader&) = delete;
-
-  TIFF* handle() const { return tiff_.get(); }
-
-  [[noreturn]] void fail() const {
-    throw FileError("is a damaged TIFF file" + (message_.empty() ? "" : ": " + message_));
-  }
-
-  // The value of a tag, or of its default.
-  template <class Value>
-  Value tag(std::uint32_t name, Value otherwise) const {
-    Value value = otherwise;
-    return TIFFGetFieldDefaulted(handle(), name, &value) == 1 ? value : otherwise;
-  }
-
- private:
-  static int onError(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
-                     va_list arguments) {
-    std::string& message = static_cast<TiffReader*>(self)->message_;
-    if (!message.empty()) return 1;
-    std::array<char, 160> text{};
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    message = text.data();
-    std::replace(message.begin(), message.end(), '\n', ' ');
-    return 1;
-  }
-  static int onWarning(TIFF* /*tiff*/, void* /*self*/, const char* /*module*/,
-                       const char* /*format*/, va_list /*arguments*/) {
-    return 1;
-  }
-
-  std::string message_;
-  std::unique_ptr<TIFF, CloseTiff> tiff_;
-};
 
 struct Layout {
   std::size_t width;
@@ -76,7 +19,7 @@ struct Layout {
   bool separatePlanes;
 };
 
-Layout layoutOf(const TiffReader& in) {
+Layout layoutOf(const TiffHandle& in) {
   return {
       in.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0),
       in.tag<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0),
@@ -126,7 +69,7 @@ struct Block {
 // are interleaved.
 class BlockDecoder {
  public:
-  BlockDecoder(const TiffReader& in, const Layout& layout, std::size_t sampleBytes)
+  BlockDecoder(const TiffHandle& in, const Layout& layout, std::size_t sampleBytes)
       : in_(in),
         layout_(layout),
         sampleBytes_(sampleBytes),
@@ -190,7 +133,7 @@ class BlockDecoder {
     }
   }
 
-  const TiffReader& in_;
+  const TiffHandle& in_;
   const Layout& layout_;
   std::size_t sampleBytes_;
   std::size_t planes_;
@@ -200,7 +143,7 @@ class BlockDecoder {
 };
 
 // Palettes, few bits, subsampled colour and the like, through libtiff's conversion to 8-bit colour.
-Raster readAsColour(const TiffReader& in, const Layout& layout) {
+Raster readAsColour(const TiffHandle& in, const Layout& layout) {
   std::array<char, 1024> why{};
   if (TIFFRGBAImageOK(in.handle(), why.data()) == 0) {
     throw FileError(std::string("is a TIFF file of an unsupported kind: ") + why.data());
@@ -225,13 +168,8 @@ Raster readAsColour(const TiffReader& in, const Layout& layout) {
   return raster;
 }
 
-}  // namespace
-
-Raster readTiffFile(const std::string& path, int frame) {
-  const TiffReader in(path);
-  if (TIFFSetDirectory(in.handle(), static_cast<tdir_t>(frame)) == 0) {
-    throw FileError("there is no frame " + std::to_string(frame) + " in this TIFF file");
-  }
+// The page that the file stands at.
+Raster readPage(const TiffHandle& in) {
   const Layout layout = layoutOf(in);
   const std::optional<SampleType> type = sampleTypeOf(layout);
   if (!type) return readAsColour(in, layout);
@@ -240,6 +178,25 @@ Raster readTiffFile(const std::string& path, int frame) {
   BlockDecoder(in, layout, sizeOf(*type)).decode(raster);
   if (layout.photometric == PHOTOMETRIC_MINISWHITE) raster.invert();
   return raster;
+}
+
+}  // namespace
+
+Raster readTiffFile(const std::string& path, int frame) {
+  const TiffHandle in(path, "r");
+  if (TIFFSetDirectory(in.handle(), static_cast<tdir_t>(frame)) == 0) {
+    throw FileError("there is no frame " + std::to_string(frame) + " in this TIFF file");
+  }
+  return readPage(in);
+}
+
+void readTiffPages(const std::string& path, const std::function<void(const Raster&)>& take) {
+  const TiffHandle in(path, "r");
+  take(readPage(in));
+  while (TIFFLastDirectory(in.handle()) == 0) {
+    if (TIFFReadDirectory(in.handle()) == 0) in.fail();
+    take(readPage(in));
+  }
 }
 
 }  // namespace orva_app

@@ -7,15 +7,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <new>
-#include <set>
 #include <system_error>
-#include <utility>
 
 #include "apps/file_error.h"
 #include "apps/image_file.h"
 #include "apps/output_file.h"
 #include "apps/overlay.h"
+#include "apps/text.h"
 
 namespace orva_app {
 namespace {
@@ -57,50 +55,15 @@ std::string seconds(std::chrono::steady_clock::duration time) {
   return text.data();
 }
 
-void reportFailure(const std::string& file, const std::exception& error) {
-  const bool full = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
-  std::cerr << "orva: " << file << ": " << (full ? "needs more memory than there is" : error.what())
-            << '\n';
-}
-
-// A number in low .. high. CLI11's own range takes "nan".
-CLI::Validator numberIn(float low, float high) {
-  return {[low, high](const std::string& text) {
-            float v = 0;
-            const bool good = CLI::detail::lexical_cast(text, v) && v >= low && v <= high;
-            return good ? ""
-                        : text + " is not a number from " + shortest(low) + " to " + shortest(high);
-          },
-          ""};
-}
-
-// One of `names`, and what it stands for.
-template <class Value>
-void chooseFrom(CLI::Option* option, const std::vector<std::pair<std::string, Value>>& names) {
-  std::vector<std::string> keys;
-  keys.reserve(names.size());
-  for (const auto& [name, value] : names) keys.push_back(name);
-  option->transform(CLI::Transformer(names).description(""))
-      ->transform(CLI::IsMember(keys).description(""))  // this comes first, then the one above
-      ->option_text("NAME");
-}
-
-// Where a file is or would be, whatever its name. A name that leads nowhere stays as it is.
-fs::path placeOf(const fs::path& path) {
-  std::error_code error;
-  const fs::path whole = fs::absolute(path, error);
-  const fs::path place = fs::weakly_canonical(whole, error);
-  return error ? whole.lexically_normal() : place;
-}
-
 }  // namespace
 
 VoteCommand::VoteCommand(CLI::App& app)
-    : command_(app.add_subcommand("vote", "Find the centres of round objects by circular voting")) {
-  command_->footer(
-      "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and a picture\n"
-      "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png nuclei.pgm");
-  command_->add_option("image", images_, "PGM, PNG or TIFF files")->required();
+    : Subcommand(app, "vote", "Find the centres of round objects by circular voting",
+                 "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and "
+                 "a picture\n"
+                 "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png "
+                 "nuclei.pgm") {
+  command().add_option("image", images_, kImageFiles)->required();
   addVotingOptions();
   addFileOptions();
 }
@@ -111,89 +74,92 @@ void VoteCommand::addVotingOptions() {
   const CLI::Validator level = numberIn(0.0F, kMostLevels);
 
   chooseFrom<CircularVoting::RegionType>(
-      command_->add_option("--polarity", settings_.polarity,
+      command().add_option("--polarity", settings_.polarity,
                            "bright, dark or both; default bright"),
       {{"bright", CircularVoting::Bright},
        {"dark", CircularVoting::Dark},
        {"both", CircularVoting::Both}});
-  command_->add_option("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
+  command()
+      .add_option("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
       ->check(pixels)
       ->option_text("N");
-  command_
-      ->add_option("--max-radius", settings_.maxRadius,
-                   "Farthest vote in pixels, about 1.4 times an object's radius; default 20")
+  command()
+      .add_option("--max-radius", settings_.maxRadius,
+                  "Farthest vote in pixels, about 1.4 times an object's radius; default 20")
       ->check(pixels)
       ->option_text("N");
-  command_
-      ->add_option("--cone-width", settings_.coneWidth,
-                   "Half-width of the widest cone at its end, in pixels; default half the largest "
-                   "radius")
+  command()
+      .add_option("--cone-width", settings_.coneWidth,
+                  "Half-width of the widest cone at its end, in pixels; default half the largest "
+                  "radius")
       ->check(CLI::Range(0, kMostPixels))
       ->option_text("N");
-  command_
-      ->add_option("--sigma", settings_.sigma,
-                   "Scale of the gradient in pixels; default a seventh of the largest radius, at "
-                   "least 1")
+  command()
+      .add_option("--sigma", settings_.sigma,
+                  "Scale of the gradient in pixels; default a seventh of the largest radius, at "
+                  "least 1")
       ->check(numberIn(0.1F, static_cast<float>(kMostPixels)))
       ->option_text("S");
-  CLI::Option* gradient = command_
-                              ->add_option("--gradient", settings_.gradient,
-                                           "Gradients below G grey levels a pixel cast no vote")
+  CLI::Option* gradient = command()
+                              .add_option("--gradient", settings_.gradient,
+                                          "Gradients below G grey levels a pixel cast no vote")
                               ->check(level)
                               ->option_text("G");
-  command_
-      ->add_option("--relative-gradient", settings_.relativeGradient,
-                   "The same as a share of the strongest gradient; default 0.03")
+  command()
+      .add_option("--relative-gradient", settings_.relativeGradient,
+                  "The same as a share of the strongest gradient; default 0.03")
       ->check(share)
       ->excludes(gradient)
       ->option_text("F");
-  CLI::Option* threshold = command_
-                               ->add_option("--threshold", settings_.threshold,
-                                            "Regions of more than T votes make a centre")
+  CLI::Option* threshold = command()
+                               .add_option("--threshold", settings_.threshold,
+                                           "Regions of more than T votes make a centre")
                                ->check(level)
                                ->option_text("T");
-  command_
-      ->add_option("--relative-threshold", settings_.relativeThreshold,
-                   "The same as a share of the strongest vote, 0.05 to 1; default 0.3")
+  command()
+      .add_option("--relative-threshold", settings_.relativeThreshold,
+                  "The same as a share of the strongest vote, 0.05 to 1; default 0.3")
       ->check(numberIn(0.05F, 1.0F))
       ->excludes(threshold)
       ->option_text("F");
-  command_->add_flag("--edges", settings_.edges, "Vote only from the edges of bright blobs");
-  command_
-      ->add_option("--power", settings_.power,
-                   "Exponent that turns gradient magnitudes into weights; default 0.5")
+  command().add_flag("--edges", settings_.edges, "Vote only from the edges of bright blobs");
+  command()
+      .add_option("--power", settings_.power,
+                  "Exponent that turns gradient magnitudes into weights; default 0.5")
       ->check(numberIn(0.0F, 100.0F))
       ->option_text("P");
 }
 
 void VoteCommand::addFileOptions() {
-  command_
-      ->add_option(
+  command()
+      .add_option(
           "--history", history_,
           "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, NN being "
           "the cone width; with --out PREFIXNAME_vote_NN")
       ->option_text("PREFIX");
-  command_->add_option("--frame", frame_, "Page of a TIFF file, counted from 0; default 0")
-      ->check(CLI::Range(0, 65534))
+  command()
+      .add_option("--frame", frame_,
+                  "Page of a TIFF file or plane of a stack, counted from 0; default 0")
+      ->check(frameNumber())
       ->option_text("K");
   CLI::Option* centers =
-      command_
-          ->add_option("--centers", centersFile_,
-                       "The table x,y,weight goes to FILE; default standard output")
+      command()
+          .add_option("--centers", centersFile_,
+                      "The table x,y,weight goes to FILE; default standard output")
           ->option_text("FILE");
-  chooseFrom<TableFormat>(command_->add_option("--format", format_, "csv or json; default csv"),
+  chooseFrom<TableFormat>(command().add_option("--format", format_, "csv or json; default csv"),
                           {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}});
-  CLI::Option* overlay = command_
-                             ->add_option("--overlay", overlayFile_,
-                                          "The image with a cross at each centre goes to FILE.png")
+  CLI::Option* overlay = command()
+                             .add_option("--overlay", overlayFile_,
+                                         "The image with a cross at each centre goes to FILE.png")
                              ->option_text("FILE.png");
-  command_
-      ->add_option("--out", outDirectory_,
-                   "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
+  command()
+      .add_option("--out", outDirectory_,
+                  "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
       ->excludes(centers)
       ->excludes(overlay)
       ->option_text("DIR");
-  command_->add_flag("--quiet", quiet_, "No progress line");
+  command().add_flag("--quiet", quiet_, "No progress line");
 }
 
 // What the options' own checks do not see. Nothing has been written yet.
@@ -216,17 +182,7 @@ void VoteCommand::check() const {
       results.push_back(out / (stem + ".png"));
     }
   }
-  std::set<fs::path> taken;
-  for (const fs::path& result : results) {
-    if (!taken.insert(placeOf(result)).second) {
-      throw CLI::ValidationError("image", "two results would go to " + result.string());
-    }
-  }
-  for (const std::string& image : images_) {
-    if (taken.contains(placeOf(image))) {
-      throw CLI::ValidationError("image", "a result would replace the input " + image);
-    }
-  }
+  requireSeparate(images_, results);
 }
 
 std::string VoteCommand::table(const std::string& file, const orva::Image& img,
@@ -238,7 +194,7 @@ std::string VoteCommand::table(const std::string& file, const orva::Image& img,
 
 void VoteCommand::voteOnOne() const {
   const std::string& file = images_.front();
-  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_);
+  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, Colour::kLuminance);
   const VoteResult result = vote(*img, settings_, history_);
   if (overlayFile_) {
     writeFile(*overlayFile_, overlayAsPng(*img, result.centers, settings_.maxRadius));
@@ -265,7 +221,7 @@ int VoteCommand::voteOnAll() const {
     progress.show(i, file);
     try {
       const auto start = std::chrono::steady_clock::now();
-      const std::unique_ptr<orva::Image> img = readImageFile(file, frame_);
+      const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, Colour::kLuminance);
       const VoteResult result =
           vote(*img, settings_,
                history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());
@@ -288,13 +244,7 @@ int VoteCommand::voteOnAll() const {
 int VoteCommand::run() const {
   check();
   if (outDirectory_) return voteOnAll();
-  try {
-    voteOnOne();
-    return 0;
-  } catch (const std::exception& error) {
-    reportFailure(images_.front(), error);
-    return 1;
-  }
+  return statusOf(images_.front(), [this] { voteOnOne(); });
 }
 
 }  // namespace orva_app

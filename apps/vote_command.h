@@ -2,25 +2,22 @@
 #ifndef ORVA_APPS_VOTE_COMMAND_H
 #define ORVA_APPS_VOTE_COMMAND_H
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/centers_table.h"
+#include "apps/subcommand.h"
 #include "apps/vote.h"
 
 namespace orva_app {
 
-class VoteCommand {
+class VoteCommand : public Subcommand {
  public:
   // Adds the subcommand and its options to `app`.
   explicit VoteCommand(CLI::App& app);
-  VoteCommand(const VoteCommand&) = delete;
-  VoteCommand& operator=(const VoteCommand&) = delete;
 
-  // Throws CLI::ValidationError for options that do not go together. Returns the exit status.
-  int run() const;
+  int run() const override;
 
  private:
   void addVotingOptions();
@@ -32,7 +29,6 @@ class VoteCommand {
                     const VoteResult& result) const;
   const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }
 
-  CLI::App* command_;
   std::vector<std::string> images_;
   VoteSettings settings_;
   std::optional<std::string> history_;

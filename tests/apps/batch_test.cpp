@@ -121,7 +121,7 @@ TEST(Batch, EveryFailureHasItsLine) {
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err,
             "orva: a.pgm: is a damaged PGM file: the header is cut off\n"
-            "orva: b.pgm: is not a PGM, PNG or TIFF image\n"
+            "orva: b.pgm: is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif\n"
             "orva: c.pgm: can not be opened: No such file or directory\n");
   EXPECT_EQ(box.read("out/summary.csv"), kHeader);
 }

@@ -1,0 +1,41 @@
+#include "apps/convert_command.h"
+
+#include "apps/image_file.h"
+#include "apps/image_writer.h"
+
+namespace orva_app {
+
+ConvertCommand::ConvertCommand(CLI::App& app)
+    : Subcommand(
+          app, "convert", "Write an image in another file format",
+          "PGM, PPM and PNG hold one plane; TIFF, IHT, UIF and ICS hold stacks. PGM, PPM and "
+          "UIF\n"
+          "hold whole numbers from 0 to 255, PNG up to 65535. ICS pixels are in this "
+          "machine's byte\n"
+          "order, whatever the header says.\n"
+          "Example: a 16-bit image as a picture to look at\n"
+          "  orva convert --stretch nuclei.tif nuclei.png") {
+  command().add_option("in", input_, kImageFiles)->required()->option_text("IN");
+  command()
+      .add_option("out", output_, "File to write: .pgm, .ppm, .png, .tif, .iht, .uif or .ics")
+      ->required()
+      ->check(writableFile({}))
+      ->option_text("OUT");
+  command()
+      .add_option("--frame", frame_,
+                  "Page of a TIFF file or plane of a stack, counted from 0; default all")
+      ->check(frameNumber())
+      ->option_text("K");
+  command().add_flag("--stretch", stretch_,
+                     "Map the range of grey pixels to 0..255, whatever the format");
+}
+
+int ConvertCommand::run() const {
+  requireSeparate({input_}, filesOf(output_));
+  return statusOf(input_, [this] {
+    const auto img = readImageFile(input_, frame_, Colour::kKept);
+    writeImageFile(output_, *img, stretch_ ? Fit::kStretched : Fit::kExactly);
+  });
+}
+
+}  // namespace orva_app

@@ -1,0 +1,27 @@
+// The subcommand `orva convert`.
+#ifndef ORVA_APPS_CONVERT_COMMAND_H
+#define ORVA_APPS_CONVERT_COMMAND_H
+
+#include <optional>
+#include <string>
+
+#include "apps/subcommand.h"
+
+namespace orva_app {
+
+class ConvertCommand : public Subcommand {
+ public:
+  explicit ConvertCommand(CLI::App& app);
+
+  int run() const override;
+
+ private:
+  std::string input_;
+  std::string output_;
+  std::optional<int> frame_;
+  bool stretch_ = false;
+};
+
+}  // namespace orva_app
+
+#endif

@@ -1,0 +1,100 @@
+#include "apps/filter_command.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "apps/file_error.h"
+#include "apps/image_file.h"
+#include "apps/image_writer.h"
+#include "orva/scalespace/scalespace.h"
+
+namespace orva_app {
+namespace {
+
+namespace scalespace = orva::scalespace;
+using orva::Image;
+using Result = orva::image<float>;
+
+constexpr float kRatio = 1.0F;  // of sigma in the plane to that along the frames
+
+// The mixed derivatives have overloads with several sigmas.
+using OneSigma = Result (*)(const Image&, float);
+
+// A filter of the library at one scale.
+struct Operation {
+  std::string_view name;
+  Result (*apply)(const Image& img, float sigma);
+};
+
+constexpr std::array<Operation, 15> kOperations{
+    {{"smooth", [](const Image& i, float s) { return scalespace::smooth(i, s, kRatio); }},
+     {"gradient", [](const Image& i, float s) { return scalespace::gradient(i, s, kRatio); }},
+     {"laplacian", scalespace::laplacian},
+     {"dx", scalespace::dX},
+     {"dy", scalespace::dY},
+     {"dz", scalespace::dZ},
+     {"dxx", scalespace::dXX},
+     {"dyy", scalespace::dYY},
+     {"dzz", scalespace::dZZ},
+     {"dxxx", scalespace::dXXX},
+     {"dyyy", scalespace::dYYY},
+     {"dzzz", scalespace::dZZZ},
+     {"dxy", static_cast<OneSigma>(scalespace::dXY)},
+     {"dxz", static_cast<OneSigma>(scalespace::dXZ)},
+     {"dyz", static_cast<OneSigma>(scalespace::dYZ)}}};
+
+std::vector<std::string> operationNames() {
+  std::vector<std::string> names;
+  for (const Operation& operation : kOperations) names.emplace_back(operation.name);
+  return names;
+}
+
+const Operation& operationNamed(const std::string& name) {
+  return *std::find_if(kOperations.begin(), kOperations.end(),
+                       [&](const Operation& operation) { return operation.name == name; });
+}
+
+}  // namespace
+
+FilterCommand::FilterCommand(CLI::App& app)
+    : Subcommand(app, "filter", "Smooth or differentiate an image by Gaussian filters",
+                 "Example: the strength of the edges of a nucleus\n"
+                 "  orva filter --op gradient --sigma 2 --output edges.tif nuclei.tif") {
+  command().add_option("image", input_, kImageFiles)->required();
+  command()
+      .add_option("--op", operation_, "One of " + CLI::detail::join(operationNames(), ", "))
+      ->required()
+      ->check(CLI::IsMember(operationNames()).description(""))
+      ->option_text("NAME");
+  command()
+      .add_option("--sigma", sigma_, "Scale of the Gaussian in pixels")
+      ->required()
+      ->check(numberIn(0.1F, 1000.0F))
+      ->option_text("S");
+  command()
+      .add_option("--output", output_, "The result, in floats, goes to FILE.tif, .iht or .ics")
+      ->required()
+      ->check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
+      ->option_text("FILE");
+  command()
+      .add_option("--frame", frame_,
+                  "Page of a TIFF file or plane of a stack, counted from 0; default all")
+      ->check(frameNumber())
+      ->option_text("K");
+}
+
+int FilterCommand::run() const {
+  requireSeparate({input_}, filesOf(output_));
+  return statusOf(input_, [this] {
+    const auto img = readImageFile(input_, frame_, Colour::kLuminance);
+    const bool needsStack = operation_.find('z') != std::string::npos;
+    if (needsStack && img->nframes() == 1) {
+      throw FileError("has one plane, and " + operation_ + " needs a stack");
+    }
+    writeImageFile(output_, operationNamed(operation_).apply(*img, sigma_), Fit::kExactly);
+  });
+}
+
+}  // namespace orva_app

@@ -1,0 +1,28 @@
+// The subcommand `orva filter`.
+#ifndef ORVA_APPS_FILTER_COMMAND_H
+#define ORVA_APPS_FILTER_COMMAND_H
+
+#include <optional>
+#include <string>
+
+#include "apps/subcommand.h"
+
+namespace orva_app {
+
+class FilterCommand : public Subcommand {
+ public:
+  explicit FilterCommand(CLI::App& app);
+
+  int run() const override;
+
+ private:
+  std::string input_;
+  std::string operation_;
+  float sigma_ = 0.0F;
+  std::string output_;
+  std::optional<int> frame_;
+};
+
+}  // namespace orva_app
+
+#endif

@@ -1,0 +1,237 @@
+#include "apps/image_writer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <system_error>
+
+#include "apps/file_error.h"
+#include "apps/output_file.h"
+#include "apps/png_encoder.h"
+#include "apps/raster.h"
+#include "apps/text.h"
+#include "apps/tiff_writer.h"
+#include "orva/image_io/image_io.h"
+
+namespace orva_app {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = orva::image<unsigned char>;
+using Rgb = orva::GenericRgb<unsigned char>;
+using ImagePointer = std::unique_ptr<orva::Image>;
+
+const orva::image<Rgb>* asColour(const orva::Image& img) {
+  return dynamic_cast<const orva::image<Rgb>*>(&img);
+}
+
+void requireOnePlane(const orva::Image& img, const char* format) {
+  if (img.nframes() == 1) return;
+  throw FileError("has " + std::to_string(img.nframes()) + " planes and " + format +
+                  " holds one; choose one with --frame");
+}
+
+// The brightness of a colour image.
+orva::image<float> luminanceOf(const orva::image<Rgb>& img) {
+  orva::image<float> grey(img.nx(), img.ny(), img.nframes(), 1, 1);
+  std::transform(img.pixels(), img.pixels() + img.npix(), grey.pixels(),
+                 brightnessOf<unsigned char>);
+  return grey;
+}
+
+// True when every pixel is a whole number from 0 to `most`.
+bool fits(const orva::Image& img, float most) {
+  for (int i = 0; i < img.npix(); ++i) {
+    const float v = img.pixel(i);
+    if (!(v >= 0.0F && v <= most) || v != std::trunc(v)) return false;
+  }
+  return true;
+}
+
+Bytes copyOf(const orva::Image& img) {
+  Bytes bytes(img.nx(), img.ny(), img.nframes(), 1, 1);
+  for (int i = 0; i < bytes.npix(); ++i) bytes.setPixel(i, img.pixel(i));
+  return bytes;
+}
+
+Bytes greyBytes(const orva::Image& img, Fit fit) {
+  if (const auto* colour = asColour(img)) {
+    orva::image<float> grey = luminanceOf(*colour);
+    std::transform(grey.pixels(), grey.pixels() + grey.npix(), grey.pixels(),
+                   [](float v) { return std::round(v); });
+    return greyBytes(grey, fit);
+  }
+  if (fit == Fit::kStretched) return orva::image_io::convertToByteImage(img, true);
+  if (!fits(img, 255.0F)) {
+    throw FileError("has pixels that do not fit 8 bits; --stretch maps their range to 0..255");
+  }
+  return copyOf(img);
+}
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// For files that are written by name: calls write(name in a work directory), and puts what it wrote
+// there to `targets`, whose last names are the same. Each must have at least `least` bytes.
+template <class Write>
+void writeByName(const fs::path& path, const std::vector<fs::path>& targets, std::uintmax_t least,
+                 Write write) {
+  const WorkDirectory work(path.has_parent_path() ? path.parent_path() : ".");
+  write((work.path() / path.filename()).string());
+  for (const fs::path& target : targets) {
+    const fs::path made = work.path() / target.filename();
+    std::error_code missing;
+    const std::uintmax_t size = fs::file_size(made, missing);
+    const bool isData = target == targets.back();
+    if (missing || (isData && size < least)) {
+      throw FileError(target.string() + " can not be written");
+    }
+  }
+  for (const fs::path& target : targets)
+    writeFile(target, contentOf(work.path() / target.filename()));
+}
+
+std::uintmax_t pixelBytes(const orva::Image& img) {
+  return static_cast<std::uintmax_t>(img.npix()) * static_cast<std::uintmax_t>(img.pixelSize());
+}
+
+void writePgm(const fs::path& path, const orva::Image& img, Fit fit) {
+  requireOnePlane(img, "PGM");
+  const Bytes bytes = greyBytes(img, fit);
+  std::string file =
+      "P5\n" + std::to_string(bytes.nx()) + ' ' + std::to_string(bytes.ny()) + "\n255\n";
+  file.append(reinterpret_cast<const char*>(bytes.pixels()),
+              static_cast<std::size_t>(bytes.npix()));
+  writeFile(path, file);
+}
+
+// The library's writer takes colour as three planes.
+Bytes colourPlanes(const orva::image<Rgb>& img) {
+  Bytes planes(img.nx(), img.ny(), 3, 1, 1);
+  unsigned char* plane = planes.pixels();
+  for (int i = 0; i < img.npix(); ++i) {
+    plane[i] = img.pixels()[i].c0;
+    plane[i + img.npix()] = img.pixels()[i].c1;
+    plane[i + 2 * std::ptrdiff_t{img.npix()}] = img.pixels()[i].c2;
+  }
+  return planes;
+}
+
+void writePpm(const fs::path& path, const orva::Image& img, Fit fit) {
+  requireOnePlane(img, "PPM");
+  const auto* colour = asColour(img);
+  const Bytes planes = colour != nullptr ? colourPlanes(*colour) : greyBytes(img, fit);
+  writeByName(path, {path}, 3 * static_cast<std::uintmax_t>(img.npix()),
+              [&](const std::string& name) { orva::image_io::writePPM(name, planes); });
+}
+
+void writePng(const fs::path& path, const orva::Image& img, Fit fit) {
+  requireOnePlane(img, "PNG");
+  if (const auto* colour = asColour(img)) {
+    writeFile(path, encodePng(colour->pixels(), img.nx(), img.ny()));
+  } else if (fit == Fit::kStretched || fits(img, 255.0F)) {
+    writeFile(path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny()));
+  } else if (fits(img, 65535.0F)) {
+    std::vector<std::uint16_t> samples(static_cast<std::size_t>(img.npix()));
+    for (int i = 0; i < img.npix(); ++i) {
+      samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(img.pixel(i));
+    }
+    writeFile(path, encodePng(samples.data(), img.nx(), img.ny()));
+  } else {
+    throw FileError("has pixels that do not fit 16 bits; --stretch maps their range to 0..255");
+  }
+}
+
+// In one of the pixel types that IHT files are read with.
+ImagePointer forIht(const orva::Image& img) {
+  if (const auto* colour = asColour(img)) {
+    return std::make_unique<orva::image<float>>(luminanceOf(*colour));
+  }
+  const auto* wide = dynamic_cast<const orva::image<unsigned int>*>(&img);
+  if (wide == nullptr) return ImagePointer(img.copy());
+  auto narrow = std::make_unique<orva::image<int>>(img.nx(), img.ny(), img.nframes(), 1, 1);
+  for (int i = 0; i < img.npix(); ++i) {
+    narrow->pixels()[i] = static_cast<int>(wide->pixels()[i]);
+    if (narrow->pixels()[i] < 0) throw FileError("has pixels above 2147483647, too large for IHT");
+  }
+  return narrow;
+}
+
+void writeIht(const fs::path& path, const orva::Image& img, Fit fit) {
+  const ImagePointer result =
+      fit == Fit::kStretched ? std::make_unique<Bytes>(greyBytes(img, fit)) : forIht(img);
+  writeByName(path, {path}, 40 + pixelBytes(*result),
+              [&](const std::string& name) { orva::image_io::writeIHT(name, *result); });
+}
+
+// In bytes, the only pixels that UIF files are read with.
+void writeUif(const fs::path& path, const orva::Image& img, Fit fit) {
+  const Bytes bytes = greyBytes(img, fit);
+  writeByName(path, {path}, 20 + pixelBytes(bytes),
+              [&](const std::string& name) { orva::image_io::writeUIF(name, bytes); });
+}
+
+// In colour as it is.
+ImagePointer stretchedIfAsked(const orva::Image& img, Fit fit) {
+  if (fit == Fit::kExactly || asColour(img) != nullptr) return ImagePointer(img.copy());
+  return std::make_unique<Bytes>(greyBytes(img, fit));
+}
+
+void writeIcs(const fs::path& path, const orva::Image& img, Fit fit) {
+  const ImagePointer result = stretchedIfAsked(img, fit);
+  writeByName(path, filesOf(path.string()), pixelBytes(*result),
+              [&](const std::string& name) { orva::image_io::writeICS(name, *result); });
+}
+
+void writeTiff(const fs::path& path, const orva::Image& img, Fit fit) {
+  const ImagePointer result = stretchedIfAsked(img, fit);
+  writeByName(path, {path}, pixelBytes(*result),
+              [&](const std::string& name) { writeTiffFile(name, *result); });
+}
+
+using Writer = void (*)(const fs::path&, const orva::Image&, Fit);
+
+// Null for an extension that is not known.
+Writer writerFor(const std::string& path) {
+  struct Row {
+    const char* extension;
+    Writer writer;
+  };
+  constexpr Row kWriters[] = {{".pgm", writePgm},  {".ppm", writePpm},   {".png", writePng},
+                              {".tif", writeTiff}, {".tiff", writeTiff}, {".iht", writeIht},
+                              {".uif", writeUif},  {".ics", writeIcs}};
+  // The library knows ICS names in small letters only.
+  if (fs::path(path).extension() != ".ics" && extensionOf(path) == ".ics") return nullptr;
+  for (const Row& row : kWriters) {
+    if (extensionOf(path) == row.extension) return row.writer;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void writeImageFile(const std::string& path, const orva::Image& img, Fit fit) {
+  writerFor(path)(path, img, fit);
+}
+
+std::vector<fs::path> filesOf(const std::string& path) {
+  if (extensionOf(path) != ".ics") return {path};
+  return {path, fs::path(path).replace_extension(".ids")};
+}
+
+CLI::Validator writableFile(const std::vector<std::string>& extensions) {
+  return {[extensions](const std::string& path) {
+            const bool good =
+                writerFor(path) != nullptr &&
+                (extensions.empty() || std::find(extensions.begin(), extensions.end(),
+                                                 extensionOf(path)) != extensions.end());
+            return good ? "" : path + " has none of the extensions that can be written";
+          },
+          ""};
+}
+
+}  // namespace orva_app

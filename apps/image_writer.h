@@ -1,0 +1,31 @@
+// Image files as results, of the kind that their name's extension says.
+#ifndef ORVA_APPS_IMAGE_WRITER_H
+#define ORVA_APPS_IMAGE_WRITER_H
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "orva/image/image.h"
+
+namespace orva_app {
+
+// What becomes of pixels that a format of few bits can not hold: an error, or all are stretched
+// over the format's 8 bits, the darkest to 0 and the brightest to 255.
+enum class Fit { kExactly, kStretched };
+
+// Writes `img` to `path`, whole or not at all: PGM, PPM, PNG, TIFF, IHT, UIF or an ICS pair. Colour
+// becomes luminance where the format has none. Throws FileError, with a text that goes behind the
+// input's name, for more planes or other pixel values than the format holds.
+void writeImageFile(const std::string& path, const orva::Image& img, Fit fit);
+
+// The files that writeImageFile(path) writes.
+std::vector<std::filesystem::path> filesOf(const std::string& path);
+
+// Accepts the names of files that writeImageFile() knows, of these extensions if some are given.
+CLI::Validator writableFile(const std::vector<std::string>& extensions);
+
+}  // namespace orva_app
+
+#endif

@@ -1,0 +1,152 @@
+#include "apps/info_command.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <iostream>
+#include <limits>
+#include <memory>
+
+#include "apps/file_error.h"
+#include "apps/image_file.h"
+#include "apps/text.h"
+#include "orva/image_io/icsparser.h"
+
+namespace orva_app {
+namespace {
+
+std::string line(const std::string& name, const std::string& value) {
+  return name + ": " + value + '\n';
+}
+
+std::string line(const std::string& name, int value) { return line(name, std::to_string(value)); }
+
+const char* nameOf(FileKind kind) {
+  constexpr std::array kNames{"PGM", "PPM", "PNG", "TIFF", "IHT", "UIF", "ICS"};
+  return kNames.at(static_cast<std::size_t>(kind));
+}
+
+const char* typeOf(const orva::Image& img) {
+  constexpr std::array kNames{"BYTE", "INT", "USHORT", "SHORT", "FLOAT", "UINT", "RGB"};
+  return kNames.at(static_cast<std::size_t>(img.format()));
+}
+
+// The least and the most of many samples.
+class Range {
+ public:
+  void add(const orva::Image& img) {
+    if (const auto* colour = dynamic_cast<const orva::image<Rgb>*>(&img)) {
+      for (int i = 0; i < colour->npix(); ++i) {
+        const Rgb& p = colour->pixels()[i];
+        add(static_cast<float>(std::min({p.c0, p.c1, p.c2})));
+        add(static_cast<float>(std::max({p.c0, p.c1, p.c2})));
+      }
+      return;
+    }
+    for (int i = 0; i < img.npix(); ++i) add(img.pixel(i));
+  }
+
+  // Without the pixels that are no numbers.
+  std::string text() const {
+    return least_ > most_ ? "none" : shortest(least_) + " to " + shortest(most_);
+  }
+
+ private:
+  using Rgb = orva::GenericRgb<unsigned char>;
+
+  void add(float v) {
+    if (v < least_) least_ = v;
+    if (v > most_) most_ = v;
+  }
+
+  float least_ = std::numeric_limits<float>::infinity();
+  float most_ = -std::numeric_limits<float>::infinity();
+};
+
+std::string describePlane(const orva::Image& img) {
+  return line("width", img.nx()) + line("height", img.ny());
+}
+
+// Pages may differ; the sizes and the type are those of the first.
+std::string describeTiff(const std::string& file) {
+  int pages = 0;
+  std::string first;
+  Range range;
+  readTiffPages(file, [&](const Raster& page) {
+    const auto img = page.toImage(page.canKeepColour() ? Colour::kKept : Colour::kLuminance);
+    if (pages == 0) first = describePlane(*img) + line("pixel type", typeOf(*img));
+    ++pages;
+    range.add(*img);
+  });
+  return line("pages", pages) + first + line("range", range.text());
+}
+
+std::string describeImage(const std::string& file, FileKind kind) {
+  std::unique_ptr<orva::Image> img;
+  if (kind == FileKind::kPng) {
+    const Raster raster = readPngFile(file);
+    img = raster.toImage(raster.canKeepColour() ? Colour::kKept : Colour::kLuminance);
+  } else {
+    img = readImageFile(file, std::nullopt, Colour::kKept);
+  }
+  Range range;
+  range.add(*img);
+  return describePlane(*img) + line("planes", img->nframes()) + line("pixel type", typeOf(*img)) +
+         line("range", range.text());
+}
+
+// What parse_ics_header_file allocates.
+struct FreeText {
+  void operator()(char* text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, FreeText>;
+
+std::string describeIcs(const std::string& file) {
+  char* datasetText = nullptr;
+  char* typeText = nullptr;
+  int x = 0;
+  int y = 0;
+  int z = 0;
+  int c = 0;
+  int t = 0;
+  int bigEndian = 0;
+  const int known =
+      parse_ics_header_file(file.c_str(), &datasetText, &typeText, &x, &y, &z, &c, &t, &bigEndian);
+  const Text dataset(datasetText);
+  const Text type(typeText);
+  if (known == 0) throw FileError("is no ICS header, or its pixel type is unknown");
+  std::string text = line("width", x) + line("height", y) + line("depth", z);
+  // A header may leave out these two.
+  if (c > 0) text += line("channels", c);
+  if (t > 0) text += line("time points", t);
+  text += line("pixel type", type.get());
+  text += line("byte order", bigEndian != 0 ? "big-endian" : "little-endian");
+  if (dataset) text += line("data file", std::string(dataset.get()) + ".ids");
+  return text;
+}
+
+std::string describe(const std::string& file) {
+  const FileKind kind = kindOf(file);
+  const std::string start = line("file", file) + line("format", nameOf(kind));
+  if (kind == FileKind::kIcs) return start + describeIcs(file);
+  if (kind == FileKind::kTiff) return start + describeTiff(file);
+  return start + describeImage(file, kind);
+}
+
+}  // namespace
+
+InfoCommand::InfoCommand(CLI::App& app)
+    : Subcommand(app, "info", "Show the sizes, the pixel type and the range of an image",
+                 "Example:\n"
+                 "  orva info nuclei.tif") {
+  command()
+      .add_option("file", file_,
+                  "PGM, PPM, PNG, TIFF, IHT or UIF file, or the header of an ICS pair")
+      ->required();
+}
+
+int InfoCommand::run() const {
+  return statusOf(file_, [this] { std::cout << describe(file_) << std::flush; });
+}
+
+}  // namespace orva_app

@@ -1,0 +1,23 @@
+// The subcommand `orva info`.
+#ifndef ORVA_APPS_INFO_COMMAND_H
+#define ORVA_APPS_INFO_COMMAND_H
+
+#include <string>
+
+#include "apps/subcommand.h"
+
+namespace orva_app {
+
+class InfoCommand : public Subcommand {
+ public:
+  explicit InfoCommand(CLI::App& app);
+
+  int run() const override;
+
+ private:
+  std::string file_;
+};
+
+}  // namespace orva_app
+
+#endif

@@ -1,0 +1,117 @@
+#include "apps/measure_command.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "apps/image_file.h"
+#include "apps/image_writer.h"
+#include "apps/output_file.h"
+#include "apps/text.h"
+#include "orva/bip/bip.h"
+
+namespace orva_app {
+namespace {
+
+using orva::RegionFeature;
+
+std::string tableOf(const std::vector<RegionFeature>& features) {
+  std::string text = "xmin,xmax,ymin,ymax,zmin,zmax,cx,cy,cz,radius,npix,mean,var\n";
+  for (const RegionFeature& f : features) {
+    for (const int v :
+         {f.xmin, f.xmax, f.ymin, f.ymax, f.zmin, f.zmax, f.cx, f.cy, f.cz, f.radius, f.npix}) {
+      text += std::to_string(v) + ',';
+    }
+    text += shortest(f.mean) + ',' + shortest(f.var) + '\n';
+  }
+  return text;
+}
+
+// Takes the regions out of the labels and the table that do not have `least` to `most` pixels, and
+// numbers the others anew. (orva::bip::selectRegionsBySize keeps the first region in any case.)
+void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& features, int least,
+                  int most) {
+  const auto isWanted = [=](const RegionFeature& f) { return f.npix >= least && f.npix <= most; };
+  for (int i = 0; i < labels.npix(); ++i) {
+    short& label = labels.pixels()[i];
+    if (label >= 0 && !isWanted(features[static_cast<std::size_t>(label)])) label = -1;
+  }
+  orva::bip::relabel(labels);
+  std::erase_if(features, [&](const RegionFeature& f) { return !isWanted(f); });
+}
+
+}  // namespace
+
+MeasureCommand::MeasureCommand(CLI::App& app)
+    : Subcommand(
+          app, "measure", "Threshold an image and measure its bright regions",
+          "The table has a row for each region: its bounding box, centroid, equivalent "
+          "radius, number\n"
+          "of pixels, and the mean and variance of its brightness. Row k, from 0, belongs to "
+          "label k.\n"
+          "Example: nuclei of at least 30 pixels\n"
+          "  orva measure --min-size 30 --fill --table nuclei.csv nuclei.pgm") {
+  command().add_option("image", input_, kImageFiles)->required();
+  CLI::Option* threshold =
+      command()
+          .add_option("--threshold", threshold_, "Regions are made of pixels of at least T")
+          ->check(numberIn(-3e38F, 3e38F))
+          ->option_text("T");
+  command()
+      .add_option("--auto", scale_,
+                  "Threshold half way between the means inside and outside bright blobs of this "
+                  "scale in pixels; default 2")
+      ->check(numberIn(0.1F, 1000.0F))
+      ->excludes(threshold)
+      ->option_text("SCALE");
+  const CLI::Range pixels(1, std::numeric_limits<int>::max());
+  command()
+      .add_option("--min-size", minSize_, "Leave out regions of fewer pixels")
+      ->check(pixels)
+      ->option_text("N");
+  command()
+      .add_option("--max-size", maxSize_, "Leave out regions of more pixels")
+      ->check(pixels)
+      ->option_text("N");
+  command().add_flag("--fill", fill_, "Fill the holes of regions first");
+  command()
+      .add_option("--table", table_, "The table goes to FILE.csv")
+      ->required()
+      ->option_text("FILE.csv");
+  command()
+      .add_option("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
+      ->check(writableFile({".iht", ".ics"}))
+      ->option_text("FILE");
+  command()
+      .add_option("--frame", frame_,
+                  "Page of a TIFF file or plane of a stack, counted from 0; default all")
+      ->check(frameNumber())
+      ->option_text("K");
+}
+
+void MeasureCommand::measure() const {
+  const auto img = readImageFile(input_, frame_, Colour::kLuminance);
+  const float t = threshold_ ? *threshold_ : orva::bip::computeThreshold(*img, scale_);
+  orva::image<unsigned char> mask = orva::bip::threshold(*img, t);
+  if (fill_) orva::bip::removeInternalStructures(mask);
+  int n = 0;
+  orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
+  std::vector<RegionFeature> features = orva::bip::regionFeatures(labels, n, *img);
+  selectBySize(labels, features, minSize_, maxSize_.value_or(std::numeric_limits<int>::max()));
+  if (labels_) writeImageFile(*labels_, labels, Fit::kExactly);
+  writeFile(table_, tableOf(features));
+}
+
+int MeasureCommand::run() const {
+  if (maxSize_ && *maxSize_ < minSize_) {
+    throw CLI::ValidationError("--max-size", "must not be below --min-size");
+  }
+  std::vector<std::filesystem::path> results{table_};
+  if (labels_) {
+    for (const auto& file : filesOf(*labels_)) results.push_back(file);
+  }
+  requireSeparate({input_}, results);
+  return statusOf(input_, [this] { measure(); });
+}
+
+}  // namespace orva_app

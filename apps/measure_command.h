@@ -1,0 +1,34 @@
+// The subcommand `orva measure`.
+#ifndef ORVA_APPS_MEASURE_COMMAND_H
+#define ORVA_APPS_MEASURE_COMMAND_H
+
+#include <optional>
+#include <string>
+
+#include "apps/subcommand.h"
+
+namespace orva_app {
+
+class MeasureCommand : public Subcommand {
+ public:
+  explicit MeasureCommand(CLI::App& app);
+
+  int run() const override;
+
+ private:
+  void measure() const;
+
+  std::string input_;
+  std::optional<float> threshold_;
+  float scale_ = 2.0F;
+  int minSize_ = 1;
+  std::optional<int> maxSize_;
+  bool fill_ = false;
+  std::string table_;
+  std::optional<std::string> labels_;
+  std::optional<int> frame_;
+};
+
+}  // namespace orva_app
+
+#endif

@@ -1,0 +1,63 @@
+#include "apps/subcommand.h"
+
+#include <iostream>
+#include <new>
+#include <set>
+#include <system_error>
+
+#include "apps/text.h"
+
+namespace orva_app {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Where a file is or would be, whatever its name. A name that leads nowhere stays as it is.
+fs::path placeOf(const fs::path& path) {
+  std::error_code error;
+  const fs::path whole = fs::absolute(path, error);
+  const fs::path place = fs::weakly_canonical(whole, error);
+  return error ? whole.lexically_normal() : place;
+}
+
+}  // namespace
+
+Subcommand::Subcommand(CLI::App& app, const std::string& name, const std::string& description,
+                       const std::string& example)
+    : command_(app.add_subcommand(name, description)) {
+  command_->footer(example);
+}
+
+void reportFailure(const std::string& file, const std::exception& error) {
+  const bool full = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  std::cerr << "orva: " << file << ": " << (full ? "needs more memory than there is" : error.what())
+            << '\n';
+}
+
+CLI::Validator numberIn(float low, float high) {
+  return {[low, high](const std::string& text) {
+            float v = 0;
+            const bool good = CLI::detail::lexical_cast(text, v) && v >= low && v <= high;
+            return good ? ""
+                        : text + " is not a number from " + shortest(low) + " to " + shortest(high);
+          },
+          ""};
+}
+
+CLI::Validator frameNumber() { return CLI::Range(0, 65534); }
+
+void requireSeparate(const std::vector<std::string>& inputs, const std::vector<fs::path>& results) {
+  std::set<fs::path> taken;
+  for (const fs::path& result : results) {
+    if (!taken.insert(placeOf(result)).second) {
+      throw CLI::ValidationError("image", "two results would go to " + result.string());
+    }
+  }
+  for (const std::string& input : inputs) {
+    if (taken.contains(placeOf(input))) {
+      throw CLI::ValidationError("image", "a result would replace the input " + input);
+    }
+  }
+}
+
+}  // namespace orva_app
