@@ -96,9 +96,10 @@ ORVA_EXPORT void reverse(image<unsigned char>& img);
 
 /// @name Region measurements
 /// One record a label, 0 .. n - 1; a label without pixels keeps a record of zeros. Without @p n it
-/// is regionNumber(labels). Pixels of other labels are skipped. Brightness is read as floats and
-/// summed in linear order, in single precision. A null brightness image leaves mean and variance 0;
-/// so does one of another size (Image::equalSize), after these lines on standard error:
+/// is regionNumber(labels), and a negative one counts as 0. Pixels of other labels are skipped.
+/// Brightness is read as floats and summed in linear order, in single precision. A null brightness
+/// image leaves mean and variance 0; so does one of another size (Image::equalSize), after these
+/// lines on standard error:
 /// @verbatim
 /// In bip::regionFeatures
 ///    Warning: label and brightness must have the same size
@@ -126,7 +127,8 @@ ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<sh
                                                                   bool sorted);
 /// @}
 
-/// 256 counts, one a byte value; values outside @p low .. @p high are not counted.
+/// 256 counts, one a byte value; values outside @p low .. @p high are not counted. All are 0 for a
+/// null image.
 ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low, int high);
 
 /// @name Chamfer distances
@@ -160,14 +162,15 @@ ORVA_EXPORT image<unsigned char> chamfer(const Image& in, bool invert);
 
 /// Gives every negative pixel of a label image the label of the region nearest by chamfer distance
 /// (see fchamfer()), in place. A pixel @p maxDistance or more away becomes -1, and so does the
-/// border, which is not reached. Of regions at the same distance the first in the order of the
-/// steps wins: z, y, x upward. The last test is literal: with a @p maxDistance of 0 or less all
-/// pixels become -1, and above 10000 unreached pixels keep their values. The first volume is
-/// processed; a null image stays.
+/// border, which is not reached. Of regions at the same distance that wins which the forward pass
+/// reaches, and within a pass the first in the order of the steps: z, y, x upward. The last test is
+/// literal: with a @p maxDistance of 0 or less all pixels become -1, and above 10000 unreached
+/// pixels keep their values. The first volume is processed; a null image stays.
 ORVA_EXPORT void propagate(image<short>& labels, float maxDistance);
 
 /// @name Erosion and dilation by one pixel, in place
-/// For single planes. In a stack only plane 0 is looked at and all of it counts as border.
+/// For single planes. In a stack only plane 0 is looked at and all of it counts as border, which is
+/// intended.
 /// @{
 
 /// Sets to -1 every label pixel at the border or with a different value among its eight neighbours.
@@ -182,7 +185,8 @@ ORVA_EXPORT void dilate(image<unsigned char>& mask);
 
 /// 255 where at least two of a pixel's eight neighbours in plane 0 differ from it, 0 elsewhere and
 /// on the border; one differing neighbour is not enough, which is intended. A NaN differs from
-/// everything. Empty for a null image and for formats other than BYTE, INT, SHORT and FLOAT.
+/// everything. Empty for a null image, for formats other than BYTE, INT, SHORT and FLOAT, and
+/// for an image that has such a format without being an image<T>.
 ORVA_EXPORT image<unsigned char> edge(const Image& img);
 
 /// The edge() pixels of every region, plane 0, row by row.

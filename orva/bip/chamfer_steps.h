@@ -50,6 +50,7 @@ inline std::vector<ChamferStep> chamferSteps(const Image& img, Pass pass) {
 // smaller than its own. taken(i, j) is called for a pixel i that took from pixel j.
 template <class Taken>
 void chamferPass(image<float>& distance, Pass pass, float threshold, Taken taken) {
+  if (distance.isNull()) return;  // sizes below zero whose product is positive
   const std::vector<ChamferStep> steps = chamferSteps(distance, pass);
   const bool isVolume = distance.nz() > 1;
   const std::ptrdiff_t row = distance.nx();

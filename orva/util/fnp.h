@@ -70,8 +70,8 @@ ORVA_EXPORT std::string copySubString(const std::string& s, int from, int to);
 ORVA_EXPORT std::vector<std::string> parseLine(const std::string& line, const char* delimiters);
 
 /// The words of every line that has some, by parseLine(). The first line of 1024 or more characters
-/// ends the reading; the rest of the file is ignored. A file that can not be opened gives nothing,
-/// after "Cannot open file: NAME" on standard error.
+/// ends the reading and the rest of the file is ignored, which is intended. A file that can not be
+/// opened gives nothing, after "Cannot open file: NAME" on standard error.
 ORVA_EXPORT std::vector<std::vector<std::string>> parseTextFile(const std::string& filename,
                                                                 const char* delimiters);
 

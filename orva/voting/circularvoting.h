@@ -92,7 +92,8 @@ struct ORVA_EXPORT Cone2D {
   /// Adds the point's weight times the cell's weight to every cell.
   void vote(float* acc, const VPoint2D& p) const;
   /// Spreads the point's weight over the cone in proportion to the previous votes @p prev. Casts
-  /// nothing when these sum to less than 0.001. The cells' own weights play no part.
+  /// nothing when these sum to less than 0.001. The cells' own weights play no part; this is
+  /// intended.
   void vote(float* acc, float* prev, const VPoint2D& p) const;
   /// @}
 
@@ -140,7 +141,7 @@ class ORVA_EXPORT CircularVoting {
                  bool absolute);
 
   /// Whether the accumulator is written, without its margin, as an ICS pair before every narrowing
-  /// pass: prefix, "vote_" and the cone width in two digits. Off at first.
+  /// pass: prefix, "vote_" and the cone width in at least two digits. Off at first.
   void saveHistory(bool on) { saveHistory_ = on; }
   /// The start of the history files' names; a directory must exist.
   void setPrefix(const std::string& prefix) { prefix_ = prefix; }
@@ -150,8 +151,11 @@ class ORVA_EXPORT CircularVoting {
   /// Centres are appended to those of earlier calls, while weights are those of the last call only;
   /// this is intended. An image without pixels has no centres. Nor has one whose side, with the
   /// margin for the cones, exceeds 32767 pixels; it is reported on standard error by "In
-  /// CircularVoting::compute" and "   Warning: image is too large, no centers". Cost: for each
-  /// pass, the voting points times the cells of a cone.
+  /// CircularVoting::compute" and "   Warning: image is too large, no centers". In both cases
+  /// votingImage() is black, or null where width times height does not fit 32 bits. When memory
+  /// runs out, "Error: out of memory" goes to standard error and the process ends with status 1.
+  /// Cost: for each pass, the voting points times the cells of a cone; the cones take memory by the
+  /// product of farthest distance and width.
   void compute(const Image& img);
 
   /// After compute(): the mean vote of its region at every centre, 0 elsewhere. Shares its pixels.
@@ -167,16 +171,19 @@ class ORVA_EXPORT CircularVoting {
   /// accumulator, as they are while compute() runs and not after it.
   /// @{
 
-  /// Runs all passes over points_ and leaves the final votes in acc_.
+  /// Runs all passes over points_ and leaves the final votes in acc_, the cones of width 0 and the
+  /// refined offset, angle, cx and cy of every point.
   void vote();
   /// Turns @p p towards the strongest cell of its cone, the first of equals; nothing when that
   /// holds less than 0.001.
   void getMaxDirection(VPoint2D& p);
   /// Turns @p p towards the mean of its cone's cells, weighted by their votes and divided by their
-  /// number; no pass uses it.
+  /// number, not by the sum of the votes; this is intended. No pass uses it.
   void getMeanDirection(VPoint2D& p);
   /// Rebuilds the cones, one an angle bin, for the distances @p nearest .. @p farthest and the
-  /// half-width @p width at the farthest. Cells that land on the same pixel stay apart.
+  /// half-width @p width at the farthest. Cells that land on the same pixel stay apart, which is
+  /// intended. Distances are held in -32767 .. 32767. A farthest distance below the nearest leaves
+  /// no cells, and a negative width only the axis.
   void computeCones(int nearest, int farthest, int width);
   /// The half-width whose angle is 0.7 times that of @p width, rounded down. For a radius of 0 or
   /// less or a negative width 0, after "Error in CircularVoting::nextConeRadius: null cone" on
@@ -217,6 +224,7 @@ class ORVA_EXPORT CircularVoting {
 
  private:
   void setSize(int nx, int ny);
+  void findCenters(const Image& img);
   void collectPoints(const Image& img);
   void extractCenters();
   void writeHistory(int width) const;

@@ -16,7 +16,11 @@ ConePlane2D::ConePlane2D(int n, const WPoint2D& p)
     : points(static_cast<std::size_t>(std::max(n, 0)), p) {}
 
 void ConePlane2D::setPos() {
-  for (WPoint2D& c : points) c.offset = c.y * WPoint2D::nx + c.x;
+  // In unsigned arithmetic, so that cells outside every accumulator do no harm.
+  for (WPoint2D& c : points) {
+    c.offset = static_cast<int>(static_cast<unsigned>(c.y) * static_cast<unsigned>(WPoint2D::nx) +
+                                static_cast<unsigned>(c.x));
+  }
 }
 
 void Cone2D::setDirection(float x, float y) {
@@ -40,6 +44,7 @@ void Cone2D::vote(float* acc, float* prev, const VPoint2D& p) const {
     for (const WPoint2D& c : plane.points) sum += prev[c.offset];
   }
   if (sum < kNegligible) return;
+  // Intended: the cells' own weights play no part.
   const float share = p.weight / sum;
   for (const ConePlane2D& plane : planes) {
     for (const WPoint2D& c : plane.points) acc[c.offset] += share * prev[c.offset];

@@ -51,6 +51,7 @@ Gradient gradientOf(const Image& img, float sigma, float sign) {
 }
 
 // Magnitudes below the threshold become 0; the others are divided by the largest unless absolute.
+// Intended: the threshold is one of undivided magnitudes in both cases.
 void selectStrong(image<float>& magnitude, float threshold, bool absolute) {
   const float largest = magnitude.max();
   if (!(largest > kNegligible)) return;
@@ -109,6 +110,14 @@ void CircularVoting::collectPoints(const Image& img) {
 }
 
 void CircularVoting::compute(const Image& img) {
+  try {
+    findCenters(img);
+  } catch (const std::bad_alloc&) {
+    out_of_memory();
+  }
+}
+
+void CircularVoting::findCenters(const Image& img) {
   setSize(img.nx(), img.ny());
   points_.clear();
   centerWeights_.clear();
@@ -120,7 +129,8 @@ void CircularVoting::compute(const Image& img) {
                 << "   Warning: image is too large, no centers\n";
     }
     acc_ = prevAcc_ = image<float>(0, 1, 1, 1, 1);
-    votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
+    const bool addressable = std::int64_t{nx_} * ny_ <= std::numeric_limits<std::int32_t>::max();
+    votingImage_ = addressable ? image<float>(nx_, ny_, 1, 1, 1) : acc_;
     return;
   }
 

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 #include <iostream>
+#include <limits>
 
 #include "orva/image/pixel_traits.h"
 #include "orva/voting/circularvoting.h"
@@ -23,7 +24,8 @@ void appendFan(std::vector<ConePlane2D>& planes, int minRadius, int maxRadius, i
   for (int r = minRadius; r <= maxRadius && maxRadius != 0; ++r) {
     const std::int64_t height = std::int64_t{r} * width / maxRadius;
     // Cells farther than maxRadius are dropped, so none past that row needs a look.
-    const int h = static_cast<int>(std::min<std::int64_t>(height, std::int64_t{maxRadius} + 1));
+    const int h =
+        static_cast<int>(std::max(std::int64_t{-1}, std::min(height, std::int64_t{maxRadius} + 1)));
     for (int dy = -h; dy <= h; ++dy) {
       if (dy == 0) continue;
       const double square = static_cast<double>(dy) * dy + static_cast<double>(r) * r;
@@ -79,6 +81,9 @@ void CircularVoting::setParams(RegionType type, int nearest, int farthest, int w
 }
 
 void CircularVoting::computeCones(int nearest, int farthest, int width) {
+  constexpr int kFarthest = std::numeric_limits<std::int16_t>::max();
+  nearest = std::clamp(nearest, -kFarthest, kFarthest);
+  farthest = std::clamp(farthest, -kFarthest, kFarthest);
   Cone2D prototype;
   appendFan(prototype.planes, nearest, farthest, width, 1);
   if (regionType == Both) appendFan(prototype.planes, nearest, farthest, width, -1);

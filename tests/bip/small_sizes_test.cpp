@@ -89,4 +89,14 @@ TEST(SmallMask, IsMeasuredInTheVolumeItShowsAndCountedInAllOfIt) {
   }
 }
 
+// Sizes below zero count as 0 one by one, yet their product is positive.
+TEST(NegativeSizes, HaveNoDistancesAndKeepTheirLabels) {
+  const Shape s{5, 5, -1, -1};
+  EXPECT_EQ(orva::bip::fchamfer(full(s)).npix(), 0);
+  EXPECT_EQ(orva::bip::chamfer(blank<short>(s), true).npix(), 0);
+  image<short> labels = blank<short>(s);
+  orva::bip::propagate(labels, 3.0F);
+  EXPECT_TRUE(sameImage(labels, blank<short>(s)));
+}
+
 }  // namespace

@@ -109,4 +109,16 @@ TEST_P(ForeignFormat, IsNotReducedWithoutAClone) {
   EXPECT_EQ(scalespace::reduce(some({6, 5, 4}), 2.0F, 1.0F), nullptr);
 }
 
+// Has a clone, of another kind, to store into.
+class WithClone : public RawImage {
+ public:
+  using RawImage::RawImage;
+  Image* clone() const override { return new image<float>(nx(), ny(), nz(), 1, 1); }
+};
+
+TEST_P(ForeignFormat, IsNotReducedWithoutBeingSmoothed) {
+  const WithClone img({3, 2}, GetParam(), std::vector<int>(6), {1, 2, 3, 4, 5, 6});
+  EXPECT_EQ(scalespace::reduce(img, 0.5F, 1.0F), nullptr);
+}
+
 }  // namespace

@@ -149,4 +149,11 @@ TEST(Compute, OfATooLargeImageKeepsEarlierCentersButNoWeights) {
   EXPECT_TRUE(probe.center_weights().empty());
 }
 
+TEST(Compute, OfWidthAndHeightThatNoImageHasLeavesNoVotingImage) {
+  Probe voting(marginOf25());
+  voting.compute(orva::image<unsigned char>(70000, 70000, 0, 1, 1));
+  EXPECT_TRUE(voting.centers().empty());
+  EXPECT_TRUE(voting.votingImage().isNull());
+}
+
 }  // namespace
