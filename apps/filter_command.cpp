@@ -47,6 +47,7 @@ constexpr std::array<Operation, 15> kOperations{
 
 std::vector<std::string> operationNames() {
   std::vector<std::string> names;
+  names.reserve(kOperations.size());
   for (const Operation& operation : kOperations) names.emplace_back(operation.name);
   return names;
 }

@@ -39,7 +39,8 @@ std::vector<Slab> directions2d(int n) {
 // Over half a sphere.
 std::vector<Slab> directions3d(int n) {
   std::vector<Slab> slabs;
-  slabs.reserve(static_cast<std::size_t>(4 * n * (n + 1)));
+  const auto count = static_cast<std::size_t>(n);
+  slabs.reserve(4 * count * (count + 1));
   const float step = kPi / static_cast<float>(2 * n);
   for (int i = 0; i <= n; ++i) {
     const float polar = static_cast<float>(i) * step;

@@ -134,7 +134,7 @@ class Scanner {
   void endValue() {
     if (text_.empty()) return;
     // A C string: a value ends at a zero byte.
-    keyword_->takeValue(header_, text_.c_str());
+    keyword_->takeValue(header_, text_.substr(0, text_.find('\0')));
     text_.clear();
   }
 
