@@ -74,7 +74,8 @@ void chamferPass(image<float>& distance, Pass pass, float threshold, Taken taken
 
   // Coordinate number k of the pass: from 1 to n - 2 or back.
   const auto at = [pass](int k, int n) { return pass == Pass::kForward ? k : n - 1 - k; };
-  for (int kz = isVolume ? 1 : 0; kz < (isVolume ? distance.nz() - 1 : 1); ++kz) {
+  const int planes = isVolume ? distance.nz() - 1 : distance.nz();  // none of a depth of 0
+  for (int kz = isVolume ? 1 : 0; kz < planes; ++kz) {
     for (int ky = 1; ky < distance.ny() - 1; ++ky) {
       const std::ptrdiff_t start = at(kz, distance.nz()) * plane + at(ky, distance.ny()) * row;
       for (int kx = 1; kx < distance.nx() - 1; ++kx) lower(start + at(kx, distance.nx()));
