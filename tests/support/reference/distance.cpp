@@ -72,7 +72,7 @@ void twoPasses(image<float>& distance, Action action) {
     int z;
   };
   std::vector<Voxel> order;
-  for (int z = volume ? 1 : 0; z < (volume ? distance.nz() - 1 : 1); ++z) {
+  for (int z = volume ? 1 : 0; z < (volume ? distance.nz() - 1 : distance.nz()); ++z) {
     for (int y = 1; y < ny - 1; ++y) {
       for (int x = 1; x < nx - 1; ++x) order.push_back({x, y, z});
     }
