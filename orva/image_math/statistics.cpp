@@ -183,6 +183,7 @@ std::vector<Point> findZeros(const Image& a, const Image& b) {
   if (!a.equalSize(b)) return {};
   const image<unsigned char> edgesA = signEdges(a);
   const image<unsigned char> edgesB = signEdges(b);
+  if (!edgesA.equalSize(edgesB)) return {};  // sizes below zero leave one without a first volume
   return pointsWhere(edgesA, [&](std::ptrdiff_t i) {
     return edgesA.pixels()[i] > 254 && edgesB.pixels()[i] > 254;
   });
