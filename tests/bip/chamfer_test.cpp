@@ -223,14 +223,18 @@ TEST(Fchamfer, OfALabelVolumeLooksForBoundariesInAllThreeAxes) {
   EXPECT_EQ(distance.pixel(2, 2, 0), 4.0F);
 }
 
-// Where distances come near the value that stands for unknown.
-TEST(Fchamfer, OfMoreThan9998IsUnreachedByThePasses) {
-  for (const bool atStart : {true, false}) {
-    Mask mask = full({10020, 3});
-    mask.setPixel(atStart ? 1 : 10018, 1, 0.0F);
+// Where distances come near the value that stands for unknown. Next to the source's row they end
+// on a diagonal step, which the last pass shortens to 1 from a distance of 9999 on.
+TEST(Fchamfer, FollowsItsNeighboursFrom9999OnWhichIsIntended) {
+  for (const bool fromLeft : {true, false}) {
+    const auto column = [fromLeft](int steps) { return fromLeft ? 1 + steps : 10018 - steps; };
+    Mask mask = full({10020, 5});
+    mask.setPixel(column(0), 1, 0.0F);
     const image<float> distance = fchamfer(mask);
     EXPECT_TRUE(sameImage(distance, reference::fchamfer(mask)));
-    EXPECT_EQ(distance.pixel(atStart ? 9999 : 20, 1), 9998.0F);
+    EXPECT_EQ(distance.pixel(column(9998), 1), 9998.0F);
+    EXPECT_NEAR(distance.pixel(column(9998), 2), 9998.41F, 0.1);
+    EXPECT_EQ(distance.pixel(column(9999), 2), 9999.0F);
   }
 }
 

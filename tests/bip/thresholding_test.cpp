@@ -167,6 +167,25 @@ TEST(ComputeThreshold, LiesBetweenTheMeansInsideAndOutsideBrightBlobs) {
   EXPECT_LT(expected, 40.0F);
 }
 
+// Far from the blobs the Laplacian is exactly zero, neither bright nor dark.
+TEST(ComputeThreshold, CountsFlatPixelsAsOutside) {
+  Random random(5);
+  for (const Shape& shape : {Shape{60, 50}, Shape{30, 25, 4}}) {
+    auto img = blank<unsigned char>(shape);
+    for (int blob = 0; blob < 3; ++blob) {
+      img.pixels()[randomInt(random, 0, img.npix() - 1)] = 200;
+    }
+    const Mask blobs = blobsOf(img, 1.5F);
+    const int inside = countOf(blobs, 255);
+    ASSERT_GT(inside, 0);
+    float sums[2] = {0, 0};
+    for (int i = 0; i < img.npix(); ++i) sums[blobs.pixels()[i] == 255 ? 1 : 0] += img.pixel(i);
+    // All the bright pixels lie inside.
+    EXPECT_EQ(sums[0], 0.0F);
+    EXPECT_EQ(computeThreshold(img, 1.5F), sums[1] / static_cast<float>(inside) * 0.5F);
+  }
+}
+
 TEST(ComputeThreshold, WithoutBlobsOrWithoutTheRestIsHalfTheMean) {
   EXPECT_EQ(computeThreshold(blank<int>({6, 5}), 2.0F), 0.0F);
   // The Laplacian of a constant does not quite vanish; its sign changes with that of the constant.
