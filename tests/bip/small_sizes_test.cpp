@@ -89,14 +89,58 @@ TEST(SmallMask, IsMeasuredInTheVolumeItShowsAndCountedInAllOfIt) {
   }
 }
 
-// Sizes below zero count as 0 one by one, yet their product is positive.
-TEST(NegativeSizes, HaveNoDistancesAndKeepTheirLabels) {
-  const Shape s{5, 5, -1, -1};
-  EXPECT_EQ(orva::bip::fchamfer(full(s)).npix(), 0);
-  EXPECT_EQ(orva::bip::chamfer(blank<short>(s), true).npix(), 0);
-  image<short> labels = blank<short>(s);
-  orva::bip::propagate(labels, 3.0F);
-  EXPECT_TRUE(sameImage(labels, blank<short>(s)));
+// What is left of a mask that is shown is object all over.
+TEST(SmallMask, HasNoBackgroundToMeasureTheDistanceTo) {
+  for (const Shape& s : smallShapes()) {
+    const image<unsigned char> mask = full(s);
+    const image<short> labels = blank<short>(s);
+    testing::internal::CaptureStderr();
+    for (const image<float>& distance : {orva::bip::fchamfer(mask), orva::bip::fchamfer(labels)}) {
+      EXPECT_TRUE(isWhole(distance,
+                          mask.isNull() ? kNone : Sizes({mask.nx(), mask.ny(), mask.nz(), 1, 1})));
+      EXPECT_EQ(orva_test::pixelsOf(distance),
+                std::vector<float>(static_cast<std::size_t>(distance.npix()), 10000.0F));
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr().empty(), !mask.isNull());
+  }
+}
+
+TEST(SmallMask, HasNoBackgroundToFill) {
+  for (const Shape& s : smallShapes()) {
+    image<short> labels = blank<short>(s);
+    const std::vector<short> before = orva_test::pixelsOf(labels);
+    orva::bip::propagate(labels, 5.0F);
+    EXPECT_EQ(orva_test::pixelsOf(labels), before);
+    testing::internal::CaptureStdout();
+    orva::bip::convexHull(labels, 3);
+    const image<short> filled = orva::bip::convexHull(full(s), 3);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(orva_test::pixelsOf(labels), before);
+    EXPECT_EQ(orva_test::pixelsOf(filled),
+              std::vector<short>(static_cast<std::size_t>(filled.npix()), 0));
+  }
+}
+
+TEST(SmallMask, IsThresholdedAndSelectedInTheVolumeItShows) {
+  for (const Shape& s : smallShapes()) {
+    image<unsigned char> mask = full(s);
+    const image<unsigned char> above = orva::bip::threshold(mask, 255.0F);
+    EXPECT_TRUE(
+        isWhole(above, mask.isNull() ? kNone : Sizes({mask.nx(), mask.ny(), mask.nz(), 1, 1})));
+    std::vector<unsigned char> pixels = orva_test::pixelsOf(mask);
+    EXPECT_EQ(orva_test::pixelsOf(above),
+              std::vector<unsigned char>(static_cast<std::size_t>(above.npix()), 255));
+    orva::bip::selectRegionsBySize(mask, 1000, 0);
+    EXPECT_EQ(orva_test::pixelsOf(mask), pixels);
+    testing::internal::CaptureStderr();
+    orva::bip::selectRegions(mask, above, 0.0F, 1000);
+    const float t = orva::bip::computeThreshold(mask, 1.0F);
+    testing::internal::GetCapturedStderr();
+    const int volume = std::min(mask.nx() * mask.ny() * mask.nz(), mask.npix());
+    std::fill_n(pixels.begin(), volume, static_cast<unsigned char>(0));
+    EXPECT_EQ(orva_test::pixelsOf(mask), pixels);
+    EXPECT_TRUE(t >= 0.0F && t <= 255.0F) << t;
+  }
 }
 
 }  // namespace

@@ -294,6 +294,16 @@ template image<unsigned char> edge(const image<short>&);
 template image<unsigned char> edge(const image<int>&);
 template image<unsigned char> edge(const image<float>&);
 
+bool isEdge(const image<short>& labels, int x, int y, int z) {
+  const auto value = [&labels](const Voxel& p) {
+    return labels.pixels()[p.x + labels.nx() * (p.y + labels.ny() * p.z)];
+  };
+  const std::vector<Voxel> box = neighbours(labels, {x, y, z}, 1, 8);
+  return std::any_of(box.begin(), box.end(), [&](const Voxel& p) {
+    return value(p) != value({x, y, z});
+  });
+}
+
 std::vector<std::vector<orva::Point>> boundaries(const image<short>& labels) {
   const image<unsigned char> e = reference::edge(labels);
   std::vector<std::vector<orva::Point>> result;

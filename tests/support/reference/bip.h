@@ -32,6 +32,8 @@ void dilate(orva::image<unsigned char>& mask);
 // For images whose pixels are floats, ints, shorts or bytes.
 template <class T>
 orva::image<unsigned char> edge(const orva::image<T>& img);
+// Whether any pixel of the clipped box around (x, y, z) in the first volume has another label.
+bool isEdge(const orva::image<short>& labels, int x, int y, int z);
 std::vector<std::vector<orva::Point>> boundaries(const orva::image<short>& labels);
 void removeInternalStructures(orva::image<unsigned char>& mask);
 
