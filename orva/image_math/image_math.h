@@ -57,7 +57,8 @@ extern template ORVA_EXPORT float maximum(const std::vector<float>& values);
 /// @name The brightest pixels
 /// Brightness counts in whole levels: with the darkest and the brightest pixel truncated toward
 /// zero to the levels `lo` and `hi`, a pixel v is at level lo + (v - lo) truncated. All pixels of
-/// the image count, colour as luminance.
+/// the image count, colour as luminance. Values past 32 bits are at the nearest level that an int
+/// holds, a NaN is at `lo`.
 ///
 /// A null image gives 0; a share or number out of range ends the process with status 2. Standard
 /// error shows first, for a null image, the two headings as they belong to topByPixelNumber() and
