@@ -4,7 +4,6 @@
 #include <fstream>
 #include <iostream>
 #include <set>
-#include <vector>
 
 #include "orva/image_io/image_io.h"
 
@@ -35,23 +34,22 @@ bool read(std::istream& in, unsigned char* bytes, std::size_t count) {
       in.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count)));
 }
 
-// One directory of a TIFF file: its entries, and the offset of the next one.
-struct Directory {
-  static constexpr std::size_t kEntrySize = 12;
-
-  std::vector<unsigned char> entries;
-  std::uint32_t next = 0;
-
-  // False when the file ends early.
-  bool readFrom(std::istream& in, std::uint32_t offset, int byteOrder) {
-    std::array<unsigned char, 4> bytes{};
-    if (!in.seekg(offset) || !read(in, bytes.data(), 2)) return false;
-    entries.resize(number(bytes.data(), 2, byteOrder) * kEntrySize);
-    if (!read(in, entries.data(), entries.size()) || !read(in, bytes.data(), 4)) return false;
-    next = number(bytes.data(), 4, byteOrder);
-    return true;
+// Reads the directory at `offset`: sets the stack count at every entry that holds one, and then
+// `offset` to that of the next directory. False where the file ends early; what was found before
+// stays.
+bool readDirectory(std::istream& in, int byteOrder, std::uint32_t& offset, short& stackCount) {
+  constexpr std::uint32_t kStackTag = 33629;
+  std::array<unsigned char, 12> bytes{};
+  if (!in.seekg(offset) || !read(in, bytes.data(), 2)) return false;
+  for (std::uint32_t entries = number(bytes.data(), 2, byteOrder); entries > 0; --entries) {
+    if (!read(in, bytes.data(), bytes.size())) return false;
+    if (number(bytes.data(), 2, byteOrder) != kStackTag) continue;
+    extractShortDataFromBuffer(bytes.data(), byteOrder, 4, stackCount);
   }
-};
+  if (!read(in, bytes.data(), 4)) return false;
+  offset = number(bytes.data(), 4, byteOrder);
+  return true;
+}
 
 }  // namespace
 
@@ -69,7 +67,6 @@ void extractLongDataFromBuffer(const unsigned char* buffer, int byteOrder, int o
 }
 
 int returnStackCount(const std::string& filename) {
-  constexpr std::uint32_t kStackTag = 33629;
   std::ifstream in(filename, std::ios::binary);
   std::array<unsigned char, 8> header{};
   const bool whole = read(in, header.data(), header.size());
@@ -79,18 +76,10 @@ int returnStackCount(const std::string& filename) {
   short result = -1;
   std::set<std::uint32_t> visited;
   std::uint32_t offset = number(header.data() + 4, 4, byteOrder);
-  Directory directory;
   for (int page = 0; whole && visited.insert(offset).second; ++page) {
-    if (!directory.readFrom(in, offset, byteOrder)) break;
-    for (std::size_t i = 0; i < directory.entries.size(); i += Directory::kEntrySize) {
-      const unsigned char* entry = directory.entries.data() + i;
-      if (number(entry, 2, byteOrder) == kStackTag) {
-        extractShortDataFromBuffer(entry, byteOrder, 4, result);
-      }
-    }
+    if (!readDirectory(in, byteOrder, offset, result)) break;
     std::cout << page << '\n';
-    if (directory.next == 0) break;
-    offset = directory.next;
+    if (offset == 0) break;
   }
   return result;
 }
