@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -134,6 +135,24 @@ TEST(ReverseByteOrder, OfAnImageWithoutMemoryIsNothing) {
     reverse_byte_order(img);
     EXPECT_EQ(img.npix(), s.nx * s.ny);
   }
+}
+
+TEST(ReverseByteOrder, OfANegativePixelCountIsNothing) {
+  class Backward : public BareImage {
+   public:
+    Backward() : BareImage(-1, 2, 1, 1, 1) {}
+    int format() const override { return orva::SHORT; }
+    int pixelSize() const override { return 2; }
+    void* data() const override { return bytes_->data() + 4; }
+
+   private:
+    std::unique_ptr<std::array<char, 8>> bytes_ = std::make_unique<std::array<char, 8>>(
+        std::array<char, 8>{'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'});
+  };
+  Backward img;
+  ASSERT_EQ(img.npix(), -2);
+  reverse_byte_order(img);
+  EXPECT_EQ(std::string(static_cast<const char*>(img.data()) - 4, 8), "abcdefgh");
 }
 
 constexpr int kLeastFirst = 1;

@@ -7,6 +7,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "orva/image_io/image_io.h"
@@ -246,6 +247,13 @@ TEST_F(IcsParser, SplitsValuesAtBlanksTabsAndNewlinesOnly) {
   EXPECT_EQ(*parse("filename " + longName + "\n").dataset, longName);
 }
 
+TEST_F(IcsParser, EndsValuesAtAZeroByte) {
+  const std::string zero(1, '\0');
+  EXPECT_EQ(*parse("filename a" + zero + "b c\n").dataset, "a");
+  EXPECT_EQ(*parse("filename " + zero + "b c\n").dataset, "");
+  EXPECT_EQ(typeOf("bits" + zero + "x", "32" + zero + "1", "float" + zero + "s"), "FLOAT");
+}
+
 TEST_F(IcsParser, ReadsWhatTheLibraryWrites) {
   const std::vector<std::string> types = {"BYTE", "INT",      "USHORT", "SHORT",    "FLOAT", "UINT",
                                           "RGB",  "SHORTRGB", "INTRGB", "FLOATRGB", "RGBA"};
@@ -276,7 +284,9 @@ TEST_F(IcsParser, IsCalledFromC) {
 }
 
 TEST_F(IcsParser, ReportsAFileThatItCanNotRead) {
-  for (const std::string& name : {dir().file("missing.ics"), dir().file("no/some.ics")}) {
+  // Nor a directory, which opens.
+  for (const std::string& name :
+       {dir().file("missing.ics"), dir().file("no/some.ics"), dir().file("")}) {
     CaptureStderr();
     CaptureStdout();
     const IcsHeader h = parseFile(name);
@@ -285,6 +295,20 @@ TEST_F(IcsParser, ReportsAFileThatItCanNotRead) {
     // The byte order is not written.
     EXPECT_EQ(textOf(h), "0 (null) (null) 0 0 1 0 0 " + std::to_string(kUnset));
   }
+}
+
+TEST_F(IcsParser, ParsesAtTheSameTime) {
+  std::vector<std::thread> threads;
+  for (int k = 1; k <= 4; ++k) {
+    const std::string name = dir().file("thread" + std::to_string(k));
+    std::string content = "filename d" + std::to_string(k) + "\nlayout order bytes x y\n";
+    content.append("layout sizes 1 ").append(std::to_string(k)).append(" 5\n");
+    orva_test::writeFile(name, content);
+    threads.emplace_back([name, expected = textOf(reference::icsHeader(content))] {
+      for (int round = 0; round < 200; ++round) EXPECT_EQ(textOf(parseFile(name)), expected);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST_F(IcsParser, PassesOverNullPointers) {
