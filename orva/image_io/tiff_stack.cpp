@@ -34,28 +34,21 @@ bool read(std::istream& in, unsigned char* bytes, std::size_t count) {
       in.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count)));
 }
 
-// Reads the number in the next `count` bytes; false when the file ends early.
-bool readNumber(std::istream& in, int count, int byteOrder, std::uint32_t& value) {
-  std::array<unsigned char, 4> bytes{};
-  if (!read(in, bytes.data(), static_cast<std::size_t>(count))) return false;
-  value = number(bytes.data(), count, byteOrder);
-  return true;
-}
-
-// Reads the directory at `offset`: the count of a stack entry goes to `result`, the offset of the
-// next directory to `offset`. False when the file ends early.
-bool readDirectory(std::istream& in, int byteOrder, std::uint32_t& offset, short& result) {
+// Reads the directory at `offset`: sets the stack count at every entry that holds one, and then
+// `offset` to that of the next directory. False where the file ends early; what was found before
+// stays.
+bool readDirectory(std::istream& in, int byteOrder, std::uint32_t& offset, short& stackCount) {
   constexpr std::uint32_t kStackTag = 33629;
-  std::uint32_t entries = 0;
-  if (!in.seekg(offset) || !readNumber(in, 2, byteOrder, entries)) return false;
-  for (std::uint32_t i = 0; i < entries; ++i) {
-    std::array<unsigned char, 12> entry{};
-    if (!read(in, entry.data(), entry.size())) return false;
-    if (number(entry.data(), 2, byteOrder) == kStackTag) {
-      extractShortDataFromBuffer(entry.data(), byteOrder, 4, result);
-    }
+  std::array<unsigned char, 12> bytes{};
+  if (!in.seekg(offset) || !read(in, bytes.data(), 2)) return false;
+  for (std::uint32_t entries = number(bytes.data(), 2, byteOrder); entries > 0; --entries) {
+    if (!read(in, bytes.data(), bytes.size())) return false;
+    if (number(bytes.data(), 2, byteOrder) != kStackTag) continue;
+    extractShortDataFromBuffer(bytes.data(), byteOrder, 4, stackCount);
   }
-  return readNumber(in, 4, byteOrder, offset);
+  if (!read(in, bytes.data(), 4)) return false;
+  offset = number(bytes.data(), 4, byteOrder);
+  return true;
 }
 
 }  // namespace

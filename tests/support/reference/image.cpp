@@ -202,7 +202,12 @@ int round_double(double v) {
 }
 
 image<unsigned char> toByteImage(const orva::Image& img, bool scale) {
-  if (img.npix() == 0 || img.format() < 0 || img.format() > orva::RGBA) return {0, 1, 1, 1, 1};
+  if (img.format() < 0 || img.format() > orva::RGBA) return {0, 1, 1, 1, 1};
+  return convertToByteImage(img, scale);
+}
+
+image<unsigned char> convertToByteImage(const orva::Image& img, bool scale) {
+  if (img.npix() == 0) return {0, 1, 1, 1, 1};
   if (img.format() == orva::BYTE && !scale) {
     image<unsigned char> same(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
     for (int i = 0; i < img.npix(); ++i) same.pixels()[i] = byteFrom(img.pixel(i));

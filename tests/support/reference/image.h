@@ -39,6 +39,8 @@ std::vector<bool> interior(int nx, int ny, int nz);
 int round_double(double v);
 
 image<unsigned char> toByteImage(const orva::Image& img, bool scale);
+// The same for any format code.
+image<unsigned char> convertToByteImage(const orva::Image& img, bool scale);
 image<float> toFloatImage(const orva::Image& img);
 image<Rgb> toRgbImage(const orva::Image& img);
 
