@@ -78,8 +78,8 @@ TEST(PgmFile, BadHeadersFail) {
       {"P5 30000 30000 255\n" + many, "pixels are missing"},
       {"P5 # no end of this", "header is cut off"},
       {"P5 a b c", "header is cut off"},
-      {"P2 2 2 255 0 0 0 0", "not a PGM, PNG or TIFF image"},
-      {"P6 1 1 255 xyz", "not a PGM, PNG or TIFF image"},
+      {"P2 2 2 255 0 0 0 0", "is not a PGM, PPM, PNG or TIFF image"},
+      {"P3 1 1 255 0 0 0", "is not a PGM, PPM, PNG or TIFF image"},
   };
   const Sandbox box;
   for (const Case& c : cases) {
