@@ -146,7 +146,11 @@ InfoCommand::InfoCommand(CLI::App& app)
 }
 
 int InfoCommand::run() const {
-  return statusOf(file_, [this] { std::cout << describe(file_) << std::flush; });
+  return statusOf(file_, [this] {
+    if (!(std::cout << describe(file_) << std::flush)) {
+      throw FileError("the description can not be written to standard output");
+    }
+  });
 }
 
 }  // namespace orva_app
