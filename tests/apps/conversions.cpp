@@ -21,16 +21,6 @@ Content retyped(Content c, orva::ImageFormat type) {
   return c;
 }
 
-Content luminance(const Content& colour) {
-  Content grey{orva::FLOAT, colour.width, colour.height, colour.planes, {}};
-  for (std::size_t i = 0; i < colour.values.size(); i += 3) {
-    // The library weighs the first component as blue.
-    grey.values.push_back(orva::luminance(
-        orva::GenericRgb<double>{colour.values[i + 2], colour.values[i + 1], colour.values[i]}));
-  }
-  return grey;
-}
-
 bool isFlat(const std::string& extension) {
   return extension == ".pgm" || extension == ".ppm" || extension == ".png";
 }
@@ -47,6 +37,16 @@ Content randomContent(orva::ImageFormat type, const Sizes& s, double low, double
   content.values.front() = high;
   content.values.back() = low;
   return content;
+}
+
+Content luminance(const Content& colour) {
+  Content grey{orva::FLOAT, colour.width, colour.height, colour.planes, {}};
+  for (std::size_t i = 0; i < colour.values.size(); i += 3) {
+    // The library weighs the first component as blue.
+    grey.values.push_back(orva::luminance(
+        orva::GenericRgb<double>{colour.values[i + 2], colour.values[i + 1], colour.values[i]}));
+  }
+  return grey;
 }
 
 std::optional<Content> asBytes(const Content& c) {

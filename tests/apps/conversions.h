@@ -26,6 +26,8 @@ struct Sizes {
 Content randomContent(orva::ImageFormat type, const Sizes& s, double low, double high,
                       unsigned seed);
 
+// The brightness of the pixels as floats.
+Content luminance(const Content& colour);
 // Bytes, or the rounded luminance of colour; none for other values.
 std::optional<Content> asBytes(const Content& c);
 // Three equal samples a pixel.
