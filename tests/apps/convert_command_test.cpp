@@ -112,6 +112,18 @@ TEST_F(ConvertCommand, OtherTiffPixelsComeInTheNextWiderType) {
             (std::vector<double>{255, 254, 253, 155, 128, 252}));
 }
 
+// The largest numbers would be the smallest below 0.
+TEST_F(ConvertCommand, NumbersTooLargeForIhtFail) {
+  for (const double large : {2147483648.0, 4294967295.0}) {
+    writeContent(box / "in.tif", {orva::UINT, 2, 1, 1, {1, large}});
+    EXPECT_TRUE(failedWithOneLine(convert("in.tif", "out.iht"), "in.tif",
+                                  "has pixels above 2147483647, too large for IHT\n"));
+  }
+  writeContent(box / "in.tif", {orva::UINT, 2, 1, 1, {1, 2147483647}});
+  EXPECT_TRUE(succeeded(convert("in.tif", "out.iht")));
+  EXPECT_EQ(readContent(box / "out.iht"), (Content{orva::INT, 2, 1, 1, {1, 2147483647}}));
+}
+
 TEST_F(ConvertCommand, WideColourCanNotBeKept) {
   const Picture picture{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
   TiffFile(box / "wide.tif").page(picture, {.bits = 16, .photometric = PHOTOMETRIC_RGB});

@@ -109,6 +109,8 @@ TEST_F(DamagedFiles, WildHeadersOfRawFilesFail) {
       {1, kMost, 2, orva::BYTE, "its sizes are too large"},
       {65536, 65536, 1, orva::BYTE, "its sizes are too large"},
       {65536, 65536, 65536, orva::BYTE, "its sizes are too large"},
+      {1 << 30, 1 << 30, 16, orva::BYTE, "its sizes are too large"},  // 0 in 64 bits
+      {1 << 30, 16, 1 << 30, orva::BYTE, "its sizes are too large"},
       {65536, 32768, 1, orva::BYTE, "its sizes are too large"},
       {32768, 32768, 2, orva::BYTE, "its sizes are too large"},
       {kMost, 1, 1, orva::BYTE, "pixels are missing"},

@@ -64,6 +64,8 @@ TEST_F(InfoCommand, EveryPixelTypeOfTiffFiles) {
       {{orva::INT, 2, 1, 1, {100000, 16777217}}, "INT\nrange: 100000 to 16777217"},
       {{orva::UINT, 2, 1, 1, {4294967295.0, 16777217}}, "UINT\nrange: 16777217 to 4294967295"},
       {{orva::FLOAT, 2, 1, 1, {0.5, -1.5}}, "FLOAT\nrange: -1.5 to 0.5"},
+      {{orva::FLOAT, 2, 1, 1, {0.5, 0.75}}, "FLOAT\nrange: 0.5 to 0.75"},
+      {{orva::FLOAT, 2, 1, 1, {0.75, 0.5}}, "FLOAT\nrange: 0.5 to 0.75"},
       {{orva::RGB, 1, 1, 1, {3, 1, 2}}, "RGB\nrange: 1 to 3"},
   };
   for (const auto& [content, words] : cases) {
