@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "apps/file_error.h"
-#include "apps/output_file.h"
 #include "apps/png_encoder.h"
 #include "apps/raster.h"
 #include "apps/text.h"
@@ -21,6 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 using Bytes = orva::image<unsigned char>;
 using Rgb = orva::GenericRgb<unsigned char>;
+using Files = std::vector<FileContent>;
 using ImagePointer = std::unique_ptr<orva::Image>;
 
 const orva::image<Rgb>* asColour(const orva::Image& img) {
@@ -75,13 +77,35 @@ std::string contentOf(const fs::path& file) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// For files that are written by name: calls write(name in a work directory), and puts what it wrote
-// there to `targets`, whose last names are the same. Each must have at least `least` bytes.
+// Keeps the library's own lines about files that it can not write off the standard streams; the
+// command reports them itself.
+class Silence {
+ public:
+  Silence() : out_(std::cout.rdbuf(nullptr)), err_(std::cerr.rdbuf(nullptr)) {}
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+  ~Silence() {
+    std::cout.rdbuf(out_);
+    std::cerr.rdbuf(err_);
+  }
+
+ private:
+  std::streambuf* out_;
+  std::streambuf* err_;
+};
+
+// For files that are written by name: calls write(name in a work directory), and takes what it
+// wrote there as the content of `targets`, whose last names are the same. The last one, with the
+// pixels, must have at least `least` bytes.
 template <class Write>
-void writeByName(const fs::path& path, const std::vector<fs::path>& targets, std::uintmax_t least,
-                 Write write) {
+Files writtenByName(const fs::path& path, const std::vector<fs::path>& targets,
+                    std::uintmax_t least, Write write) {
   const WorkDirectory work(path.has_parent_path() ? path.parent_path() : ".");
-  write((work.path() / path.filename()).string());
+  {
+    const Silence silence;
+    write((work.path() / path.filename()).string());
+  }
+  Files files;
   for (const fs::path& target : targets) {
     const fs::path made = work.path() / target.filename();
     std::error_code missing;
@@ -90,23 +114,23 @@ void writeByName(const fs::path& path, const std::vector<fs::path>& targets, std
     if (missing || (isData && size < least)) {
       throw FileError(target.string() + " can not be written");
     }
+    files.push_back({target, contentOf(made)});
   }
-  for (const fs::path& target : targets)
-    writeFile(target, contentOf(work.path() / target.filename()));
+  return files;
 }
 
 std::uintmax_t pixelBytes(const orva::Image& img) {
   return static_cast<std::uintmax_t>(img.npix()) * static_cast<std::uintmax_t>(img.pixelSize());
 }
 
-void writePgm(const fs::path& path, const orva::Image& img, Fit fit) {
+Files pgmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   requireOnePlane(img, "PGM");
   const Bytes bytes = greyBytes(img, fit);
   std::string file =
       "P5\n" + std::to_string(bytes.nx()) + ' ' + std::to_string(bytes.ny()) + "\n255\n";
   file.append(reinterpret_cast<const char*>(bytes.pixels()),
               static_cast<std::size_t>(bytes.npix()));
-  writeFile(path, file);
+  return {{path, std::move(file)}};
 }
 
 // The library's writer takes colour as three planes.
@@ -121,26 +145,26 @@ Bytes colourPlanes(const orva::image<Rgb>& img) {
   return planes;
 }
 
-void writePpm(const fs::path& path, const orva::Image& img, Fit fit) {
+Files ppmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   requireOnePlane(img, "PPM");
   const auto* colour = asColour(img);
   const Bytes planes = colour != nullptr ? colourPlanes(*colour) : greyBytes(img, fit);
-  writeByName(path, {path}, 3 * static_cast<std::uintmax_t>(img.npix()),
-              [&](const std::string& name) { orva::image_io::writePPM(name, planes); });
+  return writtenByName(path, {path}, 3 * static_cast<std::uintmax_t>(img.npix()),
+                       [&](const std::string& name) { orva::image_io::writePPM(name, planes); });
 }
 
-void writePng(const fs::path& path, const orva::Image& img, Fit fit) {
+Files pngFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   requireOnePlane(img, "PNG");
   if (const auto* colour = asColour(img)) {
-    writeFile(path, encodePng(colour->pixels(), img.nx(), img.ny()));
+    return {{path, encodePng(colour->pixels(), img.nx(), img.ny())}};
   } else if (fit == Fit::kStretched || fits(img, 255.0F)) {
-    writeFile(path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny()));
+    return {{path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny())}};
   } else if (fits(img, 65535.0F)) {
     std::vector<std::uint16_t> samples(static_cast<std::size_t>(img.npix()));
     for (int i = 0; i < img.npix(); ++i) {
       samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(img.pixel(i));
     }
-    writeFile(path, encodePng(samples.data(), img.nx(), img.ny()));
+    return {{path, encodePng(samples.data(), img.nx(), img.ny())}};
   } else {
     throw FileError("has pixels that do not fit 16 bits; --stretch maps their range to 0..255");
   }
@@ -161,18 +185,18 @@ ImagePointer forIht(const orva::Image& img) {
   return narrow;
 }
 
-void writeIht(const fs::path& path, const orva::Image& img, Fit fit) {
+Files ihtFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result =
       fit == Fit::kStretched ? std::make_unique<Bytes>(greyBytes(img, fit)) : forIht(img);
-  writeByName(path, {path}, 40 + pixelBytes(*result),
-              [&](const std::string& name) { orva::image_io::writeIHT(name, *result); });
+  return writtenByName(path, {path}, 40 + pixelBytes(*result),
+                       [&](const std::string& name) { orva::image_io::writeIHT(name, *result); });
 }
 
 // In bytes, the only pixels that UIF files are read with.
-void writeUif(const fs::path& path, const orva::Image& img, Fit fit) {
+Files uifFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const Bytes bytes = greyBytes(img, fit);
-  writeByName(path, {path}, 20 + pixelBytes(bytes),
-              [&](const std::string& name) { orva::image_io::writeUIF(name, bytes); });
+  return writtenByName(path, {path}, 20 + pixelBytes(bytes),
+                       [&](const std::string& name) { orva::image_io::writeUIF(name, bytes); });
 }
 
 // In colour as it is.
@@ -181,41 +205,45 @@ ImagePointer stretchedIfAsked(const orva::Image& img, Fit fit) {
   return std::make_unique<Bytes>(greyBytes(img, fit));
 }
 
-void writeIcs(const fs::path& path, const orva::Image& img, Fit fit) {
+Files icsFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result = stretchedIfAsked(img, fit);
-  writeByName(path, filesOf(path.string()), pixelBytes(*result),
-              [&](const std::string& name) { orva::image_io::writeICS(name, *result); });
+  return writtenByName(path, filesOf(path.string()), pixelBytes(*result),
+                       [&](const std::string& name) { orva::image_io::writeICS(name, *result); });
 }
 
-void writeTiff(const fs::path& path, const orva::Image& img, Fit fit) {
+Files tiffFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result = stretchedIfAsked(img, fit);
-  writeByName(path, {path}, pixelBytes(*result),
-              [&](const std::string& name) { writeTiffFile(name, *result); });
+  return writtenByName(path, {path}, pixelBytes(*result),
+                       [&](const std::string& name) { writeTiffFile(name, *result); });
 }
 
-using Writer = void (*)(const fs::path&, const orva::Image&, Fit);
+using Encoder = Files (*)(const fs::path&, const orva::Image&, Fit);
 
 // Null for an extension that is not known.
-Writer writerFor(const std::string& path) {
+Encoder encoderFor(const std::string& path) {
   struct Row {
     const char* extension;
-    Writer writer;
+    Encoder encoder;
   };
-  constexpr Row kWriters[] = {{".pgm", writePgm},  {".ppm", writePpm},   {".png", writePng},
-                              {".tif", writeTiff}, {".tiff", writeTiff}, {".iht", writeIht},
-                              {".uif", writeUif},  {".ics", writeIcs}};
+  constexpr Row kEncoders[] = {{".pgm", pgmFiles},  {".ppm", ppmFiles},   {".png", pngFiles},
+                               {".tif", tiffFiles}, {".tiff", tiffFiles}, {".iht", ihtFiles},
+                               {".uif", uifFiles},  {".ics", icsFiles}};
   // The library knows ICS names in small letters only.
   if (fs::path(path).extension() != ".ics" && extensionOf(path) == ".ics") return nullptr;
-  for (const Row& row : kWriters) {
-    if (extensionOf(path) == row.extension) return row.writer;
+  for (const Row& row : kEncoders) {
+    if (extensionOf(path) == row.extension) return row.encoder;
   }
   return nullptr;
 }
 
 }  // namespace
 
+std::vector<FileContent> encodeImage(const std::string& path, const orva::Image& img, Fit fit) {
+  return encoderFor(path)(path, img, fit);
+}
+
 void writeImageFile(const std::string& path, const orva::Image& img, Fit fit) {
-  writerFor(path)(path, img, fit);
+  writeFiles(encodeImage(path, img, fit));
 }
 
 std::vector<fs::path> filesOf(const std::string& path) {
@@ -226,7 +254,7 @@ std::vector<fs::path> filesOf(const std::string& path) {
 CLI::Validator writableFile(const std::vector<std::string>& extensions) {
   return {[extensions](const std::string& path) {
             const bool good =
-                writerFor(path) != nullptr &&
+                encoderFor(path) != nullptr &&
                 (extensions.empty() || std::find(extensions.begin(), extensions.end(),
                                                  extensionOf(path)) != extensions.end());
             return good ? "" : path + " has none of the extensions that can be written";

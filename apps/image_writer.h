@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/output_file.h"
 #include "orva/image/image.h"
 
 namespace orva_app {
@@ -20,7 +21,10 @@ enum class Fit { kExactly, kStretched };
 // input's name, for more planes or other pixel values than the format holds.
 void writeImageFile(const std::string& path, const orva::Image& img, Fit fit);
 
-// The files that writeImageFile(path) writes.
+// The files that writeImageFile() would write.
+std::vector<FileContent> encodeImage(const std::string& path, const orva::Image& img, Fit fit);
+
+// The names of the files that writeImageFile(path) writes.
 std::vector<std::filesystem::path> filesOf(const std::string& path);
 
 // Accepts the names of files that writeImageFile() knows, of these extensions if some are given.

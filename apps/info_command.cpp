@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <limits>
@@ -35,32 +36,44 @@ const char* typeOf(const orva::Image& img) {
 class Range {
  public:
   void add(const orva::Image& img) {
+    if (img.format() == orva::FLOAT) hasFloats_ = true;
     if (const auto* colour = dynamic_cast<const orva::image<Rgb>*>(&img)) {
       for (int i = 0; i < colour->npix(); ++i) {
         const Rgb& p = colour->pixels()[i];
-        add(static_cast<float>(std::min({p.c0, p.c1, p.c2})));
-        add(static_cast<float>(std::max({p.c0, p.c1, p.c2})));
+        add(std::min({p.c0, p.c1, p.c2}));
+        add(std::max({p.c0, p.c1, p.c2}));
       }
-      return;
+    } else if (const auto* whole = dynamic_cast<const orva::image<int>*>(&img)) {
+      // Image::pixel() rounds what a float does not hold.
+      std::for_each(whole->pixels(), whole->pixels() + whole->npix(), [this](int v) { add(v); });
+    } else if (const auto* wide = dynamic_cast<const orva::image<unsigned int>*>(&img)) {
+      std::for_each(wide->pixels(), wide->pixels() + wide->npix(), [this](unsigned v) { add(v); });
+    } else {
+      for (int i = 0; i < img.npix(); ++i) add(img.pixel(i));
     }
-    for (int i = 0; i < img.npix(); ++i) add(img.pixel(i));
   }
 
   // Without the pixels that are no numbers.
   std::string text() const {
-    return least_ > most_ ? "none" : shortest(least_) + " to " + shortest(most_);
+    return least_ > most_ ? "none" : textOf(least_) + " to " + textOf(most_);
   }
 
  private:
   using Rgb = orva::GenericRgb<unsigned char>;
 
-  void add(float v) {
+  void add(double v) {
     if (v < least_) least_ = v;
     if (v > most_) most_ = v;
   }
 
-  float least_ = std::numeric_limits<float>::infinity();
-  float most_ = -std::numeric_limits<float>::infinity();
+  std::string textOf(double v) const {
+    return hasFloats_ ? shortest(static_cast<float>(v))
+                      : std::to_string(static_cast<std::int64_t>(v));
+  }
+
+  bool hasFloats_ = false;
+  double least_ = std::numeric_limits<double>::infinity();
+  double most_ = -std::numeric_limits<double>::infinity();
 };
 
 std::string describePlane(const orva::Image& img) {
@@ -146,7 +159,11 @@ InfoCommand::InfoCommand(CLI::App& app)
 }
 
 int InfoCommand::run() const {
-  return statusOf(file_, [this] { std::cout << describe(file_) << std::flush; });
+  return statusOf(file_, [this] {
+    if (!(std::cout << describe(file_) << std::flush)) {
+      throw FileError("the description can not be written to standard output");
+    }
+  });
 }
 
 }  // namespace orva_app

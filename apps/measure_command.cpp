@@ -98,8 +98,10 @@ void MeasureCommand::measure() const {
   orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
   std::vector<RegionFeature> features = orva::bip::regionFeatures(labels, n, *img);
   selectBySize(labels, features, minSize_, maxSize_.value_or(std::numeric_limits<int>::max()));
-  if (labels_) writeImageFile(*labels_, labels, Fit::kExactly);
-  writeFile(table_, tableOf(features));
+  std::vector<FileContent> results;
+  if (labels_) results = encodeImage(*labels_, labels, Fit::kExactly);
+  results.push_back({table_, tableOf(features)});
+  writeFiles(results);
 }
 
 int MeasureCommand::run() const {

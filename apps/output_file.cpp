@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <list>
 #include <system_error>
 
 #include "apps/file_error.h"
@@ -44,34 +45,73 @@ mode_t usualMode() {
   return 0666 & ~mask;
 }
 
+// A file that is complete under a temporary name beside its own. A path that is no regular file is
+// written to at once.
+class StagedFile {
+ public:
+  explicit StagedFile(const FileContent& file) : path_(file.path) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(path_, ignored);
+    if (fs::is_directory(status)) fail(path_, EISDIR);
+    // Through a link the file behind it is replaced, not the link. A file without a name of its
+    // own, which /dev/stdout may be, can only be written to.
+    std::error_code unnamed;
+    target_ = fs::exists(status) ? fs::canonical(path_, unnamed) : path_;
+    if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
+      writeDirectly(file.content);
+    } else {
+      writeBeside(file.content);
+    }
+  }
+  StagedFile(const StagedFile&) = delete;
+  StagedFile& operator=(const StagedFile&) = delete;
+  ~StagedFile() {
+    if (!temporary_.empty()) ::unlink(temporary_.c_str());
+  }
+
+  void putInPlace() {
+    if (temporary_.empty()) return;
+    if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail(path_, errno);
+    temporary_.clear();
+  }
+
+ private:
+  void writeDirectly(std::string_view content) const {
+    const int file = ::open(path_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    const int error = file < 0 ? errno : finish(file, content);
+    if (error != 0) fail(path_, error);
+  }
+
+  void writeBeside(std::string_view content) {
+    // A short name: the target's own may be as long as names can be.
+    std::string name = (target_.parent_path() / ".orva-XXXXXX").string();
+    const int file = ::mkostemp(name.data(), O_CLOEXEC);
+    if (file < 0) fail(path_, errno);
+    int error = ::fchmod(file, usualMode()) == 0 ? 0 : errno;
+    const int written = finish(file, content);
+    if (error == 0) error = written;
+    if (error != 0) {
+      ::unlink(name.c_str());
+      fail(path_, error);
+    }
+    temporary_ = name;
+  }
+
+  fs::path path_;
+  fs::path target_;
+  std::string temporary_;  // empty when there is none
+};
+
 }  // namespace
 
+void writeFiles(const std::vector<FileContent>& files) {
+  std::list<StagedFile> staged;
+  for (const FileContent& file : files) staged.emplace_back(file);
+  for (StagedFile& file : staged) file.putInPlace();
+}
+
 void writeFile(const fs::path& path, std::string_view content) {
-  std::error_code ignored;
-  const fs::file_status status = fs::status(path, ignored);
-  if (fs::is_directory(status)) fail(path, EISDIR);
-  // Through a link the file behind it is replaced, not the link. A file without a name of its own,
-  // which /dev/stdout may be, can only be written to.
-  std::error_code unnamed;
-  const fs::path target = fs::exists(status) ? fs::canonical(path, unnamed) : path;
-  if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-    const int error = file < 0 ? errno : finish(file, content);
-    if (error != 0) fail(path, error);
-    return;
-  }
-  // A short name: the target's own may be as long as names can be.
-  std::string temporary = (target.parent_path() / ".orva-XXXXXX").string();
-  const int file = ::mkostemp(temporary.data(), O_CLOEXEC);
-  if (file < 0) fail(path, errno);
-  int error = ::fchmod(file, usualMode()) == 0 ? 0 : errno;
-  const int written = finish(file, content);
-  if (error == 0) error = written;
-  if (error == 0 && ::rename(temporary.c_str(), target.c_str()) != 0) error = errno;
-  if (error != 0) {
-    ::unlink(temporary.c_str());
-    fail(path, error);
-  }
+  writeFiles({{path, std::string(content)}});
 }
 
 WorkDirectory::WorkDirectory(const fs::path& parent) {

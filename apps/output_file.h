@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orva_app {
 
@@ -12,6 +13,15 @@ namespace orva_app {
 // there before. A path that is no regular file (a pipe, a device) is written to directly. Throws
 // FileError, with the path in its text.
 void writeFile(const std::filesystem::path& path, std::string_view content);
+
+struct FileContent {
+  std::filesystem::path path;
+  std::string content;
+};
+
+// The same for files that belong together: none is put into its place before all are complete. Of
+// what is no regular file some may have been written when another fails.
+void writeFiles(const std::vector<FileContent>& files);
 
 // A directory beside the results, for files that a library call writes by name. It goes away with
 // this object, and with it what has not been moved out.

@@ -2,11 +2,13 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -88,6 +90,35 @@ class FileActions {
   posix_spawn_file_actions_t actions_{};
 };
 
+// Holds the size of files that a child of this process writes below `most` bytes, unless that is
+// negative. Writing more is an error and no signal.
+class FileLimit {
+ public:
+  explicit FileLimit(long most) : isSet_(most >= 0) {
+    if (!isSet_) return;
+    checked(::getrlimit(RLIMIT_FSIZE, &before_), "getrlimit");
+    action_ = std::signal(SIGXFSZ, SIG_IGN);
+    set(static_cast<rlim_t>(most));
+  }
+  FileLimit(const FileLimit&) = delete;
+  FileLimit& operator=(const FileLimit&) = delete;
+  ~FileLimit() {
+    if (!isSet_) return;
+    set(before_.rlim_cur);
+    std::signal(SIGXFSZ, action_);
+  }
+
+ private:
+  void set(rlim_t most) const {
+    const rlimit limit{most, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+
+  bool isSet_;
+  rlimit before_{};
+  void (*action_)(int) = SIG_DFL;
+};
+
 }  // namespace
 
 Sandbox::Sandbox() {
@@ -122,8 +153,11 @@ Outcome Sandbox::run(const std::vector<std::string>& arguments, const Streams& s
   argv.push_back(nullptr);
 
   pid_t child = 0;
-  const int error =
-      ::posix_spawn(&child, ORVA_COMMAND, actions.get(), nullptr, argv.data(), ::environ);
+  int error = 0;
+  {
+    const FileLimit limit(streams.largestFile);
+    error = ::posix_spawn(&child, ORVA_COMMAND, actions.get(), nullptr, argv.data(), ::environ);
+  }
   if (error != 0) throw std::system_error(error, std::generic_category(), ORVA_COMMAND);
   int status = 0;
   checked(::waitpid(child, &status, 0), "waitpid");

@@ -22,6 +22,7 @@ struct Outcome {
 struct Streams {
   const char* out = nullptr;  // a file or a device instead
   bool terminal = false;      // standard error is a terminal
+  long largestFile = -1;      // no file grows past these bytes, as on a full disk
 };
 
 // A directory of its own, removed with everything in it in the end.

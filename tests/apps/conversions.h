@@ -1,0 +1,52 @@
+// What `orva convert` makes of pixels, by the rules of the formats.
+#ifndef ORVA_TESTS_APPS_CONVERSIONS_H
+#define ORVA_TESTS_APPS_CONVERSIONS_H
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/apps/image_files.h"
+#include "tests/apps/sandbox.h"
+
+namespace orva_test {
+
+extern const std::vector<std::string> kInputs;   // extensions of what is read
+extern const std::vector<std::string> kOutputs;  // and of what is written
+
+struct Sizes {
+  int width;
+  int height;
+  int planes;
+};
+
+// Random whole numbers from low to high, both of which occur where there is room.
+Content randomContent(orva::ImageFormat type, const Sizes& s, double low, double high,
+                      unsigned seed);
+
+// The brightness of the pixels as floats.
+Content luminance(const Content& colour);
+// Bytes, or the rounded luminance of colour; none for other values.
+std::optional<Content> asBytes(const Content& c);
+// Three equal samples a pixel.
+Content asColour(const Content& bytes);
+
+// What a file with the extension holds of `c`; none where it can not be written.
+std::optional<Content> expectedIn(const std::string& extension, const Content& c);
+// Then the end of the message.
+std::string reasonOf(const std::string& extension, const Content& c);
+
+// Calls `orva convert IN OUT` in a directory of its own.
+class Conversion : public ::testing::Test {
+ protected:
+  Outcome convert(const std::string& in, const std::string& out,
+                  const std::vector<std::string>& options = {}) const;
+
+  Sandbox box;
+};
+
+}  // namespace orva_test
+
+#endif

@@ -1,0 +1,201 @@
+// Filters of the command against the library's own.
+#include <cstring>
+
+#include "orva/scalespace/scalespace.h"
+#include "tests/apps/conversions.h"
+#include "tests/apps/pictures.h"
+#include "tests/apps/tiff_files.h"
+
+namespace orva_test {
+namespace {
+
+namespace ss = orva::scalespace;
+
+using FloatImage = orva::image<float>;
+using Filter = FloatImage (*)(const orva::Image&, float);
+
+struct Operation {
+  const char* name;
+  Filter apply;
+};
+
+const std::vector<Operation> kFlat{
+    {"smooth", [](const orva::Image& i, float s) { return ss::smooth(i, s, 1.0F); }},
+    {"gradient", [](const orva::Image& i, float s) { return ss::gradient(i, s, 1.0F); }},
+    {"laplacian", [](const orva::Image& i, float s) { return ss::laplacian(i, s); }},
+    {"dx", [](const orva::Image& i, float s) { return ss::dX(i, s); }},
+    {"dy", [](const orva::Image& i, float s) { return ss::dY(i, s); }},
+    {"dxx", [](const orva::Image& i, float s) { return ss::dXX(i, s); }},
+    {"dyy", [](const orva::Image& i, float s) { return ss::dYY(i, s); }},
+    {"dxxx", [](const orva::Image& i, float s) { return ss::dXXX(i, s); }},
+    {"dyyy", [](const orva::Image& i, float s) { return ss::dYYY(i, s); }},
+    {"dxy", [](const orva::Image& i, float s) { return ss::dXY(i, s); }}};
+
+const std::vector<Operation> kDeep{
+    {"dz", [](const orva::Image& i, float s) { return ss::dZ(i, s); }},
+    {"dzz", [](const orva::Image& i, float s) { return ss::dZZ(i, s); }},
+    {"dzzz", [](const orva::Image& i, float s) { return ss::dZZZ(i, s); }},
+    {"dxz", [](const orva::Image& i, float s) { return ss::dXZ(i, s); }},
+    {"dyz", [](const orva::Image& i, float s) { return ss::dYZ(i, s); }}};
+
+// The pixels as they lie in memory.
+std::string bytesOf(const FloatImage& img) {
+  return {reinterpret_cast<const char*>(img.pixels()),
+          static_cast<std::size_t>(img.npix()) * sizeof(float)};
+}
+
+std::string bytesOf(const Content& content) {
+  std::string bytes;
+  for (const double v : content.values) {
+    const auto sample = static_cast<float>(v);
+    bytes.append(reinterpret_cast<const char*>(&sample), sizeof sample);
+  }
+  return bytes;
+}
+
+class FilterCommand : public ::testing::Test {
+ protected:
+  Outcome filter(const std::string& in, const std::string& op, const std::string& sigma,
+                 const std::string& out, const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments{"filter", in, "--op", op, "--sigma", sigma, "--output", out};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return box.run(arguments);
+  }
+
+  // `in` holds `content`.
+  void expectFiltered(const std::string& in, const Content& content, const Operation& operation,
+                      const std::string& sigma) const {
+    SCOPED_TRACE(std::string(operation.name) + " of " + in + " at " + sigma);
+    const AsImage img(content);
+    const FloatImage expected = operation.apply(*img, std::stof(sigma));
+    for (const std::string out : {"out.iht", "out.tif", "out.ics"}) {
+      const Outcome outcome = filter(in, operation.name, sigma, out);
+      EXPECT_TRUE(succeeded(outcome));
+      EXPECT_EQ(outcome.out, "");
+      const Content result = readContent(box / out);
+      EXPECT_EQ(result.type, orva::FLOAT);
+      EXPECT_EQ((std::vector{result.width, result.height, result.planes}),
+                (std::vector{expected.nx(), expected.ny(), expected.nz()}));
+      EXPECT_TRUE(bytesOf(result) == bytesOf(expected)) << out;
+    }
+  }
+
+  Sandbox box;
+};
+
+TEST_F(FilterCommand, EveryOperationOnEveryPixelType) {
+  unsigned seed = 20;
+  for (const auto type :
+       {orva::BYTE, orva::SHORT, orva::USHORT, orva::INT, orva::UINT, orva::FLOAT}) {
+    const Content content = randomContent(type, {13, 9, 1}, type == orva::BYTE ? 0 : 1,
+                                          type == orva::BYTE ? 255 : 30000, seed++);
+    writeContent(box / "in.tif", content);
+    for (const Operation& operation : kFlat) expectFiltered("in.tif", content, operation, "1.3");
+  }
+}
+
+TEST_F(FilterCommand, EveryOperationOnStacks) {
+  const Content content = randomContent(orva::SHORT, {8, 7, 5}, -500, 500, 60);
+  writeContent(box / "in.iht", content);
+  writeContent(box / "in.tif", content);
+  for (const auto* operations : {&kFlat, &kDeep}) {
+    for (const Operation& operation : *operations) {
+      expectFiltered("in.iht", content, operation, "0.9");
+      expectFiltered("in.tif", content, operation, "2");
+    }
+  }
+}
+
+TEST_F(FilterCommand, ScalesAndOddSizes) {
+  for (const Sizes& s : {Sizes{1, 1, 1}, Sizes{2, 1, 1}, Sizes{1, 30, 1}, Sizes{70, 3, 1}}) {
+    const Content content = randomContent(orva::BYTE, s, 0, 255, 61);
+    writeContent(box / "in.pgm", content);
+    for (const std::string sigma : {"0.1", "0.5", "3", "12.5", "1000"}) {
+      expectFiltered("in.pgm", content, kFlat[0], sigma);
+      expectFiltered("in.pgm", content, kFlat[1], sigma);
+      expectFiltered("in.pgm", content, kFlat[4], sigma);
+    }
+  }
+}
+
+TEST_F(FilterCommand, AFrameIsFilteredAlone) {
+  const Content content = randomContent(orva::BYTE, {8, 7, 3}, 0, 255, 62);
+  for (const std::string in : {"in.tif", "in.iht", "in.uif"}) {
+    writeContent(box / in, content);
+    for (int k = 0; k < 3; ++k) {
+      const AsImage plane(content.plane(k));
+      EXPECT_TRUE(
+          succeeded(filter(in, "gradient", "1", "out.iht", {"--frame", std::to_string(k)})));
+      EXPECT_TRUE(bytesOf(readContent(box / "out.iht")) == bytesOf(ss::gradient(*plane, 1, 1)));
+    }
+    EXPECT_TRUE(failedWithOneLine(filter(in, "gradient", "1", "out.iht", {"--frame", "3"}), in,
+                                  "there is no frame 3"));
+  }
+}
+
+TEST_F(FilterCommand, ColourCountsAsLuminance) {
+  const Content colour = randomContent(orva::RGB, {9, 6, 1}, 0, 255, 63);
+  const AsImage grey(luminance(colour));
+  for (const std::string in : {"in.ppm", "in.png", "in.tif"}) {
+    SCOPED_TRACE(in);
+    writeContent(box / in, colour);
+    EXPECT_TRUE(succeeded(filter(in, "smooth", "1", "out.tif")));
+    EXPECT_TRUE(bytesOf(readContent(box / "out.tif")) == bytesOf(ss::smooth(*grey, 1, 1)));
+  }
+}
+
+TEST_F(FilterCommand, DerivativesAlongTheFramesNeedAStack) {
+  const Content content = randomContent(orva::BYTE, {8, 7, 3}, 0, 255, 64);
+  writeContent(box / "flat.pgm", content.plane(0));
+  writeContent(box / "stack.tif", content);
+  for (const Operation& operation : kDeep) {
+    const std::string words =
+        std::string("has one plane, and ") + operation.name + " needs a stack\n";
+    EXPECT_TRUE(
+        failedWithOneLine(filter("flat.pgm", operation.name, "1", "out.iht"), "flat.pgm", words));
+    EXPECT_TRUE(failedWithOneLine(
+        filter("stack.tif", operation.name, "1", "out.iht", {"--frame", "1"}), "stack.tif", words));
+  }
+  EXPECT_EQ(box.names(), (std::vector<std::string>{"flat.pgm", "stack.tif"}));
+}
+
+TEST_F(FilterCommand, PagesThatDifferFail) {
+  {
+    TiffFile file(box / "pages.tif");
+    file.page({2, 2, 1, {1, 2, 3, 4}});
+    file.page({4, 1, 1, {1, 2, 3, 4}});
+  }
+  EXPECT_TRUE(failedWithOneLine(filter("pages.tif", "dx", "1", "out.iht"), "pages.tif",
+                                "its pages differ in size or pixel type"));
+  EXPECT_TRUE(succeeded(filter("pages.tif", "dx", "1", "out.iht", {"--frame", "1"})));
+}
+
+// The gradient is strongest at the edges of the discs, the Laplacian negative inside.
+TEST_F(FilterCommand, FiltersMeanWhatTheirNamesSay) {
+  const Picture picture = twoDiscs();
+  box.write("discs.pgm", pgm(picture));
+  const auto at = [&](const std::string& op, double x, double y) {
+    EXPECT_TRUE(succeeded(filter("discs.pgm", op, "2", "out.iht")));
+    const Content result = readContent(box / "out.iht");
+    return result.values[static_cast<std::size_t>(x + y * picture.width)];
+  };
+  const Disc& d = kTwoDiscs[0];
+  EXPECT_GT(at("gradient", d.x + d.radius, d.y), 5 * at("gradient", d.x, d.y));
+  EXPECT_LT(at("laplacian", d.x, d.y), 0);
+  EXPECT_LT(at("dx", d.x + d.radius, d.y), 0);
+  EXPECT_GT(at("dx", d.x - d.radius, d.y), 0);
+  EXPECT_LT(at("dy", d.x, d.y + d.radius), 0);
+  EXPECT_GT(at("smooth", d.x, d.y), at("smooth", 0, 0));
+}
+
+TEST_F(FilterCommand, SampleImages) {
+  for (const std::string name : {"dsb_sparse_a", "dsb_histw_a"}) {
+    const std::string file = ORVA_DATA "/images/" + name + ".pgm";
+    const AsImage img(readContent(file));
+    EXPECT_TRUE(succeeded(filter(file, "laplacian", "3", "out.iht")));
+    EXPECT_TRUE(bytesOf(readContent(box / "out.iht")) == bytesOf(ss::laplacian(*img, 3)));
+  }
+}
+
+}  // namespace
+}  // namespace orva_test
