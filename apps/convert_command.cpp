@@ -10,9 +10,7 @@ ConvertCommand::ConvertCommand(CLI::App& app)
           app, "convert", "Write an image in another file format",
           "PGM, PPM and PNG hold one plane; TIFF, IHT, UIF and ICS hold stacks. PGM, PPM and "
           "UIF\n"
-          "hold whole numbers from 0 to 255, PNG up to 65535. ICS pixels are in this "
-          "machine's byte\n"
-          "order, whatever the header says.\n"
+          "hold whole numbers from 0 to 255, PNG up to 65535.\n"
           "Example: a 16-bit image as a picture to look at\n"
           "  orva convert --stretch nuclei.tif nuclei.png") {
   command().add_option("in", input_, kImageFiles)->required()->option_text("IN");

@@ -1,6 +1,7 @@
 #include "apps/image_writer.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <fstream>
 #include <iostream>
@@ -205,10 +206,28 @@ ImagePointer stretchedIfAsked(const orva::Image& img, Fit fit) {
   return std::make_unique<Bytes>(greyBytes(img, fit));
 }
 
+int sampleBytes(const orva::Image& img) {
+  return img.format() == orva::RGB ? img.pixelSize() / 3 : img.pixelSize();
+}
+
+// The library's header states the same byte order for all pixels. Other readers go by it, so here
+// it becomes that of this machine: the bytes' numbers, of which 1 is the least significant.
+void stateByteOrder(std::string& header, int bytes) {
+  std::string line = "representation\tbyte_order";
+  const std::size_t start = header.find(line);
+  for (int i = 1; i <= bytes; ++i) {
+    line += '\t' + std::to_string(std::endian::native == std::endian::little ? i : bytes + 1 - i);
+  }
+  header.replace(start, header.find('\n', start) - start, line);
+}
+
 Files icsFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result = stretchedIfAsked(img, fit);
-  return writtenByName(path, filesOf(path.string()), pixelBytes(*result),
-                       [&](const std::string& name) { orva::image_io::writeICS(name, *result); });
+  Files files =
+      writtenByName(path, filesOf(path.string()), pixelBytes(*result),
+                    [&](const std::string& name) { orva::image_io::writeICS(name, *result); });
+  stateByteOrder(files.front().content, sampleBytes(*result));
+  return files;
 }
 
 Files tiffFiles(const fs::path& path, const orva::Image& img, Fit fit) {

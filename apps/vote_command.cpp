@@ -196,13 +196,14 @@ void VoteCommand::voteOnOne() const {
   const std::string& file = images_.front();
   const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, Colour::kLuminance);
   const VoteResult result = vote(*img, settings_, history_);
-  if (overlayFile_) {
-    writeFile(*overlayFile_, overlayAsPng(*img, result.centers, settings_.maxRadius));
-  }
   const std::string text = table(file, *img, result);
-  if (centersFile_) {
-    writeFile(*centersFile_, text);
-  } else if (!(std::cout << text << std::flush)) {
+  std::vector<FileContent> files;
+  if (overlayFile_) {
+    files.push_back({*overlayFile_, overlayAsPng(*img, result.centers, settings_.maxRadius)});
+  }
+  if (centersFile_) files.push_back({*centersFile_, text});
+  writeFiles(files);
+  if (!centersFile_ && !(std::cout << text << std::flush)) {
     throw FileError("the table can not be written to standard output");
   }
 }
