@@ -19,11 +19,7 @@ ConvertCommand::ConvertCommand(CLI::App& app)
       ->required()
       ->check(writableFile({}))
       ->option_text("OUT");
-  command()
-      .add_option("--frame", frame_,
-                  "Page of a TIFF file or plane of a stack, counted from 0; default all")
-      ->check(frameNumber())
-      ->option_text("K");
+  addFrameOption(frame_);
   command().add_flag("--stretch", stretch_,
                      "Map the range of grey pixels to 0..255, whatever the format");
 }

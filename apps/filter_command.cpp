@@ -79,11 +79,7 @@ FilterCommand::FilterCommand(CLI::App& app)
       ->required()
       ->check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
       ->option_text("FILE");
-  command()
-      .add_option("--frame", frame_,
-                  "Page of a TIFF file or plane of a stack, counted from 0; default all")
-      ->check(frameNumber())
-      ->option_text("K");
+  addFrameOption(frame_);
 }
 
 int FilterCommand::run() const {

@@ -82,11 +82,7 @@ MeasureCommand::MeasureCommand(CLI::App& app)
       .add_option("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
       ->check(writableFile({".iht", ".ics"}))
       ->option_text("FILE");
-  command()
-      .add_option("--frame", frame_,
-                  "Page of a TIFF file or plane of a stack, counted from 0; default all")
-      ->check(frameNumber())
-      ->option_text("K");
+  addFrameOption(frame_);
 }
 
 void MeasureCommand::measure() const {

@@ -28,6 +28,14 @@ Subcommand::Subcommand(CLI::App& app, const std::string& name, const std::string
   command_->footer(example);
 }
 
+void Subcommand::addFrameOption(std::optional<int>& frame) {
+  command_
+      ->add_option("--frame", frame,
+                   "Page of a TIFF file or plane of a stack, counted from 0; default all")
+      ->check(frameNumber())
+      ->option_text("K");
+}
+
 void reportFailure(const std::string& file, const std::exception& error) {
   const bool full = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
   std::cerr << "orva: " << file << ": " << (full ? "needs more memory than there is" : error.what())

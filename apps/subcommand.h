@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,6 +29,9 @@ class Subcommand {
              const std::string& example);
 
   CLI::App& command() { return *command_; }
+
+  // Adds --frame, for a command that otherwise takes all frames.
+  void addFrameOption(std::optional<int>& frame);
 
  private:
   CLI::App* command_;
