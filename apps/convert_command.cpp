@@ -27,7 +27,8 @@ ConvertCommand::ConvertCommand(CLI::App& app)
 int ConvertCommand::run() const {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
-    const auto img = readImageFile(input_, frame_, Colour::kKept);
+    const auto img = readImageFile(
+        input_, frame_, holdsColour(output_) ? ColourUse::kKept : ColourUse::kKeptIfBytes);
     writeImageFile(output_, *img, stretch_ ? Fit::kStretched : Fit::kExactly);
   });
 }

@@ -2,6 +2,8 @@
 #ifndef ORVA_APPS_FILE_ERROR_H
 #define ORVA_APPS_FILE_ERROR_H
 
+#include <cerrno>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -12,7 +14,9 @@ class FileError : public std::runtime_error {
   explicit FileError(const std::string& what) : std::runtime_error(what) {}
 
   // "what: " and the text of the C library's last error.
-  static FileError fromErrno(const std::string& what);
+  static FileError fromErrno(const std::string& what) {
+    return FileError(what + ": " + std::strerror(errno));
+  }
 };
 
 }  // namespace orva_app

@@ -17,15 +17,15 @@ namespace scalespace = orva::scalespace;
 using orva::Image;
 using Result = orva::image<float>;
 
-constexpr float kRatio = 1.0F;  // of sigma in the plane to that along the frames
+constexpr float kRatio = 1.0F;  // the same sigma along the frames as in the plane
 
-// The mixed derivatives have overloads with several sigmas.
-using OneSigma = Result (*)(const Image&, float);
+// Of several overloads the one with one sigma.
+using OneSigma = Result (*)(const Image& img, float sigma);
 
 // A filter of the library at one scale.
 struct Operation {
   std::string_view name;
-  Result (*apply)(const Image& img, float sigma);
+  OneSigma apply;
 };
 
 constexpr std::array<Operation, 15> kOperations{
@@ -85,7 +85,7 @@ FilterCommand::FilterCommand(CLI::App& app)
 int FilterCommand::run() const {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
-    const auto img = readImageFile(input_, frame_, Colour::kLuminance);
+    const auto img = readImageFile(input_, frame_, ColourUse::kLuminance);
     const bool needsStack = operation_.find('z') != std::string::npos;
     if (needsStack && img->nframes() == 1) {
       throw FileError("has one plane, and " + operation_ + " needs a stack");

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -48,31 +47,37 @@ bool isTiff(std::string_view start) {
   throw FileError("there is no frame " + std::to_string(frame));
 }
 
-// The planes one behind the other in z.
+// The planes, of one size and type, one behind the other in z.
 ImagePointer stackOf(const std::vector<ImagePointer>& planes) {
-  const orva::Image& first = *planes.front();
-  const std::size_t pixels = planes.size() * static_cast<std::size_t>(first.npix());
-  if (pixels > std::numeric_limits<int>::max()) throw FileError("the stack is too large");
-  ImagePointer stack(first.scale(-1, -1, static_cast<int>(planes.size())));
+  ImagePointer stack(planes.front()->scale(-1, -1, static_cast<int>(planes.size())));
   auto* to = static_cast<unsigned char*>(stack->data());
   for (const ImagePointer& plane : planes) {
-    if (plane->format() != first.format() || !plane->equalSize(first)) {
-      throw FileError("its pages differ in size or pixel type; choose one with --frame");
-    }
     const auto* from = static_cast<const unsigned char*>(plane->data());
     to = std::copy_n(from, std::ptrdiff_t{plane->npix()} * plane->pixelSize(), to);
   }
   return stack;
 }
 
-ImagePointer readTiffStack(const std::string& path, Colour colour) {
+// Judges every page before the next one takes memory.
+ImagePointer readTiffStack(const std::string& path, ColourUse colour) {
+  constexpr std::size_t kMostPixels = std::numeric_limits<int>::max();
   std::vector<ImagePointer> planes;
-  readTiffPages(path, [&](const Raster& page) { planes.push_back(page.toImage(colour)); });
+  readTiffPages(path, [&](const Raster& page) {
+    planes.push_back(page.toImage(colour));
+    const orva::Image& first = *planes.front();
+    const orva::Image& last = *planes.back();
+    if (last.format() != first.format() || !last.equalSize(first)) {
+      throw FileError("its pages differ in size or pixel type; choose one with --frame");
+    }
+    if (planes.size() * static_cast<std::size_t>(first.npix()) > kMostPixels) {
+      throw FileError("the stack is too large");
+    }
+  });
   return planes.size() == 1 ? std::move(planes.front()) : stackOf(planes);
 }
 
 // The whole of a file that is no TIFF file.
-ImagePointer readWhole(const std::string& path, FileKind kind, Colour colour) {
+ImagePointer readWhole(const std::string& path, FileKind kind, ColourUse colour) {
   switch (kind) {
     case FileKind::kPgm:
       return readPgmFile(path);
@@ -91,10 +96,6 @@ ImagePointer readWhole(const std::string& path, FileKind kind, Colour colour) {
 
 }  // namespace
 
-FileError FileError::fromErrno(const std::string& what) {
-  return FileError(what + ": " + std::strerror(errno));
-}
-
 FileKind kindOf(const std::string& path) {
   const std::string start = firstBytes(path);
   const std::string extension = extensionOf(path);
@@ -108,7 +109,7 @@ FileKind kindOf(const std::string& path) {
   throw FileError("is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif");
 }
 
-ImagePointer readImageFile(const std::string& path, std::optional<int> frame, Colour colour) {
+ImagePointer readImageFile(const std::string& path, std::optional<int> frame, ColourUse colour) {
   const FileKind kind = kindOf(path);
   if (kind == FileKind::kTiff) {
     return frame ? readTiffFile(path, *frame).toImage(colour) : readTiffStack(path, colour);

@@ -25,7 +25,7 @@ inline constexpr const char* kImageFiles = "PGM, PPM, PNG, TIFF, IHT or UIF file
 // Frame `frame`, counted from 0, of the image file, or all frames as planes in z. Throws FileError
 // as kindOf(), and for a damaged file.
 std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,
-                                           Colour colour);
+                                           ColourUse colour);
 
 // One reader a format, for a file of that kind.
 std::unique_ptr<orva::Image> readPgmFile(const std::string& path);

@@ -4,7 +4,6 @@
 #include <bit>
 #include <cmath>
 #include <fstream>
-#include <iostream>
 #include <iterator>
 #include <memory>
 #include <system_error>
@@ -13,6 +12,7 @@
 #include "apps/file_error.h"
 #include "apps/png_encoder.h"
 #include "apps/raster.h"
+#include "apps/silence.h"
 #include "apps/text.h"
 #include "apps/tiff_writer.h"
 #include "orva/image_io/image_io.h"
@@ -77,23 +77,6 @@ std::string contentOf(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
-
-// Keeps the library's own lines about files that it can not write off the standard streams; the
-// command reports them itself.
-class Silence {
- public:
-  Silence() : out_(std::cout.rdbuf(nullptr)), err_(std::cerr.rdbuf(nullptr)) {}
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  ~Silence() {
-    std::cout.rdbuf(out_);
-    std::cerr.rdbuf(err_);
-  }
-
- private:
-  std::streambuf* out_;
-  std::streambuf* err_;
-};
 
 // For files that are written by name: calls write(name in a work directory), and takes what it
 // wrote there as the content of `targets`, whose last names are the same. The last one, with the
@@ -268,6 +251,11 @@ void writeImageFile(const std::string& path, const orva::Image& img, Fit fit) {
 std::vector<fs::path> filesOf(const std::string& path) {
   if (extensionOf(path) != ".ics") return {path};
   return {path, fs::path(path).replace_extension(".ids")};
+}
+
+bool holdsColour(const std::string& path) {
+  const std::string extension = extensionOf(path);
+  return extension != ".pgm" && extension != ".iht" && extension != ".uif";
 }
 
 CLI::Validator writableFile(const std::vector<std::string>& extensions) {

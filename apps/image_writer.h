@@ -27,6 +27,9 @@ std::vector<FileContent> encodeImage(const std::string& path, const orva::Image&
 // The names of the files that writeImageFile(path) writes.
 std::vector<std::filesystem::path> filesOf(const std::string& path);
 
+// Whether the format that `path` names has colour.
+bool holdsColour(const std::string& path);
+
 // Accepts the names of files that writeImageFile() knows, of these extensions if some are given.
 CLI::Validator writableFile(const std::vector<std::string>& extensions);
 

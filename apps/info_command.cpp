@@ -86,7 +86,7 @@ std::string describeTiff(const std::string& file) {
   std::string first;
   Range range;
   readTiffPages(file, [&](const Raster& page) {
-    const auto img = page.toImage(page.canKeepColour() ? Colour::kKept : Colour::kLuminance);
+    const auto img = page.toImage(ColourUse::kKeptIfBytes);
     if (pages == 0) first = describePlane(*img) + line("pixel type", typeOf(*img));
     ++pages;
     range.add(*img);
@@ -94,14 +94,8 @@ std::string describeTiff(const std::string& file) {
   return line("pages", pages) + first + line("range", range.text());
 }
 
-std::string describeImage(const std::string& file, FileKind kind) {
-  std::unique_ptr<orva::Image> img;
-  if (kind == FileKind::kPng) {
-    const Raster raster = readPngFile(file);
-    img = raster.toImage(raster.canKeepColour() ? Colour::kKept : Colour::kLuminance);
-  } else {
-    img = readImageFile(file, std::nullopt, Colour::kKept);
-  }
+std::string describeImage(const std::string& file) {
+  const auto img = readImageFile(file, std::nullopt, ColourUse::kKeptIfBytes);
   Range range;
   range.add(*img);
   return describePlane(*img) + line("planes", img->nframes()) + line("pixel type", typeOf(*img)) +
@@ -128,6 +122,8 @@ std::string describeIcs(const std::string& file) {
   const Text dataset(datasetText);
   const Text type(typeText);
   if (known == 0) throw FileError("is no ICS header, or its pixel type is unknown");
+  if (x < 1 || y < 1 || z < 1 || c < 0 || t < 0)
+    throw FileError("is a damaged ICS header: bad sizes");
   std::string text = line("width", x) + line("height", y) + line("depth", z);
   // A header may leave out these two.
   if (c > 0) text += line("channels", c);
@@ -143,7 +139,7 @@ std::string describe(const std::string& file) {
   const std::string start = line("file", file) + line("format", nameOf(kind));
   if (kind == FileKind::kIcs) return start + describeIcs(file);
   if (kind == FileKind::kTiff) return start + describeTiff(file);
-  return start + describeImage(file, kind);
+  return start + describeImage(file);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The orva command.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -32,6 +33,9 @@ int run(int argc, char** argv) {
   subcommands.push_back(std::make_unique<orva_app::InfoCommand>(app));
   subcommands.push_back(std::make_unique<orva_app::ConvertCommand>(app));
   app.require_subcommand(0, 1);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return std::string("orva: ") + error.what() + " (--help shows how)\n";
+  });
   try {
     app.parse(argc, argv);
     for (const auto& subcommand : subcommands) {
@@ -46,6 +50,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like a full disk
   try {
     return run(argc, argv);
   } catch (const std::exception& e) {

@@ -1,12 +1,15 @@
 #include "apps/measure_command.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <vector>
 
+#include "apps/file_error.h"
 #include "apps/image_file.h"
 #include "apps/image_writer.h"
 #include "apps/output_file.h"
+#include "apps/silence.h"
 #include "apps/text.h"
 #include "orva/bip/bip.h"
 
@@ -38,6 +41,19 @@ void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& featur
   }
   orva::bip::relabel(labels);
   std::erase_if(features, [&](const RegionFeature& f) { return !isWanted(f); });
+}
+
+// The regions of the mask, with their holes if they are to be filled.
+orva::image<short> labelled(orva::image<unsigned char>& mask, bool fill, int& n) {
+  const Silence silence;  // labels that run out are reported below
+  if (fill) orva::bip::removeInternalStructures(mask);
+  orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
+  for (int i = 0; i < labels.npix(); ++i) {
+    if (mask.pixels()[i] == 255 && labels.pixels()[i] < 0) {
+      throw FileError("has more than 32768 regions; smooth it or raise the threshold");
+    }
+  }
+  return labels;
 }
 
 }  // namespace
@@ -86,12 +102,14 @@ MeasureCommand::MeasureCommand(CLI::App& app)
 }
 
 void MeasureCommand::measure() const {
-  const auto img = readImageFile(input_, frame_, Colour::kLuminance);
+  const auto img = readImageFile(input_, frame_, ColourUse::kLuminance);
   const float t = threshold_ ? *threshold_ : orva::bip::computeThreshold(*img, scale_);
+  if (!std::isfinite(t)) {
+    throw FileError("has pixels that are no numbers or infinite; give a --threshold");
+  }
   orva::image<unsigned char> mask = orva::bip::threshold(*img, t);
-  if (fill_) orva::bip::removeInternalStructures(mask);
   int n = 0;
-  orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
+  orva::image<short> labels = labelled(mask, fill_, n);
   std::vector<RegionFeature> features = orva::bip::regionFeatures(labels, n, *img);
   selectBySize(labels, features, minSize_, maxSize_.value_or(std::numeric_limits<int>::max()));
   std::vector<FileContent> results;

@@ -45,6 +45,27 @@ mode_t usualMode() {
   return 0666 & ~mask;
 }
 
+// That of the file which is replaced, or the usual one.
+mode_t modeOf(const fs::path& target) {
+  struct stat status {};
+  return ::stat(target.c_str(), &status) == 0 ? status.st_mode & 07777 : usualMode();
+}
+
+// Standard output or error if `path` is the file that it goes to, as /dev/stdout is, or -1. Such a
+// file may hold what others wrote, and more may follow.
+int standardStream(const fs::path& path) {
+  struct stat file {};
+  if (::stat(path.c_str(), &file) != 0) return -1;
+  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+    struct stat status {};
+    if (::fstat(stream, &status) == 0 && status.st_dev == file.st_dev &&
+        status.st_ino == file.st_ino) {
+      return stream;
+    }
+  }
+  return -1;
+}
+
 // A file that is complete under a temporary name beside its own. A path that is no regular file is
 // written to at once.
 class StagedFile {
@@ -55,6 +76,10 @@ class StagedFile {
     if (fs::is_directory(status)) fail(path_, EISDIR);
     // Through a link the file behind it is replaced, not the link. A file without a name of its
     // own, which /dev/stdout may be, can only be written to.
+    if (const int stream = standardStream(path_); stream >= 0) {
+      if (const int error = writeAll(stream, file.content); error != 0) fail(path_, error);
+      return;
+    }
     std::error_code unnamed;
     target_ = fs::exists(status) ? fs::canonical(path_, unnamed) : path_;
     if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
@@ -87,7 +112,7 @@ class StagedFile {
     std::string name = (target_.parent_path() / ".orva-XXXXXX").string();
     const int file = ::mkostemp(name.data(), O_CLOEXEC);
     if (file < 0) fail(path_, errno);
-    int error = ::fchmod(file, usualMode()) == 0 ? 0 : errno;
+    int error = ::fchmod(file, modeOf(target_)) == 0 ? 0 : errno;
     const int written = finish(file, content);
     if (error == 0) error = written;
     if (error != 0) {

@@ -24,7 +24,13 @@ struct Encoder {
   }
   static void onWarning(png_structp /*png*/, png_const_charp /*message*/) {}
   static void append(png_structp png, png_bytep bytes, size_t count) {
-    static_cast<Encoder*>(png_get_io_ptr(png))->file.append(reinterpret_cast<char*>(bytes), count);
+    try {
+      static_cast<Encoder*>(png_get_io_ptr(png))
+          ->file.append(reinterpret_cast<char*>(bytes), count);
+      return;
+    } catch (const std::bad_alloc&) {  // must not pass through libpng
+    }
+    png_error(png, "out of memory");
   }
   static void flush(png_structp /*png*/) {}
 

@@ -69,7 +69,7 @@ void checkPgm(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   const PnmHeader header(in, "PGM");
   // Tests the sizes; no memory is touched.
-  const Raster fits(header.width(), header.height(), 1, Colours::kGrey, SampleType::kUint8);
+  const Raster fits(header.width(), header.height(), 1, Meaning::kGrey, SampleType::kUint8);
   const std::uint64_t left =
       in ? std::filesystem::file_size(path) - static_cast<std::uint64_t>(in.tellg()) : 0;
   if (left < header.width() * header.height()) header.fail("pixels are missing");
@@ -85,7 +85,7 @@ std::unique_ptr<orva::Image> readPgmFile(const std::string& path) {
 Raster readPpmFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   const PnmHeader header(in, "PPM");
-  Raster raster(header.width(), header.height(), 3, Colours::kRgb, SampleType::kUint8);
+  Raster raster(header.width(), header.height(), 3, Meaning::kRgb, SampleType::kUint8);
   for (std::size_t y = 0; y < raster.height(); ++y) {
     const auto bytes = static_cast<std::streamsize>(raster.rowBytes());
     if (!in.read(reinterpret_cast<char*>(raster.row(y)), bytes)) header.fail("pixels are missing");

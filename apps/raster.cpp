@@ -22,15 +22,14 @@ std::size_t sizeOf(SampleType type) {
   }
 }
 
-Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Colours colours,
+Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Meaning meaning,
                SampleType type)
-    : width_(width), height_(height), channels_(channels), colours_(colours), type_(type) {
-  constexpr std::size_t kLargestSide = std::numeric_limits<std::int16_t>::max();
+    : width_(width), height_(height), channels_(channels), meaning_(meaning), type_(type) {
+  constexpr std::size_t kMostPixels = std::numeric_limits<std::int32_t>::max();
   if (width == 0 || height == 0 || channels == 0) throw FileError("the image has no pixels");
-  if (width > kLargestSide || height > kLargestSide) {
-    throw FileError("the image is too large: at most 32767 pixels a side");
-  }
-  if (height * rowBytes() > kMostBytes) throw FileError("the image is too large");
+  if (width > kMostPixels / height || channels > kMostBytes / kMostPixels ||
+      height * rowBytes() > kMostBytes)
+    throw FileError("the image is too large");
   // Not initialised: a file that promises more pixels than it holds costs no memory.
   data_.reset(new unsigned char[height * rowBytes()]);
 }
@@ -69,7 +68,7 @@ std::unique_ptr<orva::Image> Raster::convert() const {
   const int nx = static_cast<int>(width_);
   const int ny = static_cast<int>(height_);
   const auto* from = reinterpret_cast<const Sample*>(data_.get());
-  if (colours_ == Colours::kGrey) {
+  if (meaning_ == Meaning::kGrey) {
     auto grey = std::make_unique<orva::image<Pixel>>(nx, ny, 1, 1, 1);
     for (int i = 0; i < grey->npix(); ++i, from += channels_) {
       grey->pixels()[i] = static_cast<Pixel>(*from);
@@ -84,7 +83,7 @@ std::unique_ptr<orva::Image> Raster::convert() const {
 }
 
 std::unique_ptr<orva::Image> Raster::keepColour() const {
-  if (!canKeepColour()) {
+  if (type_ != SampleType::kUint8) {
     throw FileError("has colour of other samples than bytes, which can not be kept");
   }
   using Rgb = orva::GenericRgb<unsigned char>;
@@ -97,8 +96,11 @@ std::unique_ptr<orva::Image> Raster::keepColour() const {
   return picture;
 }
 
-std::unique_ptr<orva::Image> Raster::toImage(Colour colour) const {
-  if (colours_ == Colours::kRgb && colour == Colour::kKept) return keepColour();
+std::unique_ptr<orva::Image> Raster::toImage(ColourUse colour) const {
+  const bool isColour = meaning_ == Meaning::kRgb;
+  const bool keeps = colour == ColourUse::kKept ||
+                     (colour == ColourUse::kKeptIfBytes && type_ == SampleType::kUint8);
+  if (isColour && keeps) return keepColour();
   switch (type_) {
     case SampleType::kUint8:
       return convert<std::uint8_t, unsigned char>();

@@ -18,10 +18,11 @@ std::size_t sizeOf(SampleType type);
 inline constexpr std::size_t kMostBytes = std::size_t{1} << 34U;
 
 // What a file's samples are.
-enum class Colours { kGrey, kRgb };
+enum class Meaning { kGrey, kRgb };
 
-// What becomes of colour: its luminance as floats, or the colours themselves.
-enum class Colour { kLuminance, kKept };
+// What becomes of colour: its luminance as floats, or the colours themselves, or the colours
+// either where they are bytes and luminance where not.
+enum class ColourUse { kLuminance, kKept, kKeptIfBytes };
 
 // The brightness of a colour pixel. Red is component 0.
 template <class T>
@@ -34,9 +35,9 @@ float brightnessOf(const orva::GenericRgb<T>& p) {
 // three as red, green and blue; further ones are not used.
 class Raster {
  public:
-  // Throws FileError for sizes of 0, for sides past those that voting can address and for lack of
-  // memory.
-  Raster(std::size_t width, std::size_t height, std::size_t channels, Colours colours,
+  // Throws FileError for sizes of 0 and for more pixels than an image can have, std::bad_alloc for
+  // lack of memory.
+  Raster(std::size_t width, std::size_t height, std::size_t channels, Meaning meaning,
          SampleType type);
 
   std::size_t width() const { return width_; }
@@ -46,15 +47,12 @@ class Raster {
   // The start of row `y`; memory is as allocated until written.
   unsigned char* row(std::size_t y) { return data_.get() + y * rowBytes(); }
 
-  // Whether toImage(Colour::kKept) is possible.
-  bool canKeepColour() const { return colours_ == Colours::kGrey || type_ == SampleType::kUint8; }
-
   // Turns the order of the greys round: unsigned samples v become largest - v.
   void invert();
 
   // Grey in the narrowest pixel type that holds the samples. Colour as asked; throws FileError for
   // colour to be kept of other samples than bytes.
-  std::unique_ptr<orva::Image> toImage(Colour colour) const;
+  std::unique_ptr<orva::Image> toImage(ColourUse colour) const;
 
  private:
   template <class Sample, class Pixel>
@@ -67,7 +65,7 @@ class Raster {
   std::size_t width_;
   std::size_t height_;
   std::size_t channels_;
-  Colours colours_;
+  Meaning meaning_;
   SampleType type_;
   std::unique_ptr<unsigned char[]> data_;
 };

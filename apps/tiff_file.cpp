@@ -148,7 +148,7 @@ Raster readAsColour(const TiffHandle& in, const Layout& layout) {
   if (TIFFRGBAImageOK(in.handle(), why.data()) == 0) {
     throw FileError(std::string("is a TIFF file of an unsupported kind: ") + why.data());
   }
-  Raster raster(layout.width, layout.height, 4, Colours::kRgb, SampleType::kUint8);
+  Raster raster(layout.width, layout.height, 4, Meaning::kRgb, SampleType::kUint8);
   // Not initialised, as a raster is not.
   const std::size_t count = layout.width * layout.height;
   const std::unique_ptr<std::uint32_t[]> pixels(new std::uint32_t[count]);
@@ -174,7 +174,7 @@ Raster readPage(const TiffHandle& in) {
   const std::optional<SampleType> type = sampleTypeOf(layout);
   if (!type) return readAsColour(in, layout);
   Raster raster(layout.width, layout.height, layout.samples,
-                layout.photometric == PHOTOMETRIC_RGB ? Colours::kRgb : Colours::kGrey, *type);
+                layout.photometric == PHOTOMETRIC_RGB ? Meaning::kRgb : Meaning::kGrey, *type);
   BlockDecoder(in, layout, sizeOf(*type)).decode(raster);
   if (layout.photometric == PHOTOMETRIC_MINISWHITE) raster.invert();
   return raster;

@@ -7,6 +7,7 @@
 
 #include "apps/file_error.h"
 #include "apps/output_file.h"
+#include "apps/silence.h"
 #include "orva/scalespace/scalespace.h"
 
 namespace orva_app {
@@ -71,7 +72,10 @@ VoteResult vote(const orva::Image& img, const VoteSettings& s,
     const WorkDirectory work(directory);
     voting.saveHistory(true);
     voting.setPrefix((work.path() / prefix.filename()).string());
-    voting.compute(img);
+    {
+      const Silence silence;  // a pair that can not be written is reported once, below
+      voting.compute(img);
+    }
     keepHistory(work.path(), directory, img);
   } else {
     voting.compute(img);

@@ -194,7 +194,7 @@ std::string VoteCommand::table(const std::string& file, const orva::Image& img,
 
 void VoteCommand::voteOnOne() const {
   const std::string& file = images_.front();
-  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, Colour::kLuminance);
+  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
   const VoteResult result = vote(*img, settings_, history_);
   const std::string text = table(file, *img, result);
   std::vector<FileContent> files;
@@ -222,7 +222,7 @@ int VoteCommand::voteOnAll() const {
     progress.show(i, file);
     try {
       const auto start = std::chrono::steady_clock::now();
-      const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, Colour::kLuminance);
+      const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
       const VoteResult result =
           vote(*img, settings_,
                history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());

@@ -9,10 +9,11 @@
 ///
 /// @code
 /// #include "orva/bip/bip.h"
-/// orva::image<unsigned char> mask = orva::bip::threshold(img, orva::bip::computeThreshold(img,
-/// 2)); int n = 0; orva::image<short> labels = orva::bip::regions(mask, n, 255, 1,
-/// orva::NEIGHBORHOOD_4); std::vector<orva::RegionFeature> table =
-/// orva::bip::regionFeatures(labels, n, img);
+/// const float level = orva::bip::computeThreshold(img, 2.0f);
+/// orva::image<unsigned char> mask = orva::bip::threshold(img, level);
+/// int n = 0;
+/// orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
+/// std::vector<orva::RegionFeature> table = orva::bip::regionFeatures(labels, n, img);
 /// @endcode
 #ifndef ORVA_BIP_BIP_H
 #define ORVA_BIP_BIP_H
@@ -219,7 +220,8 @@ ORVA_EXPORT image<unsigned char> threshold(const Image& img, float t);
 
 /// The midpoint between the mean brightness inside and outside the bright blobs of @p img, its
 /// LAPLACIAN_NEGATIVE mask at @p scale (scalespace::features). The mean of no pixels is 0. Sums are
-/// in single precision. For a null image 0, after three lines on standard error:
+/// in single precision, and a NaN makes the result one. For a null image 0, after three lines on
+/// standard error, the first with a blank at its end:
 /// @verbatim
 /// Warning:
 /// In bip::computeThreshold, input image is empty!

@@ -38,8 +38,7 @@ ORVA_EXPORT std::string toString(double v);
 ORVA_EXPORT int toInt(std::string& s);
 
 /// The number at the start of @p s, after white space. A text without a number, or with a cut-off
-/// exponent such as "12e", gives 0; one out of
-/// range gives the nearest finite float.
+/// exponent such as "12e", gives 0; one out of range gives the nearest finite float.
 ORVA_EXPORT float toFloat(std::string& s);
 
 /// The value of the environment variable @p name.

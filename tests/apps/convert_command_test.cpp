@@ -127,11 +127,29 @@ TEST_F(ConvertCommand, NumbersTooLargeForIhtFail) {
 TEST_F(ConvertCommand, WideColourCanNotBeKept) {
   const Picture picture{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
   TiffFile(box / "wide.tif").page(picture, {.bits = 16, .photometric = PHOTOMETRIC_RGB});
-  for (const std::string& to : kOutputs) {
+  for (const std::string to : {".ppm", ".png", ".tif", ".ics"}) {
     EXPECT_TRUE(failedWithOneLine(convert("wide.tif", "out" + to), "wide.tif",
                                   "has colour of other samples than bytes"));
   }
   EXPECT_EQ(box.names(), std::vector<std::string>{"wide.tif"});
+}
+
+TEST_F(ConvertCommand, WideColourBecomesLuminanceWhereThereIsNoColour) {
+  const Picture picture{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
+  TiffFile(box / "wide.tif").page(picture, {.bits = 16, .photometric = PHOTOMETRIC_RGB});
+  EXPECT_TRUE(succeeded(convert("wide.tif", "out.iht")));
+  const auto brightness = [](double red, double green, double blue) {
+    return static_cast<double>(
+        static_cast<float>(0.212671 * red + 0.71516 * green + 0.072169 * blue));
+  };
+  const Content result = readContent(box / "out.iht");
+  EXPECT_EQ(result.type, orva::FLOAT);
+  ASSERT_EQ(result.values.size(), 2U);
+  EXPECT_FLOAT_EQ(static_cast<float>(result.values[0]), static_cast<float>(brightness(1, 2, 300)));
+  EXPECT_FLOAT_EQ(static_cast<float>(result.values[1]),
+                  static_cast<float>(brightness(4, 5, 65535)));
+  EXPECT_TRUE(succeeded(convert("wide.tif", "out.pgm", {"--stretch"})));
+  EXPECT_EQ(readContent(box / "out.pgm").values, (std::vector<double>{0, 255}));
 }
 
 TEST_F(ConvertCommand, PagesThatDifferFailUnlessOneIsChosen) {
