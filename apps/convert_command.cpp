@@ -10,15 +10,17 @@ ConvertCommand::ConvertCommand(CLI::App& app)
           app, "convert", "Write an image in another file format",
           "PGM, PPM and PNG hold one plane; TIFF, IHT, UIF and ICS hold stacks. PGM, PPM and "
           "UIF\n"
-          "hold whole numbers from 0 to 255, PNG up to 65535.\n"
+          "hold whole numbers from 0 to 255, PNG up to 65535. PGM, IHT and UIF hold no colour; it "
+          "becomes\n"
+          "luminance.\n"
           "Example: a 16-bit image as a picture to look at\n"
           "  orva convert --stretch nuclei.tif nuclei.png") {
-  command().add_option("in", input_, kImageFiles)->required()->option_text("IN");
+  command().add_option("in", input_, kImageFiles)->required()->option_text("IN REQUIRED");
   command()
       .add_option("out", output_, "File to write: .pgm, .ppm, .png, .tif, .iht, .uif or .ics")
       ->required()
       ->check(writableFile({}))
-      ->option_text("OUT");
+      ->option_text("OUT REQUIRED");
   addFrameOption(frame_);
   command().add_flag("--stretch", stretch_,
                      "Map the range of grey pixels to 0..255, whatever the format");

@@ -84,7 +84,7 @@ std::string contentOf(const fs::path& file) {
 template <class Write>
 Files writtenByName(const fs::path& path, const std::vector<fs::path>& targets,
                     std::uintmax_t least, Write write) {
-  const WorkDirectory work(path.has_parent_path() ? path.parent_path() : ".");
+  const WorkDirectory work(path);
   {
     const Silence silence;
     write((work.path() / path.filename()).string());
@@ -259,12 +259,16 @@ bool holdsColour(const std::string& path) {
 }
 
 CLI::Validator writableFile(const std::vector<std::string>& extensions) {
+  static const std::vector<std::string> kAll{".pgm",  ".ppm", ".png", ".tif",
+                                             ".tiff", ".iht", ".uif", ".ics"};
   return {[extensions](const std::string& path) {
             const bool good =
                 encoderFor(path) != nullptr &&
                 (extensions.empty() || std::find(extensions.begin(), extensions.end(),
                                                  extensionOf(path)) != extensions.end());
-            return good ? "" : path + " has none of the extensions that can be written";
+            if (good) return std::string();
+            return path + " has none of the extensions that can be written: " +
+                   CLI::detail::join(extensions.empty() ? kAll : extensions, " ");
           },
           ""};
 }

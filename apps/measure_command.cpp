@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iostream>
 #include <limits>
 #include <vector>
 
@@ -61,10 +62,14 @@ orva::image<short> labelled(orva::image<unsigned char>& mask, bool fill, int& n)
 MeasureCommand::MeasureCommand(CLI::App& app)
     : Subcommand(
           app, "measure", "Threshold an image and measure its bright regions",
-          "The table has a row for each region: its bounding box, centroid, equivalent "
-          "radius, number\n"
-          "of pixels, and the mean and variance of its brightness. Row k, from 0, belongs to "
-          "label k.\n"
+          "The table has a row for each region of bright pixels that touch along the axes: its "
+          "bounding\n"
+          "box, centroid and radius of the disc (in a stack the ball) of as many pixels, both "
+          "rounded down,\n"
+          "number of pixels, and the mean and variance of its brightness. Row k, from 0, belongs "
+          "to label k.\n"
+          "There may be 32768 regions. The threshold and the number of regions go to standard "
+          "output.\n"
           "Example: nuclei of at least 30 pixels\n"
           "  orva measure --min-size 30 --fill --table nuclei.csv nuclei.pgm") {
   command().add_option("image", input_, kImageFiles)->required();
@@ -76,7 +81,7 @@ MeasureCommand::MeasureCommand(CLI::App& app)
   command()
       .add_option("--auto", scale_,
                   "Threshold half way between the means inside and outside bright blobs of this "
-                  "scale in pixels; default 2")
+                  "scale in pixels, about the radius of the objects; default 5")
       ->check(numberIn(0.1F, 1000.0F))
       ->excludes(threshold)
       ->option_text("SCALE");
@@ -93,7 +98,7 @@ MeasureCommand::MeasureCommand(CLI::App& app)
   command()
       .add_option("--table", table_, "The table goes to FILE.csv")
       ->required()
-      ->option_text("FILE.csv");
+      ->option_text("FILE.csv REQUIRED");
   command()
       .add_option("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
       ->check(writableFile({".iht", ".ics"}))
@@ -116,6 +121,13 @@ void MeasureCommand::measure() const {
   if (labels_) results = encodeImage(*labels_, labels, Fit::kExactly);
   results.push_back({table_, tableOf(features)});
   writeFiles(results);
+  summarize(t, features.size());
+}
+
+// Not into a table that goes the same way.
+void MeasureCommand::summarize(float threshold, std::size_t regions) const {
+  if (table_ == "/dev/stdout") return;
+  std::cout << "threshold: " << shortest(threshold) << "\nregions: " << regions << std::endl;
 }
 
 int MeasureCommand::run() const {

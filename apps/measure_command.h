@@ -2,6 +2,7 @@
 #ifndef ORVA_APPS_MEASURE_COMMAND_H
 #define ORVA_APPS_MEASURE_COMMAND_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -17,10 +18,11 @@ class MeasureCommand : public Subcommand {
 
  private:
   void measure() const;
+  void summarize(float threshold, std::size_t regions) const;
 
   std::string input_;
   std::optional<float> threshold_;
-  float scale_ = 2.0F;
+  float scale_ = 5.0F;
   int minSize_ = 1;
   std::optional<int> maxSize_;
   bool fill_ = false;

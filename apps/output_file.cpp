@@ -48,7 +48,7 @@ mode_t usualMode() {
 // That of the file which is replaced, or the usual one.
 mode_t modeOf(const fs::path& target) {
   struct stat status {};
-  return ::stat(target.c_str(), &status) == 0 ? status.st_mode & 07777 : usualMode();
+  return ::stat(target.c_str(), &status) == 0 ? status.st_mode & 0777 : usualMode();
 }
 
 // Standard output or error if `path` is the file that it goes to, as /dev/stdout is, or -1. Such a
@@ -139,9 +139,10 @@ void writeFile(const fs::path& path, std::string_view content) {
   writeFiles({{path, std::string(content)}});
 }
 
-WorkDirectory::WorkDirectory(const fs::path& parent) {
+WorkDirectory::WorkDirectory(const fs::path& result) {
+  const fs::path parent = result.has_parent_path() ? result.parent_path() : ".";
   std::string name = (parent / ".orva-XXXXXX").string();
-  if (::mkdtemp(name.data()) == nullptr) fail(parent, errno);
+  if (::mkdtemp(name.data()) == nullptr) fail(result, errno);
   path_ = name;
 }
 

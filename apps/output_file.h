@@ -23,11 +23,11 @@ struct FileContent {
 // what is no regular file some may have been written when another fails.
 void writeFiles(const std::vector<FileContent>& files);
 
-// A directory beside the results, for files that a library call writes by name. It goes away with
-// this object, and with it what has not been moved out.
+// A directory beside a result, for files that a library call writes by name. It goes away with this
+// object, and with it what has not been moved out. Throws FileError with the result's path.
 class WorkDirectory {
  public:
-  explicit WorkDirectory(const std::filesystem::path& parent);
+  explicit WorkDirectory(const std::filesystem::path& result);
   WorkDirectory(const WorkDirectory&) = delete;
   WorkDirectory& operator=(const WorkDirectory&) = delete;
   ~WorkDirectory();

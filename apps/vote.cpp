@@ -69,7 +69,7 @@ VoteResult vote(const orva::Image& img, const VoteSettings& s,
   if (history) {
     const fs::path prefix(*history);
     const fs::path directory = prefix.has_parent_path() ? prefix.parent_path() : ".";
-    const WorkDirectory work(directory);
+    const WorkDirectory work(prefix);
     voting.saveHistory(true);
     voting.setPrefix((work.path() / prefix.filename()).string());
     {

@@ -42,6 +42,7 @@ struct Request {
 using Fields = std::vector<float>;  // thirteen a row; the pixel counts here fit a float
 
 struct Measured {
+  float threshold;
   std::vector<Fields> rows;
   Content labels;
 };
@@ -60,13 +61,13 @@ Fields fieldsOf(const orva::RegionFeature& f) {
 Measured measureDirectly(const orva::Image& img, const Request& request) {
   const float t = request.threshold
                       ? *request.threshold
-                      : orva::bip::computeThreshold(img, request.scale.value_or(2.0F));
+                      : orva::bip::computeThreshold(img, request.scale.value_or(5.0F));
   orva::image<unsigned char> mask = orva::bip::threshold(img, t);
   if (request.fill) orva::bip::removeInternalStructures(mask);
   int n = 0;
   const orva::image<short> all = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
   const auto features = orva::bip::regionFeatures(all, n, img);
-  Measured result{{}, {orva::SHORT, img.nx(), img.ny(), img.nz(), {}}};
+  Measured result{t, {}, {orva::SHORT, img.nx(), img.ny(), img.nz(), {}}};
   std::vector<int> numbers;
   for (const orva::RegionFeature& f : features) {
     const bool isWanted = f.npix >= request.least && f.npix <= request.most;
@@ -124,7 +125,13 @@ class MeasureCommand : public ::testing::Test {
       all.insert(all.end(), options.begin(), options.end());
       const Outcome outcome = measure(in, request, all);
       EXPECT_TRUE(succeeded(outcome));
-      EXPECT_EQ(outcome.out, "");
+      const std::string start = "threshold: ";
+      EXPECT_TRUE(outcome.out.starts_with(start)) << outcome.out;
+      if (!outcome.out.starts_with(start)) return 0;
+      EXPECT_EQ(std::stof(outcome.out.substr(start.size())), expected.threshold);
+      EXPECT_TRUE(
+          outcome.out.ends_with("\nregions: " + std::to_string(expected.rows.size()) + '\n'))
+          << outcome.out;
       EXPECT_EQ(parseRows(box.read("table.csv")), expected.rows);
       EXPECT_EQ(readContent(box / labels), expected.labels);
     }
@@ -244,11 +251,19 @@ TEST_F(MeasureCommand, ColourCountsAsLuminance) {
   }
 }
 
-TEST_F(MeasureCommand, TheDefaultScaleIsTwo) {
+TEST_F(MeasureCommand, ATableOnStandardOutputStandsThereAlone) {
+  box.write("discs.pgm", pgm(twoDiscs()));
+  EXPECT_TRUE(succeeded(measure("discs.pgm", {})));
+  const Outcome outcome = box.run({"measure", "discs.pgm", "--table", "/dev/stdout"});
+  EXPECT_TRUE(succeeded(outcome));
+  EXPECT_EQ(outcome.out, box.read("table.csv"));
+}
+
+TEST_F(MeasureCommand, TheDefaultScaleIsFive) {
   box.write("discs.pgm", pgm(twoDiscs()));
   EXPECT_TRUE(succeeded(measure("discs.pgm", {})));
   const std::string table = box.read("table.csv");
-  EXPECT_TRUE(succeeded(measure("discs.pgm", {.scale = 2.0F})));
+  EXPECT_TRUE(succeeded(measure("discs.pgm", {.scale = 5.0F})));
   EXPECT_EQ(box.read("table.csv"), table);
   const std::vector<Fields> rows = parseRows(table);
   ASSERT_EQ(rows.size(), kTwoDiscs.size());

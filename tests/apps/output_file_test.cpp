@@ -156,5 +156,25 @@ TEST_F(OutputFile, TwoResultsDoNotGoToOneFile) {
   EXPECT_TRUE(succeeded(vote({"--centers", "taken/new", "--overlay", "new"})));
 }
 
+// Standard output may be a file that others write to as well.
+TEST_F(OutputFile, StandardOutputKeepsWhatItsFileHolds) {
+  box.write("log", std::string(1000, '.'));
+  const std::string log = box / "log";
+  const Outcome outcome =
+      box.run({"vote", "--max-radius", "10", "--centers", "/dev/stdout", "discs.pgm"},
+              {.out = log.c_str()});
+  EXPECT_TRUE(succeeded(outcome));
+  const std::string content = box.read("log");
+  EXPECT_TRUE(content.starts_with("x,y,weight\n")) << content;
+  EXPECT_EQ(content.size(), 1000U);
+}
+
+TEST_F(OutputFile, KeepsTheModeOfTheFileThatItReplaces) {
+  box.write("old", "x");
+  std::filesystem::permissions(box / "old", std::filesystem::perms::owner_read);
+  EXPECT_TRUE(succeeded(vote({"--centers", "old"})));
+  EXPECT_EQ(std::filesystem::status(box / "old").permissions(), std::filesystem::perms::owner_read);
+}
+
 }  // namespace
 }  // namespace orva_test
