@@ -1,6 +1,7 @@
 #include "apps/image_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <fstream>
@@ -221,19 +222,29 @@ Files tiffFiles(const fs::path& path, const orva::Image& img, Fit fit) {
 
 using Encoder = Files (*)(const fs::path&, const orva::Image&, Fit);
 
+struct Format {
+  const char* extension;
+  Encoder encoder;
+};
+
+constexpr std::array kFormats{Format{".pgm", pgmFiles},   Format{".ppm", ppmFiles},
+                              Format{".png", pngFiles},   Format{".tif", tiffFiles},
+                              Format{".tiff", tiffFiles}, Format{".iht", ihtFiles},
+                              Format{".uif", uifFiles},   Format{".ics", icsFiles}};
+
+std::vector<std::string> allExtensions() {
+  std::vector<std::string> extensions;
+  extensions.reserve(kFormats.size());
+  for (const Format& format : kFormats) extensions.emplace_back(format.extension);
+  return extensions;
+}
+
 // Null for an extension that is not known.
 Encoder encoderFor(const std::string& path) {
-  struct Row {
-    const char* extension;
-    Encoder encoder;
-  };
-  constexpr Row kEncoders[] = {{".pgm", pgmFiles},  {".ppm", ppmFiles},   {".png", pngFiles},
-                               {".tif", tiffFiles}, {".tiff", tiffFiles}, {".iht", ihtFiles},
-                               {".uif", uifFiles},  {".ics", icsFiles}};
   // The library knows ICS names in small letters only.
   if (fs::path(path).extension() != ".ics" && extensionOf(path) == ".ics") return nullptr;
-  for (const Row& row : kEncoders) {
-    if (extensionOf(path) == row.extension) return row.encoder;
+  for (const Format& format : kFormats) {
+    if (extensionOf(path) == format.extension) return format.encoder;
   }
   return nullptr;
 }
@@ -259,16 +270,14 @@ bool holdsColour(const std::string& path) {
 }
 
 CLI::Validator writableFile(const std::vector<std::string>& extensions) {
-  static const std::vector<std::string> kAll{".pgm",  ".ppm", ".png", ".tif",
-                                             ".tiff", ".iht", ".uif", ".ics"};
-  return {[extensions](const std::string& path) {
+  const std::vector<std::string> accepted = extensions.empty() ? allExtensions() : extensions;
+  return {[accepted](const std::string& path) {
             const bool good =
                 encoderFor(path) != nullptr &&
-                (extensions.empty() || std::find(extensions.begin(), extensions.end(),
-                                                 extensionOf(path)) != extensions.end());
+                std::find(accepted.begin(), accepted.end(), extensionOf(path)) != accepted.end();
             if (good) return std::string();
             return path + " has none of the extensions that can be written: " +
-                   CLI::detail::join(extensions.empty() ? kAll : extensions, " ");
+                   CLI::detail::join(accepted, " ");
           },
           ""};
 }
