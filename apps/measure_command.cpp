@@ -126,7 +126,7 @@ void MeasureCommand::measure() const {
 
 // Not into a table that goes the same way.
 void MeasureCommand::summarize(float threshold, std::size_t regions) const {
-  if (table_ == "/dev/stdout") return;
+  if (isStandardOutput(table_)) return;
   std::cout << "threshold: " << shortest(threshold) << "\nregions: " << regions << std::endl;
 }
 

@@ -51,19 +51,19 @@ mode_t modeOf(const fs::path& target) {
   return ::stat(target.c_str(), &status) == 0 ? status.st_mode & 0777 : usualMode();
 }
 
+// True when `path` is the file that the open `stream` goes to.
+bool isFileOf(int stream, const fs::path& path) {
+  struct stat file {};
+  struct stat status {};
+  return ::stat(path.c_str(), &file) == 0 && ::fstat(stream, &status) == 0 &&
+         status.st_dev == file.st_dev && status.st_ino == file.st_ino;
+}
+
 // Standard output or error if `path` is the file that it goes to, as /dev/stdout is, or -1. Such a
 // file may hold what others wrote, and more may follow.
 int standardStream(const fs::path& path) {
-  struct stat file {};
-  if (::stat(path.c_str(), &file) != 0) return -1;
-  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-    struct stat status {};
-    if (::fstat(stream, &status) == 0 && status.st_dev == file.st_dev &&
-        status.st_ino == file.st_ino) {
-      return stream;
-    }
-  }
-  return -1;
+  if (isFileOf(STDOUT_FILENO, path)) return STDOUT_FILENO;
+  return isFileOf(STDERR_FILENO, path) ? STDERR_FILENO : -1;
 }
 
 // A file that is complete under a temporary name beside its own. A path that is no regular file is
@@ -74,12 +74,12 @@ class StagedFile {
     std::error_code ignored;
     const fs::file_status status = fs::status(path_, ignored);
     if (fs::is_directory(status)) fail(path_, EISDIR);
-    // Through a link the file behind it is replaced, not the link. A file without a name of its
-    // own, which /dev/stdout may be, can only be written to.
     if (const int stream = standardStream(path_); stream >= 0) {
       if (const int error = writeAll(stream, file.content); error != 0) fail(path_, error);
       return;
     }
+    // Through a link the file behind it is replaced, not the link. A file without a name of its
+    // own can only be written to.
     std::error_code unnamed;
     target_ = fs::exists(status) ? fs::canonical(path_, unnamed) : path_;
     if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
@@ -128,6 +128,8 @@ class StagedFile {
 };
 
 }  // namespace
+
+bool isStandardOutput(const fs::path& path) { return isFileOf(STDOUT_FILENO, path); }
 
 void writeFiles(const std::vector<FileContent>& files) {
   std::list<StagedFile> staged;

@@ -10,9 +10,12 @@
 namespace orva_app {
 
 // Puts `content` into `path` through a temporary file beside it, so that a failure leaves what was
-// there before. A path that is no regular file (a pipe, a device) is written to directly. Throws
-// FileError, with the path in its text.
+// there before. A path that is no regular file (a pipe, a device), or that a standard stream goes
+// to, is written to directly. Throws FileError, with the path in its text.
 void writeFile(const std::filesystem::path& path, std::string_view content);
+
+// True when `path` names the file that standard output goes to, under whatever name.
+bool isStandardOutput(const std::filesystem::path& path);
 
 struct FileContent {
   std::filesystem::path path;

@@ -254,9 +254,11 @@ TEST_F(MeasureCommand, ColourCountsAsLuminance) {
 TEST_F(MeasureCommand, ATableOnStandardOutputStandsThereAlone) {
   box.write("discs.pgm", pgm(twoDiscs()));
   EXPECT_TRUE(succeeded(measure("discs.pgm", {})));
-  const Outcome outcome = box.run({"measure", "discs.pgm", "--table", "/dev/stdout"});
-  EXPECT_TRUE(succeeded(outcome));
-  EXPECT_EQ(outcome.out, box.read("table.csv"));
+  for (const std::string name : {"/dev/stdout", "/dev/fd/1"}) {
+    const Outcome outcome = box.run({"measure", "discs.pgm", "--table", name});
+    EXPECT_TRUE(succeeded(outcome));
+    EXPECT_EQ(outcome.out, box.read("table.csv"));
+  }
 }
 
 TEST_F(MeasureCommand, TheDefaultScaleIsFive) {
