@@ -1,0 +1,42 @@
+package orva;
+
+/**
+ * What {@link CircularVoting} looks for.
+ *
+ * @param maxRadius farthest distance of a vote in pixels, 1 to {@value #LARGEST}; about 1.4 times
+ *     the radius of the objects
+ * @param threshold votes above it make a centre, 0 or more; votes count in grey levels a pixel
+ * @param scale sigma of the gradient in pixels, 1 to {@value #LARGEST}
+ */
+public record Settings(int maxRadius, int threshold, int scale) {
+  /** The largest radius and scale. The cones of this radius take a gigabyte of memory. */
+  public static final int LARGEST = 1000;
+
+  /**
+   * Checks the settings.
+   *
+   * @throws IllegalArgumentException when one is out of its range
+   */
+  public Settings {
+    check("largest radius", maxRadius, 1, LARGEST);
+    check("threshold", threshold, 0, Integer.MAX_VALUE);
+    check("scale", scale, 1, LARGEST);
+  }
+
+  /**
+   * Settings that fit most images: a threshold of 200 and a scale of a seventh of the radius.
+   *
+   * @param maxRadius farthest distance of a vote in pixels
+   * @throws IllegalArgumentException when it is out of its range
+   */
+  public Settings(int maxRadius) {
+    this(maxRadius, 200, Math.max(1, Math.round(maxRadius / 7f)));
+  }
+
+  private static void check(String name, int value, int least, int most) {
+    if (value < least || value > most) {
+      String range = most == Integer.MAX_VALUE ? "at least " + least : least + " to " + most;
+      throw new IllegalArgumentException("The " + name + " must be " + range + ", not " + value);
+    }
+  }
+}
