@@ -3,7 +3,8 @@
 function(orva_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
-  target_compile_options(${target} PRIVATE -ffp-contract=off)
+  # No result depends on errno or on floating-point traps, which would keep loops scalar.
+  target_compile_options(${target} PRIVATE -ffp-contract=off -fno-math-errno -fno-trapping-math)
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
   endif()

@@ -1,10 +1,14 @@
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 #include "orva/image/byte_conversion.h"
+#include "orva/image/float_conversion.h"
 #include "orva/image/image.h"
 #include "orva/image/pixel_traits.h"
+#include "orva/image/unset_image.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva {
 namespace {
@@ -24,15 +28,12 @@ image<unsigned char> sharedOrCopied(const Image& img) {
 
 // Each of these fills `result`, whose pixels are those of `img` in number and order.
 
-void toLuminance(const Image& img, image<float>& result) {
-  for (int i = 0; i < result.npix(); ++i) result.pixels()[i] = img.pixel(i);
-}
-
 template <class T>
-void convertSamples(const Image& img, image<float>& result) {
-  const T* from = static_cast<const T*>(img.data());
-  std::transform(from, from + result.npix(), result.pixels(),
-                 [](T v) { return static_cast<float>(v); });
+void convertSamples(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, float* to) {
+  const T* from = static_cast<const T*>(img.data()) + first;
+  onWidestPath([=] {
+    for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = static_cast<float>(from[i]);
+  });
 }
 
 using Rgb = GenericRgb<unsigned char>;
@@ -61,7 +62,7 @@ void compositeAlpha(const Image& img, image<Rgb>& result) {
 template <class T>
 void scaleColour(const Image& img, image<Rgb>& result) {
   image<float> bright(img.nx(), img.ny(), img.nframes(), 1, 1);
-  toLuminance(img, bright);
+  readFloats(img, 0, bright.npix(), bright.pixels());
   const image<unsigned char> stretched = toByteImage(bright, true);
   const auto* from = static_cast<const GenericRgb<T>*>(img.data());
   for (int i = 0; i < result.npix(); ++i) {
@@ -147,37 +148,50 @@ image<Rgb> toRgbImage(const Image& img) {
   }
 }
 
-image<float> toFloatImage(const Image& img) {
-  if (img.isNull()) return nullImage<float>();
-  image<float> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+bool hasFloatForm(const Image& img) {
+  if (img.isNull()) return false;
   switch (img.format()) {
     case BYTE:
-      convertSamples<unsigned char>(img, result);
-      return result;
     case SHORT:
-      convertSamples<short>(img, result);
-      return result;
     case INT:
-      convertSamples<int>(img, result);
-      return result;
     case USHORT:
-      convertSamples<std::uint16_t>(img, result);
-      return result;
     case UINT:
-      convertSamples<unsigned int>(img, result);
-      return result;
     case FLOAT:
-      std::copy_n(static_cast<const float*>(img.data()), result.npix(), result.pixels());
-      return result;
     case RGB:
     case SHORTRGB:
     case INTRGB:
     case FLOATRGB:
-      toLuminance(img, result);
-      return result;
+      return true;
     default:
-      return nullImage<float>();
+      return false;
   }
+}
+
+void readFloats(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, float* to) {
+  switch (img.format()) {
+    case BYTE:
+      return convertSamples<unsigned char>(img, first, count, to);
+    case SHORT:
+      return convertSamples<short>(img, first, count, to);
+    case INT:
+      return convertSamples<int>(img, first, count, to);
+    case USHORT:
+      return convertSamples<std::uint16_t>(img, first, count, to);
+    case UINT:
+      return convertSamples<unsigned int>(img, first, count, to);
+    case FLOAT:
+      std::copy_n(static_cast<const float*>(img.data()) + first, count, to);
+      return;
+    default:
+      for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = img.pixel(static_cast<int>(first + i));
+  }
+}
+
+image<float> toFloatImage(const Image& img) {
+  if (!hasFloatForm(img)) return nullImage<float>();
+  image<float> result = unsetImage<float>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  readFloats(img, 0, result.npix(), result.pixels());
+  return result;
 }
 
 }  // namespace orva

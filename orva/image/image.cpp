@@ -10,6 +10,7 @@
 #include <new>
 #include <optional>
 
+#include "orva/image/pixel_memory.h"
 #include "orva/image/pixel_traits.h"
 
 namespace orva {
@@ -50,7 +51,7 @@ void out_of_memory() {
   std::exit(1);
 }
 
-ArrayData::~ArrayData() { delete[] block_; }
+ArrayData::~ArrayData() { deletePixelMemory(block_); }
 
 Image::Image(int x, int y, int z, int c, int t)
     : nx_(std::max(x, 0)),
@@ -107,10 +108,21 @@ template <class T>
 image<T>::image(int x, int y, int z, int c, int t)
     : Image(x, y, z, c, t), pixelSize_(sizeof(T)), shared_(newData()) {
   const std::optional<int> count = exactProduct({x, y, z, c, t});
-  if (!count || *count < 0) out_of_memory();
-  if (*count == 0) return;
-  const std::size_t bytes = static_cast<std::size_t>(*count) * sizeof(T);
-  shared_->block_ = new (std::nothrow) unsigned char[bytes]();
+  allocate(count.value_or(-1), true);
+}
+
+template <class T>
+image<T>::image(Unset /*tag*/, int x, int y, int z, int c, int t)
+    : Image(x, y, z, c, t), pixelSize_(sizeof(T)), shared_(newData()) {
+  const std::optional<int> count = exactProduct({x, y, z, c, t});
+  allocate(count.value_or(-1), false);
+}
+
+template <class T>
+void image<T>::allocate(int count, bool zero) {
+  if (count < 0) out_of_memory();
+  if (count == 0) return;
+  shared_->block_ = newPixelMemory(static_cast<std::size_t>(count) * sizeof(T), zero);
   if (shared_->block_ == nullptr) out_of_memory();
   data_ = reinterpret_cast<T*>(shared_->block_);
 }
@@ -162,7 +174,7 @@ image<T>* image<T>::roi(const Point3D& p1, const Point3D& p2) const {
   const int y1 = clampedLast(p2.y, ny());
   const int z1 = clampedLast(p2.z, nframes());
   if (x0 > x1 || y0 > y1 || z0 > z1) return nullptr;
-  auto* box = new image(x1 - x0 + 1, y1 - y0 + 1, z1 - z0 + 1, 1, 1);
+  auto* box = new image(Unset{}, x1 - x0 + 1, y1 - y0 + 1, z1 - z0 + 1, 1, 1);
   T* to = box->data_;
   for (int z = z0; z <= z1; ++z) {
     for (int y = y0; y <= y1; ++y) {
@@ -175,14 +187,14 @@ image<T>* image<T>::roi(const Point3D& p1, const Point3D& p2) const {
 // A one-time-point image of the given sizes with the pixels from index `first` on.
 template <class T>
 image<T>* image<T>::copyOfRun(int first, int x, int y, int z, int c) const {
-  auto* result = new image(x, y, z, c, 1);
+  auto* result = new image(Unset{}, x, y, z, c, 1);
   std::copy_n(data_ + first, result->npix(), result->data_);
   return result;
 }
 
 template <class T>
 image<T>* image<T>::clone() const {
-  auto* result = new image(nx(), ny(), nz(), nc(), nt());
+  auto* result = new image(Unset{}, nx(), ny(), nz(), nc(), nt());
   std::copy_n(data_, result->npix(), result->data_);
   return result;
 }

@@ -268,6 +268,12 @@ class ORVA_EXPORT image : public Image {
   T* pixels() const { return data_; }
 
  private:
+  struct Unset {};  // pixels without values
+  template <class U>
+  friend image<U> unsetImage(int x, int y, int z, int c, int t);
+  image(Unset /*tag*/, int x, int y, int z, int c, int t);
+
+  void allocate(int count, bool zero);
   int at(int x, int y, int z, int c, int t) const;
   image* copyOfRun(int first, int x, int y, int z, int c) const;
 

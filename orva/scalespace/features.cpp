@@ -2,6 +2,7 @@
 #include <cstddef>
 
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::scalespace {
 namespace {
@@ -10,10 +11,11 @@ constexpr unsigned char kMarked = 255;
 
 // An image without a float form (RGBA) has no sum and no marks.
 void markBySign(const image<float>& sum, FeatureType type, image<unsigned char>& mask) {
-  for (int i = 0; i < std::min(sum.npix(), mask.npix()); ++i) {
-    const float s = sum.pixels()[i];
-    if (type == LAPLACIAN_NEGATIVE ? s < 0.0F : s > 0.0F) mask.pixels()[i] = kMarked;
-  }
+  const int count = std::min(sum.npix(), mask.npix());
+  const float sign = type == LAPLACIAN_NEGATIVE ? -1.0F : 1.0F;
+  onWidestPath([=, from = sum.pixels(), to = mask.pixels()] {
+    for (int i = 0; i < count; ++i) to[i] = from[i] * sign > 0.0F ? kMarked : 0;
+  });
 }
 
 bool isLaplacian(FeatureType type) {
@@ -39,59 +41,85 @@ class Differences {
   const float* at_;
 };
 
-// True when the second derivative along the gradient, up to its length, has the sign that `type`
-// asks for.
-bool curvatureHolds(FeatureType type, float along) {
-  return type == GRADIENT_CONCAVE ? along < 0.0F : along > 0.0F;
+// The tests of a plane and of a stack, one a type. Each has one result for a pixel and no branch,
+// so that many pixels are decided at once.
+
+// The sign of the second derivative along the gradient, up to its length.
+template <FeatureType Type>
+bool curvatureHolds(float along) {
+  return Type == GRADIENT_CONCAVE ? along < 0.0F : along > 0.0F;
 }
 
-bool holds2d(FeatureType type, const Differences& l, std::ptrdiff_t row) {
+template <FeatureType Type>
+bool holds2d(const Differences& l, std::ptrdiff_t row) {
   const float xx = l.second(1);
   const float yy = l.second(row);
   const float xy = l.mixed(1, row);
-  switch (type) {
-    case HESSIAN_MAXIMUM:
-      return xx * yy > xy * xy && xx < 0.0F;
-    case HESSIAN_MINIMUM:
-      return xx * yy > xy * xy && xx > 0.0F;
-    case GRADIENT_CONCAVE:
-    case GRADIENT_CONVEX: {
-      const float x = l.first(1);
-      const float y = l.first(row);
-      return curvatureHolds(type, xx * (x * x) + yy * (y * y) + 2.0F * xy * x * y);
-    }
-    default:
-      return false;
+  if constexpr (Type == HESSIAN_MAXIMUM || Type == HESSIAN_MINIMUM) {
+    const bool cap = Type == HESSIAN_MAXIMUM ? xx < 0.0F : xx > 0.0F;
+    return bool(int{xx * yy > xy * xy} & int{cap});
+  } else {
+    const float x = l.first(1);
+    const float y = l.first(row);
+    return curvatureHolds<Type>(xx * (x * x) + yy * (y * y) + 2.0F * xy * x * y);
   }
 }
 
 // Definiteness by the signs of the leading minors of the 3x3 Hessian.
-bool holds3d(FeatureType type, const Differences& l, std::ptrdiff_t row, std::ptrdiff_t plane) {
+template <FeatureType Type>
+bool holds3d(const Differences& l, std::ptrdiff_t row, std::ptrdiff_t plane) {
   const float xx = l.second(1);
   const float yy = l.second(row);
   const float zz = l.second(plane);
   const float xy = l.mixed(1, row);
   const float xz = l.mixed(1, plane);
   const float yz = l.mixed(row, plane);
+  if constexpr (Type == HESSIAN_MAXIMUM || Type == HESSIAN_MINIMUM) {
+    const float minor = xx * yy - xy * xy;
+    const float determinant =
+        xx * (yy * zz - yz * yz) - xy * (xy * zz - yz * xz) + xz * (xy * yz - yy * xz);
+    const float sign = Type == HESSIAN_MAXIMUM ? -1.0F : 1.0F;
+    return bool(int{minor > 0.0F} & int{sign * xx > 0.0F} & int{sign * determinant > 0.0F});
+  } else {
+    const float x = l.first(1);
+    const float y = l.first(row);
+    const float z = l.first(plane);
+    return curvatureHolds<Type>(xx * (x * x) + yy * (y * y) + zz * (z * z) + 2.0F * xy * x * y +
+                                2.0F * xz * x * z + 2.0F * yz * y * z);
+  }
+}
+
+// Marks the interior of plane z of a smoothed image by `holds`.
+template <class Test>
+void markInterior(const image<float>& smoothed, int z, const Test& holds,
+                  image<unsigned char>& mask) {
+  onWidestPath([from = smoothed.pixels(), to = mask.pixels(), plane = smoothed.frameSize(), holds,
+                z, nx = std::ptrdiff_t{smoothed.nx()}, ny = std::ptrdiff_t{smoothed.ny()}] {
+    for (std::ptrdiff_t y = 1; y < ny - 1; ++y) {
+      const std::ptrdiff_t row = z * std::ptrdiff_t{plane} + y * nx;
+      const std::ptrdiff_t end = row + nx - 1;
+#pragma GCC ivdep
+      for (std::ptrdiff_t i = row + 1; i < end; ++i) {
+        to[i] = holds(Differences(from + i)) ? kMarked : 0;
+      }
+    }
+  });
+}
+
+// Calls `f` with the type as a constant; not at all for one that marks nothing.
+template <class F>
+void withType(FeatureType type, const F& f) {
   switch (type) {
     case HESSIAN_MAXIMUM:
-    case HESSIAN_MINIMUM: {
-      const float minor = xx * yy - xy * xy;
-      const float determinant =
-          xx * (yy * zz - yz * yz) - xy * (xy * zz - yz * xz) + xz * (xy * yz - yy * xz);
-      return minor > 0.0F && (type == HESSIAN_MAXIMUM ? xx < 0.0F && determinant < 0.0F
-                                                      : xx > 0.0F && determinant > 0.0F);
-    }
+      return f.template operator()<HESSIAN_MAXIMUM>();
+    case HESSIAN_MINIMUM:
+      return f.template operator()<HESSIAN_MINIMUM>();
     case GRADIENT_CONCAVE:
-    case GRADIENT_CONVEX: {
-      const float x = l.first(1);
-      const float y = l.first(row);
-      const float z = l.first(plane);
-      return curvatureHolds(type, xx * (x * x) + yy * (y * y) + zz * (z * z) + 2.0F * xy * x * y +
-                                      2.0F * xz * x * z + 2.0F * yz * y * z);
-    }
+      return f.template operator()<GRADIENT_CONCAVE>();
+    case GRADIENT_CONVEX:
+      return f.template operator()<GRADIENT_CONVEX>();
     default:
-      return false;
+      return;
   }
 }
 
@@ -104,13 +132,11 @@ image<unsigned char> __features_2d__(const Image& img, float sigma, FeatureType 
   const image<float> smoothed = smooth(img, sigma, 1.0F);
   image<unsigned char> mask(img.nx(), img.ny(), 1, 1, 1);
   if (smoothed.isNull()) return mask;
-  const int nx = img.nx();
-  for (int y = 1; y < img.ny() - 1; ++y) {
-    for (int x = 1; x < nx - 1; ++x) {
-      const std::ptrdiff_t i = x + std::ptrdiff_t{y} * nx;
-      if (holds2d(type, Differences(smoothed.pixels() + i), nx)) mask.pixels()[i] = kMarked;
-    }
-  }
+  const std::ptrdiff_t row = img.nx();
+  withType(type, [&]<FeatureType Type>() {
+    markInterior(
+        smoothed, 0, [row](const Differences& l) { return holds2d<Type>(l, row); }, mask);
+  });
   return mask;
 }
 
@@ -121,25 +147,20 @@ image<unsigned char> __features_3d__(const Image& img, float sigma, FeatureType 
     image<float> sum = gaussian(img, sigma, sigma, sz, 2, 0, 0);
     const image<float> yy = gaussian(img, sigma, sigma, sz, 0, 2, 0);
     const image<float> zz = gaussian(img, sigma, sigma, sz, 0, 0, 2);
-    for (int i = 0; i < sum.npix(); ++i) {
-      sum.pixels()[i] = sum.pixels()[i] + yy.pixels()[i] + zz.pixels()[i];
-    }
+    onWidestPath([to = sum.pixels(), y = yy.pixels(), z = zz.pixels(), count = sum.npix()] {
+      for (int i = 0; i < count; ++i) to[i] = to[i] + y[i] + z[i];
+    });
     markBySign(sum, type, mask);
     return mask;
   }
   const image<float> smoothed = smooth(img, sigma, sigma, sz);
   if (smoothed.isNull()) return mask;
-  const int nx = img.nx();
-  const int plane = img.frameSize();
-  for (int z = 1; z < img.nframes() - 1; ++z) {
-    for (int y = 1; y < img.ny() - 1; ++y) {
-      for (int x = 1; x < nx - 1; ++x) {
-        const std::ptrdiff_t i = x + std::ptrdiff_t{y} * nx + std::ptrdiff_t{z} * plane;
-        const Differences l(smoothed.pixels() + i);
-        if (holds3d(type, l, nx, plane)) mask.pixels()[i] = kMarked;
-      }
-    }
-  }
+  const std::ptrdiff_t row = img.nx();
+  const std::ptrdiff_t plane = img.frameSize();
+  withType(type, [&]<FeatureType Type>() {
+    const auto holds = [=](const Differences& l) { return holds3d<Type>(l, row, plane); };
+    for (int z = 1; z < img.nframes() - 1; ++z) markInterior(smoothed, z, holds, mask);
+  });
   return mask;
 }
 

@@ -1,9 +1,16 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <vector>
 
+#include "orva/image/float_conversion.h"
+#include "orva/image/unset_image.h"
+#include "orva/scalespace/line_filter.h"
 #include "orva/scalespace/line_memory.h"
 #include "orva/scalespace/scalespace.h"
 
@@ -16,109 +23,151 @@ struct Scale {
   int order;
 };
 
-// `width` lines of `n` samples, filtered side by side: sample i of all lines lies at i * width.
-using LineFilter = void (*)(const float* in, float* out, int n, int width,
-                            const float* kernelCentre, int radius);
+constexpr int kBatch = 24;                     // rows of output that are made at a time
+constexpr std::ptrdiff_t kWindow = 48 * 1024;  // floats of the rows at hand, to stay in the cache
 
-// Every output takes its taps one after the other, in the order of the calls.
-void addWeighted(float* out, const float* in, float weight, std::ptrdiff_t count) {
-  for (std::ptrdiff_t i = 0; i < count; ++i) out[i] += weight * in[i];
-}
-
-// The outputs from `first` up to, not including, `last`.
-struct Span {
-  int first;
-  int last;
-};
-
-// Adds tap k to every output whose sample i - k lies inside the line, and returns which they are.
-Span addInside(const float* in, float* out, int n, std::ptrdiff_t width, int k, float weight) {
-  const int first = std::clamp(k, 0, n);
-  const int last = std::clamp(n + std::min(k, 0), 0, n);
-  if (first < last) {
-    addWeighted(out + first * width, in + (first - k) * width, weight, (last - first) * width);
-  }
-  return {first, last};
-}
-
-// Convolution with the border sample repeated.
-void __gaussian_1d__(const float* in, float* out, int n, int width, const float* kernelCentre,
-                     int radius) {
-  const std::ptrdiff_t w = width;
-  std::fill_n(out, n * w, 0.0F);
-  for (int k = -radius; k <= radius; ++k) {
-    const float weight = kernelCentre[k];
-    const Span inside = addInside(in, out, n, w, k, weight);
-    for (int i = 0; i < inside.first; ++i) addWeighted(out + i * w, in, weight, w);
-    for (int i = inside.last; i < n; ++i) addWeighted(out + i * w, in + (n - 1) * w, weight, w);
-  }
-}
-
-// Convolution with the taps outside the line dropped and the others scaled up for them.
-void __smooth_1d__(const float* in, float* out, int n, int width, const float* kernelCentre,
-                   int radius) {
-  const std::ptrdiff_t w = width;
-  std::fill_n(out, n * w, 0.0F);
-  for (int k = -radius; k <= radius; ++k) addInside(in, out, n, w, k, kernelCentre[k]);
+// What the ends of a line of n samples are divided by; empty where nothing is.
+std::vector<float> divisors(const Kernel& kernel, int n, Border border) {
+  std::vector<float> result;
+  if (border == Border::Repeat) return result;
+  result.assign(static_cast<std::size_t>(n), 1.0F);
   for (int i = 0; i < n; ++i) {
-    if (i >= radius && i < n - radius) continue;  // nothing lost
-    float lost = 0.0F;
-    for (int k = -radius; k <= radius; ++k) {
-      if (k > i || k <= i - n) lost += kernelCentre[k];
+    if (i < kernel.radius() || i >= n - kernel.radius()) {
+      result[static_cast<std::size_t>(i)] = kernel.inside(i, n);
     }
-    for (std::ptrdiff_t x = i * w; x < (i + 1) * w; ++x) out[x] /= 1.0F - lost;
   }
+  return result;
 }
 
-// `lines` lines of `length` samples: samples lie `step` apart, lines `lineStep` apart.
-struct Axis {
-  int length;
-  std::ptrdiff_t step;
-  int lines;
-  std::ptrdiff_t lineStep;
+// Filters the planes of an image along x and y. A tile of columns is walked from top to bottom; the
+// rows that the filter along y needs are kept in a window that moves down with it.
+class PlaneFilter {
+ public:
+  PlaneFilter(const Image& source, Border border, const Scale& x, const Scale& y)
+      : source_(source), border_(border), nx_(source.nx()), ny_(source.ny()) {
+    std::ptrdiff_t rows = 1;
+    if (nx_ >= 2) {
+      alongX_.emplace(x.sigma, x.order);
+      divisors_ = divisors(*alongX_, nx_, border);
+    }
+    if (ny_ >= 2) {
+      alongY_.emplace(y.sigma, y.order);
+      rows = std::min<std::int64_t>(ny_, 2 * std::int64_t{alongY_->radius()} + kBatch);
+    }
+    capacity_ = static_cast<int>(rows);
+    tile_ = std::min(rowBlocks(nx_), rowBlocks(std::max<std::ptrdiff_t>(kWindow / rows, 1)));
+    window_ = newZeros(static_cast<std::size_t>(rows * tile_));
+    const std::ptrdiff_t radius = alongX_ ? alongX_->radius() : 0;
+    line_ = newZeros(static_cast<std::size_t>(tile_ + 2 * radius));
+  }
+
+  void filter(int plane, float* out) {
+    const std::ptrdiff_t first = std::ptrdiff_t{plane} * nx_ * ny_;
+    for (std::ptrdiff_t x = 0; x < nx_; x += tile_) filterTile(first, x, out + x);
+  }
+
+ private:
+  void filterTile(std::ptrdiff_t first, std::ptrdiff_t x, float* out) {
+    const std::ptrdiff_t width = std::min(tile_, nx_ - x);
+    const int reach = alongY_ ? std::min(alongY_->radius(), ny_) : 0;
+    int low = 0;   // the rows of the window are low ..
+    int high = 0;  // .. high - 1
+    for (int y = 0; y < ny_; y += alongY_ ? kBatch : 1) {
+      const int last = std::min(y + (alongY_ ? kBatch : 1), ny_);
+      const int wanted = std::max(0, y - reach);
+      if (high > wanted && wanted > low) {
+        std::memmove(window_.get(), row(wanted - low),
+                     static_cast<std::size_t>((high - wanted) * tile_) * sizeof(float));
+      }
+      low = wanted;
+      for (; high < std::min(last + reach, ny_); ++high) {
+        makeRow(first + std::ptrdiff_t{high} * nx_, x, width, row(high - low));
+      }
+      float* to = out + std::ptrdiff_t{y} * nx_;
+      if (alongY_) {
+        filterColumns({window_.get(), tile_, low, ny_}, y, last, width, *alongY_, border_, to, nx_);
+      } else {
+        std::copy_n(row(0), width, to);
+      }
+    }
+  }
+
+  float* row(int i) { return window_.get() + i * tile_; }
+
+  // `width` pixels from x of the source's row that begins at pixel `first`, filtered along x.
+  void makeRow(std::ptrdiff_t first, std::ptrdiff_t x, std::ptrdiff_t width, float* to) {
+    if (!alongX_) return readFloats(source_, first + x, width, to);
+    const std::ptrdiff_t radius = alongX_->radius();
+    const std::ptrdiff_t from = std::max<std::ptrdiff_t>(x - radius, 0);
+    const std::ptrdiff_t end = std::min<std::ptrdiff_t>(x + width + radius, nx_);
+    float* inner = line_.get() + (from - (x - radius));
+    float* behind = inner + (end - from);
+    float* lineEnd = line_.get() + width + 2 * radius;
+    readFloats(source_, first + from, end - from, inner);
+    // A tap outside the line adds a zero to its sum, which leaves the sum as it is.
+    const bool repeat = border_ == Border::Repeat;
+    std::fill(line_.get(), inner, repeat ? *inner : 0.0F);
+    std::fill(behind, lineEnd, repeat ? behind[-1] : 0.0F);
+    filterRow(line_.get() + radius, width, *alongX_, to);
+    if (repeat) return;
+    const auto rescale = [&](std::ptrdiff_t begin, std::ptrdiff_t stop) {
+      for (std::ptrdiff_t i = std::max(begin, x); i < std::min(stop, x + width); ++i) {
+        to[i - x] /= divisors_[static_cast<std::size_t>(i)];
+      }
+    };
+    const std::ptrdiff_t left = std::min<std::ptrdiff_t>(radius, nx_);
+    rescale(0, left);
+    rescale(std::max(nx_ - radius, left), nx_);
+  }
+
+  static std::unique_ptr<float[]> newZeros(std::size_t count) {
+    auto line = newLine(count);
+    std::fill_n(line.get(), count, 0.0F);
+    return line;
+  }
+
+  const Image& source_;
+  Border border_;
+  int nx_;
+  int ny_;
+  std::optional<Kernel> alongX_;
+  std::optional<Kernel> alongY_;
+  std::vector<float> divisors_;  // along x
+  int capacity_ = 0;
+  std::ptrdiff_t tile_ = 0;
+  std::unique_ptr<float[]> window_;
+  std::unique_ptr<float[]> line_;  // a row of the source with its borders
 };
 
-// Filters all lines of an axis in place. Lines that lie side by side are taken a strip at a time,
-// so that memory is walked row by row.
-void filterAxis(float* data, const Axis& axis, LineFilter filter, const Scale& scale) {
-  int radius = 0;
-  const std::unique_ptr<float[]> taps(gaussianKernel(scale.sigma, radius, scale.order));
-  const float* kernelCentre = taps.get() + radius;
-  constexpr int kStrip = 16;
-  const int strip = axis.lineStep == 1 ? std::min(kStrip, axis.lines) : 1;
-  const auto count = static_cast<std::size_t>(axis.length) * static_cast<std::size_t>(strip);
-  const auto in = newLine(count);
-  const auto out = newLine(count);
-  for (int line = 0; line < axis.lines; line += strip) {
-    float* first = data + line * axis.lineStep;
-    const int width = std::min(strip, axis.lines - line);
-    float* to = in.get();
-    for (int i = 0; i < axis.length; ++i) to = std::copy_n(first + i * axis.step, width, to);
-    filter(in.get(), out.get(), axis.length, width, kernelCentre, radius);
-    const float* from = out.get();
-    for (int i = 0; i < axis.length; ++i, from += width) {
-      std::copy_n(from, width, first + i * axis.step);
-    }
+// Filters along the frames in place, a strip of pixels at a time.
+void filterFrames(image<float>& img, Border border, const Scale& z) {
+  const Kernel kernel(z.sigma, z.order);
+  const int frames = img.nframes();
+  const std::ptrdiff_t size = img.frameSize();
+  const std::ptrdiff_t width =
+      std::min(columnStrips(size), columnStrips(std::max<std::ptrdiff_t>(kWindow / frames, 1)));
+  const auto strip = newLine(static_cast<std::size_t>(width * frames));
+  std::fill_n(strip.get(), width * frames, 0.0F);
+  for (std::ptrdiff_t first = 0; first < size; first += width) {
+    const std::ptrdiff_t count = std::min(width, size - first);
+    float* at = img.pixels() + first;
+    for (int f = 0; f < frames; ++f) std::copy_n(at + f * size, count, strip.get() + f * width);
+    filterColumns({strip.get(), width, 0, frames}, 0, frames, count, kernel, border, at, size);
   }
 }
 
 // The passes along x, y and the frames; an axis of length 1 is skipped.
-image<float> filterAxes(const Image& source, LineFilter filter, const Scale& x, const Scale& y,
+image<float> filterAxes(const Image& source, Border border, const Scale& x, const Scale& y,
                         const Scale& z) {
-  image<float> img = toFloatImage(source);
-  if (img.isNull()) return img;
-  const int nx = img.nx();
-  const int ny = img.ny();
-  const int nf = img.nframes();
-  if (nx >= 2) filterAxis(img.pixels(), {nx, 1, ny * nf, nx}, filter, x);
-  if (ny >= 2) {
-    for (int f = 0; f < nf; ++f) {
-      float* frame = img.pixels() + std::ptrdiff_t{f} * img.frameSize();
-      filterAxis(frame, {ny, nx, nx, 1}, filter, y);
-    }
+  if (!hasFloatForm(source)) return image<float>(0, 1, 1, 1, 1);
+  image<float> result =
+      unsetImage<float>(source.nx(), source.ny(), source.nz(), source.nc(), source.nt());
+  PlaneFilter planes(source, border, x, y);
+  for (int f = 0; f < result.nframes(); ++f) {
+    planes.filter(f, result.pixels() + std::ptrdiff_t{f} * result.frameSize());
   }
-  if (nf >= 2) filterAxis(img.pixels(), {nf, img.frameSize(), nx * ny, 1}, filter, z);
-  return img;
+  if (result.nframes() >= 2) filterFrames(result, border, z);
+  return result;
 }
 
 }  // namespace
@@ -133,7 +182,7 @@ image<float> gaussian(const Image& img, float sigma, int ox, int oy, int oz) {
 }
 
 image<float> gaussian(const Image& img, float sx, float sy, float sz, int ox, int oy, int oz) {
-  return filterAxes(img, __gaussian_1d__, {sx, ox}, {sy, oy}, {sz, oz});
+  return filterAxes(img, Border::Repeat, {sx, ox}, {sy, oy}, {sz, oz});
 }
 
 image<float> smooth(const Image& img, float sigma, float ratio) {
@@ -141,7 +190,7 @@ image<float> smooth(const Image& img, float sigma, float ratio) {
 }
 
 image<float> smooth(const Image& img, float sx, float sy, float sz) {
-  return filterAxes(img, __smooth_1d__, {sx, 0}, {sy, 0}, {sz, 0});
+  return filterAxes(img, Border::Rescale, {sx, 0}, {sy, 0}, {sz, 0});
 }
 
 image<float> dX(const Image& img, float sigma) { return gaussian(img, sigma, 1, 0, 0); }

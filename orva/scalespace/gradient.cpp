@@ -3,6 +3,7 @@
 #include "orva/image/pixel_traits.h"
 #include "orva/image_math/image_math.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::scalespace {
 namespace {
@@ -26,13 +27,13 @@ image<float> gradient(const Image& img, float sigma, float ratio) {
   float* g = gx.pixels();
   if (img.nframes() > 1) {
     const image<float> gz = gaussian(img, ratio == 0.0F ? sigma : sigma / ratio, 0, 0, 1);
-    for (int i = 0; i < gx.npix(); ++i) {
-      const float y = gy.pixels()[i];
-      const float z = gz.pixels()[i];
-      g[i] = std::sqrt(g[i] * g[i] + y * y + z * z);
-    }
+    onWidestPath([g, y = gy.pixels(), z = gz.pixels(), count = gx.npix()] {
+      for (int i = 0; i < count; ++i) g[i] = std::sqrt(g[i] * g[i] + y[i] * y[i] + z[i] * z[i]);
+    });
   } else {
-    for (int i = 0; i < gx.npix(); ++i) g[i] = image_math::norm(g[i], gy.pixels()[i]);
+    onWidestPath([g, y = gy.pixels(), count = gx.npix()] {
+      for (int i = 0; i < count; ++i) g[i] = std::sqrt(g[i] * g[i] + y[i] * y[i]);
+    });
   }
   return gx;
 }
@@ -62,7 +63,9 @@ image<float> angleInRadian(const Image& a, const Image& b) {
 image<float> laplacian(const Image& img, float sigma) {
   image<float> sum = gaussian(img, sigma, 2, 0, 0);
   const auto add = [&sum](const image<float>& term) {
-    for (int i = 0; i < sum.npix(); ++i) sum.pixels()[i] += term.pixels()[i];
+    onWidestPath([to = sum.pixels(), from = term.pixels(), count = sum.npix()] {
+      for (int i = 0; i < count; ++i) to[i] += from[i];
+    });
   };
   add(gaussian(img, sigma, 0, 2, 0));
   if (img.nframes() > 1) add(gaussian(img, sigma, 0, 0, 2));

@@ -5,8 +5,26 @@
 #include "orva/image/pixel_traits.h"
 #include "orva/scalespace/line_memory.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::scalespace {
+namespace {
+
+// One step: the interior of `after` from `before`, whose border it has already.
+void relax(const float* before, const unsigned char* mask, std::ptrdiff_t nx, std::ptrdiff_t ny,
+           float* after) {
+  onWidestPath([=] {
+    for (std::ptrdiff_t y = 1; y < ny - 1; ++y) {
+      for (std::ptrdiff_t i = y * nx + 1; i < y * nx + nx - 1; ++i) {
+        const float mean =
+            0.25F * (before[i - 1] + before[i + 1] + before[i - nx] + before[i + nx]);
+        after[i] = mask[i] == 255 ? mean : before[i];
+      }
+    }
+  });
+}
+
+}  // namespace
 
 void laplaceEquation(image<float>& f, const image<unsigned char>& mask) {
   if (f.isNull() || mask.isNull() || mask.nx() != f.nx() || mask.ny() != f.ny()) return;
@@ -15,15 +33,11 @@ void laplaceEquation(image<float>& f, const image<unsigned char>& mask) {
   const std::ptrdiff_t ny = f.ny();
   float* to = f.pixels();
   const auto scratch = newLine(static_cast<std::size_t>(nx * ny));
-  float* before = scratch.get();
-  for (int step = 0; step < kSteps; ++step) {
-    std::copy_n(to, nx * ny, before);
-    for (std::ptrdiff_t y = 1; y < ny - 1; ++y) {
-      for (std::ptrdiff_t i = y * nx + 1; i < y * nx + nx - 1; ++i) {
-        if (mask.pixels()[i] != 255) continue;
-        to[i] = 0.25F * (before[i - 1] + before[i + 1] + before[i - nx] + before[i + nx]);
-      }
-    }
+  std::copy_n(to, nx * ny, scratch.get());
+  static_assert(kSteps % 2 == 0);  // there and back
+  for (int step = 0; step < kSteps; step += 2) {
+    relax(to, mask.pixels(), nx, ny, scratch.get());
+    relax(scratch.get(), mask.pixels(), nx, ny, to);
   }
 }
 
