@@ -14,21 +14,21 @@ namespace {
 // time to hand them out.
 constexpr std::size_t kLarge = std::size_t{8} << 20U;
 constexpr std::size_t kPage = std::size_t{2} << 20U;
+// Others begin at a line of the cache, as vectors like it.
+constexpr std::size_t kLine = 64;
 
 }  // namespace
 
 unsigned char* newPixelMemory(std::size_t bytes, bool zero) {
+  const std::size_t unit = bytes >= kLarge ? kPage : kLine;
+  const std::size_t rounded = (bytes + unit - 1) / unit * unit;
+  void* block = std::aligned_alloc(unit, rounded);
+  if (block == nullptr) return nullptr;
 #if defined(__linux__)
-  if (bytes >= kLarge) {
-    const std::size_t pages = (bytes + kPage - 1) / kPage * kPage;
-    void* block = std::aligned_alloc(kPage, pages);
-    if (block == nullptr) return nullptr;
-    madvise(block, pages, MADV_HUGEPAGE);  // a wish; nothing is lost where it is not granted
-    if (zero) std::memset(block, 0, bytes);
-    return static_cast<unsigned char*>(block);
-  }
+  if (unit == kPage) madvise(block, rounded, MADV_HUGEPAGE);  // a wish, that may be left ungranted
 #endif
-  return static_cast<unsigned char*>(zero ? std::calloc(bytes, 1) : std::malloc(bytes));
+  if (zero) std::memset(block, 0, bytes);
+  return static_cast<unsigned char*>(block);
 }
 
 void deletePixelMemory(unsigned char* block) { std::free(block); }

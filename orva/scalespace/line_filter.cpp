@@ -2,25 +2,19 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/lanes.h"
 
 namespace orva::scalespace {
 namespace {
 
-// Eight floats that are added and multiplied at once.
-using Lanes [[gnu::vector_size(32)]] = float;
-constexpr int kLanes = 8;
 constexpr int kRowLanes = 6;                   // accumulators of a row
 constexpr int kRowBlock = kRowLanes * kLanes;  // outputs that they hold
 constexpr int kStripLanes = 2;                 // accumulators of a row in a strip of columns
 constexpr int kStrip = kStripLanes * kLanes;   // columns of a strip
 constexpr int kTogether = 3;                   // rows of a strip that are summed together
-
-void load(const float* from, Lanes& to) { std::memcpy(&to, from, sizeof to); }
-void store(const Lanes& from, float* to) { std::memcpy(to, &from, sizeof from); }
 
 void filterBlock(const float* in, const float* taps, int radius, float* out) {
   Lanes sum[kRowLanes] = {};

@@ -1,0 +1,19 @@
+// Eight numbers that are taken at once, whatever the machine's vectors hold; not installed.
+#ifndef ORVA_UTIL_LANES_H
+#define ORVA_UTIL_LANES_H
+
+#include <cstring>
+
+namespace orva {
+
+constexpr int kLanes = 8;
+
+using Lanes [[gnu::vector_size(32)]] = float;
+using IntLanes [[gnu::vector_size(32)]] = int;
+
+inline void load(const float* from, Lanes& to) { std::memcpy(&to, from, sizeof to); }
+inline void store(const Lanes& from, float* to) { std::memcpy(to, &from, sizeof from); }
+
+}  // namespace orva
+
+#endif

@@ -1,0 +1,83 @@
+#include "orva/voting/cone_table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace orva::voting {
+namespace {
+
+// Appends the planes of a fan that opens along +x, or along -x for a sign of -1: first the axis,
+// then for every column the cells off the axis, each in the plane of its rounded distance.
+void appendFan(std::vector<ConePlane2D>& planes, int minRadius, int maxRadius, int width,
+               int sign) {
+  const auto first = static_cast<std::ptrdiff_t>(planes.size());
+  for (int d = minRadius; d <= maxRadius; ++d) {
+    planes.emplace_back(1, WPoint2D(sign * d, 0, 0, 1.0F));
+  }
+  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(planes.size()) - first;
+  for (int r = minRadius; r <= maxRadius && maxRadius != 0; ++r) {
+    const std::int64_t height = std::int64_t{r} * width / maxRadius;
+    // Cells farther than maxRadius are dropped, so none past that row needs a look.
+    const int h =
+        static_cast<int>(std::max(std::int64_t{-1}, std::min(height, std::int64_t{maxRadius} + 1)));
+    for (int dy = -h; dy <= h; ++dy) {
+      if (dy == 0) continue;
+      const double square = static_cast<double>(dy) * dy + static_cast<double>(r) * r;
+      const int d = round_double(static_cast<float>(std::sqrt(square)));
+      const std::ptrdiff_t plane = std::ptrdiff_t{d} - minRadius;
+      if (plane < 0 || plane >= count) continue;
+      planes[static_cast<std::size_t>(first + plane)].points.emplace_back(sign * r, dy, 0, 1.0F);
+    }
+  }
+}
+
+}  // namespace
+
+Cone2D prototypeCone(int nearest, int farthest, int width, bool twoSided) {
+  constexpr int kFarthest = std::numeric_limits<std::int16_t>::max();
+  nearest = std::clamp(nearest, -kFarthest, kFarthest);
+  farthest = std::clamp(farthest, -kFarthest, kFarthest);
+  Cone2D cone;
+  appendFan(cone.planes, nearest, farthest, width, 1);
+  if (twoSided) appendFan(cone.planes, nearest, farthest, width, -1);
+  return cone;
+}
+
+Turn::Turn(int bin, float step) {
+  const float theta = static_cast<float>(bin) * step;
+  cosine = std::cos(theta);
+  sine = std::sin(theta);
+}
+
+void Turn::apply(int& x, int& y) const {
+  const auto fx = static_cast<float>(x);
+  const auto fy = static_cast<float>(y);
+  x = round_double(cosine * fx - sine * fy);
+  y = round_double(sine * fx + cosine * fy);
+}
+
+ConeTable::ConeTable(const Cone2D& prototype, int bins, float step, int accumulatorWidth)
+    : bins_(bins) {
+  std::vector<WPoint2D> cells;
+  for (const ConePlane2D& plane : prototype.planes) {
+    cells.insert(cells.end(), plane.points.begin(), plane.points.end());
+  }
+  size_ = cells.size();
+  const std::size_t count = size_ * static_cast<std::size_t>(bins);
+  offsets_.reserve(count);
+  cells_.reserve(count);
+  directions_.assign(count, -1);
+  for (int bin = 0; bin < bins; ++bin) {
+    const Turn turn(bin, step);
+    for (const WPoint2D& cell : cells) {
+      int x = cell.x;
+      int y = cell.y;
+      turn.apply(x, y);
+      cells_.push_back({static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)});
+      offsets_.push_back(y * accumulatorWidth + x);
+    }
+  }
+}
+
+}  // namespace orva::voting

@@ -1,0 +1,58 @@
+// Votes of a whole cone as vectors; not installed.
+#ifndef ORVA_VOTING_VOTE_BLOCKS_H
+#define ORVA_VOTING_VOTE_BLOCKS_H
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "orva/voting/circularvoting.h"
+#include "orva/voting/cone_table.h"
+
+namespace orva::voting {
+
+// Adds the votes of points to an accumulator, point after point.
+//
+// The cells of a cone are kept as blocks of kLanes neighbours, with a mask of those that belong to
+// it. Blocks begin at multiples of kLanes in the accumulator, so that a point's votes are read just
+// as the points before stored them; so a cone has a list of blocks for each place of its apex in a
+// block. The other cells of a block get a zero added, which leaves them as they are. A cell that a
+// cone holds n times is in n blocks.
+class VoteBlocks {
+ public:
+  // For accumulators of `pixels` pixels.
+  VoteBlocks(const ConeTable& cones, int pixels);
+
+  // Every point gives its weight to all cells of its cone.
+  void castWeights(std::span<const VPoint2D> points, float* acc);
+  // Every point divides its weight among the cells of its cone in proportion to their votes in
+  // `prev`, whose sum is given; none where that is negligible.
+  void castShares(std::span<const VPoint2D> points, std::span<const float> sums, const float* prev,
+                  float* acc);
+
+ private:
+  struct Block {
+    int offset;  // from the block of the apex
+    int mask;    // bit i for lane i
+  };
+  struct Run {
+    std::size_t first = 0;
+    std::size_t end = 0;
+  };
+
+  template <class Add, class AddCell>
+  void castOne(const VPoint2D& p, const Add& add, const AddCell& addCell);
+  void makeBlocks(Run& run, int bin, int place);
+
+  const ConeTable& cones_;
+  int lowest_ = 0;  // apexes whose blocks all lie in the accumulator
+  int highest_ = 0;
+  std::vector<Run> runs_;  // for a bin and a place; empty until it is needed
+  std::vector<Block> blocks_;
+  std::vector<int> cells_;
+  std::vector<int> repeated_;
+};
+
+}  // namespace orva::voting
+
+#endif
