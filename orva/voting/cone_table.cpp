@@ -32,6 +32,12 @@ void appendFan(std::vector<ConePlane2D>& planes, int minRadius, int maxRadius, i
   }
 }
 
+// As round_double(), for values that an int can hold.
+int rounded(double v) {
+  const int t = static_cast<int>(v);
+  return v - t >= 0.5 ? t + 1 : t;
+}
+
 }  // namespace
 
 Cone2D prototypeCone(int nearest, int farthest, int width, bool twoSided) {
@@ -53,8 +59,8 @@ Turn::Turn(int bin, float step) {
 void Turn::apply(int& x, int& y) const {
   const auto fx = static_cast<float>(x);
   const auto fy = static_cast<float>(y);
-  x = round_double(cosine * fx - sine * fy);
-  y = round_double(sine * fx + cosine * fy);
+  x = rounded(cosine * fx - sine * fy);
+  y = rounded(sine * fx + cosine * fy);
 }
 
 ConeTable::ConeTable(const Cone2D& prototype, int bins, float step, int accumulatorWidth)

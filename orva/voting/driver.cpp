@@ -8,6 +8,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/cpu_path.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/negligible.h"
 
@@ -24,29 +25,20 @@ std::int64_t marginFor(int coneWidth, int maxRadius) {
   return static_cast<std::int64_t>(std::sqrt(w * w + r * r) + 3.0);
 }
 
-// Gradient directions of length one (where there is a gradient) and magnitudes.
 struct Gradient {
   image<float> x;
   image<float> y;
   image<float> magnitude;
 };
 
-Gradient gradientOf(const Image& img, float sigma, float sign) {
+Gradient gradientOf(const Image& img, float sigma) {
   Gradient g{scalespace::dX(img, sigma), scalespace::dY(img, sigma),
              image<float>(img.nx(), img.ny(), 1, 1, 1)};
   if (g.x.isNull()) return g;  // a format that has no float form
-  float* gx = g.x.pixels();
-  float* gy = g.y.pixels();
-  float* m = g.magnitude.pixels();
-  for (int i = 0; i < g.magnitude.npix(); ++i) {
-    gx[i] *= sign;
-    gy[i] *= sign;
-    m[i] = std::sqrt(gx[i] * gx[i] + gy[i] * gy[i]);
-    if (m[i] > kNegligible) {
-      gx[i] /= m[i];
-      gy[i] /= m[i];
-    }
-  }
+  onWidestPath(
+      [x = g.x.pixels(), y = g.y.pixels(), m = g.magnitude.pixels(), count = g.magnitude.npix()] {
+        for (int i = 0; i < count; ++i) m[i] = std::sqrt(x[i] * x[i] + y[i] * y[i]);
+      });
   return g;
 }
 
@@ -55,14 +47,10 @@ Gradient gradientOf(const Image& img, float sigma, float sign) {
 void selectStrong(image<float>& magnitude, float threshold, bool absolute) {
   const float largest = magnitude.max();
   if (!(largest > kNegligible)) return;
-  for (int i = 0; i < magnitude.npix(); ++i) {
-    float& m = magnitude.pixels()[i];
-    if (m < threshold) {
-      m = 0.0F;
-    } else if (!absolute) {
-      m /= largest;
-    }
-  }
+  const float divisor = absolute ? 1.0F : largest;
+  onWidestPath([=, m = magnitude.pixels(), count = magnitude.npix()] {
+    for (int i = 0; i < count; ++i) m[i] = m[i] < threshold ? 0.0F : m[i] / divisor;
+  });
 }
 
 void selectEdges(image<float>& magnitude, const Image& img, float sigma) {
@@ -91,7 +79,8 @@ void CircularVoting::setSize(int nx, int ny) {
 }
 
 void CircularVoting::collectPoints(const Image& img) {
-  Gradient g = gradientOf(img, sigma, regionType == Dark ? -1.0F : 1.0F);
+  Gradient g = gradientOf(img, sigma);
+  const float sign = regionType == Dark ? -1.0F : 1.0F;
   selectStrong(g.magnitude, gradThreshold, absoluteValues);
   if (useEdges) selectEdges(g.magnitude, img, sigma);
   weigh(g.magnitude, weighting, weightParam);
@@ -102,7 +91,14 @@ void CircularVoting::collectPoints(const Image& img) {
       VPoint2D p;
       p.x = static_cast<std::int16_t>(x + margin_);
       p.y = static_cast<std::int16_t>(y + margin_);
-      p.angle = static_cast<std::int16_t>(computeAngleIndex(g.x.pixels()[i], g.y.pixels()[i]));
+      float gx = sign * g.x.pixels()[i];
+      float gy = sign * g.y.pixels()[i];
+      const float length = std::sqrt(gx * gx + gy * gy);
+      if (length > kNegligible) {
+        gx /= length;
+        gy /= length;
+      }
+      p.angle = static_cast<std::int16_t>(computeAngleIndex(gx, gy));
       p.weight = weight;
       points_.push_back(p);
     }

@@ -25,82 +25,33 @@ float lengthOf(double x, double y) { return std::sqrt(static_cast<float>(x * x +
 // One pass: every point turns to the strongest votes in its cone and spreads its weight over the
 // cone in that direction, in proportion to the votes before.
 //
-// Looking changes no votes, so points look in any order: in groups of one direction, several at a
-// time. They vote in their own order, which the sums in the accumulator depend on.
+// Looking changes no votes, so a band of points looks before any of it votes; they vote one after
+// the other, on whose order the sums in the accumulator depend.
 template <class AngleIndex>
 class Pass {
  public:
   Pass(ConeTable& cones, VoteBlocks& blocks, AngleIndex angleIndex, const float* prev, float* acc)
       : cones_(cones), blocks_(blocks), angleIndex_(angleIndex), prev_(prev), acc_(acc) {}
 
-  void run(std::vector<VPoint2D>& points) {
-    // A band of neighbouring points at a time, whose votes stay in the cache.
-    constexpr std::size_t kBand = 8192;
+  void run(std::span<VPoint2D> points) {
+    // So few that what they look at stays in the cache until they vote there.
+    constexpr std::size_t kBand = 256;
     for (std::size_t first = 0; first < points.size(); first += kBand) {
-      band_ = std::span(points).subspan(first, std::min(kBand, points.size() - first));
-      turnAndSum();
-      blocks_.castShares(band_, sums_, prev_, acc_);
+      const auto band = points.subspan(first, std::min(kBand, points.size() - first));
+      views_.resize(band.size());
+      turned_.clear();
+      look(band, cones_, prev_, views_.data());
+      for (std::size_t i = 0; i < band.size(); ++i) {
+        const int before = band[i].angle;
+        turn(band[i], views_[i].strongest, views_[i].most);
+        if (band[i].angle != before) turned_.push_back(static_cast<int>(i));
+      }
+      sumVotes(band, turned_, cones_, prev_, views_.data());
+      blocks_.castShares(band, views_, prev_, acc_);
     }
   }
 
  private:
-  void turnAndSum() {
-    sums_.assign(band_.size(), 0.0F);
-    turned_.clear();
-    order_.resize(band_.size());
-    std::iota(order_.begin(), order_.end(), 0);
-    forGroups([this](int bin, const int* group, std::size_t count, const float* const* at) {
-      const Views views = look(at, cones_.offsets(bin), cones_.size());
-      for (std::size_t j = 0; j < count; ++j) {
-        VPoint2D& p = band_[static_cast<std::size_t>(group[j])];
-        turn(p, views.strongest[j], views.most[j]);
-        sums_[static_cast<std::size_t>(group[j])] = views.sums[j];
-        if (p.angle != bin) turned_.push_back(group[j]);
-      }
-    });
-    std::swap(order_, turned_);
-    forGroups([this](int bin, const int* group, std::size_t count, const float* const* at) {
-      float sums[kLanes];
-      sumVotes(at, cones_.offsets(bin), cones_.size(), sums);
-      for (std::size_t j = 0; j < count; ++j) sums_[static_cast<std::size_t>(group[j])] = sums[j];
-    });
-  }
-
-  // Calls `f` for groups of up to kLanes points of order_ that look in one direction; a smaller
-  // group is filled up with its last point.
-  template <class F>
-  void forGroups(const F& f) {
-    sortByAngle();
-    const float* at[kLanes];
-    for (std::size_t i = 0; i < sorted_.size();) {
-      const int bin = band_[static_cast<std::size_t>(sorted_[i])].angle;
-      std::size_t count = 0;
-      while (count < kLanes && i + count < sorted_.size()) {
-        const VPoint2D& p = band_[static_cast<std::size_t>(sorted_[i + count])];
-        if (p.angle != bin) break;
-        at[count++] = prev_ + p.offset;
-      }
-      std::fill(at + count, at + kLanes, at[count - 1]);
-      f(bin, sorted_.data() + i, count, at);
-      i += count;
-    }
-  }
-
-  // The points of order_ that have a cone, by angle.
-  void sortByAngle() {
-    ends_.assign(static_cast<std::size_t>(cones_.bins()) + 1, 0);
-    const auto angleOf = [this](int i) { return band_[static_cast<std::size_t>(i)].angle; };
-    for (const int i : order_) {
-      if (cones_.has(angleOf(i))) ++ends_[static_cast<std::size_t>(angleOf(i)) + 1];
-    }
-    std::partial_sum(ends_.begin(), ends_.end(), ends_.begin());
-    sorted_.resize(static_cast<std::size_t>(ends_.back()));
-    for (const int i : order_) {
-      if (!cones_.has(angleOf(i))) continue;
-      sorted_[static_cast<std::size_t>(ends_[static_cast<std::size_t>(angleOf(i))]++)] = i;
-    }
-  }
-
   void turn(VPoint2D& p, int strongest, float most) {
     if (strongest < 0 || most < kNegligible) return;
     const ConeTable::Cell cell = cones_.cell(p.angle, strongest);
@@ -121,12 +72,8 @@ class Pass {
   AngleIndex angleIndex_;
   const float* prev_;
   float* acc_;
-  std::span<VPoint2D> band_;
-  std::vector<float> sums_;
-  std::vector<int> order_;   // points of the band
-  std::vector<int> turned_;  // those whose direction changed
-  std::vector<int> sorted_;
-  std::vector<int> ends_;  // of the angles in sorted_
+  std::vector<View> views_;
+  std::vector<int> turned_;  // points of the band whose direction has changed
 };
 
 }  // namespace

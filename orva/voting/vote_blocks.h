@@ -8,6 +8,7 @@
 
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
+#include "orva/voting/walk.h"
 
 namespace orva::voting {
 
@@ -26,8 +27,8 @@ class VoteBlocks {
   // Every point gives its weight to all cells of its cone.
   void castWeights(std::span<const VPoint2D> points, float* acc);
   // Every point divides its weight among the cells of its cone in proportion to their votes in
-  // `prev`, whose sum is given; none where that is negligible.
-  void castShares(std::span<const VPoint2D> points, std::span<const float> sums, const float* prev,
+  // `prev`, whose sum is known; none where that is negligible.
+  void castShares(std::span<const VPoint2D> points, std::span<const View> views, const float* prev,
                   float* acc);
 
  private:
@@ -40,16 +41,19 @@ class VoteBlocks {
     std::size_t end = 0;
   };
 
-  template <class Add, class AddCell>
-  void castOne(const VPoint2D& p, const Add& add, const AddCell& addCell);
+  template <class VotesAt, class AddCell>
+  void castOne(const VPoint2D& p, const VotesAt& votesAt, const AddCell& addCell, float* acc);
+  const std::vector<int>& sortedCells(int bin);
   void makeBlocks(Run& run, int bin, int place);
 
   const ConeTable& cones_;
+  int places_;      // of an apex in a block that have lists of their own
   int lowest_ = 0;  // apexes whose blocks all lie in the accumulator
   int highest_ = 0;
   std::vector<Run> runs_;  // for a bin and a place; empty until it is needed
   std::vector<Block> blocks_;
-  std::vector<int> cells_;
+  std::vector<std::vector<int>> sorted_;  // the offsets of those cones that were needed
+  std::vector<int> todo_;
   std::vector<int> repeated_;
 };
 

@@ -1,49 +1,91 @@
 #include "orva/voting/walk.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "orva/util/cpu_path.h"
 
 namespace orva::voting {
 namespace {
 
-void gather(const float* const* at, std::ptrdiff_t offset, Lanes& to) {
-  to = Lanes{at[0][offset], at[1][offset], at[2][offset], at[3][offset],
-             at[4][offset], at[5][offset], at[6][offset], at[7][offset]};
+constexpr std::size_t kTogether = 4;
+using Floats [[gnu::vector_size(16)]] = float;
+using Ints [[gnu::vector_size(16)]] = int;
+
+// The cells of the cones of kTogether points.
+class Cells {
+ public:
+  template <class PointAt>
+  Cells(const PointAt& pointAt, const ConeTable& cones, const float* acc) {
+    for (std::size_t j = 0; j < kTogether; ++j) {
+      const VPoint2D& p = pointAt(j);
+      at_[j] = acc + p.offset;
+      offsets_[j] = cones.offsets(p.angle);
+    }
+  }
+
+  // Cell i of each cone.
+  void read(std::size_t i, Floats& to) const {
+    to = Floats{at_[0][offsets_[0][i]], at_[1][offsets_[1][i]], at_[2][offsets_[2][i]],
+                at_[3][offsets_[3][i]]};
+  }
+
+ private:
+  const float* at_[kTogether];
+  const int* offsets_[kTogether];
+};
+
+// Calls f(i, count) for the groups i .. i + count - 1 of 0 .. n - 1.
+template <class F>
+void forGroups(std::size_t n, const F& f) {
+  for (std::size_t i = 0; i < n; i += kTogether) f(i, std::min(kTogether, n - i));
 }
 
 }  // namespace
 
-Views look(const float* const* at, const int* offsets, std::size_t count) {
-  Views views;
-  onWidestPath([=, &views] {
-    const float* const from[kLanes] = {at[0], at[1], at[2], at[3], at[4], at[5], at[6], at[7]};
-    Lanes sums = {};
-    Lanes most = {};
-    IntLanes strongest = IntLanes{} - 1;
-    for (std::size_t i = 0; i < count; ++i) {
-      Lanes v;
-      gather(from, offsets[i], v);
-      sums += v;
-      const IntLanes larger = v > most;
-      most = larger ? v : most;
-      strongest = larger ? IntLanes{} + static_cast<int>(i) : strongest;
-    }
-    std::memcpy(views.sums, &sums, sizeof sums);
-    std::memcpy(views.most, &most, sizeof most);
-    std::memcpy(views.strongest, &strongest, sizeof strongest);
+void look(std::span<const VPoint2D> points, const ConeTable& cones, const float* acc, View* views) {
+  const int size = static_cast<int>(cones.size());
+  onWidestPath([=, &cones] {
+    forGroups(points.size(), [=, &cones](std::size_t first, std::size_t count) {
+      const auto pointAt = [=](std::size_t j) -> const VPoint2D& {
+        return points[first + std::min(j, count - 1)];
+      };
+      const Cells cells(pointAt, cones, acc);
+      Floats sums = {};
+      Floats most = {};
+      Ints strongest = Ints{} - 1;
+      for (int i = 0; i < size; ++i) {
+        Floats v;
+        cells.read(static_cast<std::size_t>(i), v);
+        sums += v;
+        const Ints larger = v > most;
+        most = larger ? v : most;
+        strongest = larger ? Ints{} + i : strongest;
+      }
+      for (std::size_t j = 0; j < count; ++j) views[first + j] = {sums[j], most[j], strongest[j]};
+    });
   });
-  return views;
 }
 
-void sumVotes(const float* const* at, const int* offsets, std::size_t count, float* sums) {
-  onWidestPath([=] {
-    const float* const from[kLanes] = {at[0], at[1], at[2], at[3], at[4], at[5], at[6], at[7]};
-    Lanes sum = {};
-    for (std::size_t i = 0; i < count; ++i) {
-      Lanes v;
-      gather(from, offsets[i], v);
-      sum += v;
-    }
-    store(sum, sums);
+void sumVotes(std::span<const VPoint2D> points, std::span<const int> which, const ConeTable& cones,
+              const float* acc, View* views) {
+  const std::size_t size = cones.size();
+  onWidestPath([=, &cones] {
+    forGroups(which.size(), [=, &cones](std::size_t first, std::size_t count) {
+      const auto pointAt = [=](std::size_t j) -> const VPoint2D& {
+        return points[static_cast<std::size_t>(which[first + std::min(j, count - 1)])];
+      };
+      const Cells cells(pointAt, cones, acc);
+      Floats sums = {};
+      for (std::size_t i = 0; i < size; ++i) {
+        Floats v;
+        cells.read(i, v);
+        sums += v;
+      }
+      for (std::size_t j = 0; j < count; ++j) {
+        views[static_cast<std::size_t>(which[first + j])].sum = sums[j];
+      }
+    });
   });
 }
 

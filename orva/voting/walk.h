@@ -1,25 +1,28 @@
-// Walks over the cells of cones, many points at a time; not installed.
+// Walks over the cells of cones, several points at once; not installed.
 #ifndef ORVA_VOTING_WALK_H
 #define ORVA_VOTING_WALK_H
 
-#include <cstddef>
+#include <span>
 
-#include "orva/util/lanes.h"
+#include "orva/voting/circularvoting.h"
+#include "orva/voting/cone_table.h"
 
 namespace orva::voting {
 
-// What the cones of kLanes points hold. The points look in one direction.
-struct Views {
-  float sums[kLanes];     // of the votes, added cell by cell
-  float most[kLanes];     // the largest vote above 0, or 0
-  int strongest[kLanes];  // the first cell that holds it, or -1
+// What a point sees in its cone.
+struct View {
+  float sum;      // of the votes, added cell by cell
+  float most;     // the largest vote above 0, or 0
+  int strongest;  // the first cell that holds it, or -1
 };
 
-// Looks from the cells at[0] .. at[kLanes - 1] of an accumulator over `count` cells.
-Views look(const float* const* at, const int* offsets, std::size_t count);
+// The views of points that all have a cone, in an accumulator. The additions of one point need not
+// wait for those of another, so a few are taken at once; each sum has its own order.
+void look(std::span<const VPoint2D> points, const ConeTable& cones, const float* acc, View* views);
 
-// The sums alone.
-void sumVotes(const float* const* at, const int* offsets, std::size_t count, float* sums);
+// The sums alone, of the points with the given indices.
+void sumVotes(std::span<const VPoint2D> points, std::span<const int> which, const ConeTable& cones,
+              const float* acc, View* views);
 
 }  // namespace orva::voting
 
