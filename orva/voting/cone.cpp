@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "orva/voting/circularvoting.h"
+#include "orva/voting/cone_table.h"
 #include "orva/voting/negligible.h"
 
 namespace orva::voting {
@@ -16,11 +17,7 @@ ConePlane2D::ConePlane2D(int n, const WPoint2D& p)
     : points(static_cast<std::size_t>(std::max(n, 0)), p) {}
 
 void ConePlane2D::setPos() {
-  // In unsigned arithmetic, so that cells outside every accumulator do no harm.
-  for (WPoint2D& c : points) {
-    c.offset = static_cast<int>(static_cast<unsigned>(c.y) * static_cast<unsigned>(WPoint2D::nx) +
-                                static_cast<unsigned>(c.x));
-  }
+  for (WPoint2D& c : points) c.offset = offsetOf(c.x, c.y, WPoint2D::nx);
 }
 
 void Cone2D::setDirection(float x, float y) {

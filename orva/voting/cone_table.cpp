@@ -81,7 +81,7 @@ ConeTable::ConeTable(const Cone2D& prototype, int bins, float step, int accumula
       int y = cell.y;
       turn.apply(x, y);
       cells_.push_back({static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)});
-      offsets_.push_back(y * accumulatorWidth + x);
+      offsets_.push_back(offsetOf(x, y, accumulatorWidth));
     }
   }
 }

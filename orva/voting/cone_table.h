@@ -13,6 +13,13 @@ namespace orva::voting {
 // The cone that opens along +x (and along -x, too, if it is two-sided), without offsets.
 Cone2D prototypeCone(int nearest, int farthest, int width, bool twoSided);
 
+// The offset of a cell in the accumulator, in unsigned arithmetic, so that cells outside every
+// accumulator do no harm.
+inline int offsetOf(int x, int y, int accumulatorWidth) {
+  return static_cast<int>(static_cast<unsigned>(y) * static_cast<unsigned>(accumulatorWidth) +
+                          static_cast<unsigned>(x));
+}
+
 // The turn of a cell to an angle bin, `step` radians wide.
 struct Turn {
   Turn(int bin, float step);

@@ -43,6 +43,7 @@ class Pass {
       look(band, cones_, prev_, views_.data());
       for (std::size_t i = 0; i < band.size(); ++i) {
         const int before = band[i].angle;
+        if (!cones_.has(before)) continue;
         turn(band[i], views_[i].strongest, views_[i].most);
         if (band[i].angle != before) turned_.push_back(static_cast<int>(i));
       }

@@ -20,7 +20,7 @@ class Cells {
     for (std::size_t j = 0; j < kTogether; ++j) {
       const VPoint2D& p = pointAt(j);
       at_[j] = acc + p.offset;
-      offsets_[j] = cones.offsets(p.angle);
+      offsets_[j] = cones.offsets(cones.has(p.angle) ? p.angle : 0);
     }
   }
 

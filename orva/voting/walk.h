@@ -16,8 +16,9 @@ struct View {
   int strongest;  // the first cell that holds it, or -1
 };
 
-// The views of points that all have a cone, in an accumulator. The additions of one point need not
-// wait for those of another, so a few are taken at once; each sum has its own order.
+// The views of points in an accumulator; of a point without a cone they are of no use. The
+// additions of one point need not wait for those of another, so a few are taken at once; each sum
+// has its own order.
 void look(std::span<const VPoint2D> points, const ConeTable& cones, const float* acc, View* views);
 
 // The sums alone, of the points with the given indices.

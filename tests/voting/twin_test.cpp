@@ -147,6 +147,31 @@ TEST(Voting, OfOddShapesEqualsItsTwin) {
   }
 }
 
+// Votes are added in blocks of neighbours, which rows of every length cut in other places.
+TEST(Voting, OfEveryWidthEqualsItsTwin) {
+  Random random(8);
+  for (int width = 1; width <= 130; ++width) {
+    const Shape shape{width, 5 + width % 13};
+    VotingParams params;
+    params.regionType = width % 3;
+    params.maxRadius = 1 + width % 9;
+    params.coneWidth = width % 5;
+    params.centerThreshold = 0.1F;
+    SCOPED_TRACE(width);
+    expectLikeTwin(params, discImage<unsigned char>(shape, randomDiscs(random, shape), 200, 30));
+    expectLikeTwin(params, randomImage<unsigned char>(random, shape));
+  }
+}
+
+// Very large cones are kept in another way.
+TEST(Voting, WithConesOfManyCellsEqualsItsTwin) {
+  VotingParams params;
+  params.minRadius = 10;
+  params.maxRadius = 260;
+  params.coneWidth = 70;
+  EXPECT_GT(expectLikeTwin(params, discImage<unsigned char>({25, 19}, {{12, 9, 5}}, 200, 30)), 0U);
+}
+
 // Filters run along the frames; the points are those of plane 0.
 TEST(Voting, OfStacksEqualsItsTwin) {
   Random random(4);
