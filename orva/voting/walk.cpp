@@ -54,6 +54,7 @@ void look(std::span<const VPoint2D> points, const ConeTable& cones, const float*
       Floats sums = {};
       Floats most = {};
       Ints strongest = Ints{} - 1;
+#pragma GCC unroll 4
       for (int i = 0; i < size; ++i) {
         Floats v;
         cells.read(static_cast<std::size_t>(i), v);
@@ -77,6 +78,7 @@ void sumVotes(std::span<const VPoint2D> points, std::span<const int> which, cons
       };
       const Cells cells(pointAt, cones, acc);
       Floats sums = {};
+#pragma GCC unroll 4
       for (std::size_t i = 0; i < size; ++i) {
         Floats v;
         cells.read(i, v);
