@@ -90,7 +90,7 @@ class CircularVotingTest {
 
   /** These sides and the margins of the votes just fit 16 bits; WrongCalls has the next size. */
   @ParameterizedTest
-  @ValueSource(ints = {1, 6, 10, 20})
+  @ValueSource(ints = {1, 6, 10, 20, 30, 33})
   void theLargestImageIsSearchedToItsEnd(int radius) throws Exception {
     int cone = (radius + 2) / 4;
     int margin = (int) (Math.sqrt(radius * radius + cone * cone) + 3);
