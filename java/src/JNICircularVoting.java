@@ -61,6 +61,8 @@ public class JNICircularVoting {
   private boolean loadInstalled(List<String> tried) {
     String path = System.getProperty("java.library.path", "");
     for (String folder : path.split(File.pathSeparator)) {
+      if (folder.isEmpty())
+        continue; // File would take it for the root folder
       File file = new File(folder, LIBRARY).getAbsoluteFile();
       if (!file.exists()) {
         tried.add(file + ": not there");
