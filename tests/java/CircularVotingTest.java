@@ -66,6 +66,7 @@ class CircularVotingTest {
     assertEquals(List.of(), CircularVoting.find(new int[0], 0, 7, settings));
     assertEquals(List.of(), CircularVoting.find(new int[0], 7, 0, settings));
     assertEquals(List.of(), CircularVoting.find(new int[0], 0, 0, settings));
+    assertEquals(List.of(), CircularVoting.find(new int[0], 0, 40000, settings));
   }
 
   @Test
