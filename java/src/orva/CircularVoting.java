@@ -32,8 +32,9 @@ public final class CircularVoting {
    * @param height number of rows; an image without pixels has no centres
    * @param width number of columns
    * @param settings what to look for
-   * @return the centres, from top to bottom by the topmost votes of each; empty when there are none. A
-   *     single centre at (width / 3, height / 3) with a weight below 1 can not be told from none.
+   * @return the centres, from top to bottom by the topmost votes of each; empty when there are
+   *     none. A single centre at (width / 3, height / 3) with a weight below 1 can not be told from
+   *     none.
    * @throws IllegalArgumentException when the array or the settings are null, a size is negative,
    *     the array's length is not {@code height * width}, or a side with the margin for the votes
    *     exceeds 32767 pixels
