@@ -7,9 +7,7 @@ import ij.CompositeImage;
 import ij.IJ;
 import ij.ImagePlus;
 import ij.ImageStack;
-import ij.Undo;
 import ij.VirtualStack;
-import ij.WindowManager;
 import ij.gui.PointRoi;
 import ij.gui.Roi;
 import ij.process.ByteProcessor;
@@ -205,19 +203,6 @@ class IjStackTest {
     assertNull(interrupted.getOverlay());
     assertFalse(interrupted.isLocked());
     IJ.resetEscape();
-  }
-
-  @Test
-  void theSearchOfAStackLeavesTheUndoOfAnother() {
-    ImagePlus other = new ImagePlus("other", slice(1));
-    other.getProcessor().snapshot();
-    Undo.setup(Undo.FILTER, other);
-    other.getProcessor().invert();
-    run(stack(3), OPTIONS + " stack");
-    WindowManager.setTempCurrentImage(other);
-    Undo.undo();
-    WindowManager.setTempCurrentImage(null);
-    assertEquals(0, other.getProcessor().get(0, 0));
   }
 
   /** Makes its slices when they are asked for, as a stack on a disk does. */

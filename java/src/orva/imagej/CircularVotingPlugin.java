@@ -43,9 +43,9 @@ import orva.Settings;
 public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogListener {
   private static final String TITLE = "Circular Voting";
   private static final String OVERLAY = "orva centres";
+  private static final int LARGE = 4; // of ImageJ's point sizes
   private static final int CHEAP_PIXELS = 1 << 20;
-  private static final int FLAGS =
-      DOES_ALL | NO_CHANGES | NO_UNDO_RESET | PARALLELIZE_STACKS | FINAL_PROCESSING;
+  private static final int FLAGS = DOES_ALL | NO_CHANGES | PARALLELIZE_STACKS | FINAL_PROCESSING;
 
   // The keys of macros, which must stay as they are; capitalised they are the dialog's labels.
   private static final String RADIUS = "max_radius";
@@ -107,19 +107,12 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     return new Choice(settings, words.contains(DARK), words.contains(STACK));
   }
 
-  /** A number or, as in ImageJ's own commands, the name of a macro's variable. */
   private static int option(String options, String key, int usual) {
-    String text = Macro.getValue(options, key, String.valueOf(usual));
+    String value = Macro.getValue(options, key, String.valueOf(usual));
     try {
-      return whole(key, Double.parseDouble(text));
+      return whole(key, Double.parseDouble(value));
     } catch (NumberFormatException e) {
-      Interpreter macro = Interpreter.getInstance();
-      double value = macro == null
-          ? Double.NaN
-          : macro.getVariable2(text.startsWith("&") ? text.substring(1) : text);
-      if (Double.isNaN(value))
-        throw new IllegalArgumentException(key + " must be a number, not " + text, e);
-      return whole(key, value);
+      throw new IllegalArgumentException(key + " must be a number, not " + value, e);
     }
   }
 
@@ -302,6 +295,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
       centers.forEach(c -> add(circles, c, slice));
       circles.setName(OVERLAY);
       circles.setPointType(PointRoi.CIRCLE);
+      circles.setSize(LARGE); // around the points of the selection
       circles.setStrokeColor(Color.ORANGE);
       if (imp.getStackSize() > 1)
         circles.setPosition(slice);
