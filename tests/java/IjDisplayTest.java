@@ -29,6 +29,7 @@ import java.util.concurrent.TimeUnit;
 import java.util.function.Predicate;
 import java.util.stream.IntStream;
 import javax.imageio.ImageIO;
+import org.junit.jupiter.api.AfterAll;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.Test;
@@ -43,6 +44,11 @@ class IjDisplayTest {
   static void start() throws Exception {
     home = IjScreen.install();
     imagej = IjScreen.start(home);
+  }
+
+  @AfterAll
+  static void remove() throws Exception {
+    IjScreen.remove(home);
   }
 
   @AfterEach

@@ -13,8 +13,10 @@ import java.awt.event.ItemEvent;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Comparator;
 import java.util.function.BooleanSupplier;
 import java.util.function.Supplier;
+import java.util.stream.Stream;
 
 /**
  * ImageJ on a screen, with the jar among its plugins and its preferences in a folder of its own.
@@ -30,6 +32,12 @@ final class IjScreen {
     Path plugins = Files.createDirectory(home.resolve("plugins"));
     Files.copy(Path.of(System.getProperty("orva.jar")), plugins.resolve("orva_imagej.jar"));
     return home;
+  }
+
+  static void remove(Path home) throws IOException {
+    try (Stream<Path> paths = Files.walk(home)) {
+      for (Path path : paths.sorted(Comparator.reverseOrder()).toList()) Files.delete(path);
+    }
   }
 
   static ImageJ start(Path home) {

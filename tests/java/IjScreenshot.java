@@ -28,8 +28,10 @@ final class IjScreenshot {
   private IjScreenshot() {}
 
   public static void main(String[] arguments) throws Exception {
-    IjScreen.start(IjScreen.install());
+    Path home = IjScreen.install();
+    IjScreen.start(home);
     take(Path.of(arguments[0]));
+    IjScreen.remove(home);
     System.exit(0); // ImageJ and its dialog are open
   }
 

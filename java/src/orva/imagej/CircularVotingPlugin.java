@@ -257,8 +257,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
   }
 
   /** Tells the user, and ends the macro if one runs. */
-  private void fail(String message) {
-    imp.unlock(); // the end of a macro skips the runner's
+  private static void fail(String message) {
     if (!GraphicsEnvironment.isHeadless()) {
       IJ.error(TITLE, message);
       return;
