@@ -1,15 +1,13 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-
 import ij.IJ;
 import ij.ImagePlus;
 import ij.Menus;
 import ij.measure.ResultsTable;
 import ij.process.ByteProcessor;
 import java.awt.HeadlessException;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import orva.Settings;
 
 /** The ImageJ command, its table and the same centres by the C++ interface. */
 final class IjCommand {
@@ -54,14 +52,11 @@ final class IjCommand {
 
   static List<String> expected(int slice, Path image, int radius, int threshold, int scale,
       String... dark) throws Exception {
-    List<String> command = new ArrayList<>(List.of(System.getProperty("orva.expected"),
-        image.toString(), "" + radius, "" + threshold, "" + scale));
-    command.addAll(List.of(dark));
-    Process process =
-        new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.INHERIT).start();
-    String out = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
-    assertEquals(0, process.waitFor(), command::toString);
-    return out.lines().map(line -> slice + " " + line).toList();
+    Settings settings = new Settings(radius, threshold, scale);
+    return Expected.centers(image, settings, List.of(dark).contains("dark"))
+        .stream()
+        .map(c -> slice + " " + c.x() + " " + c.y() + " " + c.weight())
+        .toList();
   }
 
   /** Spots of a radius of 6 pixels on black. */

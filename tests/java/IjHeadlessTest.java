@@ -222,8 +222,8 @@ class IjHeadlessTest {
   }
 
   @ParameterizedTest
-  @CsvSource({"max_radius=0, 'The largest radius must be 1 to 1000, not 0'",
-      "max_radius=1001, 'The largest radius must be 1 to 1000, not 1001'",
+  @CsvSource({"max_radius=0, 'The maximum radius must be 1 to 1000, not 0'",
+      "max_radius=1001, 'The maximum radius must be 1 to 1000, not 1001'",
       "max_radius=2.5, 'max_radius must be a whole number, not 2.5'",
       "threshold=abc, 'threshold must be a number, not abc'",
       "threshold=-1, 'The threshold must be at least 0, not -1'",

@@ -41,7 +41,7 @@ final class WrongCalls {
     addTooLarge(calls, 30, 34); // 33 with a cone that is not rounded up
     addTooLarge(calls, 1000, 1033);
     for (int radius : new int[] {0, -1, 1001, Integer.MIN_VALUE, Integer.MAX_VALUE}) {
-      String refusal = "The largest radius must be 1 to 1000, not " + radius;
+      String refusal = "The maximum radius must be 1 to 1000, not " + radius;
       calls.add(new Call(refusal, () -> new Settings(radius, 200, 3)));
       calls.add(new Call(refusal, () -> new Settings(radius)));
     }
