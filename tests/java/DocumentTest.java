@@ -3,6 +3,8 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import ij.IJ;
 import java.awt.image.BufferedImage;
+import java.io.ByteArrayOutputStream;
+import java.io.PrintStream;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.List;
@@ -51,14 +53,17 @@ class DocumentTest {
   void theMacroExampleFindsTheNuclei() throws Exception {
     System.setProperty("java.awt.headless", "true");
     IjCommand.registerWithoutScreen();
-    // In place of printing, the lines are returned.
-    String macro = "var lines = \"\";\nfunction note(line) { lines = lines + line + \"\\n\"; }\n"
-        + "open(\"" + SAMPLE + "\");\n" + example("javascript").replace("print(", "note(")
-        + "return lines;";
-    String lines = IJ.runMacro(macro);
+    PrintStream console = System.out;
+    ByteArrayOutputStream printed = new ByteArrayOutputStream();
+    System.setOut(new PrintStream(printed, true)); // where ImageJ prints without a screen
+    try {
+      IJ.runMacro("open(\"" + SAMPLE + "\");\n" + example("javascript"));
+    } finally {
+      System.setOut(console);
+    }
     List<Center> centers = Expected.centers(SAMPLE, new Settings(36, 600, 5), false);
     assertTrue(centers.size() > 20, centers::toString);
-    assertEquals(
-        centers.stream().map(c -> c.x() + " " + c.y()).toList(), lines.strip().lines().toList());
+    assertEquals(centers.stream().map(c -> c.x() + " " + c.y()).toList(),
+        printed.toString().lines().toList());
   }
 }
