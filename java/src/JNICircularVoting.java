@@ -104,7 +104,7 @@ public class JNICircularVoting {
       System.load(file.toString());
       compute(new int[0], 0, 0, 0, 1, 0, 0, 0, 1); // a library built without Java has no such entry
       return true;
-    } catch (UnsatisfiedLinkError e) {
+    } catch (UnsatisfiedLinkError | RuntimeException e) { // the latter where access is denied
       tried.add(file + ": " + e.getMessage());
       return false;
     }

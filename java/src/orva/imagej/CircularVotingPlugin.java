@@ -239,10 +239,10 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
       fail(failure);
       return;
     }
-    if (!Analyzer.resetCounter())
-      return; // the user keeps the former table
     select(found);
     addOverlay();
+    if (!Analyzer.resetCounter())
+      return; // the user keeps the former table
     ResultsTable table = Analyzer.getResultsTable();
     found.forEach((slice, centers) -> {
       for (Center c : centers) {
