@@ -52,9 +52,8 @@ jintArray Java_JNICircularVoting_compute(JNIEnv* env, jobject /*self*/, jintArra
       grey->pixels()[i] = static_cast<unsigned char>(static_cast<unsigned>(buffer[i]) & 0xFFU);
     }
 
-    const std::vector<jint> triples =
-        findCenters(*grey, height, width, maxRadius, static_cast<float>(threshold),
-                    static_cast<float>(scale));
+    const std::vector<jint> triples = findCenters(
+        *grey, height, width, maxRadius, static_cast<float>(threshold), static_cast<float>(scale));
     const auto length = static_cast<jsize>(triples.size());
     jintArray result = env->NewIntArray(length);
     env->SetIntArrayRegion(result, 0, length, triples.data());
