@@ -61,6 +61,8 @@ public class JNICircularVoting {
   private boolean loadInstalled(List<String> tried) {
     String path = System.getProperty("java.library.path", "");
     for (String folder : path.split(File.pathSeparator)) {
+      if (folder.isEmpty())
+        continue; // File would take it for the root folder
       File file = new File(folder, LIBRARY).getAbsoluteFile();
       if (!file.exists()) {
         tried.add(file + ": not there");
@@ -102,7 +104,7 @@ public class JNICircularVoting {
       System.load(file.toString());
       compute(new int[0], 0, 0, 0, 1, 0, 0, 0, 1); // a library built without Java has no such entry
       return true;
-    } catch (UnsatisfiedLinkError e) {
+    } catch (UnsatisfiedLinkError | RuntimeException e) { // the latter where access is denied
       tried.add(file + ": " + e.getMessage());
       return false;
     }

@@ -18,7 +18,8 @@ std::vector<jint> findCenters(const orva::image<unsigned char>& grey, jint heigh
                               jint maxRadius, float threshold, float scale) {
   const float strongest = orva::scalespace::gradient(grey, scale, 1.0F).max();
   CircularVoting voting;
-  voting.setParams(CircularVoting::Bright, 1, maxRadius, static_cast<int>(maxRadius * 0.25 + 0.5),
+  voting.setParams(CircularVoting::Bright, 1, maxRadius,
+                   orva::truncateTo<int>(maxRadius * 0.25 + 0.5),
                    static_cast<float>(0.1 * static_cast<double>(strongest)), threshold, scale,
                    CircularVoting::Power, 1.0F, false, true);
   voting.saveHistory(false);

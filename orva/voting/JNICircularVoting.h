@@ -31,12 +31,13 @@ extern "C" {
 ///         row, column, and weight truncated toward zero. Without any centre it is the one triple
 ///         (height / 3, width / 3, 0); so, too, for a height or width of 0.
 ///
-/// Nothing is checked and no exception raised: a null or short array and a failed NewIntArray are
-/// left to the Java machine, and pixels that could not be copied are black. Sizes whose product is
-/// negative or does not fit 32 bits, and a lack of memory, end the process with status 1 after
-/// "Error: out of memory" on standard error; an image too large for voting has no centres
-/// (CircularVoting::compute). Two images of height times width bytes are kept at every call, never
-/// to be released; this is intended. Any number of threads may call at the same time.
+/// Nothing is checked and no exception raised or looked at: a null or short array and a failed
+/// NewIntArray are left to the Java machine, and pixels that could not be copied are black. Sizes
+/// whose product is negative or does not fit 32 bits, and a lack of memory, end the process with
+/// status 1 after "Error: out of memory" on standard error; an image too large for voting has no
+/// centres (CircularVoting::compute). Two images of height times width bytes are kept at every
+/// call, never to be released; this is intended (for two negative sizes it is one). Any number of
+/// threads may call at the same time.
 JNIEXPORT jintArray JNICALL Java_JNICircularVoting_compute(JNIEnv* env, jobject self,
                                                            jintArray pixels, jint height,
                                                            jint width, jint unused1, jint maxRadius,

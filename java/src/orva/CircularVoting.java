@@ -32,8 +32,9 @@ public final class CircularVoting {
    * @param height number of rows; an image without pixels has no centres
    * @param width number of columns
    * @param settings what to look for
-   * @return the centres, topmost votes first; empty when there are none. A
-   *     single centre at (width / 3, height / 3) with a weight below 1 can not be told from none.
+   * @return the centres, from top to bottom by the topmost votes of each; empty when there are
+   *     none. A single centre at (width / 3, height / 3) with a weight below 1 can not be told from
+   *     none.
    * @throws IllegalArgumentException when the array or the settings are null, a size is negative,
    *     the array's length is not {@code height * width}, or a side with the margin for the votes
    *     exceeds 32767 pixels
@@ -59,10 +60,9 @@ public final class CircularVoting {
     require(pixels.length == (long) height * width,
         "An image of " + size + " pixels needs an array of as many, not of " + pixels.length);
     int radius = settings.maxRadius();
-    int cone =
-        (int) (radius * 0.25 + 0.5); // the half-width of the widest, as the native code has it
+    int cone = (int) (radius * 0.25 + 0.5); // half the widest cone, as the native code has it
     int margin = (int) (Math.sqrt(cone * cone + radius * radius) + 3.0);
-    require(Math.max(height, width) + 2L * margin <= LARGEST_SIDE,
+    require(pixels.length == 0 || Math.max(height, width) + 2L * margin <= LARGEST_SIDE,
         "An image of " + size + " pixels is too large: its longer side and twice the margin of "
             + margin + " pixels must not exceed " + LARGEST_SIDE);
   }

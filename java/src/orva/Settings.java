@@ -9,7 +9,7 @@ package orva;
  * @param scale sigma of the gradient in pixels, 1 to {@value #LARGEST}
  */
 public record Settings(int maxRadius, int threshold, int scale) {
-  /** The largest radius and scale. The cones of this radius take a gigabyte of memory. */
+  /** The maximum radius and scale. The cones of this radius take a gigabyte of memory. */
   public static final int LARGEST = 1000;
 
   /**
@@ -18,7 +18,7 @@ public record Settings(int maxRadius, int threshold, int scale) {
    * @throws IllegalArgumentException when one is out of its range
    */
   public Settings {
-    check("largest radius", maxRadius, 1, LARGEST);
+    check("maximum radius", maxRadius, 1, LARGEST);
     check("threshold", threshold, 0, Integer.MAX_VALUE);
     check("scale", scale, 1, LARGEST);
   }

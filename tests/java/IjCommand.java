@@ -1,0 +1,69 @@
+import ij.IJ;
+import ij.ImagePlus;
+import ij.Menus;
+import ij.measure.ResultsTable;
+import ij.process.ByteProcessor;
+import java.awt.HeadlessException;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import orva.Settings;
+
+/** The ImageJ command, its table and the same centres by the C++ interface. */
+final class IjCommand {
+  static final String NAME = "Circular Voting...";
+
+  private IjCommand() {}
+
+  /** ImageJ without a screen has no menu of its own, so the command is entered by hand. */
+  @SuppressWarnings("unchecked") // ImageJ's table has no element types
+  static void registerWithoutScreen() {
+    try {
+      IJ.run("anything");
+    } catch (HeadlessException e) {
+      // The menu bar needs a screen. The table of commands is there.
+    }
+    Menus.getCommands().put(NAME, "orva.imagej.CircularVotingPlugin");
+  }
+
+  static Path sample(String name) {
+    return Path.of(System.getProperty("orva.source"), "data/images", name + ".pgm");
+  }
+
+  static ImagePlus open(String name) {
+    return IJ.openImage(sample(name).toString());
+  }
+
+  /** The rows of the results table: slice, x, y and weight. */
+  static List<String> rows() {
+    ResultsTable table = ResultsTable.getResultsTable();
+    List<String> rows = new ArrayList<>();
+    for (int i = 0; i < table.size(); i++) {
+      rows.add((int) table.getValue("slice", i) + " " + (int) table.getValue("x", i) + " "
+          + (int) table.getValue("y", i) + " " + (int) table.getValue("weight", i));
+    }
+    return rows;
+  }
+
+  static List<String> run(ImagePlus image, String options) {
+    IJ.run(image, NAME, options);
+    return rows();
+  }
+
+  static List<String> expected(int slice, Path image, int radius, int threshold, int scale,
+      String... dark) throws Exception {
+    Settings settings = new Settings(radius, threshold, scale);
+    return Expected.centers(image, settings, List.of(dark).contains("dark"))
+        .stream()
+        .map(c -> slice + " " + c.x() + " " + c.y() + " " + c.weight())
+        .toList();
+  }
+
+  /** Spots of a radius of 6 pixels on black. */
+  static ByteProcessor spots(int width, int height, int... xy) {
+    ByteProcessor ip = new ByteProcessor(width, height);
+    ip.setValue(200);
+    for (int i = 0; i < xy.length; i += 2) ip.fillOval(xy[i] - 6, xy[i + 1] - 6, 13, 13);
+    return ip;
+  }
+}

@@ -1,0 +1,318 @@
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertNotNull;
+import static org.junit.jupiter.api.Assertions.assertNull;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import ij.Executer;
+import ij.ImageJ;
+import ij.ImagePlus;
+import ij.ImageStack;
+import ij.Menus;
+import ij.gui.GenericDialog;
+import ij.gui.PointRoi;
+import ij.gui.Roi;
+import ij.plugin.filter.Analyzer;
+import ij.plugin.frame.Recorder;
+import java.awt.Button;
+import java.awt.Checkbox;
+import java.awt.Color;
+import java.awt.Menu;
+import java.awt.MenuBar;
+import java.awt.Point;
+import java.awt.Rectangle;
+import java.awt.image.BufferedImage;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.List;
+import java.util.concurrent.TimeUnit;
+import java.util.function.Predicate;
+import java.util.stream.IntStream;
+import javax.imageio.ImageIO;
+import org.junit.jupiter.api.AfterAll;
+import org.junit.jupiter.api.AfterEach;
+import org.junit.jupiter.api.BeforeAll;
+import org.junit.jupiter.api.Test;
+
+/** The menu, the dialog, the preview and the recorder, on a screen. */
+class IjDisplayTest {
+  private static final String SAMPLE = "dsb_sparse_a";
+  private static Path home;
+  private static ImageJ imagej;
+
+  @BeforeAll
+  static void start() throws Exception {
+    home = IjScreen.install();
+    imagej = IjScreen.start(home);
+  }
+
+  @AfterAll
+  static void remove() throws Exception {
+    IjScreen.remove(home);
+  }
+
+  @AfterEach
+  void close() throws Exception {
+    GenericDialog open = IjScreen.openDialog();
+    if (open != null)
+      IjScreen.press(open.getButtons()[1]);
+    IjScreen.closeImages();
+  }
+
+  private static ImagePlus show(ImagePlus image) {
+    image.show();
+    return image;
+  }
+
+  /** As a click in the menu does. */
+  private static GenericDialog call(ImagePlus image) throws Exception {
+    Analyzer.setUnsavedMeasurements(false); // else ImageJ asks whether to save the former table
+    new Executer(IjCommand.NAME, image);
+    return IjScreen.dialog();
+  }
+
+  private static void fill(GenericDialog dialog, int radius, int threshold, int scale)
+      throws Exception {
+    IjScreen.type(dialog, 0, "" + radius);
+    IjScreen.type(dialog, 1, "" + threshold);
+    IjScreen.type(dialog, 2, "" + scale);
+  }
+
+  private static Checkbox box(GenericDialog dialog, int i) {
+    return (Checkbox) dialog.getCheckboxes().get(i);
+  }
+
+  private static Button ok(GenericDialog dialog) {
+    return dialog.getButtons()[0];
+  }
+
+  private static Button cancel(GenericDialog dialog) {
+    return dialog.getButtons()[1];
+  }
+
+  private static void finish(ImagePlus image, Button button) throws Exception {
+    IjScreen.press(button);
+    IjScreen.await("the end of the command", () -> !image.isLocked());
+  }
+
+  private static List<String> expected(int radius, int threshold, int scale, String... dark)
+      throws Exception {
+    List<String> rows =
+        IjCommand.expected(1, IjCommand.sample(SAMPLE), radius, threshold, scale, dark);
+    assertFalse(rows.isEmpty());
+    return rows;
+  }
+
+  @Test
+  void theMenuHasTheCommand() {
+    assertEquals("orva.imagej.CircularVotingPlugin", Menus.getCommands().get(IjCommand.NAME));
+    MenuBar bar = Menus.getMenuBar();
+    Menu plugins =
+        menu(IntStream.range(0, bar.getMenuCount()).mapToObj(bar::getMenu).toList(), "Plugins");
+    Menu orva = menu(IntStream.range(0, plugins.getItemCount())
+                         .mapToObj(plugins::getItem)
+                         .filter(Menu.class ::isInstance)
+                         .map(Menu.class ::cast)
+                         .toList(),
+        "Orva");
+    assertEquals(1, orva.getItemCount());
+    assertEquals(IjCommand.NAME, orva.getItem(0).getLabel());
+  }
+
+  private static Menu menu(List<Menu> menus, String label) {
+    return menus.stream().filter(m -> m.getLabel().equals(label)).findFirst().orElseThrow();
+  }
+
+  @Test
+  void okRunsWithTheValuesOfTheDialog() throws Exception {
+    ImagePlus image = show(IjCommand.open(SAMPLE));
+    GenericDialog dialog = call(image);
+    assertEquals(3, dialog.getNumericFields().size());
+    assertEquals(List.of("Dark objects", " Preview"),
+        List.of(box(dialog, 0).getLabel(), box(dialog, 1).getLabel()));
+    fill(dialog, 18, 90, 2);
+    finish(image, ok(dialog));
+    assertEquals(expected(18, 90, 2), IjCommand.rows());
+    assertEquals(expected(18, 90, 2).size(), image.getRoi().size());
+    assertEquals(1, image.getOverlay().size());
+  }
+
+  @Test
+  void cancelKeepsTheSelectionAndTheTable() throws Exception {
+    ImagePlus image = show(IjCommand.open(SAMPLE));
+    Roi former = new Roi(10, 10, 100, 120);
+    image.setRoi(former);
+    GenericDialog dialog = call(image);
+    IjScreen.tick(dialog.getPreviewCheckbox(), true);
+    IjScreen.await("the preview", () -> image.getRoi() instanceof PointRoi);
+    finish(image, cancel(dialog));
+    assertEquals(former, image.getRoi());
+    assertNull(image.getOverlay());
+    assertEquals(List.of(), IjCommand.rows());
+  }
+
+  @Test
+  void thePreviewFollowsTheValuesAndGoesWithItsTick() throws Exception {
+    ImagePlus image = show(IjCommand.open(SAMPLE));
+    GenericDialog dialog = call(image);
+    fill(dialog, 20, 80, 2);
+    IjScreen.tick(dialog.getPreviewCheckbox(), true);
+    awaitPoints(image, expected(20, 80, 2).size());
+    IjScreen.type(dialog, 1, "700");
+    assertTrue(expected(20, 700, 2).size() < expected(20, 80, 2).size());
+    awaitPoints(image, expected(20, 700, 2).size());
+    IjScreen.tick(dialog.getPreviewCheckbox(), false);
+    IjScreen.await("the end of the preview", () -> image.getRoi() == null);
+    assertNull(image.getOverlay());
+    assertEquals(List.of(), IjCommand.rows());
+    IjScreen.tick(dialog.getPreviewCheckbox(), true);
+    awaitPoints(image, expected(20, 700, 2).size());
+    finish(image, ok(dialog));
+    assertEquals(expected(20, 700, 2), IjCommand.rows());
+  }
+
+  private static void awaitPoints(ImagePlus image, int count) throws Exception {
+    IjScreen.await(
+        count + " points", () -> image.getRoi() instanceof PointRoi p && p.size() == count);
+  }
+
+  @Test
+  void aValueOutOfItsRangeCannotBeAccepted() throws Exception {
+    ImagePlus image = show(IjCommand.open(SAMPLE));
+    GenericDialog dialog = call(image);
+    for (String wrong : List.of("0", "2.5", "abc", "")) {
+      IjScreen.type(dialog, 0, wrong);
+      IjScreen.await("no OK for " + wrong, () -> !ok(dialog).isEnabled());
+      IjScreen.type(dialog, 0, "20");
+      IjScreen.await("OK", () -> ok(dialog).isEnabled());
+    }
+    finish(image, cancel(dialog));
+  }
+
+  @Test
+  void theRecorderKeepsTheOptions() throws Exception {
+    Recorder recorder = new Recorder();
+    try {
+      ImagePlus image = show(IjCommand.open(SAMPLE));
+      GenericDialog dialog = call(image);
+      fill(dialog, 19, 80, 2);
+      finish(image, ok(dialog));
+      awaitRecord(recorder, "run(\"Circular Voting...\", \"max_radius=19 threshold=80 scale=2\");");
+
+      ImageStack slices = new ImageStack(image.getWidth(), image.getHeight());
+      for (int i = 0; i < 2; i++) slices.addSlice(image.getProcessor().duplicate());
+      ImagePlus stack = show(new ImagePlus("stack", slices));
+      dialog = call(stack);
+      assertEquals("Stack of 2 images", box(dialog, 1).getLabel());
+      IjScreen.tick(box(dialog, 0), true);
+      IjScreen.tick(box(dialog, 1), true);
+      finish(stack, ok(dialog));
+      awaitRecord(recorder,
+          "run(\"Circular Voting...\", \"max_radius=19 threshold=80 scale=2 dark stack\");");
+      assertEquals(2 * expected(19, 80, 2, "dark").size(), IjCommand.rows().size());
+
+      dialog = call(stack);
+      assertTrue(box(dialog, 0).getState() && box(dialog, 1).getState());
+      IjScreen.tick(box(dialog, 0), false);
+      IjScreen.tick(box(dialog, 1), false);
+      finish(stack, ok(dialog));
+      assertEquals(expected(19, 80, 2), IjCommand.rows());
+    } finally {
+      recorder.close();
+    }
+  }
+
+  private static void awaitRecord(Recorder recorder, String line) throws Exception {
+    IjScreen.await(line + " in " + recorder.getText(),
+        () -> recorder.getText().lines().anyMatch(line::equals));
+  }
+
+  @Test
+  void imageJRunsAMacroInItsBatchMode() throws Exception {
+    Path macro = home.resolve("macro.ijm");
+    Path rows = home.resolve("rows.csv");
+    Files.writeString(macro,
+        "open('" + IjCommand.sample(SAMPLE) + "');\n"
+            + "run('Circular Voting...', 'max_radius=20 threshold=80 scale=2');\n"
+            + "saveAs('Results', '" + rows + "');\n");
+    ProcessBuilder builder =
+        new ProcessBuilder(Path.of(System.getProperty("java.home"), "bin/java").toString(),
+            "-Duser.home=" + home, "-Dplugins.dir=" + home, "-jar",
+            System.getProperty("orva.ij.jar"), "-batch", macro.toString());
+    Process process = builder.inheritIO().start();
+    try {
+      assertTrue(process.waitFor(2, TimeUnit.MINUTES));
+    } finally {
+      process.destroyForcibly();
+    }
+    assertEquals(expected(20, 80, 2),
+        Files.readAllLines(rows).stream().skip(1).map(IjDisplayTest::withoutRow).toList());
+  }
+
+  /** The first column of the file counts its rows. */
+  private static String withoutRow(String line) {
+    return line.substring(line.indexOf(',') + 1).replace(',', ' ');
+  }
+
+  @Test
+  void theScreenshotShowsTheCentres() throws Exception {
+    Path picture = home.resolve("imagej.png");
+    List<Point> marks = IjScreenshot.take(picture);
+    BufferedImage screen = ImageIO.read(picture.toFile());
+    assertTrue(marks.size() > 20, marks::toString);
+    for (Point mark : marks) {
+      assertTrue(
+          hasColour(screen, mark, 4, c -> c.getBlue() - c.getRed() > 100), "selection " + mark);
+      assertTrue(
+          hasColour(screen, mark, 12, c -> c.getRed() - c.getBlue() > 100), "overlay " + mark);
+    }
+    assertTrue(Files.size(picture) < 300_000);
+  }
+
+  /** Whether a pixel near the mark has the colour. The image itself is grey. */
+  private static boolean hasColour(
+      BufferedImage screen, Point mark, int distance, Predicate<Color> colour) {
+    Rectangle near =
+        new Rectangle(mark.x - distance, mark.y - distance, 2 * distance + 1, 2 * distance + 1)
+            .intersection(new Rectangle(screen.getWidth(), screen.getHeight()));
+    return IntStream.range(0, near.width * near.height)
+        .mapToObj(i -> new Color(screen.getRGB(near.x + i % near.width, near.y + i / near.width)))
+        .anyMatch(colour);
+  }
+
+  @Test
+  void theProgressBarMovesInAStack() throws Exception {
+    assertNotNull(imagej.getProgressBar());
+    var shown = imagej.getProgressBar().getClass().getDeclaredField("showBar");
+    shown.setAccessible(true);
+    boolean[] moved = new boolean[1];
+    ImageStack slices = new ImageStack(200, 200) {
+      @Override
+      public Object getPixels(int n) {
+        try {
+          if (n > 2)
+            IjScreen.await("the bar", () -> {
+              moved[0] |= isTrue(shown);
+              return moved[0];
+            });
+        } catch (InterruptedException e) {
+          throw new IllegalStateException(e);
+        }
+        return super.getPixels(n);
+      }
+    };
+    for (int i = 0; i < 12; i++) slices.addSlice(IjCommand.spots(200, 200, 60, 60));
+    assertFalse(moved[0]);
+    IjCommand.run(new ImagePlus("slices", slices), "max_radius=8 stack");
+    assertTrue(moved[0]);
+    assertEquals(12, IjCommand.rows().size());
+  }
+
+  private static boolean isTrue(java.lang.reflect.Field field) {
+    try {
+      return field.getBoolean(imagej.getProgressBar());
+    } catch (IllegalAccessException e) {
+      throw new IllegalStateException(e);
+    }
+  }
+}

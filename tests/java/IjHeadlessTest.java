@@ -1,0 +1,284 @@
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertNotEquals;
+import static org.junit.jupiter.api.Assertions.assertNotNull;
+import static org.junit.jupiter.api.Assertions.assertNull;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import ij.IJ;
+import ij.ImagePlus;
+import ij.Undo;
+import ij.WindowManager;
+import ij.gui.OvalRoi;
+import ij.gui.Overlay;
+import ij.gui.Roi;
+import ij.measure.ResultsTable;
+import ij.process.ByteProcessor;
+import ij.process.ColorProcessor;
+import ij.process.FloatProcessor;
+import ij.process.ImageProcessor;
+import ij.process.LUT;
+import ij.process.ShortProcessor;
+import java.awt.Color;
+import java.io.ByteArrayOutputStream;
+import java.io.PrintStream;
+import java.util.Arrays;
+import java.util.List;
+import org.junit.jupiter.api.BeforeAll;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+
+/** Single images, without a screen. */
+class IjHeadlessTest {
+  private static final String SAMPLE = "dsb_sparse_a";
+  private static final String OPTIONS = "max_radius=20 threshold=80 scale=2";
+
+  @BeforeAll
+  static void register() {
+    System.setProperty("java.awt.headless", "true");
+    IjCommand.registerWithoutScreen();
+  }
+
+  private static List<String> expected(String... dark) throws Exception {
+    List<String> rows = IjCommand.expected(1, IjCommand.sample(SAMPLE), 20, 80, 2, dark);
+    assertFalse(rows.isEmpty());
+    return rows;
+  }
+
+  /** What ImageJ prints meanwhile. */
+  private static String printed(Runnable action) {
+    PrintStream usual = System.out;
+    ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+    System.setOut(new PrintStream(bytes, true));
+    try {
+      action.run();
+    } finally {
+      System.setOut(usual);
+    }
+    return bytes.toString();
+  }
+
+  @Test
+  void aMacroGetsTheCentresOfTheCppInterface() throws Exception {
+    String rows = IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "');"
+        + "run('Circular Voting...', '" + OPTIONS + "');"
+        + "s = ''; for (i = 0; i < nResults; i++) s = s + getResultString('slice', i) + ' ' +"
+        + " getResultString('x', i) + ' ' + getResultString('y', i) + ' ' +"
+        + " getResultString('weight', i) + '\\n';"
+        + "return s;");
+    assertEquals(expected(), rows.lines().toList());
+    assertEquals(" \tslice\tx\ty\tweight",
+        ResultsTable.getResultsTable().getColumnHeadings().stripTrailing());
+  }
+
+  @Test
+  void theSelectionAndTheOverlayHoldTheCentres() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    IjCommand.run(image, OPTIONS);
+    List<String> points =
+        expected().stream().map(r -> r.split(" ")[1] + " " + r.split(" ")[2]).toList();
+    assertEquals(Roi.POINT, image.getRoi().getType());
+    assertEquals(points, points(image.getRoi()));
+    assertEquals(1, image.getOverlay().size());
+    assertEquals(points, points(image.getOverlay().get(0)));
+    assertEquals(0, image.getOverlay().get(0).getPosition());
+    assertFalse(image.isLocked());
+  }
+
+  private static List<String> points(Roi roi) {
+    return Arrays.stream(roi.getContainedPoints()).map(p -> p.x + " " + p.y).toList();
+  }
+
+  @Test
+  void darkObjectsAreFoundInTheInvertedImage() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    assertEquals(expected("dark"), IjCommand.run(image, OPTIONS + " dark"));
+    assertNotEquals(expected(), IjCommand.rows());
+  }
+
+  @Test
+  void anInvertingColourTableShowsDarkPixelsBright() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    image.getProcessor().invertLut();
+    assertEquals(expected("dark"), IjCommand.run(image, OPTIONS));
+    image.getProcessor().invert();
+    assertEquals(expected(), IjCommand.run(image, OPTIONS));
+  }
+
+  @Test
+  void missingOptionsHaveTheirDefaults() throws Exception {
+    List<String> rows = IjCommand.expected(1, IjCommand.sample(SAMPLE), 20, 200, 3);
+    assertFalse(rows.isEmpty());
+    assertEquals(rows, IjCommand.run(IjCommand.open(SAMPLE), ""));
+  }
+
+  @Test
+  void optionsMayNameVariablesOfTheMacro() throws Exception {
+    IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "'); r = 20; t = 80;"
+        + "run('Circular Voting...', 'max_radius=&r threshold=t scale=2');");
+    assertEquals(expected(), IjCommand.rows());
+  }
+
+  @Test
+  void anImageOf16BitsCountsByItsDisplayRange() throws Exception {
+    ShortProcessor ip = IjCommand.open(SAMPLE).getProcessor().convertToShortProcessor(false);
+    ip.setMinAndMax(0, 255);
+    assertEquals(expected(), IjCommand.run(new ImagePlus("16", ip), OPTIONS));
+    ip.multiply(100);
+    ip.setMinAndMax(0, 25500);
+    assertEquals(expected(), IjCommand.run(new ImagePlus("16", ip), OPTIONS));
+    assertEquals(0, ip.getMin());
+    assertEquals(25500, ip.getMax());
+  }
+
+  @Test
+  void anImageOf32BitsCountsByItsDisplayRange() throws Exception {
+    FloatProcessor ip = IjCommand.open(SAMPLE).getProcessor().convertToFloatProcessor();
+    ip.setMinAndMax(0, 255);
+    assertEquals(expected(), IjCommand.run(new ImagePlus("32", ip), OPTIONS));
+  }
+
+  @Test
+  void aColourImageCountsByItsGreyValues() throws Exception {
+    ColorProcessor ip = IjCommand.open(SAMPLE).getProcessor().convertToColorProcessor();
+    assertEquals(expected(), IjCommand.run(new ImagePlus("RGB", ip), OPTIONS));
+  }
+
+  @Test
+  void aTintDoesNotChangeTheValues() throws Exception {
+    for (Color tint : List.of(Color.GREEN, Color.RED, Color.WHITE)) {
+      ImagePlus image = IjCommand.open(SAMPLE);
+      image.setLut(LUT.createLutFromColor(tint));
+      assertEquals(expected(), IjCommand.run(image, OPTIONS), tint::toString);
+      image.getProcessor().invertLut();
+      assertEquals(expected("dark"), IjCommand.run(image, OPTIONS), tint::toString);
+    }
+  }
+
+  @Test
+  void aThresholdOnTheScreenDoesNotChangeTheValues() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    image.getProcessor().setThreshold(20, 90, ImageProcessor.RED_LUT);
+    assertEquals(expected(), IjCommand.run(image, OPTIONS));
+    assertEquals(20, image.getProcessor().getMinThreshold());
+  }
+
+  @Test
+  void aColourMapCountsByItsColours() throws Exception {
+    // The names of the greys are shuffled; the colours of the picture are those of the sample.
+    ByteProcessor ip = (ByteProcessor) IjCommand.open(SAMPLE).getProcessor();
+    byte[] greys = new byte[256];
+    for (int grey = 0; grey < 256; grey++) greys[grey * 37 & 0xFF] = (byte) grey;
+    byte[] pixels = (byte[]) ip.getPixels();
+    for (int i = 0; i < pixels.length; i++) pixels[i] = (byte) (pixels[i] * 37);
+    byte[] tinted = greys.clone();
+    tinted[0] = 1; // so that it is a table of colours
+    ip.setLut(new LUT(greys, greys, tinted));
+    assertTrue(ip.isColorLut());
+    assertEquals(expected(), IjCommand.run(new ImagePlus("map", ip), OPTIONS));
+  }
+
+  @Test
+  void anAreaSelectionLimitsTheCentres() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    for (Roi area : List.of(new Roi(30, 20, 150, 120), new OvalRoi(30, 20, 150, 120))) {
+      List<String> inside = expected().stream().filter(r -> contains(area, r)).toList();
+      assertFalse(inside.isEmpty());
+      assertTrue(inside.size() < expected().size());
+      image.setRoi(area);
+      assertEquals(inside, IjCommand.run(image, OPTIONS));
+    }
+    // The centres themselves are selected now, and limit nothing.
+    assertEquals(expected(), IjCommand.run(image, OPTIONS));
+  }
+
+  private static boolean contains(Roi area, String row) {
+    String[] values = row.split(" ");
+    return area.contains(Integer.parseInt(values[1]), Integer.parseInt(values[2]));
+  }
+
+  @Test
+  void withoutCentresThereIsNoSelectionAndAnEmptyTable() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    IjCommand.run(image, OPTIONS);
+    assertNotNull(image.getRoi());
+    assertEquals(List.of(), IjCommand.run(image, "max_radius=20 threshold=100000"));
+    assertNull(image.getRoi());
+    assertNull(image.getOverlay());
+  }
+
+  @Test
+  void otherElementsOfTheOverlayStay() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    Roi mine = new Roi(3, 4, 5, 6);
+    image.setOverlay(new Overlay(mine));
+    IjCommand.run(image, OPTIONS);
+    assertEquals(expected(), IjCommand.run(image, OPTIONS));
+    assertEquals(2, image.getOverlay().size());
+    assertTrue(image.getOverlay().contains(mine));
+    IjCommand.run(image, "threshold=100000");
+    assertEquals(List.of(mine), List.of(image.getOverlay().toArray()));
+  }
+
+  @ParameterizedTest
+  @CsvSource({"max_radius=0, 'The maximum radius must be 1 to 1000, not 0'",
+      "max_radius=1001, 'The maximum radius must be 1 to 1000, not 1001'",
+      "max_radius=2.5, 'max_radius must be a whole number, not 2.5'",
+      "threshold=abc, 'threshold must be a number, not abc'",
+      "threshold=-1, 'The threshold must be at least 0, not -1'",
+      "scale=0, 'The scale must be 1 to 1000, not 0'"})
+  void
+  aWrongOptionIsNamedAndChangesNothing(String option, String message) throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    IjCommand.run(image, OPTIONS);
+    Roi selection = image.getRoi();
+    Overlay overlay = image.getOverlay();
+    assertEquals("Circular Voting: " + message + System.lineSeparator(),
+        printed(() -> IJ.run(image, IjCommand.NAME, option)));
+    assertEquals(expected(), IjCommand.rows());
+    assertEquals(selection, image.getRoi());
+    assertEquals(overlay, image.getOverlay());
+    assertFalse(image.isLocked());
+    assertEquals(expected(), IjCommand.run(image, OPTIONS));
+  }
+
+  @Test
+  void aWrongOptionEndsTheMacro() {
+    String out = printed(()
+                             -> IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "');"
+                                 + "print('before'); run('Circular Voting...', 'scale=no');"
+                                 + "print('after');"));
+    assertEquals(List.of("before", "Circular Voting: scale must be a number, not no"),
+        out.lines().limit(2).toList());
+    assertFalse(out.contains("after"), out);
+    assertEquals("next", IJ.runMacro("return 'next';"));
+  }
+
+  @Test
+  void anImageWithTooLongASideIsRefused() {
+    ImagePlus image = new ImagePlus("long", new ByteProcessor(32767, 2));
+    String out = printed(() -> IJ.run(image, IjCommand.NAME, OPTIONS));
+    assertTrue(out.startsWith("Circular Voting: An image of 32767 x 2 pixels is too large: "), out);
+    assertEquals(1, out.lines().count(), out);
+    assertNull(image.getRoi());
+    assertFalse(image.isLocked());
+  }
+
+  @Test
+  void theImageAndItsUndoStay() throws Exception {
+    ImagePlus image = IjCommand.open(SAMPLE);
+    ImageProcessor ip = image.getProcessor();
+    byte[] pixels = ((byte[]) ip.getPixels()).clone();
+    ip.snapshot();
+    Undo.setup(Undo.FILTER, image);
+    ip.invert();
+    IjCommand.run(image, OPTIONS + " dark");
+    assertEquals(expected(), IjCommand.rows());
+    assertFalse(image.changes);
+    WindowManager.setTempCurrentImage(image);
+    Undo.undo();
+    WindowManager.setTempCurrentImage(null);
+    assertTrue(Arrays.equals(pixels, (byte[]) image.getProcessor().getPixels()));
+  }
+}

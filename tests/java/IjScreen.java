@@ -1,0 +1,99 @@
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import ij.IJ;
+import ij.ImageJ;
+import ij.gui.GenericDialog;
+import java.awt.Button;
+import java.awt.Checkbox;
+import java.awt.EventQueue;
+import java.awt.TextField;
+import java.awt.Window;
+import java.awt.event.ActionEvent;
+import java.awt.event.ItemEvent;
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.Comparator;
+import java.util.function.BooleanSupplier;
+import java.util.function.Supplier;
+import java.util.stream.Stream;
+
+/**
+ * ImageJ on a screen, with the jar among its plugins and its preferences in a folder of its own.
+ */
+final class IjScreen {
+  private static final long PATIENCE_MS = 20_000;
+
+  private IjScreen() {}
+
+  /** Makes ImageJ's folder with the jar in it. */
+  static Path install() throws IOException {
+    Path home = Files.createTempDirectory("orva-imagej-");
+    Path plugins = Files.createDirectory(home.resolve("plugins"));
+    Files.copy(Path.of(System.getProperty("orva.jar")), plugins.resolve("orva_imagej.jar"));
+    return home;
+  }
+
+  static void remove(Path home) throws IOException {
+    try (Stream<Path> paths = Files.walk(home)) {
+      for (Path path : paths.sorted(Comparator.reverseOrder()).toList()) Files.delete(path);
+    }
+  }
+
+  static ImageJ start(Path home) {
+    System.setProperty("user.home", home.toString());
+    System.setProperty("plugins.dir", home.toString());
+    return new ImageJ();
+  }
+
+  static void await(String what, BooleanSupplier condition) throws InterruptedException {
+    await(what, () -> condition.getAsBoolean() ? true : null);
+  }
+
+  /** Waits for a value that is not null. */
+  static <T> T await(String what, Supplier<T> source) throws InterruptedException {
+    long end = System.currentTimeMillis() + PATIENCE_MS;
+    T value = source.get();
+    while (value == null && System.currentTimeMillis() < end) {
+      Thread.sleep(20);
+      value = source.get();
+    }
+    assertTrue(value != null, "waited in vain: " + what);
+    return value;
+  }
+
+  static GenericDialog dialog() throws InterruptedException {
+    return await("the dialog", () -> openDialog());
+  }
+
+  static GenericDialog openDialog() {
+    for (Window window : Window.getWindows()) {
+      if (window instanceof GenericDialog dialog && dialog.isShowing()
+          && dialog.getTitle().equals("Circular Voting") && dialog.getButtons()[0] != null)
+        return dialog;
+    }
+    return null;
+  }
+
+  static void type(GenericDialog dialog, int field, String text) throws Exception {
+    EventQueue.invokeAndWait(
+        () -> ((TextField) dialog.getNumericFields().get(field)).setText(text));
+  }
+
+  static void tick(Checkbox box, boolean on) throws Exception {
+    EventQueue.invokeAndWait(() -> {
+      box.setState(on);
+      box.dispatchEvent(new ItemEvent(
+          box, ItemEvent.ITEM_STATE_CHANGED, box, on ? ItemEvent.SELECTED : ItemEvent.DESELECTED));
+    });
+  }
+
+  static void press(Button button) throws Exception {
+    EventQueue.invokeAndWait(
+        () -> button.dispatchEvent(new ActionEvent(button, ActionEvent.ACTION_PERFORMED, "")));
+  }
+
+  static void closeImages() {
+    IJ.runMacro("close('*'); run('Clear Results');");
+  }
+}
