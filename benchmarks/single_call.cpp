@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <string>
@@ -73,6 +74,17 @@ double medianMilliseconds(const Call& call, int repetitions) {
   return *middle;
 }
 
+// Of this process alone: getrusage() counts in what the parent held when it forked.
+long long peakBytes() {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  long long kilobytes = 0;
+  while (status >> word && word != "VmHWM:") {
+  }
+  status >> kilobytes;
+  return 1024 * kilobytes;
+}
+
 int run(const std::vector<std::string>& words) {
   if (words.size() == 4 && words[0] == "time") {
     const Call call = prepared(words[1], std::stoi(words[2]));
@@ -83,16 +95,16 @@ int run(const std::vector<std::string>& words) {
     orva_measured_call(prepared(words[1], std::stoi(words[2])));
     return 0;
   }
-  if (words.size() == 3 && (words[0] == "points" || words[0] == "picture")) {
+  if (words.size() == 3 && words[0] == "memory") {
     const Bytes img = orva_benchmark::discs(std::stoi(words[1]), std::stoi(words[2]));
+    const long long before = peakBytes();
     Voting voting;
-    if (words[0] == "points") voting.compute(img);
-    std::printf("%zu\n", voting.pointCount());
+    voting.compute(img);
+    std::printf("%zu %lld %lld\n", voting.pointCount(), before, peakBytes());
     return 0;
   }
   std::fputs(
-      "orva_single_call time OPERATION SIDE REPETITIONS | once OPERATION SIDE | points SIDE CELL | "
-      "picture SIDE CELL\n",
+      "orva_single_call time OPERATION SIDE REPETITIONS | once OPERATION SIDE | memory SIDE CELL\n",
       stderr);
   return 2;
 }
