@@ -55,6 +55,8 @@ def draw(picture, rows):
     axes.set_xscale("log", base=2)
     axes.set_yscale("log")
     axes.set_xticks(SIDES, [str(side) for side in SIDES])
+    axes.yaxis.set_major_formatter("{x:g}")
+    axes.set_ylim(bottom=1)
     axes.set_xlabel("side of the square image, pixels")
     axes.set_ylabel("time per pixel, nanoseconds")
     axes.grid(True, which="both", alpha=0.3)
