@@ -69,7 +69,7 @@ def main():
     parser.add_argument("program", help="orva_single_call")
     parser.add_argument("--output", type=pathlib.Path, required=True, help="the table as CSV")
     parser.add_argument("--picture", type=pathlib.Path, help="the chart, a PNG file")
-    parser.add_argument("--write", action="store_true", help="both tables go to docs/performance.md")
+    parser.add_argument("--write", action="store_true", help="into docs/performance.md too")
     arguments = parser.parse_args()
 
     rows = []
