@@ -1,24 +1,54 @@
-#include <benchmark/benchmark.h>
+#include <string>
 
-#include "benchmarks/discs.h"
+#include "benchmarks/contest.h"
+#include "benchmarks/pictures.h"
+#include "benchmarks/works.h"
 #include "orva/voting/circularvoting.h"
+#include "tests/support/reference/voting.h"
 
+namespace orva_benchmark {
 namespace {
 
 using orva::voting::CircularVoting;
 
-void voting(benchmark::State& state) {
-  const auto img = orva_benchmark::discs(static_cast<int>(state.range(0)));
-  const int radius = static_cast<int>(state.range(1));
-  for (auto _ : state) {
-    CircularVoting engine;
-    engine.setParams(CircularVoting::Bright, 1, radius, radius / 4, 2.0F, 0.3F, 2.0F,
-                     CircularVoting::Power, 0.5F, false, false);
-    engine.compute(img);
-    benchmark::DoNotOptimize(engine.centers().data());
-  }
-  state.SetItemsProcessed(state.iterations() * img.npix());
+constexpr float kGradient = 2.0F;
+constexpr float kThreshold = 0.3F;
+constexpr float kSigma = 2.0F;
+constexpr float kPower = 0.5F;
+
+// Discs fit a largest radius of 1.4 times their own.
+void voting(int side, int radius, int width, CircularVoting::RegionType type,
+            const std::string& name) {
+  contest("voting " + std::to_string(side) + " R " + std::to_string(radius) + " w " +
+              std::to_string(width) + " " + name,
+          [=] { return discs(side, radius * 5 / 2); })
+      .ours([=](const Bytes& img) {
+        CircularVoting engine;
+        engine.setParams(type, 1, radius, width, kGradient, kThreshold, kSigma,
+                         CircularVoting::Power, kPower, false, false);
+        engine.compute(img);
+        return engine;
+      })
+      .twin([=](const Bytes& img) {
+        reference::VotingParams params;
+        params.regionType = type;
+        params.maxRadius = radius;
+        params.coneWidth = width;
+        params.gradThreshold = kGradient;
+        params.centerThreshold = kThreshold;
+        params.sigma = kSigma;
+        params.weightParam = kPower;
+        return reference::compute(params, img);
+      });
 }
-BENCHMARK(voting)->Args({512, 20})->Args({1024, 20})->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+void registerWorks() {
+  voting(1024, 20, 5, CircularVoting::Bright, "bright");
+  voting(1024, 20, 5, CircularVoting::Both, "both");
+  voting(2048, 40, 10, CircularVoting::Bright, "bright");
+  voting(2048, 40, 10, CircularVoting::Both, "both");
+}
+
+}  // namespace orva_benchmark

@@ -1,0 +1,133 @@
+// Measures the same work done in several ways: by the library ("ours"), by its plain twin and by
+// other programs. Each way is a benchmark named WORK/WAY; scripts/bench sets those of one work side
+// by side.
+//
+//   contest("threshold byte 2048", [] { return discs(2048); })
+//       .ours([](const auto& img) { return orva::bip::threshold(img, 128); })
+//       .twin([](const auto& img) { return reference::threshold(img, 128); });
+//
+// Times are those that the thread spends on the CPU, so that other programs on the machine count
+// little. The result is new in every call, and freeing it is part of the time.
+#ifndef ORVA_BENCHMARKS_CONTEST_H
+#define ORVA_BENCHMARKS_CONTEST_H
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "benchmarks/cpu_clock.h"
+
+namespace orva_benchmark {
+
+// With kInPlace the operations change their input: each call gets its own copy, which is made
+// outside the time.
+template <class MakeInput, bool kInPlace>
+class Contest {
+ public:
+  Contest(std::string work, MakeInput make)
+      : work_(std::move(work)), input_(std::make_shared<Lazy>(std::move(make))) {}
+
+  template <class Operation>
+  Contest& ours(Operation operation) {
+    return way("ours", operation);
+  }
+
+  template <class Operation>
+  Contest& twin(Operation operation) {
+    return way("twin", operation);
+  }
+
+  // `agrees` takes the input and tells whether this way does the same work.
+  template <class Operation, class Agrees>
+  Contest& opencv(Operation operation, Agrees agrees) {
+    const auto input = input_;
+    add("opencv", [input, operation, agrees](benchmark::State& state) {
+      if (agrees(input->get())) {
+        measure(state, input->get(), operation);
+      } else {
+        state.SkipWithError("results differ");
+      }
+    });
+    return *this;
+  }
+
+ private:
+  using Input = std::invoke_result_t<MakeInput>;
+
+  // Made at the first use, so that a run of one work makes no other inputs.
+  class Lazy {
+   public:
+    explicit Lazy(MakeInput make) : make_(std::move(make)) {}
+    Input& get() {
+      if (!value_) value_.emplace(make_());
+      return *value_;
+    }
+
+   private:
+    MakeInput make_;
+    std::optional<Input> value_;
+  };
+
+  template <class Argument, class Operation>
+  static double timed(Argument& argument, const Operation& operation) {
+    const double start = cpuSeconds();
+    if constexpr (std::is_void_v<std::invoke_result_t<Operation, Argument&>>) {
+      operation(argument);
+      benchmark::ClobberMemory();
+    } else {
+      const auto result = operation(argument);
+      benchmark::DoNotOptimize(&result);
+      benchmark::ClobberMemory();
+    }
+    return cpuSeconds() - start;
+  }
+
+  template <class Operation>
+  static void measure(benchmark::State& state, Input& input, const Operation& operation) {
+    for ([[maybe_unused]] auto iteration : state) {
+      if constexpr (kInPlace) {
+        Input own = input.duplicate();
+        state.SetIterationTime(timed(own, operation));
+      } else {
+        const Input& fixed = input;
+        state.SetIterationTime(timed(fixed, operation));
+      }
+    }
+  }
+
+  template <class Operation>
+  Contest& way(const char* name, Operation operation) {
+    const auto input = input_;
+    add(name,
+        [input, operation](benchmark::State& state) { measure(state, input->get(), operation); });
+    return *this;
+  }
+
+  template <class Body>
+  void add(const char* name, Body body) {
+    benchmark::RegisterBenchmark((work_ + "/" + name).c_str(), std::move(body))
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+  }
+
+  std::string work_;
+  std::shared_ptr<Lazy> input_;
+};
+
+template <class MakeInput>
+Contest<MakeInput, false> contest(std::string work, MakeInput make) {
+  return {std::move(work), std::move(make)};
+}
+
+template <class MakeInput>
+Contest<MakeInput, true> contestInPlace(std::string work, MakeInput make) {
+  return {std::move(work), std::move(make)};
+}
+
+}  // namespace orva_benchmark
+
+#endif

@@ -1,0 +1,53 @@
+#include <string>
+#include <vector>
+
+#include "benchmarks/contest.h"
+#include "benchmarks/pictures.h"
+#include "benchmarks/works.h"
+#include "orva/image_math/image_math.h"
+#include "orva/scalespace/scalespace.h"
+#include "tests/support/reference/statistics.h"
+
+namespace orva_benchmark {
+namespace {
+
+namespace im = orva::image_math;
+using orva::Image;
+
+template <class MakeImage>
+void brightest(const std::string& size, MakeImage make) {
+  contest("topByPixelNumber " + size, make)
+      .ours([](const Image& img) { return im::topByPixelNumber(img, 100000); })
+      .twin([](const Image& img) { return reference::topByPixelNumber(img, 100000); });
+  contest("topByPercentage " + size, make)
+      .ours([](const Image& img) { return im::topByPercentage(img, 0.1F); })
+      .twin([](const Image& img) { return reference::topByPercentage(img, 0.1F); });
+  contest("meanOfTopByPercentage " + size, make)
+      .ours([](const Image& img) { return im::meanOfTopByPercentage(img, 0.1F); })
+      .twin([](const Image& img) { return reference::meanOfTopByPercentage(img, 0.1F); });
+}
+
+}  // namespace
+
+void registerWorks() {
+  brightest("byte 2048", [] { return discs(2048); });
+  brightest("float 2048", [] { return floats(discs(2048)); });
+
+  const auto list = [] {
+    const Floats img = floats(discs(2048));
+    return std::vector<float>(img.pixels(), img.pixels() + img.npix());
+  };
+  contest("meanOfTopByPercentage array 4194304", list)
+      .ours([](const std::vector<float>& v) { return im::meanOfTopByPercentage(v, 0.1F); })
+      .twin([](const std::vector<float>& v) { return reference::meanOfTopByPercentage(v, 0.1F); });
+
+  const auto signs = [] { return orva::scalespace::laplacian(discs(2048), 2); };
+  contest("findZeros 2048", signs)
+      .ours([](const Image& img) { return im::findZeros(img); })
+      .twin([](const Image& img) { return reference::findZeros(img); });
+  contest("findZeros of two 2048", signs)
+      .ours([](const Image& img) { return im::findZeros(img, img); })
+      .twin([](const Image& img) { return reference::findZeros(img, img); });
+}
+
+}  // namespace orva_benchmark
