@@ -187,6 +187,37 @@ void readFloats(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, fl
   }
 }
 
+void readPixels(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, float* to) {
+  if (const auto* colour = ownImage<Rgb>(img)) {
+    const Rgb* from = colour->pixels() + first;
+    onWidestPath([=] {
+      for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = luminance(from[i]);
+    });
+    return;
+  }
+  const bool isOwn = ownImage<unsigned char>(img) != nullptr || ownImage<short>(img) != nullptr ||
+                     ownImage<int>(img) != nullptr || ownImage<unsigned int>(img) != nullptr ||
+                     ownImage<float>(img) != nullptr;
+  if (isOwn) {
+    readFloats(img, first, count, to);
+  } else {
+    for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = img.pixel(static_cast<int>(first + i));
+  }
+}
+
+PixelFloats::PixelFloats(const Image& img) : img_(img), floats_(nullptr) {
+  if (const auto* own = ownImage<float>(img)) floats_ = own->pixels();
+}
+
+const float* PixelFloats::read(std::ptrdiff_t first, std::ptrdiff_t count) {
+  if (floats_ != nullptr) return floats_ + first;
+  if (buffer_.size() < static_cast<std::size_t>(count)) {
+    buffer_.resize(static_cast<std::size_t>(count));
+  }
+  readPixels(img_, first, count, buffer_.data());
+  return buffer_.data();
+}
+
 image<float> toFloatImage(const Image& img) {
   if (!hasFloatForm(img)) return nullImage<float>();
   image<float> result = unsetImage<float>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
