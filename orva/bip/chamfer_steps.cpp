@@ -159,9 +159,12 @@ void passOverLabels(image<float>& distance, short* labels) {
   RowBuffer<float> leastBuffer(distance.nx());
   RowBuffer<float> limitBuffer(distance.nx());
   RowBuffer<std::int32_t> choiceBuffer(distance.nx());
+  RowBuffer<std::int32_t> alongBuffer(distance.nx());
   float* t = leastBuffer.row();
   float* limits = limitBuffer.row();
   std::int32_t* choices = choiceBuffer.row();
+  std::int32_t* alongRow = alongBuffer.row();  // a mask: whether the step within the row is best
+  constexpr std::ptrdiff_t kBack = kPass == Pass::kForward ? -1 : 1;
   std::array<std::ptrdiff_t, N + 1> offsets{};  // choice 0 is the pixel itself
   for (std::size_t k = 0; k < N; ++k) offsets[k + 1] = steps.leaving[k].offset;
 
@@ -192,13 +195,16 @@ void passOverLabels(image<float>& distance, short* labels) {
       }
       growAlongRow<kPass>(t, nx, kPass == Pass::kForward ? d[0] : d[nx - 1]);
       std::copy_n(t + 1, nx - 2, d + 1);
+#pragma GCC ivdep
+      for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
+        alongRow[x] = d[x + kBack] + 1.0F < limits[x] ? -1 : 0;
+      }
     });
-    constexpr std::ptrdiff_t kBack = kPass == Pass::kForward ? -1 : 1;
     std::ptrdiff_t x = kPass == Pass::kForward ? 1 : nx - 2;
     short last = label[x + kBack];
     for (std::ptrdiff_t k = 1; k < nx - 1; ++k, x -= kBack) {
       const short other = label[x + offsets[static_cast<std::size_t>(choices[x])]];
-      last = d[x + kBack] + 1.0F < limits[x] ? last : other;
+      last = static_cast<short>((last & alongRow[x]) | (other & ~alongRow[x]));  // no branch
       label[x] = last;
     }
   });

@@ -1,8 +1,9 @@
-#include <algorithm>
+#include <cstddef>
 
 #include "orva/bip/bip.h"
 #include "orva/bip/chamfer_steps.h"
 #include "orva/image/unset_image.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::bip {
 
@@ -10,15 +11,22 @@ void propagate(image<short>& labels, float maxDistance) {
   if (labels.isNull()) return;
   image<float> distance = unsetImage<float>(labels.nx(), labels.ny(), labels.nz(), 1, 1);
   short* label = labels.pixels();
-  std::transform(label, label + distance.npix(), distance.pixels(),
-                 [](short k) { return k < 0 ? kUnknownDistance : 0.0F; });
+  float* d = distance.pixels();
+  const std::ptrdiff_t count = distance.npix();
+  onWidestPath([=] {
+#pragma GCC ivdep
+    for (std::ptrdiff_t i = 0; i < count; ++i) d[i] = label[i] < 0 ? kUnknownDistance : 0.0F;
+  });
 
   chamferPass(distance, label, Pass::kForward);
   chamferPass(distance, label, Pass::kBackward);
 
-  for (int i = 0; i < distance.npix(); ++i) {
-    if (distance.pixels()[i] >= maxDistance) label[i] = -1;
-  }
+  onWidestPath([=] {
+#pragma GCC ivdep
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+      label[i] = d[i] >= maxDistance ? short{-1} : label[i];
+    }
+  });
 }
 
 }  // namespace orva::bip
