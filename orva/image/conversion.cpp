@@ -243,7 +243,7 @@ void readFloats(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, fl
       std::copy_n(static_cast<const float*>(img.data()) + first, count, to);
       return;
     default:
-      for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = img.pixel(static_cast<int>(first + i));
+      readPixels(img, first, count, to);
   }
 }
 
