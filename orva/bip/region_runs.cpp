@@ -77,6 +77,7 @@ short* fillRoughly(short* to, std::ptrdiff_t n, short label) {
 class Objects {
  public:
   using Pixel = unsigned char;
+  static constexpr bool kApart = true;  // whether there are pixels between runs
   Objects(const Pixel* in, Pixel value) : in_(in), value_(value) {}
   int find(std::ptrdiff_t row, int nx) { return runs_.findValue(in_ + row, nx, value_); }
   const int* ends() const { return runs_.ends(); }
@@ -92,6 +93,7 @@ class Objects {
 template <class T>
 class Areas {
  public:
+  static constexpr bool kApart = false;
   explicit Areas(const T* in) : in_(in) {}
   int find(std::ptrdiff_t row, int nx) { return runs_.findEqual(in_ + row, nx); }
   const int* ends() const { return runs_.ends(); }
@@ -169,7 +171,15 @@ class RunLabelling {
     const int* ends = plane.ends.data() + other.ends;
     int* labels = provisional_.data() + row.provisional;
     const int* found = provisional_.data() + other.provisional;
-    for (std::size_t i = 0; i < count; ++i, own += 2) {
+    std::size_t i = 0;
+    if (Source::kApart) {
+      // Where rows begin alike, each run touches its like alone.
+      for (; i < count && own[0] == ends[0] && own[1] == ends[1] && labels[i] < 0;
+           ++i, own += 2, ends += 2) {
+        labels[i] = *found++;
+      }
+    }
+    for (; i < count; ++i, own += 2) {
       while (ends[1] <= own[0] - reach) {
         ends += 2;
         ++found;

@@ -3,6 +3,7 @@
 #define ORVA_BIP_ROW_RUNS_H
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -50,9 +51,38 @@ class RowRuns {
     return bits;
   }
 
+  // The places of the bits of every byte, from the lowest on.
+  static constexpr auto kPlaces = [] {
+    std::array<std::array<unsigned char, 8>, 256> places{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+      std::size_t n = 0;
+      for (unsigned bit = 0; bit < 8; ++bit) {
+        if ((byte >> bit & 1U) != 0) places[byte][n++] = static_cast<unsigned char>(bit);
+      }
+    }
+    return places;
+  }();
+
+  // Appends x plus the places of all bits. Many come eight at a time, with some past the end.
+  static int* appendPlaces(std::uint64_t bits, int x, int* to) {
+    constexpr int kMany = 12;
+    if (std::popcount(bits) < kMany) {
+      for (; bits != 0; bits &= bits - 1) *to++ = x + std::countr_zero(bits);
+      return to;
+    }
+    for (; bits != 0; bits >>= 8U, x += 8) {
+      const auto byte = static_cast<unsigned char>(bits);
+      const unsigned char* places = kPlaces[byte].data();
+#pragma GCC ivdep
+      for (int k = 0; k < 8; ++k) to[k] = x + places[k];
+      to += std::popcount(byte);
+    }
+    return to;
+  }
+
   // Room for the ends that a block may have.
   int* room() {
-    constexpr std::size_t kMost = 2 * kBlock + 2;
+    constexpr std::size_t kMost = 2 * kBlock + 8;
     if (ends_.size() < used_ + kMost) ends_.resize(2 * ends_.size() + kMost);
     return ends_.data() + used_;
   }
@@ -67,10 +97,9 @@ class RowRuns {
       for (int i = 0; i < kBlock; ++i) flags[i] = block[i] == value ? 1 : 0;
       std::uint64_t bits = bitsOf(flags);
       if (nx - x < kBlock) bits &= (std::uint64_t{1} << static_cast<unsigned>(nx - x)) - 1;
-      std::uint64_t changes = bits ^ (bits << 1U | open);
+      const std::uint64_t changes = bits ^ (bits << 1U | open);
       open = bits >> 63U;
-      int* to = room();
-      for (; changes != 0; changes &= changes - 1) *to++ = x + std::countr_zero(changes);
+      const int* to = appendPlaces(changes, x, room());
       used_ = static_cast<std::size_t>(to - ends_.data());
     }
     if (used_ % 2 != 0) ends_[used_++] = nx;
