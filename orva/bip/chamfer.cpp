@@ -72,9 +72,8 @@ void initFromLabels(const Image& in, image<float>& distance) {
     });
     const auto put = [=](std::ptrdiff_t x, std::ptrdiff_t left, std::ptrdiff_t right) {
       const bool sameRow = (row[left] == row[x]) & (row[right] == row[x]);
-      const float object = sameRow & ((alike[left] & alike[x] & alike[right]) != 0)
-                               ? kUnknownDistance
-                               : kBoundaryDistance;
+      const bool isWhole = sameRow & ((alike[left] & alike[x] & alike[right]) != 0);
+      const float object = isWhole ? kUnknownDistance : kBoundaryDistance;
       to[x] = row[x] < 0 ? kBackgroundDistance : object;
     };
     onWidestPath([=] {
