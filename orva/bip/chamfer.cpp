@@ -1,10 +1,15 @@
 #include <algorithm>
+#include <cstddef>
 #include <iostream>
+#include <vector>
 
 #include "orva/bip/bip.h"
 #include "orva/bip/chamfer_steps.h"
 #include "orva/bip/neighbour_box.h"
+#include "orva/image/float_conversion.h"
+#include "orva/image/unset_image.h"
 #include "orva/image_io/image_io.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::bip {
 namespace {
@@ -13,58 +18,108 @@ constexpr float kBackgroundDistance = 0.0F;
 constexpr float kBoundaryDistance = 1.0F;
 constexpr float kUnreached = 9999.0F;
 
-// Calls visit(x, y, z, i) for every pixel i of the first volume, in linear order.
+// Calls visit(first, y, z) for every row of the first volume, in linear order, with the index of
+// its first pixel.
 template <class Visit>
-void forEachPixel(const Image& img, Visit visit) {
-  std::ptrdiff_t i = 0;
+void forEachRow(const Image& img, Visit visit) {
+  std::ptrdiff_t first = 0;
   for (int z = 0; z < img.nz(); ++z) {
-    for (int y = 0; y < img.ny(); ++y) {
-      for (int x = 0; x < img.nx(); ++x) visit(x, y, z, i++);
-    }
+    for (int y = 0; y < img.ny(); ++y, first += img.nx()) visit(first, y, z);
   }
 }
 
-void __init_from_byte_image__(const Image& mask, image<float>& distance) {
-  for (int i = 0; i < distance.npix(); ++i) {
-    distance.pixels()[i] = mask.pixel(i) != 0.0F ? kUnknownDistance : kBackgroundDistance;
-  }
+void initFromBytes(const Image& mask, image<float>& distance) {
+  PixelFloats pixels(mask);
+  const std::ptrdiff_t nx = distance.nx();
+  forEachRow(distance, [&](std::ptrdiff_t first, int, int) {
+    const float* from = pixels.read(first, nx);
+    float* to = distance.pixels() + first;
+    onWidestPath([=] {
+#pragma GCC ivdep
+      for (std::ptrdiff_t x = 0; x < nx; ++x) {
+        to[x] = from[x] != 0.0F ? kUnknownDistance : kBackgroundDistance;
+      }
+    });
+  });
 }
 
-void __init_from_short_image__(const Image& in, image<float>& distance) {
+// The pixels of the first volume as labels.
+image<short> labelsOf(const Image& in) {
+  if (const auto* own = ownImage<short>(in)) return *own;
   image<short> labels(in.nx(), in.ny(), in.nz(), 1, 1);
   for (int i = 0; i < labels.npix(); ++i) labels.setPixel(i, in.pixel(i));
-  forEachPixel(labels, [&](int x, int y, int z, std::ptrdiff_t i) {
-    if (labels.pixels()[i] < 0) {
-      distance.pixels()[i] = kBackgroundDistance;
-    } else {
-      distance.pixels()[i] = isEdge(labels, x, y, z) ? kBoundaryDistance : kUnknownDistance;
-    }
+  return labels;
+}
+
+void initFromLabels(const Image& in, image<float>& distance) {
+  const image<short> labels = labelsOf(in);
+  const std::ptrdiff_t nx = distance.nx();
+  std::vector<short> columns(static_cast<std::size_t>(nx));  // whether the pixels of one are alike
+  forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
+    const short* row = labels.pixels() + first;
+    float* to = distance.pixels() + first;
+    short* alike = columns.data();
+    std::fill(columns.begin(), columns.end(), short{-1});
+    forEachRowOfBox(distance, y, z, [&](std::ptrdiff_t other) {
+      const short* beside = labels.pixels() + other;
+      if (beside == row) return;
+      onWidestPath([=] {
+#pragma GCC ivdep
+        for (std::ptrdiff_t x = 0; x < nx; ++x) {
+          alike[x] = static_cast<short>(alike[x] & (beside[x] == row[x] ? -1 : 0));
+        }
+      });
+    });
+    const auto put = [=](std::ptrdiff_t x, std::ptrdiff_t left, std::ptrdiff_t right) {
+      const bool sameRow = (row[left] == row[x]) & (row[right] == row[x]);
+      const bool isWhole = sameRow & ((alike[left] & alike[x] & alike[right]) != 0);
+      const float object = isWhole ? kUnknownDistance : kBoundaryDistance;
+      to[x] = row[x] < 0 ? kBackgroundDistance : object;
+    };
+    onWidestPath([=] {
+#pragma GCC ivdep
+      for (std::ptrdiff_t x = 1; x < nx - 1; ++x) put(x, x - 1, x + 1);
+    });
+    put(0, 0, std::min(std::ptrdiff_t{1}, nx - 1));
+    put(nx - 1, std::max(nx - 2, std::ptrdiff_t{0}), nx - 1);
   });
+}
+
+bool anyUnreached(const float* row, std::ptrdiff_t n) {
+  int any = 0;
+  for (std::ptrdiff_t x = 0; x < n; ++x) any |= row[x] >= kUnreached ? 1 : 0;
+  return any != 0;
+}
+
+bool anyReached(const float* row, std::ptrdiff_t n) {
+  int any = 0;
+  for (std::ptrdiff_t x = 0; x < n; ++x) any |= row[x] < kUnreached ? 1 : 0;
+  return any != 0;
 }
 
 // What the two passes left unreached, the border above all, follows its neighbours at a cost of 1
 // for every step, diagonals included; this is intended.
 void repair(image<float>& distance) {
   float* d = distance.pixels();
-  forEachPixel(distance, [&](int x, int y, int z, std::ptrdiff_t i) {
-    if (d[i] < kUnreached) return;
-    anyInBox(distance, x, y, z, [&](std::ptrdiff_t j) {
-      d[i] = std::min(d[i], d[j] + 1.0F);
-      return false;
+  const std::ptrdiff_t nx = distance.nx();
+  forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
+    bool hasReached = false;
+    if (!anyUnreached(d + first, nx)) return;
+    // Where nothing near is reached all stay as they are: one more than theirs is too far.
+    forEachRowOfBox(distance, y, z, [&](std::ptrdiff_t other) {
+      hasReached = hasReached || anyReached(d + other, nx);
     });
+    if (!hasReached) return;
+    for (std::ptrdiff_t x = 0; x < nx; ++x) {
+      float& own = d[first + x];
+      if (own < kUnreached) continue;
+      anyInBox(distance, static_cast<int>(x), y, z, [&](std::ptrdiff_t j) {
+        own = std::min(own, d[j] + 1.0F);
+        return false;
+      });
+    }
   });
 }
-
-void propagateDistances(image<float>& distance, float threshold) {
-  const auto ignore = [](std::ptrdiff_t, std::ptrdiff_t) {};
-  chamferPass(distance, Pass::kForward, threshold, ignore);
-  chamferPass(distance, Pass::kBackward, threshold, ignore);
-  repair(distance);
-}
-
-// The thresholds of the two forms differ; this is intended.
-void __compute_chamfer_2d__(image<float>& distance) { propagateDistances(distance, 1.0F); }
-void __compute_chamfer_3d__(image<float>& distance) { propagateDistances(distance, 0.5F); }
 
 }  // namespace
 
@@ -76,17 +131,16 @@ image<float> fchamfer(const Image& in) {
               << ", return null image\n";
     return image<float>(0, 1, 1, 1, 1);
   }
-  image<float> distance(in.nx(), in.ny(), in.nz(), 1, 1);
+  image<float> distance = unsetImage<float>(in.nx(), in.ny(), in.nz(), 1, 1);
+  if (distance.isNull()) return distance;  // sizes below zero whose product is positive
   if (in.format() == BYTE) {
-    __init_from_byte_image__(in, distance);
+    initFromBytes(in, distance);
   } else {
-    __init_from_short_image__(in, distance);
+    initFromLabels(in, distance);
   }
-  if (distance.nz() > 1) {
-    __compute_chamfer_3d__(distance);
-  } else {
-    __compute_chamfer_2d__(distance);
-  }
+  chamferPass(distance, Pass::kForward);
+  chamferPass(distance, Pass::kBackward);
+  repair(distance);
   return distance;
 }
 

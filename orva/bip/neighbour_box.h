@@ -10,6 +10,17 @@
 
 namespace orva::bip {
 
+// Calls visit(i) for every row that the box of a pixel of row y, plane z reaches, with the index i
+// of the row's first pixel.
+template <class Visit>
+void forEachRowOfBox(const Image& img, int y, int z, Visit visit) {
+  for (int w = std::max(z - 1, 0); w <= std::min(z + 1, img.nz() - 1); ++w) {
+    for (int v = std::max(y - 1, 0); v <= std::min(y + 1, img.ny() - 1); ++v) {
+      visit((std::ptrdiff_t{w} * img.ny() + v) * img.nx());
+    }
+  }
+}
+
 // True when holds(i) does for the index i of some pixel of the box; asks in linear order and stops
 // at the first.
 template <class Holds>

@@ -3,8 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
+#include <limits>
+#include <vector>
 
 #include "orva/bip/bip.h"
+#include "orva/bip/row_runs.h"
+#include "orva/image/float_conversion.h"
 
 namespace orva::bip {
 namespace {
@@ -17,21 +21,51 @@ std::vector<T> column(const std::vector<RegionFeature>& features, T RegionFeatur
   return values;
 }
 
+// A run of pixels of one label in 0 .. n - 1.
+struct LabelRun {
+  std::size_t label;
+  std::ptrdiff_t row;  // of all rows of the image
+  std::ptrdiff_t first;
+  std::ptrdiff_t end;  // past the last column
+};
+
+// Calls beginRow(i) for the index i of every row's first pixel, and visit(run) for every run of it,
+// all in linear order.
+template <class BeginRow, class Visit>
+void forEachRun(const image<short>& labels, std::size_t n, BeginRow beginRow, Visit visit) {
+  RowRuns<short> runs;
+  // Of sizes below zero whose product is positive the pixels are one row.
+  const int nx = labels.nx() > 0 ? labels.nx() : labels.npix();
+  const std::ptrdiff_t rows = labels.npix() / nx;
+  for (std::ptrdiff_t y = 0; y < rows; ++y) {
+    const short* row = labels.pixels() + y * nx;
+    beginRow(y * nx);
+    const int count = runs.findEqual(row, nx);
+    for (const int *ends = runs.ends(), *last = ends + 2 * std::ptrdiff_t{count}; ends != last;
+         ends += 2) {
+      const short k = row[ends[0]];
+      if (k < 0 || static_cast<std::size_t>(k) >= n) continue;
+      visit(LabelRun{static_cast<std::size_t>(k), y, ends[0], ends[1]});
+    }
+  }
+}
+
 struct CoordinateSums {
   std::int64_t x = 0;
   std::int64_t y = 0;
   std::int64_t z = 0;
 };
 
-void widen(RegionFeature& f, int x, int y, int z) {
+void widen(RegionFeature& f, int x0, int x1, int y, int z) {
   if (f.npix == 0) {
-    f.xmin = f.xmax = x;
+    f.xmin = x0;
+    f.xmax = x1;
     f.ymin = f.ymax = y;
     f.zmin = f.zmax = z;
     return;
   }
-  f.xmin = std::min(f.xmin, x);
-  f.xmax = std::max(f.xmax, x);
+  f.xmin = std::min(f.xmin, x0);
+  f.xmax = std::max(f.xmax, x1);
   f.ymin = std::min(f.ymin, y);
   f.ymax = std::max(f.ymax, y);
   f.zmin = std::min(f.zmin, z);
@@ -45,57 +79,138 @@ int equivalentRadius(int npix, bool isPlane) {
   return std::max(static_cast<int>(static_cast<float>(r)), 1);
 }
 
-void measureGeometry(const image<short>& labels, std::vector<RegionFeature>& features) {
-  std::vector<CoordinateSums> sums(features.size());
-  const short* label = labels.pixels();
-  for (int z = 0; z < labels.nz(); ++z) {
-    for (int y = 0; y < labels.ny(); ++y) {
-      for (int x = 0; x < labels.nx(); ++x, ++label) {
-        if (*label < 0 || static_cast<std::size_t>(*label) >= features.size()) continue;
-        const auto k = static_cast<std::size_t>(*label);
-        widen(features[k], x, y, z);
-        sums[k].x += x;
-        sums[k].y += y;
-        sums[k].z += z;
-        ++features[k].npix;
-      }
+// The pixels of the first volume, run by run.
+class Geometry {
+ public:
+  Geometry(const image<short>& labels, std::vector<RegionFeature>& features)
+      : ny_(labels.ny()),
+        rows_(labels.nx() > 0 ? std::ptrdiff_t{labels.ny()} * labels.nz() : 0),
+        isPlane_(labels.nz() == 1),
+        features_(features),
+        sums_(features.size()) {}
+
+  void beginRow(std::ptrdiff_t row) {
+    if (row >= rows_) return;
+    z_ = static_cast<int>(row / ny_);
+    y_ = static_cast<int>(row % ny_);
+  }
+
+  void add(const LabelRun& run) {
+    if (run.row >= rows_) return;
+    RegionFeature& f = features_[run.label];
+    const auto n = static_cast<int>(run.end - run.first);
+    widen(f, static_cast<int>(run.first), static_cast<int>(run.end - 1), y_, z_);
+    CoordinateSums& sums = sums_[run.label];
+    sums.x += (std::int64_t{run.first} + run.end - 1) * n / 2;
+    sums.y += std::int64_t{y_} * n;
+    sums.z += std::int64_t{z_} * n;
+    f.npix += n;
+  }
+
+  void finish() {
+    for (std::size_t k = 0; k < features_.size(); ++k) {
+      RegionFeature& f = features_[k];
+      if (f.npix == 0) continue;
+      f.cx = static_cast<int>(sums_[k].x / f.npix);
+      f.cy = static_cast<int>(sums_[k].y / f.npix);
+      f.cz = static_cast<int>(sums_[k].z / f.npix);
+      f.radius = equivalentRadius(f.npix, isPlane_);
     }
   }
-  for (std::size_t k = 0; k < features.size(); ++k) {
-    RegionFeature& f = features[k];
-    if (f.npix == 0) continue;
-    f.cx = static_cast<int>(sums[k].x / f.npix);
-    f.cy = static_cast<int>(sums[k].y / f.npix);
-    f.cz = static_cast<int>(sums[k].z / f.npix);
-    f.radius = equivalentRadius(f.npix, labels.nz() == 1);
+
+ private:
+  int ny_;
+  std::ptrdiff_t rows_;  // of the first volume
+  bool isPlane_;
+  int y_ = 0;
+  int z_ = 0;
+  std::vector<RegionFeature>& features_;
+  std::vector<CoordinateSums> sums_;
+};
+
+// Single-precision sums, one a label, of which that of the latest stays at hand.
+class Sums {
+ public:
+  explicit Sums(std::size_t n) : sums_(n) {}
+
+  // The sum of a label, to be added to until the next call.
+  float& of(std::size_t label) {
+    if (label != label_) {
+      if (label_ < sums_.size()) sums_[label_] = sum_;
+      label_ = label;
+      sum_ = sums_[label];
+    }
+    return sum_;
   }
-}
+
+  // All sums; no more are added.
+  const std::vector<float>& all() {
+    if (label_ < sums_.size()) sums_[label_] = sum_;
+    return sums_;
+  }
+
+ private:
+  std::vector<float> sums_;
+  std::size_t label_ = std::numeric_limits<std::size_t>::max();
+  float sum_ = 0.0F;
+};
 
 // Ascending, with every NaN at the end.
 bool precedes(float a, float b) { return a < b || (!std::isnan(a) && std::isnan(b)); }
 
-// Calls visit(k, i) for every pixel i, in linear order, whose label k lies in 0 .. n - 1.
-template <class Visit>
-void forEachLabelled(const image<short>& labels, std::size_t n, Visit visit) {
-  for (int i = 0; i < labels.npix(); ++i) {
-    const short k = labels.pixels()[i];
-    if (k >= 0 && static_cast<std::size_t>(k) < n) visit(static_cast<std::size_t>(k), i);
-  }
+// Measures all but the brightness.
+void measureGeometry(const image<short>& labels, std::vector<RegionFeature>& features) {
+  Geometry geometry(labels, features);
+  std::ptrdiff_t row = 0;
+  forEachRun(
+      labels, features.size(), [&](std::ptrdiff_t) { geometry.beginRow(row++); },
+      [&](const LabelRun& run) { geometry.add(run); });
+  geometry.finish();
 }
 
-void measureBrightness(const image<short>& labels, const Image& brightness,
-                       std::vector<RegionFeature>& features) {
-  forEachLabelled(labels, features.size(),
-                  [&](std::size_t k, int i) { features[k].mean += brightness.pixel(i); });
-  for (RegionFeature& f : features) {
+// Measures all, with one walk for the geometry and the means and one for the variances.
+void measureAll(const image<short>& labels, const Image& brightness,
+                std::vector<RegionFeature>& features) {
+  const std::size_t n = features.size();
+  const int nx = labels.nx() > 0 ? labels.nx() : labels.npix();
+  PixelFloats pixels(brightness);
+  const float* row = nullptr;
+  Geometry geometry(labels, features);
+  Sums sums(n);
+  forEachRun(
+      labels, n,
+      [&](std::ptrdiff_t first) {
+        geometry.beginRow(first / nx);
+        row = pixels.read(first, nx);
+      },
+      [&](const LabelRun& run) {
+        geometry.add(run);
+        float sum = sums.of(run.label);
+        for (std::ptrdiff_t x = run.first; x < run.end; ++x) sum += row[x];
+        sums.of(run.label) = sum;
+      });
+  geometry.finish();
+  for (std::size_t k = 0; k < n; ++k) {
+    RegionFeature& f = features[k];
+    f.mean = sums.all()[k];
     if (f.npix > 0) f.mean /= static_cast<float>(f.npix);
   }
-  forEachLabelled(labels, features.size(), [&](std::size_t k, int i) {
-    const float d = brightness.pixel(i) - features[k].mean;
-    features[k].var += d * d;
-  });
-  for (RegionFeature& f : features) {
-    f.var = f.npix > 1 ? f.var / static_cast<float>(f.npix - 1) : 0.0F;
+
+  Sums squares(n);
+  forEachRun(
+      labels, n, [&](std::ptrdiff_t first) { row = pixels.read(first, nx); },
+      [&](const LabelRun& run) {
+        float sum = squares.of(run.label);
+        const float mean = features[run.label].mean;
+        for (std::ptrdiff_t x = run.first; x < run.end; ++x) {
+          const float d = row[x] - mean;
+          sum += d * d;
+        }
+        squares.of(run.label) = sum;
+      });
+  for (std::size_t k = 0; k < n; ++k) {
+    RegionFeature& f = features[k];
+    f.var = f.npix > 1 ? squares.all()[k] / static_cast<float>(f.npix - 1) : 0.0F;
   }
 }
 
@@ -105,15 +220,16 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                           const Image& brightness) {
   if (labels.isNull()) return {};
   std::vector<RegionFeature> features(static_cast<std::size_t>(std::max(n, 0)));
+  if (!brightness.isNull() && brightness.equalSize(labels)) {
+    measureAll(labels, brightness, features);
+    return features;
+  }
   measureGeometry(labels, features);
-  if (brightness.isNull()) return features;
-  if (!brightness.equalSize(labels)) {
+  if (!brightness.isNull()) {
     std::cerr << "In bip::regionFeatures\n"
               << "   Warning: label and brightness must have the same size\n"
               << "   Brightness image ignored\n";
-    return features;
   }
-  measureBrightness(labels, brightness, features);
   return features;
 }
 
@@ -133,12 +249,21 @@ std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels
                                                       const Image& brightness, bool sorted) {
   if (labels.isNull() || brightness.isNull() || !brightness.equalSize(labels)) return {};
   const auto count = static_cast<std::size_t>(std::max(n, 0));
-  std::vector<std::size_t> sizes(count);
-  forEachLabelled(labels, count, [&](std::size_t k, int) { ++sizes[k]; });
+  std::vector<std::ptrdiff_t> sizes(count);
+  forEachRun(
+      labels, count, [](std::ptrdiff_t) {},
+      [&](const LabelRun& run) { sizes[run.label] += run.end - run.first; });
   std::vector<std::vector<float>> lists(count);
-  for (std::size_t k = 0; k < count; ++k) lists[k].reserve(sizes[k]);
-  forEachLabelled(labels, count,
-                  [&](std::size_t k, int i) { lists[k].push_back(brightness.pixel(i)); });
+  for (std::size_t k = 0; k < count; ++k) lists[k].reserve(static_cast<std::size_t>(sizes[k]));
+  PixelFloats pixels(brightness);
+  const int nx = labels.nx() > 0 ? labels.nx() : labels.npix();
+  const float* row = nullptr;
+  forEachRun(
+      labels, count, [&](std::ptrdiff_t first) { row = pixels.read(first, nx); },
+      [&](const LabelRun& run) {
+        std::vector<float>& list = lists[run.label];
+        list.insert(list.end(), row + run.first, row + run.end);
+      });
   if (sorted) {
     for (std::vector<float>& list : lists) std::sort(list.begin(), list.end(), precedes);
   }

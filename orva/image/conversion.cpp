@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "orva/image/byte_conversion.h"
+#include "orva/image/extremes.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/image.h"
 #include "orva/image/pixel_traits.h"
@@ -40,10 +41,18 @@ using Rgb = GenericRgb<unsigned char>;
 
 void greyToRgb(const Image& img, image<Rgb>& result) {
   const image<unsigned char> grey = toByteImage(img, true);
-  std::transform(grey.pixels(), grey.pixels() + result.npix(), result.pixels(),
-                 [](unsigned char v) {
-                   return Rgb{v, v, v};
-                 });
+  const unsigned char* from = grey.pixels();
+  auto* to = reinterpret_cast<unsigned char*>(result.pixels());
+  const std::ptrdiff_t count = result.npix();
+  onWidestPath([=] {
+#pragma GCC ivdep
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+      const unsigned char v = from[i];
+      to[3 * i] = v;
+      to[3 * i + 1] = v;
+      to[3 * i + 2] = v;
+    }
+  });
 }
 
 // The colour laid over white.
@@ -74,37 +83,88 @@ void scaleColour(const Image& img, image<Rgb>& result) {
   }
 }
 
+constexpr std::ptrdiff_t kTogether = 2048;  // pixels that are read at once
+
+struct Range {
+  float low;
+  float high;
+};
+
+// One value after the other: each is a new lowest one, or else is compared with the highest. A NaN
+// becomes the highest, and so does whatever follows it.
+Range widened(Range range, const float* values, std::ptrdiff_t count) {
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    const float v = values[i];
+    if (range.low > v) {
+      range.low = v;
+    } else {
+      range.high = std::max(v, range.high);
+    }
+  }
+  return range;
+}
+
+// The range of the first `count` pixels.
+Range rangeOf(const Image& img, std::ptrdiff_t count) {
+  PixelFloats pixels(img);
+  const float first = *pixels.read(0, 1);
+  Range range{first, first};
+  bool hasNan = first != first;
+  for (std::ptrdiff_t i = 0; i < count; i += kTogether) {
+    const std::ptrdiff_t n = std::min(kTogether, count - i);
+    const float* values = pixels.read(i, n);
+    const Extremes extremes = hasNan ? Extremes{} : extremesOf(values, n);
+    // Without any NaN so far the order does not matter. From one on it does.
+    hasNan = hasNan || extremes.hasNan;
+    range = hasNan
+                ? widened(range, values, n)
+                : Range{std::min(range.low, extremes.least), std::max(range.high, extremes.most)};
+  }
+  return range;
+}
+
+void truncateAll(const float* from, std::ptrdiff_t count, unsigned char* to) {
+  onWidestPath([=] {
+#pragma GCC ivdep
+    for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = pixelFromFloat<unsigned char>(from[i]);
+  });
+}
+
+void stretchAll(const float* from, std::ptrdiff_t count, Range range, unsigned char* to) {
+  onWidestPath([=] {
+    const float span = range.high - range.low;
+#pragma GCC ivdep
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+      const int stretched = truncatedInt((from[i] - range.low) * 255.0F / span);
+      // The highest exactly, whatever the quotient rounds to.
+      to[i] = static_cast<unsigned char>(from[i] == range.high ? 255 : stretched);
+    }
+  });
+}
+
 }  // namespace
 
 image<unsigned char> bytesOf(const Image& img, bool scale) {
   if (img.isNull()) return nullImage<unsigned char>();
   if (img.format() == BYTE && !scale) return sharedOrCopied(img);
 
-  image<unsigned char> result(img.nx(), img.ny(), img.nframes(), 1, 1);
+  image<unsigned char> result = unsetImage<unsigned char>(img.nx(), img.ny(), img.nframes(), 1, 1);
   if (result.isNull()) return result;
-  float low = img.pixel(0);
-  float high = low;
-  for (int i = 1; i < result.npix(); ++i) {
-    const float v = img.pixel(i);
-    if (low > v) {
-      low = v;
-    } else {
-      high = std::max(v, high);
-    }
-  }
+  const Range range = rangeOf(img, result.npix());
   // Intended: a constant image becomes black, whatever its value.
-  if (std::abs(low - high) < 0.0001) return result;
-
-  const bool fits = low >= 0.0F && high <= 255.0F && !scale;
-  unsigned char* to = result.pixels();
-  for (int i = 0; i < result.npix(); ++i) {
-    const float v = img.pixel(i);
+  if (std::abs(range.low - range.high) < 0.0001) {
+    std::fill_n(result.pixels(), result.npix(), static_cast<unsigned char>(0));
+    return result;
+  }
+  const bool fits = range.low >= 0.0F && range.high <= 255.0F && !scale;
+  PixelFloats pixels(img);
+  for (std::ptrdiff_t i = 0; i < result.npix(); i += kTogether) {
+    const std::ptrdiff_t count = std::min(kTogether, result.npix() - i);
+    const float* from = pixels.read(i, count);
     if (fits) {
-      to[i] = pixelFromFloat<unsigned char>(v);
-    } else if (v == high) {
-      to[i] = 255;  // exactly, whatever the quotient below rounds to
+      truncateAll(from, count, result.pixels() + i);
     } else {
-      to[i] = pixelFromFloat<unsigned char>((v - low) * 255.0F / (high - low));
+      stretchAll(from, count, range, result.pixels() + i);
     }
   }
   return result;
@@ -118,7 +178,7 @@ image<unsigned char> toByteImage(const Image& img, bool scale) {
 
 image<Rgb> toRgbImage(const Image& img) {
   if (img.isNull()) return nullImage<Rgb>();
-  image<Rgb> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  image<Rgb> result = unsetImage<Rgb>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
   switch (img.format()) {
     case BYTE:
     case INT:
@@ -183,8 +243,39 @@ void readFloats(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, fl
       std::copy_n(static_cast<const float*>(img.data()) + first, count, to);
       return;
     default:
-      for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = img.pixel(static_cast<int>(first + i));
+      readPixels(img, first, count, to);
   }
+}
+
+void readPixels(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, float* to) {
+  if (const auto* colour = ownImage<Rgb>(img)) {
+    const Rgb* from = colour->pixels() + first;
+    onWidestPath([=] {
+      for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = luminance(from[i]);
+    });
+    return;
+  }
+  const bool isOwn = ownImage<unsigned char>(img) != nullptr || ownImage<short>(img) != nullptr ||
+                     ownImage<int>(img) != nullptr || ownImage<unsigned int>(img) != nullptr ||
+                     ownImage<float>(img) != nullptr;
+  if (isOwn) {
+    readFloats(img, first, count, to);
+  } else {
+    for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = img.pixel(static_cast<int>(first + i));
+  }
+}
+
+PixelFloats::PixelFloats(const Image& img) : img_(img), floats_(nullptr) {
+  if (const auto* own = ownImage<float>(img)) floats_ = own->pixels();
+}
+
+const float* PixelFloats::read(std::ptrdiff_t first, std::ptrdiff_t count) {
+  if (floats_ != nullptr) return floats_ + first;
+  if (buffer_.size() < static_cast<std::size_t>(count)) {
+    buffer_.resize(static_cast<std::size_t>(count));
+  }
+  readPixels(img_, first, count, buffer_.data());
+  return buffer_.data();
 }
 
 image<float> toFloatImage(const Image& img) {

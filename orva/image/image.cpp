@@ -9,9 +9,13 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <vector>
 
+#include "orva/image/extremes.h"
 #include "orva/image/pixel_memory.h"
 #include "orva/image/pixel_traits.h"
+#include "orva/image/truncate.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva {
 namespace {
@@ -38,6 +42,45 @@ int clampedLast(int last, int size) { return std::min(last, size - 1); }
 
 // floor(i * from / to) for a target position i below to.
 int sourceIndex(int i, int from, int to) { return static_cast<int>(std::int64_t{i} * from / to); }
+
+// The first of the smallest or largest pixels; numbers that are equal may differ in the sign of 0,
+// colours in more.
+template <bool kLeast, class T>
+T firstExtreme(const T* pixels, std::ptrdiff_t count) {
+  return kLeast ? *std::min_element(pixels, pixels + count)
+                : *std::max_element(pixels, pixels + count);
+}
+
+template <bool kLeast>
+float firstExtreme(const float* pixels, std::ptrdiff_t count) {
+  const Extremes all = extremesOf(pixels, count);
+  if (all.hasNan) return firstExtreme<kLeast, float>(pixels, count);
+  const float v = kLeast ? all.least : all.most;
+  return v == 0.0F ? *std::find(pixels, pixels + count, v) : v;
+}
+
+template <bool kLeast>
+GenericRgb<unsigned char> firstExtreme(const GenericRgb<unsigned char>* pixels,
+                                       std::ptrdiff_t count) {
+  constexpr std::ptrdiff_t kTogether = 1024;
+  float bright[kTogether];
+  float best = luminance(pixels[0]);
+  std::ptrdiff_t at = 0;
+  for (std::ptrdiff_t i = 0; i < count; i += kTogether) {
+    const std::ptrdiff_t n = std::min(kTogether, count - i);
+    float* to = bright;
+    onWidestPath([=] {
+      for (std::ptrdiff_t k = 0; k < n; ++k) to[k] = luminance(pixels[i + k]);
+    });
+    const Extremes some = extremesOf(bright, n);
+    const float v = kLeast ? some.least : some.most;
+    if (kLeast ? v < best : best < v) {
+      best = v;
+      at = i + (std::find(bright, bright + n, v) - bright);
+    }
+  }
+  return pixels[at];
+}
 
 }  // namespace
 
@@ -224,11 +267,19 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
   if (sz < 0) sz = nframes();
   auto* result = new image(sx, sy, sz, 1, 1);
   if (isNull() || result->isNull()) return result;
+  std::vector<int> columns(static_cast<std::size_t>(sx));
+  for (int x = 0; x < sx; ++x) columns[static_cast<std::size_t>(x)] = sourceIndex(x, nx(), sx);
   T* to = result->data_;
+  const T* last = nullptr;  // the row that was taken last
   for (int z = 0; z < sz; ++z) {
-    for (int y = 0; y < sy; ++y) {
+    for (int y = 0; y < sy; ++y, to += sx) {
       const T* row = data_ + at(0, sourceIndex(y, ny(), sy), sourceIndex(z, nframes(), sz), 0, 0);
-      for (int x = 0; x < sx; ++x) *to++ = row[sourceIndex(x, nx(), sx)];
+      if (row == last) {
+        std::copy_n(to - sx, sx, to);
+      } else {
+        for (int x = 0; x < sx; ++x) to[x] = row[columns[static_cast<std::size_t>(x)]];
+      }
+      last = row;
     }
   }
   return result;
@@ -323,12 +374,12 @@ float image<T>::fmax() const {
 
 template <class T>
 T image<T>::min() const {
-  return isNull() ? T{} : *std::min_element(data_, data_ + npix());
+  return isNull() ? T{} : firstExtreme<true>(data_, npix());
 }
 
 template <class T>
 T image<T>::max() const {
-  return isNull() ? T{} : *std::max_element(data_, data_ + npix());
+  return isNull() ? T{} : firstExtreme<false>(data_, npix());
 }
 
 template class image<unsigned char>;

@@ -1,19 +1,26 @@
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <iterator>
+#include <numeric>
+#include <vector>
 
 #include "orva/bip/bip.h"
+#include "orva/image/float_conversion.h"
 #include "orva/image/truncate.h"
 #include "orva/image_math/image_math.h"
+#include "orva/util/cpu_path.h"
 #include "orva/util/global.h"
 
 namespace orva::image_math {
 namespace {
 
-constexpr int kRangeError = 2;  // the exit status for a wrong share or number of pixels
+constexpr std::ptrdiff_t kTogether = 2048;  // values that are read at once
+constexpr int kRangeError = 2;              // the exit status for a wrong share or number of pixels
 
 // Intended: the heading names one function, whichever called.
 void checkPercentage(float p) {
@@ -33,21 +40,18 @@ class Histogram {
     std::int64_t count;
   };
 
-  // Of values[0] .. values[count - 1] between `least` and `most`, each truncated toward zero.
-  template <class ValueAt>
-  Histogram(float least, float most, std::int64_t count, ValueAt valueAt)
+  // Of `count` values between `least` and `most`, each truncated toward zero. read(first, n) gives
+  // n of them.
+  template <class Read>
+  Histogram(float least, float most, std::int64_t count, Read read)
       : low_(truncateTo<int>(least)), high_(truncateTo<int>(most)) {
     if (isFlat()) return;
     const std::int64_t last = std::int64_t{high_} - low_;
-    const auto binOf = [&](std::int64_t i) {
-      const auto bin = truncateTo<std::int64_t>(valueAt(i) - static_cast<float>(low_));
-      return std::clamp(bin, std::int64_t{0}, last);
-    };
     constexpr std::int64_t kMostBins = 1 << 20;
     if (last < kMostBins) {
-      countBins(last, count, binOf);
+      countBins(static_cast<int>(last), count, read);
     } else {
-      sortBins(count, binOf);
+      sortBins(last, count, read);
     }
   }
 
@@ -59,21 +63,48 @@ class Histogram {
  private:
   int levelOf(std::int64_t bin) const { return static_cast<int>(low_ + bin); }
 
-  template <class BinOf>
-  void countBins(std::int64_t last, std::int64_t count, BinOf binOf) {
-    std::vector<std::int64_t> bins(static_cast<std::size_t>(last + 1));
-    for (std::int64_t i = 0; i < count; ++i) ++bins[static_cast<std::size_t>(binOf(i))];
-    for (std::int64_t b = last; b >= 0; --b) {
+  // The number of a value's bin. Values past the last are held there, a NaN is in the first.
+  static int narrowBin(float v, float low, int last) {
+    const float above = v - low;
+    const auto most = static_cast<float>(last);
+    const float held = above < most ? above : most;
+    const int bin = static_cast<int>(held > 0.0F ? held : 0.0F);
+    return above == above ? bin : 0;
+  }
+
+  template <class Read>
+  void countBins(int last, std::int64_t count, Read read) {
+    std::vector<std::int64_t> bins(static_cast<std::size_t>(last) + 1);
+    const auto low = static_cast<float>(low_);
+    int numbers[kTogether];
+    for (std::int64_t i = 0; i < count; i += kTogether) {
+      const std::ptrdiff_t n = std::min<std::int64_t>(kTogether, count - i);
+      const float* from = read(i, n);
+      int* to = numbers;
+      onWidestPath([=] {
+        for (std::ptrdiff_t k = 0; k < n; ++k) to[k] = narrowBin(from[k], low, last);
+      });
+      std::for_each(numbers, numbers + n, [&](int b) { ++bins[static_cast<std::size_t>(b)]; });
+    }
+    for (int b = last; b >= 0; --b) {
       const std::int64_t inBin = bins[static_cast<std::size_t>(b)];
       if (inBin > 0) levels_.push_back({levelOf(b), inBin});
     }
   }
 
   // For ranges so wide that their bins would not fit into memory.
-  template <class BinOf>
-  void sortBins(std::int64_t count, BinOf binOf) {
-    std::vector<std::int64_t> bins(static_cast<std::size_t>(count));
-    for (std::int64_t i = 0; i < count; ++i) bins[static_cast<std::size_t>(i)] = binOf(i);
+  template <class Read>
+  void sortBins(std::int64_t last, std::int64_t count, Read read) {
+    std::vector<std::int64_t> bins;
+    bins.reserve(static_cast<std::size_t>(count));
+    for (std::int64_t i = 0; i < count; i += kTogether) {
+      const std::ptrdiff_t n = std::min<std::int64_t>(kTogether, count - i);
+      const float* from = read(i, n);
+      std::transform(from, from + n, std::back_inserter(bins), [&](float v) {
+        const auto bin = truncateTo<std::int64_t>(v - static_cast<float>(low_));
+        return std::clamp(bin, std::int64_t{0}, last);
+      });
+    }
     std::sort(bins.begin(), bins.end(), std::greater<>());
     for (const std::int64_t b : bins) {
       if (levels_.empty() || levels_.back().level != levelOf(b)) levels_.push_back({levelOf(b), 0});
@@ -87,8 +118,9 @@ class Histogram {
 };
 
 Histogram histogramOf(const Image& img) {
+  PixelFloats pixels(img);
   return Histogram(img.fmin(), img.fmax(), img.npix(),
-                   [&img](std::int64_t i) { return img.pixel(static_cast<int>(i)); });
+                   [&](std::ptrdiff_t first, std::ptrdiff_t n) { return pixels.read(first, n); });
 }
 
 // The mean of the brightest levels that hold at least the share p of `count` values.
@@ -114,13 +146,27 @@ float meanOfTop(const Histogram& histogram, std::int64_t count, float p) {
 // Where a zero-thresholded image changes sign.
 image<unsigned char> signEdges(const Image& img) { return bip::edge(bip::threshold(img, 0.0F)); }
 
-// The pixels of plane 0 for which holds(index) does, column by column.
-template <class Holds>
-std::vector<Point> pointsWhere(const Image& img, Holds holds) {
-  std::vector<Point> points;
-  for (int x = 0; x < img.nx(); ++x) {
-    for (int y = 0; y < img.ny(); ++y) {
-      if (holds(x + std::ptrdiff_t{y} * img.nx())) points.emplace_back(x, y);
+// The pixels of plane 0 that are edges, column by column.
+std::vector<Point> pointsOf(const image<unsigned char>& edges) {
+  // Rows are walked, as they lie in memory: first the number of points of every column, then each
+  // point to its place.
+  const std::ptrdiff_t nx = edges.nx();
+  std::vector<std::ptrdiff_t> places(static_cast<std::size_t>(nx));
+  std::ptrdiff_t* place = places.data();
+  for (int y = 0; y < edges.ny(); ++y) {
+    const unsigned char* row = edges.pixels() + y * nx;
+    onWidestPath([=] {
+#pragma GCC ivdep
+      for (std::ptrdiff_t x = 0; x < nx; ++x) place[x] += row[x] > 254 ? 1 : 0;
+    });
+  }
+  std::vector<Point> points(
+      static_cast<std::size_t>(std::accumulate(places.begin(), places.end(), std::ptrdiff_t{0})));
+  std::exclusive_scan(places.begin(), places.end(), places.begin(), std::ptrdiff_t{0});
+  for (int y = 0; y < edges.ny(); ++y) {
+    const unsigned char* row = edges.pixels() + y * nx;
+    for (int x = 0; x < nx; ++x) {
+      if (row[x] > 254) points[static_cast<std::size_t>(place[x]++)] = Point(x, y);
     }
   }
   return points;
@@ -171,23 +217,27 @@ float meanOfTopByPercentage(std::vector<float> values, float p) {
   if (values.empty()) return 0.0F;
   const auto count = static_cast<std::int64_t>(values.size());
   const Histogram histogram(minimum(values), maximum(values), count,
-                            [&](std::int64_t i) { return values[static_cast<std::size_t>(i)]; });
+                            [&](std::ptrdiff_t first, std::ptrdiff_t) {
+                              return &values[static_cast<std::size_t>(first)];
+                            });
   return meanOfTop(histogram, count, p);
 }
 
-std::vector<Point> findZeros(const Image& img) {
-  const image<unsigned char> edges = signEdges(img);
-  return pointsWhere(edges, [&](std::ptrdiff_t i) { return edges.pixels()[i] > 254; });
-}
+std::vector<Point> findZeros(const Image& img) { return pointsOf(signEdges(img)); }
 
 std::vector<Point> findZeros(const Image& a, const Image& b) {
   if (!a.equalSize(b)) return {};
   const image<unsigned char> edgesA = signEdges(a);
   const image<unsigned char> edgesB = signEdges(b);
   if (!edgesA.equalSize(edgesB)) return {};  // sizes below zero whose product is positive
-  return pointsWhere(edgesA, [&](std::ptrdiff_t i) {
-    return edgesA.pixels()[i] > 254 && edgesB.pixels()[i] > 254;
+  unsigned char* both = edgesA.pixels();
+  const unsigned char* others = edgesB.pixels();
+  const std::ptrdiff_t count = edgesA.npix();
+  onWidestPath([=] {
+#pragma GCC ivdep
+    for (std::ptrdiff_t i = 0; i < count; ++i) both[i] &= others[i];
   });
+  return pointsOf(edgesA);
 }
 
 }  // namespace orva::image_math

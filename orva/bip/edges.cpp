@@ -1,0 +1,91 @@
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <vector>
+
+#include "orva/bip/bip.h"
+#include "orva/util/cpu_path.h"
+
+namespace orva::bip {
+namespace {
+
+// An integer as wide as T, so that a count takes as many lanes as the pixels counted.
+template <class T>
+using CountOf =
+    std::conditional_t<sizeof(T) == 1, std::uint8_t,
+                       std::conditional_t<sizeof(T) == 2, std::uint16_t, std::uint32_t>>;
+
+// Edge pixels of a row: at most seven of the 3x3 box, the centre counted, equal the centre.
+template <class T>
+void findEdges(const T* row, std::ptrdiff_t stride, std::ptrdiff_t nx, unsigned char* edges) {
+  constexpr CountOf<T> kMostEqual = 7;
+  onWidestPath([=] {
+    const T* above = row - stride;
+    const T* below = row + stride;
+#pragma GCC ivdep
+    for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
+      const T centre = row[x];
+      const auto isEqual = [centre](T v) { return static_cast<CountOf<T>>(v == centre ? 1 : 0); };
+      CountOf<T> equal = isEqual(centre);  // not where it is a NaN
+      equal = static_cast<CountOf<T>>(equal + isEqual(above[x - 1]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(above[x]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(above[x + 1]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(row[x - 1]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(row[x + 1]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(below[x - 1]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(below[x]));
+      equal = static_cast<CountOf<T>>(equal + isEqual(below[x + 1]));
+      edges[x] = equal <= kMostEqual ? 255 : 0;
+    }
+  });
+}
+
+template <class T>
+image<unsigned char> edgeOf(const image<T>& img) {
+  image<unsigned char> edges(img.nx(), img.ny(), 1, 1, 1);
+  const std::ptrdiff_t nx = img.nx();
+  for (std::ptrdiff_t y = 1; y < img.ny() - 1; ++y) {
+    findEdges(img.pixels() + y * nx, nx, nx, edges.pixels() + y * nx);
+  }
+  return edges;
+}
+
+// edgeOf(img) if img has pixels of type T, else the empty image.
+template <class T>
+image<unsigned char> edgeAs(const Image& img) {
+  const auto* typed = dynamic_cast<const image<T>*>(&img);
+  return typed != nullptr ? edgeOf(*typed) : image<unsigned char>(0, 1, 1, 1, 1);
+}
+
+}  // namespace
+
+image<unsigned char> edge(const Image& img) {
+  const int format = img.isNull() ? -1 : img.format();
+  switch (format) {
+    case BYTE:
+      return edgeAs<unsigned char>(img);
+    case INT:
+      return edgeAs<int>(img);
+    case SHORT:
+      return edgeAs<short>(img);
+    case FLOAT:
+      return edgeAs<float>(img);
+    default:
+      return image<unsigned char>(0, 1, 1, 1, 1);
+  }
+}
+
+std::vector<std::vector<Point>> boundaries(const image<short>& labels) {
+  const image<unsigned char> edges = edge(labels);
+  std::vector<std::vector<Point>> lists(static_cast<std::size_t>(regionNumber(labels)));
+  for (int y = 0; y < edges.ny(); ++y) {
+    for (int x = 0; x < edges.nx(); ++x) {
+      const std::ptrdiff_t i = x + std::ptrdiff_t{y} * edges.nx();
+      const short k = labels.pixels()[i];
+      if (k >= 0 && edges.pixels()[i] == 255) lists[static_cast<std::size_t>(k)].emplace_back(x, y);
+    }
+  }
+  return lists;
+}
+
+}  // namespace orva::bip

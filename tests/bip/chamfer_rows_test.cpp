@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "orva/bip/bip.h"
+#include "tests/bip/pictures.h"
+#include "tests/support/reference/distance.h"
+
+namespace {
+
+using orva::image;
+using orva_test::blank;
+using orva_test::Random;
+using orva_test::randomInt;
+using orva_test::randomLabels;
+using orva_test::randomMask;
+using orva_test::sameImage;
+using orva_test::Shape;
+
+// Whether up to eight ones, added one after the other, give what their number gives at once.
+bool sumsAgree(float v) {
+  float sum = v;
+  for (int k = 1; k <= 8; ++k) {
+    sum += 1.0F;
+    if (sum != v + static_cast<float>(k)) return false;
+  }
+  return true;
+}
+
+TEST(ChamferRows, OnesAddUpAtOnceForEveryDistanceThatOccurs) {
+  for (const float v : {0.0F, 1.0F, std::sqrt(2.0F), std::sqrt(3.0F)})
+    EXPECT_TRUE(sumsAgree(v)) << v;
+  int wrong = 0;
+  for (float v = 2.0F; v < 8.0F; v = std::nextafter(v, 9.0F)) wrong += sumsAgree(v) ? 0 : 1;
+  EXPECT_EQ(wrong, 0);
+  for (float v = 8.0F; v < 10001.0F; v *= 1.00001F) wrong += sumsAgree(v) ? 0 : 1;
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST(ChamferRows, OnesDoNotAddUpAtOnceForOtherNumbers) {
+  int wrong = 0;
+  for (float v = 1.0F; v < 2.0F; v = std::nextafter(v, 3.0F)) wrong += sumsAgree(v) ? 0 : 1;
+  EXPECT_GT(wrong, 0);  // so the distances below 2 have to be tried
+}
+
+// Masks of few and of many zeros, in planes and volumes of every width.
+template <class Check>
+void forEveryWidth(Check check) {
+  Random random(71);
+  for (int width = 1; width <= 130; ++width) {
+    for (const Shape& shape :
+         {Shape{width, 1 + width % 23}, Shape{width, 3 + width % 4, 3 + width % 2}}) {
+      check(random, shape);
+    }
+  }
+}
+
+TEST(ChamferRows, MasksOfEveryWidthAreAsTheTwins) {
+  forEveryWidth([](Random& random, const Shape& shape) {
+    for (const double share : {0.5, 0.97, 0.999}) {
+      const image<unsigned char> mask = randomMask(random, shape, share);
+      ASSERT_TRUE(sameImage(orva::bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
+    }
+  });
+}
+
+TEST(ChamferRows, LabelsOfEveryWidthAreAsTheTwins) {
+  forEveryWidth([](Random& random, const Shape& shape) {
+    for (const int most : {0, 3}) {
+      const image<short> labels = randomLabels(random, shape, most);
+      ASSERT_TRUE(sameImage(orva::bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
+    }
+  });
+}
+
+TEST(ChamferRows, FarLabelsPropagateAsTheTwins) {
+  forEveryWidth([](Random& random, const Shape& shape) {
+    // Few seeds: many pixels at the same distance of two of them.
+    image<short> labels = blank<short>(shape);
+    for (int i = 0; i < labels.npix(); ++i) {
+      labels.pixels()[i] =
+          static_cast<short>(randomInt(random, 0, 40) == 0 ? randomInt(random, 0, 9) : -1);
+    }
+    for (const float most : {3.5F, 20000.0F}) {
+      image<short> own = labels.duplicate();
+      image<short> twin = labels.duplicate();
+      orva::bip::propagate(own, most);
+      reference::propagate(twin, most);
+      ASSERT_TRUE(sameImage(own, twin)) << shape.nx;
+    }
+  });
+}
+
+TEST(ChamferRows, ASingleZeroInALargePlane) {
+  image<unsigned char> mask = blank<unsigned char>({301, 203});
+  std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(9));
+  mask.pixels()[17 + 301 * 90] = 0;
+  EXPECT_TRUE(sameImage(orva::bip::fchamfer(mask), reference::fchamfer(mask)));
+}
+
+}  // namespace
