@@ -265,7 +265,7 @@ void readPixels(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, fl
   }
 }
 
-PixelFloats::PixelFloats(const Image& img) : img_(img), floats_(nullptr) {
+PixelFloats::PixelFloats(const Image& img) : img_(img) {
   if (const auto* own = ownImage<float>(img)) floats_ = own->pixels();
 }
 

@@ -30,7 +30,7 @@ class PixelFloats {
 
  private:
   const Image& img_;
-  const float* floats_;  // of an image that holds floats
+  const float* floats_ = nullptr;  // of an image that holds floats
   std::vector<float> buffer_;
 };
 

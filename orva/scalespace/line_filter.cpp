@@ -49,29 +49,36 @@ void filterStrip(const Rows& rows, std::ptrdiff_t x, std::int64_t y, const Kerne
   const float* at = rows.at + (std::clamp(j, std::int64_t{0}, last) - rows.low) * rows.stride + x;
   Lanes sum[M][kStripLanes] = {};
 
-  // Adds row j to the outputs y + Least .. y + Most, and goes on to the row before.
+  // Adds row j to the outputs y + Least .. y + Most, and moves to the row before.
   const auto add = [&]<int Least, int Most>() {
     Lanes v[kStripLanes];
 #pragma GCC unroll 8
     for (int i = 0; i < kStripLanes; ++i) load(at + i * kLanes, v[i]);
-    const float* tap = kernel.taps() + (radius + y - j);
+    const std::ptrdiff_t tap = radius + y - j;
 #pragma GCC unroll 8
     for (int m = Least; m <= Most; ++m) {
 #pragma GCC unroll 8
-      for (int i = 0; i < kStripLanes; ++i) sum[m][i] += tap[m] * v[i];
+      for (int i = 0; i < kStripLanes; ++i) sum[m][i] += kernel.taps()[tap + m] * v[i];
     }
     if (j <= last && j > 0) at -= rows.stride;
-    --j;
   };
   if constexpr (M == 3) {
-    if (j == y + 2 + radius) add.template operator()<2, 2>();
-    if (j == y + 1 + radius) add.template operator()<1, 2>();
+    if (j == y + 2 + radius) {
+      add.template operator()<2, 2>();
+      --j;
+    }
+    if (j == y + 1 + radius) {
+      add.template operator()<1, 2>();
+      --j;
+    }
   }
-  for (const std::int64_t stop = std::max(y + M - 1 - radius, end); j >= stop;) {
-    add.template operator()<0, M - 1>();
-  }
+  const std::int64_t stop = std::max(y + M - 1 - radius, end);
+  for (; j >= stop; --j) add.template operator()<0, M - 1>();
   if constexpr (M == 3) {
-    if (j >= end) add.template operator()<0, 1>();
+    if (j >= end) {
+      add.template operator()<0, 1>();
+      --j;
+    }
     if (j >= end) add.template operator()<0, 0>();
   }
 

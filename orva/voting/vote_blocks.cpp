@@ -11,7 +11,6 @@
 namespace orva::voting {
 namespace {
 
-constexpr int kGroup = 4;  // blocks that are added together, none of them twice
 // The lists of larger cones would take much memory; they begin their blocks at the apex.
 constexpr std::size_t kManyCells = 16384;
 constexpr int kMasks = 1 << kLanes;
@@ -27,13 +26,16 @@ constexpr auto kLaneMasks = [] {
   return masks;
 }();
 
-void keep(int mask, Lanes& votes) {
-  IntLanes kept;
-  std::memcpy(&kept, kLaneMasks[static_cast<std::size_t>(mask)].data(), sizeof kept);
+// Adds the votes whose bit is set in the mask, and zeros.
+[[gnu::always_inline]] inline void addSome(const Lanes& votes, unsigned char mask, Lanes& sum) {
+  IntLanes keep;
   IntLanes bits;
+  Lanes some;
+  std::memcpy(&keep, kLaneMasks[mask].data(), sizeof keep);
   std::memcpy(&bits, &votes, sizeof bits);
-  bits &= kept;
-  std::memcpy(&votes, &bits, sizeof votes);
+  bits &= keep;
+  std::memcpy(&some, &bits, sizeof some);
+  sum += some;
 }
 
 }  // namespace
@@ -47,9 +49,8 @@ VoteBlocks::VoteBlocks(const ConeTable& cones, int pixels)
   const auto [least, most] =
       std::minmax_element(offsets, offsets + cones.size() * static_cast<std::size_t>(cones.bins()));
   if (cones.size() == 0) return;
-  constexpr int kFilling = kGroup * kLanes;
-  lowest_ = kFilling - std::min(*least, 0);
-  highest_ = pixels - kFilling - kLanes - std::max(*most, 0);
+  lowest_ = kLanes - std::min(*least, 0);
+  highest_ = pixels - kLanes - std::max(*most, 0);
 }
 
 // The offsets of a cone in ascending order.
@@ -69,22 +70,27 @@ const std::vector<int>& VoteBlocks::sortedCells(int bin) {
     repeated_.clear();
     const std::size_t begin = blocks_.size();
     for (std::size_t i = 0; i < todo_.size(); ++i) {
-      if (i > 0 && todo_[i] == todo_[i - 1]) {
-        repeated_.push_back(todo_[i]);
-        continue;
-      }
       const int lane = (todo_[i] + place) & (kLanes - 1);
       const int offset = todo_[i] + place - lane;
-      if (blocks_.size() == begin || blocks_.back().offset != offset)
-        blocks_.push_back({offset, 0});
-      blocks_.back().mask |= 1 << lane;
-    }
-    // Whole groups, filled up with blocks behind them that get nothing.
-    while ((blocks_.size() - begin) % kGroup != 0) {
-      blocks_.push_back({blocks_.back().offset + kLanes, 0});
+      const auto bit = static_cast<unsigned char>(1U << static_cast<unsigned>(lane));
+      if (blocks_.size() == begin || blocks_.back().offset != offset) {
+        blocks_.push_back({offset, 0, 0});
+      }
+      Block& block = blocks_.back();
+      if ((block.once & bit) == 0) {
+        block.once |= bit;
+      } else if ((block.twice & bit) == 0) {
+        block.twice |= bit;
+      } else {
+        repeated_.push_back(todo_[i]);
+      }
     }
   }
+  const auto from = blocks_.begin() + static_cast<std::ptrdiff_t>(run.first);
+  std::stable_partition(from, blocks_.end(), [](const Block& b) { return b.twice != 0; });
+  run.twice = run.first;
   run.end = blocks_.size();
+  while (run.twice < run.end && blocks_[run.twice].twice != 0) ++run.twice;
 }
 
 template <class VotesAt, class AddCell>
@@ -96,25 +102,23 @@ void VoteBlocks::castOne(const VPoint2D& p, const VotesAt& votesAt, const AddCel
     return;
   }
   const int place = p.offset & (places_ - 1);
-  Run& run = runs_[static_cast<std::size_t>(p.angle * places_ + place)];
+  const std::ptrdiff_t list = std::ptrdiff_t{p.angle} * places_ + place;
+  Run& run = runs_[static_cast<std::size_t>(list)];
   if (run.end == 0) makeBlocks(run, p.angle, place);
   const int base = p.offset - place;
-  const Block* end = blocks_.data() + run.end;
-  for (const Block* b = blocks_.data() + run.first; b != end; b += kGroup) {
-    Lanes sums[kGroup];
-    float* at[kGroup];
-#pragma GCC unroll 4
-    for (int i = 0; i < kGroup; ++i) {
-      at[i] = acc + base + b[i].offset;
-      Lanes votes;
-      votesAt(base + b[i].offset, votes);
-      keep(b[i].mask, votes);
-      load(at[i], sums[i]);
-      sums[i] += votes;
-    }
-#pragma GCC unroll 4
-    for (int i = 0; i < kGroup; ++i) store(sums[i], at[i]);
-  }
+  const auto add = [&]<bool Twice>(const Block& b) {
+    Lanes votes;
+    votesAt(base + b.offset, votes);
+    float* at = acc + base + b.offset;
+    Lanes sum;
+    load(at, sum);
+    addSome(votes, b.once, sum);
+    if constexpr (Twice) addSome(votes, b.twice, sum);
+    store(sum, at);
+  };
+  const Block* blocks = blocks_.data();
+  for (std::size_t i = run.first; i < run.twice; ++i) add.template operator()<true>(blocks[i]);
+  for (std::size_t i = run.twice; i < run.end; ++i) add.template operator()<false>(blocks[i]);
 }
 
 void VoteBlocks::castWeights(std::span<const VPoint2D> points, float* acc) {

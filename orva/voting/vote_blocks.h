@@ -17,8 +17,8 @@ namespace orva::voting {
 // The cells of a cone are kept as blocks of kLanes neighbours, with a mask of those that belong to
 // it. Blocks begin at multiples of kLanes in the accumulator, so that a point's votes are read just
 // as the points before stored them; so a cone has a list of blocks for each place of its apex in a
-// block. The other cells of a block get a zero added, which leaves them as they are. A cell that a
-// cone holds n times is in n blocks.
+// block. The other cells of a block get a zero added, which leaves them as they are. Cells that a
+// cone holds twice get the votes twice.
 class VoteBlocks {
  public:
   // For accumulators of `pixels` pixels.
@@ -33,11 +33,13 @@ class VoteBlocks {
 
  private:
   struct Block {
-    int offset;  // from the block of the apex
-    int mask;    // bit i for lane i
+    int offset;           // from the block of the apex
+    unsigned char once;   // bit i for lane i
+    unsigned char twice;  // the lanes that the cone holds twice
   };
   struct Run {
     std::size_t first = 0;
+    std::size_t twice = 0;  // the end of the blocks that have lanes twice; they come first
     std::size_t end = 0;
   };
 
