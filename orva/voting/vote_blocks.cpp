@@ -69,9 +69,9 @@ const std::vector<int>& VoteBlocks::sortedCells(int bin) {
   for (todo_ = sortedCells(bin); !todo_.empty(); std::swap(todo_, repeated_)) {
     repeated_.clear();
     const std::size_t begin = blocks_.size();
-    for (std::size_t i = 0; i < todo_.size(); ++i) {
-      const int lane = (todo_[i] + place) & (kLanes - 1);
-      const int offset = todo_[i] + place - lane;
+    for (const int cell : todo_) {
+      const int lane = (cell + place) & (kLanes - 1);
+      const int offset = cell + place - lane;
       const auto bit = static_cast<unsigned char>(1U << static_cast<unsigned>(lane));
       if (blocks_.size() == begin || blocks_.back().offset != offset) {
         blocks_.push_back({offset, 0, 0});
@@ -82,7 +82,7 @@ const std::vector<int>& VoteBlocks::sortedCells(int bin) {
       } else if ((block.twice & bit) == 0) {
         block.twice |= bit;
       } else {
-        repeated_.push_back(todo_[i]);
+        repeated_.push_back(cell);
       }
     }
   }
