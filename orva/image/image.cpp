@@ -287,7 +287,7 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
 
 template <class T>
 image<T> image<T>::duplicate() const {
-  image result(nx(), ny(), nz(), nc(), nt());
+  image result(Unset{}, nx(), ny(), nz(), nc(), nt());
   std::copy_n(data_, result.npix(), result.data_);
   return result;
 }
