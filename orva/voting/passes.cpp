@@ -91,17 +91,18 @@ void CircularVoting::vote() {
     return computeAngleIndex(cosine, sine);
   };
 
-  for (int width = coneWidth, pass = 0; pass == 0 || width >= 0; ++pass) {
+  bool first = true;
+  for (int width = coneWidth;; width = nextConeRadius(maxRadius, width)) {
     ConeTable cones = coneTable(width);
     VoteBlocks blocks(cones, acc_.npix());
-    if (pass == 0) blocks.castWeights(points_, acc_.pixels());
+    if (first) blocks.castWeights(points_, acc_.pixels());
+    first = false;
     if (width < 0) break;
     if (saveHistory_) writeHistory(width);
     std::swap(acc_, prevAcc_);
     std::fill_n(acc_.pixels(), acc_.npix(), 0.0F);
     Pass(cones, blocks, angleIndex, prevAcc_.pixels(), acc_.pixels()).run(points_);
     if (width == 0) break;
-    width = nextConeRadius(maxRadius, width);
   }
   computeCones(minRadius, maxRadius, 0);
 }
