@@ -11,6 +11,8 @@
 namespace orva::voting {
 namespace {
 
+// Cones of so few cells vote cell by cell.
+constexpr std::size_t kFewCells = 48;
 // The lists of larger cones would take much memory; they begin their blocks at the apex.
 constexpr std::size_t kManyCells = 16384;
 constexpr int kMasks = 1 << kLanes;
@@ -26,31 +28,53 @@ constexpr auto kLaneMasks = [] {
   return masks;
 }();
 
-// Adds the votes whose bit is set in the mask, and zeros.
-[[gnu::always_inline]] inline void addSome(const Lanes& votes, unsigned char mask, Lanes& sum) {
+// Adds the votes of the given lanes, and zeros.
+[[gnu::always_inline]] inline void addSome(const Lanes& votes, int lanes, Lanes& sum) {
   IntLanes keep;
   IntLanes bits;
   Lanes some;
-  std::memcpy(&keep, kLaneMasks[mask].data(), sizeof keep);
+  std::memcpy(&keep, kLaneMasks[static_cast<std::size_t>(lanes)].data(), sizeof keep);
   std::memcpy(&bits, &votes, sizeof bits);
   bits &= keep;
   std::memcpy(&some, &bits, sizeof some);
   sum += some;
 }
 
+// The same weight for every cell.
+struct Weight {
+  float weight;
+
+  float at(std::ptrdiff_t) const { return weight; }
+  void read(std::ptrdiff_t, Lanes& votes) const { votes = Lanes{} + weight; }
+};
+
+// Shares in proportion to the votes of the pass before.
+struct Shares {
+  float share;
+  const float* prev;
+
+  float at(std::ptrdiff_t cell) const { return share * prev[cell]; }
+  void read(std::ptrdiff_t cell, Lanes& votes) const {
+    load(prev + cell, votes);
+    votes *= share;
+  }
+};
+
 }  // namespace
 
 VoteBlocks::VoteBlocks(const ConeTable& cones, int pixels)
-    : cones_(cones),
-      places_(cones.size() > kManyCells ? 1 : kLanes),
-      runs_(static_cast<std::size_t>(cones.bins() * places_)),
-      sorted_(static_cast<std::size_t>(cones.bins())) {
+    : cones_(cones), places_(cones.size() > kManyCells ? 1 : kLanes) {
+  if (cones.size() <= kFewCells) {
+    highest_ = -1;
+    return;
+  }
   const int* offsets = cones.offsets(0);
   const auto [least, most] =
       std::minmax_element(offsets, offsets + cones.size() * static_cast<std::size_t>(cones.bins()));
-  if (cones.size() == 0) return;
   lowest_ = kLanes - std::min(*least, 0);
   highest_ = pixels - kLanes - std::max(*most, 0);
+  runs_.resize(static_cast<std::size_t>(cones.bins()) * static_cast<std::size_t>(places_));
+  sorted_.resize(static_cast<std::size_t>(cones.bins()));
 }
 
 // The offsets of a cone in ascending order.
@@ -72,83 +96,67 @@ const std::vector<int>& VoteBlocks::sortedCells(int bin) {
     for (const int cell : todo_) {
       const int lane = (cell + place) & (kLanes - 1);
       const int offset = cell + place - lane;
-      const auto bit = static_cast<unsigned char>(1U << static_cast<unsigned>(lane));
       if (blocks_.size() == begin || blocks_.back().offset != offset) {
-        blocks_.push_back({offset, 0, 0});
+        blocks_.push_back({offset, 0});
       }
-      Block& block = blocks_.back();
-      if ((block.once & bit) == 0) {
-        block.once |= bit;
-      } else if ((block.twice & bit) == 0) {
-        block.twice |= bit;
-      } else {
+      int& lanes = blocks_.back().lanes;
+      if ((lanes >> lane & 1) != 0) {
         repeated_.push_back(cell);
+      } else {
+        lanes |= 1 << lane;
       }
     }
   }
-  const auto from = blocks_.begin() + static_cast<std::ptrdiff_t>(run.first);
-  std::stable_partition(from, blocks_.end(), [](const Block& b) { return b.twice != 0; });
-  run.twice = run.first;
-  run.end = blocks_.size();
-  while (run.twice < run.end && blocks_[run.twice].twice != 0) ++run.twice;
+  run.count = blocks_.size() - run.first;
 }
 
-template <class VotesAt, class AddCell>
-void VoteBlocks::castOne(const VPoint2D& p, const VotesAt& votesAt, const AddCell& addCell,
-                         float* acc) {
+template <class Votes>
+void VoteBlocks::castOne(const VPoint2D& p, const Votes& votes, float* acc) {
   if (p.offset < lowest_ || p.offset > highest_) {
     const int* offsets = cones_.offsets(p.angle);
-    for (std::size_t i = 0; i < cones_.size(); ++i) addCell(p.offset + offsets[i]);
+    const std::size_t count = cones_.size();
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::ptrdiff_t cell = std::ptrdiff_t{p.offset} + offsets[i];
+      acc[cell] += votes.at(cell);
+    }
     return;
   }
   const int place = p.offset & (places_ - 1);
   const std::ptrdiff_t list = std::ptrdiff_t{p.angle} * places_ + place;
   Run& run = runs_[static_cast<std::size_t>(list)];
-  if (run.end == 0) makeBlocks(run, p.angle, place);
-  const int base = p.offset - place;
-  const auto add = [&]<bool Twice>(const Block& b) {
-    Lanes votes;
-    votesAt(base + b.offset, votes);
-    float* at = acc + base + b.offset;
+  if (run.count == 0) makeBlocks(run, p.angle, place);
+  const Block* blocks = blocks_.data() + run.first;
+  const Block* const end = blocks + run.count;
+  const std::ptrdiff_t base = std::ptrdiff_t{p.offset} - place;
+  for (; blocks != end; ++blocks) {
+    const std::ptrdiff_t cell = base + blocks->offset;
+    Lanes some;
     Lanes sum;
-    load(at, sum);
-    addSome(votes, b.once, sum);
-    if constexpr (Twice) addSome(votes, b.twice, sum);
-    store(sum, at);
-  };
-  const Block* blocks = blocks_.data();
-  for (std::size_t i = run.first; i < run.twice; ++i) add.template operator()<true>(blocks[i]);
-  for (std::size_t i = run.twice; i < run.end; ++i) add.template operator()<false>(blocks[i]);
+    votes.read(cell, some);
+    load(acc + cell, sum);
+    addSome(some, blocks->lanes, sum);
+    store(sum, acc + cell);
+  }
 }
 
 void VoteBlocks::castWeights(std::span<const VPoint2D> points, float* acc) {
-  if (cones_.size() == 0) return;
   onWidestPath([=, this] {
     for (const VPoint2D& p : points) {
       if (!cones_.has(p.angle)) continue;
-      const Lanes weight = Lanes{} + p.weight;
-      castOne(
-          p, [=](int, Lanes& votes) { votes = weight; }, [=, &p](int at) { acc[at] += p.weight; },
-          acc);
+      castOne(p, Weight{p.weight}, acc);
     }
   });
 }
 
 void VoteBlocks::castShares(std::span<const VPoint2D> points, std::span<const View> views,
                             const float* prev, float* acc) {
-  if (cones_.size() == 0) return;
   onWidestPath([=, this] {
     for (std::size_t i = 0; i < points.size(); ++i) {
       const VPoint2D& p = points[i];
       if (!cones_.has(p.angle) || views[i].sum < kNegligible) continue;
       // Intended: the cells' own weights play no part.
-      const float share = p.weight / views[i].sum;
-      const auto votesAt = [=](int at, Lanes& votes) {
-        load(prev + at, votes);
-        votes *= share;
-      };
-      castOne(
-          p, votesAt, [=](int at) { acc[at] += share * prev[at]; }, acc);
+      castOne(p, Shares{p.weight / views[i].sum, prev}, acc);
     }
   });
 }

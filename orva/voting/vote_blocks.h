@@ -14,11 +14,13 @@ namespace orva::voting {
 
 // Adds the votes of points to an accumulator, point after point.
 //
-// The cells of a cone are kept as blocks of kLanes neighbours, with a mask of those that belong to
-// it. Blocks begin at multiples of kLanes in the accumulator, so that a point's votes are read just
-// as the points before stored them; so a cone has a list of blocks for each place of its apex in a
-// block. The other cells of a block get a zero added, which leaves them as they are. Cells that a
-// cone holds twice get the votes twice.
+// The cells of a wide cone are kept as blocks of kLanes neighbours, with a mask of those that
+// belong to it. Blocks begin at multiples of kLanes in the accumulator, so that a point's votes are
+// read just as the points before stored them; so a cone has a list of blocks for each place of its
+// apex in a block. The other cells of a block get a zero added, which leaves them as they are.
+// Cells that a cone holds twice are in two blocks. Narrow cones vote cell by cell: they have few
+// neighbours, and as many cells in every direction, so that the end of the loop over them is
+// foreseen.
 class VoteBlocks {
  public:
   // For accumulators of `pixels` pixels.
@@ -33,25 +35,23 @@ class VoteBlocks {
 
  private:
   struct Block {
-    int offset;           // from the block of the apex
-    unsigned char once;   // bit i for lane i
-    unsigned char twice;  // the lanes that the cone holds twice
+    int offset;  // from the block of the apex
+    int lanes;   // bit i for lane i
   };
   struct Run {
     std::size_t first = 0;
-    std::size_t twice = 0;  // the end of the blocks that have lanes twice; they come first
-    std::size_t end = 0;
+    std::size_t count = 0;
   };
 
-  template <class VotesAt, class AddCell>
-  void castOne(const VPoint2D& p, const VotesAt& votesAt, const AddCell& addCell, float* acc);
+  template <class Votes>
+  void castOne(const VPoint2D& p, const Votes& votes, float* acc);
   const std::vector<int>& sortedCells(int bin);
   void makeBlocks(Run& run, int bin, int place);
 
   const ConeTable& cones_;
-  int places_;      // of an apex in a block that have lists of their own
-  int lowest_ = 0;  // apexes whose blocks all lie in the accumulator
-  int highest_ = 0;
+  int places_;             // of an apex in a block that have lists of their own
+  int lowest_ = 0;         // apexes whose blocks all lie in the accumulator
+  int highest_ = 0;        // below the lowest where there are no blocks
   std::vector<Run> runs_;  // for a bin and a place; empty until it is needed
   std::vector<Block> blocks_;
   std::vector<std::vector<int>> sorted_;  // the offsets of those cones that were needed

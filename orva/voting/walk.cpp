@@ -20,6 +20,8 @@ class Cells {
     for (std::size_t j = 0; j < kTogether; ++j) {
       const VPoint2D& p = pointAt(j);
       at_[j] = acc + p.offset;
+      // The compiler would else keep p.offset apart and add it for every cell.
+      asm("" : "+r"(at_[j]));
       offsets_[j] = cones.offsets(cones.has(p.angle) ? p.angle : 0);
     }
   }
@@ -44,7 +46,7 @@ void forGroups(std::size_t n, const F& f) {
 }  // namespace
 
 void look(std::span<const VPoint2D> points, const ConeTable& cones, const float* acc, View* views) {
-  const int size = static_cast<int>(cones.size());
+  const std::size_t size = cones.size();
   onWidestPath([=, &cones] {
     forGroups(points.size(), [=, &cones](std::size_t first, std::size_t count) {
       const auto pointAt = [=](std::size_t j) -> const VPoint2D& {
@@ -54,14 +56,15 @@ void look(std::span<const VPoint2D> points, const ConeTable& cones, const float*
       Floats sums = {};
       Floats most = {};
       Ints strongest = Ints{} - 1;
-#pragma GCC unroll 4
-      for (int i = 0; i < size; ++i) {
+      Ints cell = {};
+      for (std::size_t i = 0; i < size; ++i) {
         Floats v;
-        cells.read(static_cast<std::size_t>(i), v);
+        cells.read(i, v);
         sums += v;
         const Ints larger = v > most;
         most = larger ? v : most;
-        strongest = larger ? Ints{} + i : strongest;
+        strongest = larger ? cell : strongest;
+        cell += 1;
       }
       for (std::size_t j = 0; j < count; ++j) views[first + j] = {sums[j], most[j], strongest[j]};
     });
@@ -78,7 +81,6 @@ void sumVotes(std::span<const VPoint2D> points, std::span<const int> which, cons
       };
       const Cells cells(pointAt, cones, acc);
       Floats sums = {};
-#pragma GCC unroll 4
       for (std::size_t i = 0; i < size; ++i) {
         Floats v;
         cells.read(i, v);
