@@ -313,6 +313,25 @@ TEST(RegionIntensityArrays, HoldEachRegionInLinearOrderOrSorted) {
             (Lists{{9, 7, 8}, {}, {5}, {4}, {}, {}}));
 }
 
+template <class T>
+void expectSortedAlike(Random& random, const Shape& shape) {
+  const auto brightness = randomImage<T>(random, shape);
+  EXPECT_EQ(orva::bip::regionIntensityArrays(full(shape), brightness, true),
+            reference::regionIntensityArrays(full(shape), 1, brightness, true))
+      << brightness.nx() << " x " << brightness.ny();
+}
+
+TEST(RegionIntensityArrays, SortListsOfEveryLength) {
+  Random random(11);
+  std::vector<Shape> shapes = {{300, 200}};
+  for (int n = 1; n <= 140; ++n) shapes.push_back({n, 1});
+  for (const Shape& shape : shapes) {
+    expectSortedAlike<unsigned char>(random, shape);
+    expectSortedAlike<short>(random, shape);
+    expectSortedAlike<float>(random, shape);
+  }
+}
+
 TEST(RegionIntensityArrays, SortedHaveTheNaNsLast) {
   Random random(7);
   for (const Shape& shape : {Shape{1, 1}, Shape{9, 1}, Shape{40, 30}}) {
