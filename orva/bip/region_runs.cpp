@@ -79,29 +79,42 @@ class Objects {
   using Pixel = unsigned char;
   static constexpr bool kApart = true;  // whether there are pixels between runs
   Objects(const Pixel* in, Pixel value) : in_(in), value_(value) {}
-  int find(std::ptrdiff_t row, int nx) { return runs_.findValue(in_ + row, nx, value_); }
-  const int* ends() const { return runs_.ends(); }
+  int find(std::ptrdiff_t row, int nx, RowRuns<Pixel>& runs) const {
+    return runs.findValue(in_ + row, nx, value_);
+  }
   static bool same(std::ptrdiff_t /*i*/, std::ptrdiff_t /*j*/) { return true; }
+  // Writes a row whose runs all have one label.
+  void write(std::ptrdiff_t row, int nx, short label, short* to) const {
+    const Pixel* in = in_ + row;
+    const Pixel value = value_;
+    onWidestPath([=] {
+#pragma GCC ivdep
+      for (int x = 0; x < nx; ++x) to[x] = in[x] == value ? label : short{-1};
+    });
+  }
 
  private:
   const Pixel* in_;
   Pixel value_;
-  RowRuns<Pixel> runs_;
 };
 
 // Runs of equal pixels, in which two runs that touch are of one region if their values are equal.
 template <class T>
 class Areas {
  public:
+  using Pixel = T;
   static constexpr bool kApart = false;
   explicit Areas(const T* in) : in_(in) {}
-  int find(std::ptrdiff_t row, int nx) { return runs_.findEqual(in_ + row, nx); }
-  const int* ends() const { return runs_.ends(); }
+  int find(std::ptrdiff_t row, int nx, RowRuns<T>& runs) const {
+    return runs.findEqual(in_ + row, nx);
+  }
   bool same(std::ptrdiff_t i, std::ptrdiff_t j) const { return in_[i] == in_[j]; }
+  static void write(std::ptrdiff_t /*row*/, int nx, short label, short* to) {
+    std::fill_n(to, nx, label);
+  }
 
  private:
   const T* in_;
-  RowRuns<T> runs_;
 };
 
 template <class Source>
@@ -118,7 +131,7 @@ class RunLabelling {
   std::ptrdiff_t run(std::ptrdiff_t most) {
     for (int z = 0; z < nz_; ++z) {
       std::swap(plane_, before_);
-      plane_.ends.clear();
+      plane_.runs.keepNone();
       plane_.rows.clear();
       for (int y = 0; y < ny_; ++y) addRow(y, z);
     }
@@ -134,22 +147,23 @@ class RunLabelling {
     std::size_t provisional;  // where their labels do
   };
   struct Plane {
-    std::vector<int> ends;  // a run that no run reaches follows those of a row
+    RowRuns<typename Source::Pixel> runs;  // all kept; a run that no run reaches follows a row's
     std::vector<Row> rows;
   };
 
   std::ptrdiff_t pixelsOf(int y, int z) const { return (std::ptrdiff_t{z} * ny_ + y) * nx_; }
 
   void addRow(int y, int z) {
-    const Row row{pixelsOf(y, z), plane_.ends.size(), used_};
-    const auto count = static_cast<std::size_t>(source_.find(row.pixels, nx_));
+    const std::ptrdiff_t pixels = pixelsOf(y, z);
+    const auto count = static_cast<std::size_t>(source_.find(pixels, nx_, plane_.runs));
+    const Row row{pixels, plane_.runs.keep(std::numeric_limits<int>::max()), used_};
     plane_.rows.push_back(row);
-    plane_.ends.insert(plane_.ends.end(), source_.ends(), source_.ends() + 2 * count);
-    plane_.ends.insert(plane_.ends.end(), 2, std::numeric_limits<int>::max());
+    counts_.push_back(static_cast<int>(count));
     used_ += count;
-    if (provisional_.size() < used_) provisional_.resize(std::max(used_, 2 * provisional_.size()));
+    if (provisional_.size() < used_) {
+      provisional_.resize(std::max(used_, 2 * provisional_.size()), -1);
+    }
     int* own = provisional_.data() + row.provisional;
-    std::fill_n(own, count, -1);
 
     const bool boxes = contact_ == Contact::Box;
     if (z > 0) {
@@ -163,26 +177,40 @@ class RunLabelling {
     }
   }
 
+  // The number of runs, of `most`, that begin and end alike.
+  static std::size_t alikeRuns(const int* a, const int* b, std::size_t most) {
+    std::size_t n = 0;
+    while (n < most && std::memcmp(a + 2 * n, b + 2 * n, 2 * sizeof(int)) == 0) ++n;
+    return n;
+  }
+
   // Gives the runs of a row the labels of those that they touch in row y of `plane`; runs touch
   // that are less than `reach` columns apart.
   void link(const Row& row, std::size_t count, const Plane& plane, int y, int reach) {
     const Row& other = plane.rows[static_cast<std::size_t>(y)];
-    const int* own = plane_.ends.data() + row.ends;
-    const int* ends = plane.ends.data() + other.ends;
+    const int* own = plane_.runs.kept() + row.ends;
+    const int* ends = plane.runs.kept() + other.ends;
     int* labels = provisional_.data() + row.provisional;
     const int* found = provisional_.data() + other.provisional;
-    std::size_t i = 0;
-    if (Source::kApart) {
-      // Where rows begin alike, each run touches its like alone.
-      for (; i < count && own[0] == ends[0] && own[1] == ends[1] && labels[i] < 0;
-           ++i, own += 2, ends += 2) {
-        labels[i] = *found++;
-      }
-    }
-    for (; i < count; ++i, own += 2) {
+    const auto skip = [&] {
       while (ends[1] <= own[0] - reach) {
         ends += 2;
         ++found;
+      }
+    };
+    for (std::size_t i = 0; i < count; ++i, own += 2) {
+      skip();
+      if constexpr (Source::kApart) {
+        const std::size_t alike = alikeRuns(own, ends, count - i);
+        // Each touches its like alone.
+        for (std::size_t k = 0; k < alike; ++k, ++i) {
+          labels[i] = labels[i] < 0 ? found[k] : sets_.join(labels[i], found[k]);
+        }
+        if (i == count) return;
+        own += 2 * alike;
+        ends += 2 * alike;
+        found += alike;
+        skip();
       }
       for (std::ptrdiff_t k = 0; ends[2 * k] - reach < own[1]; ++k) {
         if (!source_.same(row.pixels + own[0], other.pixels + ends[2 * k])) continue;
@@ -191,30 +219,42 @@ class RunLabelling {
     }
   }
 
-  // Finds the runs once more, which costs less than to keep them.
   void write() {
     const int* provisional = provisional_.data();
+    plane_.runs.keepNone();
     std::vector<short> last;
-    for (int z = 0; z < nz_; ++z) {
-      for (int y = 0; y < ny_; ++y) {
-        const std::ptrdiff_t at = pixelsOf(y, z);
-        const int count = source_.find(at, nx_);
+    std::ptrdiff_t at = 0;
+    for (const std::ptrdiff_t count : counts_) {
+      short* row = labels_.pixels() + at;
+      if (haveOneNumber(provisional, count)) {
+        const int number = count > 0 ? sets_.at(*provisional) : -1;
+        source_.write(at, nx_, static_cast<short>(number), row);
+      } else {
+        // To find the runs once more costs less than to keep them.
+        source_.find(at, nx_, plane_.runs);
         if (at + nx_ + kTogether <= labels_.npix()) {
-          writeRow(count, provisional, labels_.pixels() + at);
+          writeRow(count, provisional, row);
         } else {
           last.resize(static_cast<std::size_t>(nx_ + kTogether));
           writeRow(count, provisional, last.data());
-          std::copy_n(last.data(), nx_, labels_.pixels() + at);
+          std::copy_n(last.data(), nx_, row);
         }
-        provisional += count;
       }
+      provisional += count;
+      at += nx_;
     }
   }
 
-  void writeRow(int count, const int* provisional, short* row) const {
-    const int* ends = source_.ends();
+  bool haveOneNumber(const int* provisional, std::ptrdiff_t count) const {
+    return std::all_of(provisional, provisional + count, [&](int label) {
+      return label == *provisional || sets_.at(label) == sets_.at(*provisional);
+    });
+  }
+
+  void writeRow(std::ptrdiff_t count, const int* provisional, short* row) const {
+    const int* ends = plane_.runs.ends();
     short* to = row;
-    for (int k = 0; k < count; ++k, ends += 2) {
+    for (std::ptrdiff_t k = 0; k < count; ++k, ends += 2) {
       to = fillRoughly(to, row + ends[0] - to, -1);
       to = fillRoughly(to, ends[1] - ends[0], static_cast<short>(sets_.at(provisional[k])));
     }
@@ -229,6 +269,7 @@ class RunLabelling {
   image<short>& labels_;
   LabelSets sets_;
   std::vector<int> provisional_;  // a label for each run
+  std::vector<int> counts_;       // the runs of each row
   std::size_t used_ = 0;
   Plane plane_;
   Plane before_;

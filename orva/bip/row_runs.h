@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "orva/util/cpu_path.h"
@@ -15,25 +16,36 @@
 namespace orva::bip {
 
 // Finds the runs of one row after the other. Run k covers the columns ends()[2k] .. ends()[2k + 1]
-// - 1; runs come from left to right.
+// - 1; runs come from left to right. Those of a row make way for the next, unless they are kept.
 template <class T>
 class RowRuns {
  public:
   // The runs of pixels that equal `value`; returns their number.
   int findValue(const T* row, int nx, T value) {
-    used_ = 0;
+    used_ = first_;
     onWidestPath([=, this] { markValue(row, nx, value); });
-    return static_cast<int>(used_ / 2);
+    return static_cast<int>((used_ - first_) / 2);
   }
 
   // The runs of equal pixels, which cover the row; returns their number.
   int findEqual(const T* row, int nx) {
-    used_ = 0;
+    used_ = first_;
     onWidestPath([=, this] { markEqual(row, nx); });
-    return static_cast<int>(used_ / 2);
+    return static_cast<int>((used_ - first_) / 2);
   }
 
-  const int* ends() const { return ends_.data(); }
+  const int* ends() const { return ends_.data() + first_; }
+
+  // Keeps the ends of the latest row, followed by a run from `stop` to `stop`; returns where they
+  // begin in kept().
+  std::size_t keep(int stop) {
+    int* to = room();
+    to[0] = to[1] = stop;
+    used_ += 2;
+    return std::exchange(first_, used_);
+  }
+  const int* kept() const { return ends_.data(); }
+  void keepNone() { first_ = 0; }
 
  private:
   static constexpr int kBlock = 64;
@@ -63,19 +75,22 @@ class RowRuns {
     return places;
   }();
 
-  // Appends x plus the places of all bits. Many come eight at a time, with some past the end.
+  // Appends x plus the places of all bits, each kTimes over. Many come eight at a time, with some
+  // past the end.
+  template <int kTimes>
   static int* appendPlaces(std::uint64_t bits, int x, int* to) {
     constexpr int kMany = 12;
     if (std::popcount(bits) < kMany) {
-      for (; bits != 0; bits &= bits - 1) *to++ = x + std::countr_zero(bits);
+      for (; bits != 0; bits &= bits - 1, to += kTimes) {
+        for (int i = 0; i < kTimes; ++i) to[i] = x + std::countr_zero(bits);
+      }
       return to;
     }
     for (; bits != 0; bits >>= 8U, x += 8) {
       const auto byte = static_cast<unsigned char>(bits);
       const unsigned char* places = kPlaces[byte].data();
-#pragma GCC ivdep
-      for (int k = 0; k < 8; ++k) to[k] = x + places[k];
-      to += std::popcount(byte);
+      for (int k = 0; k < 8 * kTimes; ++k) to[k] = x + places[k / kTimes];
+      to += kTimes * std::popcount(byte);
     }
     return to;
   }
@@ -99,7 +114,7 @@ class RowRuns {
       if (nx - x < kBlock) bits &= (std::uint64_t{1} << static_cast<unsigned>(nx - x)) - 1;
       const std::uint64_t changes = bits ^ (bits << 1U | open);
       open = bits >> 63U;
-      const int* to = appendPlaces(changes, x, room());
+      const int* to = appendPlaces<1>(changes, x, room());
       used_ = static_cast<std::size_t>(to - ends_.data());
     }
     if (used_ % 2 != 0) ends_[used_++] = nx;
@@ -108,7 +123,7 @@ class RowRuns {
   void markEqual(const T* row, int nx) {
     if (nx < 1) return;
     *room() = 0;
-    used_ = 1;
+    ++used_;
     for (int x = 1; x < nx; x += kBlock) {
       T last[kBlock + 1];  // with the pixel before the block
       const T* block = row + x - 1;
@@ -118,10 +133,7 @@ class RowRuns {
       for (int i = 0; i < kBlock; ++i) flags[i] = block[i + 1] != block[i] ? 1 : 0;
       std::uint64_t changes = bitsOf(flags);
       if (count < kBlock) changes &= (std::uint64_t{1} << static_cast<unsigned>(count)) - 1;
-      int* to = room();
-      for (; changes != 0; changes &= changes - 1, to += 2) {
-        to[0] = to[1] = x + std::countr_zero(changes);
-      }
+      const int* to = appendPlaces<2>(changes, x, room());
       used_ = static_cast<std::size_t>(to - ends_.data());
     }
     *room() = nx;
@@ -129,6 +141,7 @@ class RowRuns {
   }
 
   std::vector<int> ends_;
+  std::size_t first_ = 0;  // where the latest row begins
   std::size_t used_ = 0;
 };
 
