@@ -65,12 +65,12 @@ void widen(RegionFeature& f, int x0, int x1, int y, int z) {
     f.zmin = f.zmax = z;
     return;
   }
-  f.xmin = std::min(f.xmin, x0);
-  f.xmax = std::max(f.xmax, x1);
-  f.ymin = std::min(f.ymin, y);
-  f.ymax = std::max(f.ymax, y);
-  f.zmin = std::min(f.zmin, z);
-  f.zmax = std::max(f.zmax, z);
+  // Branches, as most change nothing.
+  if (x0 < f.xmin) f.xmin = x0;
+  if (x1 > f.xmax) f.xmax = x1;
+  if (y < f.ymin) f.ymin = y;
+  if (y > f.ymax) f.ymax = y;
+  f.zmax = z;  // rows come plane by plane
 }
 
 // Intended: the two constants are part of the contract; pi in full would round some radii
@@ -91,24 +91,31 @@ class Geometry {
         sums_(features.size()) {}
 
   void beginRow(std::ptrdiff_t row) {
-    if (row >= rows_) return;
+    addPart();
+    isCounted_ = row < rows_;
+    if (!isCounted_) return;
     z_ = static_cast<int>(row / ny_);
     y_ = static_cast<int>(row % ny_);
   }
 
   void add(const LabelRun& run) {
-    if (run.row >= rows_) return;
-    RegionFeature& f = features_[run.label];
-    const auto n = static_cast<int>(run.end - run.first);
-    widen(f, static_cast<int>(run.first), static_cast<int>(run.end - 1), y_, z_);
-    CoordinateSums& sums = sums_[run.label];
-    sums.x += (std::int64_t{run.first} + run.end - 1) * n / 2;
-    sums.y += std::int64_t{y_} * n;
-    sums.z += std::int64_t{z_} * n;
-    f.npix += n;
+    if (!isCounted_) return;
+    const int first = static_cast<int>(run.first);
+    const int end = static_cast<int>(run.end);
+    const int n = end - first;
+    const std::int64_t x = (std::int64_t{first} + end - 1) * n / 2;
+    if (part_.n == 0 || part_.label != run.label) {
+      addPart();
+      part_ = {run.label, first, end, n, x};
+    } else {
+      part_.end = end;
+      part_.n += n;
+      part_.x += x;
+    }
   }
 
   void finish() {
+    addPart();
     for (std::size_t k = 0; k < features_.size(); ++k) {
       RegionFeature& f = features_[k];
       if (f.npix == 0) continue;
@@ -120,9 +127,33 @@ class Geometry {
   }
 
  private:
+  // Runs of one label that follow each other in a row.
+  struct Part {
+    std::size_t label = 0;
+    int first = 0;
+    int end = 0;
+    int n = 0;           // pixels
+    std::int64_t x = 0;  // the sum of their columns
+  };
+
+  // Adds the latest runs to their region.
+  void addPart() {
+    if (part_.n == 0) return;
+    RegionFeature& f = features_[part_.label];
+    widen(f, part_.first, part_.end - 1, y_, z_);
+    f.npix += part_.n;
+    CoordinateSums& sums = sums_[part_.label];
+    sums.x += part_.x;
+    sums.y += std::int64_t{y_} * part_.n;
+    sums.z += std::int64_t{z_} * part_.n;
+    part_.n = 0;
+  }
+
   int ny_;
   std::ptrdiff_t rows_;  // of the first volume
   bool isPlane_;
+  bool isCounted_ = false;  // whether the row lies in it
+  Part part_;
   int y_ = 0;
   int z_ = 0;
   std::vector<RegionFeature>& features_;
@@ -206,9 +237,10 @@ void measureAll(const image<short>& labels, const Image& brightness,
       },
       [&](const LabelRun& run) {
         geometry.add(run);
-        float sum = sums.of(run.label);
+        float& total = sums.of(run.label);
+        float sum = total;
         for (std::ptrdiff_t x = run.first; x < run.end; ++x) sum += row[x];
-        sums.of(run.label) = sum;
+        total = sum;
       });
   geometry.finish();
   for (std::size_t k = 0; k < n; ++k) {
@@ -221,13 +253,14 @@ void measureAll(const image<short>& labels, const Image& brightness,
   forEachRun(
       labels, n, [&](std::ptrdiff_t first) { row = pixels.read(first, nx); },
       [&](const LabelRun& run) {
-        float sum = squares.of(run.label);
+        float& total = squares.of(run.label);
+        float sum = total;
         const float mean = features[run.label].mean;
         for (std::ptrdiff_t x = run.first; x < run.end; ++x) {
           const float d = row[x] - mean;
           sum += d * d;
         }
-        squares.of(run.label) = sum;
+        total = sum;
       });
   for (std::size_t k = 0; k < n; ++k) {
     RegionFeature& f = features[k];
