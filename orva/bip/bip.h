@@ -62,7 +62,7 @@ namespace bip {
 
 /// @name Connected regions
 /// Regions are numbered in the order (z, then y, then x) of their first pixels. The first volume of
-/// the input is labelled. Each pixel is queued once. Labels are shorts: of more than 32768 regions
+/// the input is labelled, in time and memory in proportion to its pixels. Labels are shorts: of more than 32768 regions
 /// the first are kept, the pixels of the rest stay -1, @p n is 32768, and standard error shows
 /// @verbatim
 /// In bip::regions
@@ -106,7 +106,7 @@ ORVA_EXPORT void reverse(image<unsigned char>& img);
 ///    Warning: label and brightness must have the same size
 ///    Brightness image ignored
 /// @endverbatim
-/// Cost: three walks over the image.
+/// Cost: two walks over the image.
 /// @{
 ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                                       const Image& brightness);

@@ -10,12 +10,10 @@
 #include <vector>
 
 #include "orva/util/cpu_path.h"
+#include "orva/util/lanes.h"
 
 namespace orva::bip {
 namespace {
-
-using Lanes [[gnu::vector_size(32)]] = float;
-constexpr std::ptrdiff_t kLanes = 8;
 
 // To a neighbour: its index less the pixel's own, and the length.
 struct Step {
@@ -57,9 +55,6 @@ Steps<N> stepsOf(const Image& img, Pass pass) {
 
 constexpr std::size_t kPlaneSteps = 4;
 constexpr std::size_t kVolumeSteps = 15;
-
-void load(const float* from, Lanes& to) { std::memcpy(&to, from, sizeof to); }
-void store(const Lanes& from, float* to) { std::memcpy(to, &from, sizeof from); }
 
 // Lets the distances t[1] .. t[nx - 2] of a row grow by 1 from each to the next, from `carry`
 // before the first on: t[x] = min(t[x], t[x - 1] + 1), or from the last backward. Up to kLanes

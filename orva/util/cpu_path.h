@@ -3,8 +3,8 @@
 //   onWidestPath([&] { addRows(out, in, n); });
 //
 // compiles the body once for each instruction set, with everything it calls inlined, and runs the
-// widest that the machine has. All give the same bits: a wider set only takes more elements at
-// once.
+// widest that the machine has. All give the same bits, but for those of a NaN: a wider set only
+// takes more elements at once.
 #ifndef ORVA_UTIL_CPU_PATH_H
 #define ORVA_UTIL_CPU_PATH_H
 
