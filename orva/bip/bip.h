@@ -62,8 +62,9 @@ namespace bip {
 
 /// @name Connected regions
 /// Regions are numbered in the order (z, then y, then x) of their first pixels. The first volume of
-/// the input is labelled, in time and memory in proportion to its pixels. Labels are shorts: of more than 32768 regions
-/// the first are kept, the pixels of the rest stay -1, @p n is 32768, and standard error shows
+/// the input is labelled, in time and memory in proportion to its pixels. Labels are shorts: of
+/// more than 32768 regions the first are kept, the pixels of the rest stay -1, @p n is 32768, and
+/// standard error shows
 /// @verbatim
 /// In bip::regions
 ///    Warning: more than 32768 regions, the rest are ignored
