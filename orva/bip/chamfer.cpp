@@ -35,7 +35,7 @@ void initFromBytes(const Image& mask, image<float>& distance) {
     const float* from = pixels.read(first, nx);
     float* to = distance.pixels() + first;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < nx; ++x) {
         to[x] = from[x] != 0.0F ? kUnknownDistance : kBackgroundDistance;
       }
@@ -64,7 +64,7 @@ void initFromLabels(const Image& in, image<float>& distance) {
       const short* beside = labels.pixels() + other;
       if (beside == row) return;
       onWidestPath([=] {
-#pragma GCC ivdep
+        ORVA_INDEPENDENT
         for (std::ptrdiff_t x = 0; x < nx; ++x) {
           alike[x] = static_cast<short>(alike[x] & (beside[x] == row[x] ? -1 : 0));
         }
@@ -77,7 +77,7 @@ void initFromLabels(const Image& in, image<float>& distance) {
       to[x] = row[x] < 0 ? kBackgroundDistance : object;
     };
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 1; x < nx - 1; ++x) put(x, x - 1, x + 1);
     });
     put(0, 0, std::min(std::ptrdiff_t{1}, nx - 1));

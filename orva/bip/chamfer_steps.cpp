@@ -128,7 +128,7 @@ void passOverDistances(image<float>& distance) {
   forEachInnerRow(distance, kPass, [&](std::ptrdiff_t first) {
     float* d = distance.pixels() + first;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
         float least = d[x];
 #pragma GCC unroll 16
@@ -169,7 +169,7 @@ void passOverLabels(image<float>& distance, short* labels) {
     // Of the steps that leave the row: the least sum, the first step to it, and below which sum
     // the step within the row is better.
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
         float least = d[x];
         std::int32_t choice = 0;
@@ -190,7 +190,7 @@ void passOverLabels(image<float>& distance, short* labels) {
       }
       growAlongRow<kPass>(t, nx, kPass == Pass::kForward ? d[0] : d[nx - 1]);
       std::copy_n(t + 1, nx - 2, d + 1);
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
         alongRow[x] = d[x + kBack] + 1.0F < limits[x] ? -1 : 0;
       }

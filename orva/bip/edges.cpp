@@ -22,7 +22,7 @@ void findEdges(const T* row, std::ptrdiff_t stride, std::ptrdiff_t nx, unsigned 
   onWidestPath([=] {
     const T* above = row - stride;
     const T* below = row + stride;
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
       const T centre = row[x];
       const auto isEqual = [centre](T v) { return static_cast<CountOf<T>>(v == centre ? 1 : 0); };

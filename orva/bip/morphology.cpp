@@ -59,13 +59,13 @@ void changeMask(image<Byte>& mask, Byte changing, bool withBorder, Join join) {
     const Byte* next = rowAt(y + 1);
     Byte* to = mask.pixels() + y * nx;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < nx; ++x) {
         below[x] = join(row[x], next[x]);
         columns[x] = join(above[x], below[x]) == 255 ? 255 : 0;
       }
       if (!withBorder) columns[0] = columns[nx - 1] = 0;
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < nx; ++x) {
         const Byte box = join(join(columns[x - 1], columns[x]), columns[x + 1]);
         to[x] = to[x] == changing ? box : to[x];
@@ -98,12 +98,12 @@ void erode(image<short>& labels) {
     const bool isBorder = !interior || y == 0 || y == labels.ny() - 1;
     const short* below = isBorder ? to : to + nx;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < nx; ++x) {
         columns[x] = static_cast<short>(maskOf(above[x] == row[x]) & maskOf(below[x] == row[x]));
       }
       if (isBorder) std::fill_n(columns, nx, short{0});
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < nx; ++x) {
         const int alike = maskOf(row[x - 1] == row[x]) & maskOf(row[x + 1] == row[x]) &
                           columns[x - 1] & columns[x] & columns[x + 1];

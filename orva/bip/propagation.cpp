@@ -14,7 +14,7 @@ void propagate(image<short>& labels, float maxDistance) {
   float* d = distance.pixels();
   const std::ptrdiff_t count = distance.npix();
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) d[i] = label[i] < 0 ? kUnknownDistance : 0.0F;
   });
 
@@ -22,7 +22,7 @@ void propagate(image<short>& labels, float maxDistance) {
   chamferPass(distance, label, Pass::kBackward);
 
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) {
       label[i] = d[i] >= maxDistance ? short{-1} : label[i];
     }

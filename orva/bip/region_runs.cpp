@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "orva/bip/row_runs.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::bip {
 namespace {
@@ -88,7 +89,7 @@ class Objects {
     const Pixel* in = in_ + row;
     const Pixel value = value_;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (int x = 0; x < nx; ++x) to[x] = in[x] == value ? label : short{-1};
     });
   }

@@ -206,7 +206,7 @@ void reverse(image<unsigned char>& img) {
   unsigned char* pixels = img.pixels();
   const std::ptrdiff_t count = img.npix();
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) pixels[i] = static_cast<unsigned char>(~pixels[i]);
   });
 }

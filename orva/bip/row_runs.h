@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -107,7 +108,10 @@ class RowRuns {
     for (int x = 0; x < nx; x += kBlock) {
       T last[kBlock];
       const T* block = row + x;
-      if (nx - x < kBlock) block = std::copy_n(block, nx - x, last) - (nx - x);
+      if (nx - x < kBlock) {
+        std::fill(std::copy_n(block, nx - x, last), std::end(last), T{});
+        block = last;
+      }
       unsigned char flags[kBlock];
       for (int i = 0; i < kBlock; ++i) flags[i] = block[i] == value ? 1 : 0;
       std::uint64_t bits = bitsOf(flags);
@@ -128,7 +132,10 @@ class RowRuns {
       T last[kBlock + 1];  // with the pixel before the block
       const T* block = row + x - 1;
       const int count = std::min(nx - x, kBlock);
-      if (count < kBlock) block = std::copy_n(block, count + 1, last) - (count + 1);
+      if (count < kBlock) {
+        std::fill(std::copy_n(block, count + 1, last), std::end(last), T{});
+        block = last;
+      }
       unsigned char flags[kBlock];
       for (int i = 0; i < kBlock; ++i) flags[i] = block[i + 1] != block[i] ? 1 : 0;
       std::uint64_t changes = bitsOf(flags);

@@ -34,7 +34,7 @@ class Mean {
 template <class T>
 void markFrom(const T* from, std::ptrdiff_t count, T least, unsigned char* to) {
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = from[i] >= least ? 255 : 0;
   });
 }

@@ -45,7 +45,7 @@ void greyToRgb(const Image& img, image<Rgb>& result) {
   auto* to = reinterpret_cast<unsigned char*>(result.pixels());
   const std::ptrdiff_t count = result.npix();
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) {
       const unsigned char v = from[i];
       to[3 * i] = v;
@@ -125,7 +125,7 @@ Range rangeOf(const Image& img, std::ptrdiff_t count) {
 
 void truncateAll(const float* from, std::ptrdiff_t count, unsigned char* to) {
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = pixelFromFloat<unsigned char>(from[i]);
   });
 }
@@ -133,7 +133,7 @@ void truncateAll(const float* from, std::ptrdiff_t count, unsigned char* to) {
 void stretchAll(const float* from, std::ptrdiff_t count, Range range, unsigned char* to) {
   onWidestPath([=] {
     const float span = range.high - range.low;
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) {
       const int stretched = truncatedInt((from[i] - range.low) * 255.0F / span);
       // The highest exactly, whatever the quotient rounds to.

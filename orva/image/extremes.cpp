@@ -10,7 +10,7 @@ namespace {
 constexpr std::ptrdiff_t kTogether = 32;
 
 void widen(const float* values, float* least, float* most, int* nans) {
-#pragma GCC ivdep
+  ORVA_INDEPENDENT
   for (std::ptrdiff_t k = 0; k < kTogether; ++k) {
     const float v = values[k];
     least[k] = v < least[k] ? v : least[k];

@@ -23,7 +23,7 @@ image<T> converted(const Image& img) {
     const float* from = pixels.read(i, count);
     T* to = result.pixels() + i;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t k = 0; k < count; ++k) to[k] = pixelFromFloat<T>(from[k]);
     });
   }

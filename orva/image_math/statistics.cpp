@@ -156,7 +156,7 @@ std::vector<Point> pointsOf(const image<unsigned char>& edges) {
   for (int y = 0; y < edges.ny(); ++y) {
     const unsigned char* row = edges.pixels() + y * nx;
     onWidestPath([=] {
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < nx; ++x) place[x] += row[x] > 254 ? 1 : 0;
     });
   }
@@ -234,7 +234,7 @@ std::vector<Point> findZeros(const Image& a, const Image& b) {
   const unsigned char* others = edgesB.pixels();
   const std::ptrdiff_t count = edgesA.npix();
   onWidestPath([=] {
-#pragma GCC ivdep
+    ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) both[i] &= others[i];
   });
   return pointsOf(edgesA);

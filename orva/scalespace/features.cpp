@@ -98,7 +98,7 @@ void markInterior(const image<float>& smoothed, int z, const Test& holds,
     for (std::ptrdiff_t y = 1; y < ny - 1; ++y) {
       const std::ptrdiff_t row = z * std::ptrdiff_t{plane} + y * nx;
       const std::ptrdiff_t end = row + nx - 1;
-#pragma GCC ivdep
+      ORVA_INDEPENDENT
       for (std::ptrdiff_t i = row + 1; i < end; ++i) {
         to[i] = holds(Differences(from + i)) ? kMarked : 0;
       }
