@@ -9,6 +9,7 @@
 #include "orva/util/fnp.h"
 #include "tests/support/files.h"
 #include "tests/support/images.h"
+#include "tests/support/reference/text.h"
 
 namespace {
 
@@ -17,6 +18,9 @@ using orva::fnp::parseLine;
 using orva::fnp::parseTextFile;
 using orva_test::Random;
 using orva_test::randomInt;
+using reference::linesOf;
+using reference::tableOf;
+using reference::wordsOf;
 using testing::internal::CaptureStderr;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
@@ -24,44 +28,6 @@ using testing::internal::GetCapturedStdout;
 
 using Words = std::vector<std::string>;
 using Lines = std::vector<Words>;
-
-// One character at a time.
-Words wordsOf(const std::string& line, const std::string& delimiters) {
-  Words words;
-  bool inWord = false;
-  for (const char c : line) {
-    bool isDelimiter = false;
-    for (const char d : delimiters) isDelimiter = isDelimiter || c == d;
-    if (!isDelimiter && !inWord) words.emplace_back();
-    if (!isDelimiter) words.back() += c;
-    inWord = !isDelimiter;
-  }
-  return words;
-}
-
-// A line that does not fit a buffer of 1024 characters, of which the last is a zero, ends the file.
-// What stands behind a zero in a line is not seen.
-Lines linesOf(const std::string& content, const std::string& delimiters) {
-  Lines lines;
-  std::size_t start = 0;
-  while (start < content.size()) {
-    std::size_t end = start;
-    while (end < content.size() && content[end] != '\n') ++end;
-    if (end - start > 1023) break;
-    const Words words = wordsOf(content.substr(start, end - start).c_str(), delimiters);
-    if (!words.empty()) lines.push_back(words);
-    start = end + 1;
-  }
-  return lines;
-}
-
-std::map<std::string, std::string> tableOf(const std::string& content) {
-  std::map<std::string, std::string> table;
-  for (const Words& words : linesOf(content, " \t=")) {
-    if (words.size() == 2 && words[0][0] != '[' && words[0][0] != '#') table[words[0]] = words[1];
-  }
-  return table;
-}
 
 TEST(ParseLine, SplitsAtRunsOfDelimiters) {
   EXPECT_EQ(parseLine("", " "), Words{});

@@ -1,0 +1,101 @@
+// What the fuzz targets share. A target takes any bytes; it aborts where the library breaks a
+// promise, and the sanitizers end it where memory or arithmetic goes wrong.
+#ifndef ORVA_TESTS_FUZZ_FUZZ_TARGET_H
+#define ORVA_TESTS_FUZZ_FUZZ_TARGET_H
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace orva_fuzz {
+
+inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
+  return {reinterpret_cast<const char*>(data), size};
+}
+
+// Ends the program when a promise does not hold.
+inline void require(bool holds, const char* promise) {
+  if (holds) return;
+  std::fprintf(stderr, "broken: %s\n", promise);
+  std::abort();
+}
+
+// A file in memory that has a name while the object lives.
+class ContentFile {
+ public:
+  explicit ContentFile(std::string_view content) : file_(memfd_create("fuzz", 0)) {
+    require(file_ >= 0, "a file in memory");
+    while (!content.empty()) {
+      const ssize_t written = write(file_, content.data(), content.size());
+      require(written > 0, "bytes in a file in memory");
+      content.remove_prefix(static_cast<std::size_t>(written));
+    }
+  }
+  ContentFile(const ContentFile&) = delete;
+  ContentFile& operator=(const ContentFile&) = delete;
+  ~ContentFile() { close(file_); }
+
+  std::string name() const { return "/proc/self/fd/" + std::to_string(file_); }
+
+ private:
+  int file_;
+};
+
+// Takes what goes to the standard streams while the object lives.
+class Captured {
+ public:
+  Captured() : out_(std::cout.rdbuf(printed_.rdbuf())), err_(std::cerr.rdbuf(reported_.rdbuf())) {}
+  Captured(const Captured&) = delete;
+  Captured& operator=(const Captured&) = delete;
+  ~Captured() {
+    std::cout.rdbuf(out_);
+    std::cerr.rdbuf(err_);
+  }
+
+  std::string printed() const { return printed_.str(); }
+  std::string reported() const { return reported_.str(); }
+
+ private:
+  std::ostringstream printed_;
+  std::ostringstream reported_;
+  std::streambuf* out_;
+  std::streambuf* err_;
+};
+
+// Takes an input apart from the front; what is past its end is 0.
+class Input {
+ public:
+  Input(const std::uint8_t* data, std::size_t size) : rest_(textOf(data, size)) {}
+
+  template <class T>
+  T take() {
+    T value{};
+    const std::size_t count = std::min(sizeof value, rest_.size());
+    std::memcpy(&value, rest_.data(), count);
+    rest_.remove_prefix(count);
+    return value;
+  }
+  // A number in low .. high, from one byte.
+  int between(int low, int high) { return low + take<std::uint8_t>() % (high - low + 1); }
+  bool isEmpty() const { return rest_.empty(); }
+  std::string_view rest() const { return rest_; }
+
+ private:
+  std::string_view rest_;
+};
+
+}  // namespace orva_fuzz
+
+#endif

@@ -1,0 +1,51 @@
+// What the targets of the raw formats share.
+#ifndef ORVA_TESTS_FUZZ_RAW_IMAGES_FUZZ_H
+#define ORVA_TESTS_FUZZ_RAW_IMAGES_FUZZ_H
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "orva/image/image.h"
+#include "tests/fuzz/fuzz_target.h"
+#include "tests/support/reference/image_io.h"
+
+namespace orva_fuzz {
+
+// True where the sizes at these places of the header ask for many pixels: they would only try the
+// patience of who waits.
+inline bool isLarge(std::string_view content, const std::array<std::size_t, 3>& fields) {
+  std::int64_t product = 1;
+  for (const std::size_t field : fields) {
+    const std::string_view bytes = content.substr(std::min(4 * field, content.size()), 4);
+    std::int32_t size = 0;
+    std::memcpy(&size, bytes.data(), bytes.size());
+    if (size <= 0) return false;
+    if ((product *= size) > 1 << 14) return true;
+  }
+  return false;
+}
+
+// A reader and its plain twin agree on the content of a file.
+template <class Read>
+void compareWithTwin(std::string_view content, const Read& read, const reference::RawRead& twin) {
+  const ContentFile file(content);
+  std::unique_ptr<orva::Image> img;
+  std::string reported;
+  {
+    const Captured captured;
+    img.reset(read(file.name()));
+    reported = captured.reported();
+  }
+  require((img == nullptr) == (twin.img == nullptr), "an image where the twin has one");
+  require(reported.empty() != twin.badSizes, "a message for impossible sizes only");
+  if (!img) return;
+  require(img->format() == twin.img->format(), "the pixel type of the twin");
+  require(img->equalSize(*twin.img), "the size of the twin");
+  require(reference::pixelBytes(*img) == reference::pixelBytes(*twin.img), "its pixels");
+}
+
+}  // namespace orva_fuzz
+
+#endif

@@ -1,0 +1,11 @@
+// readUIF() on any file.
+#include "orva/image_io/image_io.h"
+#include "tests/fuzz/raw_images_fuzz.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view content = orva_fuzz::textOf(data, size);
+  if (orva_fuzz::isLarge(content, {0, 1, 2})) return 0;
+  orva_fuzz::compareWithTwin(content, orva::image_io::readUIF,
+                             reference::readUIF(std::string(content)));
+  return 0;
+}

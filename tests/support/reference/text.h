@@ -1,0 +1,24 @@
+// Plain twins of the readers of text files.
+#ifndef ORVA_TESTS_SUPPORT_REFERENCE_TEXT_H
+#define ORVA_TESTS_SUPPORT_REFERENCE_TEXT_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace reference {
+
+// One character at a time.
+std::vector<std::string> wordsOf(const std::string& line, const std::string& delimiters);
+
+// A line that does not fit a buffer of 1024 characters, of which the last is a zero, ends the file.
+// What stands behind a zero in a line is not seen.
+std::vector<std::vector<std::string>> linesOf(const std::string& content,
+                                              const std::string& delimiters);
+
+// The keys and values of a configuration file.
+std::map<std::string, std::string> tableOf(const std::string& content);
+
+}  // namespace reference
+
+#endif
