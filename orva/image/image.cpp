@@ -15,6 +15,7 @@
 #include "orva/image/pixel_memory.h"
 #include "orva/image/pixel_traits.h"
 #include "orva/image/truncate.h"
+#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva {
@@ -123,7 +124,8 @@ Image* Image::reset(Image*& p, Image* q) {
 std::vector<bool> Image::interior(int nx, int ny, int nz) {
   const int count = exactProduct({nx, ny, nz}).value_or(0);
   if (count <= 0) return {};
-  std::vector<bool> inside(static_cast<std::size_t>(count), true);
+  std::vector<bool> inside =
+      withMemory([count] { return std::vector<bool>(static_cast<std::size_t>(count), true); });
   const auto clear = [&](std::ptrdiff_t x, std::ptrdiff_t y, std::ptrdiff_t z) {
     inside[static_cast<std::size_t>(x + nx * (y + ny * z))] = false;
   };
