@@ -196,7 +196,7 @@ image<T>::~image() {
 
 template <class T>
 ArrayData* image<T>::newData() {
-  return new ArrayData;
+  return withMemory([] { return new ArrayData; });
 }
 
 template <class T>
@@ -269,7 +269,7 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
   if (sz < 0) sz = nframes();
   auto* result = new image(sx, sy, sz, 1, 1);
   if (isNull() || result->isNull()) return result;
-  std::vector<int> columns(static_cast<std::size_t>(sx));
+  auto columns = withMemory([sx] { return std::vector<int>(static_cast<std::size_t>(sx)); });
   for (int x = 0; x < sx; ++x) columns[static_cast<std::size_t>(x)] = sourceIndex(x, nx(), sx);
   T* to = result->data_;
   const T* last = nullptr;  // the row that was taken last

@@ -78,9 +78,18 @@ TEST_F(BipWithoutMemory, DistancesAndMasksEndTheProcess) {
     image<short> labels = labels_;
     orva::bip::propagate(labels, 10.0F);
   });
-  expect("erode", [this] {
-    image<short> labels = labels_;
+}
+
+// Scratch rows are all that these take.
+TEST_F(BipWithoutMemory, RowsEndTheProcess) {
+  const int width = 400000;
+  expect("erode labels", [width] {
+    image<short> labels = blank<short>({width, 3});
     orva::bip::erode(labels);
+  });
+  expect("dilate", [width] {
+    image<unsigned char> mask = blank<unsigned char>({width, 3});
+    orva::bip::dilate(mask);
   });
 }
 

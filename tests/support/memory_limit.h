@@ -22,9 +22,8 @@ constexpr long kMebibyte = 1L << 20;
 // Takes what memory this process has left over, and holds its address space to `more` bytes above
 // that. For child processes.
 inline void limitMemory(long more) {
-  std::ifstream file("/proc/self/statm");
   long pages = 0;
-  file >> pages;
+  std::ifstream("/proc/self/statm") >> pages;
   const auto now = static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE));
   const auto hold = [](rlim_t most) {
     rlimit limit{};
@@ -32,9 +31,9 @@ inline void limitMemory(long more) {
     limit.rlim_cur = most;
     if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(7);
   };
-  if (!file) std::_Exit(7);
+  if (pages == 0) std::_Exit(7);
   hold(now);
-  for (std::size_t size = std::size_t{64} << 20; size >= 64; size /= 2) {
+  for (std::size_t size = std::size_t{64} << 20; size >= 4096; size /= 2) {
     while (void* kept = std::malloc(size)) asm volatile("" : : "r"(kept));  // not left out
   }
   hold(now + static_cast<rlim_t>(more));
@@ -68,15 +67,16 @@ Ending endingWith(long more, const Work& work) {
   return ending;
 }
 
-// With every amount of memory from none to plenty, work() either ends as one of the messages says,
-// with status 1, or it is done; with none and with plenty it is clear which.
+// With every amount of memory from next to none to plenty, work() either ends as one of the
+// messages says, with status 1, or it is done; at both ends it is clear which.
 template <class Work>
 void expectMemoryToRunOut(const char* name, std::initializer_list<const char*> messages,
                           const Work& work) {
   SCOPED_TRACE(name);
   if (addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  constexpr long kNextToNone = 256L << 10;  // for names and streams
   for (const long mebibytes : {0, 1, 2, 3, 4, 6, 9, 13, 20, 30, 45, 2000}) {
-    const Ending ending = endingWith(mebibytes * kMebibyte, work);
+    const Ending ending = endingWith(kNextToNone + mebibytes * kMebibyte, work);
     const bool isDone = ending.status == 0 && ending.err.empty();
     bool isMessage = false;
     for (const char* message : messages) isMessage = isMessage || ending.err == message;
