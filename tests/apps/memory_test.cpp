@@ -71,5 +71,18 @@ TEST_F(Memory, ForWhatIsMadeFromTheImageIsReported) {
   }
 }
 
+// The library writes these by name into a directory beside them, quietly.
+TEST_F(Memory, ForWhatTheLibraryWritesIsReportedAndLeavesNoDirectoryBehind) {
+  for (const long more : {70, 110, 150, 250}) {
+    expectNoMemory({"vote", "large.pgm", "--history", "out_", "--centers", "out.csv"},
+                   kStart + more);
+  }
+  for (const long more : {40, 60}) {
+    expectNoMemory(
+        {"measure", "large.pgm", "--threshold", "0", "--labels", "out.iht", "--table", "out.csv"},
+        kStart + more);
+  }
+}
+
 }  // namespace
 }  // namespace orva_test
