@@ -30,6 +30,7 @@ TEST(ImagesWithoutMemory, EndTheProcess) {
   expect("channel", [&] { drop(img.channel(0, 1)); });
   expect("roi", [&] { drop(img.roi({0, 0, 0}, {999, 499, 3})); });
   expect("scale", [&] { drop(img.scale(1200, 1200, 1)); });
+  expect("scale of a row", [&] { drop(img.scale(1500000, 1, 1)); });
   expect("toFloatImage", [&] { orva::toFloatImage(img); });
   expect("toRgbImage", [&] { orva::toRgbImage(img); });
   expect("toByteImage", [&] { orva::toByteImage(img, true); });
