@@ -8,6 +8,7 @@
 #include "orva/bip/neighbour_box.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/unset_image.h"
+#include "orva/image/with_memory.h"
 #include "orva/image_io/image_io.h"
 #include "orva/util/cpu_path.h"
 
@@ -54,7 +55,8 @@ image<short> labelsOf(const Image& in) {
 void initFromLabels(const Image& in, image<float>& distance) {
   const image<short> labels = labelsOf(in);
   const std::ptrdiff_t nx = distance.nx();
-  std::vector<short> columns(static_cast<std::size_t>(nx));  // whether the pixels of one are alike
+  // Whether the pixels of one are alike.
+  auto columns = withMemory([nx] { return std::vector<short>(static_cast<std::size_t>(nx)); });
   forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
     const short* row = labels.pixels() + first;
     float* to = distance.pixels() + first;

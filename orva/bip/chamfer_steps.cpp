@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/lanes.h"
 
@@ -112,7 +113,9 @@ void forEachInnerRow(const Image& img, Pass pass, Lower lower) {
 template <class T>
 class RowBuffer {
  public:
-  explicit RowBuffer(int nx) : values_(static_cast<std::size_t>(nx + 2 * kLanes)) {}
+  explicit RowBuffer(int nx)
+      : values_(withMemory(
+            [nx] { return std::vector<T>(static_cast<std::size_t>(nx) + 2 * kLanes); })) {}
   T* row() { return values_.data() + kLanes; }
 
  private:

@@ -5,6 +5,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/bip/neighbour_box.h"
+#include "orva/image/with_memory.h"
 
 namespace orva::bip {
 namespace {
@@ -92,7 +93,8 @@ void fillHull(image<short>& labels, short region, const RegionFeature& f,
 void fillHulls(image<short>& labels, int n, int precision) {
   const std::vector<RegionFeature> features = regionFeatures(labels, n);
   const int directions = std::clamp(precision, 3, 50);
-  std::vector<Slab> slabs = labels.nz() == 1 ? directions2d(directions) : directions3d(directions);
+  std::vector<Slab> slabs = withMemory(
+      [&] { return labels.nz() == 1 ? directions2d(directions) : directions3d(directions); });
   std::cout << n << " regions detected.\n";
   for (int r = 0; r < n; ++r) {
     fillHull(labels, static_cast<short>(r), features[static_cast<std::size_t>(r)], slabs);

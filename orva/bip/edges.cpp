@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
+#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::bip {
@@ -57,6 +58,20 @@ image<unsigned char> edgeAs(const Image& img) {
   return typed != nullptr ? edgeOf(*typed) : image<unsigned char>(0, 1, 1, 1, 1);
 }
 
+// The marked pixels of every region.
+std::vector<std::vector<Point>> listed(const image<unsigned char>& edges,
+                                       const image<short>& labels) {
+  std::vector<std::vector<Point>> lists(static_cast<std::size_t>(regionNumber(labels)));
+  for (int y = 0; y < edges.ny(); ++y) {
+    for (int x = 0; x < edges.nx(); ++x) {
+      const std::ptrdiff_t i = x + std::ptrdiff_t{y} * edges.nx();
+      const short k = labels.pixels()[i];
+      if (k >= 0 && edges.pixels()[i] == 255) lists[static_cast<std::size_t>(k)].emplace_back(x, y);
+    }
+  }
+  return lists;
+}
+
 }  // namespace
 
 image<unsigned char> edge(const Image& img) {
@@ -77,15 +92,7 @@ image<unsigned char> edge(const Image& img) {
 
 std::vector<std::vector<Point>> boundaries(const image<short>& labels) {
   const image<unsigned char> edges = edge(labels);
-  std::vector<std::vector<Point>> lists(static_cast<std::size_t>(regionNumber(labels)));
-  for (int y = 0; y < edges.ny(); ++y) {
-    for (int x = 0; x < edges.nx(); ++x) {
-      const std::ptrdiff_t i = x + std::ptrdiff_t{y} * edges.nx();
-      const short k = labels.pixels()[i];
-      if (k >= 0 && edges.pixels()[i] == 255) lists[static_cast<std::size_t>(k)].emplace_back(x, y);
-    }
-  }
-  return lists;
+  return withMemory([&] { return listed(edges, labels); });
 }
 
 }  // namespace orva::bip

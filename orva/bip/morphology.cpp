@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
+#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::bip {
@@ -20,7 +21,9 @@ bool hasInterior(const Image& img) { return img.nframes() == 1 && img.nx() > 2 &
 template <class T>
 class Line {
  public:
-  explicit Line(std::ptrdiff_t count) : memory_(static_cast<std::size_t>(count) + 2 * kBeside) {}
+  explicit Line(std::ptrdiff_t count)
+      : memory_(withMemory(
+            [count] { return std::vector<T>(static_cast<std::size_t>(count) + 2 * kBeside); })) {}
   T* begin() {
     const std::size_t past = reinterpret_cast<std::uintptr_t>(memory_.data()) / sizeof(T) % kBeside;
     return memory_.data() + (kBeside - past);

@@ -10,6 +10,7 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/row_runs.h"
 #include "orva/image/float_conversion.h"
+#include "orva/image/with_memory.h"
 
 namespace orva::bip {
 namespace {
@@ -268,11 +269,7 @@ void measureAll(const image<short>& labels, const Image& brightness,
   }
 }
 
-}  // namespace
-
-std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
-                                          const Image& brightness) {
-  if (labels.isNull()) return {};
+std::vector<RegionFeature> measured(const image<short>& labels, int n, const Image& brightness) {
   std::vector<RegionFeature> features(static_cast<std::size_t>(std::max(n, 0)));
   if (!brightness.isNull() && brightness.equalSize(labels)) {
     measureAll(labels, brightness, features);
@@ -287,21 +284,8 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
   return features;
 }
 
-std::vector<RegionFeature> regionFeatures(const image<short>& labels, const Image& brightness) {
-  return regionFeatures(labels, regionNumber(labels), brightness);
-}
-
-std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n) {
-  return regionFeatures(labels, n, image<unsigned char>(0, 1, 1, 1, 1));
-}
-
-std::vector<RegionFeature> regionFeatures(const image<short>& labels) {
-  return regionFeatures(labels, regionNumber(labels));
-}
-
-std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
-                                                      const Image& brightness, bool sorted) {
-  if (labels.isNull() || brightness.isNull() || !brightness.equalSize(labels)) return {};
+std::vector<std::vector<float>> listed(const image<short>& labels, int n, const Image& brightness,
+                                       bool sorted) {
   const auto count = static_cast<std::size_t>(std::max(n, 0));
   std::vector<std::ptrdiff_t> sizes(count);
   forEachRun(
@@ -323,6 +307,32 @@ std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels
     std::for_each(lists.begin(), lists.end(), areBytes ? sortBytes : sortValues);
   }
   return lists;
+}
+
+}  // namespace
+
+std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
+                                          const Image& brightness) {
+  if (labels.isNull()) return {};
+  return withMemory([&] { return measured(labels, n, brightness); });
+}
+
+std::vector<RegionFeature> regionFeatures(const image<short>& labels, const Image& brightness) {
+  return regionFeatures(labels, regionNumber(labels), brightness);
+}
+
+std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n) {
+  return regionFeatures(labels, n, image<unsigned char>(0, 1, 1, 1, 1));
+}
+
+std::vector<RegionFeature> regionFeatures(const image<short>& labels) {
+  return regionFeatures(labels, regionNumber(labels));
+}
+
+std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
+                                                      const Image& brightness, bool sorted) {
+  if (labels.isNull() || brightness.isNull() || !brightness.equalSize(labels)) return {};
+  return withMemory([&] { return listed(labels, n, brightness, sorted); });
 }
 
 std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels,

@@ -8,6 +8,7 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/region_runs.h"
 #include "orva/image/unset_image.h"
+#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::bip {
@@ -122,11 +123,8 @@ image<short> floodRegions(const image<unsigned char>& in, int& n, int value, int
   return labels;
 }
 
-}  // namespace
-
-image<short> regions(const image<unsigned char>& in, int& n, int value, int reach,
-                     NeighborhoodType type) {
-  if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
+image<short> labelled(const image<unsigned char>& in, int& n, int value, int reach,
+                      NeighborhoodType type) {
   if (reach != 1 || (type != NEIGHBORHOOD_4 && type != NEIGHBORHOOD_8)) {
     return floodRegions(in, n, value, reach, type);
   }
@@ -144,6 +142,20 @@ image<short> regions(const image<unsigned char>& in, int& n, int value, int reac
   return labels;
 }
 
+image<short> labelled(const image<short>& in, int& n) {
+  image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
+  n = keptRegions(labelAreas(in.pixels(), Contact::Box, kMaxRegions, labels));
+  return labels;
+}
+
+}  // namespace
+
+image<short> regions(const image<unsigned char>& in, int& n, int value, int reach,
+                     NeighborhoodType type) {
+  if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
+  return withMemory([&] { return labelled(in, n, value, reach, type); });
+}
+
 image<short> regions(const image<unsigned char>& in) {
   int n = 0;
   return regions(in, n, 255, 1, NEIGHBORHOOD_4);
@@ -151,9 +163,7 @@ image<short> regions(const image<unsigned char>& in) {
 
 image<short> regions(const image<short>& in, int& n) {
   if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
-  image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
-  n = keptRegions(labelAreas(in.pixels(), Contact::Box, kMaxRegions, labels));
-  return labels;
+  return withMemory([&] { return labelled(in, n); });
 }
 
 image<short> regions(const image<short>& in) {
@@ -167,7 +177,8 @@ int regionNumber(const image<short>& labels) {
 
 void relabel(image<short>& labels) {
   const int n = regionNumber(labels);
-  std::vector<short> renamed(static_cast<std::size_t>(n), kBackground);
+  auto renamed =
+      withMemory([n] { return std::vector<short>(static_cast<std::size_t>(n), kBackground); });
   short* first = labels.pixels();
   short* last = first + labels.npix();
   std::for_each(first, last, [&](short k) {

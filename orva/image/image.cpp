@@ -15,6 +15,7 @@
 #include "orva/image/pixel_memory.h"
 #include "orva/image/pixel_traits.h"
 #include "orva/image/truncate.h"
+#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva {
@@ -123,7 +124,8 @@ Image* Image::reset(Image*& p, Image* q) {
 std::vector<bool> Image::interior(int nx, int ny, int nz) {
   const int count = exactProduct({nx, ny, nz}).value_or(0);
   if (count <= 0) return {};
-  std::vector<bool> inside(static_cast<std::size_t>(count), true);
+  std::vector<bool> inside =
+      withMemory([count] { return std::vector<bool>(static_cast<std::size_t>(count), true); });
   const auto clear = [&](std::ptrdiff_t x, std::ptrdiff_t y, std::ptrdiff_t z) {
     inside[static_cast<std::size_t>(x + nx * (y + ny * z))] = false;
   };
@@ -194,7 +196,7 @@ image<T>::~image() {
 
 template <class T>
 ArrayData* image<T>::newData() {
-  return new ArrayData;
+  return withMemory([] { return new ArrayData; });
 }
 
 template <class T>
@@ -267,7 +269,7 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
   if (sz < 0) sz = nframes();
   auto* result = new image(sx, sy, sz, 1, 1);
   if (isNull() || result->isNull()) return result;
-  std::vector<int> columns(static_cast<std::size_t>(sx));
+  auto columns = withMemory([sx] { return std::vector<int>(static_cast<std::size_t>(sx)); });
   for (int x = 0; x < sx; ++x) columns[static_cast<std::size_t>(x)] = sourceIndex(x, nx(), sx);
   T* to = result->data_;
   const T* last = nullptr;  // the row that was taken last

@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+#include "orva/image/with_memory.h"
 #include "orva/image_io/image_io.h"
 
 namespace orva::image_io {
@@ -113,7 +114,7 @@ void writePPM(const std::string& filename, const image<unsigned char>& img) {
   out << "P6\n" << img.nx() << ' ' << img.ny() << "\n255\n";
   const std::size_t count = static_cast<std::size_t>(img.nx()) * static_cast<std::size_t>(img.ny());
   const std::size_t step = planes == 3 ? count : 0;  // from one component's plane to the next
-  std::vector<unsigned char> buffer(count * 3);
+  auto buffer = withMemory([count] { return std::vector<unsigned char>(count * 3); });
   for (std::size_t i = 0; i < count; ++i) {
     for (std::size_t c = 0; c < 3; ++c) buffer[3 * i + c] = img.pixels()[i + c * step];
   }

@@ -12,6 +12,7 @@
 #include "orva/bip/bip.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/truncate.h"
+#include "orva/image/with_memory.h"
 #include "orva/image_math/image_math.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/global.h"
@@ -119,8 +120,11 @@ class Histogram {
 
 Histogram histogramOf(const Image& img) {
   PixelFloats pixels(img);
-  return Histogram(img.fmin(), img.fmax(), img.npix(),
-                   [&](std::ptrdiff_t first, std::ptrdiff_t n) { return pixels.read(first, n); });
+  return withMemory([&] {
+    return Histogram(
+        img.fmin(), img.fmax(), img.npix(),
+        [&pixels](std::ptrdiff_t first, std::ptrdiff_t n) { return pixels.read(first, n); });
+  });
 }
 
 // The mean of the brightest levels that hold at least the share p of `count` values.
@@ -216,14 +220,18 @@ float meanOfTopByPercentage(std::vector<float> values, float p) {
   checkPercentage(p);
   if (values.empty()) return 0.0F;
   const auto count = static_cast<std::int64_t>(values.size());
-  const Histogram histogram(minimum(values), maximum(values), count,
-                            [&](std::ptrdiff_t first, std::ptrdiff_t) {
-                              return &values[static_cast<std::size_t>(first)];
-                            });
+  const Histogram histogram = withMemory([&] {
+    return Histogram(minimum(values), maximum(values), count,
+                     [&values](std::ptrdiff_t first, std::ptrdiff_t) {
+                       return &values[static_cast<std::size_t>(first)];
+                     });
+  });
   return meanOfTop(histogram, count, p);
 }
 
-std::vector<Point> findZeros(const Image& img) { return pointsOf(signEdges(img)); }
+std::vector<Point> findZeros(const Image& img) {
+  return withMemory([&] { return pointsOf(signEdges(img)); });
+}
 
 std::vector<Point> findZeros(const Image& a, const Image& b) {
   if (!a.equalSize(b)) return {};
@@ -237,7 +245,7 @@ std::vector<Point> findZeros(const Image& a, const Image& b) {
     ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) both[i] &= others[i];
   });
-  return pointsOf(edgesA);
+  return withMemory([&] { return pointsOf(edgesA); });
 }
 
 }  // namespace orva::image_math

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "orva/image/float_conversion.h"
 #include "orva/image/unset_image.h"
@@ -26,11 +25,11 @@ struct Scale {
 constexpr int kBatch = 24;                     // rows of output that are made at a time
 constexpr std::ptrdiff_t kWindow = 48 * 1024;  // floats of the rows at hand, to stay in the cache
 
-// What the ends of a line of n samples are divided by; empty where nothing is.
-std::vector<float> divisors(const Kernel& kernel, int n, Border border) {
-  std::vector<float> result;
-  if (border == Border::Repeat) return result;
-  result.assign(static_cast<std::size_t>(n), 1.0F);
+// What the ends of a line of n samples are divided by, with no value for its middle; null where
+// nothing is divided.
+std::unique_ptr<float[]> divisors(const Kernel& kernel, int n, Border border) {
+  if (border == Border::Repeat) return nullptr;
+  auto result = newLine(static_cast<std::size_t>(n));
   for (int i = 0; i < n; ++i) {
     if (i < kernel.radius() || i >= n - kernel.radius()) {
       result[static_cast<std::size_t>(i)] = kernel.inside(i, n);
@@ -132,7 +131,7 @@ class PlaneFilter {
   int ny_;
   std::optional<Kernel> alongX_;
   std::optional<Kernel> alongY_;
-  std::vector<float> divisors_;  // along x
+  std::unique_ptr<float[]> divisors_;  // along x
   int capacity_ = 0;
   std::ptrdiff_t tile_ = 0;
   std::unique_ptr<float[]> window_;

@@ -1,11 +1,11 @@
 #include "orva/voting/JNICircularVoting.h"
 
 #include <cstddef>
-#include <new>
 #include <vector>
 
 #include "orva/image/image.h"
 #include "orva/image/truncate.h"
+#include "orva/image/with_memory.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/voting/circularvoting.h"
 
@@ -44,7 +44,7 @@ jintArray Java_JNICircularVoting_compute(JNIEnv* env, jobject /*self*/, jintArra
                                          jint height, jint width, jint /*unused1*/, jint maxRadius,
                                          jint /*unused2*/, jint /*unused3*/, jint threshold,
                                          jint scale) {
-  try {
+  return orva::withMemory([&] {
     // Intended: kept for ever.
     auto* grey = new orva::image<unsigned char>(width, height, 1, 1, 1);
     std::vector<jint> buffer(static_cast<std::size_t>(grey->npix()));
@@ -59,7 +59,5 @@ jintArray Java_JNICircularVoting_compute(JNIEnv* env, jobject /*self*/, jintArra
     jintArray result = env->NewIntArray(length);
     env->SetIntArrayRegion(result, 0, length, triples.data());
     return result;
-  } catch (const std::bad_alloc&) {
-    orva::out_of_memory();
-  }
+  });
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
+#include "orva/image/with_memory.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
 #include "orva/voting/circularvoting.h"
@@ -106,11 +107,7 @@ void CircularVoting::collectPoints(const Image& img) {
 }
 
 void CircularVoting::compute(const Image& img) {
-  try {
-    findCenters(img);
-  } catch (const std::bad_alloc&) {
-    out_of_memory();
-  }
+  withMemory([&] { findCenters(img); });
 }
 
 void CircularVoting::findCenters(const Image& img) {

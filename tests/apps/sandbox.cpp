@@ -90,32 +90,46 @@ class FileActions {
   posix_spawn_file_actions_t actions_{};
 };
 
-// Holds the size of files that a child of this process writes below `most` bytes, unless that is
-// negative. Writing more is an error and no signal.
-class FileLimit {
+// Holds what a child of this process has of a resource below `most`, unless that is negative.
+class Limit {
  public:
-  explicit FileLimit(long most) : isSet_(most >= 0) {
+  Limit(__rlimit_resource resource, long most) : resource_(resource), isSet_(most >= 0) {
     if (!isSet_) return;
-    checked(::getrlimit(RLIMIT_FSIZE, &before_), "getrlimit");
-    action_ = std::signal(SIGXFSZ, SIG_IGN);
+    checked(::getrlimit(resource_, &before_), "getrlimit");
     set(static_cast<rlim_t>(most));
   }
-  FileLimit(const FileLimit&) = delete;
-  FileLimit& operator=(const FileLimit&) = delete;
-  ~FileLimit() {
-    if (!isSet_) return;
-    set(before_.rlim_cur);
-    std::signal(SIGXFSZ, action_);
+  Limit(const Limit&) = delete;
+  Limit& operator=(const Limit&) = delete;
+  ~Limit() {
+    if (isSet_) set(before_.rlim_cur);
   }
 
  private:
   void set(rlim_t most) const {
     const rlimit limit{most, before_.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
+    ::setrlimit(resource_, &limit);
   }
 
+  __rlimit_resource resource_;
   bool isSet_;
   rlimit before_{};
+};
+
+// The same for the size of files. Writing more is an error and no signal.
+class FileLimit {
+ public:
+  explicit FileLimit(long most) : limit_(RLIMIT_FSIZE, most), isSet_(most >= 0) {
+    if (isSet_) action_ = std::signal(SIGXFSZ, SIG_IGN);
+  }
+  FileLimit(const FileLimit&) = delete;
+  FileLimit& operator=(const FileLimit&) = delete;
+  ~FileLimit() {
+    if (isSet_) std::signal(SIGXFSZ, action_);
+  }
+
+ private:
+  Limit limit_;
+  bool isSet_;
   void (*action_)(int) = SIG_DFL;
 };
 
@@ -155,7 +169,8 @@ Outcome Sandbox::run(const std::vector<std::string>& arguments, const Streams& s
   pid_t child = 0;
   int error = 0;
   {
-    const FileLimit limit(streams.largestFile);
+    const FileLimit files(streams.largestFile);
+    const Limit memory(RLIMIT_AS, streams.mostMemory);
     error = ::posix_spawn(&child, ORVA_COMMAND, actions.get(), nullptr, argv.data(), ::environ);
   }
   if (error != 0) throw std::system_error(error, std::generic_category(), ORVA_COMMAND);

@@ -23,6 +23,7 @@ struct Streams {
   const char* out = nullptr;  // a file or a device instead
   bool terminal = false;      // standard error is a terminal
   long largestFile = -1;      // no file grows past these bytes, as on a full disk
+  long mostMemory = -1;       // the bytes of address space that there are
 };
 
 // A directory of its own, removed with everything in it in the end.

@@ -8,6 +8,7 @@
 #include "tests/support/images.h"
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/turns.h"
 
 namespace {
 

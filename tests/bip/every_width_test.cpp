@@ -9,6 +9,7 @@
 #include "tests/support/negative_image.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/reference/selection.h"
+#include "tests/support/turns.h"
 
 namespace {
 

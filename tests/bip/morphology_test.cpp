@@ -14,7 +14,6 @@ namespace {
 
 using orva::image;
 using orva_test::blank;
-using orva_test::flipped;
 using orva_test::labelsOf;
 using orva_test::maskOf;
 using orva_test::pixelsOf;
@@ -24,7 +23,6 @@ using orva_test::randomLabels;
 using orva_test::randomMask;
 using orva_test::sameImage;
 using orva_test::Shape;
-using orva_test::transposed;
 
 using Mask = image<unsigned char>;
 using Picture = std::vector<std::string>;
@@ -220,22 +218,6 @@ TEST(Morphology, EqualsItsTwinForOddShapes) {
     for (int round = 0; round < 10; ++round) {
       expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 1));
     }
-  }
-}
-
-TEST(Morphology, OfATurnedImageIsTurned) {
-  Random random(3);
-  for (int round = 0; round < 30; ++round) {
-    const Shape shape{randomInt(random, 1, 40), randomInt(random, 1, 20)};
-    const Mask mask = randomMix(random, shape);
-    for (Mask (*operation)(const Mask&) :
-         {static_cast<Mask (*)(const Mask&)>(eroded), dilated, filled}) {
-      EXPECT_TRUE(sameImage(operation(flipped(mask)), flipped(operation(mask))));
-      EXPECT_TRUE(sameImage(operation(transposed(mask)), transposed(operation(mask))));
-    }
-    const auto labels = randomLabels(random, shape, 2);
-    EXPECT_TRUE(sameImage(eroded(flipped(labels)), flipped(eroded(labels))));
-    EXPECT_TRUE(sameImage(eroded(transposed(labels)), transposed(eroded(labels))));
   }
 }
 

@@ -1,4 +1,4 @@
-// Masks drawn as text, and images turned over, for the tests of this folder.
+// Masks drawn as text and random labels, for the tests of this folder.
 #ifndef ORVA_TESTS_BIP_PICTURES_H
 #define ORVA_TESTS_BIP_PICTURES_H
 
@@ -44,27 +44,6 @@ inline orva::image<short> randomLabels(Random& random, const Shape& shape, int m
     labels.pixels()[i] = asAbove ? labels.pixels()[i - shape.nx] : current;
   }
   return labels;
-}
-
-// Every plane with its columns in reverse order.
-template <class T>
-orva::image<T> flipped(const orva::image<T>& img) {
-  orva::image<T> result = img.duplicate();
-  for (int i = 0; i < img.npix(); ++i) {
-    const int x = i % img.nx();
-    result.pixels()[i] = img.pixels()[i - x + img.nx() - 1 - x];
-  }
-  return result;
-}
-
-// A single plane with rows and columns exchanged.
-template <class T>
-orva::image<T> transposed(const orva::image<T>& img) {
-  orva::image<T> result = blank<T>({img.ny(), img.nx()});
-  for (int i = 0; i < img.npix(); ++i) {
-    result.pixels()[i / img.nx() + i % img.nx() * img.ny()] = img.pixels()[i];
-  }
-  return result;
 }
 
 }  // namespace orva_test

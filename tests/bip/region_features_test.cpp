@@ -244,23 +244,6 @@ TEST(RegionFeatures, ColumnsKeepTheOrderOfTheList) {
   EXPECT_TRUE(RegionFeature::varArray({}).empty());
 }
 
-TEST(RegionFeatures, OfATurnedImageAreTurned) {
-  Random random(3);
-  for (int round = 0; round < 20; ++round) {
-    const auto labels = randomLabels(random, {randomInt(random, 1, 30), 13}, 6);
-    const auto a = orva::bip::regionFeatures(labels, 7);
-    const auto b = orva::bip::regionFeatures(orva_test::transposed(labels), 7);
-    for (std::size_t k = 0; k < 7; ++k) {
-      EXPECT_EQ(a[k].npix, b[k].npix);
-      EXPECT_EQ(a[k].radius, b[k].radius);
-      EXPECT_EQ(a[k].xmin, b[k].ymin);
-      EXPECT_EQ(a[k].ymax, b[k].xmax);
-      EXPECT_EQ(a[k].cx, b[k].cy);
-      EXPECT_EQ(a[k].cy, b[k].cx);
-    }
-  }
-}
-
 template <class T>
 class RegionFeaturesOf : public testing::Test {};
 TYPED_TEST_SUITE(RegionFeaturesOf, orva_test::PixelTypes);

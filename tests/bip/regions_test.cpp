@@ -266,27 +266,4 @@ TEST(Regions, OfShortImagesEqualTheirTwin) {
   }
 }
 
-TEST(Regions, CoverTheSamePixelsOfATurnedImage) {
-  Random random(3);
-  for (int round = 0; round < 20; ++round) {
-    const auto mask = orva_test::randomMask(random, {randomInt(random, 1, 40), 17}, 0.5);
-    for (const NeighborhoodType type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
-      // A second labelling of the turned labels, whose regions already are connected, brings them
-      // into raster order.
-      int n = 0;
-      int flippedN = 0;
-      int transposedN = 0;
-      const image<short> labels = orva::bip::regions(mask, n, 255, 1, type);
-      const image<short> f = orva::bip::regions(orva_test::flipped(mask), flippedN, 255, 1, type);
-      const image<short> t =
-          orva::bip::regions(orva_test::transposed(mask), transposedN, 255, 1, type);
-      EXPECT_EQ(n, flippedN);
-      EXPECT_EQ(n, transposedN);
-      EXPECT_TRUE(sameImage(orva::bip::regions(orva_test::flipped(f)), orva::bip::regions(labels)));
-      EXPECT_TRUE(
-          sameImage(orva::bip::regions(orva_test::transposed(t)), orva::bip::regions(labels)));
-    }
-  }
-}
-
 }  // namespace

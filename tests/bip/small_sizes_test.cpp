@@ -143,4 +143,43 @@ TEST(SmallMask, IsThresholdedAndSelectedInTheVolumeItShows) {
   }
 }
 
+TEST(SmallLabels, AreOneAreaWithOneNameAndOneList) {
+  for (const Shape& s : smallShapes()) {
+    image<short> labels = blank<short>(s);
+    std::fill_n(labels.pixels(), labels.npix(), short{7});
+    int n = -3;
+    const image<short> areas = orva::bip::regions(labels, n);
+    EXPECT_TRUE(isWhole(
+        areas, labels.isNull() ? kNone : Sizes({labels.nx(), labels.ny(), labels.nz(), 1, 1})));
+    EXPECT_EQ(n, labels.isNull() ? -3 : areas.isNull() ? 0 : 1);
+    EXPECT_EQ(orva::bip::regionNumber(labels), labels.isNull() ? 0 : 8);
+    const auto points = orva::bip::boundaries(labels);
+    EXPECT_EQ(points.size(), labels.isNull() ? 0U : 8U);
+    for (const auto& list : points) EXPECT_TRUE(list.empty());
+    const auto lists = orva::bip::regionIntensityArrays(labels, labels, true);
+    ASSERT_EQ(lists.size(), labels.isNull() ? 0U : 8U);
+    if (!labels.isNull()) {
+      EXPECT_EQ(lists[7], std::vector<float>(static_cast<std::size_t>(labels.npix()), 7.0F));
+    }
+    orva::bip::relabel(labels);
+    EXPECT_EQ(labels.fmax(), 0.0F);
+    EXPECT_EQ(labels.fmin(), 0.0F);
+  }
+}
+
+TEST(SmallMask, IsReversedInAllOfItAndHasBlackDistances) {
+  for (const Shape& s : smallShapes()) {
+    image<unsigned char> mask = full(s);
+    testing::internal::CaptureStderr();
+    const image<unsigned char> distance = orva::bip::chamfer(mask, false);
+    const image<unsigned char> inverted = orva::bip::chamfer(mask, true);
+    testing::internal::GetCapturedStderr();
+    const auto count = static_cast<std::size_t>(distance.npix());
+    EXPECT_EQ(orva_test::pixelsOf(distance), std::vector<unsigned char>(count, 0));
+    EXPECT_EQ(orva_test::pixelsOf(inverted), std::vector<unsigned char>(count, 255));
+    orva::bip::reverse(mask);
+    EXPECT_EQ(mask.fmax(), 0.0F);
+  }
+}
+
 }  // namespace

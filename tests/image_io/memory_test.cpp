@@ -1,0 +1,67 @@
+// Files whose pixels do not fit the memory.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "orva/image_io/image_io.h"
+#include "tests/support/files.h"
+#include "tests/support/images.h"
+#include "tests/support/memory_limit.h"
+#include "tests/support/reference/image_io.h"
+
+namespace {
+
+using orva::Image;
+using orva_test::blank;
+using reference::int32Bytes;
+namespace image_io = orva::image_io;
+
+template <class Work>
+void expect(const char* name, const char* message, const Work& work) {
+  orva_test::expectMemoryToRunOut(name, {message}, work);
+}
+
+void drop(const Image* img) { const std::unique_ptr<const Image> owned(img); }
+
+const char* const kNoPixels = "Error: out of memory\n";
+
+TEST(FilesWithoutMemory, EndTheProcess) {
+  const orva_test::TempDir dir;
+  const auto img = blank<short>({1000, 900});
+  image_io::writeUIF(dir.file("a.uif"), img);
+  image_io::writeIHT(dir.file("a.iht"), img);
+  orva_test::writeFile(dir.file("a.pgm"), "P5 1000 900 255 " + std::string(900000, 'x'));
+  expect("UIF", kNoPixels, [&] { drop(image_io::readUIF(dir.file("a.uif"))); });
+  expect("IHT", kNoPixels, [&] { drop(image_io::readIHT(dir.file("a.iht"))); });
+  const auto grey = blank<unsigned char>({1000, 900});
+  expect("PPM", kNoPixels, [&] { image_io::writePPM(dir.file("a.ppm"), grey); });
+  expect("conversion", kNoPixels, [&] { image_io::convertToFloatImage(img); });
+}
+
+// The file's own block is asked for first, with a message of its own.
+TEST(FilesWithoutMemory, OfPgmEndTheProcess) {
+  const orva_test::TempDir dir;
+  orva_test::writeFile(dir.file("a.pgm"), "P5 1500 1400 255 " + std::string(2100000, 'x'));
+  orva_test::expectMemoryToRunOut("PGM", {"out of memory\n", kNoPixels},
+                                  [&] { drop(image_io::readPGM(dir.file("a.pgm"))); });
+}
+
+// A header that promises more than the machine has, and nothing behind it.
+TEST(FilesWithoutMemory, OfHeadersAloneEndTheProcess) {
+  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  const orva_test::TempDir dir;
+  orva_test::writeFile(dir.file("a.uif"), int32Bytes(46340) + int32Bytes(46340) + int32Bytes(1) +
+                                              int32Bytes(1) + int32Bytes(0));
+  orva_test::writeFile(dir.file("a.pgm"), "P5 46340 46340 255 ");
+  const auto uif = orva_test::endingWith(orva_test::kMebibyte,
+                                         [&] { drop(image_io::readUIF(dir.file("a.uif"))); });
+  EXPECT_EQ(uif.status, 1);
+  EXPECT_EQ(uif.err, kNoPixels);
+  const auto pgm = orva_test::endingWith(orva_test::kMebibyte,
+                                         [&] { drop(image_io::readPGM(dir.file("a.pgm"))); });
+  EXPECT_EQ(pgm.status, 1);
+  EXPECT_EQ(pgm.err, "out of memory\n");
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+// Statistics do not depend on where a pixel lies, zero crossings follow a turned image, and angles
+// follow a turned vector.
+//
+// Exceptions: points come column by column; an angle of -180 degrees and the boundaries between the
+// eight directions belong to one side, so vectors on them are left out.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "orva/image_math/image_math.h"
+#include "tests/support/images.h"
+#include "tests/support/shapes.h"
+#include "tests/support/turns.h"
+
+namespace {
+
+using orva::image;
+using orva::image_math::angle;
+using orva::image_math::direction;
+using orva::image_math::findZeros;
+using orva::image_math::norm;
+using orva_test::Random;
+using orva_test::randomImage;
+using orva_test::reordered;
+
+template <class T>
+class Brightest : public testing::Test {};
+TYPED_TEST_SUITE(Brightest, orva_test::PixelTypes);
+
+TYPED_TEST(Brightest, PixelsAreTheSameOfRearrangedOnes) {
+  Random random(601);
+  for (const orva_test::Shape& shape : orva_test::oddShapes()) {
+    const auto img = randomImage<TypeParam>(random, shape);
+    const auto shuffled = reordered(img, orva_test::shuffledFrames(random, img));
+    for (const float p : {0.0F, 0.1F, 0.5F, 0.9F}) {
+      const float top = orva::image_math::topByPercentage(img, p);
+      const float mean = orva::image_math::meanOfTopByPercentage(img, p);
+      EXPECT_EQ(orva::image_math::topByPercentage(shuffled, p), top);
+      EXPECT_EQ(orva::image_math::meanOfTopByPercentage(shuffled, p), mean);
+      for (const auto turn : orva_test::volumeTurns<TypeParam>()) {
+        EXPECT_EQ(orva::image_math::topByPercentage(turn(img), p), top);
+        EXPECT_EQ(orva::image_math::meanOfTopByPercentage(turn(img), p), mean);
+      }
+    }
+  }
+}
+
+using Pixels = std::vector<std::pair<int, int>>;
+
+template <class Place>
+Pixels sorted(const std::vector<orva::Point>& points, const Place& place) {
+  Pixels result;
+  for (const orva::Point& p : points) result.push_back(place(int{p.x}, int{p.y}));
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+TEST(FindZeros, OfATurnedImageFindsTheTurnedPixels) {
+  Random random(602);
+  const int nx = 21;
+  const int ny = 16;
+  for (int round = 0; round < 10; ++round) {
+    const auto a = randomImage<float>(random, {nx, ny});
+    const auto b = randomImage<float>(random, {nx, ny});
+    const auto same = [](int x, int y) { return std::pair(x, y); };
+    const Pixels plain = sorted(findZeros(a), same);
+    const Pixels both = sorted(findZeros(a, b), same);
+    ASSERT_FALSE(plain.empty());
+    const auto acrossX = [](int x, int y) { return std::pair(nx - 1 - x, y); };
+    const auto acrossY = [](int x, int y) { return std::pair(x, ny - 1 - y); };
+    const auto exchanged = [](int x, int y) { return std::pair(y, x); };
+    using orva_test::flipped;
+    using orva_test::transposed;
+    using orva_test::upsideDown;
+    EXPECT_EQ(sorted(findZeros(flipped(a)), acrossX), plain);
+    EXPECT_EQ(sorted(findZeros(upsideDown(a)), acrossY), plain);
+    EXPECT_EQ(sorted(findZeros(transposed(a)), exchanged), plain);
+    EXPECT_EQ(sorted(findZeros(flipped(a), flipped(b)), acrossX), both);
+    EXPECT_EQ(sorted(findZeros(upsideDown(a), upsideDown(b)), acrossY), both);
+    EXPECT_EQ(sorted(findZeros(transposed(a), transposed(b)), exchanged), both);
+  }
+}
+
+TEST(TurnedVectors, HaveTheSameNorm) {
+  Random random(603);
+  for (int round = 0; round < 1000; ++round) {
+    const auto x = orva_test::randomPixel<float>(random);
+    const auto y = orva_test::randomPixel<float>(random);
+    EXPECT_EQ(norm(-x, y), norm(x, y));
+    EXPECT_EQ(norm(x, -y), norm(x, y));
+    EXPECT_EQ(norm(y, x), norm(x, y));
+  }
+}
+
+TEST(TurnedVectors, HaveTurnedAnglesAndDirections) {
+  Random random(604);
+  int compared = 0;
+  for (int round = 0; round < 1000; ++round) {
+    const auto x = orva_test::randomPixel<float>(random);
+    const auto y = orva_test::randomPixel<float>(random);
+    const float a = angle(y, x);
+    EXPECT_EQ(angle(-y, x), -a);
+    // The arc tangent is rounded, and 57.2958 is no exact 180 / pi.
+    EXPECT_NEAR(angle(y, -x), std::copysign(180.0F, a) - a, 1e-3F);
+    EXPECT_NEAR(angle(x, y) + a, a < -90.0F ? -270.0F : 90.0F, 1e-3F);
+    // Sectors of 45 degrees around the multiples of 45.
+    const float offset = std::fmod(std::abs(a) + 22.5F, 45.0F);
+    if (offset < 0.01F || offset > 44.99F) continue;
+    const int d = direction(y, x);
+    EXPECT_EQ(int{direction(-y, x)}, (8 - d) % 8);
+    EXPECT_EQ(int{direction(y, -x)}, (12 - d) % 8);
+    EXPECT_EQ(int{direction(x, y)}, (10 - d) % 8);
+    EXPECT_EQ(int{direction(x, -y)}, (d + 2) % 8);
+    ++compared;
+  }
+  EXPECT_GT(compared, 900);
+}
+
+}  // namespace

@@ -1,0 +1,55 @@
+// Filters that can not have their memory.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "orva/scalespace/scalespace.h"
+#include "tests/support/images.h"
+#include "tests/support/memory_limit.h"
+
+namespace {
+
+using orva::image;
+using orva_test::blank;
+namespace scalespace = orva::scalespace;
+
+// The first for pixels, the second for a kernel or a line.
+template <class Work>
+void expect(const char* name, const Work& work) {
+  orva_test::expectMemoryToRunOut(name, {"Error: out of memory\n", "Out of memory\n"}, work);
+}
+
+TEST(FiltersWithoutMemory, EndTheProcess) {
+  const image<unsigned char> img = blank<unsigned char>({900, 700});
+  expect("gaussian", [&] { scalespace::gaussian(img, 1.0F, 1, 0, 0); });
+  expect("smooth", [&] { scalespace::smooth(img, 1.0F, 1.0F); });
+  expect("gradient", [&] { scalespace::gradient(img, 1.0F, 1.0F); });
+  expect("laplacian", [&] { scalespace::laplacian(img, 1.0F); });
+  expect("dXY", [&] { scalespace::dXY(img, 1.0F); });
+  expect("pixelwise", [&] { scalespace::angle(img, img); });
+  expect("reduce",
+         [&] { std::unique_ptr<orva::Image>(scalespace::reduce(img, 0.5F, 1.0F)).reset(); });
+}
+
+TEST(FiltersWithoutMemory, OfFeaturesEndTheProcess) {
+  const image<unsigned char> img = blank<unsigned char>({700, 500});
+  expect("by Laplacian", [&] { scalespace::features(img, 1.0F, orva::LAPLACIAN_NEGATIVE, 1.0F); });
+  expect("by differences", [&] { scalespace::features(img, 1.0F, orva::HESSIAN_MAXIMUM, 1.0F); });
+  expect("harmonicCut", [&] { scalespace::harmonicCut(img, 1.0F, true, 1); });
+}
+
+// Lines so long that they and what they are divided by take the most.
+TEST(FiltersWithoutMemory, OfLongLinesEndTheProcess) {
+  const image<unsigned char> row = blank<unsigned char>({1500000, 1});
+  expect("smooth", [&] { scalespace::smooth(row, 1.0F, 1.0F); });
+  const image<unsigned char> depth = blank<unsigned char>({1, 1, 1500000});
+  expect("frames", [&] { scalespace::gaussian(depth, 1.0F, 0, 0, 1); });
+}
+
+TEST(FiltersWithoutMemory, OfLongKernelsEndTheProcess) {
+  const image<unsigned char> img = blank<unsigned char>({3, 2});
+  expect("gaussian", [&] { scalespace::gaussian(img, 2e5F, 1, 0, 0); });
+  expect("smooth", [&] { scalespace::smooth(img, 2e5F, 1.0F); });
+}
+
+}  // namespace

@@ -1,0 +1,115 @@
+// Images turned over, with their planes in another order, or set into a larger one.
+#ifndef ORVA_TESTS_SUPPORT_TURNS_H
+#define ORVA_TESTS_SUPPORT_TURNS_H
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include "tests/support/images.h"
+
+namespace orva_test {
+
+inline Shape shapeOf(const orva::Image& img) {
+  return {img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
+}
+
+// An image of the given shape whose pixel (x, y, frame) is source(x, y, frame).
+template <class T, class Source>
+orva::image<T> composed(const Shape& shape, const Source& source) {
+  orva::image<T> result = blank<T>(shape);
+  for (int f = 0, i = 0; f < result.nframes(); ++f) {
+    for (int y = 0; y < result.ny(); ++y) {
+      for (int x = 0; x < result.nx(); ++x, ++i) result.pixels()[i] = source(x, y, f);
+    }
+  }
+  return result;
+}
+
+// Pixel (x, y) of a frame.
+template <class T>
+T pixelAt(const orva::image<T>& img, int x, int y, int frame) {
+  return img.pixels()[x + img.nx() * y + std::ptrdiff_t{img.frameSize()} * frame];
+}
+
+// Every frame with its columns in reverse order.
+template <class T>
+orva::image<T> flipped(const orva::image<T>& img) {
+  return composed<T>(shapeOf(img),
+                     [&](int x, int y, int f) { return pixelAt(img, img.nx() - 1 - x, y, f); });
+}
+
+// Every frame with its rows in reverse order.
+template <class T>
+orva::image<T> upsideDown(const orva::image<T>& img) {
+  return composed<T>(shapeOf(img),
+                     [&](int x, int y, int f) { return pixelAt(img, x, img.ny() - 1 - y, f); });
+}
+
+// Every frame with rows and columns exchanged.
+template <class T>
+orva::image<T> transposed(const orva::image<T>& img) {
+  Shape shape = shapeOf(img);
+  std::swap(shape.nx, shape.ny);
+  return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, y, x, f); });
+}
+
+// Frame i of the result is frame order[i].
+template <class T>
+orva::image<T> reordered(const orva::image<T>& img, const std::vector<int>& order) {
+  return composed<T>(shapeOf(img), [&](int x, int y, int f) {
+    return pixelAt(img, x, y, order.at(static_cast<std::size_t>(f)));
+  });
+}
+
+inline std::vector<int> shuffledFrames(Random& random, const orva::Image& img) {
+  std::vector<int> order(static_cast<std::size_t>(img.nframes()));
+  std::iota(order.begin(), order.end(), 0);
+  std::shuffle(order.begin(), order.end(), random);
+  return order;
+}
+
+// All frames in reverse order.
+template <class T>
+orva::image<T> backToFront(const orva::image<T>& img) {
+  return composed<T>(
+      shapeOf(img), [&](int x, int y, int f) { return pixelAt(img, x, y, img.nframes() - 1 - f); });
+}
+
+// The turns that an operation without a preferred direction follows, each its own inverse.
+template <class T>
+using Turned = orva::image<T> (*)(const orva::image<T>&);
+template <class T>
+std::vector<Turned<T>> planeTurns() {
+  return {flipped<T>, upsideDown<T>, transposed<T>};
+}
+template <class T>
+std::vector<Turned<T>> volumeTurns() {
+  return {flipped<T>, upsideDown<T>, transposed<T>, backToFront<T>};
+}
+
+// The image on a ground of `value`, its first pixel at (dx, dy) of every frame.
+template <class T>
+orva::image<T> framed(const orva::image<T>& img, int nx, int ny, int dx, int dy, T value) {
+  Shape shape = shapeOf(img);
+  shape.nx = nx;
+  shape.ny = ny;
+  return composed<T>(shape, [&](int x, int y, int f) {
+    const bool inside = x >= dx && y >= dy && x < dx + img.nx() && y < dy + img.ny();
+    return inside ? pixelAt(img, x - dx, y - dy, f) : value;
+  });
+}
+
+// The pixels that framed() took the image to.
+template <class T>
+orva::image<T> unframed(const orva::image<T>& img, int nx, int ny, int dx, int dy) {
+  Shape shape = shapeOf(img);
+  shape.nx = nx;
+  shape.ny = ny;
+  return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, x + dx, y + dy, f); });
+}
+
+}  // namespace orva_test
+
+#endif
