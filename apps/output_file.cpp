@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <exception>
 #include <list>
 #include <system_error>
 
@@ -142,28 +141,14 @@ void writeFile(const fs::path& path, std::string_view content) {
   writeFiles({{path, std::string(content)}});
 }
 
-WorkDirectory* WorkDirectory::current_ = nullptr;
-
-void WorkDirectory::removeCurrent() {
-  if (current_ == nullptr) return;
-  try {
-    fs::remove_all(current_->path_);
-  } catch (const std::exception&) {
-    return;  // nothing can be said of it any more
-  }
-}
-
 WorkDirectory::WorkDirectory(const fs::path& result) {
   const fs::path parent = result.has_parent_path() ? result.parent_path() : ".";
   std::string name = (parent / ".orva-XXXXXX").string();
   if (::mkdtemp(name.data()) == nullptr) fail(result, errno);
   path_ = name;
-  [[maybe_unused]] static const int registered = std::atexit(removeCurrent);
-  current_ = this;
 }
 
 WorkDirectory::~WorkDirectory() {
-  current_ = nullptr;
   std::error_code ignored;
   fs::remove_all(path_, ignored);
 }

@@ -27,8 +27,7 @@ struct FileContent {
 void writeFiles(const std::vector<FileContent>& files);
 
 // A directory beside a result, for files that a library call writes by name. It goes away with this
-// object or, where the library ends the process, with that, and with it what has not been moved
-// out. Throws FileError with the result's path.
+// object, and with it what has not been moved out. Throws FileError with the result's path.
 class WorkDirectory {
  public:
   explicit WorkDirectory(const std::filesystem::path& result);
@@ -39,9 +38,6 @@ class WorkDirectory {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  static void removeCurrent();
-
-  static WorkDirectory* current_;  // there is one at a time
   std::filesystem::path path_;
 };
 
