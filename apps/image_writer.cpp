@@ -5,9 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <fstream>
-#include <iterator>
 #include <memory>
-#include <system_error>
 #include <utility>
 
 #include "apps/file_error.h"
@@ -76,36 +74,28 @@ Bytes greyBytes(const orva::Image& img, Fit fit) {
 
 std::string contentOf(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  std::string content(static_cast<std::size_t>(fs::file_size(file)), '\0');
+  if (!in.read(content.data(), static_cast<std::streamsize>(content.size()))) {
+    throw FileError(file.string() + " can not be read back");
+  }
+  return content;
 }
 
 // For files that are written by name: calls write(name in a work directory), and takes what it
-// wrote there as the content of `targets`, whose last names are the same. The last one, with the
-// pixels, must have at least `least` bytes.
+// wrote there as the content of `targets`, whose last names are the same.
 template <class Write>
-Files writtenByName(const fs::path& path, const std::vector<fs::path>& targets,
-                    std::uintmax_t least, Write write) {
+Files writtenByName(const fs::path& path, const std::vector<fs::path>& targets, Write write) {
   const WorkDirectory work(path);
   {
     const Silence silence;
     write((work.path() / path.filename()).string());
+    if (!silence.heard().empty()) throw FileError(path.string() + " can not be written");
   }
   Files files;
   for (const fs::path& target : targets) {
-    const fs::path made = work.path() / target.filename();
-    std::error_code missing;
-    const std::uintmax_t size = fs::file_size(made, missing);
-    const bool isData = target == targets.back();
-    if (missing || (isData && size < least)) {
-      throw FileError(target.string() + " can not be written");
-    }
-    files.push_back({target, contentOf(made)});
+    files.push_back({target, contentOf(work.path() / target.filename())});
   }
   return files;
-}
-
-std::uintmax_t pixelBytes(const orva::Image& img) {
-  return static_cast<std::uintmax_t>(img.npix()) * static_cast<std::uintmax_t>(img.pixelSize());
 }
 
 Files pgmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
@@ -134,7 +124,7 @@ Files ppmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   requireOnePlane(img, "PPM");
   const auto* colour = asColour(img);
   const Bytes planes = colour != nullptr ? colourPlanes(*colour) : greyBytes(img, fit);
-  return writtenByName(path, {path}, 3 * static_cast<std::uintmax_t>(img.npix()),
+  return writtenByName(path, {path},
                        [&](const std::string& name) { orva::image_io::writePPM(name, planes); });
 }
 
@@ -173,14 +163,14 @@ ImagePointer forIht(const orva::Image& img) {
 Files ihtFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result =
       fit == Fit::kStretched ? std::make_unique<Bytes>(greyBytes(img, fit)) : forIht(img);
-  return writtenByName(path, {path}, 40 + pixelBytes(*result),
+  return writtenByName(path, {path},
                        [&](const std::string& name) { orva::image_io::writeIHT(name, *result); });
 }
 
 // In bytes, the only pixels that UIF files are read with.
 Files uifFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const Bytes bytes = greyBytes(img, fit);
-  return writtenByName(path, {path}, 20 + pixelBytes(bytes),
+  return writtenByName(path, {path},
                        [&](const std::string& name) { orva::image_io::writeUIF(name, bytes); });
 }
 
@@ -207,16 +197,16 @@ void stateByteOrder(std::string& header, int bytes) {
 
 Files icsFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result = stretchedIfAsked(img, fit);
-  Files files =
-      writtenByName(path, filesOf(path.string()), pixelBytes(*result),
-                    [&](const std::string& name) { orva::image_io::writeICS(name, *result); });
+  Files files = writtenByName(path, filesOf(path.string()), [&](const std::string& name) {
+    orva::image_io::writeICS(name, *result);
+  });
   stateByteOrder(files.front().content, sampleBytes(*result));
   return files;
 }
 
 Files tiffFiles(const fs::path& path, const orva::Image& img, Fit fit) {
   const ImagePointer result = stretchedIfAsked(img, fit);
-  return writtenByName(path, {path}, pixelBytes(*result),
+  return writtenByName(path, {path},
                        [&](const std::string& name) { writeTiffFile(name, *result); });
 }
 

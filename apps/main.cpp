@@ -10,6 +10,7 @@
 #include "apps/filter_command.h"
 #include "apps/info_command.h"
 #include "apps/measure_command.h"
+#include "apps/temporary.h"
 #include "apps/vote_command.h"
 
 namespace {
@@ -51,6 +52,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like a full disk
+  orva_app::removeTemporariesAtTheEnd();
   try {
     return run(argc, argv);
   } catch (const std::exception& e) {

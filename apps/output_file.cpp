@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <list>
+#include <optional>
 #include <system_error>
 
 #include "apps/file_error.h"
@@ -66,6 +66,16 @@ int standardStream(const fs::path& path) {
   return isFileOf(STDERR_FILENO, path) ? STDERR_FILENO : -1;
 }
 
+// Behind the links that `path` is the first of; the last of them may lead to nothing yet.
+fs::path behindLinks(fs::path path) {
+  constexpr int kMostLinks = 40;  // as the system has it
+  std::error_code none;
+  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, none)); ++i) {
+    path = path.parent_path() / fs::read_symlink(path, none);
+  }
+  return path;
+}
+
 // A file that is complete under a temporary name beside its own. A path that is no regular file is
 // written to at once.
 class StagedFile {
@@ -81,23 +91,18 @@ class StagedFile {
     // Through a link the file behind it is replaced, not the link. A file without a name of its
     // own can only be written to.
     std::error_code unnamed;
-    target_ = fs::exists(status) ? fs::canonical(path_, unnamed) : path_;
+    target_ = fs::exists(status) ? fs::canonical(path_, unnamed) : behindLinks(path_);
+    if (fs::is_symlink(fs::symlink_status(target_, ignored))) fail(path_, ELOOP);
     if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
       writeDirectly(file.content);
     } else {
       writeBeside(file.content);
     }
   }
-  StagedFile(const StagedFile&) = delete;
-  StagedFile& operator=(const StagedFile&) = delete;
-  ~StagedFile() {
-    if (!temporary_.empty()) ::unlink(temporary_.c_str());
-  }
 
   void putInPlace() {
-    if (temporary_.empty()) return;
-    if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail(path_, errno);
-    temporary_.clear();
+    if (!temporary_) return;
+    if (const int error = temporary_->moveTo(target_); error != 0) fail(path_, error);
   }
 
  private:
@@ -109,31 +114,34 @@ class StagedFile {
 
   void writeBeside(std::string_view content) {
     // A short name: the target's own may be as long as names can be.
-    std::string name = (target_.parent_path() / ".orva-XXXXXX").string();
-    const int file = ::mkostemp(name.data(), O_CLOEXEC);
-    if (file < 0) fail(path_, errno);
-    int error = ::fchmod(file, modeOf(target_)) == 0 ? 0 : errno;
+    temporary_.emplace(target_.parent_path(), Temporary::Kind::kFile);
+    if (temporary_->error() != 0) fail(path_, temporary_->error());
+    const int file = temporary_->file();
+    const int error = ::fchmod(file, modeOf(target_)) == 0 ? 0 : errno;
     const int written = finish(file, content);
-    if (error == 0) error = written;
-    if (error != 0) {
-      ::unlink(name.c_str());
-      fail(path_, error);
-    }
-    temporary_ = name;
+    if (error != 0 || written != 0) fail(path_, error != 0 ? error : written);
   }
 
   fs::path path_;
   fs::path target_;
-  std::string temporary_;  // empty when there is none
+  std::optional<Temporary> temporary_;  // none where it is written directly
 };
 
 }  // namespace
+
+fs::path placeOf(const fs::path& path) {
+  std::error_code error;
+  const fs::path whole = fs::absolute(path, error);
+  const fs::path place = fs::weakly_canonical(behindLinks(whole), error);
+  return error ? whole.lexically_normal() : place;
+}
 
 bool isStandardOutput(const fs::path& path) { return isFileOf(STDOUT_FILENO, path); }
 
 void writeFiles(const std::vector<FileContent>& files) {
   std::list<StagedFile> staged;
   for (const FileContent& file : files) staged.emplace_back(file);
+  const SignalPause pause;
   for (StagedFile& file : staged) file.putInPlace();
 }
 
@@ -141,16 +149,10 @@ void writeFile(const fs::path& path, std::string_view content) {
   writeFiles({{path, std::string(content)}});
 }
 
-WorkDirectory::WorkDirectory(const fs::path& result) {
-  const fs::path parent = result.has_parent_path() ? result.parent_path() : ".";
-  std::string name = (parent / ".orva-XXXXXX").string();
-  if (::mkdtemp(name.data()) == nullptr) fail(result, errno);
-  path_ = name;
-}
-
-WorkDirectory::~WorkDirectory() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
+WorkDirectory::WorkDirectory(const fs::path& result)
+    : directory_(result.has_parent_path() ? result.parent_path() : ".",
+                 Temporary::Kind::kDirectory) {
+  if (directory_.error() != 0) fail(result, directory_.error());
 }
 
 }  // namespace orva_app

@@ -3,24 +3,13 @@
 #include <iostream>
 #include <new>
 #include <set>
-#include <system_error>
 
+#include "apps/output_file.h"
 #include "apps/text.h"
 
 namespace orva_app {
-namespace {
 
 namespace fs = std::filesystem;
-
-// Where a file is or would be, whatever its name. A name that leads nowhere stays as it is.
-fs::path placeOf(const fs::path& path) {
-  std::error_code error;
-  const fs::path whole = fs::absolute(path, error);
-  const fs::path place = fs::weakly_canonical(whole, error);
-  return error ? whole.lexically_normal() : place;
-}
-
-}  // namespace
 
 Subcommand::Subcommand(CLI::App& app, const std::string& name, const std::string& description,
                        const std::string& example)
@@ -36,10 +25,13 @@ void Subcommand::addFrameOption(std::optional<int>& frame) {
       ->option_text("K");
 }
 
-void reportFailure(const std::string& file, const std::exception& error) {
+const char* reasonOf(const std::exception& error) {
   const bool full = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
-  std::cerr << "orva: " << file << ": " << (full ? "needs more memory than there is" : error.what())
-            << '\n';
+  return full ? "needs more memory than there is" : error.what();
+}
+
+void reportFailure(const std::string& file, const std::exception& error) {
+  std::cerr << "orva: " << file << ": " << reasonOf(error) << '\n';
 }
 
 CLI::Validator numberIn(float low, float high) {

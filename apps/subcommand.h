@@ -37,6 +37,9 @@ class Subcommand {
   CLI::App* command_;
 };
 
+// What is wrong, in words that go behind a file's name.
+const char* reasonOf(const std::exception& error);
+
 // The line "orva: FILE: what is wrong" on standard error.
 void reportFailure(const std::string& file, const std::exception& error);
 

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 
 #include "apps/image_file.h"
@@ -180,6 +182,31 @@ Raster readPage(const TiffHandle& in) {
   return raster;
 }
 
+// A whole number of the file, in its byte order.
+std::uint64_t numberOf(std::istream& file, std::size_t bytes, bool bigEndian) {
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < bytes; ++i) {
+    const auto byte = static_cast<std::uint64_t>(file.get() & 0xFF);
+    value = bigEndian ? value << 8U | byte : value | byte << (8 * i);
+  }
+  return value;
+}
+
+// libtiff takes a page for the last one when the place of the next, at the end of its directory, is
+// cut off.
+void requireEnd(const TiffHandle& in, const std::string& path) {
+  const bool isBig = TIFFIsBigTIFF(in.handle()) != 0;
+  const std::uint64_t start = TIFFCurrentDirOffset(in.handle());
+  const std::uint64_t counterBytes = isBig ? 8 : 2;
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(start));
+  const std::uint64_t entries = numberOf(file, counterBytes, TIFFIsBigEndian(in.handle()) != 0);
+  const std::uint64_t end = start + counterBytes + entries * (isBig ? 20 : 12) + (isBig ? 8 : 4);
+  if (!file || std::filesystem::file_size(path) < end) {
+    throw FileError("is a damaged TIFF file: its last directory is cut off");
+  }
+}
+
 }  // namespace
 
 Raster readTiffFile(const std::string& path, int frame) {
@@ -197,6 +224,7 @@ void readTiffPages(const std::string& path, const std::function<void(const Raste
     if (TIFFReadDirectory(in.handle()) == 0) in.fail();
     take(readPage(in));
   }
+  requireEnd(in, path);
 }
 
 }  // namespace orva_app

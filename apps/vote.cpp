@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <system_error>
 
 #include "apps/file_error.h"
 #include "apps/output_file.h"
@@ -37,18 +36,13 @@ void requireFits(const orva::Image& img, int coneWidth, int maxRadius) {
   }
 }
 
-// Moves the complete pairs out of the work directory.
-void keepHistory(const fs::path& from, const fs::path& directory, const orva::Image& img) {
-  const auto bytes = static_cast<std::uintmax_t>(img.npix()) * sizeof(float);
+// Moves the pairs out of the work directory, all of them unless an error comes between.
+void keepHistory(const fs::path& from, const fs::path& directory) {
   for (const auto& entry : fs::directory_iterator(from)) {
     const fs::path target = directory / entry.path().filename();
-    std::error_code missing;  // a pixel file that is not there has no right size either
-    const bool complete =
-        fs::file_size(fs::path(entry.path()).replace_extension(".ids"), missing) == bytes;
-    if (!complete || fs::is_directory(target)) {
-      throw FileError(target.string() + " can not be written");
-    }
+    if (fs::is_directory(target)) throw FileError(target.string() + " can not be written");
   }
+  const SignalPause pause;
   for (const auto& entry : fs::directory_iterator(from)) {
     fs::rename(entry.path(), directory / entry.path().filename());
   }
@@ -73,10 +67,13 @@ VoteResult vote(const orva::Image& img, const VoteSettings& s,
     voting.saveHistory(true);
     voting.setPrefix((work.path() / prefix.filename()).string());
     {
-      const Silence silence;  // a pair that can not be written is reported once, below
+      const Silence silence;
       voting.compute(img);
+      if (silence.heard().find("image_io::writeICS") != std::string::npos) {
+        throw FileError("the history " + *history + "vote_* can not be written");
+      }
     }
-    keepHistory(work.path(), directory, img);
+    keepHistory(work.path(), directory);
   } else {
     voting.compute(img);
   }

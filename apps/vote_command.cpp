@@ -9,6 +9,7 @@
 #include <iostream>
 #include <system_error>
 
+#include "apps/child_process.h"
 #include "apps/file_error.h"
 #include "apps/image_file.h"
 #include "apps/output_file.h"
@@ -208,6 +209,21 @@ void VoteCommand::voteOnOne() const {
   }
 }
 
+std::string VoteCommand::voteOnNext(const std::string& file) const {
+  const auto start = std::chrono::steady_clock::now();
+  const std::string stem = fs::path(file).stem().string();
+  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
+  const VoteResult result =
+      vote(*img, settings_,
+           history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());
+  const fs::path out(*outDirectory_);
+  writeFiles({{out / (stem + extension()), table(file, *img, result)},
+              {out / (stem + ".png"), overlayAsPng(*img, result.centers, settings_.maxRadius)}});
+  const auto time = std::chrono::steady_clock::now() - start;
+  return csvField(file) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) + ',' +
+         std::to_string(result.centers.size()) + ',' + seconds(time) + '\n';
+}
+
 int VoteCommand::voteOnAll() const {
   const fs::path out(*outDirectory_);
   std::error_code made;
@@ -218,20 +234,10 @@ int VoteCommand::voteOnAll() const {
   int status = 0;
   for (std::size_t i = 0; i < images_.size(); ++i) {
     const std::string& file = images_[i];
-    const std::string stem = fs::path(file).stem().string();
     progress.show(i, file);
     try {
-      const auto start = std::chrono::steady_clock::now();
-      const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
-      const VoteResult result =
-          vote(*img, settings_,
-               history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());
-      writeFile(out / (stem + extension()), table(file, *img, result));
-      writeFile(out / (stem + ".png"), overlayAsPng(*img, result.centers, settings_.maxRadius));
-      const auto time = std::chrono::steady_clock::now() - start;
-      summary += csvField(file) + ',' + std::to_string(img->nx()) + ',' +
-                 std::to_string(img->ny()) + ',' + std::to_string(result.centers.size()) + ',' +
-                 seconds(time) + '\n';
+      // The library ends the process when memory runs out; the other images are to be done still.
+      summary += inChildProcess([&] { return voteOnNext(file); });
     } catch (const std::exception& error) {
       progress.clear();
       reportFailure(file, error);

@@ -1,4 +1,6 @@
 // IHT, UIF and PPM files that are cut or lie about themselves.
+#include <sys/stat.h>
+
 #include <limits>
 
 #include "tests/apps/conversions.h"
@@ -57,6 +59,30 @@ TEST_F(DamagedFiles, EveryCutPpmFileFails) {
     box.write("in.ppm", whole.substr(0, size));
     EXPECT_TRUE(failedWithOneLine(convert("in.ppm", "out.tif"), "in.ppm",
                                   "is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif"));
+  }
+}
+
+// Two pages, of which a cut must not leave one.
+TEST_F(DamagedFiles, EveryCutPgmPngAndTiffFileFails) {
+  struct Case {
+    std::string name;
+    std::size_t magic;  // bytes that tell the format
+    int planes;
+  };
+  box.write("old.iht", "an old result");
+  for (const Case& c : {Case{"in.pgm", 2, 1}, Case{"in.png", 8, 1}, Case{"in.tif", 4, 2}}) {
+    writeContent(box / c.name, randomContent(orva::BYTE, {4, 3, c.planes}, 0, 255, 3));
+    const std::string whole = box.read(c.name);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+      SCOPED_TRACE(c.name + ' ' + std::to_string(size));
+      box.write(c.name, whole.substr(0, size));
+      const std::string words = size < c.magic ? "is not a PGM, " : "is a damaged ";
+      EXPECT_TRUE(failedWithOneLine(convert(c.name, "old.iht"), c.name, words));
+      EXPECT_TRUE(failedWithOneLine(box.run({"info", c.name}), c.name, words));
+    }
+    box.write(c.name, whole);
+    EXPECT_TRUE(succeeded(box.run({"info", c.name})));
+    EXPECT_EQ(box.read("old.iht"), "an old result");
   }
 }
 
@@ -202,6 +228,8 @@ TEST_F(DamagedFiles, WhatIsNoImageFails) {
   box.write("pair.ics", "");
   std::filesystem::create_directory(box / "folder.iht");
   std::filesystem::create_symlink("nowhere", box / "link.uif");
+  ASSERT_EQ(::mkfifo((box / "pipe.pgm").c_str(), 0600), 0);
+  ASSERT_EQ(::mkfifo((box / "pipe.iht").c_str(), 0600), 0);
   const std::vector<std::pair<std::string, std::string>> cases{
       {"missing.pgm", "can not be opened: No such file or directory\n"},
       {"missing.iht", "can not be opened: No such file or directory\n"},
@@ -212,6 +240,8 @@ TEST_F(DamagedFiles, WhatIsNoImageFails) {
       {"", "can not be opened: No such file or directory\n"},
       {"folder.iht", "is a directory\n"},
       {"/dev/null", "is not a regular file\n"},
+      {"pipe.pgm", "is not a regular file\n"},
+      {"pipe.iht", "is not a regular file\n"},
       {"empty.pgm", "is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif\n"},
       {"text.tif", "is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif\n"},
   };

@@ -125,6 +125,33 @@ TEST_F(OutputFile, ThroughALinkItsTargetIsReplaced) {
   EXPECT_TRUE(marksEach(parseCsv(box.read("old")), kTwoDiscs));
 }
 
+// As by other programs that write.
+TEST_F(OutputFile, ThroughALinkToNothingItsTargetIsMade) {
+  fs::create_symlink("taken/new", box / "link");
+  fs::create_symlink("link", box / "longer");
+  fs::create_symlink((box / "far").string(), box / "absolute");
+  EXPECT_TRUE(succeeded(vote({"--centers", "longer", "--overlay", "absolute"})));
+  for (const std::string link : {"link", "longer", "absolute"}) {
+    EXPECT_TRUE(fs::is_symlink(box / link));
+  }
+  EXPECT_TRUE(marksEach(parseCsv(box.read("taken/new")), kTwoDiscs));
+  EXPECT_TRUE(box.read("far").starts_with("\x89PNG"));
+  EXPECT_EQ(box.names(), (std::vector<std::string>{"absolute", "discs.pgm", "far", "link", "longer",
+                                                   "old", "taken", "taken/inside", "taken/new"}));
+}
+
+TEST_F(OutputFile, ALinkThatCanNotLeadToAFileFails) {
+  fs::create_symlink("missing/new", box / "link");
+  fs::create_symlink("turn", box / "round");
+  fs::create_symlink("round", box / "turn");
+  before = box.names();
+  EXPECT_TRUE(failedWithOneLine(vote({"--centers", "link"}), "discs.pgm",
+                                "link can not be written: No such file or directory"));
+  EXPECT_TRUE(failedWithOneLine(vote({"--centers", "round"}), "discs.pgm",
+                                "round can not be written: Too many levels of symbolic links"));
+  expectUntouched();
+}
+
 TEST_F(OutputFile, AnImageIsNeverReplacedByAResult) {
   fs::create_symlink("discs.pgm", box / "link.pgm");
   fs::create_directory_symlink(".", box / "here");
@@ -143,10 +170,14 @@ TEST_F(OutputFile, AnImageIsNeverReplacedByAResult) {
 
 TEST_F(OutputFile, TwoResultsDoNotGoToOneFile) {
   fs::create_directory_symlink("taken", box / "link");
-  const std::vector<std::vector<std::string>> pairs{
-      {"new", "new"},          {"new", "./new"},
-      {"old", "./old"},        {"taken/new", "link/new"},
-      {"new", "taken/../new"}, {"taken/missing/new", "link/missing/new"}};
+  fs::create_symlink("new", box / "to-new");
+  const std::vector<std::vector<std::string>> pairs{{"new", "to-new"},
+                                                    {"new", "new"},
+                                                    {"new", "./new"},
+                                                    {"old", "./old"},
+                                                    {"taken/new", "link/new"},
+                                                    {"new", "taken/../new"},
+                                                    {"taken/missing/new", "link/missing/new"}};
   const std::vector<std::string> names = box.names();
   for (const auto& pair : pairs) {
     SCOPED_TRACE(::testing::PrintToString(pair));

@@ -19,18 +19,9 @@ class ResultFiles : public ::testing::Test {
     remember();
   }
 
-  void remember() { before_ = state(); }
+  void remember() { before_ = box.state(); }
 
-  // Names and contents of all regular files.
-  std::vector<std::pair<std::string, std::string>> state() const {
-    std::vector<std::pair<std::string, std::string>> result;
-    for (const std::string& name : box.names()) {
-      result.emplace_back(name, fs::is_regular_file(box / name) ? box.read(name) : "");
-    }
-    return result;
-  }
-
-  void expectUntouched() const { EXPECT_EQ(state(), before_); }
+  void expectUntouched() const { EXPECT_EQ(box.state(), before_); }
 
   Sandbox box;
 

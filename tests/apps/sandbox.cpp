@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +16,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "tests/support/resource_limit.h"
+
 namespace orva_test {
 namespace {
 
@@ -28,39 +29,57 @@ int checked(int result, const char* call) {
   return result;
 }
 
-// What the child writes into a stream. A file rather than a pipe, so that nobody waits for a
-// reader; or a terminal, where that is asked for.
+// What the child writes into a stream.
 class Capture {
  public:
-  explicit Capture(bool terminal) {
-    if (!terminal) {
-      file_ = std::tmpfile();
-      own_ = child_ = checked(file_ == nullptr ? -1 : ::fileno(file_), "tmpfile");
-      return;
+  enum class Into {
+    kFile,  // so that nobody waits for a reader
+    kPipe,  // for few words, where files can not grow
+    kTerminal,
+    kNothing,  // a pipe without a reader
+  };
+
+  explicit Capture(Into into) {
+    switch (into) {
+      case Into::kFile: {
+        std::FILE* file = std::tmpfile();
+        own_ = checked(file == nullptr ? -1 : ::dup(::fileno(file)), "tmpfile");
+        std::fclose(file);
+        child_ = own_;
+        break;
+      }
+      case Into::kPipe:
+      case Into::kNothing: {
+        std::array<int, 2> ends{};
+        checked(::pipe2(ends.data(), O_CLOEXEC), "pipe2");
+        own_ = ends[0];
+        child_ = ends[1];
+        if (into == Into::kNothing) closeOwn();
+        break;
+      }
+      case Into::kTerminal:
+        own_ = checked(::posix_openpt(O_RDWR | O_NOCTTY), "posix_openpt");
+        checked(::grantpt(own_), "grantpt");
+        checked(::unlockpt(own_), "unlockpt");
+        child_ = checked(::open(::ptsname(own_), O_RDWR | O_NOCTTY), "open");
     }
-    own_ = checked(::posix_openpt(O_RDWR | O_NOCTTY), "posix_openpt");
-    checked(::grantpt(own_), "grantpt");
-    checked(::unlockpt(own_), "unlockpt");
-    child_ = checked(::open(::ptsname(own_), O_RDWR | O_NOCTTY), "open");
   }
   Capture(const Capture&) = delete;
   Capture& operator=(const Capture&) = delete;
   ~Capture() {
-    if (file_ != nullptr) {
-      std::fclose(file_);
-    } else {
-      ::close(own_);
-    }
+    closeChild();
+    closeOwn();
   }
 
   int forChild() const { return child_; }
 
   // After the child's end; once.
-  std::string text() const {
-    if (file_ != nullptr) {
+  std::string text() {
+    if (own_ < 0) return "";
+    if (own_ == child_) {
       ::lseek(own_, 0, SEEK_SET);
     } else {
-      ::close(child_);  // else the terminal has no end
+      closeChild();  // else a terminal or a pipe has no end
     }
     std::string all;
     std::array<char, 4096> piece{};
@@ -71,7 +90,15 @@ class Capture {
   }
 
  private:
-  std::FILE* file_ = nullptr;
+  void closeOwn() {
+    if (own_ >= 0) ::close(own_);
+    own_ = -1;
+  }
+  void closeChild() {
+    if (child_ >= 0 && child_ != own_) ::close(child_);
+    child_ = -1;
+  }
+
   int own_ = -1;
   int child_ = -1;
 };
@@ -90,47 +117,34 @@ class FileActions {
   posix_spawn_file_actions_t actions_{};
 };
 
-// Holds what a child of this process has of a resource below `most`, unless that is negative.
-class Limit {
+// Signals do in the child what they do in a command of a shell, whatever they do here.
+class Attributes {
  public:
-  Limit(__rlimit_resource resource, long most) : resource_(resource), isSet_(most >= 0) {
-    if (!isSet_) return;
-    checked(::getrlimit(resource_, &before_), "getrlimit");
-    set(static_cast<rlim_t>(most));
+  explicit Attributes(int ignored) {
+    ::posix_spawnattr_init(&attributes_);
+    sigset_t usual{};
+    ::sigemptyset(&usual);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+      if (signal != ignored) ::sigaddset(&usual, signal);
+    }
+    ::posix_spawnattr_setsigdefault(&attributes_, &usual);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
+    if (ignored != 0) before_ = std::signal(ignored, SIG_IGN);
+    ignored_ = ignored;
   }
-  Limit(const Limit&) = delete;
-  Limit& operator=(const Limit&) = delete;
-  ~Limit() {
-    if (isSet_) set(before_.rlim_cur);
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+  ~Attributes() {
+    ::posix_spawnattr_destroy(&attributes_);
+    if (ignored_ != 0) std::signal(ignored_, before_);
   }
+
+  const posix_spawnattr_t* get() const { return &attributes_; }
 
  private:
-  void set(rlim_t most) const {
-    const rlimit limit{most, before_.rlim_max};
-    ::setrlimit(resource_, &limit);
-  }
-
-  __rlimit_resource resource_;
-  bool isSet_;
-  rlimit before_{};
-};
-
-// The same for the size of files. Writing more is an error and no signal.
-class FileLimit {
- public:
-  explicit FileLimit(long most) : limit_(RLIMIT_FSIZE, most), isSet_(most >= 0) {
-    if (isSet_) action_ = std::signal(SIGXFSZ, SIG_IGN);
-  }
-  FileLimit(const FileLimit&) = delete;
-  FileLimit& operator=(const FileLimit&) = delete;
-  ~FileLimit() {
-    if (isSet_) std::signal(SIGXFSZ, action_);
-  }
-
- private:
-  Limit limit_;
-  bool isSet_;
-  void (*action_)(int) = SIG_DFL;
+  posix_spawnattr_t attributes_{};
+  int ignored_ = 0;
+  void (*before_)(int) = SIG_DFL;
 };
 
 }  // namespace
@@ -146,18 +160,49 @@ Sandbox::~Sandbox() {
   fs::remove_all(path_, ignored);
 }
 
-Outcome Sandbox::run(const std::vector<std::string>& arguments, const Streams& streams) const {
-  const Capture out(false);
-  const Capture err(streams.terminal);
+struct Running::Captures {
+  explicit Captures(const Streams& streams)
+      : out(streams.noReader           ? Capture::Into::kNothing
+            : streams.largestFile >= 0 ? Capture::Into::kPipe
+                                       : Capture::Into::kFile),
+        err(streams.terminal           ? Capture::Into::kTerminal
+            : streams.largestFile >= 0 ? Capture::Into::kPipe
+                                       : Capture::Into::kFile) {}
+
+  Capture out;
+  Capture err;
+};
+
+Running::Running(int child, std::unique_ptr<Captures> captures)
+    : child_(child), captures_(std::move(captures)) {}
+
+Running::~Running() {
+  if (child_ == 0) return;
+  ::kill(child_, SIGKILL);
+  ::waitpid(child_, nullptr, 0);
+}
+
+void Running::send(int signal) const { checked(::kill(child_, signal), "kill"); }
+
+Outcome Running::outcome() {
+  int status = 0;
+  checked(::waitpid(child_, &status, 0), "waitpid");
+  child_ = 0;
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), captures_->out.text(),
+          captures_->err.text()};
+}
+
+Running Sandbox::start(const std::vector<std::string>& arguments, const Streams& streams) const {
+  auto captures = std::make_unique<Running::Captures>(streams);
   FileActions actions;
   ::posix_spawn_file_actions_addchdir_np(actions.get(), path_.c_str());
   ::posix_spawn_file_actions_addopen(actions.get(), STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   if (streams.out != nullptr) {
     ::posix_spawn_file_actions_addopen(actions.get(), STDOUT_FILENO, streams.out, O_WRONLY, 0);
   } else {
-    ::posix_spawn_file_actions_adddup2(actions.get(), out.forChild(), STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(actions.get(), captures->out.forChild(), STDOUT_FILENO);
   }
-  ::posix_spawn_file_actions_adddup2(actions.get(), err.forChild(), STDERR_FILENO);
+  ::posix_spawn_file_actions_adddup2(actions.get(), captures->err.forChild(), STDERR_FILENO);
 
   std::vector<std::string> words{"orva"};
   words.insert(words.end(), arguments.begin(), arguments.end());
@@ -169,14 +214,18 @@ Outcome Sandbox::run(const std::vector<std::string>& arguments, const Streams& s
   pid_t child = 0;
   int error = 0;
   {
-    const FileLimit files(streams.largestFile);
-    const Limit memory(RLIMIT_AS, streams.mostMemory);
-    error = ::posix_spawn(&child, ORVA_COMMAND, actions.get(), nullptr, argv.data(), ::environ);
+    const Attributes attributes(streams.ignored);
+    const ResourceLimit files(RLIMIT_FSIZE, streams.largestFile);
+    const ResourceLimit memory(RLIMIT_AS, streams.mostMemory);
+    error = ::posix_spawn(&child, ORVA_COMMAND, actions.get(), attributes.get(), argv.data(),
+                          ::environ);
   }
   if (error != 0) throw std::system_error(error, std::generic_category(), ORVA_COMMAND);
-  int status = 0;
-  checked(::waitpid(child, &status, 0), "waitpid");
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), out.text(), err.text()};
+  return {child, std::move(captures)};
+}
+
+Outcome Sandbox::run(const std::vector<std::string>& arguments, const Streams& streams) const {
+  return start(arguments, streams).outcome();
 }
 
 void Sandbox::write(std::string_view name, std::string_view content) const {
@@ -199,6 +248,14 @@ std::vector<std::string> Sandbox::names() const {
   }
   std::sort(found.begin(), found.end());
   return found;
+}
+
+std::vector<std::pair<std::string, std::string>> Sandbox::state() const {
+  std::vector<std::pair<std::string, std::string>> result;
+  for (const std::string& name : names()) {
+    result.emplace_back(name, fs::is_regular_file(path_ / name) ? read(name) : "");
+  }
+  return result;
 }
 
 namespace {

@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orva_test {
@@ -22,8 +24,29 @@ struct Outcome {
 struct Streams {
   const char* out = nullptr;  // a file or a device instead
   bool terminal = false;      // standard error is a terminal
+  bool noReader = false;      // standard output is a pipe that nobody reads
   long largestFile = -1;      // no file grows past these bytes, as on a full disk
-  long mostMemory = -1;       // the bytes of address space that there are
+  long mostMemory = -1;       // no more bytes of address space than these
+  int ignored = 0;            // a signal that is ignored
+};
+
+// A run of the command that is under way.
+class Running {
+ public:
+  ~Running();  // ends it if that has not happened
+
+  void send(int signal) const;
+  // Waits for the end; to be called once.
+  Outcome outcome();
+
+ private:
+  friend class Sandbox;
+  struct Captures;
+
+  Running(int child, std::unique_ptr<Captures> captures);
+
+  int child_;
+  std::unique_ptr<Captures> captures_;
 };
 
 // A directory of its own, removed with everything in it in the end.
@@ -38,11 +61,14 @@ class Sandbox {
 
   // Runs the command here with these arguments.
   Outcome run(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
+  Running start(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
 
   void write(std::string_view name, std::string_view content) const;
   std::string read(std::string_view name) const;
   // All files and directories, hidden ones too, as sorted relative names.
   std::vector<std::string> names() const;
+  // The same with the contents of the regular ones.
+  std::vector<std::pair<std::string, std::string>> state() const;
 
  private:
   std::filesystem::path path_;

@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "orva/image_io/icsparser.h"
 #include "orva/image_io/image_io.h"
 #include "tests/support/files.h"
 #include "tests/support/images.h"
@@ -104,6 +107,35 @@ TEST_F(FilesInAForeignLocale, OfPgmAreReadTheSame) {
   orva_test::writeFile(dir().file("b.pgm"), "P5\n2000 1001\n255\n" + pixels);
   const ForeignLocale foreign;
   const std::unique_ptr<image<unsigned char>> read(orva::image_io::readPGM(dir().file("b.pgm")));
+  ASSERT_NE(read, nullptr);
+  EXPECT_TRUE(orva_test::sameImage(*read, img));
+}
+
+TEST_F(FilesInAForeignLocale, OfIcsAreParsedTheSame) {
+  orva::image_io::writeICS(dir().file("b"), wide());
+  const ForeignLocale foreign;
+  char* dataset = nullptr;
+  char* type = nullptr;
+  std::array<int, 6> v{};
+  ASSERT_NE(parse_ics_header_file(dir().file("b.ics").c_str(), &dataset, &type, &v[0], &v[1], &v[2],
+                                  &v[3], &v[4], &v[5]),
+            0);
+  EXPECT_STREQ(dataset, "b");
+  EXPECT_EQ(v, (std::array<int, 6>{2000, 1001, 1, 1, 1, 1}));
+  std::free(dataset);
+  std::free(type);
+}
+
+TEST_F(FilesInAForeignLocale, OfUifAndIhtAreTheSame) {
+  const image<unsigned char> img = wide();
+  expectSame(
+      [&](const std::string& name) {
+        orva::image_io::writeUIF(name + ".uif", img);
+        orva::image_io::writeIHT(name + ".iht", img);
+      },
+      {".uif", ".iht"});
+  const ForeignLocale foreign;
+  const std::unique_ptr<orva::Image> read(orva::image_io::readIHT(dir().file("foreign/b.iht")));
   ASSERT_NE(read, nullptr);
   EXPECT_TRUE(orva_test::sameImage(*read, img));
 }

@@ -2,9 +2,14 @@
 #ifndef ORVA_TESTS_SUPPORT_LOCALE_H
 #define ORVA_TESTS_SUPPORT_LOCALE_H
 
+#include <algorithm>
 #include <clocale>
+#include <cstdlib>
+#include <filesystem>
 #include <locale>
 #include <string>
+
+#include "tests/support/files.h"
 
 namespace orva_test {
 
@@ -16,16 +21,63 @@ class ForeignDigits : public std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
 };
 
-// Makes these digits those of all new streams to the end of the scope and, where the machine has a
-// locale with a decimal comma, those of the C functions too.
+// An environment variable with another value to the end of the scope.
+class Environment {
+ public:
+  Environment(const char* name, const std::string& value) : name_(name) {
+    const char* before = std::getenv(name);
+    wasSet_ = before != nullptr;
+    if (wasSet_) before_ = before;
+    ::setenv(name, value.c_str(), 1);
+  }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+  ~Environment() {
+    if (wasSet_) {
+      ::setenv(name_, before_.c_str(), 1);
+    } else {
+      ::unsetenv(name_);
+    }
+  }
+
+ private:
+  const char* name_;
+  bool wasSet_ = false;
+  std::string before_;
+};
+
+// A locale with a decimal comma for the C functions of this process and its children, on a machine
+// that may have none: that of the C library for UTF-8, with its decimal point changed in a copy.
+class CommaLocale {
+ public:
+  static constexpr const char* kName = "xx_XX.utf8";
+
+  CommaLocale() : path_("LOCPATH", folder_.file("")) {
+    namespace fs = std::filesystem;
+    const fs::path copy = folder_.file(kName);
+    std::error_code missing;
+    fs::copy("/usr/lib/locale/C.utf8", copy, fs::copy_options::recursive, missing);
+    if (missing) return;
+    const std::string file = copy / "LC_NUMERIC";
+    std::string numeric = readFile(file);
+    std::replace(numeric.begin(), numeric.end(), '.', ',');
+    fs::remove(file);
+    writeFile(file, numeric);
+  }
+
+ private:
+  TempDir folder_;
+  Environment path_;
+};
+
+// Makes these digits those of all new streams to the end of the scope, and those of the C functions
+// too.
 class ForeignLocale {
  public:
   ForeignLocale()
       : previous_(std::locale::global(std::locale(std::locale::classic(), new ForeignDigits))),
         previousC_(std::setlocale(LC_ALL, nullptr)) {
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8"}) {
-      if (std::setlocale(LC_ALL, name) != nullptr) break;
-    }
+    std::setlocale(LC_ALL, CommaLocale::kName);
   }
   ForeignLocale(const ForeignLocale&) = delete;
   ForeignLocale& operator=(const ForeignLocale&) = delete;
@@ -35,6 +87,7 @@ class ForeignLocale {
   }
 
  private:
+  CommaLocale comma_;
   std::locale previous_;
   std::string previousC_;
 };

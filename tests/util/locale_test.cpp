@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "orva/util/fnp.h"
 #include "orva/util/global.h"
+#include "tests/support/files.h"
 
 namespace {
 
@@ -26,8 +29,10 @@ TEST(ForeignLocale, ChangesStreamsAndIsTakenBack) {
   {
     const ForeignLocale foreign;
     EXPECT_EQ(streamed(1234.5), "1.234,5");
+    EXPECT_EQ(std::strtod("1,5", nullptr), 1.5);
   }
   EXPECT_EQ(streamed(1234.5), "1234.5");
+  EXPECT_EQ(std::strtod("1,5", nullptr), 1.0);
   EXPECT_EQ(std::setlocale(LC_ALL, nullptr), name);
 }
 
@@ -60,6 +65,18 @@ TEST(FromText, IsTheSameInEveryLocale) {
     EXPECT_EQ(orva::toInt(row.text), row.whole) << row.text;
     EXPECT_EQ(orva::toFloat(row.text), row.number) << row.text;
   }
+}
+
+TEST(Configure, IsTheSameInEveryLocale) {
+  const orva_test::TempDir dir;
+  orva_test::writeFile(dir.file("c"), "sigma = 1234.5\nlevels = 1.234.567\nshare\t-0,25\n");
+  const ForeignLocale foreign;
+  const orva::Configure configuration(dir.file("c"));
+  std::string sigma = configuration.property("sigma");
+  EXPECT_EQ(sigma, "1234.5");
+  EXPECT_EQ(orva::toFloat(sigma), 1234.5F);
+  EXPECT_EQ(configuration.property("levels"), "1.234.567");
+  EXPECT_EQ(configuration.property("share"), "-0,25");
 }
 
 }  // namespace

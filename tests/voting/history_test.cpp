@@ -6,8 +6,10 @@
 
 #include "orva/voting/circularvoting.h"
 #include "tests/support/files.h"
+#include "tests/support/heard.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
+#include "tests/support/resource_limit.h"
 #include "tests/voting/probe.h"
 
 namespace {
@@ -169,6 +171,34 @@ TEST_F(History, ThatCannotBeWrittenDoesNotChangeTheResult) {
             std::string::npos);
   orva_test::expectSameVoting(probe, reference::compute(params, img));
   EXPECT_TRUE(names().empty());
+}
+
+// The pixels of a pair have 3848 bytes, its header some hundreds.
+TEST_F(History, ThatIsCutOffIsReportedPairByPairAndDoesNotChangeTheResult) {
+  const VotingParams params = paramsOf(20, 10);
+  const auto img = discImage<unsigned char>({37, 26}, {{12, 11, 6}, {28, 16, 5}}, 200, 30);
+  const reference::Voting twin = reference::compute(params, img);
+  computed(params, "", img);
+  for (const std::size_t room : {0U, 1U, 100U, 1000U, 3847U, 3848U}) {
+    SCOPED_TRACE(room);
+    std::string expected;
+    for (const char* label : {"10", "06", "04", "02", "01", "00"}) {
+      for (const char* extension : {".ics", ".ids"}) {
+        const std::string name = "vote_" + std::string(label) + extension;
+        if (room >= content(name).size()) continue;
+        expected += "In image_io::writeICS\n   Error in writing " + prefix("cut_" + name) + "\n";
+      }
+    }
+    Probe probe(params);
+    probe.setPrefix(prefix("cut_"));
+    probe.saveHistory(true);
+    const std::string heard = orva_test::heardFrom([&] {
+      const orva_test::ResourceLimit limit(RLIMIT_FSIZE, static_cast<long>(room));
+      probe.compute(img);
+    });
+    EXPECT_EQ(heard, expected);
+    orva_test::expectSameVoting(probe, twin);
+  }
 }
 
 TEST_F(History, DoesNotChangeTheResult) {
