@@ -1,4 +1,5 @@
-// The operations on images, each beside its plain twin. The first byte chooses one of them.
+// The operations on images, each beside its plain twin. The first byte chooses one of them, which
+// takes bytes for its image and parameters; those that are left are for more.
 #include <array>
 
 #include "tests/fuzz/operations/operations.h"
@@ -58,14 +59,16 @@ constexpr std::array<Operation, 45> operations{
 
 constexpr std::size_t places = 64;  // of which the last are still free
 static_assert(operations.size() <= places);
+constexpr int most = 40;  // operations of one input
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   orva_fuzz::Input in(data, size);
-  const std::size_t place = in.take<std::uint8_t>() % places;
-  if (place >= operations.size()) return 0;
   const orva_fuzz::Captured captured;
-  operations.at(place)(in);
+  for (int n = 0; n < most && !in.isEmpty(); ++n) {
+    const std::size_t place = in.take<std::uint8_t>() % places;
+    if (place < operations.size()) operations.at(place)(in);
+  }
   return 0;
 }
