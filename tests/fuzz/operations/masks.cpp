@@ -99,7 +99,9 @@ void chamfer(Input& in) {
 }
 
 void propagate(Input& in) {
-  const float maxDistance = takeFloat(in);
+  // Whole numbers are distances that pixels have.
+  const bool isWhole = takeBool(in);
+  const float maxDistance = isWhole ? static_cast<float>(in.between(0, 6)) : takeFloat(in);
   const Shape shape = takeShape(in);
   image<short> labels = takeLabels(in, shape, 32767);
   image<short> twin = labels.duplicate();
