@@ -74,6 +74,20 @@ std::string described(const VotingParams& p) {
   return text;
 }
 
+// A NaN is the largest magnitude where it is the first, and then the others are not divided by it.
+TEST(Voting, OfAnImageWithANanEqualsItsTwin) {
+  const image<float> img = orva_test::oneDisc();
+  for (const int at : {0, 1, img.npix() - 1}) {
+    image<float> marked = img.duplicate();
+    marked.pixels()[at] = std::numeric_limits<float>::quiet_NaN();
+    for (const bool absolute : {false, true}) {
+      VotingParams params;
+      params.absoluteValues = absolute;
+      EXPECT_GT(expectLikeTwin(params, marked), 0U) << at;
+    }
+  }
+}
+
 TEST(Voting, OfDiscsWithRandomSettingsEqualsItsTwin) {
   Random random(1);
   int fruitful = 0;

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "tests/support/reference/bip.h"
+#include "tests/support/reference/image.h"
 #include "tests/support/reference/selection.h"
 
 namespace reference {
@@ -27,12 +28,13 @@ struct Levels {
 
 Levels levelsOf(const std::vector<float>& values) {
   Levels levels;
-  levels.low = static_cast<std::int64_t>(*std::min_element(values.begin(), values.end()));
-  levels.high = static_cast<std::int64_t>(*std::max_element(values.begin(), values.end()));
+  levels.low = Typed<int>::fromFloat(*std::min_element(values.begin(), values.end()));
+  levels.high = Typed<int>::fromFloat(*std::max_element(values.begin(), values.end()));
+  const auto most = static_cast<double>(levels.high - levels.low);
   for (const float v : values) {
     const float above = v - static_cast<float>(levels.low);
-    levels.aboveLow.push_back(
-        std::clamp<std::int64_t>(static_cast<std::int64_t>(above), 0, levels.high - levels.low));
+    const double held = std::isnan(above) ? 0.0 : std::clamp(double{above}, 0.0, most);
+    levels.aboveLow.push_back(static_cast<std::int64_t>(held));
   }
   std::sort(levels.aboveLow.begin(), levels.aboveLow.end(), std::greater<>());
   return levels;

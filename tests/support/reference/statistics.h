@@ -8,7 +8,7 @@
 
 namespace reference {
 
-// For pixels whose values fit 32 bits, and for numbers and shares in range.
+// For numbers and shares in range.
 float topByPixelNumber(const orva::Image& img, int numpix);
 float topByPercentage(const orva::Image& img, float p);
 float meanOfTopByPercentage(const orva::Image& img, float p);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tests/support/reference/bip.h"
+#include "tests/support/reference/image.h"
 #include "tests/support/reference/scalespace.h"
 
 namespace reference {
@@ -86,7 +87,6 @@ image<float> magnitudes(const VotingParams& s, const orva::Image& img, image<flo
                         image<float>& gy) {
   image<float> m(img.nx(), img.ny(), 1, 1, 1);
   const float sign = s.regionType == 1 ? -1.0F : 1.0F;
-  float most = 0.0F;
   for (int i = 0; i < m.npix(); ++i) {
     float& x = gx.pixels()[i];
     float& y = gy.pixels()[i];
@@ -98,8 +98,9 @@ image<float> magnitudes(const VotingParams& s, const orva::Image& img, image<flo
       y /= norm;
     }
     m.pixels()[i] = norm;
-    most = std::max(most, norm);
   }
+  // From the first on: a NaN there is the largest, and none is selected.
+  const float most = Typed<float>::largest(m);
   for (int i = 0; i < m.npix() && most > 0.001; ++i) {
     float& v = m.pixels()[i];
     if (v < s.gradThreshold) {
