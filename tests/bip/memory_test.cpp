@@ -82,12 +82,12 @@ TEST_F(BipWithoutMemory, DistancesAndMasksEndTheProcess) {
 
 // Scratch rows are all that these take.
 TEST_F(BipWithoutMemory, RowsEndTheProcess) {
-  const int width = 400000;
-  expect("erode labels", [width] {
+  constexpr int width = 400000;
+  expect("erode labels", [] {
     image<short> labels = blank<short>({width, 3});
     orva::bip::erode(labels);
   });
-  expect("dilate", [width] {
+  expect("dilate", [] {
     image<unsigned char> mask = blank<unsigned char>({width, 3});
     orva::bip::dilate(mask);
   });
