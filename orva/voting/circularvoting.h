@@ -154,10 +154,10 @@ class ORVA_EXPORT CircularVoting {
   /// CircularVoting::compute" and "   Warning: image is too large, no centers". In both cases
   /// votingImage() is black, or null where width times height does not fit 32 bits. When memory
   /// runs out, "Error: out of memory" goes to standard error and the process ends with status 1.
-  /// Cost: for each pass, the voting points times the cells of a cone; the gradient, the pixels times
-  /// the sigma. The cones take memory by the product of farthest distance and width, and two
-  /// accumulators hold the image with its margin: for a farthest distance of 12000 some 5 gigabytes,
-  /// however small the image is.
+  /// Cost: for each pass, the voting points times the cells of a cone; the gradient, the pixels
+  /// times the sigma. The cones take memory by the product of farthest distance and width, and two
+  /// accumulators hold the image with its margin: for a farthest distance of 12000 some 5
+  /// gigabytes, however small the image is.
   void compute(const Image& img);
 
   /// After compute(): the mean vote of its region at every centre, 0 elsewhere. Shares its pixels.
