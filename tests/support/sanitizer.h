@@ -2,12 +2,18 @@
 #ifndef ORVA_TESTS_SUPPORT_SANITIZER_H
 #define ORVA_TESTS_SUPPORT_SANITIZER_H
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ORVA_ADDRESS_SANITIZER
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define ORVA_ADDRESS_SANITIZER
+#endif
+
 namespace orva_test {
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ORVA_ADDRESS_SANITIZER)
 inline constexpr bool addressSanitizer = true;
-#elif defined(__has_feature)
-inline constexpr bool addressSanitizer = __has_feature(address_sanitizer);
 #else
 inline constexpr bool addressSanitizer = false;
 #endif

@@ -13,7 +13,7 @@
 #include "tests/support/reference/voting.h"
 #include "tests/support/sanitizer.h"
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ORVA_ADDRESS_SANITIZER)
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -90,7 +90,7 @@ class JavaEntry : public testing::Test {
   std::vector<jint> call(const std::vector<jint>& pixels, const Arguments& a) {
     Array array;
     array.values = pixels;
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ORVA_ADDRESS_SANITIZER)
     const __lsan::ScopedDisabler twoImagesAreKept;
 #endif
     const jintArray result = Java_JNICircularVoting_compute(

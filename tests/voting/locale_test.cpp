@@ -13,7 +13,7 @@ using orva_test::Probe;
 using orva_test::VotingParams;
 
 // Cones that are 1000 pixels wide have a number that a locale would group.
-TEST(History, HasTheSameNamesAndContentsInEveryLocale) {
+TEST(HistoryText, HasTheSameNamesAndContentsInEveryLocale) {
   VotingParams params;
   params.minRadius = params.maxRadius = params.coneWidth = 1000;
   const auto img = orva_test::discImage<unsigned char>({5, 4}, {{2, 2, 1}}, 200, 0);
