@@ -191,12 +191,10 @@ float topByPixelNumber(const Image& img, int numpix) {
   const Histogram histogram = histogramOf(img);
   if (histogram.isFlat()) return static_cast<float>(histogram.low());
   if (numpix == 0) return static_cast<float>(histogram.high());
-  std::int64_t sum = 0;
-  for (const Histogram::Level& l : histogram.levels()) {
-    sum += l.count;
-    if (numpix <= sum) return static_cast<float>(l.level);
-  }
-  return static_cast<float>(histogram.low());
+  // The levels hold all pixels, which are more than numpix.
+  auto level = histogram.levels().begin();
+  for (std::int64_t sum = level->count; sum < numpix; sum += level->count) ++level;
+  return static_cast<float>(level->level);
 }
 
 float topByPercentage(const Image& img, float p) {

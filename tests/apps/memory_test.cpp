@@ -1,5 +1,10 @@
-// An image that needs more memory than there is.
+// The command where there is less memory than an image takes: a line for the image, status 1 and no
+// result of it.
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
 
 #include "tests/apps/pictures.h"
 #include "tests/apps/sandbox.h"
@@ -11,7 +16,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr long kRoom = 200L << 20;
+constexpr long kMebibyte = 1L << 20;
+constexpr long kRoom = 200 * kMebibyte;
+
+// All holes, on a disk that knows them.
+void writeBlack(const Sandbox& box, const std::string& name, std::size_t width,
+                std::size_t height) {
+  const std::string header =
+      "P5\n" + std::to_string(width) + ' ' + std::to_string(height) + "\n255\n";
+  box.write(name, header);
+  fs::resize_file(box / name, header.size() + width * height);
+}
 
 // Has two good images, and two that do not fit: one is read and can not be voted on, one is not
 // even read.
@@ -21,17 +36,8 @@ class Memory : public ::testing::Test {
     if (addressSanitizer) GTEST_SKIP() << "it needs more address space than there is";
     box.write("a.pgm", pgm(twoDiscs()));
     box.write("z.pgm", pgm(twoDiscs()));
-    writeBlack("wide.pgm", 3500);
-    writeBlack("huge.pgm", 20000);
-  }
-
-  // All holes, on a disk that knows them.
-  void writeBlack(const std::string& name, int side) const {
-    const std::string header =
-        "P5\n" + std::to_string(side) + ' ' + std::to_string(side) + "\n255\n";
-    box.write(name, header);
-    fs::resize_file(box / name, header.size() + static_cast<std::uintmax_t>(side) *
-                                                    static_cast<std::uintmax_t>(side));
+    writeBlack(box, "wide.pgm", 3500, 3500);
+    writeBlack(box, "huge.pgm", 20000, 20000);
   }
 
   Sandbox box;
@@ -70,6 +76,71 @@ TEST_F(Memory, OfTheOnlyImageEndsTheRunWithoutATrace) {
   EXPECT_EQ(outcome.err, "Error: out of memory\n");
   EXPECT_EQ(box.names(), before);
   EXPECT_EQ(box.read("old.csv"), "an old result");
+}
+
+// Has one image, which does not fit.
+class LittleMemory : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (addressSanitizer) GTEST_SKIP() << "it needs more address space than there is";
+    writeBlack(box, "large.pgm", 6000, 5000);
+    before = box.names();
+  }
+
+  // Either the command itself could not have memory, or the library within it.
+  void expectNoMemory(const std::vector<std::string>& arguments, long mebibytes) const {
+    SCOPED_TRACE(arguments.at(0) + " with " + std::to_string(mebibytes));
+    const Outcome outcome = box.run(arguments, {.mostMemory = mebibytes * kMebibyte});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_TRUE(outcome.err == "orva: large.pgm: needs more memory than there is\n" ||
+                outcome.err == "Error: out of memory\n" || outcome.err == "Out of memory\n")
+        << outcome.err;
+    EXPECT_EQ(box.names(), before);
+  }
+
+  Sandbox box;
+  std::vector<std::string> before;
+};
+
+// With so much the command can start.
+constexpr long kStart = 48;
+
+TEST_F(LittleMemory, IsEnoughForASmallImage) {
+  box.write("small.pgm", pgm(twoDiscs()));
+  EXPECT_TRUE(succeeded(box.run({"info", "small.pgm"}, {.mostMemory = kStart * kMebibyte})));
+}
+
+TEST_F(LittleMemory, ForTheImageAloneIsReported) {
+  for (const long more : {1, 10, 20}) {
+    expectNoMemory({"info", "large.pgm"}, kStart + more);
+    expectNoMemory({"convert", "large.pgm", "out.tif"}, kStart + more);
+    expectNoMemory({"vote", "large.pgm", "--centers", "out.csv"}, kStart + more);
+    expectNoMemory({"filter", "large.pgm", "--op", "smooth", "--sigma", "2", "--output", "out.tif"},
+                   kStart + more);
+    expectNoMemory({"measure", "large.pgm", "--table", "out.csv"}, kStart + more);
+  }
+}
+
+TEST_F(LittleMemory, ForWhatIsMadeFromTheImageIsReported) {
+  for (const long more : {70, 110}) {
+    expectNoMemory({"vote", "large.pgm", "--centers", "out.csv"}, kStart + more);
+    expectNoMemory({"filter", "large.pgm", "--op", "smooth", "--sigma", "2", "--output", "out.tif"},
+                   kStart + more);
+  }
+}
+
+// The library writes these by name into a directory beside them, quietly.
+TEST_F(LittleMemory, ForWhatTheLibraryWritesIsReportedAndLeavesNoDirectoryBehind) {
+  for (const long more : {70, 110, 150, 250}) {
+    expectNoMemory({"vote", "large.pgm", "--history", "out_", "--centers", "out.csv"},
+                   kStart + more);
+  }
+  for (const long more : {40, 60}) {
+    expectNoMemory(
+        {"measure", "large.pgm", "--threshold", "0", "--labels", "out.iht", "--table", "out.csv"},
+        kStart + more);
+  }
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "tests/bip/pictures.h"
 #include "tests/support/negative_image.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/reference/distance.h"
 #include "tests/support/reference/selection.h"
 #include "tests/support/turns.h"
 
@@ -238,6 +239,12 @@ TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
   const orva_test::NegativeImage img(randomImage<short>(random, {70, 40}));
   EXPECT_TRUE(sameImage(orva::bip::threshold(img, 50.0F), reference::threshold(img, 50.0F)));
   expectSameFeatures(randomLabels(random, {70, 40}, 4), 5, img);
+
+  const image<short> labels = randomLabels(random, {70, 40}, 4);
+  image<short> negated = labels.duplicate();
+  for (int i = 0; i < labels.npix(); ++i) negated.setPixel(i, -labels.pixel(i));
+  EXPECT_TRUE(sameImage(orva::bip::fchamfer(orva_test::NegativeImage(labels)),
+                        reference::fchamfer(negated)));
 }
 
 }  // namespace
