@@ -54,7 +54,12 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like a full disk
   orva_app::removeTemporariesAtTheEnd();
   try {
-    return run(argc, argv);
+    const int status = run(argc, argv);
+    if (status == 0 && !std::cout.flush()) {
+      std::cerr << "orva: standard output can not be written\n";
+      return kFailed;
+    }
+    return status;
   } catch (const std::exception& e) {
     std::cerr << "orva: " << e.what() << '\n';
     return kFailed;

@@ -62,7 +62,8 @@ namespace bip {
 
 /// @name Connected regions
 /// Regions are numbered in the order (z, then y, then x) of their first pixels. The first volume of
-/// the input is labelled, in time and memory in proportion to its pixels. Labels are shorts: of
+/// the input is labelled, in memory in proportion to its pixels, and in time in proportion to them
+/// and, with a reach of more than 1, to the pixels in reach of each. Labels are shorts: of
 /// more than 32768 regions the first are kept, the pixels of the rest stay -1, @p n is 32768, and
 /// standard error shows
 /// @verbatim

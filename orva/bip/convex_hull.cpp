@@ -6,6 +6,8 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/neighbour_box.h"
 #include "orva/image/with_memory.h"
+#include "orva/util/global.h"
+#include "orva/util/narrow.h"
 
 namespace orva::bip {
 namespace {
@@ -95,9 +97,9 @@ void fillHulls(image<short>& labels, int n, int precision) {
   const int directions = std::clamp(precision, 3, 50);
   std::vector<Slab> slabs = withMemory(
       [&] { return labels.nz() == 1 ? directions2d(directions) : directions3d(directions); });
-  std::cout << n << " regions detected.\n";
+  std::cout << toString(n) << " regions detected.\n";
   for (int r = 0; r < n; ++r) {
-    fillHull(labels, static_cast<short>(r), features[static_cast<std::size_t>(r)], slabs);
+    fillHull(labels, fittedTo16(r), features[static_cast<std::size_t>(r)], slabs);
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include "orva/bip/row_runs.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/narrow.h"
 
 namespace orva::bip {
 namespace {
@@ -229,7 +230,7 @@ class RunLabelling {
       short* row = labels_.pixels() + at;
       if (haveOneNumber(provisional, count)) {
         const int number = count > 0 ? sets_.at(*provisional) : -1;
-        source_.write(at, nx_, static_cast<short>(number), row);
+        source_.write(at, nx_, fittedTo16(number), row);
       } else {
         // To find the runs once more costs less than to keep them.
         source_.find(at, nx_, plane_.runs);
@@ -257,7 +258,7 @@ class RunLabelling {
     short* to = row;
     for (std::ptrdiff_t k = 0; k < count; ++k, ends += 2) {
       to = fillRoughly(to, row + ends[0] - to, -1);
-      to = fillRoughly(to, ends[1] - ends[0], static_cast<short>(sets_.at(provisional[k])));
+      to = fillRoughly(to, ends[1] - ends[0], fittedTo16(sets_.at(provisional[k])));
     }
     fillRoughly(to, row + nx_ - to, -1);
   }

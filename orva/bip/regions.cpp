@@ -10,6 +10,7 @@
 #include "orva/image/unset_image.h"
 #include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/narrow.h"
 
 namespace orva::bip {
 namespace {
@@ -39,7 +40,7 @@ class Flood {
             std::replace(labels, labels + labels_.npix(), kUnvisited, kBackground);
             return n + 1;
           }
-          grow({x, y, z}, static_cast<short>(n++));
+          grow({x, y, z}, fittedTo16(n++));
         }
       }
     }

@@ -10,6 +10,7 @@
 #include "orva/image/pixel_traits.h"
 #include "orva/image/unset_image.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/narrow.h"
 
 namespace orva {
 namespace {
@@ -137,7 +138,7 @@ void stretchAll(const float* from, std::ptrdiff_t count, Range range, unsigned c
     for (std::ptrdiff_t i = 0; i < count; ++i) {
       const int stretched = truncatedInt((from[i] - range.low) * 255.0F / span);
       // The highest exactly, whatever the quotient rounds to.
-      to[i] = static_cast<unsigned char>(from[i] == range.high ? 255 : stretched);
+      to[i] = wrapTo8(from[i] == range.high ? 255 : stretched);
     }
   });
 }

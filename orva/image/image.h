@@ -46,8 +46,8 @@ enum ImageFormat : int {
 ORVA_EXPORT int round_double(double v);
 
 /// Writes "Error: out of memory" to standard error and ends the process with status 1.
-/// So ends every operation whose pixels, lists or tables can not have their memory, unless it names
-/// another message.
+/// So ends every operation on images, points and cones whose pixels, lists or tables can not have
+/// their memory, unless it names another message.
 [[noreturn]] ORVA_EXPORT void out_of_memory();
 
 /// A colour pixel: three components in memory order.

@@ -8,9 +8,11 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <new>
 #include <string>
 #include <string_view>
 
+#include "orva/image/with_memory.h"
 #include "orva/util/ascii.h"
 
 namespace {
@@ -167,13 +169,13 @@ void store(T* result, T value) {
 }
 
 void storeCopy(char** result, const char* text) {
-  if (result != nullptr) *result = strdup(text);
+  if (result == nullptr) return;
+  *result = strdup(text);
+  if (*result == nullptr) throw std::bad_alloc();
 }
 
-}  // namespace
-
-int parse_ics_header_file(const char* filename, char** dataset, char** type, int* x, int* y, int* z,
-                          int* c, int* t, int* bigEndian) {
+int parsed(const char* filename, char** dataset, char** type, int* x, int* y, int* z, int* c,
+           int* t, int* bigEndian) {
   const std::array<int*, kDimensions> sizes{x, y, z, c, t};
   const Header empty;
   store(dataset, static_cast<char*>(nullptr));
@@ -198,4 +200,12 @@ int parse_ics_header_file(const char* filename, char** dataset, char** type, int
   if (name == nullptr) return 0;
   storeCopy(type, name);
   return 1;
+}
+
+}  // namespace
+
+int parse_ics_header_file(const char* filename, char** dataset, char** type, int* x, int* y, int* z,
+                          int* c, int* t, int* bigEndian) {
+  return orva::withMemory(
+      [&] { return parsed(filename, dataset, type, x, y, z, c, t, bigEndian); });
 }

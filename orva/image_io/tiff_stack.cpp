@@ -6,10 +6,12 @@
 #include <set>
 
 #include "orva/image_io/image_io.h"
+#include "orva/util/global.h"
 
 namespace orva::image_io {
 namespace {
 
+constexpr int kEntrySize = 12;  // bytes of an entry in a directory
 constexpr int kLeastFirst = 1;  // the flag for this byte order; any other is most significant first
 
 // The number in `count` bytes, the most significant one first.
@@ -34,15 +36,25 @@ bool read(std::istream& in, unsigned char* bytes, std::size_t count) {
       in.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count)));
 }
 
+// The number of entries that directories beside each other have room for, and a million more for
+// small files, whose directories may overlap.
+std::int64_t mostEntries(std::istream& in) {
+  constexpr std::int64_t kMore = 1 << 20;
+  in.seekg(0, std::ios::end);
+  const std::int64_t size = in.tellg();
+  return size / kEntrySize + kMore;
+}
+
 // Reads the directory at `offset`: sets the stack count at every entry that holds one, and then
-// `offset` to that of the next directory. False where the file ends early; what was found before
-// stays.
-bool readDirectory(std::istream& in, int byteOrder, std::uint32_t& offset, short& stackCount) {
+// `offset` to that of the next directory. False where the file ends early or `left` entries are
+// read; what was found before stays.
+bool readDirectory(std::istream& in, int byteOrder, std::uint32_t& offset, std::int64_t& left,
+                   short& stackCount) {
   constexpr std::uint32_t kStackTag = 33629;
-  std::array<unsigned char, 12> bytes{};
+  std::array<unsigned char, kEntrySize> bytes{};
   if (!in.seekg(offset) || !read(in, bytes.data(), 2)) return false;
   for (std::uint32_t entries = number(bytes.data(), 2, byteOrder); entries > 0; --entries) {
-    if (!read(in, bytes.data(), bytes.size())) return false;
+    if (--left < 0 || !read(in, bytes.data(), bytes.size())) return false;
     if (number(bytes.data(), 2, byteOrder) != kStackTag) continue;
     extractShortDataFromBuffer(bytes.data(), byteOrder, 4, stackCount);
   }
@@ -74,11 +86,12 @@ int returnStackCount(const std::string& filename) {
   std::cout << "lsb" << byteOrder << '\n';
 
   short result = -1;
+  std::int64_t left = whole ? mostEntries(in) : 0;
   std::set<std::uint32_t> visited;
   std::uint32_t offset = number(header.data() + 4, 4, byteOrder);
   for (int page = 0; whole && visited.insert(offset).second; ++page) {
-    if (!readDirectory(in, byteOrder, offset, result)) break;
-    std::cout << page << '\n';
+    if (!readDirectory(in, byteOrder, offset, left, result)) break;
+    std::cout << toString(page) << '\n';
     if (offset == 0) break;
   }
   return result;

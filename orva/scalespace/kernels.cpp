@@ -3,12 +3,15 @@
 #include <limits>
 #include <new>
 
+#include "orva/image/with_memory.h"
 #include "orva/scalespace/line_memory.h"
 #include "orva/scalespace/scalespace.h"
 
 namespace orva::scalespace {
 
-std::vector<float> dog(int order, float sigma) {
+namespace {
+
+std::vector<float> coefficients(int order, float sigma) {
   const auto count = static_cast<std::size_t>(order > 0 ? order : 0) + 1;
   const double s2 = sigma * sigma;
   std::vector<float> c(count, 0.0F);
@@ -23,6 +26,12 @@ std::vector<float> dog(int order, float sigma) {
     c = next;
   }
   return c;
+}
+
+}  // namespace
+
+std::vector<float> dog(int order, float sigma) {
+  return withMemory([=] { return coefficients(order, sigma); });
 }
 
 float polyval(const std::vector<float>& c, float x) {

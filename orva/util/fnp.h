@@ -3,7 +3,7 @@
 /// tables of keys and values.
 ///
 /// The separator of path names is '/'. Of the functions for file names only exists() touches the
-/// file system. A null text counts as an empty one.
+/// file system. A null text counts as an empty one. Lack of memory throws std::bad_alloc.
 ///
 /// @code
 /// #include "orva/util/fnp.h"

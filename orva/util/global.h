@@ -1,7 +1,8 @@
 /// @file
 /// Numbers to text and back, the environment, a shell command, and the notice of an unexpected bug.
 ///
-/// All text is the same in every locale: the decimal point is a point.
+/// All text is the same in every locale: the decimal point is a point. Lack of memory throws
+/// std::bad_alloc.
 ///
 /// @code
 /// #include "orva/util/global.h"

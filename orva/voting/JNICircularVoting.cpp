@@ -7,6 +7,7 @@
 #include "orva/image/truncate.h"
 #include "orva/image/with_memory.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/narrow.h"
 #include "orva/voting/circularvoting.h"
 
 namespace {
@@ -50,7 +51,7 @@ jintArray Java_JNICircularVoting_compute(JNIEnv* env, jobject /*self*/, jintArra
     std::vector<jint> buffer(static_cast<std::size_t>(grey->npix()));
     env->GetIntArrayRegion(pixels, 0, grey->npix(), buffer.data());
     for (std::size_t i = 0; i < buffer.size(); ++i) {
-      grey->pixels()[i] = static_cast<unsigned char>(static_cast<unsigned>(buffer[i]) & 0xFFU);
+      grey->pixels()[i] = orva::wrapTo8(buffer[i]);
     }
 
     const std::vector<jint> triples = findCenters(

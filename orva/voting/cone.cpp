@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "orva/image/with_memory.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
 #include "orva/voting/negligible.h"
@@ -14,7 +15,8 @@ constinit thread_local int Cone2D::nx = 0;
 constinit thread_local int Cone2D::ny = 0;
 
 ConePlane2D::ConePlane2D(int n, const WPoint2D& p)
-    : points(static_cast<std::size_t>(std::max(n, 0)), p) {}
+    : points(withMemory(
+          [&] { return std::vector<WPoint2D>(static_cast<std::size_t>(std::max(n, 0)), p); })) {}
 
 void ConePlane2D::setPos() {
   for (WPoint2D& c : points) c.offset = offsetOf(c.x, c.y, WPoint2D::nx);

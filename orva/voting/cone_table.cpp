@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "orva/util/narrow.h"
+
 namespace orva::voting {
 namespace {
 
@@ -80,7 +82,7 @@ ConeTable::ConeTable(const Cone2D& prototype, int bins, float step, int accumula
       int x = cell.x;
       int y = cell.y;
       turn.apply(x, y);
-      cells_.push_back({static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)});
+      cells_.push_back({fittedTo16(x), fittedTo16(y)});
       offsets_.push_back(offsetOf(x, y, accumulatorWidth));
     }
   }

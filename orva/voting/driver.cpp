@@ -10,6 +10,7 @@
 #include "orva/image/with_memory.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/narrow.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/negligible.h"
 
@@ -90,8 +91,8 @@ void CircularVoting::collectPoints(const Image& img) {
       const float weight = g.magnitude.pixels()[i];
       if (!(weight > kNegligible)) continue;
       VPoint2D p;
-      p.x = static_cast<std::int16_t>(x + margin_);
-      p.y = static_cast<std::int16_t>(y + margin_);
+      p.x = fittedTo16(x + margin_);
+      p.y = fittedTo16(y + margin_);
       float gx = sign * g.x.pixels()[i];
       float gy = sign * g.y.pixels()[i];
       const float length = std::sqrt(gx * gx + gy * gy);
@@ -99,7 +100,7 @@ void CircularVoting::collectPoints(const Image& img) {
         gx /= length;
         gy /= length;
       }
-      p.angle = static_cast<std::int16_t>(computeAngleIndex(gx, gy));
+      p.angle = fittedTo16(computeAngleIndex(gx, gy));
       p.weight = weight;
       points_.push_back(p);
     }
@@ -140,10 +141,10 @@ void CircularVoting::findCenters(const Image& img) {
   extractCenters();
 
   for (VPoint2D& p : points_) {
-    p.x = static_cast<std::int16_t>(p.x - margin_);
-    p.y = static_cast<std::int16_t>(p.y - margin_);
-    p.cx = static_cast<std::int16_t>(p.cx - margin_);
-    p.cy = static_cast<std::int16_t>(p.cy - margin_);
+    p.x = fittedTo16(p.x - margin_);
+    p.y = fittedTo16(p.y - margin_);
+    p.cx = fittedTo16(p.cx - margin_);
+    p.cy = fittedTo16(p.cy - margin_);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "orva/image/pixel_traits.h"
+#include "orva/image/with_memory.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
 
@@ -52,11 +53,13 @@ void CircularVoting::setParams(RegionType type, int nearest, int farthest, int w
 }
 
 void CircularVoting::computeCones(int nearest, int farthest, int width) {
-  const Cone2D prototype = prototypeCone(nearest, farthest, width, regionType == Both);
-  cones_.assign(static_cast<std::size_t>(angleBins_), Cone2D());
-  for (int bin = 0; bin < angleBins_; ++bin) {
-    cones_[static_cast<std::size_t>(bin)] = rotated(prototype, Turn(bin, angleStep_));
-  }
+  withMemory([&] {
+    const Cone2D prototype = prototypeCone(nearest, farthest, width, regionType == Both);
+    cones_.assign(static_cast<std::size_t>(angleBins_), Cone2D());
+    for (int bin = 0; bin < angleBins_; ++bin) {
+      cones_[static_cast<std::size_t>(bin)] = rotated(prototype, Turn(bin, angleStep_));
+    }
+  });
 }
 
 int CircularVoting::nextConeRadius(int farthest, int width) {

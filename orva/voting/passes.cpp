@@ -10,6 +10,7 @@
 
 #include "orva/image_io/image_io.h"
 #include "orva/util/global.h"
+#include "orva/util/narrow.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
 #include "orva/voting/negligible.h"
@@ -60,11 +61,11 @@ class Pass {
     if (direction < 0) {
       const float length = lengthOf(cell.x, cell.y);
       if (!(length > kNegligible)) return;
-      direction = static_cast<std::int16_t>(
+      direction = fittedTo16(
           angleIndex_(static_cast<float>(cell.x) / length, static_cast<float>(cell.y) / length));
     }
-    p.cx = static_cast<std::int16_t>(p.x + cell.x);
-    p.cy = static_cast<std::int16_t>(p.y + cell.y);
+    p.cx = fittedTo16(p.x + cell.x);
+    p.cy = fittedTo16(p.y + cell.y);
     p.angle = direction;
   }
 
@@ -127,10 +128,10 @@ void CircularVoting::getMaxDirection(VPoint2D& p) {
   if (best == nullptr || most < kNegligible) return;
   const float length = lengthOf(best->x, best->y);
   if (!(length > kNegligible)) return;
-  p.cx = static_cast<std::int16_t>(p.x + best->x);
-  p.cy = static_cast<std::int16_t>(p.y + best->y);
-  p.angle = static_cast<std::int16_t>(computeAngleIndex(static_cast<float>(best->x) / length,
-                                                        static_cast<float>(best->y) / length));
+  p.cx = fittedTo16(p.x + best->x);
+  p.cy = fittedTo16(p.y + best->y);
+  p.angle = fittedTo16(computeAngleIndex(static_cast<float>(best->x) / length,
+                                         static_cast<float>(best->y) / length));
 }
 
 void CircularVoting::getMeanDirection(VPoint2D& p) {
@@ -153,8 +154,8 @@ void CircularVoting::getMeanDirection(VPoint2D& p) {
   const int y = round_double(sumY / n);
   const float length = lengthOf(x, y);
   if (!(length > kNegligible)) return;
-  p.angle = static_cast<std::int16_t>(
-      computeAngleIndex(static_cast<float>(x) / length, static_cast<float>(y) / length));
+  p.angle =
+      fittedTo16(computeAngleIndex(static_cast<float>(x) / length, static_cast<float>(y) / length));
 }
 
 void CircularVoting::writeHistory(int width) const {

@@ -221,6 +221,16 @@ TEST_F(ResultFiles, TwoResultsMayNotShareAFile) {
 TEST_F(ResultFiles, FullStandardOutputFails) {
   EXPECT_TRUE(failedWithOneLine(box.run({"info", "in.tif"}, {.out = "/dev/full"}), "in.tif",
                                 "can not be written to standard output\n"));
+  for (const Arguments& arguments : {Arguments{"measure", "in.tif", "--table", "out.csv"},
+                                     {"--version"},
+                                     {"--help"},
+                                     {"vote", "--help"},
+                                     {"measure", "--help"}}) {
+    SCOPED_TRACE(::testing::PrintToString(arguments));
+    const Outcome outcome = box.run(arguments, {.out = "/dev/full"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "orva: standard output can not be written\n");
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "orva/image_io/icsparser.h"
 #include "orva/image_io/image_io.h"
 #include "tests/support/files.h"
 #include "tests/support/images.h"
@@ -54,14 +55,21 @@ TEST(FilesWithoutMemory, OfHeadersAloneEndTheProcess) {
   orva_test::writeFile(dir.file("a.uif"), int32Bytes(46340) + int32Bytes(46340) + int32Bytes(1) +
                                               int32Bytes(1) + int32Bytes(0));
   orva_test::writeFile(dir.file("a.pgm"), "P5 46340 46340 255 ");
-  const auto uif = orva_test::endingWith(orva_test::kMebibyte,
-                                         [&] { drop(image_io::readUIF(dir.file("a.uif"))); });
-  EXPECT_EQ(uif.status, 1);
-  EXPECT_EQ(uif.err, kNoPixels);
+  orva_test::expectNoMemory("UIF", [&] { drop(image_io::readUIF(dir.file("a.uif"))); });
   const auto pgm = orva_test::endingWith(orva_test::kMebibyte,
                                          [&] { drop(image_io::readPGM(dir.file("a.pgm"))); });
   EXPECT_EQ(pgm.status, 1);
   EXPECT_EQ(pgm.err, "out of memory\n");
+}
+
+// A value as long as the file, read by a C function, which can not throw.
+TEST(FilesWithoutMemory, OfIcsHeadersEndTheProcess) {
+  const orva_test::TempDir dir;
+  orva_test::writeFile(dir.file("a.ics"), "filename\t" + std::string(3000000, 'x') + '\n');
+  orva_test::expectNoMemory("ICS", [&] {
+    (void)parse_ics_header_file(dir.file("a.ics").c_str(), nullptr, nullptr, nullptr, nullptr,
+                                nullptr, nullptr, nullptr, nullptr);
+  });
 }
 
 }  // namespace

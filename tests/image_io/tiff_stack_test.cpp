@@ -187,6 +187,23 @@ TEST_F(StackCount, EndsAtADirectoryMetAgain) {
   }
 }
 
+// Directories of 65535 entries, each 8 bytes behind the one before. Time must not be in proportion
+// to the square of the file.
+TEST_F(StackCount, EndsWhenOverlappingDirectoriesHoldMoreEntriesThanTheFileAndAMillion) {
+  constexpr std::size_t kEntryBytes = 65535 * 12;
+  constexpr unsigned kDirectories = 500;
+  const Tiff tiff;
+  std::string content = tiff.header(8);
+  content.resize(8 + 8 * kDirectories + 2 + kEntryBytes, '\xFF');
+  for (unsigned i = 0; i < kDirectories; ++i) {
+    content.replace(8 + 8 * i + 2 + kEntryBytes, 4, tiff.bytes(8 + 8 * (i + 1), 4));
+  }
+  const std::size_t pages = (content.size() / 12 + (1U << 20U)) / 65535;
+  std::string printed = "lsb1\n";
+  for (std::size_t page = 0; page < pages; ++page) printed += std::to_string(page) + '\n';
+  EXPECT_EQ(count(content), Result(-1, printed));
+}
+
 TEST_F(StackCount, ADirectoryAtTheStartOfTheFileIsReadLikeOthers) {
   // "II" and "MM" are 18761 and 19789 entries, more than the file has.
   for (const Tiff& tiff : bothOrders()) {

@@ -52,4 +52,13 @@ TEST(FiltersWithoutMemory, OfLongKernelsEndTheProcess) {
   expect("smooth", [&] { scalespace::smooth(img, 2e5F, 1.0F); });
 }
 
+// Where it would take a day if there were memory.
+TEST(FiltersWithoutMemory, OfAnAbsurdOrderEndTheProcess) {
+  orva_test::expectNoMemory("dog", [] { scalespace::dog(2000000, 1.0F); });
+  orva_test::expectNoMemory("gaussianKernel", [] {
+    int radius = 0;
+    const std::unique_ptr<float[]> taps(scalespace::gaussianKernel(1.0F, radius, 2000000));
+  });
+}
+
 }  // namespace

@@ -91,6 +91,16 @@ void expectMemoryToRunOut(const char* name, std::initializer_list<const char*> m
   }
 }
 
+// With `more` bytes of memory work() ends as the library does for want of pixels.
+template <class Work>
+void expectNoMemory(const char* name, const Work& work, long more = kMebibyte) {
+  SCOPED_TRACE(name);
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  const Ending ending = endingWith(more, work);
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_EQ(ending.err, "Error: out of memory\n");
+}
+
 }  // namespace orva_test
 
 #endif

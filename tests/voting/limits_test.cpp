@@ -183,14 +183,22 @@ TEST(VotingWithoutMemory, EndsTheProcess) {
 }
 
 TEST(VotingWithoutMemory, ForTheLargestRadiusEndsTheProcess) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
   for (const int radius : {12000, 16380}) {
-    const orva_test::Ending ending = orva_test::endingWith(300 * orva_test::kMebibyte, [&] {
-      computeWith(radius, 10, blank<float>({1, 1}));
-    });
-    EXPECT_EQ(ending.status, 1) << radius;
-    EXPECT_EQ(ending.err, "Error: out of memory\n") << radius;
+    orva_test::expectNoMemory(
+        "voting",
+        [&] {
+          computeWith(radius, 10, blank<float>({1, 1}));
+        },
+        300 * orva_test::kMebibyte);
   }
+}
+
+TEST(VotingWithoutMemory, ForConesOfACallersEndsTheProcess) {
+  Probe probe{VotingParams()};
+  orva_test::expectNoMemory("computeCones", [&] { probe.computeCones(1, 200, 200); });
+  orva_test::expectNoMemory("ConePlane2D", [] {
+    const orva::voting::ConePlane2D plane(2000000, orva::voting::WPoint2D());
+  });
 }
 
 }  // namespace
