@@ -13,7 +13,7 @@ constexpr unsigned char wrapTo8(int v) {
 // conversions notices one that does not.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
-constexpr short fittedTo16(int v) { return v; }
+constexpr short fittedTo16(int v) { return v; }  // NOLINT(bugprone-narrowing-conversions)
 #pragma GCC diagnostic pop
 
 }  // namespace orva
