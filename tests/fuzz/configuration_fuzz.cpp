@@ -1,16 +1,49 @@
-// parseTextFile() and Configure on any file, parseLine() on any line.
+// parseTextFile() and Configure on any file, parseLine() on any line, toInt() and toFloat() on the
+// words.
+#include <bit>
+
 #include "orva/util/fnp.h"
+#include "orva/util/global.h"
 #include "tests/fuzz/fuzz_target.h"
+#include "tests/fuzz/number_twins.h"
 #include "tests/support/reference/text.h"
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using orva_fuzz::require;
-  const std::string content(orva_fuzz::textOf(data, size));
-  const orva_fuzz::ContentFile file(content);
-  const orva::Configure table(file.name());
-  for (const auto& [key, value] : reference::tableOf(content)) {
+namespace {
+
+using orva_fuzz::require;
+
+void requireSameNumbers(std::string text) {
+  const int whole = orva_fuzz::intOf(text);
+  const auto bits = std::bit_cast<std::uint32_t>(orva_fuzz::floatOf(text));
+  require(orva::toInt(text) == whole, "the whole number of a word");
+  require(std::bit_cast<std::uint32_t>(orva::toFloat(text)) == bits, "the number of a word");
+}
+
+// The table has the values of the twin, and none for words that the twin has no value for.
+void requireSameTable(const std::string& content, const orva::Configure& table) {
+  const auto twin = reference::tableOf(content);
+  for (const auto& [key, value] : twin) {
     require(table.property(key) == value, "the value of a key");
   }
+  const auto requireNoMore = [&](const std::string& word) {
+    if (!twin.contains(word)) require(table.property(word).empty(), "no value of another word");
+  };
+  requireNoMore("");
+  // Words of the lines as the table takes them apart, of whole lines, and behind a long line.
+  for (const char* delimiters : {" \t=", "\n", " \t=\n"}) {
+    for (const auto& words : reference::linesOf(content, delimiters)) {
+      for (const std::string& word : words) requireNoMore(word);
+    }
+    for (const std::string& word : reference::wordsOf(content, delimiters)) requireNoMore(word);
+  }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string content(orva_fuzz::textOf(data, size));
+  const orva_fuzz::ContentFile file(content);
+  requireSameTable(content, orva::Configure(file.name()));
   for (const char* delimiters : {" \t=", ",;", ""}) {
     require(orva::fnp::parseTextFile(file.name(), delimiters) ==
                 reference::linesOf(content, delimiters),
@@ -18,5 +51,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(orva::fnp::parseLine(content, delimiters) == reference::wordsOf(content, delimiters),
             "the words of a line");
   }
+  requireSameNumbers(content);
+  for (const std::string& word : reference::wordsOf(content, " \t=\n")) requireSameNumbers(word);
   return 0;
 }

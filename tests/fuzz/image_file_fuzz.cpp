@@ -1,22 +1,110 @@
 // The command's readers on any file: PGM behind its check, PPM, PNG and TIFF, told apart by their
-// first bytes.
-#include "apps/file_error.h"
+// first bytes. The first byte of an input chooses a frame or all; colour is asked for in each way.
+#include <optional>
+
 #include "apps/image_file.h"
 #include "apps/silence.h"
-#include "tests/fuzz/fuzz_target.h"
+#include "tests/fuzz/command_read.h"
+#include "tests/fuzz/operations/compare.h"
+#include "tests/support/reference/image.h"
+
+namespace {
+
+using orva_app::ColourUse;
+using orva_fuzz::CommandRead;
+using orva_fuzz::require;
+using orva_fuzz::requireSameImage;
+using reference::Rgb;
+using reference::Typed;
+using Frame = std::optional<int>;
+
+class Reader {
+ public:
+  explicit Reader(std::string_view content) : file_(content) {}
+
+  CommandRead read(Frame frame, ColourUse colour) const {
+    const orva_app::Silence silence;
+    return orva_fuzz::commandRead(
+        [&] { return orva_app::readImageFile(file_.name(), frame, colour); });
+  }
+
+ private:
+  orva_fuzz::ContentFile file_;
+};
+
+// Grey stays as it is, and colour becomes its brightness.
+void requireBrightness(const orva::Image& img, const orva::Image& kept) {
+  if (kept.format() != orva::RGB) {
+    return requireSameImage(img, kept, "grey whatever is asked of colour");
+  }
+  require(img.format() == orva::FLOAT && orva_fuzz::isSameShape(img, kept), "brightness in floats");
+  const auto* brightness = static_cast<const float*>(img.data());
+  const auto* colours = static_cast<const Rgb*>(kept.data());
+  for (int i = 0; i < kept.npix(); ++i) {
+    // The twin weighs blue, green, red; a file's colour begins with red.
+    const float twin = Typed<Rgb>::toFloat({colours[i].c2, colours[i].c1, colours[i].c0});
+    require(orva_fuzz::isSame(brightness[i], twin), "the brightness of the colour that is kept");
+  }
+}
+
+// The three uses of colour agree on a frame or a stack. Gives the image with its colours.
+CommandRead readInEachWay(const Reader& reader, Frame frame) {
+  CommandRead kept = reader.read(frame, ColourUse::kKept);
+  const CommandRead brightness = reader.read(frame, ColourUse::kLuminance);
+  const CommandRead either = reader.read(frame, ColourUse::kKeptIfBytes);
+  if (kept.img) {
+    require(brightness.img && either.img, "an image in each way");
+    requireBrightness(*brightness.img, *kept.img);
+    requireSameImage(*either.img, *kept.img, "colour of bytes kept");
+  } else if (kept.failure == "has colour of other samples than bytes, which can not be kept") {
+    // Pages of a stack may fit together in one way and not in another.
+    if (!frame) return kept;
+    require(brightness.img && either.img, "the brightness of wide colour");
+    require(brightness.img->format() == orva::FLOAT, "the brightness of wide colour in floats");
+    requireSameImage(*either.img, *brightness.img, "the brightness of colour that is not kept");
+  } else if (frame) {
+    require(brightness.failure == kept.failure && either.failure == kept.failure,
+            "one failure in each way");
+  }
+  return kept;
+}
+
+// Frame k is plane k of all, and there are no others.
+void requirePlane(const Reader& reader, const orva::Image& all, int k) {
+  const CommandRead one = reader.read(k, ColourUse::kKept);
+  require((one.img != nullptr) == (k < all.nz()), "a frame for each plane");
+  if (!one.img) return;
+  const std::string planes = reference::pixelBytes(all);
+  const std::size_t bytes = planes.size() / static_cast<std::size_t>(all.nz());
+  require(one.img->format() == all.format() && one.img->nx() == all.nx() &&
+              one.img->ny() == all.ny() && one.img->nframes() == 1,
+          "the size and pixel type of a plane");
+  require(
+      reference::pixelBytes(*one.img) == planes.substr(static_cast<std::size_t>(k) * bytes, bytes),
+      "the pixels of a plane");
+}
+
+}  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   orva_fuzz::Input input(data, size);
-  const bool oneFrame = input.take<std::uint8_t>() % 2 == 1;
-  const orva_fuzz::ContentFile file(input.rest());
-  const orva_app::Silence silence;
-  try {
-    const auto img = orva_app::readImageFile(
-        file.name(), oneFrame ? std::optional<int>(0) : std::nullopt, orva_app::ColourUse::kKept);
-    orva_fuzz::require(img != nullptr, "an image or an error");
-    orva_fuzz::require((img->data() == nullptr) == (img->npix() == 0), "memory for its pixels");
-  } catch (const orva_app::FileError&) {
+  const int choice = input.take<std::uint8_t>();
+  const std::string content(input.rest());
+  const Reader reader(content);
+  const int k = choice / 2 % 16;
+  if (choice % 2 == 1) {
+    readInEachWay(reader, k);
     return 0;
   }
+  const CommandRead all = readInEachWay(reader, std::nullopt);
+  const bool isPgm = content.starts_with("P5");
+  if (isPgm || content.starts_with("P6")) {
+    orva_fuzz::requireSamePnm(all, orva_fuzz::readPnm(content, isPgm ? 1 : 3),
+                              isPgm ? orva::BYTE : orva::RGB);
+  }
+  if (!all.img) return 0;
+  requirePlane(reader, *all.img, k);
+  requirePlane(reader, *all.img, all.img->nz() - 1);
+  requirePlane(reader, *all.img, all.img->nz());
   return 0;
 }

@@ -1,4 +1,5 @@
-// Gives a fuzz target the inputs of files and folders, without a fuzzer.
+// Gives a fuzz target the inputs of files and folders, without a fuzzer. A folder of findings may
+// be missing or empty, as none may have been made; any other must hold inputs, or the replay fails.
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -23,12 +24,21 @@ std::vector<std::filesystem::path> filesIn(const std::filesystem::path& path) {
   return files;
 }
 
+bool isOfFindings(const std::filesystem::path& folder) {
+  return folder.parent_path().filename() == "findings";
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::size_t inputs = 0;
   for (int i = 1; i < argc; ++i) {
-    for (const std::filesystem::path& file : filesIn(argv[i])) {
+    const std::vector<std::filesystem::path> files = filesIn(argv[i]);
+    if (files.empty() && !isOfFindings(argv[i])) {
+      std::cerr << argv[i] << ": no inputs\n";
+      return 1;
+    }
+    for (const std::filesystem::path& file : files) {
       std::ifstream in(file, std::ios::binary);
       const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
       LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());

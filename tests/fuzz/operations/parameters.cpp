@@ -124,7 +124,9 @@ float takeRatio(Input& in, float sigma) {
 Shape takeShape(Input& in) {
   const int nx = in.between(1, 40);
   const int ny = in.between(1, 40);
-  switch (in.between(0, 15)) {
+  const int choice = in.take<std::uint8_t>();
+  // The last choices have no pixels, but sizes above zero or below it beside those of 0.
+  switch (choice < 240 ? choice % 16 : choice) {
     case 1:
       return {nx, ny, 2};
     case 2:
@@ -151,21 +153,53 @@ Shape takeShape(Input& in) {
       return {0, ny, 1 + nx % 2};
     case 13:
       return {nx, 0};
+    case 240:
+      return {nx, ny, 0};
+    case 241:
+      return {nx, ny, 1, 0};
+    case 242:
+      return {nx, ny, 1, 1, 0};
+    case 243:
+      return {nx, ny, 2, 0, 3};
+    case 244:
+      return {nx, ny, 0, 2, 2};
+    case 245:
+      return {0, 0, 0, 0, 0};
+    case 246:
+      return {-nx, 0};
+    case 247:
+      return {0, -ny};
+    case 248:
+      return {-nx, ny, 0};
+    case 249:
+      return {nx, -ny, 0};
+    case 250:
+      return {nx, ny, -2, 0};
+    case 251:
+      return {nx, ny, 1, -2, 0};
+    case 252:
+      return {nx, ny, 1, 0, -2};
+    case 253:
+      return {-nx, -ny, 0};
+    case 254:
+      return {nx, -ny, 1, 1, 0};
+    case 255:
+      return {-nx, ny, 1, 0};
     default:
       return {nx, ny};
   }
 }
 
 Shape takeFilledShape(Input& in) {
-  Shape s = takeShape(in);
-  s.nx = std::max(s.nx, 1);
-  s.ny = std::max(s.ny, 1);
-  return s;
+  const Shape s = takeShape(in);
+  return {std::max(s.nx, 1), std::max(s.ny, 1), std::max(s.nz, 1), std::max(s.nc, 1),
+          std::max(s.nt, 1)};
 }
 
 Shape takeSmallShape(Input& in) {
   const Shape s = takeShape(in);
-  return {1 + s.nx % 12, 1 + s.ny % 12, s.nz, s.nc, s.nt};
+  return {1 + std::max(s.nx, 0) % 12, 1 + std::max(s.ny, 0) % 12, std::max(s.nz, 1),
+          std::max(s.nc, 1), std::max(s.nt, 1)};
 }
 
 Shape takeOther(Input& in, const Shape& shape) {

@@ -26,8 +26,12 @@ float takeSigma(Input& in);
 float takeRatio(Input& in, float sigma);
 
 // Up to 40 x 40 pixels in up to four frames of any kind, one to three lines of up to 200, or now
-// and then no pixels.
+// and then no pixels, with any of the sizes 0 and others below it.
 Shape takeShape(Input& in);
+
+inline bool hasPixels(const Shape& s) {
+  return s.nx > 0 && s.ny > 0 && s.nz > 0 && s.nc > 0 && s.nt > 0;
+}
 
 // The same with pixels: for operations whose twins know no other images.
 Shape takeFilledShape(Input& in);

@@ -237,7 +237,7 @@ image<short> takeLabels(Input& in, const Shape& shape, int most) {
 }
 
 std::unique_ptr<orva::Image> takeAnyPicture(Input& in, const Shape& shape) {
-  if (in.between(0, 7) == 7 && shape.nx * shape.ny > 0) return takeWidePicture(in, shape);
+  if (in.between(0, 7) == 7 && hasPixels(shape)) return takeWidePicture(in, shape);
   std::unique_ptr<orva::Image> result;
   withPicture(in, shape, [&result](const auto& img) { result.reset(img.copy()); });
   return result;

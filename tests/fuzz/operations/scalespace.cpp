@@ -165,8 +165,9 @@ void laplaceEquation(Input& in) {
   image<float> f = takePicture<float>(in, shape);
   image<float> twin = f.duplicate();
   orva::scalespace::laplaceEquation(f, mask);
-  // The twin knows masks of the same width and height only; another changes nothing.
-  if (mask.nx() == f.nx() && mask.ny() == f.ny()) reference::laplaceEquation(twin, mask);
+  // The twin knows pixels and masks of the same width and height only; another changes nothing.
+  const bool fits = mask.nx() == f.nx() && mask.ny() == f.ny();
+  if (fits && !f.isNull() && !mask.isNull()) reference::laplaceEquation(twin, mask);
   requireSame(f, twin, "laplaceEquation");
 }
 

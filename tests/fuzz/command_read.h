@@ -1,0 +1,61 @@
+// What a reader of the command makes of a file: an image, or words about what is wrong.
+#ifndef ORVA_TESTS_FUZZ_COMMAND_READ_H
+#define ORVA_TESTS_FUZZ_COMMAND_READ_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/file_error.h"
+#include "orva/image/image.h"
+#include "tests/fuzz/fuzz_target.h"
+#include "tests/fuzz/pnm_twin.h"
+#include "tests/support/reference/image_io.h"
+
+namespace orva_fuzz {
+
+struct CommandRead {
+  std::unique_ptr<orva::Image> img;
+  std::string failure;
+};
+
+template <class Read>
+CommandRead commandRead(const Read& read) {
+  try {
+    CommandRead result{read(), ""};
+    require(result.img != nullptr, "an image or an error");
+    require(result.img->npix() > 0 && result.img->data() != nullptr, "an image with pixels");
+    return result;
+  } catch (const orva_app::FileError& error) {
+    require(*error.what() != '\0', "words about what is wrong");
+    return {nullptr, error.what()};
+  }
+}
+
+inline bool isSameShape(const orva::Image& a, const orva::Image& b) {
+  const auto sizes = [](const orva::Image& i) {
+    return std::vector<int>{i.nx(), i.ny(), i.nz(), i.nc(), i.nt()};
+  };
+  return sizes(a) == sizes(b);
+}
+
+inline void requireSameImage(const orva::Image& a, const orva::Image& b, const char* what) {
+  require(a.format() == b.format() && isSameShape(a, b) &&
+              reference::pixelBytes(a) == reference::pixelBytes(b),
+          what);
+}
+
+// As the plain twin of PGM and PPM files.
+inline void requireSamePnm(const CommandRead& read, const PnmTwin& twin, int format) {
+  require(read.failure == twin.failure, "the failure of the twin");
+  if (!read.img) return;
+  const orva::Image& img = *read.img;
+  const std::vector<int> sizes{img.format(), img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
+  require(sizes == std::vector<int>{format, twin.width, twin.height, 1, 1, 1},
+          "the pixel type and the sizes of the twin");
+  require(reference::pixelBytes(img) == twin.samples, "the pixels of the twin");
+}
+
+}  // namespace orva_fuzz
+
+#endif
