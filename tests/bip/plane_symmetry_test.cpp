@@ -6,6 +6,7 @@
 // selection, bounds and centroids along z, the filling of holes, distances, propagation and hulls.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 

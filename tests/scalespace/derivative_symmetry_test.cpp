@@ -16,6 +16,7 @@
 #include "tests/scalespace/shapes.h"
 #include "tests/scalespace/turned.h"
 #include "tests/support/images.h"
+#include "tests/support/reference/scalespace.h"
 #include "tests/support/turns.h"
 
 namespace {
