@@ -1,13 +1,16 @@
-// Distances, labels spread by them, and convex hulls of turned images.
+// Distances and labels spread by them, of turned and shifted images.
 //
-// Exceptions: a distance is a sum of roots, so that a turned path differs in its last bits; the
-// passes leave out the border, which follows the scan; of regions at one distance propagate() takes
-// that which the scan reaches first; a hull decides pixels at its bounds by rounded projections.
+// Exceptions: a distance is a sum of roots, so that a turned path differs in its last bits, and its
+// byte by 1; the passes leave out the border, which follows the scan; of regions at one distance
+// propagate() takes that which the scan reaches first. In a volume no pass repeats the steps
+// (1, 1, -1) and (-1, -1, 1): a long way along them is longer than along the other diagonals. So a
+// volume with much object follows only what keeps that diagonal: x and y exchanged, or all three
+// axes turned over. Planes are no symmetry, as distances run along z.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+#include <cstdint>
 #include <vector>
 
 #include "orva/bip/bip.h"
@@ -86,102 +89,146 @@ TEST(FramedMasks, HaveTheSameDistancesWhereverTheyLie) {
     const Mask mask = withGround<unsigned char>(randomMask(random, {21, 16}, 0.95), 0);
     EXPECT_TRUE(sameImage(orva::bip::fchamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0)),
                           framed(orva::bip::fchamfer(mask), 33, 30, 6, round, 0.0F)));
-  }
-}
-
-// The labels of pixels that are clearly nearer to one region than to all others.
-TEST(TurnedLabels, AreSpreadToTheSamePixels) {
-  Random random(312);
-  const int n = 4;
-  for (int round = 0; round < 12; ++round) {
-    Labels seeds = orva_test::blank<short>({26, 21});
-    std::fill_n(seeds.pixels(), seeds.npix(), short{-1});
-    for (short k = 0; k < n; ++k) {
-      seeds.setPixel(randomInt(random, 1, 24), randomInt(random, 1, 19), static_cast<float>(k));
-    }
-    // Distances to each region alone. A plane of labels of at least 0 is object, which has
-    // distances.
-    std::vector<image<float>> distances;
-    for (short k = 0; k < n; ++k) {
-      Mask others = orva_test::blank<unsigned char>({26, 21});
-      for (int i = 0; i < others.npix(); ++i) others.pixels()[i] = seeds.pixels()[i] == k ? 0 : 255;
-      distances.push_back(orva::bip::fchamfer(others));
-    }
-    const auto isTied = [&](int i) {
-      std::vector<float> d;
-      for (const image<float>& from : distances) d.push_back(from.pixels()[i]);
-      std::sort(d.begin(), d.end());
-      return d[1] - d[0] < 2 * kPathError;
-    };
-    Labels spread = seeds.duplicate();
-    orva::bip::propagate(spread, 9000.0F);
-    for (const auto turn : planeTurns<short>()) {
-      Labels turned = turn(seeds);
-      orva::bip::propagate(turned, 9000.0F);
-      const Labels back = turn(turned);
-      int compared = 0;
-      for (int i = 0; i < back.npix(); ++i) {
-        const int x = i % 26;
-        const int y = i / 26;
-        if (x == 0 || y == 0 || x == 25 || y == 20 || isTied(i)) continue;
-        ASSERT_EQ(back.pixels()[i], spread.pixels()[i]) << x << ", " << y;
-        ++compared;
-      }
-      EXPECT_GT(compared, 300);
+    for (const unsigned char ground : {std::uint8_t{0}, std::uint8_t{255}}) {
+      EXPECT_TRUE(sameImage(
+          orva::bip::chamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0), ground == 255),
+          framed(orva::bip::chamfer(mask, ground == 255), 33, 30, 6, round, ground)));
     }
   }
 }
 
-Labels hullOf(const Labels& labels, int directions) {
-  Labels hull = labels.duplicate();
-  testing::internal::CaptureStdout();
-  orva::bip::convexHull(hull, directions);
-  testing::internal::GetCapturedStdout();
-  return hull;
+template <class T>
+image<T> turnedOver(const image<T>& img) {
+  return orva_test::flipped(orva_test::upsideDown(orva_test::backToFront(img)));
 }
 
-// Whether the projection of (x, y) on one of the directions is, but for rounding, the least or the
-// largest of the points'.
-bool isAtBounds(const std::vector<std::pair<int, int>>& points, int directions, int x, int y) {
-  for (int k = 0; k < directions; ++k) {
-    const double a = k * 3.14159265358979 / directions;
-    const auto project = [a](int px, int py) { return px * std::cos(a) + py * std::sin(a); };
-    double least = 1e9;
-    double most = -1e9;
-    for (const auto& [px, py] : points) {
-      least = std::min(least, project(px, py));
-      most = std::max(most, project(px, py));
-    }
-    const double p = project(x, y);
-    if (std::abs(p - least) < 1e-4 || std::abs(p - most) < 1e-4) return true;
+// What the exception is: one step of it is taken next to the background. The shortest way over two
+// more without another is by three steps, each along two of the axes.
+TEST(Volumes, HaveOneDiagonalThatNoPassFollows) {
+  const auto distanceTo = [](int dx, int dy, int dz) {
+    Mask mask = orva_test::composed<unsigned char>(
+        {13, 13, 13}, [](int, int, int) { return static_cast<unsigned char>(255); });
+    mask.setPixel(6, 6, 6, 0.0F);
+    return orva::bip::fchamfer(mask).pixel(6 + dx, 6 + dy, 6 + dz);
+  };
+  const float straight = 3.0F * std::sqrt(3.0F);
+  const float detour = std::sqrt(3.0F) + 3.0F * std::sqrt(2.0F);
+  for (const int s : {-1, 1}) {
+    EXPECT_NEAR(distanceTo(3 * s, 3 * s, 3 * s), straight, kPathError);
+    EXPECT_NEAR(distanceTo(-3 * s, 3 * s, 3 * s), straight, kPathError);
+    EXPECT_NEAR(distanceTo(3 * s, -3 * s, 3 * s), straight, kPathError);
+    EXPECT_NEAR(distanceTo(3 * s, 3 * s, -3 * s), detour, kPathError);
   }
-  return false;
 }
 
-// An even number of directions has for each its mirror image and its transpose.
-TEST(TurnedLabels, HaveTurnedHulls) {
-  Random random(313);
-  const int directions = 20;
-  const Shape shape{40, 34};
+// With no background on the border, along which no pass goes.
+TEST(TurnedVolumes, OfMuchObjectHaveDistancesWithTheirDiagonal) {
+  Random random(318);
+  const Shape shape{15, 13, 12};
   for (int round = 0; round < 10; ++round) {
-    Labels labels = orva_test::composed<short>(shape, [](int, int, int) { return short{-1}; });
-    std::vector<std::pair<int, int>> points;
-    for (int i = 0; i < 12; ++i) {
-      points.emplace_back(randomInt(random, 4, 35), randomInt(random, 4, 29));
-      labels.setPixel(points.back().first, points.back().second, 0.0F);
-    }
-    const Labels hull = hullOf(labels, directions);
-    for (const auto turn : planeTurns<short>()) {
-      const Labels back = turn(hullOf(turn(labels), directions));
-      int inside = 0;
-      for (int y = 0; y < shape.ny; ++y) {
-        for (int x = 0; x < shape.nx; ++x) {
-          if (isAtBounds(points, directions, x, y)) continue;
-          ASSERT_EQ(back.pixel(x, y), hull.pixel(x, y)) << x << ", " << y;
-          inside += hull.pixel(x, y) == 0.0F ? 1 : 0;
+    const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.998), 255);
+    const image<float> distance = orva::bip::fchamfer(mask);
+    const auto isInner = orva::Image::interior(shape.nx, shape.ny, shape.nz);
+    const image<float> backs[] = {
+        orva_test::transposed(orva::bip::fchamfer(orva_test::transposed(mask))),
+        turnedOver(orva::bip::fchamfer(turnedOver(mask)))};
+    for (const image<float>& back : backs) {
+      for (int i = 0; i < back.npix(); ++i) {
+        if (isInner[static_cast<std::size_t>(i)]) {
+          ASSERT_NEAR(back.pixels()[i], distance.pixels()[i], kPathError) << i;
         }
       }
-      EXPECT_GT(inside, 100);
+    }
+  }
+}
+
+// Distances of at least 1 in pixels differ by 255 * 2 * kPathError / 1 < 1 once they are stretched.
+TEST(TurnedMasks, HaveTurnedBytesOfDistances) {
+  Random random(319);
+  for (const Shape& shape : kInner) {
+    const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.97), 0);
+    for (const bool invert : {false, true}) {
+      const Mask bytes = orva::bip::chamfer(mask, invert);
+      ASSERT_EQ(bytes.fmax() - bytes.fmin(), 255.0F);
+      for (const auto turn : volumeTurns<unsigned char>()) {
+        const Mask back = turn(orva::bip::chamfer(turn(mask), invert));
+        for (int i = 0; i < back.npix(); ++i) {
+          ASSERT_NEAR(back.pixels()[i], bytes.pixels()[i], 1) << i;
+        }
+      }
+    }
+  }
+}
+
+Labels spread(const Labels& seeds, float farthest) {
+  Labels result = seeds.duplicate();
+  orva::bip::propagate(result, farthest);
+  return result;
+}
+
+constexpr int kSeeds = 4;
+
+// Single pixels of each label, no nearer to the border than `margin`.
+Labels someSeeds(Random& random, const Shape& shape, int margin) {
+  Labels seeds = orva_test::composed<short>(shape, [](int, int, int) { return short{-1}; });
+  for (short k = 0; k < kSeeds; ++k) {
+    seeds.setPixel(randomInt(random, margin, shape.nx - 1 - margin),
+                   randomInt(random, margin, shape.ny - 1 - margin),
+                   shape.nz == 1 ? 0 : randomInt(random, 1, shape.nz - 2), static_cast<float>(k));
+  }
+  return seeds;
+}
+
+// Whether the pixels are clearly nearer to one region than to all others, off the border.
+std::vector<bool> areClear(const Labels& seeds) {
+  std::vector<image<float>> distances;
+  for (short k = 0; k < kSeeds; ++k) {
+    Mask others = orva_test::blank<unsigned char>(orva_test::shapeOf(seeds));
+    for (int i = 0; i < others.npix(); ++i) others.pixels()[i] = seeds.pixels()[i] == k ? 0 : 255;
+    distances.push_back(orva::bip::fchamfer(others));
+  }
+  std::vector<bool> result = seeds.interior();
+  for (int i = 0; i < seeds.npix(); ++i) {
+    std::vector<float> d;
+    for (const image<float>& from : distances) d.push_back(from.pixels()[i]);
+    std::sort(d.begin(), d.end());
+    if (d[1] - d[0] < 2 * kPathError) result[static_cast<std::size_t>(i)] = false;
+  }
+  return result;
+}
+
+TEST(TurnedLabels, AreSpreadToTheSamePixels) {
+  Random random(312);
+  const std::vector<orva_test::Turned<short>> ofVolumes = {orva_test::transposed<short>,
+                                                           turnedOver<short>};
+  for (const Shape& shape : {Shape{26, 21}, Shape{14, 12, 9}}) {
+    for (int round = 0; round < 12; ++round) {
+      const Labels seeds = someSeeds(random, shape, 1);
+      const std::vector<bool> isClear = areClear(seeds);
+      EXPECT_GT(std::count(isClear.begin(), isClear.end(), true), 300);
+      const Labels whole = spread(seeds, 9000.0F);
+      for (const auto turn : shape.nz == 1 ? planeTurns<short>() : ofVolumes) {
+        const Labels back = turn(spread(turn(seeds), 9000.0F));
+        for (int i = 0; i < back.npix(); ++i) {
+          if (isClear[static_cast<std::size_t>(i)]) {
+            ASSERT_EQ(back.pixels()[i], whole.pixels()[i]) << i;
+          }
+        }
+      }
+    }
+  }
+}
+
+// Seeds that reach no border.
+TEST(FramedLabels, AreSpreadToTheSamePixelsWhereverTheyLie) {
+  Random random(320);
+  for (const Shape& shape : {Shape{26, 21}, Shape{22, 19, 5}}) {
+    for (int round = 0; round < 10; ++round) {
+      const Labels seeds = someSeeds(random, shape, 6);
+      const Labels disks = spread(seeds, 4.5F);
+      ASSERT_FALSE(sameImage(disks, seeds));
+      EXPECT_TRUE(sameImage(spread(framed<short>(seeds, 39, 37, 3 + round, 7, -1), 4.5F),
+                            framed<short>(disks, 39, 37, 3 + round, 7, -1)));
     }
   }
 }

@@ -1,5 +1,5 @@
 // Operations without a preferred direction: what they give for a turned image is what they give
-// for the image, turned. Distances and hulls have a file of their own.
+// for the image, turned. Distances, hulls, shifts and the order of planes have files of their own.
 //
 // Exceptions, each where it belongs: the numbers of regions follow the raster order; axial
 // neighbours past the border are held there, one-sidedly; mean coordinates are rounded down, and

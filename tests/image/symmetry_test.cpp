@@ -2,7 +2,8 @@
 // the result, rearranged.
 //
 // Exception: scale() takes the lower neighbour, so that it follows a flip only where a size
-// grows by a whole number; it can always be transposed.
+// grows by a whole number; it can always be transposed. A Roi is cut from the first frame alone, so
+// that the others may come in any order.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -110,6 +111,19 @@ TYPED_TEST(Rearranged, BoxesAreThoseOfTheTurnedCorners) {
     EXPECT_TRUE(sameImage(owned(upsideDown(img).roi({x0, ny - 1 - y1, 1}, {x1, ny - 1 - y0, 2})),
                           upsideDown(box)));
     EXPECT_TRUE(sameImage(owned(transposed(img).roi({y0, x0, 1}, {y1, x1, 2})), transposed(box)));
+
+    const auto cut = [](const image<TypeParam>& from, int xmin, int ymin, int xmax, int ymax) {
+      return owned(dynamic_cast<image<TypeParam>*>(
+          orva::Roi::getSubImage(from, orva::Roi(xmin, ymin, xmax, ymax))));
+    };
+    const auto part = cut(img, x0, y0, x1, y1);
+    EXPECT_TRUE(sameImage(cut(flipped(img), nx - 1 - x1, y0, nx - 1 - x0, y1), flipped(part)));
+    EXPECT_TRUE(
+        sameImage(cut(upsideDown(img), x0, ny - 1 - y1, x1, ny - 1 - y0), upsideDown(part)));
+    EXPECT_TRUE(sameImage(cut(transposed(img), y0, x0, y1, x1), transposed(part)));
+    EXPECT_TRUE(sameImage(cut(reordered(img, {0, 3, 1, 2}), x0, y0, x1, y1), part));
+    const auto moved = orva_test::framed(img, nx + 6, ny + 5, 4, 3, img.pixels()[0]);
+    EXPECT_TRUE(sameImage(cut(moved, x0 + 4, y0 + 3, x1 + 4, y1 + 3), part));
   }
 }
 
@@ -133,6 +147,25 @@ TYPED_TEST(Rearranged, ImagesAreEnlargedByWholeNumbersToTheTurnedPixels) {
          {flipped<TypeParam>, upsideDown<TypeParam>, orva_test::backToFront<TypeParam>}) {
       EXPECT_TRUE(sameImage(owned(turn(img).scale(7 * factor, 5 * factor, 3 * factor)),
                             turn(owned(img.scale(7 * factor, 5 * factor, 3 * factor)))));
+    }
+  }
+}
+
+// The border of a turned image is the turned border. All frames count as planes.
+TEST(Interior, IsTheSameForEveryTurn) {
+  for (const Shape& shape : orva_test::oddShapes()) {
+    const auto interiorOf = [](const orva::Image& img) {
+      const std::vector<bool> inside = img.interior();
+      return orva_test::imageOf<unsigned char>(orva_test::shapeOf(img),
+                                               {inside.begin(), inside.end()});
+    };
+    const auto img = orva_test::blank<unsigned char>(shape);
+    const auto inside = interiorOf(img);
+    for (const auto turn : volumeTurns<unsigned char>()) {
+      EXPECT_TRUE(sameImage(interiorOf(turn(img)), turn(inside)));
+    }
+    if (shape.nx > 1 && shape.nz > 1 && shape.nc * shape.nt == 1) {  // one plane has no z border
+      EXPECT_TRUE(sameImage(interiorOf(orva_test::onItsSide(img)), orva_test::onItsSide(inside)));
     }
   }
 }

@@ -1,8 +1,9 @@
 // Statistics do not depend on where a pixel lies, zero crossings follow a turned image, and angles
 // follow a turned vector.
 //
-// Exceptions: points come column by column; an angle of -180 degrees and the boundaries between the
-// eight directions belong to one side, so vectors on them are left out.
+// Exceptions: the mean of an array is summed in its order; points come column by column; an angle
+// of -180 degrees and the boundaries between the eight directions belong to one side, so vectors on
+// them are left out.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,6 +23,7 @@ using orva::image_math::angle;
 using orva::image_math::direction;
 using orva::image_math::findZeros;
 using orva::image_math::norm;
+using orva::image_math::norm2;
 using orva_test::Random;
 using orva_test::randomImage;
 using orva_test::reordered;
@@ -43,6 +45,52 @@ TYPED_TEST(Brightest, PixelsAreTheSameOfRearrangedOnes) {
       for (const auto turn : orva_test::volumeTurns<TypeParam>()) {
         EXPECT_EQ(orva::image_math::topByPercentage(turn(img), p), top);
         EXPECT_EQ(orva::image_math::meanOfTopByPercentage(turn(img), p), mean);
+      }
+    }
+    for (const int n : {0, 1, img.npix() / 2, img.npix() - 1}) {
+      if (n > img.npix() - 1) continue;
+      const float top = orva::image_math::topByPixelNumber(img, n);
+      EXPECT_EQ(orva::image_math::topByPixelNumber(shuffled, n), top);
+      for (const auto turn : orva_test::volumeTurns<TypeParam>()) {
+        EXPECT_EQ(orva::image_math::topByPixelNumber(turn(img), n), top);
+      }
+    }
+  }
+}
+
+TEST(ShuffledArrays, HaveTheSameExtremesAndNearlyTheSameMean) {
+  Random random(605);
+  for (const int n : {1, 2, 7, 100, 1000}) {
+    std::vector<float> values(static_cast<std::size_t>(n));
+    std::vector<float> whole(values.size());
+    float size = 0.0F;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      values[i] = orva_test::randomPixel<float>(random);
+      whole[i] = std::trunc(values[i]);
+      size += std::abs(values[i]);
+    }
+    // n - 1 sums, none larger than all magnitudes together, and a quotient, each rounded by at most
+    // a 2^-24 share; on either side. One more share for the rounding of that bound.
+    const auto share = static_cast<float>(n + 1) * std::ldexp(1.0F, -24);
+    const float error = 2.0F * share * size / static_cast<float>(n);
+    const float least = orva::image_math::minimum(values);
+    const float most = orva::image_math::maximum(values);
+    const float mean = orva::image_math::mean(values);
+    const float exactMean = orva::image_math::mean(whole);
+    for (int round = 0; round < 20; ++round) {
+      std::shuffle(values.begin(), values.end(), random);
+      std::shuffle(whole.begin(), whole.end(), random);
+      EXPECT_EQ(orva::image_math::minimum(values), least);
+      EXPECT_EQ(orva::image_math::maximum(values), most);
+      EXPECT_NEAR(orva::image_math::mean(values), mean, error);
+      // Sums of whole numbers below 2^24 are exact in any order.
+      EXPECT_EQ(orva::image_math::mean(whole), exactMean);
+      // Levels are whole, and so are their sums.
+      for (const float p : {0.0F, 0.3F, 0.8F}) {
+        std::vector<float> sorted = values;
+        std::sort(sorted.begin(), sorted.end());
+        EXPECT_EQ(orva::image_math::meanOfTopByPercentage(values, p),
+                  orva::image_math::meanOfTopByPercentage(sorted, p));
       }
     }
   }
@@ -92,6 +140,9 @@ TEST(TurnedVectors, HaveTheSameNorm) {
     EXPECT_EQ(norm(-x, y), norm(x, y));
     EXPECT_EQ(norm(x, -y), norm(x, y));
     EXPECT_EQ(norm(y, x), norm(x, y));
+    EXPECT_EQ(norm2(-x, y), norm2(x, y));
+    EXPECT_EQ(norm2(x, -y), norm2(x, y));
+    EXPECT_EQ(norm2(y, x), norm2(x, y));
   }
 }
 

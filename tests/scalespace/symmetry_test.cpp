@@ -9,16 +9,16 @@
 // takes lower neighbours, so it can be transposed but not flipped.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "orva/scalespace/scalespace.h"
 #include "tests/scalespace/shapes.h"
+#include "tests/scalespace/turned.h"
 #include "tests/support/images.h"
-#include "tests/support/reference/scalespace.h"
 #include "tests/support/turns.h"
 
 namespace {
@@ -26,9 +26,12 @@ namespace {
 using orva::FeatureType;
 using orva::image;
 using orva_test::backToFront;
-using orva_test::blank;
+using orva_test::brightPixels;
+using orva_test::errorOf;
 using orva_test::flipped;
 using orva_test::framed;
+using orva_test::kRadius;
+using orva_test::near;
 using orva_test::planeTurns;
 using orva_test::Random;
 using orva_test::randomImage;
@@ -45,17 +48,6 @@ namespace scalespace = orva::scalespace;
 
 using Floats = image<float>;
 using Filter = std::function<Floats(const Floats&)>;
-
-constexpr int kRadius = 4;  // of the kernel for a sigma of 1
-
-// Two bright pixels with no row, column or line of frames in common once they are spread by
-// kRadius, which stay off the border then.
-Floats brightPixels(bool stack) {
-  Floats img = blank<float>({40, 44, stack ? 18 : 1});
-  img.setPixel(9, 10, stack ? 8 : 0, 64.0F);
-  img.setPixel(28, 31, stack ? 9 : 0, -0.5F);
-  return img;
-}
 
 // What has the same definition for all axes.
 std::vector<Filter> evenFilters() {
@@ -119,33 +111,6 @@ TEST(BrightPixels, AreReducedToTheTransposedPixels) {
     EXPECT_TRUE(
         sameValues(dynamic_cast<const Floats&>(*b), transposed(dynamic_cast<const Floats&>(*a))));
   }
-}
-
-// The error that a filter of these orders can have, for pixels of up to `largest`, and twice over
-// as two results are compared. The ends of a smoothed line are divided by no less than a third.
-float errorOf(const reference::Orders& orders, bool stack, float largest) {
-  float size = largest;
-  int terms = 0;
-  for (const int order : {orders.x, orders.y, stack ? orders.z : -1}) {
-    if (order < 0) continue;
-    const reference::Kernel kernel = reference::gaussianKernel(1.0F, order);
-    float weight = 0;
-    for (const float tap : kernel.taps) weight += std::abs(tap);
-    size *= std::max(weight, 0.1F) * 3.0F;
-    terms += 2 * (2 * kernel.radius + 3);
-  }
-  return 2.0F * static_cast<float>(terms) * std::ldexp(size, -24);
-}
-
-::testing::AssertionResult near(const Floats& a, const Floats& b, float error) {
-  if (a.npix() != b.npix()) return ::testing::AssertionFailure() << "sizes differ";
-  for (int i = 0; i < a.npix(); ++i) {
-    if (!(std::abs(a.pixels()[i] - b.pixels()[i]) <= error)) {
-      return ::testing::AssertionFailure() << "pixel " << i << " is " << a.pixels()[i] << " and "
-                                           << b.pixels()[i] << ", allowed " << error;
-    }
-  }
-  return ::testing::AssertionSuccess();
 }
 
 TEST(TurnedImages, HaveTurnedResultsUpToTheErrorOfTheirSums) {

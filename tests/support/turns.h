@@ -77,6 +77,14 @@ orva::image<T> backToFront(const orva::image<T>& img) {
       shapeOf(img), [&](int x, int y, int f) { return pixelAt(img, x, y, img.nframes() - 1 - f); });
 }
 
+// A volume with columns and planes exchanged.
+template <class T>
+orva::image<T> onItsSide(const orva::image<T>& img) {
+  Shape shape = shapeOf(img);
+  std::swap(shape.nx, shape.nz);
+  return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, f, y, x); });
+}
+
 // The turns that an operation without a preferred direction follows, each its own inverse.
 template <class T>
 using Turned = orva::image<T> (*)(const orva::image<T>&);

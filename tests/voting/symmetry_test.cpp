@@ -184,6 +184,46 @@ TEST(Cones, OfOppositeAnglesAreMirroredUpToOnePixel) {
   }
 }
 
+// The same products and shares, taken at other cells. The cone's cells may be met more than once.
+TEST(Cones, CastShiftedVotesFromAShiftedPoint) {
+  Random random(805);
+  constexpr int kSide = 90;
+  constexpr int kReach = 14;
+  VotingParams params;
+  params.regionType = 2;
+  Probe probe(params);
+  orva::voting::WPoint2D::nx = kSide;
+  probe.computeCones(2, 11, 5);
+  const auto at = [](int x, int y) { return std::ptrdiff_t{y} * kSide + x; };
+  orva::voting::VPoint2D point;
+  point.weight = 3.7F;
+  // Votes from the middle of a square, which has its first cell at (dx, dy).
+  const auto background = orva_test::randomMask(random, {2 * kReach + 1, 2 * kReach + 1}, 0.5);
+  for (const int bin : {0, 1, 37, 64, 128, 200, 255}) {
+    const auto& cone = probe.cones_.at(static_cast<std::size_t>(bin));
+    const auto votes = [&](int dx, int dy, bool isPlain) {
+      auto acc = orva_test::blank<float>({kSide, kSide});
+      auto prev = orva_test::framed(orva::toFloatImage(background), kSide, kSide, dx, dy, 0.0F);
+      const std::ptrdiff_t own = at(dx + kReach, dy + kReach);
+      if (isPlain) {
+        cone.vote(acc.pixels() + own, point);
+      } else {
+        cone.vote(acc.pixels() + own, prev.pixels() + own, point);
+      }
+      return acc;
+    };
+    for (const bool isPlain : {true, false}) {
+      const auto here =
+          orva_test::unframed(votes(0, 0, isPlain), 2 * kReach + 1, 2 * kReach + 1, 0, 0);
+      ASSERT_GT(here.max(), 0.0F);
+      for (const auto& [dx, dy] : {std::pair{1, 0}, {0, 1}, {37, 22}, {60, 61}}) {
+        EXPECT_TRUE(orva_test::sameImage(votes(dx, dy, isPlain),
+                                         orva_test::framed(here, kSide, kSide, dx, dy, 0.0F)));
+      }
+    }
+  }
+}
+
 // On a boundary between bins a half is rounded up, and an angle just below a full turn stays in the
 // last bin.
 TEST(ComputeAngleIndex, OfMirroredDirectionsIsTheMirroredBin) {
