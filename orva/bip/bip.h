@@ -136,10 +136,12 @@ ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low,
 
 /// @name Chamfer distances
 /// The distance of every object pixel, in pixels, by 3x3 (in a volume 3x3x3) chamfer steps of
-/// Euclidean length. In a byte image the objects are the non-zero pixels, and the distance is that
-/// to the nearest zero pixel. In a short image the objects are the labels of at least 0; a pixel
-/// with another value among its neighbours is a boundary and counts as 1, the others in a region
-/// add their distance to it. Background is 0.
+/// Euclidean length: two passes, the first with the steps whose coordinate sum is at most 0, the
+/// second with those of at least 0. In a volume one of the long diagonals is in no pass that could
+/// repeat it, so that distances along it are larger; this is intended. In a byte image the objects
+/// are the non-zero pixels, and the distance is that to the nearest zero pixel. In a short image
+/// the objects are the labels of at least 0; a pixel with another value among its neighbours is a
+/// boundary and counts as 1, the others in a region add their distance to it. Background is 0.
 ///
 /// The two passes leave out the border. What they do not reach follows its neighbours at 1 for
 /// every step, diagonals included; what has nothing to follow stays 10000. The first volume of the
