@@ -1,13 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iostream>
 #include <limits>
+#include <locale>
 #include <string>
 #include <vector>
 
 #include "orva/bip/bip.h"
 #include "tests/bip/pictures.h"
 #include "tests/support/images.h"
+#include "tests/support/locale.h"
 #include "tests/support/reference/hull.h"
 #include "tests/support/shapes.h"
 
@@ -228,6 +231,15 @@ TEST(ConvexHull, PrintsTheNumberOfRegions) {
   EXPECT_EQ(printed, "0 regions detected.\n");
   hull(maskOf({"#.#", "..#", "#.."}), 10, printed);
   EXPECT_EQ(printed, "3 regions detected.\n");
+}
+
+TEST(ConvexHull, PrintsTheNumberPlainlyWhateverTheLocaleOfTheStream) {
+  const std::locale before =
+      std::cout.imbue(std::locale(std::locale(), new orva_test::ForeignDigits));
+  std::string printed;
+  hull(imageOf<short>({1, 1}, {4999}), 10, printed);
+  std::cout.imbue(before);
+  EXPECT_EQ(printed, "5000 regions detected.\n");
 }
 
 TEST(ConvexHull, OfANullImageIsNullAndSilent) {

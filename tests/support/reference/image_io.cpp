@@ -85,10 +85,9 @@ std::string int32Bytes(int v) {
 }
 
 std::string pixelBytes(const orva::Image& img) {
-  std::string bytes;
-  const int count = img.npix() * img.pixelSize();
-  for (int i = 0; i < count; ++i) bytes += static_cast<const char*>(img.data())[i];
-  return bytes;
+  if (img.npix() < 1) return "";
+  const auto count = static_cast<std::size_t>(img.npix());
+  return {static_cast<const char*>(img.data()), count * static_cast<std::size_t>(img.pixelSize())};
 }
 
 std::string fileUIF(const orva::Image& img) {
