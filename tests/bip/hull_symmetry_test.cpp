@@ -152,7 +152,7 @@ TEST(TurnedMasks, HaveTurnedHulls) {
         mask.setPixel(x + 1, y, 255.0F);  // no steps along diagonals alone
       }
     }
-    const auto hullOfMask = [precision](const image<unsigned char>& img) {
+    const auto hullOfMask = [](const image<unsigned char>& img) {
       testing::internal::CaptureStdout();
       const Labels hull = orva::bip::convexHull(img, precision);
       testing::internal::GetCapturedStdout();
