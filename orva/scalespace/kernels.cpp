@@ -8,7 +8,6 @@
 #include "orva/scalespace/scalespace.h"
 
 namespace orva::scalespace {
-
 namespace {
 
 std::vector<float> coefficients(int order, float sigma) {

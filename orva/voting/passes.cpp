@@ -128,8 +128,9 @@ void CircularVoting::getMaxDirection(VPoint2D& p) {
   if (best == nullptr || most < kNegligible) return;
   const float length = lengthOf(best->x, best->y);
   if (!(length > kNegligible)) return;
-  p.cx = fittedTo16(p.x + best->x);
-  p.cy = fittedTo16(p.y + best->y);
+  // A caller's own cones may reach past 16 bits.
+  p.cx = wrapTo16(std::int64_t{p.x} + best->x);
+  p.cy = wrapTo16(std::int64_t{p.y} + best->y);
   p.angle = fittedTo16(computeAngleIndex(static_cast<float>(best->x) / length,
                                          static_cast<float>(best->y) / length));
 }

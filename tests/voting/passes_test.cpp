@@ -109,6 +109,16 @@ TEST(GetMaxDirection, LeavesThePointWhenItsOwnCellIsStrongest) {
   EXPECT_TRUE(samePoints({p}, {before}));
 }
 
+TEST(GetMaxDirection, WrapsWhatItLooksAtTo16Bits) {
+  Probe probe = withCells({{1, 0}});
+  probe.cones_[0].planes[0].points[0].x = 32767;  // its offset stays
+  probe.acc_.setPixel(21, 20, 2.0F);
+  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  probe.getMaxDirection(p);
+  EXPECT_EQ(p.cx, 20 + 32767 - 65536);
+  EXPECT_EQ(p.cy, 20);
+}
+
 TEST(GetMeanDirection, DividesByTheNumberOfCellsWhichIsIntended) {
   Probe probe = withCells({{4, 0}, {0, 4}, {-4, 0}, {0, -4}});
   // (0, 4) with votes 0.5 gives a mean of (0, 0.5), which rounds to (0, 1).
