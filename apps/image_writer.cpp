@@ -222,13 +222,6 @@ constexpr std::array kFormats{Format{".pgm", pgmFiles},   Format{".ppm", ppmFile
                               Format{".tiff", tiffFiles}, Format{".iht", ihtFiles},
                               Format{".uif", uifFiles},   Format{".ics", icsFiles}};
 
-std::vector<std::string> allExtensions() {
-  std::vector<std::string> extensions;
-  extensions.reserve(kFormats.size());
-  for (const Format& format : kFormats) extensions.emplace_back(format.extension);
-  return extensions;
-}
-
 // Null for an extension that is not known.
 Encoder encoderFor(const std::string& path) {
   // The library knows ICS names in small letters only.
@@ -259,17 +252,13 @@ bool holdsColour(const std::string& path) {
   return extension != ".pgm" && extension != ".iht" && extension != ".uif";
 }
 
-CLI::Validator writableFile(const std::vector<std::string>& extensions) {
-  const std::vector<std::string> accepted = extensions.empty() ? allExtensions() : extensions;
-  return {[accepted](const std::string& path) {
-            const bool good =
-                encoderFor(path) != nullptr &&
-                std::find(accepted.begin(), accepted.end(), extensionOf(path)) != accepted.end();
-            if (good) return std::string();
-            return path + " has none of the extensions that can be written: " +
-                   CLI::detail::join(accepted, " ");
-          },
-          ""};
+std::vector<std::string> writableExtensions() {
+  std::vector<std::string> extensions;
+  extensions.reserve(kFormats.size());
+  for (const Format& format : kFormats) extensions.emplace_back(format.extension);
+  return extensions;
 }
+
+bool isWritable(const std::string& path) { return encoderFor(path) != nullptr; }
 
 }  // namespace orva_app

@@ -2,7 +2,6 @@
 #ifndef ORVA_APPS_IMAGE_WRITER_H
 #define ORVA_APPS_IMAGE_WRITER_H
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -30,8 +29,12 @@ std::vector<std::filesystem::path> filesOf(const std::string& path);
 // Whether the format that `path` names has colour.
 bool holdsColour(const std::string& path);
 
-// Accepts the names of files that writeImageFile() knows, of these extensions if some are given.
-CLI::Validator writableFile(const std::vector<std::string>& extensions);
+// The extensions of the files that writeImageFile() knows.
+std::vector<std::string> writableExtensions();
+
+// Whether writeImageFile() knows the kind of file that `path` names. It must, for the functions
+// above.
+bool isWritable(const std::string& path);
 
 }  // namespace orva_app
 

@@ -1,9 +1,11 @@
 #include "apps/subcommand.h"
 
+#include <algorithm>
 #include <iostream>
 #include <new>
 #include <set>
 
+#include "apps/image_writer.h"
 #include "apps/output_file.h"
 #include "apps/text.h"
 
@@ -40,6 +42,18 @@ CLI::Validator numberIn(float low, float high) {
             const bool good = CLI::detail::lexical_cast(text, v) && v >= low && v <= high;
             return good ? ""
                         : text + " is not a number from " + shortest(low) + " to " + shortest(high);
+          },
+          ""};
+}
+
+CLI::Validator writableFile(const std::vector<std::string>& extensions) {
+  const std::vector<std::string> accepted = extensions.empty() ? writableExtensions() : extensions;
+  return {[accepted](const std::string& path) {
+            const bool good = isWritable(path) && std::find(accepted.begin(), accepted.end(),
+                                                            extensionOf(path)) != accepted.end();
+            if (good) return std::string();
+            return path + " has none of the extensions that can be written: " +
+                   CLI::detail::join(accepted, " ");
           },
           ""};
 }

@@ -58,6 +58,9 @@ int statusOf(const std::string& file, Work work) {
 // A number in low .. high. CLI11's own range takes "nan".
 CLI::Validator numberIn(float low, float high);
 
+// The name of a file that writeImageFile() knows, of these extensions if some are given.
+CLI::Validator writableFile(const std::vector<std::string>& extensions);
+
 // A page of a TIFF file or a plane of a stack.
 CLI::Validator frameNumber();
 

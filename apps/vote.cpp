@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 #include "apps/file_error.h"
@@ -48,18 +49,36 @@ void keepHistory(const fs::path& from, const fs::path& directory) {
   }
 }
 
+// Shows the accumulator.
+class Voting : public CircularVoting {
+ public:
+  // After compute(): the votes without the margin.
+  orva::image<float> votes() const {
+    orva::image<float> field(nx_, ny_, 1, 1, 1);
+    for (int y = 0; y < ny_; ++y) {
+      const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
+      std::copy_n(row, nx_, field.pixels() + std::ptrdiff_t{y} * nx_);
+    }
+    return field;
+  }
+};
+
+// Takes the settings over and returns those that were used.
+UsedSettings prepare(CircularVoting& voting, const orva::Image& img, const VoteSettings& s) {
+  const UsedSettings used = completed(img, s);
+  requireFits(img, used.coneWidth, s.maxRadius);
+  voting.setParams(s.polarity, s.minRadius, s.maxRadius, used.coneWidth, used.gradient,
+                   s.threshold.value_or(s.relativeThreshold), used.sigma, CircularVoting::Power,
+                   s.power, s.edges, s.threshold.has_value());
+  return used;
+}
+
 }  // namespace
 
 VoteResult vote(const orva::Image& img, const VoteSettings& s,
                 const std::optional<std::string>& history) {
-  VoteResult result{completed(img, s), {}};
-  const UsedSettings& used = result.used;
-  requireFits(img, used.coneWidth, s.maxRadius);
-
   CircularVoting voting;
-  voting.setParams(s.polarity, s.minRadius, s.maxRadius, used.coneWidth, used.gradient,
-                   s.threshold.value_or(s.relativeThreshold), used.sigma, CircularVoting::Power,
-                   s.power, s.edges, s.threshold.has_value());
+  VoteResult result{prepare(voting, img, s), {}};
   if (history) {
     const fs::path prefix(*history);
     const fs::path directory = prefix.has_parent_path() ? prefix.parent_path() : ".";
@@ -83,6 +102,13 @@ VoteResult vote(const orva::Image& img, const VoteSettings& s,
     result.centers.push_back({p.x, p.y, voting.center_weights()[i]});
   }
   return result;
+}
+
+orva::image<float> voteField(const orva::Image& img, const VoteSettings& settings) {
+  Voting voting;
+  prepare(voting, img, settings);
+  voting.compute(img);
+  return voting.votes();
 }
 
 }  // namespace orva_app

@@ -50,6 +50,10 @@ struct VoteResult {
 VoteResult vote(const orva::Image& img, const VoteSettings& settings,
                 const std::optional<std::string>& history);
 
+// The votes after the last pass, in which regions above the threshold make the centres; of the
+// image's width and height. Throws as vote().
+orva::image<float> voteField(const orva::Image& img, const VoteSettings& settings);
+
 }  // namespace orva_app
 
 #endif
