@@ -1,0 +1,69 @@
+"""The arrays that the functions take, and their checks."""
+
+from __future__ import annotations
+
+from typing import Any, Tuple, Union
+
+import numpy as np
+import numpy.typing as npt
+
+Bytes = npt.NDArray[np.uint8]
+Truth = npt.NDArray[np.bool_]
+Floats = npt.NDArray[np.float32]
+Labels = npt.NDArray[np.int16]
+Image = Union[Bytes, Labels, npt.NDArray[np.int32], npt.NDArray[np.uint32], Floats]
+Mask = Union[Truth, Bytes]
+
+IMAGE_TYPES = ("uint8", "int16", "int32", "uint32", "float32")
+MASK_TYPES = ("bool", "uint8")
+LABEL_TYPES = ("int16",)
+
+MOST_PIXELS = 2**31 - 1
+
+
+def _hint(name: str, dtype: np.dtype[Any]) -> str:
+    if not dtype.isnative:
+        return f"; its bytes are swapped: {name}.astype({name}.dtype.newbyteorder('='))"
+    wider = {"float64": "float32", "float16": "float32", "uint16": "int32", "int8": "int16"}
+    if dtype.name in wider:
+        return f"; convert it: {name}.astype(numpy.{wider[dtype.name]})"
+    return ""
+
+
+def require(array: Any, types: Tuple[str, ...], name: str = "image") -> None:
+    """Raises TypeError unless it is an array of one of the types, ValueError for its size."""
+    if not isinstance(array, np.ndarray) or isinstance(array, np.ma.MaskedArray):
+        raise TypeError(f"{name} must be a numpy.ndarray, not {type(array).__name__}")
+    if not any(array.dtype == np.dtype(accepted) for accepted in types):
+        hint = _hint(name, array.dtype) if types == IMAGE_TYPES or not array.dtype.isnative else ""
+        raise TypeError(f"{name} has the dtype {array.dtype}; accepted: {', '.join(types)}{hint}")
+    if not 2 <= array.ndim <= 5:
+        raise ValueError(f"{name} has {array.ndim} axes; it must have 2 to 5: (t, c, z, y, x)")
+    if array.size == 0:
+        raise ValueError(f"{name} is empty")
+    if array.size > MOST_PIXELS:
+        raise ValueError(f"{name} has {array.size} pixels; an image has at most {MOST_PIXELS}")
+
+
+def require_mask(mask: Any) -> None:
+    """Raises as require(), and ValueError for bytes that are neither 0 nor 255."""
+    require(mask, MASK_TYPES, "mask")
+    if mask.dtype == np.uint8 and np.any((mask != 0) & (mask != 255)):
+        raise ValueError("mask has values other than 0 and 255; make it one of bool: mask != 0")
+
+
+def frames(array: npt.NDArray[Any]) -> int:
+    """The number of planes: z, then c, then t."""
+    return int(np.prod(array.shape[:-2]))
+
+
+def require_plane(array: npt.NDArray[Any], name: str = "image") -> None:
+    """Raises ValueError for more than one plane."""
+    if frames(array) > 1:
+        raise ValueError(f"{name} has {frames(array)} planes; take one at a time: {name}[k]")
+
+
+def require_volume(array: npt.NDArray[Any], name: str = "image") -> None:
+    """Raises ValueError for more than one channel or time point."""
+    if np.prod(array.shape[:-3]) > 1:
+        raise ValueError(f"{name} has several channels or time points; take one at a time")

@@ -1,0 +1,207 @@
+"""Centres of round objects."""
+
+from __future__ import annotations
+
+from typing import Any, Callable, Optional, TypeVar
+
+import numpy as np
+import numpy.typing as npt
+
+from . import _options as options
+from . import _orva
+from ._arrays import IMAGE_TYPES, Floats, Image, frames, require
+
+Result = TypeVar("Result")
+
+_MOST_PIXELS = 1000  # the cones take memory by the product of radius and width
+_MOST_LEVELS = 3e38
+
+
+def _plane(image: Image, frame: int) -> npt.NDArray[Any]:
+    require(image, IMAGE_TYPES)
+    count = frames(image)
+    planes: npt.NDArray[Any] = image.reshape(count, *image.shape[-2:])
+    plane: npt.NDArray[Any] = planes[options.whole("frame", frame, 0, count - 1)]
+    return plane
+
+
+def _settings(
+    *,
+    max_radius: int,
+    min_radius: int,
+    cone_width: Optional[int],
+    sigma: Optional[float],
+    gradient: Optional[float],
+    relative_gradient: float,
+    threshold: Optional[float],
+    relative_threshold: float,
+    polarity: str,
+    edges: bool,
+    power: float,
+) -> _orva.VoteSettings:
+    options.whole("max_radius", max_radius, 1, _MOST_PIXELS)
+    if cone_width is not None:
+        options.whole("cone_width", cone_width, 0, _MOST_PIXELS)
+    if sigma is not None:
+        options.sigma("sigma", sigma)
+    if gradient is not None:
+        options.number("gradient", gradient, 0, _MOST_LEVELS)
+    if threshold is not None:
+        options.number("threshold", threshold, 0, _MOST_LEVELS)
+    return _orva.VoteSettings(
+        max_radius=max_radius,
+        min_radius=options.whole("min_radius", min_radius, 1, max_radius),
+        cone_width=cone_width,
+        sigma=sigma,
+        gradient=gradient,
+        relative_gradient=options.number("relative_gradient", relative_gradient, 0, 1),
+        threshold=threshold,
+        relative_threshold=options.number("relative_threshold", relative_threshold, 0.05, 1),
+        polarity=options.choice("polarity", polarity, ("bright", "dark", "both")),
+        edges=options.flag("edges", edges),
+        power=options.number("power", power, 0, 100),
+    )
+
+
+def _voted(
+    vote: Callable[[npt.NDArray[Any], _orva.VoteSettings], Result],
+    image: Image,
+    frame: int,
+    settings: _orva.VoteSettings,
+) -> Result:
+    try:
+        return vote(_plane(image, frame), settings)
+    except _orva.FileError as error:
+        raise ValueError(f"image {error}") from None
+
+
+def find_centers(
+    image: Image,
+    *,
+    max_radius: int = 20,
+    min_radius: int = 1,
+    cone_width: Optional[int] = None,
+    sigma: Optional[float] = None,
+    gradient: Optional[float] = None,
+    relative_gradient: float = 0.03,
+    threshold: Optional[float] = None,
+    relative_threshold: float = 0.3,
+    polarity: str = "bright",
+    edges: bool = False,
+    power: float = 0.5,
+    frame: int = 0,
+) -> npt.NDArray[np.void]:
+    """Find the centres of round objects by iterative circular voting.
+
+    Every pixel of strong gradient votes in a cone along its gradient. Pass by pass the cones turn
+    towards the strongest votes and narrow, until the votes of one object gather at its centre.
+
+    Parameters
+    ----------
+    image
+        A plane (y, x), or a stack, of which one plane is taken.
+    max_radius
+        Farthest vote in pixels, 1 to 1000: about 1.4 times the radius of the objects.
+    min_radius
+        Nearest vote in pixels, 1 to max_radius.
+    cone_width
+        Half-width of the widest cone at its end in pixels, 0 to 1000; half of max_radius if None.
+    sigma
+        Scale of the gradient in pixels, 0.1 to 1000; a seventh of max_radius, at least 1, if None.
+    gradient
+        Gradients below it cast no vote, in grey levels a pixel. If None, relative_gradient counts.
+    relative_gradient
+        The same as a share of the strongest gradient, 0 to 1.
+    threshold
+        Regions of more than so many votes make a centre; gradients then vote in grey levels. If
+        None, relative_threshold counts.
+    relative_threshold
+        The same as a share of the strongest vote, 0.05 to 1.
+    polarity
+        "bright", "dark" or "both": the objects against their ground.
+    edges
+        Vote only from the edges of bright blobs.
+    power
+        Exponent that turns gradient magnitudes into weights, 0 to 100.
+    frame
+        The plane of a stack, counted from 0: along z first, then c, then t.
+
+    Returns
+    -------
+    Structured array with the fields x and y (int32, pixels from 0 at the top left) and weight
+    (float32, the mean vote of the centre's region), a row for each centre.
+
+    Raises
+    ------
+    TypeError
+        For an array or an option of another type.
+    ValueError
+        For an option out of range, and for an image that has, with the margin for the cones, a
+        side of more than 32767 pixels.
+
+    The border sample is repeated outside the image. Votes outside it are lost.
+    """
+    return _voted(
+        _orva.find_centers,
+        image,
+        frame,
+        _settings(
+            max_radius=max_radius,
+            min_radius=min_radius,
+            cone_width=cone_width,
+            sigma=sigma,
+            gradient=gradient,
+            relative_gradient=relative_gradient,
+            threshold=threshold,
+            relative_threshold=relative_threshold,
+            polarity=polarity,
+            edges=edges,
+            power=power,
+        ),
+    )
+
+
+def vote_field(
+    image: Image,
+    *,
+    max_radius: int = 20,
+    min_radius: int = 1,
+    cone_width: Optional[int] = None,
+    sigma: Optional[float] = None,
+    gradient: Optional[float] = None,
+    relative_gradient: float = 0.03,
+    threshold: Optional[float] = None,
+    relative_threshold: float = 0.3,
+    polarity: str = "bright",
+    edges: bool = False,
+    power: float = 0.5,
+    frame: int = 0,
+) -> Floats:
+    """The votes after the last pass, in which find_centers() looks for centres.
+
+    The parameters are those of find_centers(), and so are the errors. relative_threshold changes
+    nothing here, and of threshold only whether it is given.
+
+    Returns
+    -------
+    float32 array (y, x): the votes at every pixel of the plane. The centres are the centroids of
+    its regions above the threshold, their weights the mean vote of a region.
+    """
+    return _voted(
+        _orva.vote_field,
+        image,
+        frame,
+        _settings(
+            max_radius=max_radius,
+            min_radius=min_radius,
+            cone_width=cone_width,
+            sigma=sigma,
+            gradient=gradient,
+            relative_gradient=relative_gradient,
+            threshold=threshold,
+            relative_threshold=relative_threshold,
+            polarity=polarity,
+            edges=edges,
+            power=power,
+        ),
+    )

@@ -1,0 +1,136 @@
+"""The package as a whole: names, texts, types and version."""
+
+import inspect
+import pathlib
+import re
+import subprocess
+import sys
+
+import orva
+
+PACKAGE = pathlib.Path(orva.__file__).parent
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+GOOD = """
+from typing import Dict
+import numpy as np
+import numpy.typing as npt
+import orva
+
+image = np.zeros((20, 30), np.uint8)
+centers: npt.NDArray[np.void] = orva.find_centers(image, max_radius=5, polarity="dark")
+field: npt.NDArray[np.float32] = orva.vote_field(image)
+flat: npt.NDArray[np.float32] = orva.gaussian(image, sigma=(1, 2.5), orders=(0, 1))
+level: float = orva.compute_threshold(image)
+mask: npt.NDArray[np.bool_] = orva.erode(orva.threshold(image, level))
+closed: npt.NDArray[np.uint8] = orva.fill_holes(image)
+labels, n = orva.label(mask)
+grown: npt.NDArray[np.int16] = orva.propagate(orva.erode(labels), max_distance=3)
+count: int = n + 1
+table: Dict[str, npt.NDArray[np.int32]] = orva.measure(grown, image)
+orva.write("image.tif", orva.smooth(orva.read("image.tif", frame=0), sigma=1))
+orva.write("mask.tif", orva.features(image, sigma=1, kind="hessian_maximum"))
+"""
+
+# One mistake a line.
+BAD = """
+import numpy as np
+import orva
+orva.smooth(np.zeros((4, 5)), sigma=1)
+orva.find_centers(np.zeros((4, 5), np.uint8), 20)
+orva.erode(np.zeros((4, 5), np.float32))
+orva.label(np.zeros((4, 5), bool), connectivity="8")
+orva.nothing()
+"""
+
+
+def checked(program, tmp_path):
+    """The lines of mypy's report, in strict mode."""
+    source = tmp_path / "program.py"
+    source.write_text(program)
+    line = [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(tmp_path / "cache")]
+    result = subprocess.run(
+        [*line, str(source)],
+        env={"MYPYPATH": str(PACKAGE.parent), "PATH": ""},
+        cwd=tmp_path,
+        capture_output=True,
+        text=True,
+    )
+    assert result.stderr == ""
+    return result.stdout.splitlines()
+
+
+def test_a_typed_program_passes_the_strict_checker(tmp_path):
+    assert checked(GOOD, tmp_path) == ["Success: no issues found in 1 source file"]
+
+
+def test_the_checker_finds_every_mistake(tmp_path):
+    found = {
+        int(match[1])
+        for match in (re.match(r"\S+?:(\d+): error", line) for line in checked(BAD, tmp_path))
+        if match
+    }
+    assert found == {4, 5, 6, 7, 8}
+
+
+def test_the_package_itself_passes_the_strict_checker(tmp_path):
+    result = subprocess.run(
+        [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(tmp_path), "-p", "orva"],
+        env={"MYPYPATH": str(PACKAGE.parent), "PATH": ""},
+        cwd=tmp_path,
+        capture_output=True,
+        text=True,
+    )
+    assert re.fullmatch(r"Success: no issues found in \d+ source files\n", result.stdout)
+
+
+def test_the_stubs_name_what_the_compiled_module_has():
+    stubs = (PACKAGE / "_orva.pyi").read_text()
+    stated = set(re.findall(r"^(?:def |class )?(\w+)(?=[(:])", stubs, re.MULTILINE))
+    present = {name for name in vars(orva._orva) if name not in vars(type(sys))}
+    present -= {"__file__", "__doc__", "__loader__", "__name__", "__package__", "__spec__"}
+    assert stated == present
+
+
+def test_the_package_is_marked_as_typed():
+    assert (PACKAGE / "py.typed").is_file()
+
+
+def test_every_function_says_what_it_takes_gives_and_raises():
+    functions = {name: f for name, f in vars(orva).items() if inspect.isfunction(f)}
+    assert set(orva.__all__) == {"__version__", *functions}
+    for name, function in functions.items():
+        text = inspect.getdoc(function)
+        for heading in ("Parameters", "Returns", "Raises"):
+            if heading in ("Parameters", "Raises") and name == "vote_field":
+                assert "find_centers()" in text
+            elif not (heading == "Returns" and name == "write"):
+                assert f"\n{heading}\n{'-' * len(heading)}\n" in text, (name, heading)
+        if name != "vote_field":
+            for parameter in inspect.signature(function).parameters:
+                assert re.search(rf"^{parameter}$", text, re.MULTILINE), (name, parameter)
+
+
+def test_the_package_says_what_ends_the_process():
+    assert "memory" in orva.__doc__ and "ends the process" in orva.__doc__
+
+
+def test_the_version_is_that_of_the_project():
+    project = (ROOT / "CMakeLists.txt").read_text()
+    assert orva.__version__ == re.search(r"project\(orva VERSION (\S+)", project)[1]
+
+
+def test_the_defaults_of_voting_are_those_of_the_command(command, tmp_path):
+    import json
+
+    image = tmp_path / "image.pgm"
+    image.write_bytes(b"P5\n2 1\n255\n\0\xff")
+    settings = json.loads(command("vote", "--format", "json", image))["settings"]
+    parameters = inspect.signature(orva.find_centers).parameters
+    defaults = {name: p.default for name, p in parameters.items() if p.kind is p.KEYWORD_ONLY}
+    # Computed from the others.
+    computed = {"cone_width", "sigma", "gradient"}
+    assert all(defaults[name] is None for name in computed)
+    for name in settings.keys() - computed:
+        assert defaults[name] == settings[name], name
+    assert defaults.keys() == settings.keys() | {"threshold", "frame"}
