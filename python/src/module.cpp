@@ -10,6 +10,7 @@ PYBIND11_MODULE(_orva, module) {
   module.doc() = "The compiled part of orva.";
   module.attr("__version__") = ORVA_VERSION;
   pybind11::register_exception<orva_app::FileError>(module, "FileError");
+  // pybind11 wants the pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
   pybind11::register_exception_translator([](std::exception_ptr error) {
     try {
       if (error) std::rethrow_exception(error);

@@ -109,7 +109,9 @@ def test_ics_holds_the_axes(picture, tmp_path):
     header = (tmp_path / "stack.ics").read_text()
     fields = [line.split("\t") for line in header.splitlines()]
     layout = {name: values for kind, name, *values in fields[1:] if kind == "layout"}
-    print(layout)
+    assert dict(zip(layout["order"][1:], layout["sizes"][1:])) == {
+        "x": "9", "y": "6", "z": "1", "c": "3", "t": "1",
+    }
 
 
 def test_truth_becomes_0_and_255(random, tmp_path):

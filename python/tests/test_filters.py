@@ -139,7 +139,7 @@ def second_differences(image):
     return (
         (right - left) / 2, (below - above) / 2,
         right + left - 2 * image, below + above - 2 * image, mixed / 4,
-    )  # fmt: skip
+    )
 
 
 def property_of(image, sigma, kind):
@@ -160,7 +160,7 @@ def property_of(image, sigma, kind):
     "kind",
     ["laplacian_negative", "laplacian_positive", "hessian_maximum", "hessian_minimum",
      "gradient_concave", "gradient_convex"],
-)  # fmt: skip
+)
 def test_features(random, kind):
     image = random.integers(0, 256, (40, 48), dtype=np.uint8)
     result = orva.features(image, sigma=1.5, kind=kind)
@@ -259,7 +259,7 @@ def test_sigmas_of_another_type_are_refused(blobs, name, sigma):
         ("gradient", "ratio", 0), ("features", "ratio", -1), ("features", "ratio", 20),
         ("features", "kind", "ridge"),
     ],
-)  # fmt: skip
+)
 def test_other_options_out_of_range_are_refused(blobs, name, option, value):
     with pytest.raises(ValueError, match=option):
         CALLS[name](blobs, **{option: value})

@@ -1,6 +1,7 @@
 """The package as a whole: names, texts, types and version."""
 
 import inspect
+import json
 import pathlib
 import re
 import subprocess
@@ -10,6 +11,8 @@ import orva
 
 PACKAGE = pathlib.Path(orva.__file__).parent
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+# An installed package is found by itself.
+IS_INSTALLED = PACKAGE.parent.name in ("site-packages", "dist-packages")
 
 GOOD = """
 from typing import Dict
@@ -44,14 +47,12 @@ orva.nothing()
 """
 
 
-def checked(program, tmp_path):
+def report(tmp_path, *arguments):
     """The lines of mypy's report, in strict mode."""
-    source = tmp_path / "program.py"
-    source.write_text(program)
-    line = [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(tmp_path / "cache")]
+    options = ["--strict", "--cache-dir", str(tmp_path / "cache")]
     result = subprocess.run(
-        [*line, str(source)],
-        env={"MYPYPATH": str(PACKAGE.parent), "PATH": ""},
+        [sys.executable, "-m", "mypy", *options, *arguments],
+        env={} if IS_INSTALLED else {"MYPYPATH": str(PACKAGE.parent)},
         cwd=tmp_path,
         capture_output=True,
         text=True,
@@ -60,28 +61,27 @@ def checked(program, tmp_path):
     return result.stdout.splitlines()
 
 
+def report_on(program, tmp_path):
+    (tmp_path / "program.py").write_text(program)
+    return report(tmp_path, "program.py")
+
+
 def test_a_typed_program_passes_the_strict_checker(tmp_path):
-    assert checked(GOOD, tmp_path) == ["Success: no issues found in 1 source file"]
+    assert report_on(GOOD, tmp_path) == ["Success: no issues found in 1 source file"]
 
 
 def test_the_checker_finds_every_mistake(tmp_path):
     found = {
         int(match[1])
-        for match in (re.match(r"\S+?:(\d+): error", line) for line in checked(BAD, tmp_path))
+        for match in (re.match(r"\S+?:(\d+): error", line) for line in report_on(BAD, tmp_path))
         if match
     }
     assert found == {4, 5, 6, 7, 8}
 
 
 def test_the_package_itself_passes_the_strict_checker(tmp_path):
-    result = subprocess.run(
-        [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(tmp_path), "-p", "orva"],
-        env={"MYPYPATH": str(PACKAGE.parent), "PATH": ""},
-        cwd=tmp_path,
-        capture_output=True,
-        text=True,
-    )
-    assert re.fullmatch(r"Success: no issues found in \d+ source files\n", result.stdout)
+    (line,) = report(tmp_path, "-p", "orva")
+    assert re.fullmatch(r"Success: no issues found in \d+ source files", line)
 
 
 def test_the_stubs_name_what_the_compiled_module_has():
@@ -121,8 +121,6 @@ def test_the_version_is_that_of_the_project():
 
 
 def test_the_defaults_of_voting_are_those_of_the_command(command, tmp_path):
-    import json
-
     image = tmp_path / "image.pgm"
     image.write_bytes(b"P5\n2 1\n255\n\0\xff")
     settings = json.loads(command("vote", "--format", "json", image))["settings"]

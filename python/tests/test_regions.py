@@ -104,7 +104,7 @@ def test_measure(random, shape):
     assert list(table) == [
         "xmin", "xmax", "ymin", "ymax", "zmin", "zmax", "cx", "cy", "cz", "radius", "npix", "mean",
         "var",
-    ]  # fmt: skip
+    ]
     assert len(pandas.DataFrame(table)) == n > 5
     for k in range(n):
         row = {name: column[k] for name, column in table.items()}

@@ -100,7 +100,7 @@ def test_nothing_is_found_in_an_even_image():
         ("threshold", -0.5), ("relative_threshold", 0.04), ("relative_threshold", 1.5),
         ("polarity", "grey"), ("power", -1), ("power", 101), ("frame", 1), ("frame", -1),
     ],
-)  # fmt: skip
+)
 @pytest.mark.parametrize("function", [orva.find_centers, orva.vote_field])
 def test_options_out_of_range_are_refused_by_name(blobs, function, option, value):
     with pytest.raises(ValueError, match=option):
