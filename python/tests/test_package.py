@@ -7,6 +7,8 @@ import re
 import subprocess
 import sys
 
+import numpy as np
+
 import orva
 
 PACKAGE = pathlib.Path(orva.__file__).parent
@@ -113,6 +115,18 @@ def test_every_function_says_what_it_takes_gives_and_raises():
 
 def test_the_package_says_what_ends_the_process():
     assert "memory" in orva.__doc__ and "ends the process" in orva.__doc__
+
+
+def test_the_example_of_the_readme_runs(sample, tmp_path, monkeypatch, capsys):
+    monkeypatch.chdir(tmp_path)
+    orva.write("nuclei.tif", orva.read(sample))
+    example = re.search(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.DOTALL)[1]
+    names = {}
+    exec(example, names)
+    centers = orva.find_centers(orva.read(sample))
+    printed = [tuple(map(float, line.split())) for line in capsys.readouterr().out.splitlines()]
+    np.testing.assert_allclose(printed, [tuple(row) for row in centers.tolist()], rtol=1e-6)
+    assert len(names["table"]["mean"]) == names["n"] > 0
 
 
 def test_the_version_is_that_of_the_project():
