@@ -194,6 +194,17 @@ def test_a_full_disk_is_an_error(tmp_path):
         orva.write(tmp_path / "full.png", np.zeros((4, 5), np.uint8))
 
 
+@pytest.mark.parametrize("mask", [0o022, 0o077])
+def test_files_have_the_usual_mode(tmp_path, mask):
+    before = os.umask(mask)
+    try:
+        orva.write(tmp_path / "image.png", np.zeros((4, 5), np.uint8))
+        assert os.umask(mask) == mask
+    finally:
+        os.umask(before)
+    assert (tmp_path / "image.png").stat().st_mode & 0o777 == 0o666 & ~mask
+
+
 def test_relative_names(monkeypatch, tmp_path):
     monkeypatch.chdir(tmp_path)
     image = np.arange(20, dtype=np.uint8).reshape(4, 5)
