@@ -45,11 +45,11 @@ def require(array: Any, types: Tuple[str, ...], name: str = "image") -> None:
         raise ValueError(f"{name} has {array.size} pixels; an image has at most {MOST_PIXELS}")
 
 
-def require_mask(mask: Any) -> None:
+def require_mask(mask: Any, name: str = "mask") -> None:
     """Raises as require(), and ValueError for bytes that are neither 0 nor 255."""
-    require(mask, MASK_TYPES, "mask")
+    require(mask, MASK_TYPES, name)
     if mask.dtype == np.uint8 and np.any((mask != 0) & (mask != 255)):
-        raise ValueError("mask has values other than 0 and 255; make it one of bool: mask != 0")
+        raise ValueError(f"{name} has values other than 0 and 255; make a mask of it: {name} != 0")
 
 
 def frames(array: npt.NDArray[Any]) -> int:

@@ -53,7 +53,7 @@ def erode(image: MaskOrLabels) -> MaskOrLabels:
     require_plane(image)
     if image.dtype == np.int16:
         return _orva.erode_labels(image)
-    require_mask(image)
+    require_mask(image, "image")
     return _orva.erode_mask(image)
 
 

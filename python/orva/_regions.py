@@ -191,6 +191,6 @@ def convex_hull(image: Union[Mask, Labels], *, precision: int = 20) -> Labels:
     """
     require(image, MASK_TYPES + LABEL_TYPES)
     if image.dtype != np.int16:
-        require_mask(image)
+        require_mask(image, "image")
     require_volume(image)
     return _orva.convex_hull(image, options.whole("precision", precision, 3, 50))
