@@ -1,0 +1,123 @@
+"""The command ``python -m orva.batch``."""
+
+from __future__ import annotations
+
+import argparse
+import os
+import pathlib
+import sys
+from typing import Any, Dict, List, Optional
+
+from .. import _options as options
+from .._voting import _settings as checked
+from ._cluster import client, run_all
+from ._jobs import Job
+from ._summary import write_summary
+
+_EPILOG = """\
+DIR gets a table x,y,weight for each image, centers.csv with the centres of all, summary.csv with a
+row an image, failures.csv, and counts.png. Run again, it leaves out images whose file and settings
+have not changed. The exit status is 0, 1 when an image failed, or 2 for a wrong call.
+
+Example: the nuclei of a plate, on four processors
+  python -m orva.batch plate/*.tif --out results --workers 4 --max-radius 20
+"""
+
+
+def _parser() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(
+        prog="python -m orva.batch",
+        description="Find the centres of round objects in many images",
+        epilog=_EPILOG,
+        formatter_class=argparse.RawDescriptionHelpFormatter,
+    )
+    parser.add_argument("images", nargs="+", metavar="IMAGE", help="what orva.read() reads")
+    parser.add_argument("--out", required=True, metavar="DIR", help="the results go there")
+    where = parser.add_mutually_exclusive_group()
+    where.add_argument("--scheduler", metavar="ADDRESS", help="of a running Dask cluster")
+    where.add_argument(
+        "--workers",
+        type=int,
+        metavar="N",
+        help="processes on this machine; default one a processor",
+    )
+    vote = parser.add_argument_group("voting", "as for orva vote")
+    vote.add_argument("--polarity", metavar="NAME", help="bright, dark or both; default bright")
+    vote.add_argument("--min-radius", type=int, metavar="N", help="nearest vote; default 1")
+    vote.add_argument("--max-radius", type=int, metavar="N", help="farthest vote; default 20")
+    vote.add_argument("--cone-width", type=int, metavar="N", help="default half of --max-radius")
+    vote.add_argument("--sigma", type=float, metavar="S", help="default a seventh of --max-radius")
+    vote.add_argument("--gradient", type=float, metavar="G", help="least gradient, in grey levels")
+    vote.add_argument("--relative-gradient", type=float, metavar="F", help="a share; default 0.03")
+    vote.add_argument("--threshold", type=float, metavar="T", help="least votes of a centre")
+    vote.add_argument("--relative-threshold", type=float, metavar="F", help="a share; default 0.3")
+    vote.add_argument("--edges", action="store_true", default=None, help="vote from edges only")
+    vote.add_argument("--power", type=float, metavar="P", help="of gradients; default 0.5")
+    vote.add_argument("--frame", type=int, metavar="K", help="page or plane of a stack; default 0")
+    return parser
+
+
+def _vote_settings(arguments: argparse.Namespace) -> Dict[str, Any]:
+    """What was given, checked; the rest has the defaults of find_centers()."""
+    others = ("images", "out", "scheduler", "workers")
+    given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
+    voting = {k: v for k, v in given.items() if k != "frame"}
+    defaults: Dict[str, Any] = {
+        "max_radius": 20,
+        "min_radius": 1,
+        "cone_width": None,
+        "sigma": None,
+        "gradient": None,
+        "relative_gradient": 0.03,
+        "threshold": None,
+        "relative_threshold": 0.3,
+        "polarity": "bright",
+        "edges": False,
+        "power": 0.5,
+    }
+    checked(**{**defaults, **voting})
+    options.whole("frame", given.get("frame", 0), 0, 65534)
+    return given
+
+
+def _jobs(images: List[str], out: pathlib.Path, settings: Dict[str, Any]) -> List[Job]:
+    """A job an image; two images of one name would have one table."""
+    reserved = {"centers", "summary", "failures"}
+    seen: Dict[str, str] = {}
+    jobs = []
+    for image in images:
+        path = os.path.abspath(image)
+        name = pathlib.Path(path).stem
+        if name in reserved:
+            raise ValueError(f"{image}: its table would be the batch's {name}.csv; rename it")
+        if seen.setdefault(name, path) != path:
+            raise ValueError(f"{image} and {seen[name]} would both have the table {name}.csv")
+        jobs.append(Job(path, str(out / f"{name}.csv"), settings))
+    if len(jobs) != len(seen):
+        raise ValueError("an image is named twice")
+    return jobs
+
+
+def main(argv: Optional[List[str]] = None) -> int:
+    parser = _parser()
+    arguments = parser.parse_args(argv)
+    out = pathlib.Path(arguments.out).absolute()
+    try:
+        jobs = _jobs(arguments.images, out, _vote_settings(arguments))
+        workers = os.cpu_count() or 1
+        if arguments.workers is not None:
+            workers = options.whole("workers", arguments.workers, 1, 1024)
+    except (TypeError, ValueError) as error:
+        parser.error(str(error))
+    out.mkdir(parents=True, exist_ok=True)
+    with client(arguments.scheduler, min(workers, len(jobs))) as c:
+        results = run_all(jobs, c)
+    write_summary(out, results)
+    failed = [r for r in results if r.error]
+    for r in failed:
+        print(f"{r.image}: {r.error}", file=sys.stderr)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,83 @@
+"""Jobs on the workers of Dask."""
+
+from __future__ import annotations
+
+import contextlib
+import sys
+from typing import Any, Dict, Iterator, List, Optional, TextIO
+
+from distributed import Client, LocalCluster, as_completed
+
+from ._jobs import Job, Result, run
+
+
+class _Progress:
+    """A bar on a terminal; elsewhere nothing until the end."""
+
+    def __init__(self, total: int, out: TextIO) -> None:
+        self._total = total
+        self._out = out
+        self._done = self._failed = self._skipped = 0
+        self._draw()
+
+    def add(self, result: Result) -> None:
+        self._done += 1
+        self._failed += bool(result.error)
+        self._skipped += result.skipped
+        self._draw()
+
+    def _text(self) -> str:
+        text = f"{self._done} of {self._total} images"
+        if self._skipped:
+            text += f", {self._skipped} done before"
+        return text + (f", {self._failed} failed" if self._failed else "")
+
+    def _draw(self) -> None:
+        if not self._out.isatty():
+            return
+        width = 30
+        filled = width * self._done // max(self._total, 1)
+        self._out.write(f"\r[{'#' * filled}{' ' * (width - filled)}] {self._text()}")
+        self._out.flush()
+
+    def end(self) -> None:
+        self._out.write(("\n" if self._out.isatty() else self._text() + "\n"))
+
+
+@contextlib.contextmanager
+def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
+    """A client of the scheduler at an address, or of so many processes on this machine."""
+    if scheduler is not None:
+        with Client(scheduler) as c:
+            yield c
+        return
+    # The voting uses one processor, and a lack of memory in it ends its process.
+    with LocalCluster(
+        n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=None
+    ) as cluster, Client(cluster) as c:
+        yield c
+
+
+def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result]:
+    """Runs one task a job and returns the results in the order of the jobs.
+
+    A task whose worker dies goes to another one. One that outlives none of several workers, an
+    image that takes more memory than there is, has failed.
+    """
+    futures = c.map(run, jobs, pure=False)
+    jobs_of: Dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
+    results: Dict[str, Result] = {}
+    progress = _Progress(len(jobs), out)
+    for future in as_completed(futures):
+        results[future.key] = _result(future, jobs_of[future.key])
+        progress.add(results[future.key])
+    progress.end()
+    return [results[f.key] for f in futures]
+
+
+def _result(future: Any, job: Job) -> Result:
+    if future.status == "finished":
+        result: Result = future.result()
+        return result
+    error = future.exception()
+    return Result(job.image, error=f"{type(error).__name__}: {error}")

@@ -1,0 +1,126 @@
+"""The centres of one image, as a table in a file that is not made twice."""
+
+from __future__ import annotations
+
+import csv
+import dataclasses
+import hashlib
+import json
+import os
+import pathlib
+import time
+from typing import Any, Dict, List, Optional, Tuple
+
+import numpy as np
+
+import orva
+
+from ._tiles import MOST_SIDE, find_centers_in_tiles
+
+Center = Tuple[int, int, float]
+
+
+@dataclasses.dataclass(frozen=True)
+class Job:
+    """An image, the table of its centres, and the settings: those of find_centers()."""
+
+    image: str
+    table: str
+    settings: Dict[str, Any]
+
+    @property
+    def record(self) -> pathlib.Path:
+        """What the table was made of and with."""
+        return pathlib.Path(self.table).with_suffix(".json")
+
+
+@dataclasses.dataclass(frozen=True)
+class Result:
+    """A finished or failed image."""
+
+    image: str
+    table: str = ""
+    width: int = 0
+    height: int = 0
+    centers: int = 0
+    seconds: float = 0.0
+    skipped: bool = False  # finished by an earlier run
+    error: str = ""
+
+
+def _digest(path: str) -> str:
+    with open(path, "rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def _origin(job: Job) -> Dict[str, Any]:
+    """All that the table depends on."""
+    return {"version": orva.__version__, "settings": job.settings, "sha256": _digest(job.image)}
+
+
+def _finished(job: Job, origin: Dict[str, Any]) -> Optional[Result]:
+    """The result of an earlier run, if it is still good."""
+    try:
+        record = json.loads(job.record.read_text(encoding="utf-8"))
+        if record["origin"] != origin or _digest(job.table) != record["table"]:
+            return None
+        result = Result(**record["result"])
+        return dataclasses.replace(result, image=job.image, table=job.table, skipped=True)
+    except (OSError, ValueError, KeyError, TypeError):
+        return None
+
+
+def write_whole(path: pathlib.Path, text: str) -> None:
+    """Writes a file under another name first, so that it is there whole or not at all."""
+    temporary = path.with_name(f".{path.name}.{os.getpid()}")
+    try:
+        temporary.write_text(text, encoding="utf-8", newline="")
+        os.replace(temporary, path)
+    finally:
+        temporary.unlink(missing_ok=True)
+
+
+def _shortest(weight: np.float32) -> str:
+    """In no more digits than it takes to read it back, as the command writes it."""
+    return np.format_float_positional(weight, trim="-")
+
+
+def read_centers(path: str) -> List[Center]:
+    """The rows of a table of centres."""
+    with open(path, encoding="utf-8", newline="") as file:
+        return [(int(x), int(y), float(w)) for x, y, w in list(csv.reader(file))[1:]]
+
+
+def run(job: Job) -> Result:
+    """Finds the centres of an image and writes its table, unless that has been done before.
+
+    All that is wrong with the image is in the result; nothing is raised.
+    """
+    start = time.perf_counter()
+    try:
+        origin = _origin(job)
+        finished = _finished(job, origin)
+        if finished:
+            return finished
+        settings = dict(job.settings)
+        plane = orva.read(job.image, frame=settings.pop("frame", 0))
+        height, width = plane.shape
+        if max(plane.shape) > MOST_SIDE:
+            centers = find_centers_in_tiles(plane, **settings)
+        else:
+            centers = orva.find_centers(plane, **settings)
+        rows = "".join(f"{c['x']},{c['y']},{_shortest(c['weight'])}\n" for c in centers)
+        table = pathlib.Path(job.table)
+        write_whole(table, "x,y,weight\n" + rows)
+        seconds = time.perf_counter() - start
+        result = Result(job.image, job.table, width, height, len(centers), seconds)
+        # Last, so that a record has its table.
+        record = {
+            "origin": origin,
+            "table": _digest(job.table),
+            "result": dataclasses.asdict(result),
+        }
+        write_whole(job.record, json.dumps(record, indent=1) + "\n")
+        return result
+    except (OSError, ValueError, MemoryError) as error:
+        return Result(job.image, error=str(error) or type(error).__name__)

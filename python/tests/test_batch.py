@@ -1,0 +1,253 @@
+"""Batches of images: python -m orva.batch."""
+
+import csv
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import time
+
+import numpy as np
+import pytest
+from distributed import Client
+
+import orva
+from orva.batch import _jobs
+
+DATA = pathlib.Path(__file__).resolve().parents[2] / "data" / "images"
+WAIT = 120  # seconds, of what never takes that long
+
+
+def batch(*arguments):
+    line = [sys.executable, "-m", "orva.batch", *map(str, arguments)]
+    return subprocess.run(line, capture_output=True, text=True, timeout=WAIT * 3)
+
+
+def rows(path):
+    with open(path, newline="", encoding="utf-8") as file:
+        return list(csv.DictReader(file))
+
+
+@pytest.fixture
+def images(tmp_path):
+    """Files of small images with some discs each."""
+    random = np.random.default_rng(5)
+    y, x = np.mgrid[:90, :120]
+    files = []
+    for i in range(24):
+        picture = random.uniform(0, 10, y.shape)
+        for _ in range(i % 5 + 1):
+            cy, cx = random.uniform(10, 80), random.uniform(10, 110)
+            picture += 120 * (np.hypot(y - cy, x - cx) < 6)
+        files.append(tmp_path / f"field_{i:02}.tif")
+        orva.write(files[-1], np.clip(picture, 0, 255).astype(np.uint8))
+    return files
+
+
+def tables(directory):
+    """What must not depend on who did the work."""
+    return {
+        path.name: path.read_text(encoding="utf-8")
+        for path in directory.glob("*.csv")
+        if path.name != "summary.csv"  # it has the seconds
+    }
+
+
+def test_tables_are_those_of_the_command(images, tmp_path, command):
+    out = tmp_path / "out"
+    done = batch(*images[:3], "--out", out, "--workers", 1, "--max-radius", 9, "--frame", 0)
+    assert (done.returncode, done.stdout) == (0, "")
+    assert "3 of 3 images" in done.stderr
+    for image in images[:3]:
+        expected = command("vote", "--quiet", "--max-radius", 9, image)
+        assert (out / f"{image.stem}.csv").read_text(encoding="utf-8") == expected
+    everything = rows(out / "centers.csv")
+    assert [r["file"] for r in rows(out / "summary.csv")] == [str(i) for i in images[:3]]
+    for row, image in zip(rows(out / "summary.csv"), images):
+        table = rows(out / f"{image.stem}.csv")
+        assert int(row["centers"]) == len(table) > 0
+        assert (row["width"], row["height"]) == ("120", "90")
+        mine = [{k: r[k] for k in ("x", "y", "weight")} for r in everything if r["file"] == str(image)]
+        assert mine == table
+    assert rows(out / "failures.csv") == []
+    assert (out / "counts.png").read_bytes().startswith(b"\x89PNG")
+
+
+def test_a_failing_image_is_recorded_and_the_others_are_done(images, tmp_path):
+    damaged = tmp_path / "damaged.tif"
+    damaged.write_bytes(images[0].read_bytes()[:50])
+    out = tmp_path / "out"
+    done = batch(images[0], damaged, tmp_path / "missing.tif", images[1], "--out", out, "--workers", 2)
+    assert done.returncode == 1
+    assert [r["file"] for r in rows(out / "failures.csv")] == [
+        str(damaged),
+        str(tmp_path / "missing.tif"),
+    ]
+    assert all(r["error"] for r in rows(out / "failures.csv"))
+    assert [r["file"] for r in rows(out / "summary.csv")] == [str(images[0]), str(images[1])]
+    assert not (out / "damaged.csv").exists()
+    # Mended, it is done by the next run.
+    damaged.write_bytes(images[2].read_bytes())
+    assert batch(images[0], damaged, "--out", out, "--workers", 1).returncode == 0
+    assert rows(out / "failures.csv") == []
+
+
+def job_of(image, out, **settings):
+    return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings)
+
+
+def test_what_is_finished_and_unchanged_is_skipped(images, tmp_path):
+    job = job_of(images[0], tmp_path, max_radius=9)
+    first = _jobs.run(job)
+    assert (first.error, first.skipped) == ("", False)
+    again = _jobs.run(job)
+    assert again.skipped
+    assert (again.centers, again.width, again.seconds) == (first.centers, first.width, first.seconds)
+    # A file that was written anew with the same content is the same.
+    images[0].write_bytes(images[0].read_bytes())
+    assert _jobs.run(job).skipped
+
+
+@pytest.mark.parametrize("change", ["file", "settings", "table", "no table", "record"])
+def test_what_has_changed_is_done_again(images, tmp_path, change):
+    job = job_of(images[0], tmp_path, max_radius=9)
+    _jobs.run(job)
+    table = pathlib.Path(job.table)
+    expected = table.read_text(encoding="utf-8")
+    if change == "file":
+        images[0].write_bytes(images[1].read_bytes())
+        expected = None
+    elif change == "settings":
+        job = job_of(images[0], tmp_path, max_radius=9, min_radius=2)
+        expected = None
+    elif change == "table":
+        table.write_text(expected[:-4], encoding="utf-8")
+    elif change == "no table":
+        table.unlink()
+    else:
+        job.record.write_text(job.record.read_text(encoding="utf-8")[:30], encoding="utf-8")
+    assert not _jobs.run(job).skipped
+    if expected is not None:
+        assert table.read_text(encoding="utf-8") == expected
+    assert _jobs.run(job).skipped
+
+
+def test_an_interrupted_batch_goes_on_where_it_was(images, tmp_path):
+    out = tmp_path / "out"
+    assert batch(*images[:4], "--out", out, "--workers", 1).returncode == 0
+    done = batch(*images[:6], "--out", out, "--workers", 1)
+    assert done.returncode == 0
+    assert "6 of 6 images, 4 done before" in done.stderr
+    assert len(rows(out / "summary.csv")) == 6
+
+
+def test_large_images_are_taken_apart(images, tmp_path, monkeypatch):
+    settings = {"max_radius": 9, "gradient": 4.0, "threshold": 20.0}
+    _jobs.run(job_of(images[4], tmp_path, **settings))
+    whole = sorted(_jobs.read_centers(str(tmp_path / f"{images[4].stem}.csv")))
+    monkeypatch.setattr(_jobs, "MOST_SIDE", 100)
+    other = tmp_path / "tiles"
+    other.mkdir()
+    _jobs.run(job_of(images[4], other, **settings))
+    assert sorted(_jobs.read_centers(str(other / f"{images[4].stem}.csv"))) == whole != []
+
+
+@pytest.mark.parametrize(
+    "arguments, message",
+    [
+        (["a.tif"], "--out"),
+        (["a.tif", "--out", "o", "--max-radius", "0"], "max_radius must be from 1 to 1000"),
+        (["a.tif", "--out", "o", "--polarity", "grey"], "polarity must be one of"),
+        (["a.tif", "--out", "o", "--workers", "0"], "workers must be"),
+        (["a.tif", "d/a.png", "--out", "o"], "both have the table a.csv"),
+        (["a.tif", "a.tif", "--out", "o"], "named twice"),
+        (["summary.tif", "--out", "o"], "rename it"),
+        (["a.tif", "--out", "o", "--workers", "2", "--scheduler", "tcp://x:1"], "not allowed"),
+    ],
+)
+def test_wrong_calls(tmp_path, monkeypatch, arguments, message):
+    monkeypatch.chdir(tmp_path)
+    done = batch(*arguments)
+    assert done.returncode == 2
+    assert message in done.stderr
+    assert list(tmp_path.iterdir()) == []
+
+
+class Cluster:
+    """A scheduler and workers, each a process, on this machine alone."""
+
+    def __init__(self, directory):
+        self._directory = directory
+        self._file = directory / "scheduler.json"
+        self._processes = []
+        self.start("dask_scheduler", "--port", "0", "--no-dashboard")
+        until(self._file.exists)
+        self.workers = [self.start_worker(), self.start_worker()]
+
+    def start(self, module, *arguments):
+        line = [sys.executable, "-m", f"distributed.cli.{module}", "--host", "127.0.0.1"]
+        line += [*arguments, "--scheduler-file", str(self._file)]
+        log = open(self._directory / f"{module}.log", "ab")
+        process = subprocess.Popen(line, stdout=log, stderr=log, cwd=self._directory)
+        log.close()
+        self._processes.append(process)
+        return process
+
+    def start_worker(self):
+        # Without a nanny that would start it again.
+        return self.start("dask_worker", "--nthreads", "1", "--no-nanny", "--no-dashboard")
+
+    @property
+    def address(self):
+        return json.loads(self._file.read_text(encoding="utf-8"))["address"]
+
+    def stop(self):
+        for process in self._processes:
+            process.kill()
+        for process in self._processes:
+            process.wait(WAIT)
+
+
+def until(condition):
+    """Waits for what is about to happen."""
+    end = time.monotonic() + WAIT
+    while not condition():
+        assert time.monotonic() < end
+        time.sleep(0.01)
+
+
+@pytest.fixture
+def cluster(tmp_path):
+    directory = tmp_path / "cluster"
+    directory.mkdir()
+    running = Cluster(directory)
+    yield running
+    running.stop()
+
+
+def test_a_worker_that_is_killed_loses_nothing(images, tmp_path, cluster):
+    serial = tmp_path / "serial"
+    serial.mkdir()
+    for image in images:
+        assert _jobs.run(job_of(image, serial, max_radius=60)).error == ""
+
+    with Client(cluster.address) as client:
+        client.wait_for_workers(2, timeout=WAIT)
+    out = tmp_path / "out"
+    line = [sys.executable, "-m", "orva.batch", *map(str, images), "--out", str(out)]
+    line += ["--scheduler", cluster.address, "--max-radius", "60"]
+    with subprocess.Popen(line, stderr=subprocess.PIPE, text=True) as running:
+        until(lambda: len(list(out.glob("field_*.csv"))) >= 4)
+        os.kill(cluster.workers[0].pid, signal.SIGKILL)
+        assert len(list(out.glob("field_*.csv"))) < len(images)
+        _, err = running.communicate(timeout=WAIT)
+    assert running.returncode == 0, err
+    assert rows(out / "failures.csv") == []
+    assert [r["file"] for r in rows(out / "summary.csv")] == [str(i) for i in images]
+    found = tables(out)
+    for name, text in tables(serial).items():
+        assert found[name] == text
+    assert cluster.workers[0].wait(WAIT) == -signal.SIGKILL
+    assert cluster.workers[1].poll() is None

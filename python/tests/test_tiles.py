@@ -1,0 +1,87 @@
+"""Images that are voted on tile by tile."""
+
+import dask.array
+import numpy as np
+import pytest
+
+import orva
+from orva.batch import find_centers_in_tiles
+
+
+@pytest.fixture(scope="module")
+def discs():
+    """A plane (420, 500) of uint8 with some bright discs on noise."""
+    random = np.random.default_rng(3)
+    y, x = np.mgrid[:420, :500]
+    picture = random.uniform(0, 20, y.shape)
+    for _ in range(70):
+        cy, cx = random.uniform(0, 420), random.uniform(0, 500)
+        picture += 150 * (np.hypot(y - cy, x - cx) < random.uniform(4, 9))
+    return np.clip(picture, 0, 255).astype(np.uint8)
+
+
+def ordered(centers):
+    return centers[np.lexsort((centers["x"], centers["y"]))]
+
+
+ABSOLUTE = {"gradient": 8.0, "threshold": 30.0}
+
+
+@pytest.mark.parametrize(
+    "settings",
+    [{"max_radius": 10}, {"max_radius": 12, "polarity": "both"}, {"max_radius": 9, "edges": True}],
+)
+@pytest.mark.parametrize("tile", [90, 137, 1000])
+def test_with_absolute_thresholds_are_exactly_those_of_the_whole(discs, settings, tile):
+    expected = ordered(orva.find_centers(discs, **settings, **ABSOLUTE))
+    assert len(expected) > 30
+    found = find_centers_in_tiles(discs, tile=tile, **settings, **ABSOLUTE)
+    np.testing.assert_array_equal(found, expected)
+
+
+def test_without_overlap_are_others(discs):
+    expected = ordered(orva.find_centers(discs, max_radius=10, **ABSOLUTE))
+    found = find_centers_in_tiles(discs, tile=90, overlap=0, max_radius=10, **ABSOLUTE)
+    assert not np.array_equal(found, expected)
+
+
+def test_with_relative_thresholds_are_at_the_same_places_with_nearly_the_same_votes(discs):
+    expected = ordered(orva.find_centers(discs, max_radius=10))
+    found = find_centers_in_tiles(discs, tile=137, max_radius=10)
+    np.testing.assert_array_equal(found[["x", "y"]], expected[["x", "y"]])
+    # Sums of some thousand votes, each a few roundings apart.
+    np.testing.assert_allclose(found["weight"], expected["weight"], rtol=1e-4)
+
+
+def test_relative_thresholds_are_shares_of_the_whole_image_in_empty_tiles_too(discs):
+    wide = np.zeros((420, 1500), np.uint8)
+    wide[:, :500] = discs
+    wide[:, 500:] = np.random.default_rng(4).integers(0, 3, (420, 1000))
+    found = find_centers_in_tiles(wide, tile=200, max_radius=10)
+    assert len(found) > 30
+    assert found["x"].max() < 520
+
+
+def test_take_what_gives_its_parts_as_arrays(discs):
+    lazy = dask.array.from_array(discs, chunks=128)
+    np.testing.assert_array_equal(
+        find_centers_in_tiles(lazy, tile=137, max_radius=10, **ABSOLUTE),
+        find_centers_in_tiles(discs, tile=137, max_radius=10, **ABSOLUTE),
+    )
+
+
+def test_an_image_of_one_colour_has_no_centers():
+    assert len(find_centers_in_tiles(np.full((300, 200), 7, np.uint8), tile=99, max_radius=10)) == 0
+
+
+def test_errors(discs):
+    with pytest.raises(ValueError, match="plane"):
+        find_centers_in_tiles(discs[np.newaxis], max_radius=10)
+    with pytest.raises(ValueError, match="tile must be"):
+        find_centers_in_tiles(discs, tile=0)
+    with pytest.raises(ValueError, match="max_radius must be"):
+        find_centers_in_tiles(discs, max_radius=0, **ABSOLUTE)
+    with pytest.raises(TypeError, match="float64"):
+        find_centers_in_tiles(discs.astype(float), max_radius=10)
+    with pytest.raises(TypeError, match="frame"):
+        find_centers_in_tiles(discs, max_radius=10, frames=0)

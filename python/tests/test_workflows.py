@@ -1,0 +1,61 @@
+"""The scripts of docs/batch.md."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+
+import pytest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SAMPLES = sorted((ROOT / "data" / "images").glob("*.pgm"))
+
+
+def block(language, word):
+    """The block of code in the document that has the word."""
+    text = (ROOT / "docs" / "batch.md").read_text(encoding="utf-8")
+    (found,) = [b for b in re.findall(rf"```{language}\n(.*?)```", text, re.DOTALL) if word in b]
+    return found
+
+
+@pytest.fixture
+def place(tmp_path, monkeypatch):
+    """A directory with the sample images in plate/, and the command on the path."""
+    (tmp_path / "plate").mkdir()
+    for sample in SAMPLES:
+        shutil.copy(sample, tmp_path / "plate")
+    program = pathlib.Path(os.environ["ORVA_COMMAND"])
+    (tmp_path / "bin").mkdir()
+    (tmp_path / "bin" / "orva").symlink_to(program)
+    monkeypatch.setenv("PATH", f"{tmp_path / 'bin'}:{os.environ['PATH']}")
+    monkeypatch.setenv("HOME", str(tmp_path))
+    monkeypatch.chdir(tmp_path)
+    return tmp_path
+
+
+def expected(command):
+    return {s.stem: command("vote", "--quiet", "--max-radius", 20, s) for s in SAMPLES}
+
+
+def results(place):
+    return {p.stem: p.read_text(encoding="utf-8") for p in (place / "results").iterdir()}
+
+
+def test_the_slurm_array_writes_each_table_and_the_same_when_repeated(place, command):
+    assert len(SAMPLES) >= 4
+    (place / "images.txt").write_text("".join(f"plate/{s.name}\n" for s in SAMPLES), encoding="utf-8")
+    script = block("sh", "#SBATCH")
+    for task in [*range(1, len(SAMPLES) + 1), 1]:
+        environment = {**os.environ, "SLURM_ARRAY_TASK_ID": str(task)}
+        subprocess.run(["bash", "-e", "-c", script], check=True, env=environment, timeout=120)
+    assert results(place) == expected(command)
+
+
+def test_the_snakemake_rule_writes_each_table_once(place, command):
+    (place / "Snakefile").write_text(block("snakemake", "rule centers"), encoding="utf-8")
+    line = ["snakemake", "--cores", "1", "--nocolor"]
+    subprocess.run(line, check=True, capture_output=True, timeout=120)
+    assert results(place) == expected(command)
+    again = subprocess.run(line, check=True, capture_output=True, text=True, timeout=120)
+    assert "Nothing to be done" in again.stderr + again.stdout
