@@ -48,13 +48,14 @@ class _Progress:
 def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
     """A client of the scheduler at an address, or of so many processes on this machine."""
     if scheduler is not None:
-        with Client(scheduler) as c:
+        with Client(scheduler) as c:  # type: ignore[no-untyped-call]
             yield c
         return
     # The voting uses one processor, and a lack of memory in it ends its process.
-    with LocalCluster(
+    local: Any = LocalCluster(  # type: ignore[no-untyped-call]
         n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=None
-    ) as cluster, Client(cluster) as c:
+    )
+    with local as cluster, Client(cluster) as c:  # type: ignore[no-untyped-call]
         yield c
 
 
@@ -64,11 +65,11 @@ def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result
     A task whose worker dies goes to another one. One that outlives none of several workers, an
     image that takes more memory than there is, has failed.
     """
-    futures = c.map(run, jobs, pure=False)
+    futures: List[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
     jobs_of: Dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
     results: Dict[str, Result] = {}
     progress = _Progress(len(jobs), out)
-    for future in as_completed(futures):
+    for future in as_completed(futures):  # type: ignore[no-untyped-call]
         results[future.key] = _result(future, jobs_of[future.key])
         progress.add(results[future.key])
     progress.end()

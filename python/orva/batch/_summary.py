@@ -41,9 +41,9 @@ def write_summary(directory: pathlib.Path, results: List[Result]) -> None:
 
 def _draw(path: pathlib.Path, results: List[Result]) -> None:
     """A bar an image, or of many images how many have so many centres."""
-    from matplotlib.backends.backend_agg import FigureCanvasAgg
-    from matplotlib.figure import Figure
-    from matplotlib.ticker import MaxNLocator
+    from matplotlib.backends.backend_agg import FigureCanvasAgg  # type: ignore[import]
+    from matplotlib.figure import Figure  # type: ignore[import]
+    from matplotlib.ticker import MaxNLocator  # type: ignore[import]
 
     few = 40
     figure = Figure(figsize=(8, 4.5), layout="constrained")

@@ -127,7 +127,8 @@ def find_centers_in_tiles(
     result: npt.NDArray[np.void] = np.concatenate(found)
     if scale != 1:
         result["weight"] /= scale
-    return result[np.lexsort((result["x"], result["y"]))]
+    ordered: npt.NDArray[np.void] = result[np.lexsort((result["x"], result["y"]))]
+    return ordered
 
 
 def _absolute(
