@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Callable, Optional, TypeVar
+from typing import Any, Callable, Dict, Mapping, Optional, TypeVar
 
 import numpy as np
 import numpy.typing as npt
@@ -205,3 +205,12 @@ def vote_field(
             power=power,
         ),
     )
+
+
+def complete(settings: Mapping[str, Any]) -> Dict[str, Any]:
+    """The settings of find_centers(), frame aside, with its defaults; raises as it does."""
+    defaults = dict(find_centers.__kwdefaults__)
+    del defaults["frame"]
+    result = {**defaults, **settings}
+    _settings(**result)
+    return result

@@ -9,7 +9,7 @@ import sys
 from typing import Any, Dict, List, Optional
 
 from .. import _options as options
-from .._voting import _settings as checked
+from .._voting import complete
 from ._cluster import client, run_all
 from ._jobs import Job
 from ._summary import write_summary
@@ -61,21 +61,7 @@ def _vote_settings(arguments: argparse.Namespace) -> Dict[str, Any]:
     """What was given, checked; the rest has the defaults of find_centers()."""
     others = ("images", "out", "scheduler", "workers")
     given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
-    voting = {k: v for k, v in given.items() if k != "frame"}
-    defaults: Dict[str, Any] = {
-        "max_radius": 20,
-        "min_radius": 1,
-        "cone_width": None,
-        "sigma": None,
-        "gradient": None,
-        "relative_gradient": 0.03,
-        "threshold": None,
-        "relative_threshold": 0.3,
-        "polarity": "bright",
-        "edges": False,
-        "power": 0.5,
-    }
-    checked(**{**defaults, **voting})
+    complete({k: v for k, v in given.items() if k != "frame"})
     options.whole("frame", given.get("frame", 0), 0, 65534)
     return given
 

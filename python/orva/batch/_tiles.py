@@ -11,6 +11,7 @@ import numpy.typing as npt
 import orva
 
 from .. import _options as options
+from .._voting import complete
 
 # Larger images are taken apart.
 MOST_SIDE = 8192
@@ -26,10 +27,8 @@ class _Tile(NamedTuple):
 
 
 def _settled(settings: Dict[str, Any]) -> Tuple[int, int, float]:
-    """The largest radius, the cone width and the sigma that find_centers() uses."""
-    radius = settings.get("max_radius", 20)
-    width = settings.get("cone_width")
-    sigma = settings.get("sigma")
+    """The largest radius, the cone width and the sigma that complete settings stand for."""
+    radius, width, sigma = (settings[name] for name in ("max_radius", "cone_width", "sigma"))
     return (
         radius,
         math.floor(radius / 2 + 0.5) if width is None else width,
@@ -39,6 +38,8 @@ def _settled(settings: Dict[str, Any]) -> Tuple[int, int, float]:
 
 def overlap_of(settings: Dict[str, Any]) -> int:
     """So far from a pixel lies all that its votes depend on, and a centre's region.
+
+    The settings are complete.
 
     A vote reaches as far as the margin that the voting adds to an image. A pass turns a cone by the
     votes within its reach, each of which came from a point within another.
@@ -109,6 +110,7 @@ def find_centers_in_tiles(
     shape = tuple(image.shape)
     if len(shape) != 2:
         raise ValueError(f"image must be a plane (y, x), not of {len(shape)} axes")
+    settings = complete(settings)
     options.whole("tile", tile, 1, 30000)
     if overlap is None:
         overlap = overlap_of(settings)
@@ -136,20 +138,18 @@ def _absolute(
 ) -> Tuple[Dict[str, Any], float]:
     """The settings with thresholds that are the same for all tiles, and the scale of their votes."""
     settings = dict(settings)
-    share = settings.pop("relative_gradient", 0.03)
-    relative = settings.pop("relative_threshold", 0.3)
-    options.number("relative_gradient", share, 0, 1)
-    options.number("relative_threshold", relative, 0.05, 1)
-    isRelative = settings.get("threshold") is None
+    share = settings.pop("relative_gradient")
+    relative = settings.pop("relative_threshold")
+    is_relative = settings["threshold"] is None
     strongest = 1.0
-    if settings.get("gradient") is None or isRelative:
+    if settings["gradient"] is None or is_relative:
         sigma = _settled(settings)[2]
         strongest = max(
             float(_inside(orva.gradient(_block(image, t.seen), sigma=sigma), t).max()) for t in tiles
         )
-    if settings.get("gradient") is None:
+    if settings["gradient"] is None:
         settings["gradient"] = float(np.float32(share) * np.float32(strongest))
-    if not isRelative:
+    if not is_relative:
         return settings, 1.0
     # Votes of gradients in grey levels are those of shares, times the strongest to the power.
     settings["threshold"] = 0.0
@@ -157,4 +157,4 @@ def _absolute(
         float(_inside(orva.vote_field(_block(image, t.seen), **settings), t).max()) for t in tiles
     )
     settings["threshold"] = relative * most
-    return settings, max(strongest, 1e-30) ** settings.get("power", 0.5)
+    return settings, max(strongest, 1e-30) ** settings["power"]
