@@ -4,6 +4,7 @@ import csv
 import json
 import os
 import pathlib
+import resource
 import signal
 import subprocess
 import sys
@@ -152,6 +153,46 @@ def test_large_images_are_taken_apart(images, tmp_path, monkeypatch):
     other.mkdir()
     _jobs.run(job_of(images[4], other, **settings))
     assert sorted(_jobs.read_centers(str(other / f"{images[4].stem}.csv"))) == whole != []
+
+
+def test_a_bar_shows_the_progress_on_a_terminal(images, tmp_path):
+    ours, theirs = os.openpty()
+    line = [sys.executable, "-m", "orva.batch", *map(str, images[:2]), "--workers", "1"]
+    with subprocess.Popen([*line, "--out", str(tmp_path / "out")], stderr=theirs) as running:
+        os.close(theirs)
+        shown = b""
+        try:
+            while part := os.read(ours, 1000):
+                shown += part
+        except OSError:  # the other side is closed
+            pass
+        os.close(ours)
+        assert running.wait(WAIT) == 0
+    half, whole = b"#" * 15 + b" " * 15, b"#" * 30
+    assert [s[1:31] for s in shown.split(b"\r") if s[:1] == b"["] == [b" " * 30, half, whole]
+    assert shown.rstrip().endswith(b"] 2 of 2 images")
+
+
+def test_an_image_that_ends_every_worker_is_recorded_and_the_others_are_done(images, tmp_path):
+    # With so little memory the library ends the process for one image alone.
+    large = tmp_path / "large.tif"
+    orva.write(large, np.zeros((6000, 6000), np.uint8))
+    memory = 1 << 30
+    line = [sys.executable, "-m", "orva.batch", *map(str, [large, *images[:8]])]
+    done = subprocess.run(
+        [*line, "--out", str(tmp_path / "out"), "--workers", "1"],
+        capture_output=True,
+        text=True,
+        timeout=WAIT,
+        # All tasks wait at the worker at once, which takes them along each time.
+        env={**os.environ, "DASK_DISTRIBUTED__SCHEDULER__WORKER_SATURATION": "inf"},
+        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (memory, memory)),
+    )
+    assert done.returncode == 1, done.stderr
+    failures = rows(tmp_path / "out" / "failures.csv")
+    assert [f["file"] for f in failures] == [str(large)]
+    assert "ended every worker" in failures[0]["error"]
+    assert len(rows(tmp_path / "out" / "summary.csv")) == 8
 
 
 @pytest.mark.parametrize(
