@@ -69,11 +69,13 @@ def write(path: Path, image: Union[Image, Truth], *, stretch: bool = False) -> N
     TypeError
         For an array or an option of another type.
     ValueError
-        For an extension that is not known.
+        For an extension that is not known, and for a path with a null character.
     """
     require(image, ("bool",) + IMAGE_TYPES)
     stretch = options.flag("stretch", stretch)
-    name = os.fspath(path)
+    name = os.fsdecode(path)
+    if "\0" in name:  # the file would have what comes before it as its name
+        raise ValueError("embedded null byte")
     if not _orva.is_writable(os.fsencode(path)):
         known = ", ".join(_orva.writable_extensions())
         raise ValueError(f"{name} has none of the extensions that can be written: {known}")

@@ -186,6 +186,20 @@ def test_files_that_can_not_be_written(tmp_path):
     assert [p.name for p in tmp_path.iterdir()] == ["taken.tif"]
 
 
+def test_a_name_with_a_null_character_is_refused_and_leaves_no_file(picture, tmp_path):
+    with pytest.raises(ValueError, match="null"):
+        orva.write(f"{tmp_path}/kept\0.tif", picture)
+    assert list(tmp_path.iterdir()) == []
+
+
+def test_a_name_may_be_bytes(tmp_path):
+    path = os.fsencode(tmp_path / "half.pgm")
+    with pytest.raises(OSError, match="half.pgm: .*do not fit"):
+        orva.write(path, np.full((3, 4), 0.5, np.float32))
+    orva.write(path, np.full((3, 4), 5, np.uint8))
+    np.testing.assert_array_equal(orva.read(path), np.full((3, 4), 5))
+
+
 def test_a_full_disk_is_an_error(tmp_path):
     device = pathlib.Path("/dev/full")
     assert device.exists()
