@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import Sequence, Union
 
+import numpy as np
+
 from . import _options as options
 from . import _orva
 from ._arrays import IMAGE_TYPES, Floats, Image, Truth, frames, require
@@ -195,7 +197,7 @@ def threshold(image: Image, level: float) -> Truth:
     """
     require(image, IMAGE_TYPES)
     options.number("level", level, -_MOST_LEVEL, _MOST_LEVEL)
-    planes = image.reshape(frames(image), *image.shape[-2:])
+    planes = np.asarray(image).reshape(frames(image), *image.shape[-2:])
     return _orva.threshold(planes, level).reshape(image.shape)
 
 

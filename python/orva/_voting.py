@@ -14,13 +14,13 @@ from ._arrays import IMAGE_TYPES, Floats, Image, frames, require
 Result = TypeVar("Result")
 
 _MOST_PIXELS = 1000  # the cones take memory by the product of radius and width
-_MOST_LEVELS = 3e38
+MOST_LEVEL = 3e38
 
 
 def _plane(image: Image, frame: int) -> npt.NDArray[Any]:
     require(image, IMAGE_TYPES)
     count = frames(image)
-    planes: npt.NDArray[Any] = image.reshape(count, *image.shape[-2:])
+    planes: npt.NDArray[Any] = np.asarray(image).reshape(count, *image.shape[-2:])
     plane: npt.NDArray[Any] = planes[options.whole("frame", frame, 0, count - 1)]
     return plane
 
@@ -45,9 +45,9 @@ def _settings(
     if sigma is not None:
         options.sigma("sigma", sigma)
     if gradient is not None:
-        options.number("gradient", gradient, 0, _MOST_LEVELS)
+        options.number("gradient", gradient, 0, MOST_LEVEL)
     if threshold is not None:
-        options.number("threshold", threshold, 0, _MOST_LEVELS)
+        options.number("threshold", threshold, 0, MOST_LEVEL)
     return _orva.VoteSettings(
         max_radius=max_radius,
         min_radius=options.whole("min_radius", min_radius, 1, max_radius),

@@ -135,6 +135,14 @@ def test_sizes_and_axes_that_no_image_has_are_refused(name):
         function(np.broadcast_to(np.zeros((), types[0]), (2**15, 2**16)))
 
 
+@pytest.mark.filterwarnings("ignore::PendingDeprecationWarning")
+@pytest.mark.parametrize("name, dtype", PAIRS)
+def test_a_matrix_which_cannot_have_other_axes_is_an_array(name, dtype):
+    function = CALLS[name][0]
+    array = picture(name, dtype)
+    np.testing.assert_array_equal(function(np.matrix(array)), function(array))
+
+
 def test_results_own_their_pixels():
     image = picture("smooth", "float32")
     one = orva.smooth(image, sigma=1)
