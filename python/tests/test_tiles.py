@@ -74,6 +74,36 @@ def test_an_image_of_one_colour_has_no_centers():
     assert len(find_centers_in_tiles(np.full((300, 200), 7, np.uint8), tile=99, max_radius=10)) == 0
 
 
+@pytest.mark.parametrize("power", [25, 50, 100])
+def test_high_powers_are_no_more_than_votes_can_be(discs, power):
+    expected = orva.find_centers(discs, max_radius=10, power=power)
+    found = find_centers_in_tiles(discs, tile=137, max_radius=10, power=power)
+    # Few gradients vote then, and the centre of the strongest is where it was.
+    assert 0 < len(found) < 10
+    first, other = (c[np.argmax(c["weight"])] for c in (expected, found))
+    assert np.hypot(first["x"] - other["x"], first["y"] - other["y"]) < 3
+
+
+@pytest.mark.parametrize("value", [np.nan, np.inf, -np.inf, 3e38])
+@pytest.mark.parametrize("thresholds", [{}, {"gradient": 8.0}, {"threshold": 30.0}])
+def test_pixels_that_are_no_numbers_are_as_in_the_whole(discs, value, thresholds):
+    odd = discs.astype(np.float32)
+    odd[200:203, 250] = value
+    expected = ordered(orva.find_centers(odd, max_radius=10, **thresholds))
+    assert (len(expected) > 30) == np.isnan(value)
+    found = find_centers_in_tiles(odd, tile=137, max_radius=10, **thresholds)
+    np.testing.assert_array_equal(found[["x", "y"]], expected[["x", "y"]])
+
+
+def test_radii_larger_than_a_tile(discs):
+    part = np.ascontiguousarray(discs[:60, :70])
+    settings = {"max_radius": 1000, "cone_width": 20, "threshold": 30.0, "gradient": 8.0}
+    np.testing.assert_array_equal(
+        find_centers_in_tiles(part, tile=50, **settings),
+        ordered(orva.find_centers(part, **settings)),
+    )
+
+
 def test_errors(discs):
     with pytest.raises(ValueError, match="plane"):
         find_centers_in_tiles(discs[np.newaxis], max_radius=10)
@@ -85,3 +115,9 @@ def test_errors(discs):
         find_centers_in_tiles(discs.astype(float), max_radius=10)
     with pytest.raises(TypeError, match="frame"):
         find_centers_in_tiles(discs, max_radius=10, frames=0)
+    with pytest.raises(TypeError, match="MaskedArray"):
+        find_centers_in_tiles(np.ma.masked_greater(discs, 99), max_radius=10)
+    with pytest.raises(TypeError, match="not list"):
+        find_centers_in_tiles([[1, 2], [3, 4]], max_radius=10)
+    with pytest.raises(ValueError, match="empty"):
+        find_centers_in_tiles(discs[:0], max_radius=10)

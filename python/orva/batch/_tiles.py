@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from typing import Any, Dict, Iterator, List, NamedTuple, Optional, Tuple
+from typing import Any, Dict, Iterable, Iterator, List, NamedTuple, Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -11,12 +11,14 @@ import numpy.typing as npt
 import orva
 
 from .. import _options as options
-from .._voting import complete
+from .._arrays import IMAGE_TYPES, require
+from .._voting import MOST_LEVEL, complete
 
 # Larger images are taken apart.
 MOST_SIDE = 8192
 
 _TILE = 4096
+_NEGLIGIBLE = 0.001  # up to that the voting takes a gradient for none
 
 
 class _Tile(NamedTuple):
@@ -67,8 +69,9 @@ def _tiles(height: int, width: int, tile: int, overlap: int) -> Iterator[_Tile]:
             yield _Tile(own, seen)
 
 
-def _block(image: Any, part: Tuple[int, int, int, int]) -> npt.NDArray[Any]:
-    return np.ascontiguousarray(image[part[0] : part[1], part[2] : part[3]])
+def _block(image: Any, part: Tuple[int, int, int, int], factor: float = 1.0) -> npt.NDArray[Any]:
+    block: npt.NDArray[Any] = np.asarray(image[part[0] : part[1], part[2] : part[3]])
+    return block if factor == 1 else block.astype(np.float32) * np.float32(factor)
 
 
 def _inside(values: npt.NDArray[Any], tile: _Tile) -> npt.NDArray[Any]:
@@ -100,27 +103,37 @@ def find_centers_in_tiles(
     As find_centers(), ordered by y, then x. With gradient and threshold given the centres and
     weights are exactly those of find_centers(). relative_gradient is a share of the strongest
     gradient of the whole image, relative_threshold one of its strongest vote: with them the image is
-    voted on twice, and results may differ from those of find_centers() by the last bits of a vote.
+    voted on twice, and results may differ from those of find_centers() by the last bits of a vote;
+    with a power above 1 also by the votes of faint gradients, of which find_centers() leaves out
+    those below a thousandth.
 
     Raises
     ------
     TypeError, ValueError
         As find_centers(), and for an image that is no plane.
     """
+    if isinstance(image, np.ndarray) or not hasattr(image, "shape"):
+        require(image, IMAGE_TYPES)
     shape = tuple(image.shape)
     if len(shape) != 2:
         raise ValueError(f"image must be a plane (y, x), not of {len(shape)} axes")
+    if 0 in shape:
+        raise ValueError("image is empty")
     settings = complete(settings)
     options.whole("tile", tile, 1, 30000)
     if overlap is None:
-        overlap = overlap_of(settings)
-    options.whole("overlap", overlap, 0, 30000)
+        overlap = overlap_of(settings)  # may be more than the image
+    else:
+        options.whole("overlap", overlap, 0, 30000)
     tiles = list(_tiles(shape[0], shape[1], tile, overlap))
-    settings, scale = _absolute(image, tiles, settings)
+    absolute = _absolute(image, tiles, settings)
+    if absolute is None:
+        return orva.find_centers(np.zeros((1, 1), np.uint8))
+    settings, factor, scale = absolute
 
     found: List[npt.NDArray[np.void]] = []
     for t in tiles:
-        centers = orva.find_centers(_block(image, t.seen), **settings)
+        centers = orva.find_centers(_block(image, t.seen, factor), **settings)
         centers["x"] += t.seen[2]
         centers["y"] += t.seen[0]
         own = (centers["y"] >= t.own[0]) & (centers["y"] < t.own[1])
@@ -133,10 +146,19 @@ def find_centers_in_tiles(
     return ordered
 
 
+def _most(values: Iterable[npt.NDArray[Any]]) -> float:
+    """The largest of all that are numbers."""
+    return float(np.fmax.reduce([np.fmax.reduce(v, axis=None) for v in values]))
+
+
 def _absolute(
     image: Any, tiles: List[_Tile], settings: Dict[str, Any]
-) -> Tuple[Dict[str, Any], float]:
-    """The settings with thresholds that are the same for all tiles, and the scale of their votes."""
+) -> Optional[Tuple[Dict[str, Any], float, float]]:
+    """Settings with thresholds that are the same for all tiles.
+
+    With what to multiply the image by for them, and the scale of their votes. None where shares of
+    the strongest gradient find no centres.
+    """
     settings = dict(settings)
     share = settings.pop("relative_gradient")
     relative = settings.pop("relative_threshold")
@@ -144,17 +166,26 @@ def _absolute(
     strongest = 1.0
     if settings["gradient"] is None or is_relative:
         sigma = _settled(settings)[2]
-        strongest = max(
-            float(_inside(orva.gradient(_block(image, t.seen), sigma=sigma), t).max()) for t in tiles
+        strongest = _most(
+            _inside(orva.gradient(_block(image, t.seen), sigma=sigma), t) for t in tiles
         )
-    if settings["gradient"] is None:
-        settings["gradient"] = float(np.float32(share) * np.float32(strongest))
+    gradient = settings["gradient"]
+    if gradient is None:
+        gradient = float(np.float32(share) * np.float32(strongest))
+        if not gradient < MOST_LEVEL:
+            gradient = MOST_LEVEL
+    settings["gradient"] = gradient
     if not is_relative:
-        return settings, 1.0
-    # Votes of gradients in grey levels are those of shares, times the strongest to the power.
+        return settings, 1.0, 1.0
+    if not _NEGLIGIBLE < strongest < math.inf:
+        return None
+    # With the strongest gradient from 1 to 2 votes stay below the largest float for any power, and
+    # none is too faint to count that a share counts. A power of two changes no digit.
+    factor = 2.0 ** -math.floor(math.log2(strongest))
+    settings["gradient"] = min(gradient * factor, MOST_LEVEL)
     settings["threshold"] = 0.0
-    most = max(
-        float(_inside(orva.vote_field(_block(image, t.seen), **settings), t).max()) for t in tiles
+    settings["threshold"] = relative * _most(
+        _inside(orva.vote_field(_block(image, t.seen, factor), **settings), t) for t in tiles
     )
-    settings["threshold"] = relative * most
-    return settings, max(strongest, 1e-30) ** settings["power"]
+    # Votes of gradients in grey levels are those of shares, times the strongest to the power.
+    return settings, factor, (strongest * factor) ** settings["power"]
