@@ -6,13 +6,14 @@ import argparse
 import os
 import pathlib
 import sys
+import tempfile
 from typing import Any, Dict, List, Optional
 
 from .. import _options as options
 from .._voting import complete
 from ._cluster import client, run_all
 from ._jobs import Job
-from ._summary import write_summary
+from ._summary import SUMMARY_FILES, write_summary
 
 _EPILOG = """\
 DIR gets a table x,y,weight for each image, centers.csv with the centres of all, summary.csv with a
@@ -81,7 +82,20 @@ def _jobs(images: List[str], out: pathlib.Path, settings: Dict[str, Any]) -> Lis
         jobs.append(Job(path, str(out / f"{name}.csv"), settings))
     if len(jobs) != len(seen):
         raise ValueError("an image is named twice")
+    _require_apart(jobs, out)
     return jobs
+
+
+def _require_apart(jobs: List[Job], out: pathlib.Path) -> None:
+    """Raises ValueError for an image in the place of a result."""
+    results = [out / name for name in SUMMARY_FILES]
+    results += [pathlib.Path(job.table) for job in jobs] + [job.record for job in jobs]
+    places = {os.path.join(os.path.realpath(out), path.name) for path in results}
+    for job in jobs:
+        directory, name = os.path.split(job.image)
+        # A link in that place would go, and so would what another one there leads to.
+        if {os.path.join(os.path.realpath(directory), name), os.path.realpath(job.image)} & places:
+            raise ValueError(f"{job.image}: a result would take its place; choose another --out")
 
 
 def main(argv: Optional[List[str]] = None) -> int:
@@ -95,9 +109,17 @@ def main(argv: Optional[List[str]] = None) -> int:
             workers = options.whole("workers", arguments.workers, 1, 1024)
     except (TypeError, ValueError) as error:
         parser.error(str(error))
-    out.mkdir(parents=True, exist_ok=True)
-    with client(arguments.scheduler, min(workers, len(jobs))) as c:
-        results = run_all(jobs, c)
+    try:
+        out.mkdir(parents=True, exist_ok=True)
+        with tempfile.TemporaryFile(dir=out):
+            pass
+    except OSError as error:
+        parser.error(f"--out {arguments.out} can not be written to: {error.strerror}")
+    try:
+        with client(arguments.scheduler, min(workers, len(jobs))) as c:
+            results = run_all(jobs, c)
+    except ConnectionError as error:
+        parser.exit(2, f"{parser.prog}: error: {error}\n")
     write_summary(out, results)
     failed = [r for r in results if r.error]
     for r in failed:

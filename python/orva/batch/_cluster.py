@@ -46,9 +46,16 @@ class _Progress:
 
 @contextlib.contextmanager
 def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
-    """A client of the scheduler at an address, or of so many processes on this machine."""
+    """A client of the scheduler at an address, or of so many processes on this machine.
+
+    Raises ConnectionError when no scheduler answers.
+    """
     if scheduler is not None:
-        with Client(scheduler) as c:  # type: ignore[no-untyped-call]
+        try:
+            remote = Client(scheduler)  # type: ignore[no-untyped-call]
+        except (OSError, ValueError) as error:
+            raise ConnectionError(f"no scheduler answers at {scheduler}: {error}") from None
+        with remote as c:
             yield c
         return
     # The voting uses one processor, and a lack of memory in it ends its process.

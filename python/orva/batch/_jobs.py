@@ -9,7 +9,8 @@ import json
 import os
 import pathlib
 import time
-from typing import Any, Dict, List, Optional, Tuple
+import uuid
+from typing import Any, Dict, List, Optional, Tuple, Union
 
 import numpy as np
 
@@ -65,24 +66,39 @@ def _finished(job: Job, origin: Dict[str, Any]) -> Optional[Result]:
         if record["origin"] != origin or _digest(job.table) != record["table"]:
             return None
         result = Result(**record["result"])
+        numbers = (result.width, result.height, result.centers, result.seconds)
+        if result.error or not all(type(n) in (int, float) for n in numbers):
+            return None
         return dataclasses.replace(result, image=job.image, table=job.table, skipped=True)
     except (OSError, ValueError, KeyError, TypeError):
         return None
 
 
-def write_whole(path: pathlib.Path, text: str) -> None:
-    """Writes a file under another name first, so that it is there whole or not at all."""
-    temporary = path.with_name(f".{path.name}.{os.getpid()}")
+def write_whole(path: pathlib.Path, content: Union[str, bytes]) -> None:
+    """Writes a file under another name first, so that it is there whole or not at all.
+
+    A name of bytes that are not UTF-8 is told in escapes, so that the file is.
+    """
+    # Machines of a cluster share the directory. The name is short where the file's own is not.
+    temporary = path.with_name(f".orva-{uuid.uuid4().hex}")
+    if isinstance(content, str):
+        content = content.encode("utf-8", "backslashreplace")
     try:
-        temporary.write_text(text, encoding="utf-8", newline="")
+        temporary.write_bytes(content)
         os.replace(temporary, path)
     finally:
         temporary.unlink(missing_ok=True)
 
 
 def _shortest(weight: np.float32) -> str:
-    """In no more digits than it takes to read it back, as the command writes it."""
-    return np.format_float_positional(weight, trim="-")
+    """In no more digits than it takes to read it back, as the command writes it.
+
+    Whole numbers have all their digits, unless the form with an exponent is shorter.
+    """
+    whole = np.isfinite(weight) and weight == np.trunc(weight)
+    plain = str(int(weight)) if whole else np.format_float_positional(weight, trim="-")
+    power = np.format_float_scientific(weight, trim="-", exp_digits=2)
+    return power if len(power) < len(plain) else plain
 
 
 def read_centers(path: str) -> List[Center]:

@@ -10,6 +10,9 @@ from typing import Any, Iterable, List, Sequence
 from ._jobs import Result, read_centers, write_whole
 
 
+SUMMARY_FILES = ("centers.csv", "summary.csv", "failures.csv", "counts.png")
+
+
 def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[Any]]) -> None:
     text = io.StringIO()
     writer = csv.writer(text, lineterminator="\n")
@@ -39,6 +42,15 @@ def write_summary(directory: pathlib.Path, results: List[Result]) -> None:
     _draw(directory / "counts.png", done)
 
 
+def _name(stem: str) -> str:
+    """What stands under a bar: one line of letters that can be drawn."""
+    most = 32
+    name = " ".join(stem.encode("utf-8", "backslashreplace").decode("utf-8").split())
+    if len(name) > most:
+        name = name[: most // 2] + "\N{HORIZONTAL ELLIPSIS}" + name[-most // 2 :]
+    return name.replace("$", r"\$")  # which would begin a formula
+
+
 def _draw(path: pathlib.Path, results: List[Result]) -> None:
     """A bar an image, or of many images how many have so many centres."""
     from matplotlib.backends.backend_agg import FigureCanvasAgg  # type: ignore[import]
@@ -52,7 +64,7 @@ def _draw(path: pathlib.Path, results: List[Result]) -> None:
     counts = [r.centers for r in results]
     if len(results) <= few:
         axes.bar(range(len(counts)), counts, color="#4477aa")
-        names = [pathlib.Path(r.image).stem for r in results]
+        names = [_name(pathlib.Path(r.image).stem) for r in results]
         axes.set_xticks(range(len(counts)), names, rotation=60, ha="right", fontsize=7)
         axes.set_ylabel("centres")
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
@@ -63,4 +75,6 @@ def _draw(path: pathlib.Path, results: List[Result]) -> None:
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
     axes.set_title(f"{sum(counts)} centres in {len(counts)} images")
     axes.spines[["top", "right"]].set_visible(False)
-    figure.savefig(path, dpi=100)
+    content = io.BytesIO()
+    figure.savefig(content, format="png", dpi=100)
+    write_whole(path, content.getvalue())
