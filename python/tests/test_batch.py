@@ -223,7 +223,7 @@ class Cluster:
         self._directory = directory
         self._file = directory / "scheduler.json"
         self._processes = []
-        self.start("dask_scheduler", "--port", "0", "--no-dashboard")
+        self.scheduler = self.start("dask_scheduler", "--port", "0", "--no-dashboard")
         until(self._file.exists)
         self.workers = [self.start_worker(), self.start_worker()]
 
@@ -292,3 +292,22 @@ def test_a_worker_that_is_killed_loses_nothing(images, tmp_path, cluster):
         assert found[name] == text
     assert cluster.workers[0].wait(WAIT) == -signal.SIGKILL
     assert cluster.workers[1].poll() is None
+
+
+def test_images_that_a_lost_scheduler_leaves_have_failed_and_the_others_are_done(
+    images, tmp_path, cluster
+):
+    out = tmp_path / "out"
+    line = [sys.executable, "-m", "orva.batch", *map(str, images), "--out", str(out)]
+    line += ["--scheduler", cluster.address, "--max-radius", "60"]
+    with subprocess.Popen(line, stderr=subprocess.PIPE, text=True) as running:
+        until(lambda: len(list(out.glob("field_*.csv"))) >= 4)
+        cluster.scheduler.kill()
+        _, err = running.communicate(timeout=WAIT)
+    assert running.returncode == 1, err
+    done, failed = rows(out / "summary.csv"), rows(out / "failures.csv")
+    assert len(done) > 0 and len(failed) > 0
+    assert [r["file"] for r in sorted(done + failed, key=lambda r: r["file"])] == [
+        str(i) for i in images
+    ]
+    assert all("scheduler" in r["error"] for r in failed)

@@ -94,6 +94,8 @@ def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result
 
 def _result(future: Any, job: Job) -> Result:
     error = future.exception()  # when it has ended
+    if future.status == "cancelled":
+        return Result(job.image, error="the scheduler ended, or the way to it was lost")
     if error is None:
         result: Result = future.result()
         return result
