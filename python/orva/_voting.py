@@ -139,7 +139,9 @@ def find_centers(
         For an option out of range, and for an image that has, with the margin for the cones, a
         side of more than 32767 pixels.
 
-    The border sample is repeated outside the image. Votes outside it are lost.
+    The border sample is repeated outside the image. Votes outside it are lost. Of more than 32768
+    regions of votes the further ones are left out, with a warning on standard error. An image with
+    an infinite pixel has no centres, unless gradient and threshold are given.
     """
     return _voted(
         _orva.find_centers,
