@@ -45,7 +45,7 @@ def read(path: Path, *, frame: Optional[int] = None) -> Image:
         return _orva.read(os.fsencode(path), frame)
     except _orva.FileError as error:
         reason = str(error).replace("--frame", "frame=")
-    raise OSError(f"{os.fspath(path)}: {reason}")
+    raise OSError(f"{os.fsdecode(path)}: {reason}")
 
 
 def write(path: Path, image: Union[Image, Truth], *, stretch: bool = False) -> None:

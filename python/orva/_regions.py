@@ -64,7 +64,7 @@ def label(
         require_mask(mask)
         value = 255
     else:
-        require(mask, MASK_TYPES, "mask")
+        require(mask, ("uint8",), "mask")
         value = options.whole("value", value, -1, 255)
     require_volume(mask, "mask")
     if options.whole("connectivity", connectivity, 4, 8) not in (4, 8):

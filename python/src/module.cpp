@@ -4,18 +4,30 @@
 #include "apps/silence.h"
 #include "python/src/arrays.h"
 
+namespace {
+
+// A message may name files by bytes that are no UTF-8.
+void setError(PyObject* type, const char* message) {
+  const auto text = pybind11::reinterpret_steal<pybind11::object>(PyUnicode_DecodeFSDefault(message));
+  if (text) PyErr_SetObject(type, text.ptr());
+}
+
+}  // namespace
+
 // The functions take what the callers in Python have checked, without options left open.
 PYBIND11_MODULE(_orva, module) {
   orva_app::Silence::prepare();
   module.doc() = "The compiled part of orva.";
   module.attr("__version__") = ORVA_VERSION;
-  pybind11::register_exception<orva_app::FileError>(module, "FileError");
+  static const pybind11::exception<orva_app::FileError> fileError(module, "FileError");
   // pybind11 wants the pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
   pybind11::register_exception_translator([](std::exception_ptr error) {
     try {
       if (error) std::rethrow_exception(error);
+    } catch (const orva_app::FileError& e) {
+      setError(fileError.ptr(), e.what());
     } catch (const std::filesystem::filesystem_error& e) {
-      PyErr_SetString(PyExc_OSError, e.what());
+      setError(PyExc_OSError, e.what());
     }
   });
   orva_python::addVoting(module);

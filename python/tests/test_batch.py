@@ -135,6 +135,18 @@ def test_what_has_changed_is_done_again(images, tmp_path, change):
     assert _jobs.run(job).skipped
 
 
+@pytest.mark.parametrize("suffix", [".csv", ".json"])
+def test_files_of_others_are_not_replaced(images, tmp_path, suffix):
+    job = job_of(images[0], tmp_path, max_radius=9)
+    theirs = pathlib.Path(job.table).with_suffix(suffix)
+    theirs.write_text("{}", encoding="utf-8")
+    assert "not from a batch" in _jobs.run(job).error
+    assert theirs.read_text(encoding="utf-8") == "{}"
+    assert not pathlib.Path(job.table).with_suffix({".csv": ".json", ".json": ".csv"}[suffix]).exists()
+    theirs.unlink()
+    assert _jobs.run(job).error == ""
+
+
 def test_an_interrupted_batch_goes_on_where_it_was(images, tmp_path):
     out = tmp_path / "out"
     assert batch(*images[:4], "--out", out, "--workers", 1).returncode == 0

@@ -200,6 +200,17 @@ def test_a_name_may_be_bytes(tmp_path):
     np.testing.assert_array_equal(orva.read(path), np.full((3, 4), 5))
 
 
+def test_errors_tell_names_that_are_no_text(tmp_path):
+    path = os.fsencode(tmp_path) + b"/\xff.png"
+    with open(path, "wb") as file:
+        file.write(b"no image")
+    for name in (path, os.fsdecode(path)):
+        with pytest.raises(OSError, match="\udcff.png: is not a PGM"):
+            orva.read(name)
+        with pytest.raises(OSError, match="\udcff.png: .*stretch=True"):
+            orva.write(name, np.full((2, 2), 0.5, np.float32))
+
+
 def test_a_full_disk_is_an_error(tmp_path):
     device = pathlib.Path("/dev/full")
     assert device.exists()

@@ -60,6 +60,11 @@ def test_along_the_axes_a_reach_is_a_distance():
     np.testing.assert_array_equal(labels, expected)
 
 
+def test_truth_has_no_value_to_label():
+    with pytest.raises(TypeError, match="uint8"):
+        orva.label(np.ones((3, 3), bool), value=1)
+
+
 @pytest.mark.parametrize("value", [-1, 0, 7, 200])
 def test_label_of_a_value(random, value):
     image = random.choice(np.array([0, 7, 200], np.uint8), (14, 17))
@@ -92,7 +97,7 @@ def test_regions_run_out_with_an_error_and_in_silence(capfd):
 )
 def test_options_of_label_out_of_range_are_refused(option, value):
     with pytest.raises(ValueError, match=option):
-        orva.label(np.zeros((4, 4), bool), **{option: value})
+        orva.label(np.zeros((4, 4), np.uint8), **{option: value})
 
 
 @pytest.mark.parametrize("shape", [(20, 25), (6, 8, 9)])

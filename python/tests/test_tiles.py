@@ -5,7 +5,7 @@ import numpy as np
 import pytest
 
 import orva
-from orva.batch import find_centers_in_tiles
+from orva.batch import _tiles, find_centers_in_tiles
 
 
 @pytest.fixture(scope="module")
@@ -37,6 +37,31 @@ def test_with_absolute_thresholds_are_exactly_those_of_the_whole(discs, settings
     assert len(expected) > 30
     found = find_centers_in_tiles(discs, tile=tile, **settings, **ABSOLUTE)
     np.testing.assert_array_equal(found, expected)
+
+
+@pytest.fixture(scope="module")
+def bar():
+    """A plane (300, 1000) of uint8 with a bar across several tiles."""
+    picture = np.zeros((300, 1000), np.uint8)
+    picture[140:146, 70:930] = 200
+    return picture
+
+
+@pytest.mark.parametrize("threshold", [1.0, 5.0])
+def test_regions_longer_than_a_tile_are_those_of_the_whole(bar, threshold):
+    settings = {"max_radius": 10, "gradient": 8.0, "threshold": threshold}
+    expected = ordered(orva.find_centers(bar, **settings))
+    labels, _ = orva.label(orva.vote_field(bar, **settings) > np.float32(threshold))
+    boxes = orva.measure(labels)
+    assert (boxes["xmax"] - boxes["xmin"]).max() > 800
+    np.testing.assert_array_equal(find_centers_in_tiles(bar, tile=200, **settings), expected)
+
+
+def test_regions_longer_than_what_a_tile_may_see_are_cut_with_a_warning(bar, monkeypatch):
+    monkeypatch.setattr(_tiles, "_MOST_SEEN", 700)
+    settings = {"max_radius": 10, "gradient": 8.0, "threshold": 1.0}
+    with pytest.warns(UserWarning, match="is cut"):
+        assert len(find_centers_in_tiles(bar, tile=200, **settings)) > 0
 
 
 def test_without_overlap_are_others(discs):

@@ -104,7 +104,7 @@ def main(argv: Optional[List[str]] = None) -> int:
     out = pathlib.Path(arguments.out).absolute()
     try:
         jobs = _jobs(arguments.images, out, _vote_settings(arguments))
-        workers = os.cpu_count() or 1
+        workers = len(os.sched_getaffinity(0))
         if arguments.workers is not None:
             workers = options.whole("workers", arguments.workers, 1, 1024)
     except (TypeError, ValueError) as error:
@@ -120,6 +120,8 @@ def main(argv: Optional[List[str]] = None) -> int:
             results = run_all(jobs, c)
     except ConnectionError as error:
         parser.exit(2, f"{parser.prog}: error: {error}\n")
+    except KeyboardInterrupt:
+        parser.exit(130, f"\n{parser.prog}: interrupted; the same call goes on from here\n")
     write_summary(out, results)
     failed = [r for r in results if r.error]
     for r in failed:

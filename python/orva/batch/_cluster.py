@@ -75,6 +75,8 @@ def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result
     futures: List[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
     jobs_of: Dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
     results: Dict[str, Result] = {}
+    if not c.scheduler_info()["workers"]:  # type: ignore[no-untyped-call]
+        out.write("the scheduler has no workers yet; waiting for them\n")
     progress = _Progress(len(jobs), out)
     killed: List[Any] = []
     for future in as_completed(futures):  # type: ignore[no-untyped-call]

@@ -60,9 +60,20 @@ def _origin(job: Job) -> Dict[str, Any]:
 
 
 def _finished(job: Job, origin: Dict[str, Any]) -> Optional[Result]:
-    """The result of an earlier run, if it is still good."""
+    """The result of an earlier run, if it is still good.
+
+    Raises ValueError for files of others in its place.
+    """
     try:
-        record = json.loads(job.record.read_text(encoding="utf-8"))
+        text = job.record.read_text(encoding="utf-8", errors="replace")
+    except FileNotFoundError:
+        if os.path.lexists(job.table):
+            raise ValueError(f"{job.table} is there, and not from a batch") from None
+        return None
+    if '"origin"' not in text:
+        raise ValueError(f"{job.record} is there, and not from a batch")
+    try:
+        record = json.loads(text)
         if record["origin"] != origin or _digest(job.table) != record["table"]:
             return None
         result = Result(**record["result"])
@@ -126,17 +137,17 @@ def run(job: Job) -> Result:
         else:
             centers = orva.find_centers(plane, **settings)
         rows = "".join(f"{c['x']},{c['y']},{_shortest(c['weight'])}\n" for c in centers)
-        table = pathlib.Path(job.table)
-        write_whole(table, "x,y,weight\n" + rows)
+        table = "x,y,weight\n" + rows
         seconds = time.perf_counter() - start
         result = Result(job.image, job.table, width, height, len(centers), seconds)
-        # Last, so that a record has its table.
         record = {
             "origin": origin,
-            "table": _digest(job.table),
+            "table": hashlib.sha256(table.encode()).hexdigest(),
             "result": dataclasses.asdict(result),
         }
+        # First, so that a table without a record is none of ours.
         write_whole(job.record, json.dumps(record, indent=1) + "\n")
+        write_whole(pathlib.Path(job.table), table)
         return result
     except (OSError, ValueError, MemoryError) as error:
         return Result(job.image, error=str(error) or type(error).__name__)

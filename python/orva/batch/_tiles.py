@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+import warnings
 from typing import Any, Dict, Iterable, Iterator, List, NamedTuple, Optional, Tuple
 
 import numpy as np
@@ -18,14 +19,19 @@ from .._voting import MOST_LEVEL, complete
 MOST_SIDE = 8192
 
 _TILE = 4096
+_MOST_SEEN = 16384  # that still fits memory
+_CENTER = np.dtype([("x", np.int32), ("y", np.int32), ("weight", np.float32)])
 _NEGLIGIBLE = 0.001  # up to that the voting takes a gradient for none
 
 
-class _Tile(NamedTuple):
-    """What it owns, and what of the image it looks at: rows and columns from and up to."""
+Part = Tuple[int, int, int, int]  # rows from and up to, columns from and up to
 
-    own: Tuple[int, int, int, int]
-    seen: Tuple[int, int, int, int]
+
+class _Tile(NamedTuple):
+    """What it owns, and what of the image it looks at."""
+
+    own: Part
+    seen: Part
 
 
 def _settled(settings: Dict[str, Any]) -> Tuple[int, int, float]:
@@ -38,10 +44,8 @@ def _settled(settings: Dict[str, Any]) -> Tuple[int, int, float]:
     )
 
 
-def overlap_of(settings: Dict[str, Any]) -> int:
-    """So far from a pixel lies all that its votes depend on, and a centre's region.
-
-    The settings are complete.
+def reach_of(settings: Dict[str, Any]) -> int:
+    """So far from a pixel lies all that its votes depend on, for complete settings.
 
     A vote reaches as far as the margin that the voting adds to an image. A pass turns a cone by the
     votes within its reach, each of which came from a point within another.
@@ -53,23 +57,27 @@ def overlap_of(settings: Dict[str, Any]) -> int:
         width = int(radius * math.tan(0.7 * math.atan(width / radius)))
         passes += 1
     kernel = max(2, int(4 * sigma)) + 2
-    return (2 * passes + 1) * margin + kernel + 2 * radius
+    return (2 * passes + 1) * margin + kernel
 
 
-def _tiles(height: int, width: int, tile: int, overlap: int) -> Iterator[_Tile]:
-    for y in range(0, height, tile):
-        for x in range(0, width, tile):
-            own = (y, min(y + tile, height), x, min(x + tile, width))
-            seen = (
-                max(own[0] - overlap, 0),
-                min(own[1] + overlap, height),
-                max(own[2] - overlap, 0),
-                min(own[3] + overlap, width),
-            )
-            yield _Tile(own, seen)
+def _around(own: Part, shape: Tuple[int, int], overlap: int) -> Part:
+    """The part and what lies up to so far from it."""
+    return (
+        max(own[0] - overlap, 0),
+        min(own[1] + overlap, shape[0]),
+        max(own[2] - overlap, 0),
+        min(own[3] + overlap, shape[1]),
+    )
 
 
-def _block(image: Any, part: Tuple[int, int, int, int], factor: float = 1.0) -> npt.NDArray[Any]:
+def _tiles(shape: Tuple[int, int], tile: int, overlap: int) -> Iterator[_Tile]:
+    for y in range(0, shape[0], tile):
+        for x in range(0, shape[1], tile):
+            own = (y, min(y + tile, shape[0]), x, min(x + tile, shape[1]))
+            yield _Tile(own, _around(own, shape, overlap))
+
+
+def _block(image: Any, part: Part, factor: float = 1.0) -> npt.NDArray[Any]:
     block: npt.NDArray[Any] = np.asarray(image[part[0] : part[1], part[2] : part[3]])
     return block if factor == 1 else block.astype(np.float32) * np.float32(factor)
 
@@ -94,7 +102,8 @@ def find_centers_in_tiles(
         The side of what a tile owns, in pixels.
     overlap
         By how much it looks further on each side; if None, so far that it sees all that its centres
-        depend on, and regions of votes of up to 2 max_radius beyond its own.
+        depend on. That is further where a region of votes is long, up to a side of 16384 pixels in
+        all; a longer region is cut, with a warning.
     settings
         As for find_centers(). frame is not among them.
 
@@ -114,36 +123,74 @@ def find_centers_in_tiles(
     """
     if isinstance(image, np.ndarray) or not hasattr(image, "shape"):
         require(image, IMAGE_TYPES)
-    shape = tuple(image.shape)
-    if len(shape) != 2:
-        raise ValueError(f"image must be a plane (y, x), not of {len(shape)} axes")
+    if len(image.shape) != 2:
+        raise ValueError(f"image must be a plane (y, x), not of {len(image.shape)} axes")
+    shape = int(image.shape[0]), int(image.shape[1])
     if 0 in shape:
         raise ValueError("image is empty")
     settings = complete(settings)
     options.whole("tile", tile, 1, 30000)
+    may_grow = overlap is None
     if overlap is None:
-        overlap = overlap_of(settings)  # may be more than the image
+        # May be more than the image. A centre's region is seldom longer than its object.
+        overlap = reach_of(settings) + 2 * settings["max_radius"]
     else:
         options.whole("overlap", overlap, 0, 30000)
-    tiles = list(_tiles(shape[0], shape[1], tile, overlap))
+    tiles = list(_tiles(shape, tile, overlap))
     absolute = _absolute(image, tiles, settings)
     if absolute is None:
-        return orva.find_centers(np.zeros((1, 1), np.uint8))
+        return np.zeros(0, _CENTER)
     settings, factor, scale = absolute
 
     found: List[npt.NDArray[np.void]] = []
     for t in tiles:
-        centers = orva.find_centers(_block(image, t.seen, factor), **settings)
-        centers["x"] += t.seen[2]
-        centers["y"] += t.seen[0]
-        own = (centers["y"] >= t.own[0]) & (centers["y"] < t.own[1])
-        own &= (centers["x"] >= t.own[2]) & (centers["x"] < t.own[3])
-        found.append(centers[own])
+        centers, is_cut = _centers(image, t, shape, factor, settings)
+        wider = overlap
+        while may_grow and is_cut:
+            wider *= 2
+            t = _Tile(t.own, _around(t.own, shape, wider))
+            if max(t.seen[1] - t.seen[0], t.seen[3] - t.seen[2]) > _MOST_SEEN:
+                warnings.warn("a region of votes is too long for the tiles and is cut", stacklevel=2)
+                break
+            centers, is_cut = _centers(image, t, shape, factor, settings)
+        found.append(centers)
     result: npt.NDArray[np.void] = np.concatenate(found)
     if scale != 1:
         result["weight"] /= scale
     ordered: npt.NDArray[np.void] = result[np.lexsort((result["x"], result["y"]))]
     return ordered
+
+
+def _centers(
+    image: Any, t: _Tile, shape: Tuple[int, int], factor: float, settings: Dict[str, Any]
+) -> Tuple[npt.NDArray[np.void], bool]:
+    """The centres that the tile owns, as find_centers() finds them.
+
+    Also whether one of them may belong to a region that goes on where the tile can not tell.
+    """
+    votes = orva.vote_field(_block(image, t.seen, factor), **settings)
+    labels, _ = orva.label(votes > np.float32(settings["threshold"]))
+    regions = orva.measure(labels, votes)
+    centers = np.zeros(len(regions["npix"]), _CENTER)
+    centers["x"] = regions["cx"] + t.seen[2]
+    centers["y"] = regions["cy"] + t.seen[0]
+    centers["weight"] = regions["mean"]
+    own = (centers["y"] >= t.own[0]) & (centers["y"] < t.own[1])
+    own &= (centers["x"] >= t.own[2]) & (centers["x"] < t.own[3])
+
+    # Near the edge of what the tile sees votes are wrong, but not where that is the image's own.
+    reach = reach_of(settings) + 1
+    is_open = np.zeros(len(centers), bool)
+    meets = np.ones(len(centers), bool)
+    for low, high, first, last, start, end, size in (
+        ("ymin", "ymax", *t.seen[:2], *t.own[:2], shape[0]),
+        ("xmin", "xmax", *t.seen[2:], *t.own[2:], shape[1]),
+    ):
+        least, most = regions[low] + first, regions[high] + first
+        is_open |= (first > 0) & (least < first + reach)
+        is_open |= (last < size) & (most >= last - reach)
+        meets &= (least < end) & (most >= start)
+    return centers[own], bool(np.any(is_open & meets))
 
 
 def _most(values: Iterable[npt.NDArray[Any]]) -> float:
