@@ -195,7 +195,7 @@ def test_an_image_that_ends_every_worker_is_recorded_and_the_others_are_done(ima
         [*line, "--out", str(tmp_path / "out"), "--workers", "1"],
         capture_output=True,
         text=True,
-        timeout=WAIT,
+        timeout=WAIT * 3,
         # All tasks wait at the worker at once, which takes them along each time.
         env={**os.environ, "DASK_DISTRIBUTED__SCHEDULER__WORKER_SATURATION": "inf"},
         preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (memory, memory)),
