@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Circular voting beside other detectors of round objects: mean F1 and time per image.
 
-The folders are laid out as scripts/score wants them, and scoring is that of scripts/score. All
+The folders are laid out as scripts/score wants them, and scoring is that of scripts/scoring.py. All
 methods are told each image's polarity and median radius. The orva command runs with its defaults.
 Every other method runs with each setting of a small grid, and the one with the best mean F1 over
 all these images is taken: what it could reach at best, as nobody can tune on the truth. The second
@@ -15,8 +15,6 @@ memory.
 
 import argparse
 import csv
-import importlib.machinery
-import importlib.util
 import itertools
 import os
 import pathlib
@@ -34,22 +32,13 @@ import scipy.ndimage
 import skimage.feature
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / "benchmarks"))
+sys.path[:0] = [str(ROOT / "benchmarks"), str(ROOT / "scripts")]
+sys.dont_write_bytecode = True
 import report
+import scoring as score
 
 REPETITIONS = 7
 HEADER = ["method", "mean F1", "F1 with settings of the others", "median ms an image", "setting"]
-
-
-def module_from(path):
-    loader = importlib.machinery.SourceFileLoader(path.name, str(path))
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(path.name, loader))
-    sys.dont_write_bytecode = True
-    loader.exec_module(module)
-    return module
-
-
-score = module_from(ROOT / "scripts/score")
 
 
 class Sample:
