@@ -1,0 +1,151 @@
+"""The code of the guides, run as it stands, and the pictures that belong to them.
+
+A block ```sh or ```python runs in a directory with the files that the guides name. A block ```text behind
+it is what it prints, on either stream; a line ... stands for any lines.
+"""
+
+import contextlib
+import io
+import os
+import pathlib
+import re
+import subprocess
+import sys
+
+import numpy as np
+import pytest
+
+import orva
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.DOTALL | re.MULTILINE)
+PICTURES = [
+    "parameters_factor.png",
+    "parameters_sigma.png",
+    "parameters_threshold.png",
+    "voting_centers.png",
+    "voting_cone.png",
+    "voting_gradient.png",
+    "voting_passes.png",
+]
+
+
+def text_of(document):
+    return (ROOT / document).read_text(encoding="utf-8")
+
+
+def steps(text):
+    """(language, code, what it prints or None) of each block that runs."""
+    blocks = BLOCK.findall(text)
+    for (language, code), after in zip(blocks, [*blocks[1:], ("", "")]):
+        if language != "text":
+            yield language, code, after[1] if after[0] == "text" else None
+
+
+def matches(shown, printed):
+    """Whether the lines are the same, but for those that ... stands for."""
+    pattern = "".join(
+        r"(?:.*\n)*?" if line == "...\n" else re.escape(line) for line in shown.splitlines(True)
+    )
+    return re.fullmatch(pattern, printed) is not None
+
+
+def run_sh(code):
+    line = ["bash", "-e", "-o", "pipefail", "-c", code]
+    done = subprocess.run(
+        line, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120
+    )
+    assert done.returncode == 0, f"{code}\n{done.stdout}"
+    return done.stdout
+
+
+def run_python(code, names):
+    printed = io.StringIO()
+    with contextlib.redirect_stdout(printed):
+        exec(compile(code, "block", "exec"), names)
+    return printed.getvalue()
+
+
+def run(text):
+    """Runs the blocks of a text one after the other and returns their number by language."""
+    names = {"__name__": "__main__"}
+    counts = {"sh": 0, "python": 0, "text": 0}
+    for language, code, shown in steps(text):
+        printed = run_sh(code) if language == "sh" else run_python(code, names)
+        counts[language] += 1
+        if shown is not None:
+            counts["text"] += 1
+            assert matches(shown, printed), f"{code}\nprints\n{printed}\nand not\n{shown}"
+    return counts
+
+
+@pytest.fixture
+def place(tmp_path, monkeypatch):
+    """A directory with the sample images in data/, and the command on the path."""
+    (tmp_path / "data").symlink_to(ROOT / "data")
+    (tmp_path / "bin").mkdir()
+    (tmp_path / "bin" / "orva").symlink_to(os.environ["ORVA_COMMAND"])
+    monkeypatch.setenv("PATH", f"{tmp_path / 'bin'}:{os.environ['PATH']}")
+    monkeypatch.setenv("LC_ALL", "C")
+    monkeypatch.chdir(tmp_path)
+    return tmp_path
+
+
+def test_what_a_document_shows_is_compared_line_by_line():
+    assert matches("a\n...\nd\n", "a\nb\nc\nd\n")
+    assert matches("a\n...\n", "a\n")
+    assert not matches("a\n...\nd\n", "a\nb\nc\n")
+    assert not matches("a\n", "a\nb\n")
+    assert not matches("a.c\n", "abc\n")
+
+
+def test_the_command_guide(place):
+    assert run(text_of("docs/command.md")) == {"sh": 7, "python": 0, "text": 6}
+    for result in ("nuclei.png", "regions.csv", "labels.iht", "edges.png", "results/summary.csv"):
+        assert (place / result).stat().st_size > 50
+    assert not (place / "edges.pgm").exists()
+
+
+def test_the_formats_guide(place):
+    assert run(text_of("docs/formats.md")) == {"sh": 1, "python": 3, "text": 3}
+
+
+def test_the_voting_guide(place):
+    assert run(text_of("docs/voting.md")) == {"sh": 1, "python": 1, "text": 1}
+
+
+def test_the_commands_of_the_readme(place):
+    sample = orva.read(ROOT / "data" / "images" / "dsb_large_a.pgm")
+    orva.write("nuclei.tif", np.asarray(sample))
+    (section,) = re.findall(r"^## Use the command$(.*?)^## ", text_of("README.md"), re.S | re.M)
+    assert run(section)["sh"] >= 1
+    for result in ("nuclei.csv", "nuclei.png", "regions.csv"):
+        assert (place / result).stat().st_size > 50
+
+
+def test_the_macro_of_the_readme_is_that_of_its_guide():
+    """Which a test of the jar runs."""
+    (macro,) = [code for language, code in BLOCK.findall(text_of("README.md")) if language == "javascript"]
+    assert ("javascript", macro) in BLOCK.findall(text_of("docs/java.md"))
+
+
+def test_the_pictures_and_tables_are_those_of_the_script(tmp_path):
+    line = [sys.executable, str(ROOT / "scripts" / "guide_pictures"), str(tmp_path)]
+    done = subprocess.run(line, capture_output=True, text=True, timeout=500)
+    assert done.returncode == 0, done.stderr
+    assert sorted(p.name for p in tmp_path.glob("*.png")) == PICTURES
+    for name in PICTURES:
+        assert 5_000 < (tmp_path / name).stat().st_size < 200_000
+        assert (ROOT / "docs" / "images" / name).stat().st_size < 200_000
+    assert (tmp_path / "parameters.md").read_text("utf-8") == text_of("docs/parameters.md")
+    shown = re.findall(r"!\[.*?\]\(images/(.*?)\)", text_of("docs/voting.md") + text_of("docs/parameters.md"))
+    assert sorted(shown) == PICTURES
+
+
+@pytest.mark.parametrize("document", ["README.md", "CONTRIBUTING.md", *sorted(
+    str(p.relative_to(ROOT)) for p in (ROOT / "docs").glob("*.md"))])
+def test_relative_links_lead_to_files(document):
+    folder = (ROOT / document).parent
+    links = re.findall(r"\]\((?!https?:)([^)#]*)(?:#[^)]*)?\)", text_of(document))
+    for link in filter(None, links):
+        assert (folder / link).exists(), link
