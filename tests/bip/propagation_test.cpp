@@ -105,6 +105,17 @@ TEST(Propagate, LetsTheBackwardPassOverrideAFartherLabel) {
                         labelsOf({"1..", ".22", "..."})));
 }
 
+TEST(Propagate, TakesStepsOfSumZeroInBothPassesWhichIsIntended) {
+  // Of two labels at one distance the forward pass brings the left one, by a step from below;
+  // without that step the backward pass would bring the right one.
+  const auto halfWay = labelsOf({".........", ".........", ".........", "..1...2..", "........."});
+  EXPECT_EQ(propagated(halfWay, 9.0F).pixel(4, 2), 1.0F);
+  // A long way up to the right is one of the backward pass.
+  const auto corner =
+      labelsOf({".......", ".......", ".......", ".......", ".......", ".1.....", "......."});
+  EXPECT_EQ(propagated(corner, 6.0F).pixel(5, 1), 1.0F);
+}
+
 TEST(Propagate, DoesNotReachTheBorderWhichIsIntended) {
   EXPECT_TRUE(sameImage(propagated(labelsOf({"6....", ".....", ".....", "....."}), 9000.0F),
                         labelsOf({"6....", ".666.", ".666.", "....."})));

@@ -269,6 +269,23 @@ TEST(Compute, OfAConstantImageFindsNothing) {
   }
 }
 
+// Divided by the largest, no magnitude would reach 2.
+TEST(Compute, TakesTheGradientThresholdInGreyLevelsInBothCasesWhichIsIntended) {
+  const auto voters = [](float gradThreshold, bool isAbsolute) {
+    VotingParams params = absolute(0.1F);
+    params.absoluteValues = isAbsolute;
+    params.gradThreshold = gradThreshold;
+    Coordinates places;
+    const Probe probe = computed(params, oneDisc());
+    for (const auto& p : probe.points_) places.emplace_back(p.x, p.y);
+    return places;
+  };
+  const Coordinates strong = voters(2.0F, false);
+  EXPECT_FALSE(strong.empty());
+  EXPECT_LT(strong.size(), voters(0.1F, false).size());
+  EXPECT_EQ(strong, voters(2.0F, true));
+}
+
 TEST(Compute, WithGradientsBelowTheThresholdFindsNothing) {
   for (const bool isAbsolute : {false, true}) {
     VotingParams params = absolute(0.1F);

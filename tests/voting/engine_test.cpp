@@ -217,6 +217,16 @@ TEST(ComputeCones, KeepCellsThatLandOnTheSamePixelWhichIsIntended) {
   EXPECT_TRUE(shared);
 }
 
+// Cells half-way between the axes, at 0.7, 1.4 and 2.1 along both.
+TEST(ComputeCones, TruncateCellsLeftOfAndAboveThePointWhichIsIntended) {
+  Probe p;
+  p.regionType = CircularVoting::Bright;
+  WPoint2D::nx = 50;
+  p.computeCones(1, 3, 0);
+  EXPECT_EQ(cellsOf(p.cones_[32]), (Cells{{{1, 1}}, {{1, 1}}, {{2, 2}}}));
+  EXPECT_EQ(cellsOf(p.cones_[160]), (Cells{{{0, 0}}, {{-1, -1}}, {{-2, -2}}}));
+}
+
 TEST(ComputeCones, EqualTheirTwin) {
   Random random(1);
   for (int round = 0; round < 60; ++round) {
