@@ -1,5 +1,6 @@
 """The table of docs/oddities.md against the sources and the tests."""
 
+import collections
 import pathlib
 import re
 
@@ -41,13 +42,16 @@ def test_every_row_names_files_and_tests_that_exist(existing):
         assert tests and [t for t in tests if t not in existing] == [], what
 
 
-def test_every_source_that_says_intended_is_in_the_table():
-    listed = {place(f) for _, files, _ in rows() for f in files}
+def test_every_comment_that_says_intended_has_a_row():
+    """Or one row, where the same line stands twice in a source."""
+    listed = collections.Counter(place(f) for _, files, _ in rows() for f in files)
     sources = [p for folder in ("orva", "apps", "java") for p in (ROOT / folder).rglob("*.*")]
     texts = [p for p in sources if p.suffix in (".h", ".cpp", ".java")]
     assert len(texts) > 100
-    saying = {p for p in texts if WORD.search(p.read_text(encoding="utf-8"))}
-    assert sorted(map(str, saying - listed)) == []
+    for path in texts:
+        lines = path.read_text(encoding="utf-8").splitlines()
+        comments = {line.strip() for line in lines if WORD.search(line)}
+        assert listed[path] >= len(comments), (path, comments)
 
 
 def test_every_test_that_says_intended_is_in_the_table(existing):
