@@ -28,3 +28,7 @@ require_packages() {
 # What the library and the command are built with.
 # shellcheck disable=SC2034
 build_packages=(g++ cmake ninja-build libcli11-dev libpng-dev libtiff-dev nlohmann-json3-dev)
+
+# What makes Debian packages of them.
+# shellcheck disable=SC2034
+deb_packages=(dpkg-dev file help2man)
