@@ -26,12 +26,23 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
 set(CPACK_COMPONENTS_ALL)
 
-# The changes go into each package, as Debian asks.
+# Each package has the changes, and what Debian calls the changelog.
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/changelog CONTENT
+"orva (${PROJECT_VERSION}) unstable; urgency=medium
+
+  * Version ${PROJECT_VERSION}; NEWS.gz tells what changed.
+
+ -- ${CPACK_PACKAGE_CONTACT}  ${date}
+")
 find_program(GZIP gzip REQUIRED)
-set(changes ${PROJECT_BINARY_DIR}/changelog.gz)
+set(changes ${PROJECT_BINARY_DIR}/debian/changelog.gz ${PROJECT_BINARY_DIR}/debian/NEWS.gz)
 add_custom_command(OUTPUT ${changes}
-  COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md >${changes}
-  DEPENDS CHANGELOG.md)
+  COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/CHANGELOG.md NEWS
+  COMMAND ${GZIP} -9nkf changelog NEWS
+  DEPENDS CHANGELOG.md ${PROJECT_BINARY_DIR}/debian/changelog
+  WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/debian
+  VERBATIM)
 add_custom_target(orva_changes ALL DEPENDS ${changes})
 
 # orva_package(COMPONENT NAME SECTION DESCRIPTION): the first line of DESCRIPTION is the short one.
@@ -47,15 +58,18 @@ endmacro()
 set(library_package liborva${PROJECT_VERSION_MAJOR})
 orva_package(debian_library ${library_package} libs
 "image analysis for microscope images - shared library
-Images, filters, thresholds, regions, and the centres of round objects such as cell nuclei.
+Images, filters, thresholds, regions, and the centres of round objects such
+as cell nuclei.
 This package holds the library that programs need to run.")
-file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/triggers CONTENT "activate-noawait ldconfig\n")
-set(CPACK_DEBIAN_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/triggers CONTENT "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/triggers)
 
 orva_package(debian_development liborva-dev libdevel
 "image analysis for microscope images - development files
-Images, filters, thresholds, regions, and the centres of round objects such as cell nuclei.
-This package holds the headers, the static library, and the files for CMake and pkg-config.")
+Images, filters, thresholds, regions, and the centres of round objects such
+as cell nuclei.
+This package holds the headers, the static library, and the files for CMake
+and pkg-config.")
 set(CPACK_DEBIAN_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
 if(ORVA_BUILD_JAVA)
   set(CPACK_DEBIAN_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS default-jdk-headless)
@@ -64,8 +78,8 @@ endif()
 if(ORVA_BUILD_APPS)
   orva_package(command orva science
 "image analysis for microscope images - command
-The command finds the centres of round objects such as cell nuclei, measures regions, and filters
-and converts images.")
+The command finds the centres of round objects such as cell nuclei, measures
+regions, and filters and converts images.")
 endif()
 
 include(CPack)

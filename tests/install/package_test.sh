@@ -27,7 +27,7 @@ same() {
 holds() {
   local name=$1 expected found
   shift
-  expected=$(printf './usr/%s\n' "$@" "share/doc/$name/changelog.gz" | sort)
+  expected=$(printf './usr/%s\n' "$@" "share/doc/$name/"{NEWS,changelog}.gz | sort)
   found=$(dpkg-deb --fsys-tarfile "$(package "$name")" | tar -t |
     sed '/\/$/d; s/orva-targets-[a-z]*\.cmake/orva-targets-TYPE.cmake/' | sort)
   same "$name" "list of files" "$expected" "$found"
