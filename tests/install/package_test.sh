@@ -49,15 +49,18 @@ holds orva bin/orva share/man/man1/orva.1.gz
 # What each depends on, without versions of other packages.
 same liborva-dev dependency "$library (= $release)" \
   "$(dpkg-deb -f "$(package liborva-dev)" Depends)"
-for name in "$library" orva; do
+# depends NAME PATTERN...: each pattern matches one dependency of NAME, which has no part of orva.
+depends() {
+  local name=$1 found pattern
+  shift
   found=$(dpkg-deb -f "$(package "$name")" Depends | sed 's/ ([^)]*)//g; s/, /\n/g')
-  grep -qx libc6 <<<"$found"
-  grep -qx 'libstdc++6' <<<"$found"
-done
-if grep -q orva <<<"$found" || ! grep -q libtiff <<<"$found"; then
-  echo "orva depends on $found"
-  exit 1
-fi
+  for pattern in "$@"; do
+    grep -qx "$pattern" <<<"$found" || { echo "$name depends on no $pattern, but on ${found:-nothing}"; exit 1; }
+  done
+  if grep orva <<<"$found"; then exit 1; fi
+}
+depends "$library" libc6 'libstdc++6'
+depends orva libc6 'libstdc++6' 'libpng.*' 'libtiff.*'
 same "$library" "version for its users" "liborva ${release%%.*} $library (>= $release)" \
   "$(dpkg-deb -I "$(package "$library")" shlibs)"
 
