@@ -58,6 +58,7 @@ struct ORVA_EXPORT RegionFeature {
   static std::vector<float> varArray(const std::vector<RegionFeature>& features);
 };
 
+/// Binary images: thresholds, labels, region measurements, distances, morphology and hulls.
 namespace bip {
 
 /// @name Connected regions
@@ -110,6 +111,8 @@ ORVA_EXPORT void reverse(image<unsigned char>& img);
 /// @endverbatim
 /// Cost: two walks over the image.
 /// @{
+
+/// A record a label; without @p brightness its mean and variance are 0.
 ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                                       const Image& brightness);
 ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels,
@@ -122,6 +125,8 @@ ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels
 /// The brightness of each region's pixels, in linear order or, when @p sorted, ascending with a NaN
 /// last. Nothing when the images differ in size or have no pixels.
 /// @{
+
+/// A list a label, 0 .. n - 1; without @p n that is regionNumber(labels).
 ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
                                                                   const Image& brightness,
                                                                   bool sorted);
@@ -147,6 +152,9 @@ ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low,
 /// every step, diagonals included; what has nothing to follow stays 10000. The first volume of the
 /// input is measured. Cost: three walks over the image.
 ///
+/// G. Borgefors, Distance transformations in digital images, Computer Vision, Graphics, and Image
+/// Processing 34, 1986.
+///
 /// The result has the input's width, height and depth. It is null for other inputs, after two lines
 /// on standard error, the second for a null image or for another pixel format:
 /// @verbatim
@@ -154,9 +162,6 @@ ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low,
 ///    Warning: input is empty, return null image
 ///    Warning: input is not BYTE or SHORT image, return null image
 /// @endverbatim
-///
-/// G. Borgefors, Distance transformations in digital images, Computer Vision, Graphics, and Image
-/// Processing 34, 1986.
 /// @{
 
 /// The distances.

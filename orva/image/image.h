@@ -22,6 +22,7 @@
 #include "orva/image/points.h"
 #include "orva/util/export.h"
 
+/// The library: images, points and colours, and a namespace for each subject.
 namespace orva {
 
 /// The code of a pixel format, as Image::format() returns it. image<T> exists for BYTE, INT, SHORT,
@@ -53,9 +54,9 @@ ORVA_EXPORT int round_double(double v);
 /// A colour pixel: three components in memory order.
 template <class T>
 struct ORVA_EXPORT GenericRgb {
-  T c0;
-  T c1;
-  T c2;
+  T c0;  ///< the first component
+  T c1;  ///< the second component
+  T c2;  ///< the third component
 };
 
 /// The brightness of a colour pixel, computed in double. The red weight stands with the third
@@ -141,6 +142,8 @@ class ORVA_EXPORT Image {
   /// @name One pixel as a float (a colour pixel as its luminance)
   /// The two- and three-argument forms ignore channel and time point.
   /// @{
+
+  /// The pixel at a position, or at an index in linear order. Neither is checked.
   virtual float pixel(int x, int y, int z, int c, int t) const = 0;
   virtual float pixel(int x, int y, int z) const = 0;
   virtual float pixel(int x, int y) const = 0;
@@ -154,6 +157,8 @@ class ORVA_EXPORT Image {
   /// values. Values past 32 bits are first held at the ends of that range; a NaN counts as 0. A
   /// colour pixel takes the byte in all three components.
   /// @{
+
+  /// Stores @p v at a position, or at an index in linear order. Neither is checked.
   virtual void setPixel(int index, float v) = 0;
   virtual void setPixel(int x, int y, float v) = 0;
   virtual void setPixel(int x, int y, int z, float v) = 0;
@@ -196,7 +201,9 @@ class ORVA_EXPORT Image {
   std::vector<bool> interior() const;
 
  protected:
+  /// For images of one pixel type alone.
   Image(const Image&) = default;
+  /// @copydoc Image(const Image&)
   Image& operator=(const Image&) = default;
 
  private:
@@ -270,7 +277,9 @@ class ORVA_EXPORT image : public Image {
   T* pixels() const { return data_; }
 
  private:
+  /// @cond
   struct Unset {};  // pixels without values
+  /// @endcond
   template <class U>
   friend image<U> unsetImage(int x, int y, int z, int c, int t);
   image(Unset /*tag*/, int x, int y, int z, int c, int t);

@@ -17,10 +17,12 @@ namespace orva {
 /// Column and row, in pixels, each kept in 16 bits: larger values wrap modulo 65536.
 class Point : public PointOperators<Point> {
  public:
-  std::int16_t x = 0;
-  std::int16_t y = 0;
+  std::int16_t x = 0;  ///< column
+  std::int16_t y = 0;  ///< row
 
+  /// The origin.
   constexpr Point() = default;
+  /// A position; each coordinate keeps its low 16 bits.
   constexpr Point(int px, int py) : x(wrapTo16(std::int64_t{px})), y(wrapTo16(std::int64_t{py})) {}
 
   /// Lexicographic: x first, y breaks a tie.

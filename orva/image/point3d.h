@@ -17,11 +17,13 @@ namespace orva {
 /// Column, row and frame, in pixels, each kept in 16 bits: larger values wrap modulo 65536.
 class Point3D : public PointOperators<Point3D> {
  public:
-  std::int16_t x = 0;
-  std::int16_t y = 0;
-  std::int16_t z = 0;
+  std::int16_t x = 0;  ///< column
+  std::int16_t y = 0;  ///< row
+  std::int16_t z = 0;  ///< frame
 
+  /// The origin.
   constexpr Point3D() = default;
+  /// A position; each coordinate keeps its low 16 bits.
   constexpr Point3D(int px, int py, int pz)
       : x(wrapTo16(std::int64_t{px})),
         y(wrapTo16(std::int64_t{py})),

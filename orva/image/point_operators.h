@@ -35,9 +35,12 @@ class PointOperators {
  public:
   /// @name Sums and differences of points
   /// @{
+
+  /// Adds coordinate by coordinate.
   P& operator+=(const P& q) {
     return update(q, [](auto a, auto b) { return a + b; });
   }
+  /// Subtracts coordinate by coordinate.
   P& operator-=(const P& q) {
     return update(q, [](auto a, auto b) { return a - b; });
   }
@@ -48,21 +51,28 @@ class PointOperators {
 
   /// @name A number added to, subtracted from or multiplied with every coordinate
   /// @{
+
+  /// Adds @p v to every coordinate.
   P& operator+=(int v) {
     return updateEach(wide(v), [](auto a, auto b) { return a + b; });
   }
+  /// Subtracts @p v from every coordinate.
   P& operator-=(int v) {
     return updateEach(wide(v), [](auto a, auto b) { return a - b; });
   }
+  /// Multiplies every coordinate by @p v.
   P& operator*=(int v) {
     return updateEach(wide(v), [](auto a, auto b) { return a * b; });
   }
+  /// Adds @p v to every coordinate.
   P& operator+=(double v) {
     return updateEach(v, [](auto a, auto b) { return a + b; });
   }
+  /// Subtracts @p v from every coordinate.
   P& operator-=(double v) {
     return updateEach(v, [](auto a, auto b) { return a - b; });
   }
+  /// Multiplies every coordinate by @p v.
   P& operator*=(double v) {
     return updateEach(v, [](auto a, auto b) { return a * b; });
   }
@@ -93,6 +103,7 @@ class PointOperators {
     if (low == 0) trapDivision();
     return divideEach(low);
   }
+  /// Divides every coordinate by @p v.
   P& operator/=(double v) {
     if (v == 0.0) dividedByZero();
     return updateEach(v, [](auto a, auto b) { return a / b; });

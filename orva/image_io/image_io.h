@@ -22,6 +22,7 @@
 #include "orva/image/image.h"
 #include "orva/util/export.h"
 
+/// Image files, byte order, and conversions between pixel types.
 namespace orva::image_io {
 
 /// The acquisition metadata of a one-channel image, kept as ready-made lines of an ICS header.
@@ -30,7 +31,9 @@ class ORVA_EXPORT IcsInfo {
   /// An empty record for the data set @p datasetName, which names the files.
   explicit IcsInfo(std::string datasetName);
   virtual ~IcsInfo() = default;
+  /// A record of its own.
   IcsInfo(const IcsInfo&) = default;
+  /// @copydoc IcsInfo(const IcsInfo&)
   IcsInfo& operator=(const IcsInfo&) = default;
 
   /// The data-set name, followed by "_" and the channel name when there is one.
@@ -84,7 +87,9 @@ class ORVA_EXPORT MultiChannelIcsInfo {
   /// An empty record for the data set @p datasetName, which names the files.
   explicit MultiChannelIcsInfo(std::string datasetName);
   virtual ~MultiChannelIcsInfo() = default;
+  /// A record of its own.
   MultiChannelIcsInfo(const MultiChannelIcsInfo&) = default;
+  /// @copydoc MultiChannelIcsInfo(const MultiChannelIcsInfo&)
   MultiChannelIcsInfo& operator=(const MultiChannelIcsInfo&) = default;
 
   /// The data-set name; channels do not show in it.
@@ -108,7 +113,8 @@ class ORVA_EXPORT MultiChannelIcsInfo {
   /// Sets the annotation: the whole text behind one "history\tAnnotation\t".
   void annotate(const std::string& text);
 
-  /// @copydoc operator<<(std::ostream&, const IcsInfo&)
+  /// Writes the lines in their fixed order, "UNDEFINED" or "NONE" for those not set, without a
+  /// final newline.
   friend ORVA_EXPORT std::ostream& operator<<(std::ostream& out, const MultiChannelIcsInfo& info);
 
  private:
@@ -153,6 +159,8 @@ class ORVA_EXPORT MultiChannelIcsInfo {
 ///    Error in writing NAME.ids
 /// @endverbatim
 /// @{
+
+/// The header and the pixels of @p img.
 ORVA_EXPORT void writeICS(const std::string& filename, const Image& img);
 ORVA_EXPORT void writeICS(const IcsInfo& info, const Image& img);
 ORVA_EXPORT void writeICS(const MultiChannelIcsInfo& info, const Image& img);
@@ -266,7 +274,7 @@ ORVA_EXPORT void adjust_byte_order_for_write(Image& img);
 ORVA_EXPORT image<unsigned char> convertToByteImage(const Image& img, bool rescale);
 /// Values truncated toward zero and held at the ends of the type's range; a NaN gives 0.
 ORVA_EXPORT image<unsigned int> convertToUIntImage(const Image& img);
-/// @copydoc convertToUIntImage
+/// @copydoc image_io::convertToUIntImage
 ORVA_EXPORT image<int> convertToIntImage(const Image& img);
 /// Values as they are.
 ORVA_EXPORT image<float> convertToFloatImage(const Image& img);

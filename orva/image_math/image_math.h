@@ -15,6 +15,7 @@
 #include "orva/image/image.h"
 #include "orva/util/export.h"
 
+/// Norms, angles, directions, statistics of brightness, zero crossings.
 namespace orva::image_math {
 
 /// The length of (@p a, @p b), in single precision.
@@ -50,9 +51,11 @@ T minimum(const std::vector<T>& values);
 template <class T>
 T maximum(const std::vector<T>& values);
 
+/// @cond
 extern template ORVA_EXPORT float mean(const std::vector<float>& values);
 extern template ORVA_EXPORT float minimum(const std::vector<float>& values);
 extern template ORVA_EXPORT float maximum(const std::vector<float>& values);
+/// @endcond
 
 /// @name The brightest pixels
 /// Brightness counts in whole levels: with the darkest and the brightest pixel truncated toward

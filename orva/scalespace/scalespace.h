@@ -43,6 +43,7 @@ enum FeatureType : int {
   GRADIENT_CONVEX = 32     ///< second derivative along the gradient positive
 };
 
+/// Gaussian filters, derivatives and differential features.
 namespace scalespace {
 
 /// The @p order + 1 coefficients, lowest power first, of the polynomial p for which
@@ -69,6 +70,8 @@ ORVA_EXPORT void laplaceEquation(image<float>& f, const image<unsigned char>& ma
 /// is repeated outside the image. An axis of length 1 is skipped whatever its order. The kernel is
 /// convolved: a first derivative is positive where brightness grows with the coordinate.
 /// @{
+
+/// In grey levels a pixel to the power of ox + oy + oz.
 ORVA_EXPORT image<float> gaussian(const Image& img, float sigma, int ox, int oy, int oz);
 ORVA_EXPORT image<float> gaussian(const Image& img, float sx, float sy, float sz, int ox, int oy,
                                   int oz);
@@ -80,12 +83,17 @@ ORVA_EXPORT image<float> gaussian(const Image& img, float sx, float sy, float sz
 /// skipped, and no kernel is made for it. A ratio of 0 is an infinite sigma along the frames: in a
 /// stack all pixels become 0.
 /// @{
+
+/// In grey levels.
 ORVA_EXPORT image<float> smooth(const Image& img, float sigma, float ratio);
 ORVA_EXPORT image<float> smooth(const Image& img, float sx, float sy, float sz);
 /// @}
 
 /// @name Derivatives with one sigma on all axes
+/// gaussian() of the orders that the name tells: dXXY is of order 2 along x, 1 along y.
 /// @{
+
+/// The derivative along the axes of its name.
 ORVA_EXPORT image<float> dX(const Image& img, float sigma);
 ORVA_EXPORT image<float> dY(const Image& img, float sigma);
 ORVA_EXPORT image<float> dZ(const Image& img, float sigma);
@@ -104,6 +112,8 @@ ORVA_EXPORT image<float> dYZ(const Image& img, float sigma);
 /// @p s1 belongs to the first axis of the name, @p s2 to the second. The axis that is not
 /// differentiated is smoothed with sigma 1; this is intended.
 /// @{
+
+/// The derivative along the axes of its name.
 ORVA_EXPORT image<float> dXY(const Image& img, float s1, float s2);
 ORVA_EXPORT image<float> dXZ(const Image& img, float s1, float s2);
 ORVA_EXPORT image<float> dYZ(const Image& img, float s1, float s2);

@@ -23,8 +23,10 @@ extern "C" {
 /// @param pixels @p height times @p width grey values, row by row; the lowest 8 bits of each count
 /// @param height number of rows
 /// @param width number of columns
-/// @param unused1 not used, as are @p unused2 and @p unused3
+/// @param unused1 not used
 /// @param maxRadius farthest distance of a vote in pixels
+/// @param unused2 not used
+/// @param unused3 not used
 /// @param threshold votes above it make a centre; they count in grey levels a pixel
 /// @param scale sigma of the gradient in pixels
 /// @return a new array of three values for each centre, in the order of CircularVoting::centers():

@@ -27,6 +27,7 @@
 #include "orva/image/points.h"
 #include "orva/util/export.h"
 
+/// Iterative circular voting: cones, points and the engine.
 namespace orva::voting {
 
 /// One cell of a cone, relative to the voting point at its apex.
@@ -39,7 +40,9 @@ struct ORVA_EXPORT WPoint2D {
   int offset = 0;       ///< linear offset in the accumulator, y * nx + x
   float weight = 0.0F;  ///< weight of the plain vote
 
+  /// The apex, of weight 0.
   WPoint2D() = default;
+  /// A cell of the given offsets and weight.
   WPoint2D(int cellX, int cellY, int cellOffset, float cellWeight)
       : x(cellX), y(cellY), offset(cellOffset), weight(cellWeight) {}
 
@@ -60,8 +63,9 @@ struct VPoint2D {
 
 /// The cells of a cone at one rounded distance from the apex.
 struct ORVA_EXPORT ConePlane2D {
-  std::vector<WPoint2D> points;
+  std::vector<WPoint2D> points;  ///< in the order of their votes
 
+  /// No cells.
   ConePlane2D() = default;
   /// @p n copies of @p p; none for a negative @p n.
   ConePlane2D(int n, const WPoint2D& p);
@@ -119,7 +123,9 @@ class ORVA_EXPORT CircularVoting {
 
   CircularVoting();
   virtual ~CircularVoting();
+  /// Shares the pixels of its images with the copy, until either computes again.
   CircularVoting(const CircularVoting&) = default;
+  /// @copydoc CircularVoting(const CircularVoting&)
   CircularVoting& operator=(const CircularVoting&) = default;
 
   /// Sets everything that compute() needs; call it first.
@@ -197,32 +203,32 @@ class ORVA_EXPORT CircularVoting {
   /// @}
 
  protected:
-  std::vector<Point> centers_;
-  std::vector<float> centerWeights_;
-  image<float> acc_;
-  image<float> prevAcc_;
-  image<float> votingImage_;
-  std::vector<VPoint2D> points_;
-  std::vector<Cone2D> cones_;
-  float angleStep_;
-  int angleBins_ = 256;
-  int nx_ = 0;
-  int ny_ = 0;
-  int npix_ = 0;
-  int margin_ = 0;
-  float gradThreshold = 1.0F;
-  int minRadius = 1;
-  int maxRadius = 20;
-  int coneWidth = 10;
-  RegionType regionType = Both;
-  float centerThreshold = 0.0F;
-  float sigma = 0.0F;
-  WeightingMethod weighting = Power;
-  float weightParam = 0.0F;
-  bool useEdges = false;
-  std::string prefix_;
-  bool saveHistory_ = false;
-  bool absoluteValues = true;
+  std::vector<Point> centers_;        ///< of all images computed, as centers() gives them
+  std::vector<float> centerWeights_;  ///< of the last image
+  image<float> acc_;                  ///< the votes of this pass, the margin included
+  image<float> prevAcc_;              ///< the votes of the pass before
+  image<float> votingImage_;          ///< as votingImage() gives it
+  std::vector<VPoint2D> points_;      ///< the voting pixels
+  std::vector<Cone2D> cones_;         ///< one an angle bin
+  float angleStep_;                   ///< radians from one angle bin to the next
+  int angleBins_ = 256;               ///< directions of a full turn
+  int nx_ = 0;                        ///< working width; within compute() with both margins
+  int ny_ = 0;                        ///< working height
+  int npix_ = 0;                      ///< nx_ * ny_
+  int margin_ = 0;                    ///< columns and rows around the image that cones may reach
+  float gradThreshold = 1.0F;         ///< weaker gradients cast no vote
+  int minRadius = 1;                  ///< nearest vote in pixels
+  int maxRadius = 20;                 ///< farthest vote in pixels
+  int coneWidth = 10;                 ///< half-width of the widest cone at maxRadius
+  RegionType regionType = Both;       ///< which objects are looked for
+  float centerThreshold = 0.0F;       ///< votes above it make a centre
+  float sigma = 0.0F;                 ///< scale of the gradient in pixels
+  WeightingMethod weighting = Power;  ///< how a magnitude becomes a weight
+  float weightParam = 0.0F;           ///< exponent of Power
+  bool useEdges = false;              ///< whether votes come from edges only
+  std::string prefix_;                ///< begins the names of the history files
+  bool saveHistory_ = false;          ///< whether they are written
+  bool absoluteValues = true;         ///< thresholds in grey levels and votes, not as shares
 
  private:
   void setSize(int nx, int ny);
