@@ -228,7 +228,7 @@ class ORVA_EXPORT CircularVoting {
   bool useEdges = false;              ///< whether votes come from edges only
   std::string prefix_;                ///< begins the names of the history files
   bool saveHistory_ = false;          ///< whether they are written
-  bool absoluteValues = true;         ///< thresholds in grey levels and votes, not as shares
+  bool absoluteValues = true;         ///< centre threshold in votes, magnitudes as they are
 
  private:
   void setSize(int nx, int ny);
