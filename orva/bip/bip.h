@@ -99,7 +99,7 @@ ORVA_EXPORT bool isBinaryImage(const Image& img);
 ORVA_EXPORT void reverse(image<unsigned char>& img);
 
 /// @name Region measurements
-/// One record a label, 0 .. n - 1; a label without pixels keeps a record of zeros. Without @p n it
+/// One record a label, 0 to n - 1; a label without pixels keeps a record of zeros. Without @p n it
 /// is regionNumber(labels), and a negative one counts as 0. Pixels of other labels are skipped.
 /// Brightness is read as floats and summed in linear order, in single precision. A null brightness
 /// image leaves mean and variance 0; so does one of another size (Image::equalSize), after these
@@ -126,7 +126,7 @@ ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels
 /// last. Nothing when the images differ in size or have no pixels.
 /// @{
 
-/// A list a label, 0 .. n - 1; without @p n that is regionNumber(labels).
+/// A list a label, 0 to n - 1; without @p n that is regionNumber(labels).
 ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
                                                                   const Image& brightness,
                                                                   bool sorted);
@@ -135,7 +135,7 @@ ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<sh
                                                                   bool sorted);
 /// @}
 
-/// 256 counts, one a byte value; values outside @p low .. @p high are not counted. All are 0 for a
+/// 256 counts, one a byte value; values outside @p low to @p high are not counted. All are 0 for a
 /// null image.
 ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low, int high);
 

@@ -54,7 +54,7 @@ ORVA_EXPORT std::vector<float> dog(int order, float sigma);
 /// The polynomial with coefficients @p c, lowest power first, at @p x, in single precision.
 ORVA_EXPORT float polyval(const std::vector<float>& c, float x);
 
-/// The taps -radius .. radius of the Gaussian of scale @p sigma, differentiated @p order times, in
+/// The taps -radius to radius of the Gaussian of scale @p sigma, differentiated @p order times, in
 /// an array that the caller releases with delete[]. The radius is 4 sigma rounded down, or 2 when
 /// that is below 3 or no number that fits. The taps are not normalised. A tap count past 32 bits
 /// counts as memory that has run out.

@@ -188,7 +188,7 @@ class ORVA_EXPORT CircularVoting {
   /// Turns @p p towards the mean of its cone's cells, weighted by their votes and divided by their
   /// number, not by the sum of the votes; this is intended. No pass uses it.
   void getMeanDirection(VPoint2D& p);
-  /// Rebuilds the cones, one an angle bin, for the distances @p nearest .. @p farthest and the
+  /// Rebuilds the cones, one an angle bin, for the distances @p nearest to @p farthest and the
   /// half-width @p width at the farthest. Cells that land on the same pixel stay apart, which is
   /// intended. Distances are held in -32767 .. 32767. A farthest distance below the nearest leaves
   /// no cells, and a negative width only the axis.

@@ -65,12 +65,13 @@ def _settings(
 
 def _voted(
     vote: Callable[[npt.NDArray[Any], _orva.VoteSettings], Result],
+    *,
     image: Image,
     frame: int,
-    settings: _orva.VoteSettings,
+    **settings: Any,
 ) -> Result:
     try:
-        return vote(_plane(image, frame), settings)
+        return vote(_plane(image, frame), _settings(**settings))
     except _orva.FileError as error:
         raise ValueError(f"image {error}") from None
 
@@ -143,24 +144,7 @@ def find_centers(
     regions of votes the further ones are left out, with a warning on standard error. An image with
     an infinite pixel has no centres, unless gradient and threshold are given.
     """
-    return _voted(
-        _orva.find_centers,
-        image,
-        frame,
-        _settings(
-            max_radius=max_radius,
-            min_radius=min_radius,
-            cone_width=cone_width,
-            sigma=sigma,
-            gradient=gradient,
-            relative_gradient=relative_gradient,
-            threshold=threshold,
-            relative_threshold=relative_threshold,
-            polarity=polarity,
-            edges=edges,
-            power=power,
-        ),
-    )
+    return _voted(_orva.find_centers, **locals())
 
 
 def vote_field(
@@ -189,24 +173,7 @@ def vote_field(
     float32 array (y, x): the votes at every pixel of the plane. The centres are the centroids of
     its regions above the threshold, their weights the mean vote of a region.
     """
-    return _voted(
-        _orva.vote_field,
-        image,
-        frame,
-        _settings(
-            max_radius=max_radius,
-            min_radius=min_radius,
-            cone_width=cone_width,
-            sigma=sigma,
-            gradient=gradient,
-            relative_gradient=relative_gradient,
-            threshold=threshold,
-            relative_threshold=relative_threshold,
-            polarity=polarity,
-            edges=edges,
-            power=power,
-        ),
-    )
+    return _voted(_orva.vote_field, **locals())
 
 
 def complete(settings: Mapping[str, Any]) -> Dict[str, Any]:

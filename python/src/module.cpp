@@ -8,7 +8,8 @@ namespace {
 
 // A message may name files by bytes that are no UTF-8.
 void setError(PyObject* type, const char* message) {
-  const auto text = pybind11::reinterpret_steal<pybind11::object>(PyUnicode_DecodeFSDefault(message));
+  const auto text =
+      pybind11::reinterpret_steal<pybind11::object>(PyUnicode_DecodeFSDefault(message));
   if (text) PyErr_SetObject(type, text.ptr());
 }
 

@@ -155,3 +155,28 @@ def test_relative_links_lead_to_files(document):
     # Doxygen makes no link of a text that goes over a line break.
     prose = BLOCK.sub("", text_of(document))
     assert re.findall(r"\[[^][\n]*\n[^][]*\]\(", prose) == []
+
+
+# Who runs the blocks of code of each document, and how many there are of each language.
+TESTED = {
+    "CONTRIBUTING.md": ("test_install.py", {"sh": 1}),
+    "README.md": ("test_install.py", {"sh": 5, "cpp": 1, "cmake": 1, "javascript": 1, "python": 1}),
+    "docs/batch.md": ("test_workflows.py", {"sh": 2, "python": 1, "snakemake": 1}),
+    "docs/command.md": ("test_guides.py", {"sh": 7}),
+    "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
+    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 1, "java": 1}),
+    "docs/tutorial.md": ("test_tutorial.py", {"python": 8}),
+    "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1}),
+}
+
+
+@pytest.mark.parametrize("document", sorted(DOCUMENTS))
+def test_every_block_of_code_has_a_test(document):
+    languages = [language for language, _ in BLOCK.findall(text_of(document)) if language != "text"]
+    counts = {language: languages.count(language) for language in languages}
+    test, tested = TESTED.get(document, ("", {}))
+    assert counts == tested
+    if test:
+        assert pathlib.Path(document).name in (ROOT / "python" / "tests" / test).read_text("utf-8")
+    # A block without a language would be missed.
+    assert text_of(document).count("\n```") == 2 * len(BLOCK.findall(text_of(document)))

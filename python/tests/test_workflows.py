@@ -1,12 +1,15 @@
-"""The scripts of docs/batch.md."""
+"""The code of docs/batch.md."""
 
 import os
 import pathlib
 import re
 import shutil
 import subprocess
+import sys
 
 import pytest
+
+import orva
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SAMPLES = sorted((ROOT / "data" / "images").glob("*.pgm"))
@@ -59,3 +62,58 @@ def test_the_snakemake_rule_writes_each_table_once(place, command):
     assert results(place) == expected(command)
     again = subprocess.run(line, check=True, capture_output=True, text=True, timeout=120)
     assert "Nothing to be done" in again.stderr + again.stdout
+
+
+def batch_tables(place):
+    tables = results(place)
+    return {name: tables[name] for name in (s.stem for s in SAMPLES)}
+
+
+@pytest.fixture
+def plate_of_tiffs(place):
+    for sample in SAMPLES:
+        orva.write(place / "plate" / f"{sample.stem}.tif", orva.read(sample))
+    (place / "bin" / "python").symlink_to(sys.executable)
+    return place
+
+
+def test_the_batch(plate_of_tiffs, command):
+    subprocess.run(["bash", "-e", "-c", block("sh", "orva.batch")], check=True, timeout=300)
+    assert batch_tables(plate_of_tiffs) == expected(command)
+
+
+# A queue of one job at a time, on this machine.
+QUEUE = """
+from distributed import LocalCluster
+
+class SLURMCluster(LocalCluster):
+    def __init__(self, *, cores, processes, memory, walltime):
+        assert walltime.count(":") == 2
+        super().__init__(
+            n_workers=0, threads_per_worker=cores // processes, memory_limit=memory, dashboard_address=None
+        )
+
+    def scale(self, *, jobs):
+        super().scale(min(jobs, 1))
+"""
+
+
+def test_the_cluster_of_a_queue(plate_of_tiffs, command, monkeypatch):
+    (plate_of_tiffs / "modules").mkdir()
+    (plate_of_tiffs / "modules" / "dask_jobqueue.py").write_text(QUEUE, encoding="utf-8")
+    paths = f"{plate_of_tiffs / 'modules'}:{os.environ['PYTHONPATH']}"
+    line = [sys.executable, "-u", "-c", block("python", "SLURMCluster")]
+    with subprocess.Popen(
+        line,
+        env={**os.environ, "PYTHONPATH": paths},
+        stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE,
+        text=True,
+    ) as running:
+        address = running.stdout.readline().strip()
+        assert address.startswith("tcp://127.0.0.1:")
+        call = block("sh", "orva.batch").replace("--workers 4", f"--scheduler {address}")
+        subprocess.run(["bash", "-e", "-c", call], check=True, timeout=300)
+        running.communicate("\n", timeout=120)
+    assert running.returncode == 0
+    assert batch_tables(plate_of_tiffs) == expected(command)
