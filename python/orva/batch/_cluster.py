@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import contextlib
 import sys
+from concurrent.futures import CancelledError
 from typing import Any, Dict, Iterator, List, Optional, TextIO
 
 from distributed import Client, KilledWorker, LocalCluster, as_completed
@@ -95,12 +96,13 @@ def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result
 
 
 def _result(future: Any, job: Job) -> Result:
-    error = future.exception()  # when it has ended
-    if future.status == "cancelled":
+    try:
+        error = future.exception()  # when it has ended
+        if error is None:
+            result: Result = future.result()
+            return result
+    except (CancelledError, OSError):  # from fetching it
         return Result(job.image, error="the scheduler ended, or the way to it was lost")
-    if error is None:
-        result: Result = future.result()
-        return result
     if isinstance(error, KilledWorker):
         reason = "it ended every worker that took it, for lack of memory or by a signal"
         return Result(job.image, error=reason)
