@@ -2,7 +2,6 @@
 #ifndef ORVA_APPS_VOTE_H
 #define ORVA_APPS_VOTE_H
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>

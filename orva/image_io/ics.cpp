@@ -6,7 +6,6 @@
 
 #include "orva/image_io/image_io.h"
 #include "orva/util/fnp.h"
-#include "orva/util/global.h"
 
 namespace orva::image_io {
 namespace {

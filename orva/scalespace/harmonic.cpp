@@ -2,7 +2,6 @@
 #include <cstddef>
 #include <memory>
 
-#include "orva/image/pixel_traits.h"
 #include "orva/scalespace/line_memory.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"

@@ -1,10 +1,8 @@
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <iostream>
-#include <limits>
 
-#include "orva/image/pixel_traits.h"
+#include "orva/image/truncate.h"
 #include "orva/image/with_memory.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
