@@ -5,7 +5,8 @@
 ///
 /// A mask is a byte image with 255 for object and 0 for background. A label image is a short image
 /// in which the pixels of region k carry k = 0, 1, 2, ... and the background -1. Null inputs give
-/// empty results; an empty image has width 0 and every other size 1.
+/// empty results; an empty image has width 0 and every other size 1. Where no cost is stated, it is
+/// one or a few walks over the image.
 ///
 /// @code
 /// #include "orva/bip/bip.h"
@@ -228,9 +229,9 @@ ORVA_EXPORT image<short> convexHull(const image<unsigned char>& mask, int precis
 ORVA_EXPORT image<unsigned char> threshold(const Image& img, float t);
 
 /// The midpoint between the mean brightness inside and outside the bright blobs of @p img, its
-/// LAPLACIAN_NEGATIVE mask at @p scale (scalespace::features). The mean of no pixels is 0. Sums are
-/// in single precision, and a NaN makes the result one. For a null image 0, after three lines on
-/// standard error, the first with a blank at its end:
+/// LAPLACIAN_NEGATIVE mask at @p scale (scalespace::features), in pixels. The mean of no pixels is
+/// 0. Sums are in single precision, and a NaN makes the result one. Cost: mostly that of the mask.
+/// For a null image 0, after three lines on standard error, the first with a blank at its end:
 /// @verbatim
 /// Warning:
 /// In bip::computeThreshold, input image is empty!

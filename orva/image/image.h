@@ -343,14 +343,16 @@ class ORVA_EXPORT Roi {
 /// image whose brightest and darkest pixel differ by less than 0.0001 becomes black, whatever its
 /// value; this is intended. Values within 0..255 are truncated to bytes, unless @p scale asks to
 /// stretch; all others, and with @p scale these too, are stretched so that the darkest pixel gives
-/// 0 and the brightest 255. Null for a null image or an unknown format.
+/// 0 and the brightest 255. A NaN gives 0, and the range then depends on its place. Null for a null
+/// image or an unknown format.
 ORVA_EXPORT image<unsigned char> toByteImage(const Image& img, bool scale);
 
 /// @p img in colour, with its five sizes.
 ///
-/// Grey images are stretched to 0..255 in all three components. Colour bytes are copied; with alpha
-/// they are laid over white. Wider colour is scaled so that its luminance is stretched to 0..255 (a
-/// pixel of luminance 0 has no defined colour). Null for a null image or an unknown format.
+/// Grey images are stretched to 0..255 in all three components, as by toByteImage(). Colour bytes
+/// are copied; with alpha they are laid over white. Wider colour is scaled so that its luminance is
+/// stretched to 0..255 (a pixel of luminance 0 has no defined colour). Null for a null image or an
+/// unknown format.
 ORVA_EXPORT image<GenericRgb<unsigned char>> toRgbImage(const Image& img);
 
 /// @p img as floats, with its five sizes; colour as luminance. Null for a null image, for RGBA and

@@ -234,7 +234,7 @@ ORVA_EXPORT void writeImage(const std::string& filename, const Image& img);
 
 /// @name Numbers in a buffer
 /// From the bytes at @p offset on, the least significant first when @p byteOrder is 1, otherwise
-/// the most significant first.
+/// the most significant first. Nothing is checked: the buffer must hold the bytes.
 /// @{
 
 /// The first two bytes in the first order, but the third and the fourth in the other: the short at
@@ -249,8 +249,9 @@ ORVA_EXPORT void extractLongDataFromBuffer(const unsigned char* buffer, int byte
 /// The number of planes of a TIFF stack: the count of the last entry with tag 33629, its low 16
 /// bits with a sign; -1 when there is none. Writes to standard output "lsb1" for a file with the
 /// least significant byte first or "lsb0" for others, then the numbers of the directories from 0,
-/// a line each. A file that can not be opened or ends early, and a directory met again, end the
-/// search with what was found so far.
+/// a line each. A file that can not be opened or ends early, a directory met again, and more
+/// entries than a file of its length has room for (and a million) end the search with what was
+/// found so far. Cost: the entries read.
 ORVA_EXPORT int returnStackCount(const std::string& filename);
 
 /// @name Byte order, in place

@@ -43,11 +43,11 @@ ORVA_EXPORT unsigned char direction(float y, float x);
 template <class T>
 T mean(const std::vector<T>& values);
 
-/// The smallest element; 0 for an empty array.
+/// The smallest element; 0 for an empty array. With a NaN the result depends on its place.
 template <class T>
 T minimum(const std::vector<T>& values);
 
-/// The largest element; 0 for an empty array.
+/// The largest element; 0 for an empty array. With a NaN the result depends on its place.
 template <class T>
 T maximum(const std::vector<T>& values);
 

@@ -127,7 +127,8 @@ ORVA_EXPORT image<float> dXYZ(const Image& img, float sx, float sy, float sz);
 /// @}
 
 /// The magnitude of the gradient, in grey levels a pixel. In a stack the derivative along the
-/// frames takes part; it uses sigma / @p ratio on all three axes, and sigma for a ratio of 0.
+/// frames takes part; it uses sigma / @p ratio on all three axes, and sigma for a ratio of 0. The
+/// border is that of gaussian().
 ORVA_EXPORT image<float> gradient(const Image& img, float sigma, float ratio);
 
 /// @name Pixel by pixel from derivative images
@@ -147,23 +148,24 @@ ORVA_EXPORT image<short> angle(const Image& a, const Image& b);
 ORVA_EXPORT image<float> angleInRadian(const Image& a, const Image& b);
 /// @}
 
-/// The sum of the second derivatives along x, y and, in a stack, the frames.
+/// The sum of the second derivatives along x, y and, in a stack, the frames, as gaussian() makes
+/// them.
 ORVA_EXPORT image<float> laplacian(const Image& img, float sigma);
 
 /// 255 where the property @p type holds at scale @p sigma, 0 elsewhere.
 ///
 /// Types 1 and 2 use Gaussian second derivatives and decide every pixel. The others use central
 /// differences of the smoothed image and leave the border 0. That they differ is intended. All
-/// comparisons are strict, so a NaN
-/// marks nothing. In a stack of two or more frames the tests have their terms along the frames, the
-/// frames are smoothed with sigma / @p ratio (a ratio of 0 counts as 1), and the mask has the
-/// frames as planes; of a single plane the ratio is not used.
+/// comparisons are strict, so a NaN marks nothing. In a stack of two or more frames the tests have
+/// their terms along the frames, the frames are smoothed with sigma / @p ratio (a ratio of 0 counts
+/// as 1), and the mask has the frames as planes; of a single plane the ratio is not used.
 ORVA_EXPORT image<unsigned char> features(const Image& img, float sigma, FeatureType type,
                                           float ratio);
 
 /// The first frame of @p img with its peaks (@p bright) or pits at scale @p sigma flattened: the
 /// pixels of HESSIAN_MAXIMUM or HESSIAN_MINIMUM are relaxed by laplaceEquation(), @p iterations
-/// times. An image without pixels gives a black one of its width and height.
+/// times, never for a count of 0 or less. An image without pixels gives a black one of its width
+/// and height. Cost: for each iteration, that of features() and of laplaceEquation().
 ORVA_EXPORT image<float> harmonicCut(const Image& img, float sigma, bool bright, int iterations);
 
 /// The LAPLACIAN_NEGATIVE mask at @p sigma2 of the image after ten peak flattenings at @p sigma1.

@@ -130,9 +130,10 @@ class ORVA_EXPORT CircularVoting {
 
   /// Sets everything that compute() needs; call it first.
   /// @param type which objects are looked for
-  /// @param nearest nearest distance of a vote, minRadius, in pixels; at least 1
-  /// @param farthest farthest distance of a vote, maxRadius; at least minRadius
-  /// @param width half-width of the widest cone at maxRadius, coneWidth; at least 0
+  /// @param nearest nearest distance of a vote, minRadius, in pixels; values below 1 count as 1
+  /// @param farthest farthest distance of a vote, maxRadius, in pixels; raised to minRadius
+  /// @param width half-width of the widest cone at maxRadius, coneWidth, in pixels; a negative one
+  ///        counts as 0
   /// @param gradient gradient magnitudes below it cast no vote, in grey levels a pixel
   /// @param threshold votes above it make a centre: a number of votes when @p absolute, else a
   ///        share of the strongest vote, held in 0.05 .. 1 (a NaN becomes 1)
@@ -154,6 +155,10 @@ class ORVA_EXPORT CircularVoting {
 
   /// Finds the centres in plane 0 of @p img. (Filters run along the frames of a stack, too.)
   ///
+  /// The border sample is repeated outside the image for the gradient, and votes that fall outside
+  /// are lost. Of more than 32768 regions of votes the first become centres, after the message of
+  /// bip::regions().
+  ///
   /// Centres are appended to those of earlier calls, while weights are those of the last call only;
   /// this is intended. An image without pixels has no centres. Nor has one whose side, with the
   /// margin for the cones, exceeds 32767 pixels; it is reported on standard error by "In
@@ -161,9 +166,10 @@ class ORVA_EXPORT CircularVoting {
   /// votingImage() is black, or null where width times height does not fit 32 bits. When memory
   /// runs out, "Error: out of memory" goes to standard error and the process ends with status 1.
   /// Cost: for each pass, the voting points times the cells of a cone; the gradient, the pixels
-  /// times the sigma. The cones take memory by the product of farthest distance and width, and two
-  /// accumulators hold the image with its margin: for a farthest distance of 12000 some 5
-  /// gigabytes, however small the image is.
+  /// times the sigma. The cones take memory by the product of farthest distance and width: with a
+  /// width of half of it, 1.2 gigabytes for a distance of 1000, and twice that for Both. Two
+  /// accumulators hold the image with its margin: for a distance of 12000 some 5 gigabytes, however
+  /// small the image is.
   void compute(const Image& img);
 
   /// After compute(): the mean vote of its region at every centre, 0 elsewhere. Shares its pixels.
