@@ -1,6 +1,7 @@
 # Debian packages: `cpack -G DEB` makes them from any build, whatever its prefix is. They put the
 # libraries into Debian's folder for one architecture below /usr.
-if(NOT CMAKE_LIBRARY_ARCHITECTURE)
+find_program(GZIP gzip)
+if(NOT CMAKE_LIBRARY_ARCHITECTURE OR NOT GZIP)
   return()
 endif()
 
@@ -9,7 +10,7 @@ orva_install_library(lib/${CMAKE_LIBRARY_ARCHITECTURE} debian_library debian_dev
 
 set(CPACK_PACKAGE_NAME orva)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "the orva developers <noreply@orva.invalid>")
+set(CPACK_PACKAGE_CONTACT "the orva developers <bugs@orva.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -35,7 +36,6 @@ file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/changelog CONTENT
 
  -- ${CPACK_PACKAGE_CONTACT}  ${date}
 ")
-find_program(GZIP gzip REQUIRED)
 set(changes ${PROJECT_BINARY_DIR}/debian/changelog.gz ${PROJECT_BINARY_DIR}/debian/NEWS.gz)
 add_custom_command(OUTPUT ${changes}
   COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/CHANGELOG.md NEWS

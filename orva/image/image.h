@@ -126,8 +126,8 @@ class ORVA_EXPORT Image {
   /// All channels of time point @p t; null when there is none.
   virtual Image* timepoint(int t) const = 0;
   /// Resampled to the given sizes without interpolation: each new pixel is the one at the
-  /// proportional position, rounded down. A negative size stands for nx(), ny() or nframes(). All
-  /// frames become z planes. A null image gives black pixels.
+  /// proportional position, rounded down. A negative size stands for nx(), ny() or nframes(), 0
+  /// gives an image without pixels. All frames become z planes. A null image gives black pixels.
   virtual Image* scale(int sx, int sy, int sz) const = 0;
 
   virtual ~Image() = default;

@@ -160,7 +160,7 @@ class ORVA_EXPORT MultiChannelIcsInfo {
 /// @endverbatim
 /// @{
 
-/// The header and the pixels of @p img.
+/// The header and the pixels of @p img; of a null image the header, and an empty pixel file.
 ORVA_EXPORT void writeICS(const std::string& filename, const Image& img);
 ORVA_EXPORT void writeICS(const IcsInfo& info, const Image& img);
 ORVA_EXPORT void writeICS(const MultiChannelIcsInfo& info, const Image& img);
@@ -183,7 +183,8 @@ ORVA_EXPORT image<unsigned char>* readPGM(const std::string& filename);
 ///
 /// Other images are refused with "image_io::writePPM -> img must be a grayscale or color image". A
 /// file that cannot be opened is reported by "Can not open file: " and one that cannot be written
-/// whole by "Can not write file: ", each with the name, on standard error.
+/// whole by "Can not write file: ", each with the name, on standard error. One frame without pixels
+/// is a header alone.
 ORVA_EXPORT void writePPM(const std::string& filename, const image<unsigned char>& img);
 
 /// @name UIF and IHT
@@ -200,7 +201,8 @@ ORVA_EXPORT void writePPM(const std::string& filename, const image<unsigned char
 /// In image_io::readUIF
 /// Error: invalid image size in NAME
 /// @endverbatim
-/// A file that can not be written whole is reported on standard error (so for writeIHT):
+/// A null image is written as a header alone. A file that can not be written whole is reported on
+/// standard error (so for writeIHT):
 /// @verbatim
 /// In image_io::writeUIF
 /// Error in writing NAME

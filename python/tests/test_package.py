@@ -123,7 +123,7 @@ def test_the_example_of_the_readme_runs(sample, tmp_path, monkeypatch, capsys):
     example = re.search(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.DOTALL)[1]
     names = {}
     exec(example, names)
-    centers = orva.find_centers(orva.read(sample))
+    centers = orva.find_centers(orva.read(sample), max_radius=36)
     printed = [tuple(map(float, line.split())) for line in capsys.readouterr().out.splitlines()]
     np.testing.assert_allclose(printed, [tuple(row) for row in centers.tolist()], rtol=1e-6)
     assert len(names["table"]["mean"]) == names["n"] > 0
