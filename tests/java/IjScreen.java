@@ -69,7 +69,7 @@ final class IjScreen {
   static GenericDialog openDialog() {
     for (Window window : Window.getWindows()) {
       if (window instanceof GenericDialog dialog && dialog.isShowing()
-          && dialog.getTitle().equals("Circular Voting") && dialog.getButtons()[0] != null)
+          && "Circular Voting".equals(dialog.getTitle()) && dialog.getButtons()[0] != null)
         return dialog;
     }
     return null;
