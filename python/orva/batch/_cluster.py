@@ -7,7 +7,7 @@ import sys
 from concurrent.futures import CancelledError
 from typing import Any, Dict, Iterator, List, Optional, TextIO
 
-from distributed import Client, KilledWorker, LocalCluster, as_completed
+from distributed import Client, LocalCluster, as_completed
 
 from ._jobs import Job, Result, run
 
@@ -59,7 +59,7 @@ def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
         with remote as c:
             yield c
         return
-    # The voting uses one processor, and a lack of memory in it ends its process.
+    # The voting uses one processor.
     local: Any = LocalCluster(  # type: ignore[no-untyped-call]
         n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=None
     )
@@ -70,8 +70,7 @@ def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
 def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result]:
     """Runs one task a job and returns the results in the order of the jobs.
 
-    A task whose worker dies goes to another one. One that outlives none of several workers, even
-    with no other beside it, has failed: an image that takes more memory than there is.
+    A task whose worker dies goes to another one.
     """
     futures: List[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
     jobs_of: Dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
@@ -79,17 +78,8 @@ def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result
     if not c.scheduler_info()["workers"]:  # type: ignore[no-untyped-call]
         out.write("the scheduler has no workers yet; waiting for them\n")
     progress = _Progress(len(jobs), out)
-    killed: List[Any] = []
     for future in as_completed(futures):  # type: ignore[no-untyped-call]
-        if future.status == "error" and isinstance(future.exception(), KilledWorker):
-            killed.append(future)
-            continue
         results[future.key] = _result(future, jobs_of[future.key])
-        progress.add(results[future.key])
-    # A worker takes the tasks that wait for it along.
-    for future in killed:
-        job = jobs_of[future.key]
-        results[future.key] = _result(c.submit(run, job, pure=False), job)  # type: ignore[no-untyped-call]
         progress.add(results[future.key])
     progress.end()
     return [results[f.key] for f in futures]
@@ -103,7 +93,4 @@ def _result(future: Any, job: Job) -> Result:
             return result
     except (CancelledError, OSError):  # from fetching it
         return Result(job.image, error="the scheduler ended, or the way to it was lost")
-    if isinstance(error, KilledWorker):
-        reason = "it ended every worker that took it, for lack of memory or by a signal"
-        return Result(job.image, error=reason)
     return Result(job.image, error=f"{type(error).__name__}: {error}")

@@ -8,6 +8,8 @@ import hashlib
 import json
 import os
 import pathlib
+import pickle
+import tempfile
 import time
 import uuid
 from typing import Any, Dict, List, Optional, Tuple, Union
@@ -17,6 +19,8 @@ import numpy as np
 import orva
 
 from ._tiles import MOST_SIDE, find_centers_in_tiles
+
+_NO_ANSWER = 70  # a status that the library does not end with
 
 Center = Tuple[int, int, float]
 
@@ -121,8 +125,30 @@ def read_centers(path: str) -> List[Center]:
 def run(job: Job) -> Result:
     """Finds the centres of an image and writes its table, unless that has been done before.
 
-    All that is wrong with the image is in the result; nothing is raised.
+    All that is wrong with the image is in the result; nothing is raised. The work is done in a child
+    process, as the library ends its process when memory runs out.
     """
+    with tempfile.TemporaryFile() as said, tempfile.TemporaryFile() as answer:
+        child = os.fork()
+        if child == 0:
+            try:
+                os.dup2(said.fileno(), 2)
+                answer.write(pickle.dumps(_run(job)))
+                answer.flush()
+                os._exit(0)
+            finally:  # whatever was raised: a child must not go on as its parent
+                os._exit(_NO_ANSWER)
+        _, status = os.waitpid(child, 0)
+        if status == 0:
+            answer.seek(0)
+            result: Result = pickle.load(answer)
+            return result
+        said.seek(0)
+        text = said.read().decode(errors="replace").strip() or "no word of why"
+        return Result(job.image, error=f"its process ended early: {text}")
+
+
+def _run(job: Job) -> Result:
     start = time.perf_counter()
     try:
         origin = _origin(job)
