@@ -135,6 +135,24 @@ def test_what_has_changed_is_done_again(images, tmp_path, change):
     assert _jobs.run(job).skipped
 
 
+def test_what_the_process_of_an_image_says_is_passed_on(images, tmp_path, monkeypatch, capfd):
+    def warn(job):
+        os.write(2, b"a warning\n")
+        return _jobs.Result(job.image, centers=3)
+
+    monkeypatch.setattr(_jobs, "_run", warn)
+    assert _jobs.run(job_of(images[0], tmp_path)).centers == 3
+    assert capfd.readouterr().err == "a warning\n"
+
+
+def test_an_error_that_nobody_foresaw_is_told(images, tmp_path, monkeypatch):
+    def fail(job):
+        raise RuntimeError("odd")
+
+    monkeypatch.setattr(_jobs, "_run", fail)
+    assert _jobs.run(job_of(images[0], tmp_path)).error == "its process ended early: RuntimeError: odd"
+
+
 @pytest.mark.parametrize("suffix", [".csv", ".json"])
 def test_files_of_others_are_not_replaced(images, tmp_path, suffix):
     job = job_of(images[0], tmp_path, max_radius=9)

@@ -136,15 +136,19 @@ def run(job: Job) -> Result:
                 answer.write(pickle.dumps(_run(job)))
                 answer.flush()
                 os._exit(0)
+            except BaseException as error:
+                os.write(2, f"{type(error).__name__}: {error}".encode("utf-8", "backslashreplace"))
             finally:  # whatever was raised: a child must not go on as its parent
                 os._exit(_NO_ANSWER)
         _, status = os.waitpid(child, 0)
+        said.seek(0)
+        words = said.read()
         if status == 0:
+            os.write(2, words)
             answer.seek(0)
             result: Result = pickle.load(answer)
             return result
-        said.seek(0)
-        text = said.read().decode(errors="replace").strip() or "no word of why"
+        text = words.decode(errors="replace").strip() or "no word of why"
         return Result(job.image, error=f"its process ended early: {text}")
 
 
