@@ -11,11 +11,11 @@
 #include <iostream>
 #include <optional>
 
-#include "apps/file_error.h"
 #include "apps/subcommand.h"
-#include "apps/temporary.h"
+#include "formats/file_error.h"
+#include "formats/temporary.h"
 
-namespace orva_app {
+namespace orva::apps {
 namespace {
 
 // The first character of the child's answer.
@@ -90,4 +90,4 @@ std::string inChildProcess(const std::function<std::string()>& work) {
                                       : unfinished);
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

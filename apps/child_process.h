@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace orva_app {
+namespace orva::apps {
 
 // Calls work() in a copy of this process and returns its text, which must be short (32 KB). Throws
 // FileError with the words of what work() threw, or when the copy has ended without a text: the
@@ -13,6 +13,6 @@ namespace orva_app {
 // no copy can be made, work() runs here.
 std::string inChildProcess(const std::function<std::string()>& work);
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

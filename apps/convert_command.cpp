@@ -1,9 +1,9 @@
 #include "apps/convert_command.h"
 
-#include "apps/image_file.h"
-#include "apps/image_writer.h"
+#include "formats/image_file.h"
+#include "formats/image_writer.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 ConvertCommand::ConvertCommand(CLI::App& app)
     : Subcommand(
@@ -35,4 +35,4 @@ int ConvertCommand::run() const {
   });
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

@@ -7,7 +7,7 @@
 
 #include "apps/subcommand.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 class ConvertCommand : public Subcommand {
  public:
@@ -22,6 +22,6 @@ class ConvertCommand : public Subcommand {
   bool stretch_ = false;
 };
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

@@ -5,12 +5,12 @@
 #include <string_view>
 #include <vector>
 
-#include "apps/file_error.h"
-#include "apps/image_file.h"
-#include "apps/image_writer.h"
+#include "formats/file_error.h"
+#include "formats/image_file.h"
+#include "formats/image_writer.h"
 #include "orva/scalespace/scalespace.h"
 
-namespace orva_app {
+namespace orva::apps {
 namespace {
 
 namespace scalespace = orva::scalespace;
@@ -97,4 +97,4 @@ int FilterCommand::run() const {
   });
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

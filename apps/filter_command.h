@@ -7,7 +7,7 @@
 
 #include "apps/subcommand.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 class FilterCommand : public Subcommand {
  public:
@@ -23,6 +23,6 @@ class FilterCommand : public Subcommand {
   std::optional<int> frame_;
 };
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

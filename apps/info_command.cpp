@@ -8,12 +8,12 @@
 #include <limits>
 #include <memory>
 
-#include "apps/file_error.h"
-#include "apps/image_file.h"
-#include "apps/text.h"
+#include "formats/file_error.h"
+#include "formats/image_file.h"
+#include "formats/text.h"
 #include "orva/image_io/icsparser.h"
 
-namespace orva_app {
+namespace orva::apps {
 namespace {
 
 std::string line(const std::string& name, const std::string& value) {
@@ -167,4 +167,4 @@ int InfoCommand::run() const {
   });
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

@@ -6,7 +6,7 @@
 
 #include "apps/subcommand.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 class InfoCommand : public Subcommand {
  public:
@@ -18,6 +18,6 @@ class InfoCommand : public Subcommand {
   std::string file_;
 };
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

@@ -10,8 +10,8 @@
 #include "apps/filter_command.h"
 #include "apps/info_command.h"
 #include "apps/measure_command.h"
-#include "apps/temporary.h"
 #include "apps/vote_command.h"
+#include "formats/temporary.h"
 
 namespace {
 
@@ -27,12 +27,12 @@ int run(int argc, char** argv) {
       "\n"
       "The exit status is 0, 1 when an image or a file failed, or 2 for a wrong call.");
   app.set_version_flag("--version", "orva " ORVA_VERSION);
-  std::vector<std::unique_ptr<orva_app::Subcommand>> subcommands;
-  subcommands.push_back(std::make_unique<orva_app::VoteCommand>(app));
-  subcommands.push_back(std::make_unique<orva_app::MeasureCommand>(app));
-  subcommands.push_back(std::make_unique<orva_app::FilterCommand>(app));
-  subcommands.push_back(std::make_unique<orva_app::InfoCommand>(app));
-  subcommands.push_back(std::make_unique<orva_app::ConvertCommand>(app));
+  std::vector<std::unique_ptr<orva::apps::Subcommand>> subcommands;
+  subcommands.push_back(std::make_unique<orva::apps::VoteCommand>(app));
+  subcommands.push_back(std::make_unique<orva::apps::MeasureCommand>(app));
+  subcommands.push_back(std::make_unique<orva::apps::FilterCommand>(app));
+  subcommands.push_back(std::make_unique<orva::apps::InfoCommand>(app));
+  subcommands.push_back(std::make_unique<orva::apps::ConvertCommand>(app));
   app.require_subcommand(0, 1);
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return std::string("orva: ") + error.what() + " (--help shows how)\n";
@@ -52,7 +52,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like a full disk
-  orva_app::removeTemporariesAtTheEnd();
+  orva::formats::removeTemporariesAtTheEnd();
   try {
     const int status = run(argc, argv);
     if (status == 0 && !std::cout.flush()) {

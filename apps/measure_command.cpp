@@ -6,15 +6,15 @@
 #include <limits>
 #include <vector>
 
-#include "apps/file_error.h"
-#include "apps/image_file.h"
-#include "apps/image_writer.h"
-#include "apps/output_file.h"
-#include "apps/silence.h"
-#include "apps/text.h"
+#include "formats/file_error.h"
+#include "formats/image_file.h"
+#include "formats/image_writer.h"
+#include "formats/output_file.h"
+#include "formats/silence.h"
+#include "formats/text.h"
 #include "orva/bip/bip.h"
 
-namespace orva_app {
+namespace orva::apps {
 namespace {
 
 using orva::RegionFeature;
@@ -142,4 +142,4 @@ int MeasureCommand::run() const {
   return statusOf(input_, [this] { measure(); });
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

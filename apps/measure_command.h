@@ -8,7 +8,7 @@
 
 #include "apps/subcommand.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 class MeasureCommand : public Subcommand {
  public:
@@ -31,6 +31,6 @@ class MeasureCommand : public Subcommand {
   std::optional<int> frame_;
 };
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

@@ -5,11 +5,11 @@
 #include <new>
 #include <set>
 
-#include "apps/image_writer.h"
-#include "apps/output_file.h"
-#include "apps/text.h"
+#include "formats/image_writer.h"
+#include "formats/output_file.h"
+#include "formats/text.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 namespace fs = std::filesystem;
 
@@ -74,4 +74,4 @@ void requireSeparate(const std::vector<std::string>& inputs, const std::vector<f
   }
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

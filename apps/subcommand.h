@@ -10,7 +10,11 @@
 #include <utility>
 #include <vector>
 
-namespace orva_app {
+namespace orva::formats {}
+
+namespace orva::apps {
+
+using namespace formats;  // every subcommand reads and writes files
 
 class Subcommand {
  public:
@@ -80,6 +84,6 @@ void chooseFrom(CLI::Option* option, const std::vector<std::pair<std::string, Va
 void requireSeparate(const std::vector<std::string>& inputs,
                      const std::vector<std::filesystem::path>& results);
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

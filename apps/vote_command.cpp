@@ -10,13 +10,13 @@
 #include <system_error>
 
 #include "apps/child_process.h"
-#include "apps/file_error.h"
-#include "apps/image_file.h"
-#include "apps/output_file.h"
-#include "apps/overlay.h"
-#include "apps/text.h"
+#include "formats/file_error.h"
+#include "formats/image_file.h"
+#include "formats/output_file.h"
+#include "formats/overlay.h"
+#include "formats/text.h"
 
-namespace orva_app {
+namespace orva::apps {
 namespace {
 
 namespace fs = std::filesystem;
@@ -254,4 +254,4 @@ int VoteCommand::run() const {
   return statusOf(images_.front(), [this] { voteOnOne(); });
 }
 
-}  // namespace orva_app
+}  // namespace orva::apps

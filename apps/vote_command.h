@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "apps/centers_table.h"
 #include "apps/subcommand.h"
-#include "apps/vote.h"
+#include "formats/centers_table.h"
+#include "formats/vote.h"
 
-namespace orva_app {
+namespace orva::apps {
 
 class VoteCommand : public Subcommand {
  public:
@@ -42,6 +42,6 @@ class VoteCommand : public Subcommand {
   bool quiet_ = false;
 };
 
-}  // namespace orva_app
+}  // namespace orva::apps
 
 #endif

@@ -1,9 +1,9 @@
 #include <memory>
 #include <string>
 
-#include "benchmarks/contest.h"
+#include "benchmarks/comparison.h"
 #include "benchmarks/pictures.h"
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 #include "orva/bip/bip.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/reference/distance.h"
@@ -21,22 +21,22 @@ constexpr int kSide = 2048;
 template <class MakeMask>
 void labelling(const std::string& size, MakeMask make) {
   for (const auto type : {orva::NEIGHBORHOOD_4, orva::NEIGHBORHOOD_8}) {
-    contest("regions " + std::to_string(type) + " " + size, make)
+    compare("regions " + std::to_string(type) + " " + size, make)
         .ours([type](const Bytes& mask) {
           int n = 0;
           return bip::regions(mask, n, 255, 1, type);
         })
-        .twin([type](const Bytes& mask) {
+        .reference([type](const Bytes& mask) {
           int n = 0;
           return reference::regions(mask, n, 255, 1, type);
         });
   }
-  contest("regions of labels " + size, [make] { return labelsOf(make()); })
+  compare("regions of labels " + size, [make] { return labelsOf(make()); })
       .ours([](const Shorts& labels) {
         int n = 0;
         return bip::regions(labels, n);
       })
-      .twin([](const Shorts& labels) {
+      .reference([](const Shorts& labels) {
         int n = 0;
         return reference::regions(labels, n);
       });
@@ -44,47 +44,47 @@ void labelling(const std::string& size, MakeMask make) {
 
 template <class MakeMask>
 void distances(const std::string& size, MakeMask make) {
-  contest("fchamfer byte " + size, make)
+  compare("fchamfer byte " + size, make)
       .ours([](const Bytes& mask) { return bip::fchamfer(mask); })
-      .twin([](const Bytes& mask) { return reference::fchamfer(mask); });
-  contest("fchamfer labels " + size, [make] {
+      .reference([](const Bytes& mask) { return reference::fchamfer(mask); });
+  compare("fchamfer labels " + size, [make] {
     return labelsOf(make());
   }).ours([](const Shorts& labels) {
       return bip::fchamfer(labels);
-    }).twin([](const Shorts& labels) { return reference::fchamfer(labels); });
-  contest("chamfer byte " + size, make)
+    }).reference([](const Shorts& labels) { return reference::fchamfer(labels); });
+  compare("chamfer byte " + size, make)
       .ours([](const Bytes& mask) { return bip::chamfer(mask, false); })
-      .twin([](const Bytes& mask) {
+      .reference([](const Bytes& mask) {
         return reference::chamferBytes(reference::fchamfer(mask), false);
       });
-  contestInPlace("propagate labels " + size, [make] {
+  compareInPlace("propagate labels " + size, [make] {
     return labelsOf(make());
   }).ours([](Shorts& labels) {
       bip::propagate(labels, 20);
-    }).twin([](Shorts& labels) { reference::propagate(labels, 20); });
+    }).reference([](Shorts& labels) { reference::propagate(labels, 20); });
 }
 
 template <class MakeMask>
 void morphology(const std::string& size, MakeMask make) {
   const auto labels = [make] { return labelsOf(make()); };
-  contestInPlace("erode labels " + size, labels)
+  compareInPlace("erode labels " + size, labels)
       .ours([](Shorts& img) { bip::erode(img); })
-      .twin([](Shorts& img) { reference::erode(img); });
-  contestInPlace("erode byte " + size, make)
+      .reference([](Shorts& img) { reference::erode(img); });
+  compareInPlace("erode byte " + size, make)
       .ours([](Bytes& mask) { bip::erode(mask); })
-      .twin([](Bytes& mask) { reference::erode(mask); });
-  contestInPlace("dilate byte " + size, make)
+      .reference([](Bytes& mask) { reference::erode(mask); });
+  compareInPlace("dilate byte " + size, make)
       .ours([](Bytes& mask) { bip::dilate(mask); })
-      .twin([](Bytes& mask) { reference::dilate(mask); });
-  contest("edge byte " + size, make)
+      .reference([](Bytes& mask) { reference::dilate(mask); });
+  compare("edge byte " + size, make)
       .ours([](const Bytes& mask) { return bip::edge(mask); })
-      .twin([](const Bytes& mask) { return reference::edge(mask); });
-  contest("edge labels " + size, labels)
+      .reference([](const Bytes& mask) { return reference::edge(mask); });
+  compare("edge labels " + size, labels)
       .ours([](const Shorts& img) { return bip::edge(img); })
-      .twin([](const Shorts& img) { return reference::edge(img); });
-  contestInPlace("removeInternalStructures " + size, make)
+      .reference([](const Shorts& img) { return reference::edge(img); });
+  compareInPlace("removeInternalStructures " + size, make)
       .ours([](Bytes& mask) { bip::removeInternalStructures(mask); })
-      .twin([](Bytes& mask) { reference::removeInternalStructures(mask); });
+      .reference([](Bytes& mask) { reference::removeInternalStructures(mask); });
 }
 
 template <class MakeMask>
@@ -100,41 +100,42 @@ void measuring(const std::string& size, MakeMask make) {
     const Shorts labels = bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
     return Measured{labels, discs(mask.nx()), n};
   };
-  contest("regionFeatures " + size, both)
+  compare("regionFeatures " + size, both)
       .ours([](const Measured& m) { return bip::regionFeatures(m.labels, m.n); })
-      .twin([](const Measured& m) { return reference::regionFeatures(m.labels, m.n, nullptr); });
-  contest("regionFeatures with brightness " + size, both)
+      .reference(
+          [](const Measured& m) { return reference::regionFeatures(m.labels, m.n, nullptr); });
+  compare("regionFeatures with brightness " + size, both)
       .ours([](const Measured& m) { return bip::regionFeatures(m.labels, m.n, m.brightness); })
-      .twin([](const Measured& m) {
+      .reference([](const Measured& m) {
         return reference::regionFeatures(m.labels, m.n, &m.brightness);
       });
   for (const bool sorted : {false, true}) {
-    contest("regionIntensityArrays " + std::string(sorted ? "sorted " : "") + size, both)
+    compare("regionIntensityArrays " + std::string(sorted ? "sorted " : "") + size, both)
         .ours([sorted](const Measured& m) {
           return bip::regionIntensityArrays(m.labels, m.n, m.brightness, sorted);
         })
-        .twin([sorted](const Measured& m) {
+        .reference([sorted](const Measured& m) {
           return reference::regionIntensityArrays(m.labels, m.n, m.brightness, sorted);
         });
   }
-  contest("regionNumber " + size, both)
+  compare("regionNumber " + size, both)
       .ours([](const Measured& m) { return bip::regionNumber(m.labels); })
-      .twin([](const Measured& m) { return reference::regionNumber(m.labels); });
-  contest("isBinaryImage " + size, make)
+      .reference([](const Measured& m) { return reference::regionNumber(m.labels); });
+  compare("isBinaryImage " + size, make)
       .ours([](const Bytes& mask) { return bip::isBinaryImage(mask); })
-      .twin([](const Bytes& mask) { return reference::isBinaryImage(mask); });
+      .reference([](const Bytes& mask) { return reference::isBinaryImage(mask); });
 }
 
-// Smaller, as these twins walk the whole image for every region.
+// Smaller, as these reference implementations walk the whole image for every region.
 template <class MakeMask>
 void regionByRegion(const std::string& size, MakeMask make) {
   const auto labels = [make] { return labelsOf(make()); };
-  contest("boundaries " + size, labels)
+  compare("boundaries " + size, labels)
       .ours([](const Shorts& img) { return bip::boundaries(img); })
-      .twin([](const Shorts& img) { return reference::boundaries(img); });
-  contestInPlace("relabel " + size, labels)
+      .reference([](const Shorts& img) { return reference::boundaries(img); });
+  compareInPlace("relabel " + size, labels)
       .ours([](Shorts& img) { bip::relabel(img); })
-      .twin([](Shorts& img) { reference::relabel(img); });
+      .reference([](Shorts& img) { reference::relabel(img); });
 }
 
 template <class MakeMask>
@@ -143,43 +144,44 @@ void selecting(const std::string& size, MakeMask make) {
     static const Bytes img = discs(kSide);
     return img;
   };
-  contestInPlace("selectRegions " + size, make)
+  compareInPlace("selectRegions " + size, make)
       .ours([brightness](Bytes& mask) { bip::selectRegions(mask, brightness(), 100, 300); })
-      .twin([brightness](Bytes& mask) { reference::selectRegions(mask, brightness(), 100, 300); });
-  contestInPlace("selectRegionsBySize " + size, make)
+      .reference(
+          [brightness](Bytes& mask) { reference::selectRegions(mask, brightness(), 100, 300); });
+  compareInPlace("selectRegionsBySize " + size, make)
       .ours([](Bytes& mask) { bip::selectRegionsBySize(mask, 300, 500); })
-      .twin([](Bytes& mask) { reference::selectRegionsBySize(mask, 300, 500); });
+      .reference([](Bytes& mask) { reference::selectRegionsBySize(mask, 300, 500); });
 }
 
 void brightnessAndHulls() {
   const auto bytes = [] { return discs(kSide); };
-  contestInPlace("reverse 2048", bytes)
+  compareInPlace("reverse 2048", bytes)
       .ours([](Bytes& img) { bip::reverse(img); })
-      .twin([](Bytes& img) { reference::reverse(img); });
-  contest("histogram 2048", bytes)
+      .reference([](Bytes& img) { reference::reverse(img); });
+  compare("histogram 2048", bytes)
       .ours([](const Bytes& img) { return bip::histogram(img, 0, 255); })
-      .twin([](const Bytes& img) { return reference::histogram(img, 0, 255); });
-  contest("threshold byte 2048", bytes)
+      .reference([](const Bytes& img) { return reference::histogram(img, 0, 255); });
+  compare("threshold byte 2048", bytes)
       .ours([](const Bytes& img) { return bip::threshold(img, 128); })
-      .twin([](const Bytes& img) { return reference::threshold(img, 128); });
-  contest("threshold float 2048", [] {
+      .reference([](const Bytes& img) { return reference::threshold(img, 128); });
+  compare("threshold float 2048", [] {
     return floats(discs(kSide));
   }).ours([](const Floats& img) {
       return bip::threshold(img, 128);
-    }).twin([](const Floats& img) { return reference::threshold(img, 128); });
-  contest("computeThreshold 2048 sigma 2", bytes)
+    }).reference([](const Floats& img) { return reference::threshold(img, 128); });
+  compare("computeThreshold 2048 sigma 2", bytes)
       .ours([](const Bytes& img) { return bip::computeThreshold(img, 2); })
-      .twin([](const Bytes& img) { return reference::computeThreshold(img, 2); });
-  contest("convexHull 2048 discs", [] {
+      .reference([](const Bytes& img) { return reference::computeThreshold(img, 2); });
+  compare("convexHull 2048 discs", [] {
     return discMask(kSide);
   }).ours([](const Bytes& mask) {
       return bip::convexHull(mask, 10);
-    }).twin([](const Bytes& mask) { return reference::convexHull(mask, 10); });
+    }).reference([](const Bytes& mask) { return reference::convexHull(mask, 10); });
 }
 
 }  // namespace
 
-void registerWorks() {
+void registerWorkloads() {
   const auto all = [](const std::string& size, auto make) {
     labelling(size, make);
     distances(size, make);

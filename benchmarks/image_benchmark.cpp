@@ -1,9 +1,9 @@
 #include <memory>
 #include <string>
 
-#include "benchmarks/contest.h"
+#include "benchmarks/comparison.h"
 #include "benchmarks/pictures.h"
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 #include "tests/support/reference/image.h"
 
 namespace orva_benchmark {
@@ -22,18 +22,18 @@ using Owned = std::unique_ptr<orva::image<T>>;
 template <class MakeImage>
 void conversions(const std::string& type, MakeImage make) {
   const std::string size = " of " + type + " " + std::to_string(kSide);
-  contest("toByteImage" + size, make)
+  compare("toByteImage" + size, make)
       .ours([](const Image& img) { return orva::toByteImage(img, false); })
-      .twin([](const Image& img) { return reference::toByteImage(img, false); });
-  contest("toByteImage stretched" + size, make)
+      .reference([](const Image& img) { return reference::toByteImage(img, false); });
+  compare("toByteImage stretched" + size, make)
       .ours([](const Image& img) { return orva::toByteImage(img, true); })
-      .twin([](const Image& img) { return reference::toByteImage(img, true); });
-  contest("toFloatImage" + size, make)
+      .reference([](const Image& img) { return reference::toByteImage(img, true); });
+  compare("toFloatImage" + size, make)
       .ours([](const Image& img) { return orva::toFloatImage(img); })
-      .twin([](const Image& img) { return reference::toFloatImage(img); });
-  contest("toRgbImage" + size, make)
+      .reference([](const Image& img) { return reference::toFloatImage(img); });
+  compare("toRgbImage" + size, make)
       .ours([](const Image& img) { return orva::toRgbImage(img); })
-      .twin([](const Image& img) { return reference::toRgbImage(img); });
+      .reference([](const Image& img) { return reference::toRgbImage(img); });
 }
 
 // Copies of parts, from a stack whose 64 planes count as 4 channels at 2 time points.
@@ -50,37 +50,38 @@ void parts(const std::string& type, Convert convert) {
   };
   const Point3D low(10, 20, 5);
   const Point3D high(200, 240, 50);
-  contest("roi" + size, stack)
+  compare("roi" + size, stack)
       .ours([=](const Img& img) { return Owned<T>(img.roi(low, high)); })
-      .twin([=](const Img& img) { return Typed::roi(img, low, high); });
-  contest("frame" + size, stack)
+      .reference([=](const Img& img) { return Typed::roi(img, low, high); });
+  compare("frame" + size, stack)
       .ours([](const Img& img) { return Owned<T>(img.frame(7)); })
-      .twin([](const Img& img) { return Typed::frame(img, 7); });
-  contest("channel" + size, stack)
+      .reference([](const Img& img) { return Typed::frame(img, 7); });
+  compare("channel" + size, stack)
       .ours([](const Img& img) { return Owned<T>(img.channel(2, 1)); })
-      .twin([](const Img& img) { return Typed::channel(img, 2, 1); });
-  contest("timepoint" + size, stack)
+      .reference([](const Img& img) { return Typed::channel(img, 2, 1); });
+  compare("timepoint" + size, stack)
       .ours([](const Img& img) { return Owned<T>(img.timepoint(1)); })
-      .twin([](const Img& img) { return Typed::timepoint(img, 1); });
-  contest("scale to half" + size, stack)
+      .reference([](const Img& img) { return Typed::timepoint(img, 1); });
+  compare("scale to half" + size, stack)
       .ours([](const Img& img) { return Owned<T>(img.scale(128, 128, 32)); })
-      .twin([](const Img& img) { return Typed::scale(img, 128, 128, 32); });
-  contest("scale to double" + size, stack)
+      .reference([](const Img& img) { return Typed::scale(img, 128, 128, 32); });
+  compare("scale to double" + size, stack)
       .ours([](const Img& img) { return Owned<T>(img.scale(512, 512, 64)); })
-      .twin([](const Img& img) { return Typed::scale(img, 512, 512, 64); });
-  contest("min" + size, stack)
+      .reference([](const Img& img) { return Typed::scale(img, 512, 512, 64); });
+  compare("min" + size, stack)
       .ours([](const Img& img) { return img.min(); })
-      .twin([](const Img& img) { return Typed::smallest(img); });
-  contest("max" + size, stack)
+      .reference([](const Img& img) { return Typed::smallest(img); });
+  compare("max" + size, stack)
       .ours([](const Img& img) { return img.max(); })
-      .twin([](const Img& img) { return Typed::largest(img); });
-  // A copy of everything has no definition to follow pixel by pixel, hence no twin.
-  contest("duplicate" + size, stack).ours([](const Img& img) { return img.duplicate(); });
+      .reference([](const Img& img) { return Typed::largest(img); });
+  // A copy of everything has no definition to follow pixel by pixel, hence no reference
+  // implementation.
+  compare("duplicate" + size, stack).ours([](const Img& img) { return img.duplicate(); });
 }
 
 }  // namespace
 
-void registerWorks() {
+void registerWorkloads() {
   conversions("byte", [] { return discs(kSide); });
   conversions("short", [] { return labelsOf(discMask(kSide)); });
   conversions("float", [] { return floats(discs(kSide)); });
@@ -88,11 +89,11 @@ void registerWorks() {
   parts<unsigned char>("byte", [](const Bytes& img) { return img; });
   parts<float>("float", [](const Bytes& img) { return floats(img); });
 
-  contest("interior 2048", [] {
+  compare("interior 2048", [] {
     return discs(kSide);
   }).ours([](const Image& img) {
       return img.interior();
-    }).twin([](const Image& img) { return reference::interior(img.nx(), img.ny(), 1); });
+    }).reference([](const Image& img) { return reference::interior(img.nx(), img.ny(), 1); });
 }
 
 }  // namespace orva_benchmark

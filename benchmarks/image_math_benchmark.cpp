@@ -1,9 +1,9 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/contest.h"
+#include "benchmarks/comparison.h"
 #include "benchmarks/pictures.h"
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 #include "orva/image_math/image_math.h"
 #include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/statistics.h"
@@ -16,20 +16,20 @@ using orva::Image;
 
 template <class MakeImage>
 void brightest(const std::string& size, MakeImage make) {
-  contest("topByPixelNumber " + size, make)
+  compare("topByPixelNumber " + size, make)
       .ours([](const Image& img) { return im::topByPixelNumber(img, 100000); })
-      .twin([](const Image& img) { return reference::topByPixelNumber(img, 100000); });
-  contest("topByPercentage " + size, make)
+      .reference([](const Image& img) { return reference::topByPixelNumber(img, 100000); });
+  compare("topByPercentage " + size, make)
       .ours([](const Image& img) { return im::topByPercentage(img, 0.1F); })
-      .twin([](const Image& img) { return reference::topByPercentage(img, 0.1F); });
-  contest("meanOfTopByPercentage " + size, make)
+      .reference([](const Image& img) { return reference::topByPercentage(img, 0.1F); });
+  compare("meanOfTopByPercentage " + size, make)
       .ours([](const Image& img) { return im::meanOfTopByPercentage(img, 0.1F); })
-      .twin([](const Image& img) { return reference::meanOfTopByPercentage(img, 0.1F); });
+      .reference([](const Image& img) { return reference::meanOfTopByPercentage(img, 0.1F); });
 }
 
 }  // namespace
 
-void registerWorks() {
+void registerWorkloads() {
   brightest("byte 2048", [] { return discs(2048); });
   brightest("float 2048", [] { return floats(discs(2048)); });
 
@@ -37,17 +37,18 @@ void registerWorks() {
     const Floats img = floats(discs(2048));
     return std::vector<float>(img.pixels(), img.pixels() + img.npix());
   };
-  contest("meanOfTopByPercentage array 4194304", list)
+  compare("meanOfTopByPercentage array 4194304", list)
       .ours([](const std::vector<float>& v) { return im::meanOfTopByPercentage(v, 0.1F); })
-      .twin([](const std::vector<float>& v) { return reference::meanOfTopByPercentage(v, 0.1F); });
+      .reference(
+          [](const std::vector<float>& v) { return reference::meanOfTopByPercentage(v, 0.1F); });
 
   const auto signs = [] { return orva::scalespace::laplacian(discs(2048), 2); };
-  contest("findZeros 2048", signs)
+  compare("findZeros 2048", signs)
       .ours([](const Image& img) { return im::findZeros(img); })
-      .twin([](const Image& img) { return reference::findZeros(img); });
-  contest("findZeros of two 2048", signs)
+      .reference([](const Image& img) { return reference::findZeros(img); });
+  compare("findZeros of two 2048", signs)
       .ours([](const Image& img) { return im::findZeros(img, img); })
-      .twin([](const Image& img) { return reference::findZeros(img, img); });
+      .reference([](const Image& img) { return reference::findZeros(img, img); });
 }
 
 }  // namespace orva_benchmark

@@ -1,12 +1,12 @@
-// The programs differ in the works that they register.
+// The programs differ in the workloads that they register.
 #include <benchmark/benchmark.h>
 
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  orva_benchmark::registerWorks();
+  orva_benchmark::registerWorkloads();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
 }

@@ -1,8 +1,8 @@
 #include <string>
 
-#include "benchmarks/contest.h"
+#include "benchmarks/comparison.h"
 #include "benchmarks/pictures.h"
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 #include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/scalespace.h"
 
@@ -14,11 +14,11 @@ using orva::Image;
 using reference::Orders;
 
 template <class MakeInput>
-void derivative(const std::string& work, MakeInput make, float sigma, Orders order) {
-  contest(work, make)
+void derivative(const std::string& workload, MakeInput make, float sigma, Orders order) {
+  compare(workload, make)
       .ours(
           [=](const Image& img) { return scale::gaussian(img, sigma, order.x, order.y, order.z); })
-      .twin([=](const Image& img) {
+      .reference([=](const Image& img) {
         return reference::gaussian(img, {sigma, sigma, sigma}, order);
       });
 }
@@ -43,14 +43,14 @@ void derivativesOfPlanes() {
   derivative("dXXX byte 1024 sigma 2", bytes, 2, {3, 0, 0});
   derivative("dYYY byte 1024 sigma 2", bytes, 2, {0, 3, 0});
   derivative("dXY byte 1024 sigma 2", bytes, 2, {1, 1, 0});
-  contest("dXXY byte 1024 sigma 2 2", bytes)
+  compare("dXXY byte 1024 sigma 2 2", bytes)
       .ours([](const Image& img) { return scale::dXXY(img, 2, 2); })
-      .twin([](const Image& img) {
+      .reference([](const Image& img) {
         return reference::gaussian(img, {2, 2, 1}, {2, 1, 0});
       });
-  contest("dXYY byte 1024 sigma 2 2", bytes)
+  compare("dXYY byte 1024 sigma 2 2", bytes)
       .ours([](const Image& img) { return scale::dXYY(img, 2, 2); })
-      .twin([](const Image& img) {
+      .reference([](const Image& img) {
         return reference::gaussian(img, {2, 2, 1}, {1, 2, 0});
       });
 }
@@ -69,9 +69,9 @@ void derivativesOfStacks() {
   // Mixed derivatives with two sigmas smooth the third axis with sigma 1.
   const auto mixed = [&size](const std::string& name, auto operation, reference::Triple sigma,
                              Orders order) {
-    contest(name + size, discStack)
+    compare(name + size, discStack)
         .ours([operation](const Image& img) { return operation(img, 2.0F, 2.0F); })
-        .twin([=](const Image& img) { return reference::gaussian(img, sigma, order); });
+        .reference([=](const Image& img) { return reference::gaussian(img, sigma, order); });
   };
   mixed("dXXZ", scale::dXXZ, {2, 1, 2}, {2, 0, 1});
   mixed("dXZZ", scale::dXZZ, {2, 1, 2}, {1, 0, 2});
@@ -81,21 +81,21 @@ void derivativesOfStacks() {
 
 template <class MakeInput>
 void smoothed(const std::string& size, MakeInput make) {
-  contest("smooth " + size, make)
+  compare("smooth " + size, make)
       .ours([](const Image& img) { return scale::smooth(img, 2, 1); })
-      .twin([](const Image& img) {
+      .reference([](const Image& img) {
         return reference::smooth(img, {2, 2, 2});
       });
-  contest("gradient " + size, make)
+  compare("gradient " + size, make)
       .ours([](const Image& img) { return scale::gradient(img, 2, 1); })
-      .twin([](const Image& img) { return reference::gradient(img, 2, 1); });
-  contest("laplacian " + size, make)
+      .reference([](const Image& img) { return reference::gradient(img, 2, 1); });
+  compare("laplacian " + size, make)
       .ours([](const Image& img) { return scale::laplacian(img, 2); })
-      .twin([](const Image& img) { return reference::laplacian(img, 2); });
+      .reference([](const Image& img) { return reference::laplacian(img, 2); });
   const auto mask = [&](const std::string& name, orva::FeatureType type) {
-    contest(name + " " + size, make)
+    compare(name + " " + size, make)
         .ours([type](const Image& img) { return scale::features(img, 2, type, 1); })
-        .twin([type](const Image& img) { return reference::features(img, 2, type, 1); });
+        .reference([type](const Image& img) { return reference::features(img, 2, type, 1); });
   };
   mask("laplacian negative", orva::LAPLACIAN_NEGATIVE);
   mask("laplacian positive", orva::LAPLACIAN_POSITIVE);
@@ -106,27 +106,27 @@ void smoothed(const std::string& size, MakeInput make) {
 }
 
 void harmonic() {
-  contest("harmonicCut byte 1024 sigma 2, once", [] {
+  compare("harmonicCut byte 1024 sigma 2, once", [] {
     return discs(1024);
   }).ours([](const Image& img) {
       return scale::harmonicCut(img, 2, true, 1);
-    }).twin([](const Image& img) { return reference::harmonicCut(img, 2, true, 1); });
-  contest("hcut byte 1024 sigma 2 4", [] {
+    }).reference([](const Image& img) { return reference::harmonicCut(img, 2, true, 1); });
+  compare("hcut byte 1024 sigma 2 4", [] {
     return discs(1024);
   }).ours([](const Image& img) {
       return scale::hcut(img, 2, 4);
-    }).twin([](const Image& img) { return reference::hcut(img, 2, 4); });
-  contest("reduce byte 1024 by 0.5", [] {
+    }).reference([](const Image& img) { return reference::hcut(img, 2, 4); });
+  compare("reduce byte 1024 by 0.5", [] {
     return discs(1024);
   }).ours([](const Image& img) {
       return std::unique_ptr<Image>(scale::reduce(img, 0.5F, 2));
-    }).twin([](const Bytes& img) { return reference::reduce(img, 0.5F, 2); });
+    }).reference([](const Bytes& img) { return reference::reduce(img, 0.5F, 2); });
   const auto mask = std::make_shared<Bytes>(discMask(1024));
-  contestInPlace("laplaceEquation 1024 discs", [] {
+  compareInPlace("laplaceEquation 1024 discs", [] {
     return floats(discs(1024));
   }).ours([mask](Floats& f) {
       scale::laplaceEquation(f, *mask);
-    }).twin([mask](Floats& f) { reference::laplaceEquation(f, *mask); });
+    }).reference([mask](Floats& f) { reference::laplaceEquation(f, *mask); });
 }
 
 struct Pair {
@@ -140,26 +140,26 @@ Pair derivativePair() {
 }
 
 void pixelByPixel() {
-  contest("gradient of two 1024", derivativePair)
+  compare("gradient of two 1024", derivativePair)
       .ours([](const Pair& p) { return scale::gradient(p.a, p.b); })
-      .twin([](const Pair& p) { return reference::gradient(p.a, p.b); });
-  contest("gradient of three 1024", derivativePair)
+      .reference([](const Pair& p) { return reference::gradient(p.a, p.b); });
+  compare("gradient of three 1024", derivativePair)
       .ours([](const Pair& p) { return scale::gradient(p.a, p.b, p.a); })
-      .twin([](const Pair& p) { return reference::gradient(p.a, p.b, p.a); });
-  contest("direction of two 1024", derivativePair)
+      .reference([](const Pair& p) { return reference::gradient(p.a, p.b, p.a); });
+  compare("direction of two 1024", derivativePair)
       .ours([](const Pair& p) { return scale::direction(p.a, p.b); })
-      .twin([](const Pair& p) { return reference::direction(p.a, p.b); });
-  contest("angle of two 1024", derivativePair)
+      .reference([](const Pair& p) { return reference::direction(p.a, p.b); });
+  compare("angle of two 1024", derivativePair)
       .ours([](const Pair& p) { return scale::angle(p.a, p.b); })
-      .twin([](const Pair& p) { return reference::angle(p.a, p.b); });
-  contest("angleInRadian of two 1024", derivativePair)
+      .reference([](const Pair& p) { return reference::angle(p.a, p.b); });
+  compare("angleInRadian of two 1024", derivativePair)
       .ours([](const Pair& p) { return scale::angleInRadian(p.a, p.b); })
-      .twin([](const Pair& p) { return reference::angleInRadian(p.a, p.b); });
+      .reference([](const Pair& p) { return reference::angleInRadian(p.a, p.b); });
 }
 
 }  // namespace
 
-void registerWorks() {
+void registerWorkloads() {
   derivativesOfPlanes();
   derivativesOfStacks();
   smoothed("byte 1024 sigma 2", [] { return discs(1024); });

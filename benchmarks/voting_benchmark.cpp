@@ -1,8 +1,8 @@
 #include <string>
 
-#include "benchmarks/contest.h"
+#include "benchmarks/comparison.h"
 #include "benchmarks/pictures.h"
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 #include "orva/voting/circularvoting.h"
 #include "tests/support/reference/voting.h"
 
@@ -19,7 +19,7 @@ constexpr float kPower = 0.5F;
 // Discs fit a largest radius of 1.4 times their own.
 void voting(int side, int radius, int width, CircularVoting::RegionType type,
             const std::string& name) {
-  contest("voting " + std::to_string(side) + " R " + std::to_string(radius) + " w " +
+  compare("voting " + std::to_string(side) + " R " + std::to_string(radius) + " w " +
               std::to_string(width) + " " + name,
           [=] { return discs(side, radius * 5 / 2); })
       .ours([=](const Bytes& img) {
@@ -29,7 +29,7 @@ void voting(int side, int radius, int width, CircularVoting::RegionType type,
         engine.compute(img);
         return engine;
       })
-      .twin([=](const Bytes& img) {
+      .reference([=](const Bytes& img) {
         reference::VotingParams params;
         params.regionType = type;
         params.maxRadius = radius;
@@ -44,7 +44,7 @@ void voting(int side, int radius, int width, CircularVoting::RegionType type,
 
 }  // namespace
 
-void registerWorks() {
+void registerWorkloads() {
   voting(1024, 20, 5, CircularVoting::Bright, "bright");
   voting(1024, 20, 5, CircularVoting::Both, "both");
   voting(2048, 40, 10, CircularVoting::Bright, "bright");

@@ -1,5 +1,5 @@
-// The same work by OpenCV, on one thread. Where both are defined to give the same result, that is
-// tested before the time is taken.
+// The same workloads by OpenCV, on one thread. Where both are defined to give the same result, that
+// is tested before the time is taken.
 //
 // Every way gives a new result in every call, as the library does; OpenCV could be given one to
 // write over. Of operations in place the copy is part of the time of all ways.
@@ -7,10 +7,10 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
-#include "benchmarks/contest.h"
+#include "benchmarks/comparison.h"
 #include "benchmarks/peers/opencv_images.h"
 #include "benchmarks/pictures.h"
-#include "benchmarks/works.h"
+#include "benchmarks/workloads.h"
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/bip.h"
@@ -37,7 +37,7 @@ cv::Mat taps(float sigma, int order) {
 }
 
 template <class MakeImage>
-void derivative(const std::string& work, MakeImage make, float sigma, Orders order) {
+void derivative(const std::string& workload, MakeImage make, float sigma, Orders order) {
   const cv::Mat alongX = taps(sigma, order.x);
   const cv::Mat alongY = taps(sigma, order.y);
   const auto ours = [=](const auto& img) {
@@ -48,9 +48,9 @@ void derivative(const std::string& work, MakeImage make, float sigma, Orders ord
     cv::sepFilter2D(shared(img), result, CV_32F, alongX, alongY, {-1, -1}, 0, cv::BORDER_REPLICATE);
     return result;
   };
-  contest(work, make)
+  compare(workload, make)
       .ours(ours)
-      .twin([=](const auto& img) {
+      .reference([=](const auto& img) {
         return reference::gaussian(img, {sigma, sigma, sigma}, order);
       })
       .opencv(theirs, [=](const auto& img) { return near(shared(ours(img)), theirs(img), 1e-4); });
@@ -68,9 +68,9 @@ void labelling(const std::string& size, MakeMask make) {
       cv::connectedComponents(shared(mask), labels, type, CV_16U);
       return labels;
     };
-    contest("regions " + std::to_string(type) + " " + size, make)
+    compare("regions " + std::to_string(type) + " " + size, make)
         .ours(ours)
-        .twin([type](const Bytes& mask) {
+        .reference([type](const Bytes& mask) {
           int n = 0;
           return reference::regions(mask, n, 255, 1, type);
         })
@@ -114,13 +114,13 @@ void labellingWithTable(const std::string& size, MakeMask make) {
     }
     return true;
   };
-  contest("regions 4 and regionFeatures " + size, make)
+  compare("regions 4 and regionFeatures " + size, make)
       .ours([](const Bytes& mask) {
         int n = 0;
         const Shorts labels = bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
         return std::pair(labels, bip::regionFeatures(labels, n));
       })
-      .twin([](const Bytes& mask) {
+      .reference([](const Bytes& mask) {
         int n = 0;
         const Shorts labels = reference::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
         return std::pair(labels, reference::regionFeatures(labels, n, nullptr));
@@ -137,9 +137,9 @@ void distances(const std::string& size, MakeMask make) {
     cv::distanceTransform(shared(mask), result, cv::DIST_L2, 3);
     return result;
   };
-  contest("fchamfer byte " + size, make)
+  compare("fchamfer byte " + size, make)
       .ours([](const Bytes& mask) { return bip::fchamfer(mask); })
-      .twin([](const Bytes& mask) { return reference::fchamfer(mask); })
+      .reference([](const Bytes& mask) { return reference::fchamfer(mask); })
       .opencv(theirs, [theirs](const Bytes& mask) {
         return same(shared(bip::fchamfer(mask)) == 0, theirs(mask) == 0);
       });
@@ -158,9 +158,9 @@ void morphology(const std::string& size, MakeMask make) {
     cv::erode(shared(mask), result, box, {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
     return result;
   };
-  contest("erode copy byte " + size, make)
+  compare("erode copy byte " + size, make)
       .ours(eroded)
-      .twin([](const Bytes& mask) {
+      .reference([](const Bytes& mask) {
         Bytes result = mask.duplicate();
         reference::erode(result);
         return result;
@@ -177,9 +177,9 @@ void morphology(const std::string& size, MakeMask make) {
     cv::dilate(shared(mask), result, box, {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
     return result;
   };
-  contest("dilate copy byte " + size, make)
+  compare("dilate copy byte " + size, make)
       .ours(dilated)
-      .twin([](const Bytes& mask) {
+      .reference([](const Bytes& mask) {
         Bytes result = mask.duplicate();
         reference::dilate(result);
         return result;
@@ -189,10 +189,10 @@ void morphology(const std::string& size, MakeMask make) {
 }
 
 template <class MakeImage, class Theirs>
-void thresholding(const std::string& work, MakeImage make, Theirs theirs) {
-  contest(work, make)
+void thresholding(const std::string& workload, MakeImage make, Theirs theirs) {
+  compare(workload, make)
       .ours([](const auto& img) { return bip::threshold(img, 128); })
-      .twin([](const auto& img) { return reference::threshold(img, 128); })
+      .reference([](const auto& img) { return reference::threshold(img, 128); })
       .opencv(theirs, [theirs](const auto& img) {
         return same(shared(bip::threshold(img, 128)), theirs(img));
       });
@@ -200,7 +200,7 @@ void thresholding(const std::string& work, MakeImage make, Theirs theirs) {
 
 }  // namespace
 
-void registerWorks() {
+void registerWorkloads() {
   cv::setNumThreads(1);
   for (const int side : {1024, 4096}) {
     for (const int sigma : {1, 2, 5}) {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "apps/image_file.h"
-#include "apps/image_writer.h"
+#include "formats/image_file.h"
+#include "formats/image_writer.h"
 #include "python/src/arrays.h"
 
 namespace orva_python {
@@ -20,8 +20,9 @@ py::array arrayOf(const orva::Image& img) {
 }
 
 py::array read(const std::string& path, std::optional<int> frame) {
-  const auto img = unlocked(
-      [&] { return orva_app::readImageFile(path, frame, orva_app::ColourUse::kLuminance); });
+  const auto img = unlocked([&] {
+    return orva::formats::readImageFile(path, frame, orva::formats::ColourUse::kLuminance);
+  });
   switch (img->format()) {
     case orva::BYTE:
       return arrayOf<unsigned char>(*img);
@@ -42,8 +43,8 @@ void write(const std::string& path, const py::array& array, bool stretch) {
   const auto img = toImage(array);
   unlocked([&] {
     const std::lock_guard lock(one);
-    orva_app::writeImageFile(path, *img,
-                             stretch ? orva_app::Fit::kStretched : orva_app::Fit::kExactly);
+    orva::formats::writeImageFile(
+        path, *img, stretch ? orva::formats::Fit::kStretched : orva::formats::Fit::kExactly);
   });
 }
 
@@ -52,8 +53,8 @@ void write(const std::string& path, const py::array& array, bool stretch) {
 void addFiles(py::module_& module) {
   module.def("read", read);
   module.def("write", write);
-  module.def("is_writable", orva_app::isWritable);
-  module.def("writable_extensions", orva_app::writableExtensions);
+  module.def("is_writable", orva::formats::isWritable);
+  module.def("writable_extensions", orva::formats::writableExtensions);
 }
 
 }  // namespace orva_python

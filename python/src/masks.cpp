@@ -1,4 +1,4 @@
-#include "apps/silence.h"
+#include "formats/silence.h"
 #include "orva/bip/bip.h"
 #include "python/src/arrays.h"
 
@@ -29,7 +29,7 @@ py::array dilate(const py::array& array) {
 
 py::array fillHoles(const py::array& array) {
   return changed(array, [](Bytes& mask) {
-    const orva_app::Silence silence;  // all holes are filled, although it warns of many
+    const orva::formats::Silence silence;  // all holes are filled, although it warns of many
     orva::bip::removeInternalStructures(mask);
   });
 }

@@ -1,7 +1,7 @@
 #include <filesystem>
 
-#include "apps/file_error.h"
-#include "apps/silence.h"
+#include "formats/file_error.h"
+#include "formats/silence.h"
 #include "python/src/arrays.h"
 
 namespace {
@@ -17,15 +17,15 @@ void setError(PyObject* type, const char* message) {
 
 // The functions take what the callers in Python have checked, without options left open.
 PYBIND11_MODULE(_orva, module) {
-  orva_app::Silence::prepare();
+  orva::formats::Silence::prepare();
   module.doc() = "The compiled part of orva.";
   module.attr("__version__") = ORVA_VERSION;
-  static const pybind11::exception<orva_app::FileError> fileError(module, "FileError");
+  static const pybind11::exception<orva::formats::FileError> fileError(module, "FileError");
   // pybind11 wants the pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
   pybind11::register_exception_translator([](std::exception_ptr error) {
     try {
       if (error) std::rethrow_exception(error);
-    } catch (const orva_app::FileError& e) {
+    } catch (const orva::formats::FileError& e) {
       setError(fileError.ptr(), e.what());
     } catch (const std::filesystem::filesystem_error& e) {
       setError(PyExc_OSError, e.what());

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "apps/silence.h"
+#include "formats/silence.h"
 #include "orva/bip/bip.h"
 #include "python/src/arrays.h"
 
@@ -12,7 +12,7 @@ namespace orva_python {
 namespace {
 
 using orva::RegionFeature;
-using orva_app::Silence;
+using orva::formats::Silence;
 
 // Labels run out: the library leaves the pixels of further regions without one.
 void requireAllLabelled(const Bytes& img, int value, const Labels& labels) {

@@ -3,14 +3,14 @@
 #include <optional>
 #include <string>
 
-#include "apps/vote.h"
+#include "formats/vote.h"
 #include "python/src/arrays.h"
 
 namespace orva_python {
 namespace {
 
+using orva::formats::VoteSettings;
 using orva::voting::CircularVoting;
-using orva_app::VoteSettings;
 
 // A row of the array of centres.
 struct Row {
@@ -33,16 +33,16 @@ VoteSettings settingsOf(const std::string& polarity, int minRadius, int maxRadiu
 
 py::array findCenters(const py::array& array, const VoteSettings& settings) {
   const auto img = toImage(array);
-  const auto result = unlocked([&] { return orva_app::vote(*img, settings, std::nullopt); });
+  const auto result = unlocked([&] { return orva::formats::vote(*img, settings, std::nullopt); });
   py::array_t<Row> rows(static_cast<py::ssize_t>(result.centers.size()));
   Row* row = rows.mutable_data();
-  for (const orva_app::Center& c : result.centers) *row++ = {c.x, c.y, c.weight};
+  for (const orva::formats::Center& c : result.centers) *row++ = {c.x, c.y, c.weight};
   return rows;
 }
 
 py::array voteField(const py::array& array, const VoteSettings& settings) {
   const auto img = toImage(array);
-  const auto field = unlocked([&] { return orva_app::voteField(*img, settings); });
+  const auto field = unlocked([&] { return orva::formats::voteField(*img, settings); });
   return toArray(field, shapeOf(array));
 }
 

@@ -55,7 +55,7 @@ void forEveryWidth(Check check) {
   }
 }
 
-TEST(ChamferRows, MasksOfEveryWidthAreAsTheTwins) {
+TEST(ChamferRows, MasksOfEveryWidthMatchReference) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.5, 0.97, 0.999}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
@@ -64,7 +64,7 @@ TEST(ChamferRows, MasksOfEveryWidthAreAsTheTwins) {
   });
 }
 
-TEST(ChamferRows, LabelsOfEveryWidthAreAsTheTwins) {
+TEST(ChamferRows, LabelsOfEveryWidthMatchReference) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const int most : {0, 3}) {
       const image<short> labels = randomLabels(random, shape, most);
@@ -73,7 +73,7 @@ TEST(ChamferRows, LabelsOfEveryWidthAreAsTheTwins) {
   });
 }
 
-TEST(ChamferRows, FarLabelsPropagateAsTheTwins) {
+TEST(ChamferRows, FarLabelsPropagateAsReference) {
   forEveryWidth([](Random& random, const Shape& shape) {
     // Few seeds: many pixels at the same distance of two of them.
     image<short> labels = blank<short>(shape);
@@ -83,10 +83,10 @@ TEST(ChamferRows, FarLabelsPropagateAsTheTwins) {
     }
     for (const float most : {3.5F, 20000.0F}) {
       image<short> own = labels.duplicate();
-      image<short> twin = labels.duplicate();
+      image<short> expected = labels.duplicate();
       orva::bip::propagate(own, most);
-      reference::propagate(twin, most);
-      ASSERT_TRUE(sameImage(own, twin)) << shape.nx;
+      reference::propagate(expected, most);
+      ASSERT_TRUE(sameImage(own, expected)) << shape.nx;
     }
   });
 }

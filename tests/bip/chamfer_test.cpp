@@ -319,7 +319,7 @@ TEST(Chamfer, OfEqualDistancesIsZeroOrInverted255) {
 }
 
 template <class T>
-void expectLikeTwin(const image<T>& img) {
+void expectMatchesReference(const image<T>& img) {
   const image<float> distance = reference::fchamfer(img);
   EXPECT_TRUE(sameImage(fchamfer(img), distance));
   for (const bool invert : {false, true}) {
@@ -327,30 +327,30 @@ void expectLikeTwin(const image<T>& img) {
   }
 }
 
-TEST(Chamfer, EqualsItsTwinForOddShapesAndEveryWidth) {
+TEST(Chamfer, MatchesReferenceForOddShapesAndEveryWidth) {
   Random random(3);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
-    expectLikeTwin(randomObjects(random, shape));
-    expectLikeTwin(randomBlocks(random, shape));
-    expectLikeTwin(randomLabels(random, shape, 2));
+    expectMatchesReference(randomObjects(random, shape));
+    expectMatchesReference(randomBlocks(random, shape));
+    expectMatchesReference(randomLabels(random, shape, 2));
   }
 }
 
-TEST(Chamfer, EqualsItsTwinForManyPlanes) {
+TEST(Chamfer, MatchesReferenceForManyPlanes) {
   Random random(4);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 40)};
-    expectLikeTwin(randomObjects(random, shape));
-    expectLikeTwin(randomBlocks(random, shape));
+    expectMatchesReference(randomObjects(random, shape));
+    expectMatchesReference(randomBlocks(random, shape));
   }
 }
 
-TEST(Chamfer, EqualsItsTwinForManyVolumes) {
+TEST(Chamfer, MatchesReferenceForManyVolumes) {
   Random random(5);
   for (int round = 0; round < 100; ++round) {
     const Shape shape{randomInt(random, 1, 16), randomInt(random, 1, 16), randomInt(random, 1, 9)};
-    expectLikeTwin(randomObjects(random, shape));
-    expectLikeTwin(randomBlocks(random, shape));
+    expectMatchesReference(randomObjects(random, shape));
+    expectMatchesReference(randomBlocks(random, shape));
   }
 }
 

@@ -66,7 +66,7 @@ image<short> hull(const image<T>& img, int precision) {
   return hull(img, precision, ignored);
 }
 
-image<short> twin(const image<short>& labels, int precision) {
+image<short> referenceHull(const image<short>& labels, int precision) {
   image<short> result = labels.duplicate();
   reference::convexHull(result, precision);
   return result;
@@ -107,7 +107,7 @@ TEST(ConvexHull, FillsTheConcaveCornerOfAnL) {
   }
   // A hexagon is looser than the triangle and tighter than the box.
   const image<short> hexagon = hull(labels, 3);
-  EXPECT_TRUE(sameImage(hexagon, twin(labels, 3)));
+  EXPECT_TRUE(sameImage(hexagon, referenceHull(labels, 3)));
   EXPECT_EQ(hexagon.pixel(9, 1), -1.0F);
   EXPECT_EQ(hexagon.pixel(5, 5), 0.0F);
   EXPECT_GT(std::count(hexagon.pixels(), hexagon.pixels() + 121, 0),
@@ -167,7 +167,7 @@ TEST(ConvexHull, TakesAsManyDirectionsAsThePrecisionSays) {
   auto before = std::count(disc.pixels(), disc.pixels() + disc.npix(), -2);
   for (const int precision : {50, 49, 5, 4, 3}) {
     const image<short> filled = hull(disc, precision);
-    EXPECT_TRUE(sameImage(filled, twin(disc, precision))) << precision;
+    EXPECT_TRUE(sameImage(filled, referenceHull(disc, precision))) << precision;
     const auto size = std::count(filled.pixels(), filled.pixels() + filled.npix(), 0);
     EXPECT_NE(size, before) << precision;
     before = size;
@@ -300,7 +300,7 @@ TEST(ConvexHull, FarFromTheOriginIsLooseWhichIsIntended) {
   };
   const image<short> far = pair(1002100);
   const image<short> filled = hull(far, 50);
-  EXPECT_TRUE(sameImage(filled, twin(far, 50)));
+  EXPECT_TRUE(sameImage(filled, referenceHull(far, 50)));
   EXPECT_GT(size(filled), size(hull(pair(2), 50)));
 }
 
@@ -325,37 +325,37 @@ TEST(ConvexHull, ProcessesTheFirstVolumeAndCountsTheLabelsOfAll) {
   }
 }
 
-void expectLikeTwin(const image<short>& labels, const Mask& mask,
-                    const std::vector<int>& precisions) {
+void expectMatchesReference(const image<short>& labels, const Mask& mask,
+                            const std::vector<int>& precisions) {
   for (const int precision : precisions) {
     std::string printed;
-    EXPECT_TRUE(sameImage(hull(labels, precision, printed), twin(labels, precision)));
+    EXPECT_TRUE(sameImage(hull(labels, precision, printed), referenceHull(labels, precision)));
     EXPECT_EQ(printed, std::to_string(orva::bip::regionNumber(labels)) + " regions detected.\n");
     EXPECT_TRUE(sameImage(hull(mask, precision), reference::convexHull(mask, precision)));
   }
 }
 
-TEST(ConvexHull, EqualsItsTwinForOddShapesAndEveryWidth) {
+TEST(ConvexHull, MatchesReferenceForOddShapesAndEveryWidth) {
   Random random(3);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
     const Mask mask = randomMask(random, shape, 0.1 * randomInt(random, 2, 8));
     const bool isVolume = shape.nz > 1;
-    expectLikeTwin(randomLabels(random, shape, 2), mask, {3, isVolume ? 5 : 17});
-    expectLikeTwin(randomDots(random, shape, 3), mask, {-5, 0, 4, isVolume ? 6 : 1000});
+    expectMatchesReference(randomLabels(random, shape, 2), mask, {3, isVolume ? 5 : 17});
+    expectMatchesReference(randomDots(random, shape, 3), mask, {-5, 0, 4, isVolume ? 6 : 1000});
   }
 }
 
-TEST(ConvexHull, EqualsItsTwinForManyPlanesAndVolumes) {
+TEST(ConvexHull, MatchesReferenceForManyPlanesAndVolumes) {
   Random random(4);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 4, 30)};
-    expectLikeTwin(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
-                   {1, 3, 49, 50, 1000, randomInt(random, 4, 48)});
+    expectMatchesReference(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
+                           {1, 3, 49, 50, 1000, randomInt(random, 4, 48)});
   }
   for (int round = 0; round < 12; ++round) {
     const Shape shape{randomInt(random, 2, 8), randomInt(random, 2, 8), randomInt(random, 2, 6)};
-    expectLikeTwin(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
-                   {-5, 3, 4, 9, round == 0 ? 1000 : 7});
+    expectMatchesReference(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
+                           {-5, 3, 4, 9, round == 0 ? 1000 : 7});
   }
 }
 

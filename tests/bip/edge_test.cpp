@@ -95,7 +95,7 @@ TYPED_TEST(EdgeOf, ANullImageIsEmpty) {
   }
 }
 
-TYPED_TEST(EdgeOf, EveryWidthEqualsItsTwin) {
+TYPED_TEST(EdgeOf, EveryWidthMatchesReference) {
   Random random(2);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 9)};
@@ -190,7 +190,7 @@ TEST(Boundaries, OfAStackAreThoseOfPlaneZeroWithAListForEveryLabel) {
   EXPECT_EQ(coordinates(lists), coordinates(reference::boundaries(labels)));
 }
 
-TEST(Boundaries, EqualTheirTwin) {
+TEST(Boundaries, MatchReference) {
   Random random(6);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto labels = randomLabels(random, {nx, randomInt(random, 1, 10)}, 4);

@@ -39,15 +39,15 @@ void forEveryWidth(Check check) {
 template <class T>
 void expectSameRegions(const image<T>& in, int value, orva::NeighborhoodType type) {
   int n = -1;
-  int twins = -1;
+  int expected = -1;
   if constexpr (sizeof(T) == 1) {
     const image<short> labels = orva::bip::regions(in, n, value, 1, type);
-    ASSERT_TRUE(sameImage(labels, reference::regions(in, twins, value, 1, type))) << in.nx();
+    ASSERT_TRUE(sameImage(labels, reference::regions(in, expected, value, 1, type))) << in.nx();
   } else {
     const image<short> labels = orva::bip::regions(in, n);
-    ASSERT_TRUE(sameImage(labels, reference::regions(in, twins))) << in.nx();
+    ASSERT_TRUE(sameImage(labels, reference::regions(in, expected))) << in.nx();
   }
-  ASSERT_EQ(n, twins);
+  ASSERT_EQ(n, expected);
 }
 
 TEST(EveryWidth, RegionsOfMasks) {
@@ -128,16 +128,16 @@ TEST(EveryWidth, SpiralsAndCombs) {
 
 void expectSameFeatures(const image<short>& labels, int n, const orva::Image& brightness) {
   const auto own = orva::bip::regionFeatures(labels, n, brightness);
-  const auto twins = reference::regionFeatures(labels, n, &brightness);
-  ASSERT_EQ(own.size(), twins.size());
+  const auto expected = reference::regionFeatures(labels, n, &brightness);
+  ASSERT_EQ(own.size(), expected.size());
   for (std::size_t k = 0; k < own.size(); ++k) {
     const auto numbers = [](const orva::RegionFeature& f) {
       return std::vector<int>{f.xmin, f.xmax, f.ymin, f.ymax, f.zmin,  f.zmax,
                               f.cx,   f.cy,   f.cz,   f.npix, f.radius};
     };
-    ASSERT_EQ(numbers(own[k]), numbers(twins[k]));
-    ASSERT_EQ(own[k].mean, twins[k].mean);
-    ASSERT_EQ(own[k].var, twins[k].var);
+    ASSERT_EQ(numbers(own[k]), numbers(expected[k]));
+    ASSERT_EQ(own[k].mean, expected[k].mean);
+    ASSERT_EQ(own[k].var, expected[k].var);
   }
   ASSERT_EQ(orva::bip::regionIntensityArrays(labels, n, brightness, false),
             reference::regionIntensityArrays(labels, n, brightness, false));
@@ -159,12 +159,12 @@ TEST(EveryWidth, RegionFeaturesOfEveryPixelType) {
   });
 }
 
-template <class T, class Own, class Twin>
-void expectSameChange(const image<T>& img, Own own, Twin twin) {
+template <class T, class Own, class Reference>
+void expectSameChange(const image<T>& img, Own own, Reference expected) {
   image<T> a = img.duplicate();
   image<T> b = img.duplicate();
   own(a);
-  twin(b);
+  expected(b);
   ASSERT_TRUE(sameImage(a, b)) << img.nx() << " x " << img.ny();
 }
 

@@ -61,7 +61,7 @@ TEST(Relabel, LeavesANullImage) {
   EXPECT_TRUE(sameImage(labels, blank<short>({4, 0})));
 }
 
-TEST(Relabel, EqualsItsTwin) {
+TEST(Relabel, MatchesReference) {
   Random random(5);
   for (const Shape& shape :
        {Shape{1, 1}, Shape{30, 1}, Shape{1, 30}, Shape{8, 7, 3}, Shape{5, 4, 1, 2, 2}}) {
@@ -70,10 +70,10 @@ TEST(Relabel, EqualsItsTwin) {
       for (int i = 0; i < labels.npix(); ++i) {
         labels.pixels()[i] = static_cast<short>(randomInt(random, -2, most));
       }
-      image<short> twin = labels.duplicate();
+      image<short> expected = labels.duplicate();
       orva::bip::relabel(labels);
-      reference::relabel(twin);
-      EXPECT_TRUE(sameImage(labels, twin));
+      reference::relabel(expected);
+      EXPECT_TRUE(sameImage(labels, expected));
     }
   }
 }
@@ -110,7 +110,7 @@ TEST(IsBinaryImage, IsFalseForEveryOtherPixelType) {
   EXPECT_FALSE(orva::bip::isBinaryImage(blank<short>({0, 1})));
 }
 
-TEST(IsBinaryImage, EqualsItsTwin) {
+TEST(IsBinaryImage, MatchesReference) {
   Random random(6);
   for (int round = 0; round < 40; ++round) {
     auto img = orva_test::randomMask(random, {randomInt(random, 1, 9), 3, 2}, 0.5);
@@ -135,15 +135,15 @@ TEST(Reverse, LeavesANullImage) {
   EXPECT_TRUE(sameImage(img, blank<unsigned char>({5, 5, 0})));
 }
 
-TEST(Reverse, EqualsItsTwinAndUndoesItself) {
+TEST(Reverse, MatchesReferenceAndUndoesItself) {
   Random random(7);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto before = randomImage<unsigned char>(random, {nx, randomInt(random, 1, 3)});
     image<unsigned char> img = before.duplicate();
-    image<unsigned char> twin = before.duplicate();
+    image<unsigned char> expected = before.duplicate();
     orva::bip::reverse(img);
-    reference::reverse(twin);
-    EXPECT_TRUE(sameImage(img, twin));
+    reference::reverse(expected);
+    EXPECT_TRUE(sameImage(img, expected));
     orva::bip::reverse(img);
     EXPECT_TRUE(sameImage(img, before));
   }

@@ -196,7 +196,7 @@ TEST(RemoveInternalStructures, FillsMoreHolesThanThereAreLabels) {
   EXPECT_EQ(static_cast<int>(result.min()), 255);
 }
 
-void expectLikeTwin(const Mask& mask, const image<short>& labels) {
+void expectMatchesReference(const Mask& mask, const image<short>& labels) {
   EXPECT_TRUE(sameImage(eroded(mask), after<unsigned char>(reference::erode, mask)));
   EXPECT_TRUE(sameImage(dilated(mask), after<unsigned char>(reference::dilate, mask)));
   EXPECT_TRUE(
@@ -204,19 +204,19 @@ void expectLikeTwin(const Mask& mask, const image<short>& labels) {
   EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
 }
 
-TEST(Morphology, EqualsItsTwinForEveryWidth) {
+TEST(Morphology, MatchesReferenceForEveryWidth) {
   Random random(1);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 12)};
-    expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 2));
+    expectMatchesReference(randomMix(random, shape), randomLabels(random, shape, 2));
   }
 }
 
-TEST(Morphology, EqualsItsTwinForOddShapes) {
+TEST(Morphology, MatchesReferenceForOddShapes) {
   Random random(2);
   for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 10; ++round) {
-      expectLikeTwin(randomMix(random, shape), randomLabels(random, shape, 1));
+      expectMatchesReference(randomMix(random, shape), randomLabels(random, shape, 1));
     }
   }
 }

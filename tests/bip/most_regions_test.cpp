@@ -165,10 +165,10 @@ TEST_P(MostRegions, SpreadOverTheirSurroundings) {
   for (int x = 1; x < width; x += 2) mask.setPixel(x, 1, 255.0F);
   Labels labels(0, 1, 1, 1, 1);
   errorsOf([&] { labels = orva::bip::regions(mask); });
-  Labels twin = labels.duplicate();
+  Labels expected = labels.duplicate();
   orva::bip::propagate(labels, 3.0F);
-  reference::propagate(twin, 3.0F);
-  EXPECT_TRUE(sameImage(labels, twin));
+  reference::propagate(expected, 3.0F);
+  EXPECT_TRUE(sameImage(labels, expected));
   EXPECT_EQ(labels.max(), static_cast<short>(std::min(GetParam(), kMost) - 1));
   if (isTooMany()) {
     // A dot without a label is background, and takes that of a neighbour.

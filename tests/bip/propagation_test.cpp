@@ -272,7 +272,7 @@ TEST(Propagate, OfNegativeSizesWithAPositiveProductChangesNothing) {
   EXPECT_EQ(pixelsOf(labels), before);
 }
 
-void expectLikeTwin(const image<short>& labels) {
+void expectMatchesReference(const image<short>& labels) {
   const float above = std::nextafter(10000.0F, kInfinity);
   for (const float d : {0.0F, -1.0F, 0.5F, 1.0F, 1.4F, kRoot2, 1.5F, kRoot3, 2.0F, 2.5F, 7.3F,
                         9999.0F, 10000.0F, above, 10001.0F, kInfinity, kNaN}) {
@@ -282,20 +282,20 @@ void expectLikeTwin(const image<short>& labels) {
   }
 }
 
-TEST(Propagate, EqualsItsTwinForOddShapesAndEveryWidth) {
+TEST(Propagate, MatchesReferenceForOddShapesAndEveryWidth) {
   Random random(3);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
-    expectLikeTwin(randomSeeds(random, shape));
+    expectMatchesReference(randomSeeds(random, shape));
   }
 }
 
-TEST(Propagate, EqualsItsTwinForManyPlanesAndVolumes) {
+TEST(Propagate, MatchesReferenceForManyPlanesAndVolumes) {
   Random random(4);
   for (int nx = 1; nx <= 130; ++nx) {
-    expectLikeTwin(randomSeeds(random, {nx, randomInt(random, 3, 25)}));
+    expectMatchesReference(randomSeeds(random, {nx, randomInt(random, 3, 25)}));
   }
   for (int round = 0; round < 60; ++round) {
-    expectLikeTwin(randomSeeds(
+    expectMatchesReference(randomSeeds(
         random, {randomInt(random, 1, 14), randomInt(random, 1, 14), randomInt(random, 1, 8)}));
   }
 }

@@ -248,7 +248,7 @@ template <class T>
 class RegionFeaturesOf : public testing::Test {};
 TYPED_TEST_SUITE(RegionFeaturesOf, orva_test::PixelTypes);
 
-TYPED_TEST(RegionFeaturesOf, EveryPixelTypeEqualTheirTwin) {
+TYPED_TEST(RegionFeaturesOf, EveryPixelTypeMatchReference) {
   Random random(4);
   for (const Shape& shape : orva_test::oddShapes()) {
     for (const int most : {0, 3, 30}) {
@@ -384,7 +384,7 @@ TEST(Histogram, HasAlways256Entries) {
   EXPECT_EQ(orva::bip::histogram(img, -1000, 1000), all);
 }
 
-TEST(Histogram, EqualsItsTwin) {
+TEST(Histogram, MatchesReference) {
   Random random(6);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto img = randomImage<unsigned char>(random, {nx, 3, 1, 2, 1});

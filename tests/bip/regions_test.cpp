@@ -197,8 +197,8 @@ TEST(Regions, BeyondTheMostThatFitAreIgnoredWithAWarning) {
   const image<short> labels = orva::bip::regions(board, n, 255, 1, NEIGHBORHOOD_4);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), overflowMessage);
   EXPECT_EQ(n, 32768);
-  int twin = 0;
-  EXPECT_TRUE(sameImage(labels, reference::regions(board, twin, 255, 1, 4)));
+  int expected = 0;
+  EXPECT_TRUE(sameImage(labels, reference::regions(board, expected, 255, 1, 4)));
   EXPECT_EQ(labels.pixels()[65534], 32767);
   EXPECT_EQ(labels.pixels()[65536], -1);
 }
@@ -226,7 +226,7 @@ TEST(Regions, OfImagesWiderThanSixteenBitsAreConnectedThroughout) {
   }
 }
 
-TEST(Regions, EqualTheirTwin) {
+TEST(Regions, MatchReference) {
   Random random(1);
   for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 12; ++round) {
@@ -240,28 +240,28 @@ TEST(Regions, EqualTheirTwin) {
         for (const int type : {4, 8, 5}) {
           const int reach = randomInt(random, 0, 3);
           int n = -1;
-          int twin = -2;
+          int expected = -2;
           EXPECT_TRUE(sameImage(
               orva::bip::regions(in, n, value, reach, static_cast<NeighborhoodType>(type)),
-              reference::regions(in, twin, value, reach, type)))
+              reference::regions(in, expected, value, reach, type)))
               << "value " << value << " reach " << reach << " type " << type;
-          EXPECT_EQ(n, twin);
+          EXPECT_EQ(n, expected);
         }
       }
     }
   }
 }
 
-TEST(Regions, OfShortImagesEqualTheirTwin) {
+TEST(Regions, OfShortImagesMatchReference) {
   Random random(2);
   for (const Shape& shape : orva_test::oddShapes()) {
     for (int round = 0; round < 12; ++round) {
       const auto in = round == 0 ? randomImage<short>(random, shape)
                                  : orva_test::randomLabels(random, shape, round % 4);
       int n = -1;
-      int twin = -2;
-      EXPECT_TRUE(sameImage(orva::bip::regions(in, n), reference::regions(in, twin)));
-      EXPECT_EQ(n, twin);
+      int expected = -2;
+      EXPECT_TRUE(sameImage(orva::bip::regions(in, n), reference::regions(in, expected)));
+      EXPECT_EQ(n, expected);
     }
   }
 }

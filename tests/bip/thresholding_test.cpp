@@ -120,7 +120,7 @@ template <class T>
 class ThresholdOf : public testing::Test {};
 TYPED_TEST_SUITE(ThresholdOf, orva_test::PixelTypes);
 
-TYPED_TEST(ThresholdOf, EqualsItsTwin) {
+TYPED_TEST(ThresholdOf, MatchesReference) {
   Random random(1);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, shape);
@@ -216,7 +216,7 @@ template <class T>
 class ComputeThresholdOf : public testing::Test {};
 TYPED_TEST_SUITE(ComputeThresholdOf, orva_test::PixelTypes);
 
-TYPED_TEST(ComputeThresholdOf, EqualsItsTwin) {
+TYPED_TEST(ComputeThresholdOf, MatchesReference) {
   Random random(3);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, shape);
@@ -339,7 +339,7 @@ TEST(SelectRegions, LeavesTheRegionsThatHaveNoLabel) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), overflow + overflow);
 }
 
-TEST(SelectRegions, EqualTheirTwinsForOddShapesAndEveryWidth) {
+TEST(SelectRegions, MatchReferenceForOddShapesAndEveryWidth) {
   Random random(4);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
     const Mask mask = randomMix(random, shape);
@@ -348,16 +348,16 @@ TEST(SelectRegions, EqualTheirTwinsForOddShapesAndEveryWidth) {
       const int least = randomInt(random, -1, 6);
       const int most = randomInt(random, -2, 9);
       const auto mean = static_cast<float>(randomInt(random, -300, 300));
-      Mask twin = mask.duplicate();
-      reference::selectRegions(twin, brightness, mean, least);
+      Mask expected = mask.duplicate();
+      reference::selectRegions(expected, brightness, mean, least);
       testing::internal::CaptureStderr();
       Mask own = mask.duplicate();
       orva::bip::selectRegions(own, brightness, mean, least);
       testing::internal::GetCapturedStderr();
-      EXPECT_TRUE(sameImage(own, twin));
-      twin = mask.duplicate();
-      reference::selectRegionsBySize(twin, least, most);
-      EXPECT_TRUE(sameImage(selectedBySize(mask, least, most), twin));
+      EXPECT_TRUE(sameImage(own, expected));
+      expected = mask.duplicate();
+      reference::selectRegionsBySize(expected, least, most);
+      EXPECT_TRUE(sameImage(selectedBySize(mask, least, most), expected));
     }
   }
 }

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "apps/file_error.h"
+#include "formats/file_error.h"
 #include "orva/image/image.h"
 #include "tests/fuzz/fuzz_target.h"
-#include "tests/fuzz/pnm_twin.h"
+#include "tests/fuzz/pnm_reference.h"
 #include "tests/support/reference/image_io.h"
 
 namespace orva_fuzz {
@@ -26,7 +26,7 @@ CommandRead commandRead(const Read& read) {
     require(result.img != nullptr, "an image or an error");
     require(result.img->npix() > 0 && result.img->data() != nullptr, "an image with pixels");
     return result;
-  } catch (const orva_app::FileError& error) {
+  } catch (const orva::formats::FileError& error) {
     require(*error.what() != '\0', "words about what is wrong");
     return {nullptr, error.what()};
   }
@@ -45,15 +45,15 @@ inline void requireSameImage(const orva::Image& a, const orva::Image& b, const c
           what);
 }
 
-// As the plain twin of PGM and PPM files.
-inline void requireSamePnm(const CommandRead& read, const PnmTwin& twin, int format) {
-  require(read.failure == twin.failure, "the failure of the twin");
+// As the reference implementation of PGM and PPM files.
+inline void requireSamePnm(const CommandRead& read, const PnmReference& expected, int format) {
+  require(read.failure == expected.failure, "the failure of the reference");
   if (!read.img) return;
   const orva::Image& img = *read.img;
   const std::vector<int> sizes{img.format(), img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
-  require(sizes == std::vector<int>{format, twin.width, twin.height, 1, 1, 1},
-          "the pixel type and the sizes of the twin");
-  require(reference::pixelBytes(img) == twin.samples, "the pixels of the twin");
+  require(sizes == std::vector<int>{format, expected.width, expected.height, 1, 1, 1},
+          "the pixel type and the sizes of the reference");
+  require(reference::pixelBytes(img) == expected.samples, "the pixels of the reference");
 }
 
 }  // namespace orva_fuzz

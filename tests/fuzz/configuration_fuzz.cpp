@@ -5,7 +5,7 @@
 #include "orva/util/fnp.h"
 #include "orva/util/global.h"
 #include "tests/fuzz/fuzz_target.h"
-#include "tests/fuzz/number_twins.h"
+#include "tests/fuzz/number_reference.h"
 #include "tests/support/reference/text.h"
 
 namespace {
@@ -19,14 +19,15 @@ void requireSameNumbers(std::string text) {
   require(std::bit_cast<std::uint32_t>(orva::toFloat(text)) == bits, "the number of a word");
 }
 
-// The table has the values of the twin, and none for words that the twin has no value for.
+// The table has the values of the reference implementation, and none for words that the reference
+// implementation has no value for.
 void requireSameTable(const std::string& content, const orva::Configure& table) {
-  const auto twin = reference::tableOf(content);
-  for (const auto& [key, value] : twin) {
+  const auto expected = reference::tableOf(content);
+  for (const auto& [key, value] : expected) {
     require(table.property(key) == value, "the value of a key");
   }
   const auto requireNoMore = [&](const std::string& word) {
-    if (!twin.contains(word)) require(table.property(word).empty(), "no value of another word");
+    if (!expected.contains(word)) require(table.property(word).empty(), "no value of another word");
   };
   requireNoMore("");
   // Words of the lines as the table takes them apart, of whole lines, and behind a long line.

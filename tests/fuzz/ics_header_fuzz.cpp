@@ -35,7 +35,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::unique_ptr<char, Free> ownedDataset(dataset);
   const std::unique_ptr<char, Free> ownedType(type);
   using orva_fuzz::require;
-  require(result == expected.result, "the result of the twin");
+  require(result == expected.result, "the result of the reference");
   require(isSame(dataset, expected.dataset), "its data set");
   require(isSame(type, expected.type), "its pixel type");
   require(x == expected.x && y == expected.y && z == expected.z, "its sizes");

@@ -2,15 +2,15 @@
 // first bytes. The first byte of an input chooses a frame or all; colour is asked for in each way.
 #include <optional>
 
-#include "apps/image_file.h"
-#include "apps/silence.h"
+#include "formats/image_file.h"
+#include "formats/silence.h"
 #include "tests/fuzz/command_read.h"
 #include "tests/fuzz/operations/compare.h"
 #include "tests/support/reference/image.h"
 
 namespace {
 
-using orva_app::ColourUse;
+using orva::formats::ColourUse;
 using orva_fuzz::CommandRead;
 using orva_fuzz::require;
 using orva_fuzz::requireSameImage;
@@ -26,9 +26,9 @@ class Reader {
   explicit Reader(std::string_view content) : file_(content) {}
 
   CommandRead read(Frame frame, ColourUse colour) const {
-    const orva_app::Silence silence;
+    const orva::formats::Silence silence;
     return orva_fuzz::commandRead(
-        [&] { return orva_app::readImageFile(file_.name(), frame, colour); });
+        [&] { return orva::formats::readImageFile(file_.name(), frame, colour); });
   }
 
  private:
@@ -44,9 +44,10 @@ void requireBrightness(const orva::Image& img, const orva::Image& kept) {
   const auto* brightness = static_cast<const float*>(img.data());
   const auto* colours = static_cast<const Rgb*>(kept.data());
   for (int i = 0; i < kept.npix(); ++i) {
-    // The twin weighs blue, green, red; a file's colour begins with red.
-    const float twin = Typed<Rgb>::toFloat({colours[i].c2, colours[i].c1, colours[i].c0});
-    require(orva_fuzz::isSame(brightness[i], twin), "the brightness of the colour that is kept");
+    // The reference implementation weighs blue, green, red; a file's colour begins with red.
+    const float expected = Typed<Rgb>::toFloat({colours[i].c2, colours[i].c1, colours[i].c0});
+    require(orva_fuzz::isSame(brightness[i], expected),
+            "the brightness of the colour that is kept");
   }
 }
 

@@ -1,5 +1,5 @@
-// The operations on images, each beside its plain twin. The first byte chooses one of them, which
-// takes bytes for its image and parameters; those that are left are for more.
+// The operations on images, each beside its reference implementation. The first byte chooses one of
+// them, which takes bytes for its image and parameters; those that are left are for more.
 #include <array>
 
 #include "tests/fuzz/operations/operations.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "apps/image_file.h"
+#include "formats/image_file.h"
 #include "tests/fuzz/command_read.h"
 
 namespace {
@@ -64,12 +64,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string content(input.rest());
   const orva_fuzz::ContentFile file(content);
   const CommandRead read = orva_fuzz::commandRead([&] {
-    return isUif ? orva_app::readUifFile(file.name()) : orva_app::readIhtFile(file.name());
+    return isUif ? orva::formats::readUifFile(file.name())
+                 : orva::formats::readIhtFile(file.name());
   });
-  require(read.failure == failureOf(content, isUif ? uif : iht), "the failure of the twin");
+  require(read.failure == failureOf(content, isUif ? uif : iht), "the failure of the reference");
   if (!read.img) return 0;
-  const reference::RawRead twin = isUif ? reference::readUIF(content) : reference::readIHT(content);
-  require(twin.img != nullptr, "an image where the twin has one");
-  orva_fuzz::requireSameImage(*read.img, *twin.img, "the image of the twin");
+  const reference::RawRead expected =
+      isUif ? reference::readUIF(content) : reference::readIHT(content);
+  require(expected.img != nullptr, "an image where the reference has one");
+  orva_fuzz::requireSameImage(*read.img, *expected.img, "the image of the reference");
   return 0;
 }

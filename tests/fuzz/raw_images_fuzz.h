@@ -27,9 +27,10 @@ inline bool isLarge(std::string_view content, const std::array<std::size_t, 3>& 
   return false;
 }
 
-// A reader and its plain twin agree on the content of a file.
+// A reader and its reference implementation agree on the content of a file.
 template <class Read>
-void compareWithTwin(std::string_view content, const Read& read, const reference::RawRead& twin) {
+void compareWithReference(std::string_view content, const Read& read,
+                          const reference::RawRead& expected) {
   const ContentFile file(content);
   std::unique_ptr<orva::Image> img;
   std::string reported;
@@ -38,12 +39,12 @@ void compareWithTwin(std::string_view content, const Read& read, const reference
     img.reset(read(file.name()));
     reported = captured.reported();
   }
-  require((img == nullptr) == (twin.img == nullptr), "an image where the twin has one");
-  require(reported.empty() != twin.badSizes, "a message for impossible sizes only");
+  require((img == nullptr) == (expected.img == nullptr), "an image where the reference has one");
+  require(reported.empty() != expected.badSizes, "a message for impossible sizes only");
   if (!img) return;
-  require(img->format() == twin.img->format(), "the pixel type of the twin");
-  require(img->equalSize(*twin.img), "the size of the twin");
-  require(reference::pixelBytes(*img) == reference::pixelBytes(*twin.img), "its pixels");
+  require(img->format() == expected.img->format(), "the pixel type of the reference");
+  require(img->equalSize(*expected.img), "the size of the reference");
+  require(reference::pixelBytes(*img) == reference::pixelBytes(*expected.img), "its pixels");
 }
 
 }  // namespace orva_fuzz

@@ -9,7 +9,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const orva_fuzz::ContentFile file(content);
   const orva_fuzz::Captured captured;
   const int count = orva::image_io::returnStackCount(file.name());
-  orva_fuzz::require(count == expected.count, "the count of the twin");
-  orva_fuzz::require(captured.printed() == expected.printed, "the lines of the twin");
+  orva_fuzz::require(count == expected.count, "the count of the reference");
+  orva_fuzz::require(captured.printed() == expected.printed, "the lines of the reference");
   return 0;
 }

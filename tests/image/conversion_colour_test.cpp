@@ -126,7 +126,7 @@ TEST(ToRgbImage, HasNoGuardForLuminanceZeroAsIsIntended) {
 }
 
 template <class Sample>
-void expectTwinOfWideColour(Random& random, int format) {
+void expectReferenceOfWideColour(Random& random, int format) {
   for (const Shape& s : orva_test::oddShapes()) {
     std::vector<float> luminances;
     std::vector<Sample> samples;
@@ -143,9 +143,9 @@ void expectTwinOfWideColour(Random& random, int format) {
 
 TEST(ToRgbImage, AgreesWithItsDefinitionForWideColour) {
   Random random(83);
-  expectTwinOfWideColour<short>(random, orva::SHORTRGB);
-  expectTwinOfWideColour<int>(random, orva::INTRGB);
-  expectTwinOfWideColour<float>(random, orva::FLOATRGB);
+  expectReferenceOfWideColour<short>(random, orva::SHORTRGB);
+  expectReferenceOfWideColour<int>(random, orva::INTRGB);
+  expectReferenceOfWideColour<float>(random, orva::FLOATRGB);
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ using orva_test::Shape;
 template <class T>
 class Parts : public testing::Test {
  protected:
-  using Twin = reference::Typed<T>;
+  using Reference = reference::Typed<T>;
 
   // Takes over `part` and compares it with `expected`; both may be null.
   static testing::AssertionResult same(Image* part, const std::unique_ptr<image<T>>& expected) {
@@ -51,7 +51,7 @@ TYPED_TEST(Parts, RoiAgreesWithItsDefinition) {
     };
     const Point3D p1 = corner();
     const Point3D p2 = corner();
-    EXPECT_TRUE(this->same(img.roi(p1, p2), TestFixture::Twin::roi(img, p1, p2)));
+    EXPECT_TRUE(this->same(img.roi(p1, p2), TestFixture::Reference::roi(img, p1, p2)));
   }
 }
 
@@ -88,7 +88,7 @@ TYPED_TEST(Parts, FrameAgreesWithItsDefinition) {
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     for (int f = -1; f <= img.nframes() + 1; ++f) {
-      EXPECT_TRUE(this->same(img.frame(f), TestFixture::Twin::frame(img, f))) << f;
+      EXPECT_TRUE(this->same(img.frame(f), TestFixture::Reference::frame(img, f))) << f;
     }
   }
 }
@@ -99,7 +99,7 @@ TYPED_TEST(Parts, ChannelAgreesWithItsDefinition) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     for (int t = -1; t <= s.nt; ++t)
       for (int c = -1; c <= s.nc; ++c) {
-        EXPECT_TRUE(this->same(img.channel(c, t), TestFixture::Twin::channel(img, c, t)))
+        EXPECT_TRUE(this->same(img.channel(c, t), TestFixture::Reference::channel(img, c, t)))
             << c << " " << t;
       }
   }
@@ -110,7 +110,7 @@ TYPED_TEST(Parts, TimepointAgreesWithItsDefinition) {
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     for (int t = -1; t <= s.nt; ++t) {
-      EXPECT_TRUE(this->same(img.timepoint(t), TestFixture::Twin::timepoint(img, t))) << t;
+      EXPECT_TRUE(this->same(img.timepoint(t), TestFixture::Reference::timepoint(img, t))) << t;
     }
   }
 }
@@ -122,12 +122,12 @@ TYPED_TEST(Parts, AgreeWithTheirDefinitionForEveryWidth) {
     SCOPED_TRACE(width);
     const Point3D p1(randomInt(random, -2, width - 1), randomInt(random, -1, 1), 0);
     const Point3D p2(randomInt(random, p1.x, width + 2), 3, randomInt(random, 0, 7));
-    EXPECT_TRUE(this->same(img.roi(p1, p2), TestFixture::Twin::roi(img, p1, p2)));
+    EXPECT_TRUE(this->same(img.roi(p1, p2), TestFixture::Reference::roi(img, p1, p2)));
     const int f = randomInt(random, 0, 7);
-    EXPECT_TRUE(this->same(img.frame(f), TestFixture::Twin::frame(img, f)));
+    EXPECT_TRUE(this->same(img.frame(f), TestFixture::Reference::frame(img, f)));
     EXPECT_TRUE(
-        this->same(img.channel(f % 2, f / 4), TestFixture::Twin::channel(img, f % 2, f / 4)));
-    EXPECT_TRUE(this->same(img.timepoint(f % 2), TestFixture::Twin::timepoint(img, f % 2)));
+        this->same(img.channel(f % 2, f / 4), TestFixture::Reference::channel(img, f % 2, f / 4)));
+    EXPECT_TRUE(this->same(img.timepoint(f % 2), TestFixture::Reference::timepoint(img, f % 2)));
   }
 }
 
@@ -168,7 +168,7 @@ TYPED_TEST(Parts, ScaleAgreesWithItsDefinition) {
     const int sx = randomInt(random, -1, 30);
     const int sy = randomInt(random, -1, 20);
     const int sz = randomInt(random, -1, 8);
-    EXPECT_TRUE(this->same(img.scale(sx, sy, sz), TestFixture::Twin::scale(img, sx, sy, sz)))
+    EXPECT_TRUE(this->same(img.scale(sx, sy, sz), TestFixture::Reference::scale(img, sx, sy, sz)))
         << sx << " " << sy << " " << sz;
   }
 }
@@ -178,7 +178,7 @@ TYPED_TEST(Parts, ScaleAgreesWithItsDefinitionForEveryWidth) {
   for (int width = 1; width <= 130; ++width) {
     const image<TypeParam> img = randomImage<TypeParam>(random, {width, 2});
     const int sx = randomInt(random, 1, 130);
-    EXPECT_TRUE(this->same(img.scale(sx, 3, 1), TestFixture::Twin::scale(img, sx, 3, 1)));
+    EXPECT_TRUE(this->same(img.scale(sx, 3, 1), TestFixture::Reference::scale(img, sx, 3, 1)));
   }
 }
 

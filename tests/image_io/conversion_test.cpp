@@ -1,4 +1,4 @@
-// Images of another pixel type, against their plain twins.
+// Images of another pixel type, against their reference implementations.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -40,7 +40,7 @@ using testing::internal::GetCapturedStdout;
 struct Format {
   std::string name;
   std::function<Image*(const std::string&)> read;
-  std::function<reference::RawRead(const std::string&)> twin;
+  std::function<reference::RawRead(const std::string&)> expected;
   std::size_t headerSize;
   // The header of an image of these sizes and this format code.
   std::function<std::string(int width, int height, int planes, int format)> header;
@@ -75,7 +75,7 @@ class Raw : public testing::Test {
   // Reads a file with this content and compares with the definition, messages included.
   void expectAsDefined(const Format& format, const std::string& content) const {
     orva_test::writeFile(file(), content);
-    const reference::RawRead expected = format.twin(content);
+    const reference::RawRead expected = format.expected(content);
     CaptureStderr();
     CaptureStdout();
     const std::unique_ptr<Image> img(format.read(file()));
@@ -263,7 +263,7 @@ TEST_F(Raw, SizesThatNoImageMayHaveAreRefused) {
     for (const Row& row : rows) {
       for (const int code : {0, 1, 3, 4, 5, 6}) {
         const std::string content = f.header(row.width, row.height, row.planes, code) + "pixels";
-        ASSERT_TRUE(f.twin(content).badSizes);
+        ASSERT_TRUE(f.expected(content).badSizes);
         expectAsDefined(f, content);
       }
     }

@@ -141,7 +141,7 @@ TEST(TopByPixelNumber, OfAVeryWideRangeIsExactAsFarAsFloatsAre) {
   }
 }
 
-TEST(TopByPixelNumber, EqualsItsTwinWhereverTheRangeGetsWide) {
+TEST(TopByPixelNumber, MatchesReferenceWhereTheRangeGetsWide) {
   Random random(1);
   for (const int range : {1, 2, 1000, 65535, 1048574, 1048575, 1048576, 1048577, 10000000}) {
     for (const int low : {0, -range / 2, -range, 3}) {
@@ -270,7 +270,7 @@ TEST(MeanOfTopOfAnArray, OfOneLevelIsThatLevel) {
   EXPECT_EQ(meanOfTopByPercentage(Floats{-4.5F}, 0.0F), -4.0F);
 }
 
-TEST(MeanOfTopOfAnArray, EqualsItsTwin) {
+TEST(MeanOfTopOfAnArray, MatchesReference) {
   Random random(2);
   for (const float width : {1.0F, 30.0F, 3000.0F, 2e9F}) {
     std::uniform_real_distribution<float> value(-width, width);
@@ -330,7 +330,7 @@ template <class T>
 class BrightestPixelsOf : public testing::Test {};
 TYPED_TEST_SUITE(BrightestPixelsOf, orva_test::PixelTypes);
 
-TYPED_TEST(BrightestPixelsOf, EqualTheirTwins) {
+TYPED_TEST(BrightestPixelsOf, MatchReference) {
   Random random(3);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
     const auto img = randomBrightness<TypeParam>(random, shape);

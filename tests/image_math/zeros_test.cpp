@@ -150,7 +150,7 @@ TEST(FindZerosOfBoth, OfNegativeSizesWithAPositiveProductAreNone) {
   EXPECT_TRUE(findZeros(img, odd).empty());
 }
 
-TEST(FindZeros, EqualTheirTwinsForOddShapesAndEveryWidth) {
+TEST(FindZeros, MatchReferenceForOddShapesAndEveryWidth) {
   Random random(3);
   for (const Shape& shape : orva_test::oddShapesAndWidths()) {
     for (const int rows : {shape.ny, shape.ny + 6}) {
@@ -168,7 +168,7 @@ template <class T>
 class FindZerosOf : public testing::Test {};
 TYPED_TEST_SUITE(FindZerosOf, orva_test::PixelTypes);
 
-TYPED_TEST(FindZerosOf, EqualTheirTwins) {
+TYPED_TEST(FindZerosOf, MatchReference) {
   Random random(4);
   for (int nx = 1; nx <= 130; nx += 3) {
     const Shape shape{nx, 9};

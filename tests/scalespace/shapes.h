@@ -1,4 +1,5 @@
-// Shapes and scales for the comparisons of scale-space operations with their twins.
+// Shapes and scales for the comparisons of scale-space operations with the reference
+// implementations.
 #ifndef ORVA_TESTS_SCALESPACE_SHAPES_H
 #define ORVA_TESTS_SCALESPACE_SHAPES_H
 

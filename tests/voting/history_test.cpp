@@ -114,11 +114,11 @@ TEST_F(History, HoldsTheAccumulatorWithoutItsMarginBeforeEveryPass) {
   const VotingParams params = paramsOf(20, 10);
   const auto img = discImage<unsigned char>({37, 26}, {{12, 11, 6}, {28, 16, 5}}, 200, 30);
   computed(params, "p_", img);
-  const reference::Voting twin = reference::compute(params, img);
-  ASSERT_EQ(twin.history.size(), 6U);
-  for (const auto& [width, acc] : twin.history) {
+  const reference::Voting expected = reference::compute(params, img);
+  ASSERT_EQ(expected.history.size(), 6U);
+  for (const auto& [width, acc] : expected.history) {
     const std::string name = "p_vote_" + labelOf(width);
-    EXPECT_TRUE(content(name + ".ids") == innerBytes(acc, twin.margin)) << name;
+    EXPECT_TRUE(content(name + ".ids") == innerBytes(acc, expected.margin)) << name;
     EXPECT_GT(acc.max(), 0.0F);
   }
 }
@@ -177,16 +177,16 @@ TEST_F(History, ThatCannotBeWrittenDoesNotChangeTheResult) {
 TEST_F(History, ThatIsCutOffIsReportedPairByPairAndDoesNotChangeTheResult) {
   const VotingParams params = paramsOf(20, 10);
   const auto img = discImage<unsigned char>({37, 26}, {{12, 11, 6}, {28, 16, 5}}, 200, 30);
-  const reference::Voting twin = reference::compute(params, img);
+  const reference::Voting expected = reference::compute(params, img);
   computed(params, "", img);
   for (const std::size_t room : {0U, 1U, 100U, 1000U, 3847U, 3848U}) {
     SCOPED_TRACE(room);
-    std::string expected;
+    std::string messages;
     for (const char* label : {"10", "06", "04", "02", "01", "00"}) {
       for (const char* extension : {".ics", ".ids"}) {
         const std::string name = "vote_" + std::string(label) + extension;
         if (room >= content(name).size()) continue;
-        expected += "In image_io::writeICS\n   Error in writing " + prefix("cut_" + name) + "\n";
+        messages += "In image_io::writeICS\n   Error in writing " + prefix("cut_" + name) + "\n";
       }
     }
     Probe probe(params);
@@ -196,8 +196,8 @@ TEST_F(History, ThatIsCutOffIsReportedPairByPairAndDoesNotChangeTheResult) {
       const orva_test::ResourceLimit limit(RLIMIT_FSIZE, static_cast<long>(room));
       probe.compute(img);
     });
-    EXPECT_EQ(heard, expected);
-    orva_test::expectSameVoting(probe, twin);
+    EXPECT_EQ(heard, messages);
+    orva_test::expectSameVoting(probe, expected);
   }
 }
 

@@ -126,7 +126,7 @@ std::vector<jint> discs(const Arguments& a, int count, unsigned seed) {
   return pixels;
 }
 
-// The same by the plain twins.
+// The same by the reference implementations.
 std::vector<jint> expected(const std::vector<jint>& pixels, const Arguments& a) {
   orva::image<unsigned char> img(a.width, a.height, 1, 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
@@ -153,7 +153,7 @@ std::vector<jint> expected(const std::vector<jint>& pixels, const Arguments& a) 
   return triples;
 }
 
-TEST_F(JavaEntry, IsTheVotingOfThePlainTwin) {
+TEST_F(JavaEntry, MatchesReference) {
   Random random(2);
   int centers = 0;
   for (unsigned round = 0; round < 60; ++round) {

@@ -155,7 +155,7 @@ TEST(GetMeanDirection, OfAConeWithoutCellsLeavesThePoint) {
   EXPECT_TRUE(samePoints({p}, {before}));
 }
 
-TEST(Directions, EqualTheirTwins) {
+TEST(Directions, MatchReference) {
   Random random(1);
   for (int round = 0; round < 20; ++round) {
     VotingParams params;
@@ -170,13 +170,13 @@ TEST(Directions, EqualTheirTwins) {
     for (int i = 0; i < 300; ++i) {
       VPoint2D p = pointAt(randomInt(random, 11, side - 12), randomInt(random, 11, side - 12),
                            randomInt(random, 0, 255), 1.0F);
-      VPoint2D twin = p;
+      VPoint2D expected = p;
       probe.getMaxDirection(p);
-      reference::turnToMax(twin, probe.cones_, probe.acc_);
-      ASSERT_TRUE(samePoints({p}, {twin}));
+      reference::turnToMax(expected, probe.cones_, probe.acc_);
+      ASSERT_TRUE(samePoints({p}, {expected}));
       probe.getMeanDirection(p);
-      reference::turnToMean(twin, probe.cones_, probe.acc_);
-      ASSERT_TRUE(samePoints({p}, {twin}));
+      reference::turnToMean(expected, probe.cones_, probe.acc_);
+      ASSERT_TRUE(samePoints({p}, {expected}));
     }
   }
 }
@@ -231,14 +231,14 @@ TEST(Vote, OfANegativeConeWidthIsThePlainPassOnly) {
   probe.points_ = {pointAt(15, 15, 0, 1.0F), pointAt(25, 20, 130, 3.0F)};
   VotingParams unrepaired = params;
   unrepaired.coneWidth = -1;
-  const reference::Voting twin = reference::vote(unrepaired, probe.points_, side, side);
+  const reference::Voting expected = reference::vote(unrepaired, probe.points_, side, side);
   probe.vote();
-  EXPECT_TRUE(sameImage(probe.acc_, twin.acc));
+  EXPECT_TRUE(sameImage(probe.acc_, expected.acc));
   EXPECT_TRUE(sameImage(probe.prevAcc_, blank<float>({side, side})));
-  EXPECT_TRUE(samePoints(probe.points_, twin.points));
+  EXPECT_TRUE(samePoints(probe.points_, expected.points));
 }
 
-TEST(Vote, OfPlacedPointsEqualsItsTwin) {
+TEST(Vote, OfPlacedPointsMatchesReference) {
   Random random(2);
   for (int round = 0; round < 10; ++round) {
     VotingParams params;
@@ -253,12 +253,12 @@ TEST(Vote, OfPlacedPointsEqualsItsTwin) {
                                       std::uniform_real_distribution<float>(0.0F, 3.0F)(random)));
       probe.points_.back().offset = -5;
     }
-    const reference::Voting twin = reference::vote(params, probe.points_, side, side);
+    const reference::Voting expected = reference::vote(params, probe.points_, side, side);
     probe.vote();
-    EXPECT_TRUE(sameImage(probe.acc_, twin.acc));
-    EXPECT_TRUE(sameImage(probe.prevAcc_, twin.prevAcc));
-    EXPECT_TRUE(samePoints(probe.points_, twin.points));
-    EXPECT_TRUE(orva_test::sameCones(probe.cones_, twin.cones));
+    EXPECT_TRUE(sameImage(probe.acc_, expected.acc));
+    EXPECT_TRUE(sameImage(probe.prevAcc_, expected.prevAcc));
+    EXPECT_TRUE(samePoints(probe.points_, expected.points));
+    EXPECT_TRUE(orva_test::sameCones(probe.cones_, expected.cones));
   }
 }
 

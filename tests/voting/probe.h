@@ -1,4 +1,5 @@
-// The voting engine with its state laid open, images for it, and comparison with its twin.
+// The voting engine with its state laid open, images for it, and comparison with the reference
+// implementation.
 #ifndef ORVA_TESTS_VOTING_PROBE_H
 #define ORVA_TESTS_VOTING_PROBE_H
 
@@ -134,15 +135,15 @@ inline ::testing::AssertionResult sameCones(const std::vector<orva::voting::Cone
 }
 
 // Everything that a first computation leaves behind.
-inline void expectSameVoting(Probe& probe, const reference::Voting& twin) {
-  EXPECT_EQ(coordinates(probe.centers()), coordinates(twin.centers));
-  EXPECT_TRUE(sameFloats(probe.center_weights(), twin.weights));
-  EXPECT_TRUE(sameImage(probe.votingImage(), twin.votingImage));
-  EXPECT_TRUE(sameImage(probe.acc_, twin.acc));
-  EXPECT_TRUE(sameImage(probe.prevAcc_, twin.prevAcc));
-  EXPECT_TRUE(samePoints(probe.points_, twin.points));
-  EXPECT_TRUE(sameCones(probe.cones_, twin.cones));
-  EXPECT_EQ(probe.margin_, twin.margin);
+inline void expectSameVoting(Probe& probe, const reference::Voting& expected) {
+  EXPECT_EQ(coordinates(probe.centers()), coordinates(expected.centers));
+  EXPECT_TRUE(sameFloats(probe.center_weights(), expected.weights));
+  EXPECT_TRUE(sameImage(probe.votingImage(), expected.votingImage));
+  EXPECT_TRUE(sameImage(probe.acc_, expected.acc));
+  EXPECT_TRUE(sameImage(probe.prevAcc_, expected.prevAcc));
+  EXPECT_TRUE(samePoints(probe.points_, expected.points));
+  EXPECT_TRUE(sameCones(probe.cones_, expected.cones));
+  EXPECT_EQ(probe.margin_, expected.margin);
 }
 
 struct Disc {

@@ -1,4 +1,4 @@
-// Results beside those of the plain twins: bit for bit, but any NaN equals any NaN.
+// Results beside those of the reference implementations: bit for bit, but any NaN equals any NaN.
 #ifndef ORVA_TESTS_FUZZ_OPERATIONS_COMPARE_H
 #define ORVA_TESTS_FUZZ_OPERATIONS_COMPARE_H
 
@@ -41,14 +41,15 @@ bool isSame(const std::vector<T>& a, const std::vector<T>& b) {
                     [](const T& v, const T& w) { return isSame(v, w); });
 }
 
-// No image where the twin has none.
+// No image where the reference implementation has none.
 inline bool isSame(const orva::Image* a, const orva::Image* b) {
   return a == nullptr || b == nullptr ? a == b : isSame(*a, *b);
 }
 
-template <class Result, class Twin = Result>
-void requireSame(const Result& result, const Twin& twin, const char* operation) {
-  if (!isSame(result, twin)) require(false, (std::string(operation) + " as its twin").c_str());
+template <class Result, class Reference = Result>
+void requireSame(const Result& result, const Reference& expected, const char* operation) {
+  if (!isSame(result, expected))
+    require(false, (std::string(operation) + " as the reference").c_str());
 }
 
 }  // namespace orva_fuzz

@@ -24,9 +24,10 @@ std::unique_ptr<Image> owned(image<T>* part) {
 }
 
 template <class T>
-void requireSamePart(image<T>* part, const typename Typed<T>::Part& twin, const char* operation) {
+void requireSamePart(image<T>* part, const typename Typed<T>::Part& expected,
+                     const char* operation) {
   const std::unique_ptr<Image> result = owned(part);
-  requireSame<const Image*>(result.get(), twin.get(), operation);
+  requireSame<const Image*>(result.get(), expected.get(), operation);
 }
 
 // The bytes, but for those of a NaN.
@@ -64,7 +65,7 @@ void pixels(Input& in) {
     const int i = number % img.npix();
     requireSame(img.pixel(i), Typed<T>::toFloat(img.pixels()[i]), "pixel");
     img.setPixel(i, value);
-    require(isSamePixel(img.pixels()[i], Typed<T>::fromFloat(value)), "setPixel as its twin");
+    require(isSamePixel(img.pixels()[i], Typed<T>::fromFloat(value)), "setPixel as the reference");
     img.pixels()[i] = picture.pixels()[i];
     requireSame<Image>(img, picture, "setPixel of one pixel alone");
   });
@@ -75,8 +76,8 @@ void extremes(Input& in) {
   withPicture(in, shape, []<class T>(const image<T>& img) {
     const T least = Typed<T>::smallest(img);
     const T most = Typed<T>::largest(img);
-    require(isSamePixel(img.min(), least), "min as its twin");
-    require(isSamePixel(img.max(), most), "max as its twin");
+    require(isSamePixel(img.min(), least), "min as the reference");
+    require(isSamePixel(img.max(), most), "max as the reference");
     requireSame(img.fmin(), Typed<T>::toFloat(least), "fmin");
     requireSame(img.fmax(), Typed<T>::toFloat(most), "fmax");
   });
@@ -108,7 +109,7 @@ void byteOrder(Input& in) {
   orva::image_io::adjust_byte_order_for_read(*img, inOrder);
   require(reference::pixelBytes(*img) == (inOrder ? before : reversed), "a byte order for reading");
   if (inOrder) orva::image_io::reverse_byte_order(*img);
-  require(reference::pixelBytes(*img) == reversed, "reverse_byte_order as its twin");
+  require(reference::pixelBytes(*img) == reversed, "reverse_byte_order as the reference");
 }
 
 void scale(Input& in) {
@@ -140,9 +141,9 @@ void parts(Input& in) {
 
     const orva::Roi rectangle(bounds[0], bounds[1], bounds[3], bounds[4]);
     const std::unique_ptr<Image> sub(rectangle.getSubImage(img));
-    const auto twin = Typed<T>::roi(img, orva::Point3D(bounds[0], bounds[1], 0),
-                                    orva::Point3D(bounds[3], bounds[4], 0));
-    requireSame<const Image*>(sub.get(), twin.get(), "getSubImage");
+    const auto expected = Typed<T>::roi(img, orva::Point3D(bounds[0], bounds[1], 0),
+                                        orva::Point3D(bounds[3], bounds[4], 0));
+    requireSame<const Image*>(sub.get(), expected.get(), "getSubImage");
   });
 }
 
@@ -150,9 +151,9 @@ void interior(Input& in) {
   const Shape s = takeShape(in);
   const image<unsigned char> img = orva_test::blank<unsigned char>(s);
   const int frames = s.nz * s.nc * s.nt;
-  require(img.interior() == reference::interior(s.nx, s.ny, frames), "interior as its twin");
+  require(img.interior() == reference::interior(s.nx, s.ny, frames), "interior as the reference");
   require(Image::interior(s.nx, s.ny, s.nz) == reference::interior(s.nx, s.ny, s.nz),
-          "interior of three sizes as its twin");
+          "interior of three sizes as the reference");
 }
 
 }  // namespace orva_fuzz

@@ -30,31 +30,31 @@ void binaryImages(Input& in) {
               "isBinaryImage of any image");
   image<unsigned char> mask = takeMask(in, shape);
   requireSame(orva::bip::isBinaryImage(mask), reference::isBinaryImage(mask), "isBinaryImage");
-  image<unsigned char> twin = mask.duplicate();
+  image<unsigned char> expected = mask.duplicate();
   orva::bip::reverse(mask);
-  reference::reverse(twin);
-  requireSame(mask, twin, "reverse");
+  reference::reverse(expected);
+  requireSame(mask, expected, "reverse");
 }
 
 void erodeAndDilate(Input& in) {
   const Shape shape = takeShape(in);
   image<unsigned char> mask = takeMask(in, shape);
-  image<unsigned char> maskTwin = mask.duplicate();
+  image<unsigned char> expectedMask = mask.duplicate();
   for (int n = in.between(1, 4); n > 0; --n) {
     if (takeBool(in)) {
       orva::bip::dilate(mask);
-      reference::dilate(maskTwin);
+      reference::dilate(expectedMask);
     } else {
       orva::bip::erode(mask);
-      reference::erode(maskTwin);
+      reference::erode(expectedMask);
     }
-    requireSame(mask, maskTwin, "erode or dilate of a mask");
+    requireSame(mask, expectedMask, "erode or dilate of a mask");
   }
   image<short> labels = takeLabels(in, shape, 32767);
-  image<short> labelsTwin = labels.duplicate();
+  image<short> expectedLabels = labels.duplicate();
   orva::bip::erode(labels);
-  reference::erode(labelsTwin);
-  requireSame(labels, labelsTwin, "erode of labels");
+  reference::erode(expectedLabels);
+  requireSame(labels, expectedLabels, "erode of labels");
 }
 
 void edge(Input& in) {
@@ -71,19 +71,20 @@ void edge(Input& in) {
 void removeInternalStructures(Input& in) {
   const Shape shape = takeShape(in);
   image<unsigned char> mask = takeMask(in, shape);
-  image<unsigned char> twin = mask.duplicate();
+  image<unsigned char> expected = mask.duplicate();
   orva::bip::removeInternalStructures(mask);
-  reference::removeInternalStructures(twin);
-  requireSame(mask, twin, "removeInternalStructures");
+  reference::removeInternalStructures(expected);
+  requireSame(mask, expected, "removeInternalStructures");
 }
 
 void chamfer(Input& in) {
   const bool invert = takeBool(in);
   const int kind = in.between(0, 7);
   const Shape shape = takeShape(in);
-  const auto check = [invert](const orva::Image& img, const image<float>& twin) {
-    requireSame(orva::bip::fchamfer(img), twin, "fchamfer");
-    requireSame(orva::bip::chamfer(img, invert), reference::chamferBytes(twin, invert), "chamfer");
+  const auto check = [invert](const orva::Image& img, const image<float>& expected) {
+    requireSame(orva::bip::fchamfer(img), expected, "fchamfer");
+    requireSame(orva::bip::chamfer(img, invert), reference::chamferBytes(expected, invert),
+                "chamfer");
   };
   if (kind == 7) {
     const auto img = takePicture<float>(in, shape);
@@ -104,10 +105,10 @@ void propagate(Input& in) {
   const float maxDistance = isWhole ? static_cast<float>(in.between(0, 6)) : takeFloat(in);
   const Shape shape = takeShape(in);
   image<short> labels = takeLabels(in, shape, 32767);
-  image<short> twin = labels.duplicate();
+  image<short> expected = labels.duplicate();
   orva::bip::propagate(labels, maxDistance);
-  reference::propagate(twin, maxDistance);
-  requireSame(labels, twin, "propagate");
+  reference::propagate(expected, maxDistance);
+  requireSame(labels, expected, "propagate");
 }
 
 void threshold(Input& in) {

@@ -1,5 +1,6 @@
 // Each function takes images and parameters from an input, calls an operation of the library or a
-// few that belong together, and ends the program where a result is not that of the plain twin.
+// few that belong together, and ends the program where a result is not that of the reference
+// implementation.
 #ifndef ORVA_TESTS_FUZZ_OPERATIONS_OPERATIONS_H
 #define ORVA_TESTS_FUZZ_OPERATIONS_OPERATIONS_H
 

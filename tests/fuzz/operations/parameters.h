@@ -33,7 +33,7 @@ inline bool hasPixels(const Shape& s) {
   return s.nx > 0 && s.ny > 0 && s.nz > 0 && s.nc > 0 && s.nt > 0;
 }
 
-// The same with pixels: for operations whose twins know no other images.
+// The same with pixels: for operations whose reference implementations know no other images.
 Shape takeFilledShape(Input& in);
 
 // Up to 12 x 12 pixels in up to four frames: for operations that take long.

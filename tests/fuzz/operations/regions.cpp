@@ -77,20 +77,20 @@ void regionsOfLabels(Input& in) {
   const image<short> labels = takePicture<short>(in, shape);
   int n = 0;
   int count = 0;
-  const image<short> twin = reference::regions(labels, count);
-  requireSame(orva::bip::regions(labels, n), twin, "regions of shorts");
+  const image<short> expected = reference::regions(labels, count);
+  requireSame(orva::bip::regions(labels, n), expected, "regions of shorts");
   requireSame(n, count, "the number of regions of shorts");
-  requireSame(orva::bip::regions(labels), twin, "regions of shorts without their number");
+  requireSame(orva::bip::regions(labels), expected, "regions of shorts without their number");
 }
 
 void relabel(Input& in) {
   const Shape shape = takeShape(in);
   image<short> labels = takePicture<short>(in, shape);
-  image<short> twin = labels.duplicate();
+  image<short> expected = labels.duplicate();
   requireSame(orva::bip::regionNumber(labels), reference::regionNumber(labels), "regionNumber");
   orva::bip::relabel(labels);
-  reference::relabel(twin);
-  requireSame(labels, twin, "relabel");
+  reference::relabel(expected);
+  requireSame(labels, expected, "relabel");
 }
 
 void regionFeatures(Input& in) {
@@ -134,10 +134,10 @@ void regionIntensityArrays(Input& in) {
   const image<short> labels = takeLabels(in, shape, 32767);
   const std::unique_ptr<orva::Image> brightness = takeAnyPicture(in, other);
   const auto check = [&](const std::vector<std::vector<float>>& lists, int count) {
-    const auto twin = reference::regionIntensityArrays(labels, count, *brightness, sorted);
-    require(lists.size() == twin.size(), "as many lists of brightness");
+    const auto expected = reference::regionIntensityArrays(labels, count, *brightness, sorted);
+    require(lists.size() == expected.size(), "as many lists of brightness");
     for (std::size_t k = 0; k < lists.size(); ++k) {
-      require(sorted ? areSameNumbers(lists[k], twin[k]) : isSame(lists[k], twin[k]),
+      require(sorted ? areSameNumbers(lists[k], expected[k]) : isSame(lists[k], expected[k]),
               "the lists of brightness");
     }
   };
@@ -153,10 +153,10 @@ void selectRegions(Input& in) {
   const Shape other = takeOther(in, shape);
   image<unsigned char> mask = takeMask(in, shape);
   const std::unique_ptr<orva::Image> brightness = takeAnyPicture(in, other);
-  image<unsigned char> twin = mask.duplicate();
+  image<unsigned char> expected = mask.duplicate();
   orva::bip::selectRegions(mask, *brightness, minMean, minSize);
-  reference::selectRegions(twin, *brightness, minMean, minSize);
-  requireSame(mask, twin, "selectRegions");
+  reference::selectRegions(expected, *brightness, minMean, minSize);
+  requireSame(mask, expected, "selectRegions");
 }
 
 void selectRegionsBySize(Input& in) {
@@ -164,10 +164,10 @@ void selectRegionsBySize(Input& in) {
   const int maxSize = takeInt(in);
   const Shape shape = takeShape(in);
   image<unsigned char> mask = takeMask(in, shape);
-  image<unsigned char> twin = mask.duplicate();
+  image<unsigned char> expected = mask.duplicate();
   orva::bip::selectRegionsBySize(mask, minSize, maxSize);
-  reference::selectRegionsBySize(twin, minSize, maxSize);
-  requireSame(mask, twin, "selectRegionsBySize");
+  reference::selectRegionsBySize(expected, minSize, maxSize);
+  requireSame(mask, expected, "selectRegionsBySize");
 }
 
 void boundaries(Input& in) {
@@ -183,16 +183,16 @@ void convexHull(Input& in) {
   // Directions over a half sphere are many.
   const int precision = shape.nz > 1 ? std::min(wanted, 6) : wanted;
   image<short> labels = takeLabels(in, shape, shape.nz > 1 ? 12 : 60);
-  image<short> twin = labels.duplicate();
+  image<short> expected = labels.duplicate();
   if (ofMask) {
     const image<unsigned char> mask = takeMask(in, shape);
     labels = orva::bip::convexHull(mask, precision);
-    twin = reference::convexHull(mask, precision);
+    expected = reference::convexHull(mask, precision);
   } else {
     orva::bip::convexHull(labels, precision);
-    reference::convexHull(twin, precision);
+    reference::convexHull(expected, precision);
   }
-  requireSame(labels, twin, "convexHull");
+  requireSame(labels, expected, "convexHull");
 }
 
 }  // namespace orva_fuzz

@@ -47,15 +47,15 @@ void kernels(Input& in) {
   namespace library = orva::scalespace;
   const float sigma = takeSigma(in);
   const int order = in.between(-2, 8);
-  const int orderOfTwin = std::max(order, 0);
-  const std::vector<float> polynomial = reference::dog(orderOfTwin, sigma);
+  const int knownOrder = std::max(order, 0);
+  const std::vector<float> polynomial = reference::dog(knownOrder, sigma);
   requireSame(library::dog(order, sigma), polynomial, "dog");
 
   int radius = 0;
   const std::unique_ptr<float[]> taps(library::gaussianKernel(sigma, radius, order));
-  const reference::Kernel twin = reference::gaussianKernel(sigma, orderOfTwin);
-  requireSame(radius, twin.radius, "the radius of gaussianKernel");
-  requireSame(std::vector<float>(taps.get(), taps.get() + 2 * radius + 1), twin.taps,
+  const reference::Kernel expected = reference::gaussianKernel(sigma, knownOrder);
+  requireSame(radius, expected.radius, "the radius of gaussianKernel");
+  requireSame(std::vector<float>(taps.get(), taps.get() + 2 * radius + 1), expected.taps,
               "gaussianKernel");
 
   const float at = takeFloat(in);
@@ -163,12 +163,13 @@ void laplaceEquation(Input& in) {
   const Shape other = takeOther(in, shape);
   const image<unsigned char> mask = takeMask(in, other);
   image<float> f = takePicture<float>(in, shape);
-  image<float> twin = f.duplicate();
+  image<float> expected = f.duplicate();
   orva::scalespace::laplaceEquation(f, mask);
-  // The twin knows pixels and masks of the same width and height only; another changes nothing.
+  // The reference implementation knows pixels and masks of the same width and height only; another
+  // changes nothing.
   const bool fits = mask.nx() == f.nx() && mask.ny() == f.ny();
-  if (fits && !f.isNull() && !mask.isNull()) reference::laplaceEquation(twin, mask);
-  requireSame(f, twin, "laplaceEquation");
+  if (fits && !f.isNull() && !mask.isNull()) reference::laplaceEquation(expected, mask);
+  requireSame(f, expected, "laplaceEquation");
 }
 
 void harmonicCut(Input& in) {

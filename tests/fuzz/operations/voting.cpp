@@ -67,14 +67,14 @@ std::unique_ptr<orva::Image> takeVotingPicture(Input& in) {
 }
 
 void requireSamePoints(const std::vector<orva::voting::VPoint2D>& points,
-                       const std::vector<orva::voting::VPoint2D>& twins) {
-  require(points.size() == twins.size(), "as many voting points");
+                       const std::vector<orva::voting::VPoint2D>& expected) {
+  require(points.size() == expected.size(), "as many voting points");
   const auto fields = [](const orva::voting::VPoint2D& p) {
     return std::vector<int>{p.x, p.y, p.cx, p.cy, p.angle, p.offset};
   };
   for (std::size_t i = 0; i < points.size(); ++i) {
-    require(fields(points[i]) == fields(twins[i]), "a voting point as its twin");
-    requireSame(points[i].weight, twins[i].weight, "the weight of a point");
+    require(fields(points[i]) == fields(expected[i]), "a voting point as the reference");
+    requireSame(points[i].weight, expected[i].weight, "the weight of a point");
   }
 }
 
@@ -111,14 +111,14 @@ std::string compute(Probe& probe, const VotingParams& params, const orva::Image&
   return captured.reported();
 }
 
-void requireSameVoting(Probe& probe, const reference::Voting& twin) {
-  requireSame(probe.margin_, twin.margin, "the margin");
-  requireSamePoints(probe.points_, twin.points);
-  requireSame(probe.acc_, twin.acc, "the accumulator");
-  requireSame(probe.prevAcc_, twin.prevAcc, "the previous accumulator");
-  requireSame(probe.votingImage(), twin.votingImage, "the voting image");
-  requireSame(probe.center_weights(), twin.weights, "the weights of the centres");
-  require(orva_test::sameCones(probe.cones_, twin.cones), "the cones as their twins");
+void requireSameVoting(Probe& probe, const reference::Voting& expected) {
+  requireSame(probe.margin_, expected.margin, "the margin");
+  requireSamePoints(probe.points_, expected.points);
+  requireSame(probe.acc_, expected.acc, "the accumulator");
+  requireSame(probe.prevAcc_, expected.prevAcc, "the previous accumulator");
+  requireSame(probe.votingImage(), expected.votingImage, "the voting image");
+  requireSame(probe.center_weights(), expected.weights, "the weights of the centres");
+  require(orva_test::sameCones(probe.cones_, expected.cones), "the cones as the references");
 }
 
 }  // namespace
@@ -133,9 +133,9 @@ void voting(Input& in) {
     require(probe.centers().empty(), "no centres");
     return;
   }
-  const reference::Voting twin = reference::compute(params, *img);
-  requireSameVoting(probe, twin);
-  requireSame(probe.centers(), twin.centers, "the centres");
+  const reference::Voting expected = reference::compute(params, *img);
+  requireSameVoting(probe, expected);
+  requireSame(probe.centers(), expected.centers, "the centres");
 }
 
 // With the same engine; the centres of both computations stay.
@@ -152,9 +152,9 @@ void votingTwice(Input& in) {
   if (hasNoVotes(second, *b)) {
     requireNoVotes(probe, *b, reported);
   } else {
-    const reference::Voting twin = reference::compute(second, *b);
-    requireSameVoting(probe, twin);
-    centers.insert(centers.end(), twin.centers.begin(), twin.centers.end());
+    const reference::Voting expected = reference::compute(second, *b);
+    requireSameVoting(probe, expected);
+    centers.insert(centers.end(), expected.centers.begin(), expected.centers.end());
   }
   requireSame(probe.centers(), centers, "the centres of two computations");
 }
@@ -168,9 +168,9 @@ void cones(Input& in) {
   Probe probe(params);
   orva::voting::WPoint2D::nx = in.between(1, 120);
   probe.computeCones(nearest, farthest, width);
-  const std::vector<orva::voting::Cone2D> twins =
+  const std::vector<orva::voting::Cone2D> expected =
       reference::cones(params.regionType, nearest, farthest, width, orva::voting::WPoint2D::nx);
-  require(orva_test::sameCones(probe.cones_, twins), "computeCones as its twin");
+  require(orva_test::sameCones(probe.cones_, expected), "computeCones as the reference");
   requireSame(probe.nextConeRadius(farthest, width), reference::nextConeRadius(farthest, width),
               "nextConeRadius");
   const float cosine = takeFloat(in);

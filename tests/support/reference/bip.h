@@ -1,5 +1,5 @@
-// Plain twins of the operations of orva/bip/bip.h: one pixel at a time, straight from the
-// definition.
+// Reference implementations of the operations of orva/bip/bip.h: one pixel at a time, straight from
+// the definition.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_BIP_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_BIP_H
 

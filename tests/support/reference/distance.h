@@ -1,4 +1,4 @@
-// Plain twins of the chamfer distances and of the propagation of labels.
+// Reference implementations of the chamfer distances and of the propagation of labels.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_DISTANCE_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_DISTANCE_H
 

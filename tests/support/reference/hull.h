@@ -1,4 +1,4 @@
-// Plain twins of the convex hulls.
+// Reference implementations of the convex hulls.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_HULL_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_HULL_H
 

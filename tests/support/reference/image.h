@@ -1,4 +1,5 @@
-// Plain twins of the operations on images: pixel by pixel, in the order of their definitions.
+// Reference implementations of the operations on images: pixel by pixel, in the order of their
+// definitions.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_H
 

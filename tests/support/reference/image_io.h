@@ -1,5 +1,5 @@
-// Plain twins of the operations of orva/image_io: files as texts of bytes, taken apart from the
-// front to the back. Bytes that are asked for past the end of a text are 0.
+// Reference implementations of the operations of orva/image_io: files as texts of bytes, taken
+// apart from the front to the back. Bytes that are asked for past the end of a text are 0.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_IO_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_IO_H
 

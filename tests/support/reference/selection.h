@@ -1,4 +1,4 @@
-// Plain twins of the thresholds and of the selection of regions.
+// Reference implementations of the thresholds and of the selection of regions.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_SELECTION_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_SELECTION_H
 

@@ -1,4 +1,4 @@
-// Plain twins of the statistics of the brightest pixels and of the zero crossings.
+// Reference implementations of the statistics of the brightest pixels and of the zero crossings.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_STATISTICS_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_STATISTICS_H
 

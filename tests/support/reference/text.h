@@ -1,4 +1,4 @@
-// Plain twins of the readers of text files.
+// Reference implementations of the readers of text files.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_TEXT_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_TEXT_H
 

@@ -1,4 +1,5 @@
-// Plain twin of circular voting: the whole computation, step by step, from its definition.
+// Reference implementation of circular voting: the whole computation, step by step, from its
+// definition.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_VOTING_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_VOTING_H
 

@@ -1,0 +1,124 @@
+#include "formats/image_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "formats/file_error.h"
+#include "formats/text.h"
+
+namespace orva::formats {
+namespace {
+
+using ImagePointer = std::unique_ptr<orva::Image>;
+
+// The first bytes of the file, fewer where it is shorter.
+std::string firstBytes(const std::string& path) {
+  std::error_code ignored;  // opening it says what is wrong
+  const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+  if (std::filesystem::is_directory(status)) throw FileError("is a directory");
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw FileError("is not a regular file");
+  }
+  errno = 0;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw FileError::fromErrno("can not be opened");
+  std::array<char, 8> bytes{};
+  in.read(bytes.data(), bytes.size());
+  return {bytes.data(), static_cast<std::size_t>(in.gcount())};
+}
+
+bool isTiff(std::string_view start) {
+  using namespace std::string_view_literals;
+  const auto magics = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};  // the last two: 64-bit offsets
+  for (const std::string_view magic : magics) {
+    if (start.starts_with(magic)) return true;
+  }
+  return false;
+}
+
+[[noreturn]] void failForFrame(int frame) {
+  throw FileError("there is no frame " + std::to_string(frame));
+}
+
+// The planes, of one size and type, one behind the other in z.
+ImagePointer stackOf(const std::vector<ImagePointer>& planes) {
+  ImagePointer stack(planes.front()->scale(-1, -1, static_cast<int>(planes.size())));
+  auto* to = static_cast<unsigned char*>(stack->data());
+  for (const ImagePointer& plane : planes) {
+    const auto* from = static_cast<const unsigned char*>(plane->data());
+    to = std::copy_n(from, std::ptrdiff_t{plane->npix()} * plane->pixelSize(), to);
+  }
+  return stack;
+}
+
+// Judges every page before the next one takes memory.
+ImagePointer readTiffStack(const std::string& path, ColourUse colour) {
+  constexpr std::size_t kMostPixels = std::numeric_limits<int>::max();
+  std::vector<ImagePointer> planes;
+  readTiffPages(path, [&](const Raster& page) {
+    planes.push_back(page.toImage(colour));
+    const orva::Image& first = *planes.front();
+    const orva::Image& last = *planes.back();
+    if (last.format() != first.format() || !last.equalSize(first)) {
+      throw FileError("its pages differ in size or pixel type; choose one with --frame");
+    }
+    if (planes.size() * static_cast<std::size_t>(first.npix()) > kMostPixels) {
+      throw FileError("the stack is too large");
+    }
+  });
+  return planes.size() == 1 ? std::move(planes.front()) : stackOf(planes);
+}
+
+// The whole of a file that is no TIFF file.
+ImagePointer readWhole(const std::string& path, FileKind kind, ColourUse colour) {
+  switch (kind) {
+    case FileKind::kPgm:
+      return readPgmFile(path);
+    case FileKind::kPpm:
+      return readPpmFile(path).toImage(colour);
+    case FileKind::kPng:
+      return readPngFile(path).toImage(colour);
+    case FileKind::kIht:
+      return readIhtFile(path);
+    case FileKind::kUif:
+      return readUifFile(path);
+    default:
+      throw FileError("is an ICS file, which is written but not read");
+  }
+}
+
+}  // namespace
+
+FileKind kindOf(const std::string& path) {
+  const std::string start = firstBytes(path);
+  const std::string extension = extensionOf(path);
+  if (extension == ".iht") return FileKind::kIht;
+  if (extension == ".uif") return FileKind::kUif;
+  if (extension == ".ics") return FileKind::kIcs;
+  if (isTiff(start)) return FileKind::kTiff;
+  if (start.starts_with("\x89PNG\r\n\x1a\n")) return FileKind::kPng;
+  if (start.starts_with("P5")) return FileKind::kPgm;
+  if (start.starts_with("P6")) return FileKind::kPpm;
+  throw FileError("is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif");
+}
+
+ImagePointer readImageFile(const std::string& path, std::optional<int> frame, ColourUse colour) {
+  const FileKind kind = kindOf(path);
+  if (kind == FileKind::kTiff) {
+    return frame ? readTiffFile(path, *frame).toImage(colour) : readTiffStack(path, colour);
+  }
+  ImagePointer img = readWhole(path, kind, colour);
+  if (!frame) return img;
+  ImagePointer plane(img->frame(*frame));
+  if (!plane) failForFrame(*frame);
+  return plane;
+}
+
+}  // namespace orva::formats

@@ -1,0 +1,42 @@
+// Images from files: PGM, PPM, PNG and TIFF, told apart by their first bytes, and IHT and UIF, told
+// by their names.
+#ifndef ORVA_FORMATS_IMAGE_FILE_H
+#define ORVA_FORMATS_IMAGE_FILE_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "formats/raster.h"
+#include "orva/image/image.h"
+
+namespace orva::formats {
+
+enum class FileKind { kPgm, kPpm, kPng, kTiff, kIht, kUif, kIcs };
+
+// The kind of an image file, ICS headers included. Throws FileError, with a text that goes behind
+// the file's name, for a file that is missing or of another kind.
+FileKind kindOf(const std::string& path);
+
+// For the help of the commands that read images.
+inline constexpr const char* kImageFiles = "PGM, PPM, PNG, TIFF, IHT or UIF file";
+
+// Frame `frame`, counted from 0, of the image file, or all frames as planes in z. Throws FileError
+// as kindOf(), and for a damaged file.
+std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,
+                                           ColourUse colour);
+
+// One reader a format, for a file of that kind.
+std::unique_ptr<orva::Image> readPgmFile(const std::string& path);
+std::unique_ptr<orva::Image> readIhtFile(const std::string& path);
+std::unique_ptr<orva::Image> readUifFile(const std::string& path);
+Raster readPpmFile(const std::string& path);
+Raster readPngFile(const std::string& path);
+Raster readTiffFile(const std::string& path, int frame);
+// Calls take(page) for every page.
+void readTiffPages(const std::string& path, const std::function<void(const Raster&)>& take);
+
+}  // namespace orva::formats
+
+#endif

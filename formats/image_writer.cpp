@@ -1,0 +1,264 @@
+#include "formats/image_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <fstream>
+#include <memory>
+#include <utility>
+
+#include "formats/file_error.h"
+#include "formats/png_encoder.h"
+#include "formats/raster.h"
+#include "formats/silence.h"
+#include "formats/text.h"
+#include "formats/tiff_writer.h"
+#include "orva/image_io/image_io.h"
+
+namespace orva::formats {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = orva::image<unsigned char>;
+using Rgb = orva::GenericRgb<unsigned char>;
+using Files = std::vector<FileContent>;
+using ImagePointer = std::unique_ptr<orva::Image>;
+
+const orva::image<Rgb>* asColour(const orva::Image& img) {
+  return dynamic_cast<const orva::image<Rgb>*>(&img);
+}
+
+void requireOnePlane(const orva::Image& img, const char* format) {
+  if (img.nframes() == 1) return;
+  throw FileError("has " + std::to_string(img.nframes()) + " planes and " + format +
+                  " holds one; choose one with --frame");
+}
+
+// The brightness of a colour image.
+orva::image<float> luminanceOf(const orva::image<Rgb>& img) {
+  orva::image<float> grey(img.nx(), img.ny(), img.nframes(), 1, 1);
+  std::transform(img.pixels(), img.pixels() + img.npix(), grey.pixels(),
+                 brightnessOf<unsigned char>);
+  return grey;
+}
+
+// True when every pixel is a whole number from 0 to `most`.
+bool fits(const orva::Image& img, float most) {
+  for (int i = 0; i < img.npix(); ++i) {
+    const float v = img.pixel(i);
+    if (!(v >= 0.0F && v <= most) || v != std::trunc(v)) return false;
+  }
+  return true;
+}
+
+Bytes copyOf(const orva::Image& img) {
+  Bytes bytes(img.nx(), img.ny(), img.nframes(), 1, 1);
+  for (int i = 0; i < bytes.npix(); ++i) bytes.setPixel(i, img.pixel(i));
+  return bytes;
+}
+
+Bytes greyBytes(const orva::Image& img, Fit fit) {
+  if (const auto* colour = asColour(img)) {
+    orva::image<float> grey = luminanceOf(*colour);
+    std::transform(grey.pixels(), grey.pixels() + grey.npix(), grey.pixels(),
+                   [](float v) { return std::round(v); });
+    return greyBytes(grey, fit);
+  }
+  if (fit == Fit::kStretched) return orva::image_io::convertToByteImage(img, true);
+  if (!fits(img, 255.0F)) {
+    throw FileError("has pixels that do not fit 8 bits; --stretch maps their range to 0..255");
+  }
+  return copyOf(img);
+}
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::string content(static_cast<std::size_t>(fs::file_size(file)), '\0');
+  if (!in.read(content.data(), static_cast<std::streamsize>(content.size()))) {
+    throw FileError(file.string() + " can not be read back");
+  }
+  return content;
+}
+
+// For files that are written by name: calls write(name in a work directory), and takes what it
+// wrote there as the content of `targets`, whose last names are the same.
+template <class Write>
+Files writtenByName(const fs::path& path, const std::vector<fs::path>& targets, Write write) {
+  const WorkDirectory work(path);
+  {
+    const Silence silence;
+    write((work.path() / path.filename()).string());
+    if (!silence.heard().empty()) throw FileError(path.string() + " can not be written");
+  }
+  Files files;
+  for (const fs::path& target : targets) {
+    files.push_back({target, contentOf(work.path() / target.filename())});
+  }
+  return files;
+}
+
+Files pgmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  requireOnePlane(img, "PGM");
+  const Bytes bytes = greyBytes(img, fit);
+  std::string file =
+      "P5\n" + std::to_string(bytes.nx()) + ' ' + std::to_string(bytes.ny()) + "\n255\n";
+  file.append(reinterpret_cast<const char*>(bytes.pixels()),
+              static_cast<std::size_t>(bytes.npix()));
+  return {{path, std::move(file)}};
+}
+
+// The library's writer takes colour as three planes.
+Bytes colourPlanes(const orva::image<Rgb>& img) {
+  Bytes planes(img.nx(), img.ny(), 3, 1, 1);
+  unsigned char* plane = planes.pixels();
+  for (int i = 0; i < img.npix(); ++i) {
+    plane[i] = img.pixels()[i].c0;
+    plane[i + img.npix()] = img.pixels()[i].c1;
+    plane[i + 2 * std::ptrdiff_t{img.npix()}] = img.pixels()[i].c2;
+  }
+  return planes;
+}
+
+Files ppmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  requireOnePlane(img, "PPM");
+  const auto* colour = asColour(img);
+  const Bytes planes = colour != nullptr ? colourPlanes(*colour) : greyBytes(img, fit);
+  return writtenByName(path, {path},
+                       [&](const std::string& name) { orva::image_io::writePPM(name, planes); });
+}
+
+Files pngFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  requireOnePlane(img, "PNG");
+  if (const auto* colour = asColour(img)) {
+    return {{path, encodePng(colour->pixels(), img.nx(), img.ny())}};
+  } else if (fit == Fit::kStretched || fits(img, 255.0F)) {
+    return {{path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny())}};
+  } else if (fits(img, 65535.0F)) {
+    std::vector<std::uint16_t> samples(static_cast<std::size_t>(img.npix()));
+    for (int i = 0; i < img.npix(); ++i) {
+      samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(img.pixel(i));
+    }
+    return {{path, encodePng(samples.data(), img.nx(), img.ny())}};
+  } else {
+    throw FileError("has pixels that do not fit 16 bits; --stretch maps their range to 0..255");
+  }
+}
+
+// In one of the pixel types that IHT files are read with.
+ImagePointer forIht(const orva::Image& img) {
+  if (const auto* colour = asColour(img)) {
+    return std::make_unique<orva::image<float>>(luminanceOf(*colour));
+  }
+  const auto* wide = dynamic_cast<const orva::image<unsigned int>*>(&img);
+  if (wide == nullptr) return ImagePointer(img.copy());
+  auto narrow = std::make_unique<orva::image<int>>(img.nx(), img.ny(), img.nframes(), 1, 1);
+  for (int i = 0; i < img.npix(); ++i) {
+    narrow->pixels()[i] = static_cast<int>(wide->pixels()[i]);
+    if (narrow->pixels()[i] < 0) throw FileError("has pixels above 2147483647, too large for IHT");
+  }
+  return narrow;
+}
+
+Files ihtFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  const ImagePointer result =
+      fit == Fit::kStretched ? std::make_unique<Bytes>(greyBytes(img, fit)) : forIht(img);
+  return writtenByName(path, {path},
+                       [&](const std::string& name) { orva::image_io::writeIHT(name, *result); });
+}
+
+// In bytes, the only pixels that UIF files are read with.
+Files uifFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  const Bytes bytes = greyBytes(img, fit);
+  return writtenByName(path, {path},
+                       [&](const std::string& name) { orva::image_io::writeUIF(name, bytes); });
+}
+
+// In colour as it is.
+ImagePointer stretchedIfAsked(const orva::Image& img, Fit fit) {
+  if (fit == Fit::kExactly || asColour(img) != nullptr) return ImagePointer(img.copy());
+  return std::make_unique<Bytes>(greyBytes(img, fit));
+}
+
+int sampleBytes(const orva::Image& img) {
+  return img.format() == orva::RGB ? img.pixelSize() / 3 : img.pixelSize();
+}
+
+// The library's header states the same byte order for all pixels. Other readers go by it, so here
+// it becomes that of this machine: the bytes' numbers, of which 1 is the least significant.
+void stateByteOrder(std::string& header, int bytes) {
+  std::string line = "representation\tbyte_order";
+  const std::size_t start = header.find(line);
+  for (int i = 1; i <= bytes; ++i) {
+    line += '\t' + std::to_string(std::endian::native == std::endian::little ? i : bytes + 1 - i);
+  }
+  header.replace(start, header.find('\n', start) - start, line);
+}
+
+Files icsFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  const ImagePointer result = stretchedIfAsked(img, fit);
+  Files files = writtenByName(path, filesOf(path.string()), [&](const std::string& name) {
+    orva::image_io::writeICS(name, *result);
+  });
+  stateByteOrder(files.front().content, sampleBytes(*result));
+  return files;
+}
+
+Files tiffFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+  const ImagePointer result = stretchedIfAsked(img, fit);
+  return writtenByName(path, {path},
+                       [&](const std::string& name) { writeTiffFile(name, *result); });
+}
+
+using Encoder = Files (*)(const fs::path&, const orva::Image&, Fit);
+
+struct Format {
+  const char* extension;
+  Encoder encoder;
+};
+
+constexpr std::array kFormats{Format{".pgm", pgmFiles},   Format{".ppm", ppmFiles},
+                              Format{".png", pngFiles},   Format{".tif", tiffFiles},
+                              Format{".tiff", tiffFiles}, Format{".iht", ihtFiles},
+                              Format{".uif", uifFiles},   Format{".ics", icsFiles}};
+
+// Null for an extension that is not known.
+Encoder encoderFor(const std::string& path) {
+  // The library knows ICS names in small letters only.
+  if (fs::path(path).extension() != ".ics" && extensionOf(path) == ".ics") return nullptr;
+  for (const Format& format : kFormats) {
+    if (extensionOf(path) == format.extension) return format.encoder;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::vector<FileContent> encodeImage(const std::string& path, const orva::Image& img, Fit fit) {
+  return encoderFor(path)(path, img, fit);
+}
+
+void writeImageFile(const std::string& path, const orva::Image& img, Fit fit) {
+  writeFiles(encodeImage(path, img, fit));
+}
+
+std::vector<fs::path> filesOf(const std::string& path) {
+  if (extensionOf(path) != ".ics") return {path};
+  return {path, fs::path(path).replace_extension(".ids")};
+}
+
+bool holdsColour(const std::string& path) {
+  const std::string extension = extensionOf(path);
+  return extension != ".pgm" && extension != ".iht" && extension != ".uif";
+}
+
+std::vector<std::string> writableExtensions() {
+  std::vector<std::string> extensions;
+  extensions.reserve(kFormats.size());
+  for (const Format& format : kFormats) extensions.emplace_back(format.extension);
+  return extensions;
+}
+
+bool isWritable(const std::string& path) { return encoderFor(path) != nullptr; }
+
+}  // namespace orva::formats

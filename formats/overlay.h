@@ -1,0 +1,19 @@
+// The picture of a result: the grey image with a coloured cross at each centre.
+#ifndef ORVA_FORMATS_OVERLAY_H
+#define ORVA_FORMATS_OVERLAY_H
+
+#include <string>
+#include <vector>
+
+#include "formats/vote.h"
+#include "orva/image/image.h"
+
+namespace orva::formats {
+
+// A PNG file of the first frame of `img`, stretched to the whole grey range, with orange crosses on
+// a black rim, their arms a quarter of `radius` long but readable in any case.
+std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& centers, int radius);
+
+}  // namespace orva::formats
+
+#endif

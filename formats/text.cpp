@@ -1,0 +1,29 @@
+#include "formats/text.h"
+
+#include <array>
+#include <charconv>
+#include <filesystem>
+
+namespace orva::formats {
+
+std::string shortest(float v) {
+  std::array<char, 32> text{};
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), v).ptr};
+}
+
+std::string csvField(const std::string& text) {
+  if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
+  return quoted + '"';
+}
+
+std::string extensionOf(const std::string& path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return extension;
+}
+
+}  // namespace orva::formats

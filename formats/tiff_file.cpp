@@ -1,0 +1,230 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+#include "formats/image_file.h"
+#include "formats/tiff_handle.h"
+
+namespace orva::formats {
+namespace {
+
+struct Layout {
+  std::size_t width;
+  std::size_t height;
+  std::size_t samples;
+  std::uint16_t bits;
+  std::uint16_t format;
+  std::uint16_t photometric;
+  bool separatePlanes;
+};
+
+Layout layoutOf(const TiffHandle& in) {
+  return {
+      in.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0),
+      in.tag<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0),
+      in.tag<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1),
+      in.tag<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1),
+      in.tag<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT),
+      in.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK),
+      in.tag<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE};
+}
+
+// The type of the samples, if they are grey or red, green and blue of a supported width.
+std::optional<SampleType> sampleTypeOf(const Layout& layout) {
+  const bool isGrey =
+      layout.photometric == PHOTOMETRIC_MINISBLACK || layout.photometric == PHOTOMETRIC_MINISWHITE;
+  const bool isRgb = layout.photometric == PHOTOMETRIC_RGB && layout.samples >= 3;
+  if (!isGrey && !isRgb) return std::nullopt;
+  struct Row {
+    int bits;
+    int format;
+    SampleType type;
+  };
+  constexpr std::array kTypes{
+      Row{8, SAMPLEFORMAT_UINT, SampleType::kUint8},
+      Row{8, SAMPLEFORMAT_INT, SampleType::kInt8},
+      Row{16, SAMPLEFORMAT_UINT, SampleType::kUint16},
+      Row{16, SAMPLEFORMAT_INT, SampleType::kInt16},
+      Row{32, SAMPLEFORMAT_UINT, SampleType::kUint32},
+      Row{32, SAMPLEFORMAT_INT, SampleType::kInt32},
+      Row{32, SAMPLEFORMAT_IEEEFP, SampleType::kFloat32},
+  };
+  const int format = layout.format == SAMPLEFORMAT_VOID ? SAMPLEFORMAT_UINT : layout.format;
+  for (const Row& row : kTypes) {
+    if (row.bits == layout.bits && row.format == format) return row.type;
+  }
+  return std::nullopt;
+}
+
+// A strip or a tile: its place in the image and its size in the file.
+struct Block {
+  std::size_t x;
+  std::size_t y;
+  std::size_t width;
+  std::size_t height;
+};
+
+// Decodes all samples, block by block, into the raster's pixels; planes that lie apart in the file
+// are interleaved.
+class BlockDecoder {
+ public:
+  BlockDecoder(const TiffHandle& in, const Layout& layout, std::size_t sampleBytes)
+      : in_(in),
+        layout_(layout),
+        sampleBytes_(sampleBytes),
+        planes_(layout.separatePlanes ? layout.samples : 1),
+        bytes_((layout.separatePlanes ? 1 : layout.samples) * sampleBytes),
+        tiled_(TIFFIsTiled(in.handle()) != 0) {}
+
+  void decode(Raster& raster) {
+    const std::size_t width = tiled_ ? in_.tag<std::uint32_t>(TIFFTAG_TILEWIDTH, 0) : layout_.width;
+    const std::size_t height =
+        tiled_ ? in_.tag<std::uint32_t>(TIFFTAG_TILELENGTH, 0)
+               : std::min<std::size_t>(in_.tag<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, 0),
+                                       layout_.height);
+    const auto size = tiled_ ? TIFFTileSize(in_.handle()) : TIFFStripSize(in_.handle());
+    if (width == 0 || height == 0 || size <= 0 ||
+        static_cast<std::size_t>(size) < width * height * bytes_) {
+      in_.fail();
+    }
+    if (static_cast<std::size_t>(size) > kMostBytes)
+      throw FileError("a strip or tile is too large");
+    buffer_.reset(new unsigned char[static_cast<std::size_t>(size)]);
+    for (std::size_t plane = 0; plane < planes_; ++plane) {
+      for (std::size_t y = 0; y < layout_.height; y += height) {
+        for (std::size_t x = 0; x < layout_.width; x += width) {
+          read({x, y, width, height}, plane);
+          store({x, y, width, height}, plane, raster);
+        }
+      }
+    }
+  }
+
+ private:
+  void read(const Block& block, std::size_t plane) {
+    const auto x = static_cast<std::uint32_t>(block.x);
+    const auto y = static_cast<std::uint32_t>(block.y);
+    const auto sample = static_cast<std::uint16_t>(plane);
+    const std::size_t rows =
+        tiled_ ? block.height : std::min(block.height, layout_.height - block.y);
+    const auto wanted = static_cast<tmsize_t>(rows * block.width * bytes_);
+    const tmsize_t got =
+        tiled_ ? TIFFReadTile(in_.handle(), buffer_.get(), x, y, 0, sample)
+               : TIFFReadEncodedStrip(in_.handle(), TIFFComputeStrip(in_.handle(), y, sample),
+                                      buffer_.get(), wanted);
+    if (got < wanted) in_.fail();
+  }
+
+  void store(const Block& block, std::size_t plane, Raster& raster) const {
+    const std::size_t rows = std::min(block.height, layout_.height - block.y);
+    const std::size_t columns = std::min(block.width, layout_.width - block.x);
+    for (std::size_t y = 0; y < rows; ++y) {
+      const unsigned char* from = buffer_.get() + y * block.width * bytes_;
+      unsigned char* to =
+          raster.row(block.y + y) + block.x * raster.pixelBytes() + plane * sampleBytes_;
+      if (bytes_ == raster.pixelBytes()) {
+        std::copy_n(from, columns * bytes_, to);
+        continue;
+      }
+      for (std::size_t x = 0; x < columns; ++x) {
+        std::copy_n(from + x * bytes_, bytes_, to + x * raster.pixelBytes());
+      }
+    }
+  }
+
+  const TiffHandle& in_;
+  const Layout& layout_;
+  std::size_t sampleBytes_;
+  std::size_t planes_;
+  std::size_t bytes_;  // of one pixel in a block
+  bool tiled_;
+  std::unique_ptr<unsigned char[]> buffer_;
+};
+
+// Palettes, few bits, subsampled colour and the like, through libtiff's conversion to 8-bit colour.
+Raster readAsColour(const TiffHandle& in, const Layout& layout) {
+  std::array<char, 1024> why{};
+  if (TIFFRGBAImageOK(in.handle(), why.data()) == 0) {
+    throw FileError(std::string("is a TIFF file of an unsupported kind: ") + why.data());
+  }
+  Raster raster(layout.width, layout.height, 4, Meaning::kRgb, SampleType::kUint8);
+  // Not initialised, as a raster is not.
+  const std::size_t count = layout.width * layout.height;
+  const std::unique_ptr<std::uint32_t[]> pixels(new std::uint32_t[count]);
+  if (TIFFReadRGBAImageOriented(in.handle(), static_cast<std::uint32_t>(layout.width),
+                                static_cast<std::uint32_t>(layout.height), pixels.get(),
+                                ORIENTATION_TOPLEFT, 1) == 0) {
+    in.fail();
+  }
+  unsigned char* to = raster.row(0);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint32_t pixel = pixels[i];
+    *to++ = static_cast<unsigned char>(TIFFGetR(pixel));
+    *to++ = static_cast<unsigned char>(TIFFGetG(pixel));
+    *to++ = static_cast<unsigned char>(TIFFGetB(pixel));
+    *to++ = static_cast<unsigned char>(TIFFGetA(pixel));
+  }
+  return raster;
+}
+
+// The page that the file stands at.
+Raster readPage(const TiffHandle& in) {
+  const Layout layout = layoutOf(in);
+  const std::optional<SampleType> type = sampleTypeOf(layout);
+  if (!type) return readAsColour(in, layout);
+  Raster raster(layout.width, layout.height, layout.samples,
+                layout.photometric == PHOTOMETRIC_RGB ? Meaning::kRgb : Meaning::kGrey, *type);
+  BlockDecoder(in, layout, sizeOf(*type)).decode(raster);
+  if (layout.photometric == PHOTOMETRIC_MINISWHITE) raster.invert();
+  return raster;
+}
+
+// A whole number of the file, in its byte order.
+std::uint64_t numberOf(std::istream& file, std::size_t bytes, bool bigEndian) {
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < bytes; ++i) {
+    const auto byte = static_cast<std::uint64_t>(file.get() & 0xFF);
+    value = bigEndian ? value << 8U | byte : value | byte << (8 * i);
+  }
+  return value;
+}
+
+// libtiff takes a page for the last one when the place of the next, at the end of its directory, is
+// cut off.
+void requireEnd(const TiffHandle& in, const std::string& path) {
+  const bool isBig = TIFFIsBigTIFF(in.handle()) != 0;
+  const std::uint64_t start = TIFFCurrentDirOffset(in.handle());
+  const std::uint64_t counterBytes = isBig ? 8 : 2;
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(start));
+  const std::uint64_t entries = numberOf(file, counterBytes, TIFFIsBigEndian(in.handle()) != 0);
+  const std::uint64_t end = start + counterBytes + entries * (isBig ? 20 : 12) + (isBig ? 8 : 4);
+  if (!file || std::filesystem::file_size(path) < end) {
+    throw FileError("is a damaged TIFF file: its last directory is cut off");
+  }
+}
+
+}  // namespace
+
+Raster readTiffFile(const std::string& path, int frame) {
+  const TiffHandle in(path, "r");
+  if (TIFFSetDirectory(in.handle(), static_cast<tdir_t>(frame)) == 0) {
+    throw FileError("there is no frame " + std::to_string(frame) + " in this TIFF file");
+  }
+  return readPage(in);
+}
+
+void readTiffPages(const std::string& path, const std::function<void(const Raster&)>& take) {
+  const TiffHandle in(path, "r");
+  take(readPage(in));
+  while (TIFFLastDirectory(in.handle()) == 0) {
+    if (TIFFReadDirectory(in.handle()) == 0) in.fail();
+    take(readPage(in));
+  }
+  requireEnd(in, path);
+}
+
+}  // namespace orva::formats

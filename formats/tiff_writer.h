@@ -1,0 +1,17 @@
+// Images as TIFF files.
+#ifndef ORVA_FORMATS_TIFF_WRITER_H
+#define ORVA_FORMATS_TIFF_WRITER_H
+
+#include <string>
+
+#include "orva/image/image.h"
+
+namespace orva::formats {
+
+// A page for each frame, in the image's own pixel type, not compressed; with 64-bit offsets from
+// 4 GB on. Throws FileError.
+void writeTiffFile(const std::string& path, const orva::Image& img);
+
+}  // namespace orva::formats
+
+#endif
