@@ -4,47 +4,47 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <fstream>
+#include <locale>
 #include <memory>
+#include <new>
+#include <sstream>
 #include <utility>
 
 #include "formats/file_error.h"
 #include "formats/png_encoder.h"
 #include "formats/raster.h"
-#include "formats/silence.h"
 #include "formats/text.h"
 #include "formats/tiff_writer.h"
+#include "orva/image_io/encode.h"
 #include "orva/image_io/image_io.h"
 
 namespace orva::formats {
 namespace {
 
 namespace fs = std::filesystem;
-using Bytes = orva::image<unsigned char>;
-using Rgb = orva::GenericRgb<unsigned char>;
+using Bytes = image<unsigned char>;
+using Rgb = GenericRgb<unsigned char>;
 using Files = std::vector<FileContent>;
-using ImagePointer = std::unique_ptr<orva::Image>;
+using ImagePointer = std::unique_ptr<Image>;
 
-const orva::image<Rgb>* asColour(const orva::Image& img) {
-  return dynamic_cast<const orva::image<Rgb>*>(&img);
-}
+const image<Rgb>* asColour(const Image& img) { return dynamic_cast<const image<Rgb>*>(&img); }
 
-void requireOnePlane(const orva::Image& img, const char* format) {
+void requireOnePlane(const Image& img, const char* format) {
   if (img.nframes() == 1) return;
   throw FileError("has " + std::to_string(img.nframes()) + " planes and " + format +
                   " holds one; choose one with --frame");
 }
 
 // The brightness of a colour image.
-orva::image<float> luminanceOf(const orva::image<Rgb>& img) {
-  orva::image<float> grey(img.nx(), img.ny(), img.nframes(), 1, 1);
+image<float> luminanceOf(const image<Rgb>& img) {
+  image<float> grey(img.nx(), img.ny(), img.nframes(), 1, 1);
   std::transform(img.pixels(), img.pixels() + img.npix(), grey.pixels(),
                  brightnessOf<unsigned char>);
   return grey;
 }
 
 // True when every pixel is a whole number from 0 to `most`.
-bool fits(const orva::Image& img, float most) {
+bool fits(const Image& img, float most) {
   for (int i = 0; i < img.npix(); ++i) {
     const float v = img.pixel(i);
     if (!(v >= 0.0F && v <= most) || v != std::trunc(v)) return false;
@@ -52,53 +52,37 @@ bool fits(const orva::Image& img, float most) {
   return true;
 }
 
-Bytes copyOf(const orva::Image& img) {
+Bytes copyOf(const Image& img) {
   Bytes bytes(img.nx(), img.ny(), img.nframes(), 1, 1);
   for (int i = 0; i < bytes.npix(); ++i) bytes.setPixel(i, img.pixel(i));
   return bytes;
 }
 
-Bytes greyBytes(const orva::Image& img, Fit fit) {
+Bytes greyBytes(const Image& img, Fit fit) {
   if (const auto* colour = asColour(img)) {
-    orva::image<float> grey = luminanceOf(*colour);
+    image<float> grey = luminanceOf(*colour);
     std::transform(grey.pixels(), grey.pixels() + grey.npix(), grey.pixels(),
                    [](float v) { return std::round(v); });
     return greyBytes(grey, fit);
   }
-  if (fit == Fit::kStretched) return orva::image_io::convertToByteImage(img, true);
+  if (fit == Fit::kStretched) return image_io::convertToByteImage(img, true);
   if (!fits(img, 255.0F)) {
     throw FileError("has pixels that do not fit 8 bits; --stretch maps their range to 0..255");
   }
   return copyOf(img);
 }
 
-std::string contentOf(const fs::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  std::string content(static_cast<std::size_t>(fs::file_size(file)), '\0');
-  if (!in.read(content.data(), static_cast<std::streamsize>(content.size()))) {
-    throw FileError(file.string() + " can not be read back");
-  }
-  return content;
-}
-
-// For files that are written by name: calls write(name in a work directory), and takes what it
-// wrote there as the content of `targets`, whose last names are the same.
+// The bytes that write(stream) puts out.
 template <class Write>
-Files writtenByName(const fs::path& path, const std::vector<fs::path>& targets, Write write) {
-  const WorkDirectory work(path);
-  {
-    const Silence silence;
-    write((work.path() / path.filename()).string());
-    if (!silence.heard().empty()) throw FileError(path.string() + " can not be written");
-  }
-  Files files;
-  for (const fs::path& target : targets) {
-    files.push_back({target, contentOf(work.path() / target.filename())});
-  }
-  return files;
+std::string encoded(Write write) {
+  std::ostringstream out;
+  out.imbue(std::locale::classic());
+  write(out);
+  if (!out) throw std::bad_alloc();  // a stream in memory has no other way to fail
+  return std::move(out).str();
 }
 
-Files pgmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+Files pgmFiles(const fs::path& path, const Image& img, Fit fit) {
   requireOnePlane(img, "PGM");
   const Bytes bytes = greyBytes(img, fit);
   std::string file =
@@ -109,7 +93,7 @@ Files pgmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
 }
 
 // The library's writer takes colour as three planes.
-Bytes colourPlanes(const orva::image<Rgb>& img) {
+Bytes colourPlanes(const image<Rgb>& img) {
   Bytes planes(img.nx(), img.ny(), 3, 1, 1);
   unsigned char* plane = planes.pixels();
   for (int i = 0; i < img.npix(); ++i) {
@@ -120,15 +104,14 @@ Bytes colourPlanes(const orva::image<Rgb>& img) {
   return planes;
 }
 
-Files ppmFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+Files ppmFiles(const fs::path& path, const Image& img, Fit fit) {
   requireOnePlane(img, "PPM");
   const auto* colour = asColour(img);
   const Bytes planes = colour != nullptr ? colourPlanes(*colour) : greyBytes(img, fit);
-  return writtenByName(path, {path},
-                       [&](const std::string& name) { orva::image_io::writePPM(name, planes); });
+  return {{path, encoded([&](std::ostream& out) { image_io::encodePpm(out, planes); })}};
 }
 
-Files pngFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+Files pngFiles(const fs::path& path, const Image& img, Fit fit) {
   requireOnePlane(img, "PNG");
   if (const auto* colour = asColour(img)) {
     return {{path, encodePng(colour->pixels(), img.nx(), img.ny())}};
@@ -146,13 +129,13 @@ Files pngFiles(const fs::path& path, const orva::Image& img, Fit fit) {
 }
 
 // In one of the pixel types that IHT files are read with.
-ImagePointer forIht(const orva::Image& img) {
+ImagePointer forIht(const Image& img) {
   if (const auto* colour = asColour(img)) {
-    return std::make_unique<orva::image<float>>(luminanceOf(*colour));
+    return std::make_unique<image<float>>(luminanceOf(*colour));
   }
-  const auto* wide = dynamic_cast<const orva::image<unsigned int>*>(&img);
+  const auto* wide = dynamic_cast<const image<unsigned int>*>(&img);
   if (wide == nullptr) return ImagePointer(img.copy());
-  auto narrow = std::make_unique<orva::image<int>>(img.nx(), img.ny(), img.nframes(), 1, 1);
+  auto narrow = std::make_unique<image<int>>(img.nx(), img.ny(), img.nframes(), 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
     narrow->pixels()[i] = static_cast<int>(wide->pixels()[i]);
     if (narrow->pixels()[i] < 0) throw FileError("has pixels above 2147483647, too large for IHT");
@@ -160,57 +143,54 @@ ImagePointer forIht(const orva::Image& img) {
   return narrow;
 }
 
-Files ihtFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+Files ihtFiles(const fs::path& path, const Image& img, Fit fit) {
   const ImagePointer result =
       fit == Fit::kStretched ? std::make_unique<Bytes>(greyBytes(img, fit)) : forIht(img);
-  return writtenByName(path, {path},
-                       [&](const std::string& name) { orva::image_io::writeIHT(name, *result); });
+  return {{path, encoded([&](std::ostream& out) { image_io::encodeIht(out, *result); })}};
 }
 
 // In bytes, the only pixels that UIF files are read with.
-Files uifFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+Files uifFiles(const fs::path& path, const Image& img, Fit fit) {
   const Bytes bytes = greyBytes(img, fit);
-  return writtenByName(path, {path},
-                       [&](const std::string& name) { orva::image_io::writeUIF(name, bytes); });
+  return {{path, encoded([&](std::ostream& out) { image_io::encodeUif(out, bytes); })}};
 }
 
 // In colour as it is.
-ImagePointer stretchedIfAsked(const orva::Image& img, Fit fit) {
+ImagePointer stretchedIfAsked(const Image& img, Fit fit) {
   if (fit == Fit::kExactly || asColour(img) != nullptr) return ImagePointer(img.copy());
   return std::make_unique<Bytes>(greyBytes(img, fit));
 }
 
-int sampleBytes(const orva::Image& img) {
+int sampleBytes(const Image& img) {
   return img.format() == orva::RGB ? img.pixelSize() / 3 : img.pixelSize();
 }
 
-// The library's header states the same byte order for all pixels. Other readers go by it, so here
-// it becomes that of this machine: the bytes' numbers, of which 1 is the least significant.
-void stateByteOrder(std::string& header, int bytes) {
-  std::string line = "representation\tbyte_order";
-  const std::size_t start = header.find(line);
+// This machine's byte order as ICS states it: the bytes' numbers, of which 1 is the least
+// significant.
+std::string nativeByteOrder(int bytes) {
+  std::string order;
   for (int i = 1; i <= bytes; ++i) {
-    line += '\t' + std::to_string(std::endian::native == std::endian::little ? i : bytes + 1 - i);
+    if (i > 1) order += '\t';
+    order += std::to_string(std::endian::native == std::endian::little ? i : bytes + 1 - i);
   }
-  header.replace(start, header.find('\n', start) - start, line);
+  return order;
 }
 
-Files icsFiles(const fs::path& path, const orva::Image& img, Fit fit) {
+Files icsFiles(const fs::path& path, const Image& img, Fit fit) {
   const ImagePointer result = stretchedIfAsked(img, fit);
-  Files files = writtenByName(path, filesOf(path.string()), [&](const std::string& name) {
-    orva::image_io::writeICS(name, *result);
-  });
-  stateByteOrder(files.front().content, sampleBytes(*result));
-  return files;
+  const std::vector<fs::path> names = filesOf(path.string());
+  return {{names[0], encoded([&](std::ostream& out) {
+             image_io::encodeIcsHeader(out, path.string(), *result,
+                                       nativeByteOrder(sampleBytes(*result)));
+           })},
+          {names[1], encoded([&](std::ostream& out) { image_io::encodePixels(out, *result); })}};
 }
 
-Files tiffFiles(const fs::path& path, const orva::Image& img, Fit fit) {
-  const ImagePointer result = stretchedIfAsked(img, fit);
-  return writtenByName(path, {path},
-                       [&](const std::string& name) { writeTiffFile(name, *result); });
+Files tiffFiles(const fs::path& path, const Image& img, Fit fit) {
+  return {{path, encodeTiff(*stretchedIfAsked(img, fit))}};
 }
 
-using Encoder = Files (*)(const fs::path&, const orva::Image&, Fit);
+using Encoder = Files (*)(const fs::path&, const Image&, Fit);
 
 struct Format {
   const char* extension;
@@ -234,11 +214,11 @@ Encoder encoderFor(const std::string& path) {
 
 }  // namespace
 
-std::vector<FileContent> encodeImage(const std::string& path, const orva::Image& img, Fit fit) {
+std::vector<FileContent> encodeImage(const std::string& path, const Image& img, Fit fit) {
   return encoderFor(path)(path, img, fit);
 }
 
-void writeImageFile(const std::string& path, const orva::Image& img, Fit fit) {
+void writeImageFile(const std::string& path, const Image& img, Fit fit) {
   writeFiles(encodeImage(path, img, fit));
 }
 

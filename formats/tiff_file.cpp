@@ -210,7 +210,7 @@ void requireEnd(const TiffHandle& in, const std::string& path) {
 }  // namespace
 
 Raster readTiffFile(const std::string& path, int frame) {
-  const TiffHandle in(path, "r");
+  const TiffHandle in(path);
   if (TIFFSetDirectory(in.handle(), static_cast<tdir_t>(frame)) == 0) {
     throw FileError("there is no frame " + std::to_string(frame) + " in this TIFF file");
   }
@@ -218,7 +218,7 @@ Raster readTiffFile(const std::string& path, int frame) {
 }
 
 void readTiffPages(const std::string& path, const std::function<void(const Raster&)>& take) {
-  const TiffHandle in(path, "r");
+  const TiffHandle in(path);
   take(readPage(in));
   while (TIFFLastDirectory(in.handle()) == 0) {
     if (TIFFReadDirectory(in.handle()) == 0) in.fail();

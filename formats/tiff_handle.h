@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <concepts>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -26,13 +27,14 @@ struct CloseTiff {
 // An open file that keeps the first error message instead of printing it.
 class TiffHandle {
  public:
-  // `mode` is libtiff's: "r", "w" or "w8".
-  TiffHandle(const std::string& path, const char* mode) : writes_(*mode == 'w') {
-    const std::unique_ptr<TIFFOpenOptions, FreeOptions> options(TIFFOpenOptionsAlloc());
-    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, this);
-    tiff_.reset(TIFFOpenExt(path.c_str(), mode, options.get()));
-    if (!tiff_) fail();
+  // A file to read.
+  explicit TiffHandle(const std::string& path) : writes_(false) {
+    openWith([&](TIFFOpenOptions* options) { return TIFFOpenExt(path.c_str(), "r", options); });
+  }
+  // One to write, as open(options) gives it.
+  template <std::invocable<TIFFOpenOptions*> Open>
+  explicit TiffHandle(const Open& open) : writes_(true) {
+    openWith(open);
   }
   TiffHandle(const TiffHandle&) = delete;
   TiffHandle& operator=(const TiffHandle&) = delete;
@@ -52,6 +54,15 @@ class TiffHandle {
   }
 
  private:
+  template <class Open>
+  void openWith(const Open& open) {
+    const std::unique_ptr<TIFFOpenOptions, FreeOptions> options(TIFFOpenOptionsAlloc());
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, this);
+    tiff_.reset(open(options.get()));
+    if (!tiff_) fail();
+  }
+
   static int onError(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
                      va_list arguments) {
     std::string& message = static_cast<TiffHandle*>(self)->message_;

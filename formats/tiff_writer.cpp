@@ -1,6 +1,11 @@
 #include "formats/tiff_writer.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <utility>
 
 #include "formats/tiff_handle.h"
 
@@ -13,24 +18,24 @@ struct SampleForm {
   int samples = 1;
 };
 
-SampleForm formOf(const orva::Image& img) {
+SampleForm formOf(const Image& img) {
   switch (img.format()) {
-    case orva::SHORT:
+    case SHORT:
       return {16, SAMPLEFORMAT_INT};
-    case orva::INT:
+    case INT:
       return {32, SAMPLEFORMAT_INT};
-    case orva::UINT:
+    case UINT:
       return {32, SAMPLEFORMAT_UINT};
-    case orva::FLOAT:
+    case FLOAT:
       return {32, SAMPLEFORMAT_IEEEFP};
-    case orva::RGB:
+    case RGB:
       return {8, SAMPLEFORMAT_UINT, 3};
     default:
       return {8, SAMPLEFORMAT_UINT};
   }
 }
 
-void describePage(const TiffHandle& out, const orva::Image& img) {
+void describePage(const TiffHandle& out, const Image& img) {
   TIFF* tiff = out.handle();
   const SampleForm form = formOf(img);
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(img.nx()));
@@ -45,12 +50,59 @@ void describePage(const TiffHandle& out, const orva::Image& img) {
   TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
 }
 
+// The file that libtiff writes, in memory.
+class MemoryFile {
+ public:
+  TIFF* open(const char* mode, TIFFOpenOptions* options) {
+    return TIFFClientOpenExt("TIFF", mode, this, read, write, seek, close, size, nullptr, nullptr,
+                             options);
+  }
+
+  std::string takeContent() { return std::move(content_); }
+
+ private:
+  static MemoryFile& at(thandle_t self) { return *static_cast<MemoryFile*>(self); }
+
+  static tmsize_t read(thandle_t self, void* to, tmsize_t size) {
+    MemoryFile& file = at(self);
+    const std::size_t left = file.content_.size() - std::min(file.place_, file.content_.size());
+    const std::size_t count = std::min(static_cast<std::size_t>(size), left);
+    std::copy_n(file.content_.data() + file.place_, count, static_cast<char*>(to));
+    file.place_ += count;
+    return static_cast<tmsize_t>(count);
+  }
+  static tmsize_t write(thandle_t self, void* from, tmsize_t size) {
+    MemoryFile& file = at(self);
+    const std::size_t end = file.place_ + static_cast<std::size_t>(size);
+    if (end > file.content_.size()) file.content_.resize(end);
+    std::copy_n(static_cast<const char*>(from), size, file.content_.data() + file.place_);
+    file.place_ = end;
+    return size;
+  }
+  static toff_t seek(thandle_t self, toff_t offset, int whence) {
+    MemoryFile& file = at(self);
+    if (whence == SEEK_SET) file.place_ = 0;
+    if (whence == SEEK_END) file.place_ = file.content_.size();
+    file.place_ += offset;  // a negative offset wraps, as libtiff means it
+    return file.place_;
+  }
+  static int close(thandle_t /*self*/) { return 0; }
+  static toff_t size(thandle_t self) { return at(self).content_.size(); }
+
+  std::string content_;
+  std::size_t place_ = 0;
+};
+
 }  // namespace
 
-void writeTiffFile(const std::string& path, const orva::Image& img) {
+std::string encodeTiff(const Image& img) {
   const std::int64_t bytes = std::int64_t{img.npix()} * img.pixelSize();
-  constexpr std::int64_t kMostClassic = 4000000000;  // with room for the directories
-  const TiffHandle out(path, bytes < kMostClassic ? "w" : "w8");
+  constexpr std::int64_t kMaxClassic = 4000000000;  // with room for the directories
+  MemoryFile file;
+  std::optional<TiffHandle> handle(std::in_place, [&](TIFFOpenOptions* options) {
+    return file.open(bytes < kMaxClassic ? "w" : "w8", options);
+  });
+  const TiffHandle& out = *handle;
   const std::ptrdiff_t rowBytes = std::ptrdiff_t{img.nx()} * img.pixelSize();
   // libtiff takes rows without const and leaves them alone.
   auto* row = static_cast<unsigned char*>(img.data());
@@ -61,6 +113,8 @@ void writeTiffFile(const std::string& path, const orva::Image& img) {
     }
     if (TIFFWriteDirectory(out.handle()) == 0) out.fail();
   }
+  handle.reset();
+  return file.takeContent();
 }
 
 }  // namespace orva::formats

@@ -8,9 +8,9 @@
 
 namespace orva::formats {
 
-// A page for each frame, in the image's own pixel type, not compressed; with 64-bit offsets from
-// 4 GB on. Throws FileError.
-void writeTiffFile(const std::string& path, const orva::Image& img);
+// The file of `img`: a page per frame, in the image's own pixel type, not compressed; with 64-bit
+// offsets from 4 GB on. Throws FileError.
+std::string encodeTiff(const Image& img);
 
 }  // namespace orva::formats
 

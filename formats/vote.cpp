@@ -1,115 +1,87 @@
 #include "formats/vote.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
+#include <array>
+#include <cstdio>
 #include <filesystem>
-#include <limits>
+#include <fstream>
+#include <locale>
+#include <stdexcept>
 
 #include "formats/file_error.h"
 #include "formats/output_file.h"
-#include "formats/silence.h"
-#include "orva/scalespace/scalespace.h"
+#include "formats/temporary.h"
+#include "orva/image_io/encode.h"
 
 namespace orva::formats {
 namespace {
 
 namespace fs = std::filesystem;
-using orva::voting::CircularVoting;
 
-UsedSettings completed(const orva::Image& img, const VoteSettings& s) {
-  const double radius = s.maxRadius;
-  UsedSettings used{};
-  used.coneWidth = s.coneWidth.value_or(static_cast<int>(std::lround(radius / 2)));
-  used.sigma = s.sigma.value_or(static_cast<float>(std::max(1.0, radius / 7)));
-  used.gradient =
-      s.gradient ? *s.gradient
-                 : s.relativeGradient * orva::scalespace::gradient(img, used.sigma, 1.0F).fmax();
-  return used;
-}
-
-// The library finds no centres in an image whose padded side does not fit its 16-bit coordinates;
-// here that is an error.
-void requireFits(const orva::Image& img, int coneWidth, int maxRadius) {
-  const double margin = std::floor(std::hypot(coneWidth, maxRadius) + 3);
-  const double side = std::max(img.nx(), img.ny()) + 2 * margin;
-  if (side > std::numeric_limits<std::int16_t>::max()) {
-    throw FileError("is too large to vote on: a side and twice the margin exceed 32767 pixels");
+// What search() returns; an image that is too large is a fault of its file.
+template <class Search>
+auto onImageOfFile(const Search& search) {
+  try {
+    return search();
+  } catch (const std::length_error& error) {
+    throw FileError(error.what());
   }
 }
 
-// Moves the pairs out of the work directory, all of them unless an error comes between.
-void keepHistory(const fs::path& from, const fs::path& directory) {
-  for (const auto& entry : fs::directory_iterator(from)) {
-    const fs::path target = directory / entry.path().filename();
-    if (fs::is_directory(target)) throw FileError(target.string() + " can not be written");
-  }
-  const SignalPause pause;
-  for (const auto& entry : fs::directory_iterator(from)) {
-    fs::rename(entry.path(), directory / entry.path().filename());
-  }
-}
-
-// Shows the accumulator.
-class Voting : public CircularVoting {
+// ICS pairs that are complete in a work directory before any is put into its place.
+class HistoryFiles {
  public:
-  // After compute(): the votes without the margin.
-  orva::image<float> votes() const {
-    orva::image<float> field(nx_, ny_, 1, 1, 1);
-    for (int y = 0; y < ny_; ++y) {
-      const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
-      std::copy_n(row, nx_, field.pixels() + std::ptrdiff_t{y} * nx_);
-    }
-    return field;
-  }
-};
+  explicit HistoryFiles(const std::string& prefix) : prefix_(prefix), work_(prefix_) {}
 
-// Takes the settings over and returns those that were used.
-UsedSettings prepare(CircularVoting& voting, const orva::Image& img, const VoteSettings& s) {
-  const UsedSettings used = completed(img, s);
-  requireFits(img, used.coneWidth, s.maxRadius);
-  voting.setParams(s.polarity, s.minRadius, s.maxRadius, used.coneWidth, used.gradient,
-                   s.threshold.value_or(s.relativeThreshold), used.sigma, CircularVoting::Power,
-                   s.power, s.edges, s.threshold.has_value());
-  return used;
-}
+  void write(int width, const image<float>& votes) const {
+    std::array<char, 16> label{};
+    std::snprintf(label.data(), label.size(), "vote_%02d", width);
+    const fs::path pair = work_.path() / (prefix_.filename().string() + label.data());
+    std::ofstream header(pair.string() + ".ics");
+    header.imbue(std::locale::classic());
+    image_io::encodeIcsHeader(header, pair.string(), votes);
+    header.close();
+    std::ofstream pixels(pair.string() + ".ids", std::ios::binary);
+    image_io::encodePixels(pixels, votes);
+    pixels.close();
+    if (!header || !pixels) {
+      throw FileError("the history " + prefix_.string() + "vote_* can not be written");
+    }
+  }
+
+  // Moves all pairs to their places, unless a directory stands there or an error comes between.
+  void putInPlace() const {
+    const fs::path directory = prefix_.has_parent_path() ? prefix_.parent_path() : ".";
+    for (const auto& entry : fs::directory_iterator(work_.path())) {
+      const fs::path target = directory / entry.path().filename();
+      if (fs::is_directory(target)) throw FileError(target.string() + " can not be written");
+    }
+    const SignalPause pause;
+    for (const auto& entry : fs::directory_iterator(work_.path())) {
+      fs::rename(entry.path(), directory / entry.path().filename());
+    }
+  }
+
+ private:
+  fs::path prefix_;
+  WorkDirectory work_;
+};
 
 }  // namespace
 
-VoteResult vote(const orva::Image& img, const VoteSettings& s,
+VoteResult vote(const Image& img, const VoteSettings& settings,
                 const std::optional<std::string>& history) {
-  CircularVoting voting;
-  VoteResult result{prepare(voting, img, s), {}};
-  if (history) {
-    const fs::path prefix(*history);
-    const fs::path directory = prefix.has_parent_path() ? prefix.parent_path() : ".";
-    const WorkDirectory work(prefix);
-    voting.saveHistory(true);
-    voting.setPrefix((work.path() / prefix.filename()).string());
-    {
-      const Silence silence;
-      voting.compute(img);
-      if (silence.heard().find("image_io::writeICS") != std::string::npos) {
-        throw FileError("the history " + *history + "vote_* can not be written");
-      }
-    }
-    keepHistory(work.path(), directory);
-  } else {
-    voting.compute(img);
-  }
-
-  for (std::size_t i = 0; i < voting.centers().size(); ++i) {
-    const orva::Point& p = voting.centers()[i];
-    result.centers.push_back({p.x, p.y, voting.center_weights()[i]});
-  }
-  return result;
+  return onImageOfFile([&] {
+    if (!history) return voting::findCenters(img, settings);
+    const HistoryFiles files(*history);
+    VoteResult result = voting::findCenters(
+        img, settings, [&](int width, const image<float>& votes) { files.write(width, votes); });
+    files.putInPlace();
+    return result;
+  });
 }
 
-orva::image<float> voteField(const orva::Image& img, const VoteSettings& settings) {
-  Voting voting;
-  prepare(voting, img, settings);
-  voting.compute(img);
-  return voting.votes();
+image<float> voteField(const Image& img, const VoteSettings& settings) {
+  return onImageOfFile([&] { return voting::voteField(img, settings); });
 }
 
 }  // namespace orva::formats

@@ -3,7 +3,9 @@
 #include <initializer_list>
 #include <iostream>
 #include <locale>
+#include <string_view>
 
+#include "orva/image_io/encode.h"
 #include "orva/image_io/image_io.h"
 #include "orva/util/fnp.h"
 
@@ -74,23 +76,28 @@ void writeCoordinates(std::ostream& out, int bits) {
       << "layout\tsignificant_bits\t" << bits << '\n';
 }
 
-void writeRepresentation(std::ostream& out, const FormatWords& words, int planes) {
+// Intended: what the public writers state whatever the machine's order is.
+constexpr std::string_view kStatedByteOrder = "2\t1";
+
+void writeRepresentation(std::ostream& out, const FormatWords& words, int planes,
+                         std::string_view byteOrder) {
   out << "representation\tformat\t" << words.format << '\n'
       << "representation\tsign\t" << words.sign << '\n'
       << "representation\tcompression\tuncompressed\n"
-      << "representation\tbyte_order\t2\t1\n"  // intended: whatever the machine's order is
+      << "representation\tbyte_order\t" << byteOrder << '\n'
       << "representation\tSCIL_TYPE\t" << (planes < 2 ? "g2d" : "g3d") << '\n';
 }
 
 int bitsOf(const Image& img) { return img.pixelSize() * 8; }
 
-void writePlainHeader(std::ostream& out, const PairNames& names, const Image& img) {
+void writePlainHeader(std::ostream& out, const PairNames& names, const Image& img,
+                      std::string_view byteOrder) {
   writeStart(out, names);
   out << "layout\tparameters\t6\n"
       << "layout\torder\tbits\tx\ty\tz\tc\tt\n";
   writeSizes(out, {bitsOf(img), img.nx(), img.ny(), img.nz(), img.nc(), img.nt()});
   writeCoordinates(out, bitsOf(img));
-  writeRepresentation(out, wordsOf(img.format()), img.nz());
+  writeRepresentation(out, wordsOf(img.format()), img.nz(), byteOrder);
   out << "parameter\tex_filter\tUNDEFINED\n"
       << "parameter\texp_time\tUNDEFINED\n"
       << "history\tdate\tUNDEFINED\n"
@@ -113,7 +120,7 @@ void writeRecordHeader(std::ostream& out, const PairNames& names, const Info& in
     writeSizes(out, {bitsOf(img), img.ny(), img.nx(), planes});
   }
   writeCoordinates(out, bitsOf(img));
-  writeRepresentation(out, {img.format() == FLOAT ? "float" : "integer", "signed"}, planes);
+  writeRepresentation(out, {img.format() == FLOAT ? "float" : "integer", "signed"}, planes, kStatedByteOrder);
   out << info << '\n';
 }
 
@@ -145,8 +152,7 @@ void writePair(const PairNames& names, const Image& img, WriteHeader writeHeader
     std::cerr << "  In image_io::writeICS\n";
     return;
   }
-  const auto pixels = static_cast<std::streamsize>(std::max(img.npix(), 0));
-  data.write(static_cast<const char*>(img.data()), pixels * img.pixelSize());
+  encodePixels(data, img);
   data.close();
   if (!data) reportUnwritten(names.data);
 }
@@ -159,9 +165,14 @@ void writeWithRecord(const Info& info, const Image& img) {
 
 }  // namespace
 
+void encodeIcsHeader(std::ostream& out, const std::string& filename, const Image& img,
+                     std::string_view byteOrder) {
+  writePlainHeader(out, PairNames(filename), img, byteOrder.empty() ? kStatedByteOrder : byteOrder);
+}
+
 void writeICS(const std::string& filename, const Image& img) {
   const PairNames names(filename);
-  writePair(names, img, [&](std::ostream& out) { writePlainHeader(out, names, img); });
+  writePair(names, img, [&](std::ostream& out) { writePlainHeader(out, names, img, kStatedByteOrder); });
 }
 
 void writeICS(const IcsInfo& info, const Image& img) { writeWithRecord(info, img); }

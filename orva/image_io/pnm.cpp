@@ -1,18 +1,20 @@
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <limits>
-#include <locale>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "orva/image/with_memory.h"
+#include "orva/image_io/encode.h"
 #include "orva/image_io/image_io.h"
+#include "orva/image_io/pnm_header.h"
 
 namespace orva::image_io {
 namespace {
@@ -23,37 +25,40 @@ namespace {
   std::exit(1);
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 struct FreeBlock {
   void operator()(unsigned char* block) const { std::free(block); }
 };
 using PixelBlock = std::unique_ptr<unsigned char, FreeBlock>;
 
-// The next decimal number of a header. Comments run from '#' to the end of the line; anything else
-// that is no digit is skipped, and the character after the number is dropped. A number too large
-// for an int counts as the largest int.
-int getint(std::FILE* in) {
-  constexpr int kLongestComment = 9000;
+// Skips a comment to the end of its line, or as much of it as is skipped. False when the file ends
+// at its first character.
+bool skipComment(std::FILE* in, bool& isLong) {
+  for (int length = 0; length < kMaxPnmComment; ++length) {
+    const int c = std::getc(in);
+    if (c == EOF) return length > 0;
+    if (c == '\n') return true;
+  }
+  const int next = std::ungetc(std::getc(in), in);
+  if (next != EOF && next != '\n') isLong = true;
+  return true;
+}
+
+// The next number of a header, or -1 where the file ends before it.
+std::int64_t nextNumber(std::FILE* in, bool& hasLongComment) {
   int c = std::getc(in);
   while (std::isdigit(c) == 0) {
-    if (c == '#') {
-      std::array<char, kLongestComment + 1> comment;
-      c = std::fgets(comment.data(), static_cast<int>(comment.size()), in) == nullptr ? EOF : c;
-    }
-    if (c == EOF) fail("Image is not binary PGM.");  // intended: without the file's name
+    if (c == EOF || (c == '#' && !skipComment(in, hasLongComment))) return -1;
     c = std::getc(in);
   }
-  constexpr int kMost = std::numeric_limits<int>::max();
-  int value = 0;
+  std::int64_t value = 0;
   for (; std::isdigit(c) != 0; c = std::getc(in)) {
-    const int digit = c - '0';
-    value = value > (kMost - digit) / 10 ? kMost : value * 10 + digit;
+    value = std::min(value * 10 + (c - '0'), kMaxPnmNumber);
   }
   return value;
+}
+
+int fittedToInt(std::int64_t number) {
+  return static_cast<int>(std::min<std::int64_t>(number, std::numeric_limits<int>::max()));
 }
 
 PixelBlock get_image(const std::string& filename, int& width, int& height) {
@@ -62,9 +67,10 @@ PixelBlock get_image(const std::string& filename, int& width, int& height) {
   if (std::getc(in.get()) != 'P' || std::getc(in.get()) != '5') {
     fail("Image " + filename + " does not have binary PGM header.");
   }
-  width = getint(in.get());
-  height = getint(in.get());
-  getint(in.get());  // the maximum grey value is not used
+  const PnmHeader header = readPnmHeader(in.get());          // the maximum gray value is not used
+  if (!header.isComplete) fail("Image is not binary PGM.");  // intended: without the file's name
+  width = fittedToInt(header.width);
+  height = fittedToInt(header.height);
 
   const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   const bool addressable = size <= std::numeric_limits<int>::max();
@@ -90,6 +96,16 @@ PixelBlock get_image(const std::string& filename, int& width, int& height) {
 
 }  // namespace
 
+PnmHeader readPnmHeader(std::FILE* in) {
+  PnmHeader header;
+  for (std::int64_t* number : {&header.width, &header.height, &header.maximum}) {
+    *number = nextNumber(in, header.hasLongComment);
+    if (*number < 0) return header;
+  }
+  header.isComplete = true;
+  return header;
+}
+
 image<unsigned char>* readPGM(const std::string& filename) {
   int width = 0;
   int height = 0;
@@ -99,9 +115,26 @@ image<unsigned char>* readPGM(const std::string& filename) {
   return img;
 }
 
+bool isPpmImage(const image<unsigned char>& img) {
+  return img.nframes() == 1 || img.nframes() == 3;
+}
+
+void encodePpm(std::ostream& out, const image<unsigned char>& img) {
+  // Digits of the "C" locale, whatever the stream's is.
+  out << "P6\n" + std::to_string(img.nx()) + ' ' + std::to_string(img.ny()) + "\n255\n";
+  const std::size_t count = static_cast<std::size_t>(img.nx()) * static_cast<std::size_t>(img.ny());
+  const std::size_t step =
+      img.nframes() == 3 ? count : 0;  // from one component's plane to the next
+  auto buffer = withMemory([count] { return std::vector<unsigned char>(count * 3); });
+  for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t c = 0; c < 3; ++c) buffer[3 * i + c] = img.pixels()[i + c * step];
+  }
+  out.write(reinterpret_cast<const char*>(buffer.data()),
+            static_cast<std::streamsize>(buffer.size()));
+}
+
 void writePPM(const std::string& filename, const image<unsigned char>& img) {
-  const int planes = img.nframes();
-  if (planes != 1 && planes != 3) {
+  if (!isPpmImage(img)) {
     std::cerr << "image_io::writePPM -> img must be a grayscale or color image\n";
     return;
   }
@@ -110,16 +143,7 @@ void writePPM(const std::string& filename, const image<unsigned char>& img) {
     std::cerr << "Can not open file: " << filename << '\n';
     return;
   }
-  out.imbue(std::locale::classic());
-  out << "P6\n" << img.nx() << ' ' << img.ny() << "\n255\n";
-  const std::size_t count = static_cast<std::size_t>(img.nx()) * static_cast<std::size_t>(img.ny());
-  const std::size_t step = planes == 3 ? count : 0;  // from one component's plane to the next
-  auto buffer = withMemory([count] { return std::vector<unsigned char>(count * 3); });
-  for (std::size_t i = 0; i < count; ++i) {
-    for (std::size_t c = 0; c < 3; ++c) buffer[3 * i + c] = img.pixels()[i + c * step];
-  }
-  out.write(reinterpret_cast<const char*>(buffer.data()),
-            static_cast<std::streamsize>(buffer.size()));
+  encodePpm(out, img);
   out.close();
   if (!out) std::cerr << "Can not write file: " << filename << '\n';
 }

@@ -6,7 +6,9 @@
 #include <iostream>
 #include <limits>
 
+#include "orva/image_io/encode.h"
 #include "orva/image_io/image_io.h"
+#include "orva/image_io/raw_header.h"
 
 namespace orva::image_io {
 namespace {
@@ -21,15 +23,8 @@ void writeFields(std::ostream& out, const Fields<N>& fields) {
 
 // Fields past the end of the file are 0.
 template <std::size_t N>
-Fields<N> readFields(std::istream& in) {
-  Fields<N> fields{};
-  in.read(reinterpret_cast<char*>(fields.data()), sizeof fields);
-  return fields;
-}
-
-void writePixels(std::ostream& out, const Image& img) {
-  const auto pixels = static_cast<std::streamsize>(std::max(img.npix(), 0));
-  out.write(static_cast<const char*>(img.data()), pixels * img.pixelSize());
+bool readFields(std::istream& in, Fields<N>& fields) {
+  return static_cast<bool>(in.read(reinterpret_cast<char*>(fields.data()), sizeof fields));
 }
 
 // Closes the file and reports one that is not whole.
@@ -39,29 +34,90 @@ void finish(std::ofstream& out, const char* routine, const std::string& filename
   std::cerr << "In image_io::" << routine << '\n' << "Error in writing " << filename << '\n';
 }
 
-// True when an image may have these sizes: none is negative and their product fits 32 bits.
-bool isPossible(std::int64_t width, std::int64_t height, std::int64_t planes) {
-  constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
-  if (width < 0 || height < 0 || planes < 0) return false;
-  if (width == 0 || height == 0 || planes == 0) return true;
-  return width * height <= kMost && width * height * planes <= kMost;
-}
-
 void reportSize(const char* routine, const std::string& filename) {
   std::cerr << "In image_io::" << routine << '\n'
             << "Error: invalid image size in " << filename << '\n';
 }
 
-// A new image with the pixels that follow; those past the end of the file are 0.
 template <class T>
-Image* readPixels(std::istream& in, int width, int height, int planes) {
-  auto* img = new image<T>(width, height, planes, 1, 1);
+std::unique_ptr<Image> readPixels(std::istream& in, const RawHeader& header) {
+  auto img = std::make_unique<image<T>>(header.width, header.height, header.planes, 1, 1);
   in.read(static_cast<char*>(img->data()),
           static_cast<std::streamsize>(img->npix()) * img->pixelSize());
   return img;
 }
 
 }  // namespace
+
+RawHeader readUifHeader(std::istream& in) {
+  Fields<5> fields{};
+  const bool isComplete = readFields(in, fields);
+  return {fields[0], fields[1], fields[2], fields[4], isComplete};
+}
+
+// The last field, an address, is not used.
+RawHeader readIhtHeader(std::istream& in) {
+  Fields<10> fields{};
+  const bool isComplete = readFields(in, fields);
+  return {fields[1], fields[0], fields[7], fields[6], isComplete};
+}
+
+bool hasPossibleSizes(const RawHeader& header) {
+  constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
+  const std::int64_t width = header.width;
+  const std::int64_t height = header.height;
+  const std::int64_t planes = header.planes;
+  if (width < 0 || height < 0 || planes < 0) return false;
+  if (width == 0 || height == 0 || planes == 0) return true;
+  return width * height <= kMax && width * height * planes <= kMax;
+}
+
+int rawPixelBytes(std::int32_t format) {
+  switch (format) {
+    case BYTE:
+      return 1;
+    case SHORT:
+      return 2;
+    case INT:
+    case FLOAT:
+      return 4;
+    default:
+      return 0;
+  }
+}
+
+std::unique_ptr<Image> readRawPixels(std::istream& in, const RawHeader& header,
+                                     std::int32_t format) {
+  switch (format) {
+    case BYTE:
+      return readPixels<unsigned char>(in, header);
+    case INT:
+      return readPixels<int>(in, header);
+    case SHORT:
+      return readPixels<short>(in, header);
+    case FLOAT:
+      return readPixels<float>(in, header);
+    default:
+      return nullptr;
+  }
+}
+
+void encodePixels(std::ostream& out, const Image& img) {
+  const auto pixels = static_cast<std::streamsize>(std::max(img.npix(), 0));
+  out.write(static_cast<const char*>(img.data()), pixels * img.pixelSize());
+}
+
+void encodeUif(std::ostream& out, const Image& img) {
+  writeFields(out, Fields<5>{img.nx(), img.ny(), img.nframes(), img.pixelSize(), img.format()});
+  encodePixels(out, img);
+}
+
+void encodeIht(std::ostream& out, const Image& img) {
+  constexpr std::int32_t kNoAddress = 0;
+  writeFields(out, Fields<10>{img.ny(), img.nx(), 0, 0, img.ny(), img.nx(), img.format(),
+                              img.nframes(), img.npix(), kNoAddress});
+  encodePixels(out, img);
+}
 
 // Intended: the messages of the four functions go to different streams, and those of the writers
 // have no blank before the name.
@@ -74,8 +130,7 @@ void writeUIF(const std::string& filename, const Image& img) {
               << "Ignored.\n";
     return;
   }
-  writeFields(out, Fields<5>{img.nx(), img.ny(), img.nframes(), img.pixelSize(), img.format()});
-  writePixels(out, img);
+  encodeUif(out, img);
   finish(out, "writeUIF", filename);
 }
 
@@ -86,20 +141,13 @@ Image* readUIF(const std::string& filename) {
     std::cout << "Can not open the file " << filename << '\n';
     return nullptr;
   }
-  const auto [width, height, planes, pixelSize, format] = readFields<5>(in);
-  if (!isPossible(width, height, planes)) {
+  const RawHeader header = readUifHeader(in);
+  if (!hasPossibleSizes(header)) {
     reportSize("readUIF", filename);
     return nullptr;
   }
-  switch (format) {
-    case BYTE:
-    case INT:
-    case SHORT:
-    case FLOAT:
-      return readPixels<unsigned char>(in, width, height, planes);  // intended: bytes for all
-    default:
-      return nullptr;
-  }
+  // Intended: bytes, whatever the format.
+  return rawPixelBytes(header.format) == 0 ? nullptr : readRawPixels(in, header, BYTE).release();
 }
 
 void writeIHT(const std::string& filename, const Image& img) {
@@ -108,10 +156,7 @@ void writeIHT(const std::string& filename, const Image& img) {
     std::cout << "Can not open file" << filename << '\n';
     return;
   }
-  constexpr std::int32_t kNoAddress = 0;
-  writeFields(out, Fields<10>{img.ny(), img.nx(), 0, 0, img.ny(), img.nx(), img.format(),
-                              img.nframes(), img.npix(), kNoAddress});
-  writePixels(out, img);
+  encodeIht(out, img);
   finish(out, "writeIHT", filename);
 }
 
@@ -121,27 +166,12 @@ Image* readIHT(const std::string& filename) {
     std::cout << "Can not open the file " << filename << '\n';
     return nullptr;
   }
-  const Fields<10> fields = readFields<10>(in);  // the last, an address, is not used
-  const int height = fields[0];
-  const int width = fields[1];
-  const int format = fields[6];
-  const int planes = fields[7];
-  if (!isPossible(width, height, planes)) {
+  const RawHeader header = readIhtHeader(in);
+  if (!hasPossibleSizes(header)) {
     reportSize("readIHT", filename);
     return nullptr;
   }
-  switch (format) {
-    case BYTE:
-      return readPixels<unsigned char>(in, width, height, planes);
-    case INT:
-      return readPixels<int>(in, width, height, planes);
-    case SHORT:
-      return readPixels<short>(in, width, height, planes);
-    case FLOAT:
-      return readPixels<float>(in, width, height, planes);
-    default:
-      return nullptr;
-  }
+  return readRawPixels(in, header, header.format).release();
 }
 
 }  // namespace orva::image_io

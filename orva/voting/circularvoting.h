@@ -20,6 +20,7 @@
 #define ORVA_VOTING_CIRCULARVOTING_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -171,6 +172,12 @@ class ORVA_EXPORT CircularVoting {
   /// accumulators hold the image with its margin: for a distance of 12000 some 5 gigabytes, however
   /// small the image is.
   void compute(const Image& img);
+  /// Called before every narrowing pass with the cone width in pixels and the votes so far, of the
+  /// image's width and height.
+  using PassObserver = std::function<void(int width, const image<float>& votes)>;
+  /// As compute(img), and calls @p observer before every narrowing pass; no history is written. An
+  /// exception of @p observer ends the search and leaves centers() as they were.
+  void compute(const Image& img, const PassObserver& observer);
 
   /// After compute(): the mean vote of its region at every centre, 0 elsewhere. Shares its pixels.
   image<float> votingImage() { return votingImage_; }
@@ -238,10 +245,11 @@ class ORVA_EXPORT CircularVoting {
 
  private:
   void setSize(int nx, int ny);
-  void findCenters(const Image& img);
+  void findCenters(const Image& img, const PassObserver& observer);
   void collectPoints(const Image& img);
   void extractCenters();
-  void writeHistory(int width) const;
+  void runPasses(const PassObserver& observer);
+  PassObserver historyWriter() const;
   bool hasCone(const VPoint2D& p) const;
 };
 

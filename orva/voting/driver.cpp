@@ -12,6 +12,7 @@
 #include "orva/util/cpu_path.h"
 #include "orva/util/narrow.h"
 #include "orva/voting/circularvoting.h"
+#include "orva/voting/find_centers.h"
 #include "orva/voting/negligible.h"
 
 namespace orva::voting {
@@ -19,13 +20,6 @@ namespace {
 
 // Voting points keep their coordinates in 16 bits.
 constexpr std::int64_t kLargestSide = std::numeric_limits<std::int16_t>::max();
-
-// The border that holds the farthest cell of a cone, in 64 bits, for any radius an int can hold.
-std::int64_t marginFor(int coneWidth, int maxRadius) {
-  const double w = coneWidth;
-  const double r = maxRadius;
-  return static_cast<std::int64_t>(std::sqrt(w * w + r * r) + 3.0);
-}
 
 struct Gradient {
   image<float> x;
@@ -74,6 +68,12 @@ void weigh(image<float>& magnitude, CircularVoting::WeightingMethod weighting, f
 
 }  // namespace
 
+std::int64_t voteMargin(int coneWidth, int maxRadius) {
+  const double w = coneWidth;
+  const double r = maxRadius;
+  return static_cast<std::int64_t>(std::sqrt(w * w + r * r) + 3.0);
+}
+
 void CircularVoting::setSize(int nx, int ny) {
   nx_ = nx;
   ny_ = ny;
@@ -107,15 +107,17 @@ void CircularVoting::collectPoints(const Image& img) {
   }
 }
 
-void CircularVoting::compute(const Image& img) {
-  withMemory([&] { findCenters(img); });
+void CircularVoting::compute(const Image& img) { compute(img, historyWriter()); }
+
+void CircularVoting::compute(const Image& img, const PassObserver& observer) {
+  withMemory([&] { findCenters(img, observer); });
 }
 
-void CircularVoting::findCenters(const Image& img) {
+void CircularVoting::findCenters(const Image& img, const PassObserver& observer) {
   setSize(img.nx(), img.ny());
   points_.clear();
   centerWeights_.clear();
-  const std::int64_t margin = marginFor(coneWidth, maxRadius);
+  const std::int64_t margin = voteMargin(coneWidth, maxRadius);
   const bool empty = img.isNull() || npix_ == 0;
   if (empty || std::max(nx_, ny_) + 2 * margin > kLargestSide) {
     if (!empty) {
@@ -136,7 +138,7 @@ void CircularVoting::findCenters(const Image& img) {
   setSize(nx_ + pad, ny_ + pad);
   WPoint2D::nx = ConePlane2D::nx = Cone2D::nx = nx_;
   WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = ny_;
-  vote();
+  runPasses(observer);
   setSize(nx_ - pad, ny_ - pad);
   extractCenters();
 

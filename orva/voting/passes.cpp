@@ -79,7 +79,9 @@ class Pass {
 
 }  // namespace
 
-void CircularVoting::vote() {
+void CircularVoting::vote() { runPasses(historyWriter()); }
+
+void CircularVoting::runPasses(const PassObserver& observer) {
   acc_ = image<float>(nx_, ny_, 1, 1, 1);
   prevAcc_ = image<float>(nx_, ny_, 1, 1, 1);
   for (VPoint2D& p : points_) p.offset = p.x + p.y * acc_.nx();
@@ -91,6 +93,12 @@ void CircularVoting::vote() {
     return computeAngleIndex(cosine, sine);
   };
 
+  const auto observe = [&](int width) {
+    const std::unique_ptr<Image> votes(
+        Roi::getSubImage(acc_, margin_, margin_, nx_ - margin_ - 1, ny_ - margin_ - 1));
+    if (votes) observer(width, dynamic_cast<const image<float>&>(*votes));
+  };
+
   bool first = true;
   for (int width = coneWidth;; width = nextConeRadius(maxRadius, width)) {
     ConeTable cones = coneTable(width);
@@ -98,7 +106,7 @@ void CircularVoting::vote() {
     if (first) blocks.castWeights(points_, acc_.pixels());
     first = false;
     if (width < 0) break;
-    if (saveHistory_) writeHistory(width);
+    if (observer) observe(width);
     std::swap(acc_, prevAcc_);
     std::fill_n(acc_.pixels(), acc_.npix(), 0.0F);
     Pass(cones, blocks, angleIndex, prevAcc_.pixels(), acc_.pixels()).run(points_);
@@ -158,12 +166,12 @@ void CircularVoting::getMeanDirection(VPoint2D& p) {
       fittedTo16(computeAngleIndex(static_cast<float>(x) / length, static_cast<float>(y) / length));
 }
 
-void CircularVoting::writeHistory(int width) const {
-  const std::unique_ptr<Image> votes(
-      Roi::getSubImage(acc_, margin_, margin_, nx_ - margin_ - 1, ny_ - margin_ - 1));
-  if (!votes) return;
-  const std::string label = std::string(width <= 9 ? "0" : "") + toString(width);
-  image_io::writeICS(prefix_ + "vote_" + label, *votes);
+CircularVoting::PassObserver CircularVoting::historyWriter() const {
+  if (!saveHistory_) return {};
+  return [prefix = prefix_](int width, const image<float>& votes) {
+    const std::string label = std::string(width <= 9 ? "0" : "") + toString(width);
+    image_io::writeICS(prefix + "vote_" + label, votes);
+  };
 }
 
 }  // namespace orva::voting

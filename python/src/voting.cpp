@@ -33,7 +33,7 @@ VoteSettings settingsOf(const std::string& polarity, int minRadius, int maxRadiu
 
 py::array findCenters(const py::array& array, const VoteSettings& settings) {
   const auto img = toImage(array);
-  const auto result = unlocked([&] { return orva::formats::vote(*img, settings, std::nullopt); });
+  const auto result = unlocked([&] { return orva::formats::vote(*img, settings); });
   py::array_t<Row> rows(static_cast<py::ssize_t>(result.centers.size()));
   Row* row = rows.mutable_data();
   for (const orva::formats::Center& c : result.centers) *row++ = {c.x, c.y, c.weight};
