@@ -58,17 +58,29 @@ image<unsigned char> edgeAs(const Image& img) {
   return typed != nullptr ? edgeOf(*typed) : image<unsigned char>(0, 1, 1, 1, 1);
 }
 
-// The marked pixels of every region.
-std::vector<std::vector<Point>> listed(const image<unsigned char>& edges,
-                                       const image<short>& labels) {
-  std::vector<std::vector<Point>> lists(static_cast<std::size_t>(regionNumber(labels)));
+// Calls visit(k, x, y) for every edge pixel of plane 0 that has a label k >= 0, row by row.
+template <class Visit>
+void forEachBoundaryPixel(const image<unsigned char>& edges, const image<short>& labels,
+                          Visit visit) {
   for (int y = 0; y < edges.ny(); ++y) {
     for (int x = 0; x < edges.nx(); ++x) {
       const std::ptrdiff_t i = x + std::ptrdiff_t{y} * edges.nx();
       const short k = labels.pixels()[i];
-      if (k >= 0 && edges.pixels()[i] == 255) lists[static_cast<std::size_t>(k)].emplace_back(x, y);
+      if (k >= 0 && edges.pixels()[i] == 255) visit(static_cast<std::size_t>(k), x, y);
     }
   }
+}
+
+// The edge pixels of every region, in lists without spare capacity.
+std::vector<std::vector<Point>> boundaryLists(const image<unsigned char>& edges,
+                                              const image<short>& labels) {
+  const auto regions = static_cast<std::size_t>(regionNumber(labels));
+  std::vector<std::size_t> counts(regions);
+  forEachBoundaryPixel(edges, labels, [&](std::size_t k, int, int) { ++counts[k]; });
+  std::vector<std::vector<Point>> lists(regions);
+  for (std::size_t k = 0; k < regions; ++k) lists[k].reserve(counts[k]);
+  forEachBoundaryPixel(edges, labels,
+                       [&](std::size_t k, int x, int y) { lists[k].emplace_back(x, y); });
   return lists;
 }
 
@@ -92,7 +104,7 @@ image<unsigned char> edge(const Image& img) {
 
 std::vector<std::vector<Point>> boundaries(const image<short>& labels) {
   const image<unsigned char> edges = edge(labels);
-  return withMemory([&] { return listed(edges, labels); });
+  return withMemory([&] { return boundaryLists(edges, labels); });
 }
 
 }  // namespace orva::bip

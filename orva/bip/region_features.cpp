@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "orva/bip/row_runs.h"
+#include "orva/bip/run_length_encoding.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/with_memory.h"
 
@@ -35,19 +35,18 @@ struct LabelRun {
 // all in linear order.
 template <class BeginRow, class Visit>
 void forEachRun(const image<short>& labels, std::size_t n, BeginRow beginRow, Visit visit) {
-  RowRuns<short> runs;
+  RunLengthEncoder<short> encoder;
   // Of sizes below zero whose product is positive the pixels are one row.
   const int nx = labels.nx() > 0 ? labels.nx() : labels.npix();
   const std::ptrdiff_t rows = labels.npix() / nx;
   for (std::ptrdiff_t y = 0; y < rows; ++y) {
     const short* row = labels.pixels() + y * nx;
     beginRow(y * nx);
-    const int count = runs.findEqual(row, nx);
-    for (const int *ends = runs.ends(), *last = ends + 2 * std::ptrdiff_t{count}; ends != last;
-         ends += 2) {
-      const short k = row[ends[0]];
+    const int count = encoder.encodeEqual(row, nx);
+    for (const Run *run = encoder.runs(), *last = run + count; run != last; ++run) {
+      const short k = row[run->begin];
       if (k < 0 || static_cast<std::size_t>(k) >= n) continue;
-      visit(LabelRun{static_cast<std::size_t>(k), y, ends[0], ends[1]});
+      visit(LabelRun{static_cast<std::size_t>(k), y, run->begin, run->end});
     }
   }
 }

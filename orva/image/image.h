@@ -308,7 +308,7 @@ class ORVA_EXPORT Roi {
   /// The four bounds as given.
   Roi(int xmin, int ymin, int xmax, int ymax);
   /// The bounding box of @p points; the empty rectangle when there are none.
-  explicit Roi(const std::vector<Point>& points);
+  Roi(const std::vector<Point>& points);
 
   /// Stores the four bounds as given.
   void set(int xmin, int ymin, int xmax, int ymax);

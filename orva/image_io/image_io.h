@@ -29,7 +29,7 @@ namespace orva::image_io {
 class ORVA_EXPORT IcsInfo {
  public:
   /// An empty record for the data set @p datasetName, which names the files.
-  explicit IcsInfo(std::string datasetName);
+  IcsInfo(std::string datasetName);
   virtual ~IcsInfo() = default;
   /// A record of its own.
   IcsInfo(const IcsInfo&) = default;
@@ -85,7 +85,7 @@ class ORVA_EXPORT IcsInfo {
 class ORVA_EXPORT MultiChannelIcsInfo {
  public:
   /// An empty record for the data set @p datasetName, which names the files.
-  explicit MultiChannelIcsInfo(std::string datasetName);
+  MultiChannelIcsInfo(std::string datasetName);
   virtual ~MultiChannelIcsInfo() = default;
   /// A record of its own.
   MultiChannelIcsInfo(const MultiChannelIcsInfo&) = default;

@@ -16,10 +16,11 @@
 namespace orva::scalespace {
 namespace {
 
-// Which Gaussian filters an axis.
-struct Scale {
-  float sigma;
-  int order;
+// The kernel of each axis.
+struct AxisKernels {
+  const Kernel* x;
+  const Kernel* y;
+  const Kernel* z;
 };
 
 constexpr int kBatch = 24;                     // rows of output that are made at a time
@@ -42,21 +43,23 @@ std::unique_ptr<float[]> divisors(const Kernel& kernel, int n, Border border) {
 // rows that the filter along y needs are kept in a window that moves down with it.
 class PlaneFilter {
  public:
-  PlaneFilter(const Image& source, Border border, const Scale& x, const Scale& y)
-      : source_(source), border_(border), nx_(source.nx()), ny_(source.ny()) {
+  // An axis of length 1 is not filtered.
+  PlaneFilter(const Image& source, Border border, const AxisKernels& kernels)
+      : source_(source),
+        border_(border),
+        nx_(source.nx()),
+        ny_(source.ny()),
+        alongX_(nx_ >= 2 ? kernels.x : nullptr),
+        alongY_(ny_ >= 2 ? kernels.y : nullptr) {
     std::ptrdiff_t rows = 1;
-    if (nx_ >= 2) {
-      alongX_.emplace(x.sigma, x.order);
-      divisors_ = divisors(*alongX_, nx_, border);
-    }
-    if (ny_ >= 2) {
-      alongY_.emplace(y.sigma, y.order);
+    if (alongX_ != nullptr) divisors_ = divisors(*alongX_, nx_, border);
+    if (alongY_ != nullptr) {
       rows = std::min<std::int64_t>(ny_, 2 * std::int64_t{alongY_->radius()} + kBatch);
     }
     capacity_ = static_cast<int>(rows);
     tile_ = std::min(rowBlocks(nx_), rowBlocks(std::max<std::ptrdiff_t>(kWindow / rows, 1)));
     window_ = newZeros(static_cast<std::size_t>(rows * tile_));
-    const std::ptrdiff_t radius = alongX_ ? alongX_->radius() : 0;
+    const std::ptrdiff_t radius = alongX_ != nullptr ? alongX_->radius() : 0;
     line_ = newZeros(static_cast<std::size_t>(tile_ + 2 * radius));
   }
 
@@ -68,11 +71,12 @@ class PlaneFilter {
  private:
   void filterTile(std::ptrdiff_t first, std::ptrdiff_t x, float* out) {
     const std::ptrdiff_t width = std::min(tile_, nx_ - x);
-    const int reach = alongY_ ? std::min(alongY_->radius(), ny_) : 0;
+    const int reach = alongY_ != nullptr ? std::min(alongY_->radius(), ny_) : 0;
     int low = 0;   // the rows of the window are low ..
     int high = 0;  // .. high - 1
-    for (int y = 0; y < ny_; y += alongY_ ? kBatch : 1) {
-      const int last = std::min(y + (alongY_ ? kBatch : 1), ny_);
+    const int batch = alongY_ != nullptr ? kBatch : 1;
+    for (int y = 0; y < ny_; y += batch) {
+      const int last = std::min(y + batch, ny_);
       const int wanted = std::max(0, y - reach);
       if (high > wanted && wanted > low) {
         std::memmove(window_.get(), row(wanted - low),
@@ -83,7 +87,7 @@ class PlaneFilter {
         makeRow(first + std::ptrdiff_t{high} * nx_, x, width, row(high - low));
       }
       float* to = out + std::ptrdiff_t{y} * nx_;
-      if (alongY_) {
+      if (alongY_ != nullptr) {
         filterColumns({window_.get(), tile_, low, ny_}, y, last, width, *alongY_, border_, to, nx_);
       } else {
         std::copy_n(row(0), width, to);
@@ -95,7 +99,7 @@ class PlaneFilter {
 
   // `width` pixels from x of the source's row that begins at pixel `first`, filtered along x.
   void makeRow(std::ptrdiff_t first, std::ptrdiff_t x, std::ptrdiff_t width, float* to) {
-    if (!alongX_) return readFloats(source_, first + x, width, to);
+    if (alongX_ == nullptr) return readFloats(source_, first + x, width, to);
     const std::ptrdiff_t radius = alongX_->radius();
     const std::ptrdiff_t from = std::max<std::ptrdiff_t>(x - radius, 0);
     const std::ptrdiff_t end = std::min<std::ptrdiff_t>(x + width + radius, nx_);
@@ -129,8 +133,8 @@ class PlaneFilter {
   Border border_;
   int nx_;
   int ny_;
-  std::optional<Kernel> alongX_;
-  std::optional<Kernel> alongY_;
+  const Kernel* alongX_;
+  const Kernel* alongY_;
   std::unique_ptr<float[]> divisors_;  // along x
   int capacity_ = 0;
   std::ptrdiff_t tile_ = 0;
@@ -139,8 +143,7 @@ class PlaneFilter {
 };
 
 // Filters along the frames in place, a strip of pixels at a time.
-void filterFrames(image<float>& img, Border border, const Scale& z) {
-  const Kernel kernel(z.sigma, z.order);
+void filterFrames(image<float>& img, Border border, const Kernel& kernel) {
   const int frames = img.nframes();
   const std::ptrdiff_t size = img.frameSize();
   const std::ptrdiff_t width =
@@ -155,18 +158,21 @@ void filterFrames(image<float>& img, Border border, const Scale& z) {
   }
 }
 
-// The passes along x, y and the frames; an axis of length 1 is skipped.
-image<float> filterAxes(const Image& source, Border border, const Scale& x, const Scale& y,
-                        const Scale& z) {
+// An image for the filtered pixels of `source`; null where that has no float form.
+image<float> resultFor(const Image& source) {
   if (!hasFloatForm(source)) return image<float>(0, 1, 1, 1, 1);
-  image<float> result =
-      unsetImage<float>(source.nx(), source.ny(), source.nz(), source.nc(), source.nt());
-  PlaneFilter planes(source, border, x, y);
+  return unsetImage<float>(source.nx(), source.ny(), source.nz(), source.nc(), source.nt());
+}
+
+// Filters along x, y and the frames into `result`; an axis of length 1 is skipped.
+void filterAxes(const Image& source, Border border, const AxisKernels& kernels,
+                image<float>& result) {
+  if (result.isNull()) return;
+  PlaneFilter planes(source, border, kernels);
   for (int f = 0; f < result.nframes(); ++f) {
     planes.filter(f, result.pixels() + std::ptrdiff_t{f} * result.frameSize());
   }
-  if (result.nframes() >= 2) filterFrames(result, border, z);
-  return result;
+  if (result.nframes() >= 2) filterFrames(result, border, *kernels.z);
 }
 
 }  // namespace
@@ -181,15 +187,37 @@ image<float> gaussian(const Image& img, float sigma, int ox, int oy, int oz) {
 }
 
 image<float> gaussian(const Image& img, float sx, float sy, float sz, int ox, int oy, int oz) {
-  return filterAxes(img, Border::Repeat, {sx, ox}, {sy, oy}, {sz, oz});
+  image<float> result = resultFor(img);
+  if (result.isNull()) return result;
+  std::optional<Kernel> x;
+  std::optional<Kernel> y;
+  std::optional<Kernel> z;
+  if (img.nx() >= 2) x.emplace(sx, ox);
+  if (img.ny() >= 2) y.emplace(sy, oy);
+  if (img.nframes() >= 2) z.emplace(sz, oz);
+  const auto pointer = [](const std::optional<Kernel>& k) { return k ? &*k : nullptr; };
+  filterAxes(img, Border::Repeat, {pointer(x), pointer(y), pointer(z)}, result);
+  return result;
 }
 
+// Intended: smooth() makes every kernel before it looks at the sizes, so a sigma whose kernel does
+// not fit ends the process even where its axis is not filtered.
+
 image<float> smooth(const Image& img, float sigma, float ratio) {
-  return smooth(img, sigma, sigma, sigma / ratio);
+  image<float> result = resultFor(img);
+  const Kernel plane(sigma, 0);
+  const Kernel frames(sigma / ratio, 0);
+  filterAxes(img, Border::Rescale, {&plane, &plane, &frames}, result);
+  return result;
 }
 
 image<float> smooth(const Image& img, float sx, float sy, float sz) {
-  return filterAxes(img, Border::Rescale, {sx, 0}, {sy, 0}, {sz, 0});
+  image<float> result = resultFor(img);
+  const Kernel x(sx, 0);
+  const Kernel y(sy, 0);
+  const Kernel z(sz, 0);
+  filterAxes(img, Border::Rescale, {&x, &y, &z}, result);
+  return result;
 }
 
 image<float> dX(const Image& img, float sigma) { return gaussian(img, sigma, 1, 0, 0); }

@@ -80,8 +80,9 @@ ORVA_EXPORT image<float> gaussian(const Image& img, float sx, float sy, float sz
 /// @name Gaussian smoothing
 /// With @p sigma in the plane and sigma / @p ratio along the frames, or one sigma for each axis.
 /// Taps outside the image are dropped and the others scaled up for them. An axis of length 1 is
-/// skipped, and no kernel is made for it. A ratio of 0 is an infinite sigma along the frames: in a
-/// stack all pixels become 0.
+/// skipped, but the kernels of all axes are made first, also for a null image: a sigma whose kernel
+/// does not fit ends the process ("Out of memory") whatever the sizes, which is intended. A ratio
+/// of 0 is an infinite sigma along the frames: in a stack all pixels become 0.
 /// @{
 
 /// In grey levels.

@@ -88,7 +88,7 @@ class ORVA_EXPORT Configure {
   /// A line is a key and a value with blanks, tabs or '=' between them; a later line replaces an
   /// earlier one with the same key. Lines that begin with '[' or '#', and lines that do not have
   /// two words, are ignored.
-  explicit Configure(const std::string& filename);
+  Configure(const std::string& filename);
   /// A table of its own.
   Configure(const Configure&) = default;
   /// @copydoc Configure(const Configure&)

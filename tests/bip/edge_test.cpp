@@ -180,6 +180,15 @@ TEST(Boundaries, OfNothingAreEmpty) {
   EXPECT_EQ(coordinates(orva::bip::boundaries(labelsOf({"01"}))), coordinates(Lists{{}, {}}));
 }
 
+TEST(Boundaries, ListsHaveNoSpareCapacity) {
+  Random random(7);
+  for (const Lists& lists : {orva::bip::boundaries(randomLabels(random, {61, 47}, 9)),
+                             orva::bip::boundaries(blank<short>({5, 5}))}) {
+    ASSERT_FALSE(lists.empty());
+    for (const std::vector<Point>& list : lists) EXPECT_EQ(list.capacity(), list.size());
+  }
+}
+
 TEST(Boundaries, OfAStackAreThoseOfPlaneZeroWithAListForEveryLabel) {
   Random random(5);
   image<short> labels = randomLabels(random, {9, 8, 2}, 3);

@@ -304,6 +304,22 @@ void expectSortedAlike(Random& random, const Shape& shape) {
       << brightness.nx() << " x " << brightness.ny();
 }
 
+TEST(RegionIntensityArrays, ListsHaveNoSpareCapacity) {
+  Random random(8);
+  const Shape shape{61, 47, 2};
+  const image<short> labels = randomLabels(random, shape, 9);
+  for (const bool sorted : {false, true}) {
+    for (const Lists& lists :
+         {orva::bip::regionIntensityArrays(labels, 12, labels, sorted),
+          orva::bip::regionIntensityArrays(labels, randomImage<float>(random, shape), sorted),
+          orva::bip::regionIntensityArrays(labels, randomImage<unsigned char>(random, shape),
+                                           sorted)}) {
+      ASSERT_GE(lists.size(), 10U);
+      for (const std::vector<float>& list : lists) EXPECT_EQ(list.capacity(), list.size());
+    }
+  }
+}
+
 TEST(RegionIntensityArrays, SortListsOfEveryLength) {
   Random random(11);
   std::vector<Shape> shapes = {{300, 200}};

@@ -54,6 +54,13 @@ TEST(Roi, BoundsPoints) {
   EXPECT_TRUE(none.isEmpty());
 }
 
+TEST(Roi, ConvertsFromPoints) {
+  static_assert(std::is_convertible_v<std::vector<Point>, Roi>);
+  const Roi box = std::vector<Point>{Point(4, -2), Point(1, 7)};
+  EXPECT_EQ(box.xmin(), 1);
+  EXPECT_EQ(box.ymax(), 7);
+}
+
 TEST(Roi, BoundsRandomPointsTightly) {
   Random random(61);
   for (int round = 0; round < 100; ++round) {

@@ -93,6 +93,12 @@ TEST(MultiChannelIcsInfo, CollectsItsChannels) {
                                kNoHistory + kNoAnnotation);
 }
 
+TYPED_TEST(Records, ConvertsFromADataSetName) {
+  static_assert(std::is_convertible_v<std::string, TypeParam>);
+  const TypeParam info = std::string("plate/well");
+  EXPECT_EQ(info.datasetName(), "plate/well");
+}
+
 TEST(IcsInfo, LeavesOutEmptyItems) {
   IcsInfo info("d");
   info.setWithChannelInfo("", "", 'c');

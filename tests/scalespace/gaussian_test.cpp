@@ -181,6 +181,20 @@ TEST(SeparableFilters, MakeNoKernelForASkippedAxisOfADerivative) {
             pixelsOf(gaussian(row, 1.0F, 1.0F, 1.0F, 0, 0, 0)));
 }
 
+// A sigma of 4e8 has more taps than 32 bits count.
+TEST(SeparableFilters, SmoothMakesTheKernelsOfAllAxesFirst) {
+  const auto pixel = imageOf<float>({1, 1}, {1});
+  const image<float> null(0, 1, 1, 1, 1);
+  const auto ends = testing::ExitedWithCode(1);
+  const char* const message = "^Out of memory\n$";
+  EXPECT_EXIT(smooth(pixel, 4e8F, 1.0F, 1.0F), ends, message);
+  EXPECT_EXIT(smooth(pixel, 1.0F, 4e8F, 1.0F), ends, message);
+  EXPECT_EXIT(smooth(pixel, 1.0F, 1.0F, 4e8F), ends, message);
+  EXPECT_EXIT(smooth(pixel, 4e8F, 1e9F), ends, message);
+  EXPECT_EXIT(smooth(pixel, 1.0F, 2.5e-9F), ends, message);
+  EXPECT_EXIT(smooth(null, 4e8F, 1e9F), ends, message);
+}
+
 TEST(SeparableFilters, CountChannelsAndTimePointsAsPlanesIsIntended) {
   Random random(18);
   const auto stack = randomImage<short>(random, {5, 4, 12});

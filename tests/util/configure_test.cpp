@@ -190,6 +190,13 @@ TEST_F(TextFile, OfRandomLinesIsATableAsDefined) {
 
 TEST(Configure, IsEmptyFromTheStart) { EXPECT_EQ(Configure().property("a"), ""); }
 
+TEST_F(TextFile, ConvertsToATableByItsName) {
+  static_assert(std::is_convertible_v<std::string, Configure>);
+  orva_test::writeFile(file_, "sigma = 2.5\n");
+  const Configure table = file_;
+  EXPECT_EQ(table.property("sigma"), "2.5");
+}
+
 TEST(Configure, OfAFileThatCanNotBeOpenedIsEmpty) {
   CaptureStderr();
   const Configure table("/missing/some.txt");

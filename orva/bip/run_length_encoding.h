@@ -1,6 +1,6 @@
-// The runs of a row of pixels. For the library's own sources; not installed.
-#ifndef ORVA_BIP_ROW_RUNS_H
-#define ORVA_BIP_ROW_RUNS_H
+// Run-length encoding of rows of pixels. For the library's own sources; not installed.
+#ifndef ORVA_BIP_RUN_LENGTH_ENCODING_H
+#define ORVA_BIP_RUN_LENGTH_ENCODING_H
 
 #include <algorithm>
 #include <array>
@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -16,70 +17,80 @@
 
 namespace orva::bip {
 
-// Finds the runs of one row after the other. Run k covers the columns ends()[2k] .. ends()[2k + 1]
-// - 1; runs come from left to right. Those of a row make way for the next, unless they are kept.
-template <class T>
-class RowRuns {
+// The columns begin .. end - 1 of a row.
+struct Run {
+  int begin;
+  int end;
+};
+
+// Finds the runs of one row after the other, from left to right. Those of a row are overwritten by
+// the next, unless they are kept.
+template <class T, class Allocator = std::allocator<int>>
+class RunLengthEncoder {
  public:
-  // The runs of pixels that equal `value`; returns their number.
-  int findValue(const T* row, int nx, T value) {
+  explicit RunLengthEncoder(const Allocator& allocator = Allocator()) : bounds_(allocator) {}
+
+  // Finds the runs of pixels that equal `value` and returns their number.
+  int encodeValue(const T* row, int nx, T value) {
     used_ = first_;
     onWidestPath([=, this] { markValue(row, nx, value); });
     return static_cast<int>((used_ - first_) / 2);
   }
 
-  // The runs of equal pixels, which cover the row; returns their number.
-  int findEqual(const T* row, int nx) {
+  // Finds the runs of equal pixels, which cover the row, and returns their number.
+  int encodeEqual(const T* row, int nx) {
     used_ = first_;
     onWidestPath([=, this] { markEqual(row, nx); });
     return static_cast<int>((used_ - first_) / 2);
   }
 
-  const int* ends() const { return ends_.data() + first_; }
+  // The runs of the latest row, valid until the next is encoded.
+  const Run* runs() const { return kept() + first_ / 2; }
 
-  // Keeps the ends of the latest row, followed by a run from `stop` to `stop`; returns where they
-  // begin in kept().
+  // Keeps the runs of the latest row, followed by the empty run stop .. stop - 1. Returns where
+  // they begin in kept(), which is valid until the next row is encoded.
   std::size_t keep(int stop) {
     int* to = room();
     to[0] = to[1] = stop;
     used_ += 2;
-    return std::exchange(first_, used_);
+    return std::exchange(first_, used_) / 2;
   }
-  const int* kept() const { return ends_.data(); }
-  void keepNone() { first_ = 0; }
+  // A Run is two bounds in a row.
+  const Run* kept() const { return reinterpret_cast<const Run*>(bounds_.data()); }
+  void discardKept() { first_ = 0; }
 
  private:
-  static constexpr int kBlock = 64;
+  static constexpr int kBlock = 64;  // pixels whose flags fill a 64-bit word
 
-  // Bit i tells whether flag i is set; flags are 0 or 1.
+  // The word whose bit i is flag i, which is 0 or 1.
   static std::uint64_t bitsOf(const unsigned char* flags) {
     std::uint64_t bits = 0;
     for (int g = 0; g < 8; ++g) {
       std::uint64_t eight;
       std::memcpy(&eight, flags + std::ptrdiff_t{8} * g, sizeof eight);
       if constexpr (std::endian::native == std::endian::big) eight = __builtin_bswap64(eight);
-      // The factor brings byte i to bit 56 + i; no two of the products meet.
+      // The factor moves byte i to bit 56 + i without carries between the partial products.
       bits |= (eight * 0x0102040810204080U >> 56U) << static_cast<unsigned>(8 * g);
     }
     return bits;
   }
 
-  // The places of the bits of every byte, from the lowest on.
-  static constexpr auto kPlaces = [] {
-    std::array<std::array<unsigned char, 8>, 256> places{};
+  // The positions of the set bits of every byte, in ascending order.
+  static constexpr auto kBitPositions = [] {
+    std::array<std::array<unsigned char, 8>, 256> positions{};
     for (unsigned byte = 0; byte < 256; ++byte) {
       std::size_t n = 0;
       for (unsigned bit = 0; bit < 8; ++bit) {
-        if ((byte >> bit & 1U) != 0) places[byte][n++] = static_cast<unsigned char>(bit);
+        if ((byte >> bit & 1U) != 0) positions[byte][n++] = static_cast<unsigned char>(bit);
       }
     }
-    return places;
+    return positions;
   }();
 
-  // Appends x plus the places of all bits, each kTimes over. Many come eight at a time, with some
-  // past the end.
+  // Appends x plus the position of every set bit, each kTimes over. Where many bits are set, it
+  // writes those of a byte with one vector store that also overwrites what follows them.
   template <int kTimes>
-  static int* appendPlaces(std::uint64_t bits, int x, int* to) {
+  static int* appendPositions(std::uint64_t bits, int x, int* to) {
     constexpr int kMany = 12;
     if (std::popcount(bits) < kMany) {
       for (; bits != 0; bits &= bits - 1, to += kTimes) {
@@ -89,22 +100,22 @@ class RowRuns {
     }
     for (; bits != 0; bits >>= 8U, x += 8) {
       const auto byte = static_cast<unsigned char>(bits);
-      const unsigned char* places = kPlaces[byte].data();
-      for (int k = 0; k < 8 * kTimes; ++k) to[k] = x + places[k / kTimes];
+      const unsigned char* positions = kBitPositions[byte].data();
+      for (int k = 0; k < 8 * kTimes; ++k) to[k] = x + positions[k / kTimes];
       to += kTimes * std::popcount(byte);
     }
     return to;
   }
 
-  // Room for the ends that a block may have.
+  // Room for the bounds that a block may have.
   int* room() {
-    constexpr std::size_t kMost = 2 * kBlock + 8;
-    if (ends_.size() < used_ + kMost) ends_.resize(2 * ends_.size() + kMost);
-    return ends_.data() + used_;
+    constexpr std::size_t kMax = 2 * kBlock + 8;
+    if (bounds_.size() < used_ + kMax) bounds_.resize(std::max(2 * bounds_.size(), used_ + kMax));
+    return bounds_.data() + used_;
   }
 
   void markValue(const T* row, int nx, T value) {
-    std::uint64_t open = 0;  // whether the pixel before the block lies in a run
+    std::uint64_t open = 0;  // 1 if the pixel before the block lies in a run
     for (int x = 0; x < nx; x += kBlock) {
       T last[kBlock];
       const T* block = row + x;
@@ -118,10 +129,10 @@ class RowRuns {
       if (nx - x < kBlock) bits &= (std::uint64_t{1} << static_cast<unsigned>(nx - x)) - 1;
       const std::uint64_t changes = bits ^ (bits << 1U | open);
       open = bits >> 63U;
-      const int* to = appendPlaces<1>(changes, x, room());
-      used_ = static_cast<std::size_t>(to - ends_.data());
+      const int* to = appendPositions<1>(changes, x, room());
+      used_ = static_cast<std::size_t>(to - bounds_.data());
     }
-    if (used_ % 2 != 0) ends_[used_++] = nx;
+    if (used_ % 2 != 0) bounds_[used_++] = nx;
   }
 
   void markEqual(const T* row, int nx) {
@@ -140,15 +151,15 @@ class RowRuns {
       for (int i = 0; i < kBlock; ++i) flags[i] = block[i + 1] != block[i] ? 1 : 0;
       std::uint64_t changes = bitsOf(flags);
       if (count < kBlock) changes &= (std::uint64_t{1} << static_cast<unsigned>(count)) - 1;
-      const int* to = appendPlaces<2>(changes, x, room());
-      used_ = static_cast<std::size_t>(to - ends_.data());
+      const int* to = appendPositions<2>(changes, x, room());
+      used_ = static_cast<std::size_t>(to - bounds_.data());
     }
     *room() = nx;
     ++used_;
   }
 
-  std::vector<int> ends_;
-  std::size_t first_ = 0;  // where the latest row begins
+  std::vector<int, Allocator> bounds_;  // begin and end of every run in turn
+  std::size_t first_ = 0;               // of the latest row
   std::size_t used_ = 0;
 };
 

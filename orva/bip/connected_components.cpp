@@ -1,0 +1,334 @@
+#include "orva/bip/connected_components.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "orva/bip/memory_budget.h"
+#include "orva/bip/run_length_encoding.h"
+#include "orva/bip/union_find.h"
+#include "orva/util/cpu_path.h"
+#include "orva/util/narrow.h"
+
+namespace orva::bip {
+namespace {
+
+template <class T>
+using BudgetVector = std::vector<T, BudgetAllocator<T>>;
+template <class Pixel>
+using RunEncoder = RunLengthEncoder<Pixel, BudgetAllocator<int>>;
+
+using LabelVector [[gnu::vector_size(16)]] = short;
+constexpr std::ptrdiff_t kVectorSize = sizeof(LabelVector) / sizeof(short);
+
+// Sets the n labels from `to` on and returns their end. Writes whole vectors: up to kVectorSize
+// labels behind the end are overwritten.
+short* fillVectors(short* to, std::ptrdiff_t n, short label) {
+  const LabelVector all = LabelVector{} + label;
+  std::memcpy(to, &all, sizeof all);
+  for (std::ptrdiff_t i = kVectorSize; i < n; i += kVectorSize) {
+    std::memcpy(to + i, &all, sizeof all);
+  }
+  return to + n;
+}
+
+// Source of RunLabelling: the runs of pixels of one value. Runs that touch are connected.
+class Objects {
+ public:
+  using Pixel = unsigned char;
+  static constexpr bool kHasGaps = true;  // between the runs of a row
+  Objects(const Pixel* in, Pixel value) : in_(in), value_(value) {}
+  int encode(std::ptrdiff_t row, int nx, RunEncoder<Pixel>& encoder) const {
+    return encoder.encodeValue(in_ + row, nx, value_);
+  }
+  static bool areConnected(std::ptrdiff_t /*i*/, std::ptrdiff_t /*j*/) { return true; }
+  // Writes a row whose runs all have one label.
+  void write(std::ptrdiff_t row, int nx, short label, short* to) const {
+    const Pixel* in = in_ + row;
+    const Pixel value = value_;
+    onWidestPath([=] {
+      ORVA_INDEPENDENT
+      for (int x = 0; x < nx; ++x) to[x] = in[x] == value ? label : short{-1};
+    });
+  }
+
+ private:
+  const Pixel* in_;
+  Pixel value_;
+};
+
+// Source of RunLabelling: the runs of equal pixels. Runs that touch are connected if their values
+// are equal.
+template <class T>
+class Areas {
+ public:
+  using Pixel = T;
+  static constexpr bool kHasGaps = false;
+  explicit Areas(const T* in) : in_(in) {}
+  int encode(std::ptrdiff_t row, int nx, RunEncoder<T>& encoder) const {
+    return encoder.encodeEqual(in_ + row, nx);
+  }
+  bool areConnected(std::ptrdiff_t i, std::ptrdiff_t j) const { return in_[i] == in_[j]; }
+  static void write(std::ptrdiff_t /*row*/, int nx, short label, short* to) {
+    std::fill_n(to, nx, label);
+  }
+
+ private:
+  const T* in_;
+};
+
+// Two passes over the rows. The first gives every run a provisional label, unites those of runs
+// that touch, and stores them where they need no further memory: at the start of the run's own row
+// of the label image. The second encodes the runs once more, which costs less than to keep them,
+// and writes the final labels.
+//
+// L. He, Y. Chao, K. Suzuki, A run-based two-scan labeling algorithm, IEEE Transactions on Image
+// Processing 17, 2008.
+template <class Source>
+class RunLabelling {
+ public:
+  RunLabelling(Source source, Connectivity connectivity, MemoryBudget& budget, image<short>& labels)
+      : source_(std::move(source)),
+        connectivity_(connectivity),
+        nx_(labels.nx()),
+        labels_(labels),
+        sets_(budget),
+        counts_(budget),
+        plane_(budget),
+        before_(budget),
+        overflow_(budget),
+        current_(budget),
+        next_(budget),
+        buffer_(budget) {
+    // A plane is a volume of planes of one row: only one row is then kept.
+    const bool isPlane = labels.nz() == 1;
+    ny_ = isPlane ? 1 : labels.ny();
+    nz_ = isPlane ? labels.ny() : labels.nz();
+  }
+
+  std::ptrdiff_t run(std::ptrdiff_t limit) {
+    counts_.reserve(static_cast<std::size_t>(std::ptrdiff_t{ny_} * nz_));
+    for (int z = 0; z < nz_; ++z) {
+      std::swap(plane_, before_);
+      plane_.encoder.discardKept();
+      plane_.provisional.clear();
+      plane_.rows.clear();
+      for (int y = 0; y < ny_; ++y) addRow(y, z);
+    }
+    plane_.encoder.discardKept();
+    const std::ptrdiff_t regions = sets_.number(limit);
+    write();
+    return regions;
+  }
+
+ private:
+  struct Row {
+    std::ptrdiff_t pixels;    // index of its first pixel
+    std::size_t runs;         // where its runs begin
+    std::size_t provisional;  // where their labels begin
+  };
+  struct Plane {
+    explicit Plane(MemoryBudget& budget) : encoder(budget), provisional(budget), rows(budget) {}
+    RunEncoder<typename Source::Pixel> encoder;  // keeps all runs; an empty one ends each row
+    BudgetVector<int> provisional;               // a label per run
+    BudgetVector<Row> rows;
+  };
+
+  std::ptrdiff_t pixelsOf(int y, int z) const { return (std::ptrdiff_t{z} * ny_ + y) * nx_; }
+
+  void addRow(int y, int z) {
+    const std::ptrdiff_t pixels = pixelsOf(y, z);
+    const auto count = static_cast<std::size_t>(source_.encode(pixels, nx_, plane_.encoder));
+    const Row row{pixels, plane_.encoder.keep(std::numeric_limits<int>::max()),
+                  plane_.provisional.size()};
+    plane_.rows.push_back(row);
+    plane_.provisional.resize(row.provisional + count, -1);
+    int* own = plane_.provisional.data() + row.provisional;
+
+    const bool isBox = connectivity_ == Connectivity::Box;
+    if (z > 0) {
+      if (isBox && y > 0) link(row, count, before_, y - 1, 1);
+      link(row, count, before_, y, isBox ? 1 : 0);
+      if (isBox && y < ny_ - 1) link(row, count, before_, y + 1, 1);
+    }
+    if (y > 0) link(row, count, plane_, y - 1, isBox ? 1 : 0);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (own[i] < 0) own[i] = sets_.add();
+    }
+    store(own, count, labels_.pixels() + pixels);
+    counts_.push_back(static_cast<int>(count));
+  }
+
+  // The number of runs, up to `limit`, in which two rows begin alike.
+  static std::size_t equalRuns(const Run* a, const Run* b, std::size_t limit) {
+    std::size_t n = 0;
+    while (n < limit && std::memcmp(a + n, b + n, sizeof(Run)) == 0) ++n;
+    return n;
+  }
+
+  // Gives the runs of a row the labels of those that they touch in row y of `plane`. Runs touch
+  // that are less than `reach` columns apart.
+  void link(const Row& row, std::size_t count, const Plane& plane, int y, int reach) {
+    const Row& other = plane.rows[static_cast<std::size_t>(y)];
+    const Run* own = plane_.encoder.kept() + row.runs;
+    const Run* run = plane.encoder.kept() + other.runs;
+    int* labels = plane_.provisional.data() + row.provisional;
+    const int* found = plane.provisional.data() + other.provisional;
+    const auto skip = [&] {
+      while (run->end <= own->begin - reach) {
+        ++run;
+        ++found;
+      }
+    };
+    for (std::size_t i = 0; i < count; ++i, ++own) {
+      skip();
+      if constexpr (Source::kHasGaps) {
+        const std::size_t equal = equalRuns(own, run, count - i);
+        // Each touches its equal alone.
+        for (std::size_t k = 0; k < equal; ++k, ++i) {
+          labels[i] = labels[i] < 0 ? found[k] : sets_.join(labels[i], found[k]);
+        }
+        if (i == count) return;
+        own += equal;
+        run += equal;
+        found += equal;
+        skip();
+      }
+      for (std::ptrdiff_t k = 0; run[k].begin - reach < own->end; ++k) {
+        if (!source_.areConnected(row.pixels + own->begin, other.pixels + run[k].begin)) continue;
+        labels[i] = labels[i] < 0 ? found[k] : sets_.join(labels[i], found[k]);
+      }
+    }
+  }
+
+  // Stores the provisional labels of a row at its start: in 16 bits while all labels so far fit, in
+  // 32 bits from then on. What a row has no room for goes to overflow_.
+  void store(const int* provisional, std::size_t count, short* row) {
+    constexpr std::size_t kNarrowSets = std::numeric_limits<std::uint16_t>::max() + std::size_t{1};
+    if (sets_.size() <= kNarrowSets) {
+      narrowRows_ = counts_.size() + 1;
+      for (std::size_t i = 0; i < count; ++i) row[i] = static_cast<short>(provisional[i]);
+    } else {
+      const std::size_t inRow = std::min(count, wideRoom());
+      std::memcpy(row, provisional, inRow * sizeof(int));
+      overflow_.insert(overflow_.end(), provisional + inRow, provisional + count);
+    }
+  }
+
+  // The provisional labels of 32 bits that a row has room for.
+  std::size_t wideRoom() const {
+    return static_cast<std::size_t>(nx_) * sizeof(short) / sizeof(int);
+  }
+
+  // Reads the region numbers of a row's runs. To be called for all rows in order.
+  void load(std::size_t row, BudgetVector<int>& numbers) {
+    const auto count = static_cast<std::size_t>(counts_[row]);
+    const short* from = labels_.pixels() + static_cast<std::ptrdiff_t>(row) * nx_;
+    numbers.resize(count);
+    if (row < narrowRows_) {
+      std::transform(from, from + count, numbers.begin(), [this](short label) {
+        return sets_.numberOf(static_cast<std::uint16_t>(label));
+      });
+    } else {
+      const std::size_t inRow = std::min(count, wideRoom());
+      std::memcpy(numbers.data(), from, inRow * sizeof(int));
+      std::copy_n(overflow_.data() + overflowRead_, count - inRow, numbers.data() + inRow);
+      overflowRead_ += count - inRow;
+      for (int& number : numbers) number = sets_.numberOf(number);
+    }
+  }
+
+  void write() {
+    const std::size_t rows = counts_.size();
+    if (rows > 0) load(0, next_);
+    for (std::size_t y = 0; y < rows; ++y) {
+      std::swap(current_, next_);
+      // Before this row is written, which overwrites the start of the next.
+      if (y + 1 < rows) load(y + 1, next_);
+      writeRow(static_cast<std::ptrdiff_t>(y) * nx_);
+    }
+  }
+
+  void writeRow(std::ptrdiff_t first) {
+    short* row = labels_.pixels() + first;
+    const bool isUniform = std::all_of(current_.begin(), current_.end(),
+                                       [this](int number) { return number == current_.front(); });
+    if (isUniform) {
+      source_.write(first, nx_, fittedTo16(current_.empty() ? -1 : current_.front()), row);
+      return;
+    }
+    source_.encode(first, nx_, plane_.encoder);
+    if (nx_ >= kVectorSize && first + nx_ + kVectorSize <= labels_.npix()) {
+      writeRuns(row);
+    } else {
+      buffer_.resize(static_cast<std::size_t>(nx_ + kVectorSize));
+      writeRuns(buffer_.data());
+      std::copy_n(buffer_.data(), nx_, row);
+    }
+  }
+
+  void writeRuns(short* row) const {
+    const Run* run = plane_.encoder.runs();
+    short* to = row;
+    for (const int number : current_) {
+      to = fillVectors(to, row + run->begin - to, -1);
+      to = fillVectors(to, run->end - run->begin, fittedTo16(number));
+      ++run;
+    }
+    fillVectors(to, row + nx_ - to, -1);
+  }
+
+  Source source_;
+  Connectivity connectivity_;
+  int nx_;
+  int ny_;
+  int nz_;
+  image<short>& labels_;
+  UnionFind<BudgetAllocator<int>> sets_;
+  BudgetVector<int> counts_;    // the number of runs of each row
+  std::size_t narrowRows_ = 0;  // rows whose provisional labels have 16 bits
+  Plane plane_;
+  Plane before_;
+  BudgetVector<int> overflow_;  // provisional labels for which their rows had no room
+  std::size_t overflowRead_ = 0;
+  BudgetVector<int> current_;  // the region numbers of the row that is written
+  BudgetVector<int> next_;
+  BudgetVector<short> buffer_;  // a row and what is overwritten behind it
+};
+
+template <class Source>
+std::optional<std::ptrdiff_t> labelRuns(Source source, Connectivity connectivity,
+                                        std::ptrdiff_t limit, std::size_t bytes,
+                                        image<short>& labels) {
+  MemoryBudget budget(bytes);
+  try {
+    return RunLabelling(std::move(source), connectivity, budget, labels).run(limit);
+  } catch (const BudgetExceeded&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
+std::optional<std::ptrdiff_t> labelObjects(const unsigned char* in, unsigned char value,
+                                           Connectivity connectivity, std::ptrdiff_t limit,
+                                           std::size_t bytes, image<short>& labels) {
+  return labelRuns(Objects(in, value), connectivity, limit, bytes, labels);
+}
+
+std::optional<std::ptrdiff_t> labelAreas(const unsigned char* in, Connectivity connectivity,
+                                         std::ptrdiff_t limit, std::size_t bytes,
+                                         image<short>& labels) {
+  return labelRuns(Areas(in), connectivity, limit, bytes, labels);
+}
+
+std::optional<std::ptrdiff_t> labelAreas(const short* in, Connectivity connectivity,
+                                         std::ptrdiff_t limit, std::size_t bytes,
+                                         image<short>& labels) {
+  return labelRuns(Areas(in), connectivity, limit, bytes, labels);
+}
+
+}  // namespace orva::bip
