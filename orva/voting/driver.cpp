@@ -30,7 +30,7 @@ struct Gradient {
 Gradient gradientOf(const Image& img, float sigma) {
   Gradient g{scalespace::dX(img, sigma), scalespace::dY(img, sigma),
              image<float>(img.nx(), img.ny(), 1, 1, 1)};
-  if (g.x.isNull()) return g;  // a format that has no float form
+  if (g.x.isNull()) return g;
   onWidestPath(
       [x = g.x.pixels(), y = g.y.pixels(), m = g.magnitude.pixels(), count = g.magnitude.npix()] {
         for (int i = 0; i < count; ++i) m[i] = std::sqrt(x[i] * x[i] + y[i] * y[i]);
@@ -82,6 +82,7 @@ void CircularVoting::setSize(int nx, int ny) {
 
 void CircularVoting::collectPoints(const Image& img) {
   Gradient g = gradientOf(img, sigma);
+  if (g.x.isNull()) return;  // no pixels, or a format without a float form
   const float sign = regionType == Dark ? -1.0F : 1.0F;
   selectStrong(g.magnitude, gradThreshold, absoluteValues);
   if (useEdges) selectEdges(g.magnitude, img, sigma);
@@ -118,9 +119,9 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   points_.clear();
   centerWeights_.clear();
   const std::int64_t margin = voteMargin(coneWidth, maxRadius);
-  const bool empty = img.isNull() || npix_ == 0;
-  if (empty || std::max(nx_, ny_) + 2 * margin > kLargestSide) {
-    if (!empty) {
+  const bool hasPixels = !img.isNull() && npix_ != 0;
+  if (std::max(nx_, ny_) + 2 * margin > kLargestSide) {
+    if (hasPixels) {
       std::cerr << "In CircularVoting::compute\n"
                 << "   Warning: image is too large, no centers\n";
     }
@@ -131,16 +132,17 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   }
 
   margin_ = static_cast<int>(margin);
-  points_.reserve(static_cast<std::size_t>(npix_) / 2);
+  points_.reserve(static_cast<std::size_t>(std::max(npix_, 0)) / 2);
   collectPoints(img);
 
   const int pad = 2 * margin_;
   setSize(nx_ + pad, ny_ + pad);
   WPoint2D::nx = ConePlane2D::nx = Cone2D::nx = nx_;
   WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = ny_;
-  runPasses(observer);
+  runPasses(hasPixels ? observer : PassObserver());
   setSize(nx_ - pad, ny_ - pad);
-  extractCenters();
+  votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
+  if (hasPixels) extractCenters();
 
   for (VPoint2D& p : points_) {
     p.x = fittedTo16(p.x - margin_);
@@ -152,7 +154,6 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
 
 // The regions of votes above the threshold become centres with their mean vote.
 void CircularVoting::extractCenters() {
-  votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
   float* votes = votingImage_.pixels();
   float most = 0.0F;
   for (int y = 0, i = 0; y < ny_; ++y) {

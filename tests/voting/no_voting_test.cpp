@@ -12,6 +12,9 @@
 
 namespace {
 
+using orva::voting::Cone2D;
+using orva::voting::ConePlane2D;
+using orva::voting::WPoint2D;
 using orva_test::absolute;
 using orva_test::blank;
 using orva_test::computed;
@@ -19,6 +22,7 @@ using orva_test::Coordinates;
 using orva_test::coordinates;
 using orva_test::oneDisc;
 using orva_test::Probe;
+using orva_test::sameCones;
 using orva_test::sameImage;
 using orva_test::Shape;
 using orva_test::VotingParams;
@@ -57,6 +61,38 @@ TEST(Compute, OfAnImageWithoutPixelsKeepsEarlierCentersButNoWeights) {
   probe.compute(blank<float>({5, 5, 0}));
   EXPECT_EQ(coordinates(probe.centers()), before);
   EXPECT_TRUE(probe.center_weights().empty());
+}
+
+// The margin, the class-wide sizes, the accumulators and the cones are those of an image of these
+// sizes, whatever an earlier call left.
+TEST(Compute, OfANullImageGoesThroughAllItsSteps) {
+  for (const Shape& shape : kWithoutPixels) {
+    for (const bool fresh : {true, false}) {
+      VotingParams params = marginOf25();
+      params.useEdges = true;
+      Probe probe = fresh ? Probe() : computed({}, oneDisc());
+      probe.centers_.clear();
+      probe.set(params);
+      WPoint2D::nx = ConePlane2D::nx = Cone2D::nx = -1;
+      WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = -1;
+      probe.compute(blank<float>(shape));
+      const int nx = shape.nx + 50;
+      const int ny = shape.ny + 50;
+      EXPECT_EQ(probe.margin_, 25);
+      for (const int width : {WPoint2D::nx, ConePlane2D::nx, Cone2D::nx}) EXPECT_EQ(width, nx);
+      for (const int height : {WPoint2D::ny, ConePlane2D::ny, Cone2D::ny}) EXPECT_EQ(height, ny);
+      EXPECT_TRUE(sameImage(probe.acc_, blank<float>({nx, ny})));
+      EXPECT_TRUE(sameImage(probe.prevAcc_, blank<float>({nx, ny})));
+      EXPECT_TRUE(sameCones(probe.cones_, reference::cones(0, 1, 20, 0, nx)));
+      EXPECT_EQ(probe.nx_, shape.nx);
+      EXPECT_EQ(probe.ny_, shape.ny);
+      EXPECT_EQ(probe.npix_, shape.nx * shape.ny);
+      EXPECT_TRUE(sameImage(probe.votingImage(), blank<float>({shape.nx, shape.ny})));
+      EXPECT_TRUE(probe.points_.empty());
+      EXPECT_TRUE(probe.centers().empty());
+      EXPECT_TRUE(probe.center_weights().empty());
+    }
+  }
 }
 
 TEST(Compute, OfAFormatWithoutFloatFormFindsNoCenters) {
@@ -124,10 +160,8 @@ TEST(Compute, OfAnImageWithoutPixelsSaysNothingOfRadiiThatDoNotFit) {
 }
 
 // What an earlier call left must not show.
-TEST(Compute, ThatFindsNothingToVoteOnLeavesABlackVotingImageAndNoVotes) {
-  std::vector<Shape> shapes = kWithoutPixels;
-  shapes.insert(shapes.end(), {{33000, 1}, {2, 40000}});
-  for (const Shape& shape : shapes) {
+TEST(Compute, OfATooLargeImageLeavesABlackVotingImageAndNoVotes) {
+  for (const Shape& shape : {Shape{33000, 1}, Shape{2, 40000}, Shape{40000, 2, 0}}) {
     for (const bool fresh : {true, false}) {
       Probe probe = fresh ? Probe(VotingParams()) : computed({}, oneDisc());
       testing::internal::CaptureStderr();
