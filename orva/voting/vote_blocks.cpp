@@ -149,14 +149,14 @@ void VoteBlocks::castWeights(std::span<const VPoint2D> points, float* acc) {
   });
 }
 
-void VoteBlocks::castShares(std::span<const VPoint2D> points, std::span<const View> views,
+void VoteBlocks::castShares(std::span<const VPoint2D> points, std::span<const ConeStats> stats,
                             const float* prev, float* acc) {
   onWidestPath([=, this] {
     for (std::size_t i = 0; i < points.size(); ++i) {
       const VPoint2D& p = points[i];
-      if (!cones_.has(p.angle) || views[i].sum < kNegligible) continue;
+      if (!cones_.has(p.angle) || stats[i].sum < kNegligible) continue;
       // Intended: the cells' own weights play no part.
-      castOne(p, Shares{p.weight / views[i].sum, prev}, acc);
+      castOne(p, Shares{p.weight / stats[i].sum, prev}, acc);
     }
   });
 }

@@ -8,7 +8,7 @@
 
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
-#include "orva/voting/walk.h"
+#include "orva/voting/gather.h"
 
 namespace orva::voting {
 
@@ -30,8 +30,8 @@ class VoteBlocks {
   void castWeights(std::span<const VPoint2D> points, float* acc);
   // Every point divides its weight among the cells of its cone in proportion to their votes in
   // `prev`, whose sum is known; none where that is negligible.
-  void castShares(std::span<const VPoint2D> points, std::span<const View> views, const float* prev,
-                  float* acc);
+  void castShares(std::span<const VPoint2D> points, std::span<const ConeStats> stats,
+                  const float* prev, float* acc);
 
  private:
   struct Block {

@@ -8,7 +8,7 @@
 // votes come and go; only the strongest at each object is compared. Noise breaks the votes of an
 // object into regions, and which of them is the strongest may change: then only the rule of scoring
 // holds, that a centre belongs to an object within half its radius or three pixels of its middle.
-// (An image shifted in a frame is exact: driver_test.cpp.)
+// (An image shifted in a frame is exact: compute_test.cpp.)
 #include <gtest/gtest.h>
 
 #include <algorithm>

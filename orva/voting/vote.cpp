@@ -12,9 +12,9 @@
 #include "orva/util/narrow.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
+#include "orva/voting/gather.h"
 #include "orva/voting/negligible.h"
 #include "orva/voting/vote_blocks.h"
-#include "orva/voting/walk.h"
 
 namespace orva::voting {
 namespace {
@@ -22,41 +22,60 @@ namespace {
 // The length of a vector of whole numbers, rounded once.
 float lengthOf(double x, double y) { return std::sqrt(static_cast<float>(x * x + y * y)); }
 
-// One pass: every point turns to the strongest votes in its cone and spreads its weight over the
-// cone in that direction, in proportion to the votes before.
-//
-// Looking changes no votes, so a band of points looks before any of it votes; they vote one after
-// the other, on whose order the sums in the accumulator depend.
+// One pass: every point turns to the strongest cell of its cone, then spreads its weight over the
+// cone in the new direction, in proportion to the votes of the pass before.
 template <class AngleIndex>
 class Pass {
  public:
   Pass(ConeTable& cones, VoteBlocks& blocks, AngleIndex angleIndex, const float* prev, float* acc)
       : cones_(cones), blocks_(blocks), angleIndex_(angleIndex), prev_(prev), acc_(acc) {}
 
+  // Turning reads the previous votes only, so the points of a batch turn before any of them votes.
+  // All points vote in their order, on which the sums in the accumulator depend.
   void run(std::span<VPoint2D> points) {
-    // So few that what they look at stays in the cache until they vote there.
-    constexpr std::size_t kBand = 256;
-    for (std::size_t first = 0; first < points.size(); first += kBand) {
-      const auto band = points.subspan(first, std::min(kBand, points.size() - first));
-      views_.resize(band.size());
-      turned_.clear();
-      look(band, cones_, prev_, views_.data());
-      for (std::size_t i = 0; i < band.size(); ++i) {
-        const int before = band[i].angle;
-        if (!cones_.has(before)) continue;
-        turn(band[i], views_[i].strongest, views_[i].most);
-        if (band[i].angle != before) turned_.push_back(static_cast<int>(i));
-      }
-      sumVotes(band, turned_, cones_, prev_, views_.data());
-      blocks_.castShares(band, views_, prev_, acc_);
+    for (std::size_t first = 0; first < points.size(); first += kPointsPerBatch) {
+      const auto batch = points.subspan(first, std::min(kPointsPerBatch, points.size() - first));
+      turnAll(batch);
+      blocks_.castShares(batch, stats_, prev_, acc_);
     }
   }
 
  private:
-  void turn(VPoint2D& p, int strongest, float most) {
-    if (strongest < 0 || most < kNegligible) return;
-    const ConeTable::Cell cell = cones_.cell(p.angle, strongest);
-    std::int16_t& direction = cones_.direction(p.angle, strongest);
+  // The previous votes that so many neighbouring points gather stay in the cache until they vote.
+  static constexpr std::size_t kPointsPerBatch = 256;
+
+  // Turns the points and leaves in stats_ the sums of the votes under their turned cones.
+  void turnAll(std::span<VPoint2D> points) {
+    placed_.clear();
+    for (const VPoint2D& p : points) placed_.push_back(place(p));
+    stats_.resize(points.size());
+    gatherStats(placed_, cones_.size(), stats_.data());
+
+    turned_.clear();
+    placed_.clear();
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      VPoint2D& p = points[i];
+      const int before = p.angle;
+      if (!cones_.has(before)) continue;
+      turn(p, stats_[i]);
+      if (p.angle == before) continue;
+      turned_.push_back(i);
+      placed_.push_back(place(p));
+    }
+    sums_.resize(turned_.size());
+    gatherSums(placed_, cones_.size(), sums_.data());
+    for (std::size_t k = 0; k < turned_.size(); ++k) stats_[turned_[k]].sum = sums_[k];
+  }
+
+  // The statistics of a point without a cone are not used; any cone serves.
+  PlacedCone place(const VPoint2D& p) const {
+    return {prev_ + p.offset, cones_.offsets(cones_.has(p.angle) ? p.angle : 0)};
+  }
+
+  void turn(VPoint2D& p, const ConeStats& stats) {
+    if (stats.argmax < 0 || stats.max < kNegligible) return;
+    const ConeTable::Cell cell = cones_.cell(p.angle, stats.argmax);
+    std::int16_t& direction = cones_.direction(p.angle, stats.argmax);
     if (direction < 0) {
       const float length = lengthOf(cell.x, cell.y);
       if (!(length > kNegligible)) return;
@@ -73,8 +92,10 @@ class Pass {
   AngleIndex angleIndex_;
   const float* prev_;
   float* acc_;
-  std::vector<View> views_;
-  std::vector<int> turned_;  // points of the band whose direction has changed
+  std::vector<ConeStats> stats_;     // one per point of the batch
+  std::vector<std::size_t> turned_;  // indices of its points that have turned
+  std::vector<float> sums_;          // one per turned point
+  std::vector<PlacedCone> placed_;
 };
 
 }  // namespace
