@@ -2,21 +2,21 @@
 //
 //   onWidestPath([&] { addRows(out, in, n); });
 //
-// compiles the body once for each instruction set, with everything it calls inlined, and runs the
-// widest that the machine has. All give the same bits, but for those of a NaN: a wider set only
-// takes more elements at once.
+// compiles the body and everything it calls, inlined, once for each instruction set and runs the
+// widest version that the machine supports. All versions give the same bits, NaN payloads excepted:
+// a wider set only computes more outputs per instruction.
 #ifndef ORVA_UTIL_CPU_PATH_H
 #define ORVA_UTIL_CPU_PATH_H
 
 namespace orva {
 
 enum class CpuPath {
-  Baseline,  // what the compiler may assume of every machine of its kind
+  Baseline,  // the minimum instruction set of the architecture
   Avx2       // x86-64 with 256-bit vectors
 };
 
-// The widest of this machine, or Baseline where the environment variable ORVA_CPU_PATH is
-// "baseline". Decided at the first call.
+// The widest path that this machine supports, or Baseline if the environment variable ORVA_CPU_PATH
+// is "baseline". Decided at the first call.
 CpuPath cpuPath();
 
 #if defined(__x86_64__)
@@ -25,8 +25,9 @@ CpuPath cpuPath();
 #define ORVA_TARGET_AVX2
 #endif
 
-// Stands before a loop that writes nothing which a later turn of it reads, so that its turns may be
-// taken together. Clang has no such mark that is silent where it changes nothing.
+// Placed before a loop without loop-carried dependences through memory, so that GCC vectorises it
+// without run-time checks for overlap. Clang has no equivalent that stays silent where it changes
+// nothing.
 #if defined(__clang__)
 #define ORVA_INDEPENDENT
 #else

@@ -1,4 +1,5 @@
-// Eight numbers that are taken at once, whatever the machine's vectors hold; not installed.
+// Eight-lane SIMD vectors of floats and ints, compiled for whatever vectors the target has. Not
+// installed.
 #ifndef ORVA_UTIL_LANES_H
 #define ORVA_UTIL_LANES_H
 

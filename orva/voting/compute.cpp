@@ -18,8 +18,8 @@
 namespace orva::voting {
 namespace {
 
-// Voting points keep their coordinates in 16 bits.
-constexpr std::int64_t kLargestSide = std::numeric_limits<std::int16_t>::max();
+// Coordinates of voting points have 16 bits.
+constexpr std::int64_t kMaxSide = std::numeric_limits<std::int16_t>::max();
 
 struct Gradient {
   image<float> x;
@@ -38,18 +38,19 @@ Gradient gradientOf(const Image& img, float sigma) {
   return g;
 }
 
-// Magnitudes below the threshold become 0; the others are divided by the largest unless absolute.
-// Intended: the threshold is one of undivided magnitudes in both cases.
-void selectStrong(image<float>& magnitude, float threshold, bool absolute) {
-  const float largest = magnitude.max();
-  if (!(largest > kNegligible)) return;
-  const float divisor = absolute ? 1.0F : largest;
+// Sets magnitudes below the threshold to 0 and divides the others by the maximum unless absolute.
+// Intended: the threshold applies to the undivided magnitudes in both cases.
+void suppressWeak(image<float>& magnitude, float threshold, bool absolute) {
+  const float max = magnitude.max();
+  if (!(max > kNegligible)) return;
+  const float divisor = absolute ? 1.0F : max;
   onWidestPath([=, m = magnitude.pixels(), count = magnitude.npix()] {
     for (int i = 0; i < count; ++i) m[i] = m[i] < threshold ? 0.0F : m[i] / divisor;
   });
 }
 
-void selectEdges(image<float>& magnitude, const Image& img, float sigma) {
+// Sets magnitudes off the edges of the regions of negative Laplacian to 0.
+void suppressNonEdges(image<float>& magnitude, const Image& img, float sigma) {
   const image<unsigned char> edges =
       bip::edge(scalespace::features(img, sigma, LAPLACIAN_NEGATIVE, 1.0F));
   for (int i = 0; i < magnitude.npix(); ++i) {
@@ -57,8 +58,9 @@ void selectEdges(image<float>& magnitude, const Image& img, float sigma) {
   }
 }
 
-// Intended: only Power changes a magnitude, Exponential leaves all as they are.
-void weigh(image<float>& magnitude, CircularVoting::WeightingMethod weighting, float exponent) {
+// Turns magnitudes into weights. Intended: Exponential leaves them as they are.
+void applyWeighting(image<float>& magnitude, CircularVoting::WeightingMethod weighting,
+                    float exponent) {
   if (weighting != CircularVoting::Power || !(std::abs(exponent - 1.0) > kNegligible)) return;
   for (int i = 0; i < magnitude.npix(); ++i) {
     float& m = magnitude.pixels()[i];
@@ -84,9 +86,9 @@ void CircularVoting::collectPoints(const Image& img) {
   Gradient g = gradientOf(img, sigma);
   if (g.x.isNull()) return;  // no pixels, or a format without a float form
   const float sign = regionType == Dark ? -1.0F : 1.0F;
-  selectStrong(g.magnitude, gradThreshold, absoluteValues);
-  if (useEdges) selectEdges(g.magnitude, img, sigma);
-  weigh(g.magnitude, weighting, weightParam);
+  suppressWeak(g.magnitude, gradThreshold, absoluteValues);
+  if (useEdges) suppressNonEdges(g.magnitude, img, sigma);
+  applyWeighting(g.magnitude, weighting, weightParam);
   for (int y = 0, i = 0; y < ny_; ++y) {
     for (int x = 0; x < nx_; ++x, ++i) {
       const float weight = g.magnitude.pixels()[i];
@@ -120,7 +122,7 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   centerWeights_.clear();
   const std::int64_t margin = voteMargin(coneWidth, maxRadius);
   const bool hasPixels = !img.isNull() && npix_ != 0;
-  if (std::max(nx_, ny_) + 2 * margin > kLargestSide) {
+  if (std::max(nx_, ny_) + 2 * margin > kMaxSide) {
     if (hasPixels) {
       std::cerr << "In CircularVoting::compute\n"
                 << "   Warning: image is too large, no centers\n";
@@ -152,19 +154,20 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   }
 }
 
-// The regions of votes above the threshold become centres with their mean vote.
+// Makes a centre of each region of votes above the threshold. Its position is the centroid, its
+// weight the mean vote.
 void CircularVoting::extractCenters() {
   float* votes = votingImage_.pixels();
-  float most = 0.0F;
+  float max = 0.0F;
   for (int y = 0, i = 0; y < ny_; ++y) {
     const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
     for (int x = 0; x < nx_; ++x, ++i) {
       votes[i] = row[x];
-      if (votes[i] > most) most = votes[i];
+      if (votes[i] > max) max = votes[i];
     }
   }
 
-  const float threshold = absoluteValues ? centerThreshold : centerThreshold * most;
+  const float threshold = absoluteValues ? centerThreshold : centerThreshold * max;
   image<unsigned char> mask(nx_, ny_, 1, 1, 1);
   for (int i = 0; i < npix_; ++i) mask.pixels()[i] = votes[i] > threshold ? 255 : 0;
   int n = 0;

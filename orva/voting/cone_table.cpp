@@ -9,8 +9,9 @@
 namespace orva::voting {
 namespace {
 
-// Appends the planes of a fan that opens along +x, or along -x for a sign of -1: first the axis,
-// then for every column the cells off the axis, each in the plane of its rounded distance.
+// Appends the planes of a fan that opens along +x, or along -x for a sign of -1. Each plane begins
+// with its cell on the axis; the cells off the axis follow column by column, each in the plane of
+// its rounded distance.
 void appendFan(std::vector<ConePlane2D>& planes, int minRadius, int maxRadius, int width,
                int sign) {
   const auto first = static_cast<std::ptrdiff_t>(planes.size());
@@ -20,7 +21,7 @@ void appendFan(std::vector<ConePlane2D>& planes, int minRadius, int maxRadius, i
   const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(planes.size()) - first;
   for (int r = minRadius; r <= maxRadius && maxRadius != 0; ++r) {
     const std::int64_t height = std::int64_t{r} * width / maxRadius;
-    // Cells farther than maxRadius are dropped, so none past that row needs a look.
+    // Rows beyond maxRadius hold no cells, as these are too far from the apex.
     const int h =
         static_cast<int>(std::max(std::int64_t{-1}, std::min(height, std::int64_t{maxRadius} + 1)));
     for (int dy = -h; dy <= h; ++dy) {
@@ -34,7 +35,7 @@ void appendFan(std::vector<ConePlane2D>& planes, int minRadius, int maxRadius, i
   }
 }
 
-// As round_double(), for values that an int can hold.
+// round_double() without its range checks, for values that fit an int.
 int rounded(double v) {
   const int t = static_cast<int>(v);
   return v - t >= 0.5 ? t + 1 : t;
@@ -52,13 +53,13 @@ Cone2D prototypeCone(int nearest, int farthest, int width, bool twoSided) {
   return cone;
 }
 
-Turn::Turn(int bin, float step) {
+Rotation::Rotation(int bin, float step) {
   const float theta = static_cast<float>(bin) * step;
   cosine = std::cos(theta);
   sine = std::sin(theta);
 }
 
-void Turn::apply(int& x, int& y) const {
+void Rotation::apply(int& x, int& y) const {
   const auto fx = static_cast<float>(x);
   const auto fy = static_cast<float>(y);
   x = rounded(cosine * fx - sine * fy);
@@ -77,11 +78,11 @@ ConeTable::ConeTable(const Cone2D& prototype, int bins, float step, int accumula
   cells_.reserve(count);
   directions_.assign(count, -1);
   for (int bin = 0; bin < bins; ++bin) {
-    const Turn turn(bin, step);
+    const Rotation rotation(bin, step);
     for (const WPoint2D& cell : cells) {
       int x = cell.x;
       int y = cell.y;
-      turn.apply(x, y);
+      rotation.apply(x, y);
       cells_.push_back({fittedTo16(x), fittedTo16(y)});
       offsets_.push_back(offsetOf(x, y, accumulatorWidth));
     }

@@ -1,4 +1,4 @@
-// The cones of one pass laid out for fast walks; not installed.
+// Table of the cells of all cones of a pass; not installed.
 #ifndef ORVA_VOTING_CONE_TABLE_H
 #define ORVA_VOTING_CONE_TABLE_H
 
@@ -10,36 +10,37 @@
 
 namespace orva::voting {
 
-// The cone that opens along +x (and along -x, too, if it is two-sided), without offsets.
+// The cone that opens along +x and, if two-sided, along -x, too. Offsets of cells are 0. Distances
+// are held in -32767 .. 32767.
 Cone2D prototypeCone(int nearest, int farthest, int width, bool twoSided);
 
-// The offset of a cell in the accumulator, in unsigned arithmetic, so that cells outside every
-// accumulator do no harm.
+// The linear offset of a cell in an accumulator, modulo 2^32: cells that lie outside every
+// accumulator overflow without harm.
 inline int offsetOf(int x, int y, int accumulatorWidth) {
   return static_cast<int>(static_cast<unsigned>(y) * static_cast<unsigned>(accumulatorWidth) +
                           static_cast<unsigned>(x));
 }
 
-// The turn of a cell to an angle bin, `step` radians wide.
-struct Turn {
-  Turn(int bin, float step);
+// The rotation of a cell from +x to an angle bin; bins are `step` radians apart.
+struct Rotation {
+  Rotation(int bin, float step);
   void apply(int& x, int& y) const;
 
   float cosine;
   float sine;
 };
 
-// The cells of the prototype turned to each of `bins` directions, `step` radians apart, cone after
-// cone and each in the order of its planes.
+// The cells of a prototype cone rotated to each of `bins` directions, `step` radians apart. The
+// cells of a cone are in the order of its planes.
 class ConeTable {
  public:
   ConeTable(const Cone2D& prototype, int bins, float step, int accumulatorWidth);
 
   int bins() const { return bins_; }
   bool has(int bin) const { return bin >= 0 && bin < bins_; }
-  // Cells of a cone.
+  // The number of cells of each cone.
   std::size_t size() const { return size_; }
-  // The cells of cone `bin` relative to its apex, in the accumulator.
+  // The linear offsets of the cells of cone `bin` relative to its apex.
   const int* offsets(int bin) const { return offsets_.data() + first(bin); }
 
   struct Cell {
@@ -50,7 +51,7 @@ class ConeTable {
     return cells_[first(bin) + static_cast<std::size_t>(i)];
   }
 
-  // Room for a direction found for a cell; below 0 while there is none.
+  // The angle bin in which a cell lies, as the caller caches it; below 0 until then.
   std::int16_t& direction(int bin, int i) {
     return directions_[first(bin) + static_cast<std::size_t>(i)];
   }

@@ -12,12 +12,12 @@ namespace {
 
 constexpr float kPi = 3.14159265F;
 
-Cone2D rotated(const Cone2D& prototype, const Turn& turn) {
+Cone2D rotated(const Cone2D& prototype, const Rotation& rotation) {
   Cone2D cone = prototype;
   for (ConePlane2D& plane : cone.planes) {
-    for (WPoint2D& cell : plane.points) turn.apply(cell.x, cell.y);
+    for (WPoint2D& cell : plane.points) rotation.apply(cell.x, cell.y);
   }
-  cone.setDirection(turn.cosine, turn.sine);
+  cone.setDirection(rotation.cosine, rotation.sine);
   cone.init();
   return cone;
 }
@@ -35,7 +35,7 @@ CircularVoting::~CircularVoting() = default;
 void CircularVoting::setParams(RegionType type, int nearest, int farthest, int width,
                                float gradient, float threshold, float scale, WeightingMethod method,
                                float param, bool edges, bool absolute) {
-  constexpr float kLeastShare = 0.05F;
+  constexpr float kMinShare = 0.05F;
   absoluteValues = absolute;
   regionType = type;
   minRadius = nearest > 0 ? nearest : 1;
@@ -43,7 +43,7 @@ void CircularVoting::setParams(RegionType type, int nearest, int farthest, int w
   coneWidth = std::max(width, 0);
   gradThreshold = gradient;
   centerThreshold = threshold;
-  if (!absolute) centerThreshold = std::max(threshold <= 1.0F ? threshold : 1.0F, kLeastShare);
+  if (!absolute) centerThreshold = std::max(threshold <= 1.0F ? threshold : 1.0F, kMinShare);
   sigma = scale > 0.0F ? scale : 0.0F;
   weighting = method;
   weightParam = param;
@@ -55,7 +55,7 @@ void CircularVoting::computeCones(int nearest, int farthest, int width) {
     const Cone2D prototype = prototypeCone(nearest, farthest, width, regionType == Both);
     cones_.assign(static_cast<std::size_t>(angleBins_), Cone2D());
     for (int bin = 0; bin < angleBins_; ++bin) {
-      cones_[static_cast<std::size_t>(bin)] = rotated(prototype, Turn(bin, angleStep_));
+      cones_[static_cast<std::size_t>(bin)] = rotated(prototype, Rotation(bin, angleStep_));
     }
   });
 }

@@ -19,7 +19,7 @@
 namespace orva::voting {
 namespace {
 
-// The length of a vector of whole numbers, rounded once.
+// The length of an integer vector, through doubles, as the squares may overflow an int.
 float lengthOf(double x, double y) { return std::sqrt(static_cast<float>(x * x + y * y)); }
 
 // One pass: every point turns to the strongest cell of its cone, then spreads its weight over the
@@ -144,16 +144,16 @@ void CircularVoting::getMaxDirection(VPoint2D& p) {
   if (!hasCone(p)) return;
   const float* acc = acc_.pixels() + p.offset;
   const WPoint2D* best = nullptr;
-  float most = 0.0F;
+  float max = 0.0F;
   for (const ConePlane2D& plane : cones_[static_cast<std::size_t>(p.angle)].planes) {
     for (const WPoint2D& c : plane.points) {
-      if (acc[c.offset] > most) {
-        most = acc[c.offset];
+      if (acc[c.offset] > max) {
+        max = acc[c.offset];
         best = &c;
       }
     }
   }
-  if (best == nullptr || most < kNegligible) return;
+  if (best == nullptr || max < kNegligible) return;
   const float length = lengthOf(best->x, best->y);
   if (!(length > kNegligible)) return;
   // A caller's own cones may reach past 16 bits.

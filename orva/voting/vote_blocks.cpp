@@ -11,13 +11,13 @@
 namespace orva::voting {
 namespace {
 
-// Cones of so few cells vote cell by cell.
-constexpr std::size_t kFewCells = 48;
-// The lists of larger cones would take much memory; they begin their blocks at the apex.
-constexpr std::size_t kManyCells = 16384;
+constexpr std::size_t kMaxCellsOneByOne = 48;  // of a cone that votes cell by cell
+// Larger cones have one list per bin, whatever the phase, to save memory. Their blocks begin at the
+// apex and are not aligned.
+constexpr std::size_t kMaxCellsWithPhases = 16384;
 constexpr int kMasks = 1 << kLanes;
 
-// All bits of lane i where bit i of the index is set.
+// Lane i of kLaneMasks[m] is all ones where bit i of m is set, else 0.
 constexpr auto kLaneMasks = [] {
   std::array<std::array<std::int32_t, kLanes>, kMasks> masks{};
   for (int m = 0; m < kMasks; ++m) {
@@ -28,34 +28,34 @@ constexpr auto kLaneMasks = [] {
   return masks;
 }();
 
-// Adds the votes of the given lanes, and zeros.
-[[gnu::always_inline]] inline void addSome(const Lanes& votes, int lanes, Lanes& sum) {
-  IntLanes keep;
+// Adds the votes of the lanes in `mask`, and 0 to the other lanes.
+[[gnu::always_inline]] inline void addMasked(const Lanes& votes, int mask, Lanes& sum) {
+  IntLanes laneMask;
   IntLanes bits;
-  Lanes some;
-  std::memcpy(&keep, kLaneMasks[static_cast<std::size_t>(lanes)].data(), sizeof keep);
+  Lanes masked;
+  std::memcpy(&laneMask, kLaneMasks[static_cast<std::size_t>(mask)].data(), sizeof laneMask);
   std::memcpy(&bits, &votes, sizeof bits);
-  bits &= keep;
-  std::memcpy(&some, &bits, sizeof some);
-  sum += some;
+  bits &= laneMask;
+  std::memcpy(&masked, &bits, sizeof masked);
+  sum += masked;
 }
 
-// The same weight for every cell.
-struct Weight {
+// The votes of a point: the same weight for every cell.
+struct EqualVotes {
   float weight;
 
   float at(std::ptrdiff_t) const { return weight; }
-  void read(std::ptrdiff_t, Lanes& votes) const { votes = Lanes{} + weight; }
+  void load(std::ptrdiff_t, Lanes& votes) const { votes = Lanes{} + weight; }
 };
 
-// Shares in proportion to the votes of the pass before.
-struct Shares {
+// The votes of a point: shares in proportion to the votes of the pass before.
+struct ProportionalVotes {
   float share;
   const float* prev;
 
   float at(std::ptrdiff_t cell) const { return share * prev[cell]; }
-  void read(std::ptrdiff_t cell, Lanes& votes) const {
-    load(prev + cell, votes);
+  void load(std::ptrdiff_t cell, Lanes& votes) const {
+    orva::load(prev + cell, votes);
     votes *= share;
   }
 };
@@ -63,56 +63,56 @@ struct Shares {
 }  // namespace
 
 VoteBlocks::VoteBlocks(const ConeTable& cones, int pixels)
-    : cones_(cones), places_(cones.size() > kManyCells ? 1 : kLanes) {
-  if (cones.size() <= kFewCells) {
-    highest_ = -1;
+    : cones_(cones), phases_(cones.size() > kMaxCellsWithPhases ? 1 : kLanes) {
+  if (cones.size() <= kMaxCellsOneByOne) {
+    maxApex_ = -1;
     return;
   }
   const int* offsets = cones.offsets(0);
-  const auto [least, most] =
+  const auto [min, max] =
       std::minmax_element(offsets, offsets + cones.size() * static_cast<std::size_t>(cones.bins()));
-  lowest_ = kLanes - std::min(*least, 0);
-  highest_ = pixels - kLanes - std::max(*most, 0);
-  runs_.resize(static_cast<std::size_t>(cones.bins()) * static_cast<std::size_t>(places_));
+  minApex_ = kLanes - std::min(*min, 0);
+  maxApex_ = pixels - kLanes - std::max(*max, 0);
+  lists_.resize(static_cast<std::size_t>(cones.bins()) * static_cast<std::size_t>(phases_));
   sorted_.resize(static_cast<std::size_t>(cones.bins()));
 }
 
-// The offsets of a cone in ascending order.
-const std::vector<int>& VoteBlocks::sortedCells(int bin) {
-  std::vector<int>& cells = sorted_[static_cast<std::size_t>(bin)];
-  if (cells.empty()) {
-    cells.assign(cones_.offsets(bin), cones_.offsets(bin) + cones_.size());
-    std::sort(cells.begin(), cells.end());
+// The cell offsets of a cone in ascending order.
+const std::vector<int>& VoteBlocks::sortedOffsets(int bin) {
+  std::vector<int>& offsets = sorted_[static_cast<std::size_t>(bin)];
+  if (offsets.empty()) {
+    offsets.assign(cones_.offsets(bin), cones_.offsets(bin) + cones_.size());
+    std::sort(offsets.begin(), offsets.end());
   }
-  return cells;
+  return offsets;
 }
 
-// The blocks for an apex at `place` of its block.
-[[gnu::noinline]] void VoteBlocks::makeBlocks(Run& run, int bin, int place) {
-  run.first = blocks_.size();
-  for (todo_ = sortedCells(bin); !todo_.empty(); std::swap(todo_, repeated_)) {
+// Each round puts the pending cells into blocks; repeated cells wait for the next round.
+[[gnu::noinline]] void VoteBlocks::buildList(BlockList& list, int bin, int phase) {
+  list.first = blocks_.size();
+  for (pending_ = sortedOffsets(bin); !pending_.empty(); std::swap(pending_, repeated_)) {
     repeated_.clear();
-    const std::size_t begin = blocks_.size();
-    for (const int cell : todo_) {
-      const int lane = (cell + place) & (kLanes - 1);
-      const int offset = cell + place - lane;
-      if (blocks_.size() == begin || blocks_.back().offset != offset) {
+    const std::size_t roundBegin = blocks_.size();
+    for (const int cell : pending_) {
+      const int lane = (cell + phase) & (kLanes - 1);
+      const int offset = cell + phase - lane;
+      if (blocks_.size() == roundBegin || blocks_.back().offset != offset) {
         blocks_.push_back({offset, 0});
       }
-      int& lanes = blocks_.back().lanes;
-      if ((lanes >> lane & 1) != 0) {
+      int& mask = blocks_.back().mask;
+      if ((mask >> lane & 1) != 0) {
         repeated_.push_back(cell);
       } else {
-        lanes |= 1 << lane;
+        mask |= 1 << lane;
       }
     }
   }
-  run.count = blocks_.size() - run.first;
+  list.count = blocks_.size() - list.first;
 }
 
 template <class Votes>
-void VoteBlocks::castOne(const VPoint2D& p, const Votes& votes, float* acc) {
-  if (p.offset < lowest_ || p.offset > highest_) {
+void VoteBlocks::cast(const VPoint2D& p, const Votes& votes, float* acc) {
+  if (p.offset < minApex_ || p.offset > maxApex_) {
     const int* offsets = cones_.offsets(p.angle);
     const std::size_t count = cones_.size();
 #pragma GCC unroll 4
@@ -122,21 +122,21 @@ void VoteBlocks::castOne(const VPoint2D& p, const Votes& votes, float* acc) {
     }
     return;
   }
-  const int place = p.offset & (places_ - 1);
-  const std::ptrdiff_t list = std::ptrdiff_t{p.angle} * places_ + place;
-  Run& run = runs_[static_cast<std::size_t>(list)];
-  if (run.count == 0) makeBlocks(run, p.angle, place);
-  const Block* blocks = blocks_.data() + run.first;
-  const Block* const end = blocks + run.count;
-  const std::ptrdiff_t base = std::ptrdiff_t{p.offset} - place;
-  for (; blocks != end; ++blocks) {
-    const std::ptrdiff_t cell = base + blocks->offset;
-    Lanes some;
+  const int phase = p.offset & (phases_ - 1);
+  const std::ptrdiff_t index = std::ptrdiff_t{p.angle} * phases_ + phase;
+  BlockList& list = lists_[static_cast<std::size_t>(index)];
+  if (list.count == 0) buildList(list, p.angle, phase);
+  const Block* block = blocks_.data() + list.first;
+  const Block* const end = block + list.count;
+  const std::ptrdiff_t apexBlock = std::ptrdiff_t{p.offset} - phase;
+  for (; block != end; ++block) {
+    const std::ptrdiff_t first = apexBlock + block->offset;
+    Lanes added;
     Lanes sum;
-    votes.read(cell, some);
-    load(acc + cell, sum);
-    addSome(some, blocks->lanes, sum);
-    store(sum, acc + cell);
+    votes.load(first, added);
+    load(acc + first, sum);
+    addMasked(added, block->mask, sum);
+    store(sum, acc + first);
   }
 }
 
@@ -144,7 +144,7 @@ void VoteBlocks::castWeights(std::span<const VPoint2D> points, float* acc) {
   onWidestPath([=, this] {
     for (const VPoint2D& p : points) {
       if (!cones_.has(p.angle)) continue;
-      castOne(p, Weight{p.weight}, acc);
+      cast(p, EqualVotes{p.weight}, acc);
     }
   });
 }
@@ -156,7 +156,7 @@ void VoteBlocks::castShares(std::span<const VPoint2D> points, std::span<const Co
       const VPoint2D& p = points[i];
       if (!cones_.has(p.angle) || stats[i].sum < kNegligible) continue;
       // Intended: the cells' own weights play no part.
-      castOne(p, Shares{p.weight / stats[i].sum, prev}, acc);
+      cast(p, ProportionalVotes{p.weight / stats[i].sum, prev}, acc);
     }
   });
 }

@@ -1,4 +1,4 @@
-// Votes of a whole cone as vectors; not installed.
+// Adds votes to an accumulator eight cells at a time; not installed.
 #ifndef ORVA_VOTING_VOTE_BLOCKS_H
 #define ORVA_VOTING_VOTE_BLOCKS_H
 
@@ -14,48 +14,51 @@ namespace orva::voting {
 
 // Adds the votes of points to an accumulator, point after point.
 //
-// The cells of a wide cone are kept as blocks of kLanes neighbours, with a mask of those that
-// belong to it. Blocks begin at multiples of kLanes in the accumulator, so that a point's votes are
-// read just as the points before stored them; so a cone has a list of blocks for each place of its
-// apex in a block. The other cells of a block get a zero added, which leaves them as they are.
-// Cells that a cone holds twice are in two blocks. Narrow cones vote cell by cell: they have few
-// neighbours, and as many cells in every direction, so that the end of the loop over them is
-// foreseen.
+// A wide cone votes in blocks: kLanes consecutive pixels of the accumulator, with a mask of those
+// that are cells of the cone. The other pixels of a block get a zero added, which leaves them
+// unchanged. A pixel that is a cell twice is in two blocks.
+//
+// Blocks begin at multiples of kLanes in the accumulator, so that a load covers the same pixels as
+// an earlier store and is forwarded from it. Therefore the blocks of a cone depend on the phase of
+// its apex, the position of the apex within such a block; lists are built when first needed.
+//
+// Narrow cones vote cell by cell: few of their cells are neighbours, and all directions have the
+// same number of cells, so the loop exit predicts well.
 class VoteBlocks {
  public:
-  // For accumulators of `pixels` pixels.
+  // For an accumulator of `pixels` pixels. Keeps a reference to `cones`.
   VoteBlocks(const ConeTable& cones, int pixels);
 
-  // Every point gives its weight to all cells of its cone.
+  // Every point adds its weight to all cells of its cone. Points without a cone do not vote.
   void castWeights(std::span<const VPoint2D> points, float* acc);
-  // Every point divides its weight among the cells of its cone in proportion to their votes in
-  // `prev`, whose sum is known; none where that is negligible.
+  // Every point spreads its weight over the cells of its cone in proportion to their votes in
+  // `prev`, of which stats[i].sum is the sum; none where that is negligible.
   void castShares(std::span<const VPoint2D> points, std::span<const ConeStats> stats,
                   const float* prev, float* acc);
 
  private:
   struct Block {
-    int offset;  // from the block of the apex
-    int lanes;   // bit i for lane i
+    int offset;  // relative to the block of the apex
+    int mask;    // bit i is set where pixel i of the block is a cell
   };
-  struct Run {
-    std::size_t first = 0;
-    std::size_t count = 0;
+  struct BlockList {
+    std::size_t first = 0;  // index in blocks_
+    std::size_t count = 0;  // 0 until the list is built
   };
 
   template <class Votes>
-  void castOne(const VPoint2D& p, const Votes& votes, float* acc);
-  const std::vector<int>& sortedCells(int bin);
-  void makeBlocks(Run& run, int bin, int place);
+  void cast(const VPoint2D& p, const Votes& votes, float* acc);
+  const std::vector<int>& sortedOffsets(int bin);
+  void buildList(BlockList& list, int bin, int phase);
 
   const ConeTable& cones_;
-  int places_;             // of an apex in a block that have lists of their own
-  int lowest_ = 0;         // apexes whose blocks all lie in the accumulator
-  int highest_ = 0;        // below the lowest where there are no blocks
-  std::vector<Run> runs_;  // for a bin and a place; empty until it is needed
+  int phases_;       // with lists of their own: kLanes, or 1
+  int minApex_ = 0;  // apexes from minApex_ to maxApex_ have all their blocks in the accumulator;
+  int maxApex_ = 0;  // none where cones vote cell by cell
+  std::vector<BlockList> lists_;  // phases_ per bin
   std::vector<Block> blocks_;
-  std::vector<std::vector<int>> sorted_;  // the offsets of those cones that were needed
-  std::vector<int> todo_;
+  std::vector<std::vector<int>> sorted_;  // per bin; empty until needed
+  std::vector<int> pending_;              // working memory of buildList()
   std::vector<int> repeated_;
 };
 
