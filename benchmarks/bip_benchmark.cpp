@@ -2,7 +2,7 @@
 #include <string>
 
 #include "benchmarks/comparison.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "orva/bip/bip.h"
 #include "tests/support/reference/bip.h"
@@ -19,7 +19,7 @@ using orva::Image;
 constexpr int kSide = 2048;
 
 template <class MakeMask>
-void labelling(const std::string& size, MakeMask make) {
+void compareLabelling(const std::string& size, MakeMask make) {
   for (const auto type : {orva::NEIGHBORHOOD_4, orva::NEIGHBORHOOD_8}) {
     compare("regions " + std::to_string(type) + " " + size, make)
         .ours([type](const Bytes& mask) {
@@ -43,7 +43,7 @@ void labelling(const std::string& size, MakeMask make) {
 }
 
 template <class MakeMask>
-void distances(const std::string& size, MakeMask make) {
+void compareDistances(const std::string& size, MakeMask make) {
   compare("fchamfer byte " + size, make)
       .ours([](const Bytes& mask) { return bip::fchamfer(mask); })
       .reference([](const Bytes& mask) { return reference::fchamfer(mask); });
@@ -65,7 +65,7 @@ void distances(const std::string& size, MakeMask make) {
 }
 
 template <class MakeMask>
-void morphology(const std::string& size, MakeMask make) {
+void compareMorphology(const std::string& size, MakeMask make) {
   const auto labels = [make] { return labelsOf(make()); };
   compareInPlace("erode labels " + size, labels)
       .ours([](Shorts& img) { bip::erode(img); })
@@ -88,47 +88,47 @@ void morphology(const std::string& size, MakeMask make) {
 }
 
 template <class MakeMask>
-void measuring(const std::string& size, MakeMask make) {
-  struct Measured {
+void compareMeasurements(const std::string& size, MakeMask make) {
+  struct Labelled {
     Shorts labels;
     Bytes brightness;
     int n;
   };
-  const auto both = [make] {
+  const auto labelled = [make] {
     const Bytes mask = make();
     int n = 0;
     const Shorts labels = bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
-    return Measured{labels, discs(mask.nx()), n};
+    return Labelled{labels, discs(mask.nx()), n};
   };
-  compare("regionFeatures " + size, both)
-      .ours([](const Measured& m) { return bip::regionFeatures(m.labels, m.n); })
+  compare("regionFeatures " + size, labelled)
+      .ours([](const Labelled& in) { return bip::regionFeatures(in.labels, in.n); })
       .reference(
-          [](const Measured& m) { return reference::regionFeatures(m.labels, m.n, nullptr); });
-  compare("regionFeatures with brightness " + size, both)
-      .ours([](const Measured& m) { return bip::regionFeatures(m.labels, m.n, m.brightness); })
-      .reference([](const Measured& m) {
-        return reference::regionFeatures(m.labels, m.n, &m.brightness);
+          [](const Labelled& in) { return reference::regionFeatures(in.labels, in.n, nullptr); });
+  compare("regionFeatures with brightness " + size, labelled)
+      .ours([](const Labelled& in) { return bip::regionFeatures(in.labels, in.n, in.brightness); })
+      .reference([](const Labelled& in) {
+        return reference::regionFeatures(in.labels, in.n, &in.brightness);
       });
   for (const bool sorted : {false, true}) {
-    compare("regionIntensityArrays " + std::string(sorted ? "sorted " : "") + size, both)
-        .ours([sorted](const Measured& m) {
-          return bip::regionIntensityArrays(m.labels, m.n, m.brightness, sorted);
+    compare("regionIntensityArrays " + std::string(sorted ? "sorted " : "") + size, labelled)
+        .ours([sorted](const Labelled& in) {
+          return bip::regionIntensityArrays(in.labels, in.n, in.brightness, sorted);
         })
-        .reference([sorted](const Measured& m) {
-          return reference::regionIntensityArrays(m.labels, m.n, m.brightness, sorted);
+        .reference([sorted](const Labelled& in) {
+          return reference::regionIntensityArrays(in.labels, in.n, in.brightness, sorted);
         });
   }
-  compare("regionNumber " + size, both)
-      .ours([](const Measured& m) { return bip::regionNumber(m.labels); })
-      .reference([](const Measured& m) { return reference::regionNumber(m.labels); });
+  compare("regionNumber " + size, labelled)
+      .ours([](const Labelled& in) { return bip::regionNumber(in.labels); })
+      .reference([](const Labelled& in) { return reference::regionNumber(in.labels); });
   compare("isBinaryImage " + size, make)
       .ours([](const Bytes& mask) { return bip::isBinaryImage(mask); })
       .reference([](const Bytes& mask) { return reference::isBinaryImage(mask); });
 }
 
-// Smaller, as these reference implementations walk the whole image for every region.
+// For smaller images, as these reference implementations scan the whole image for every region.
 template <class MakeMask>
-void regionByRegion(const std::string& size, MakeMask make) {
+void compareScansPerRegion(const std::string& size, MakeMask make) {
   const auto labels = [make] { return labelsOf(make()); };
   compare("boundaries " + size, labels)
       .ours([](const Shorts& img) { return bip::boundaries(img); })
@@ -139,7 +139,7 @@ void regionByRegion(const std::string& size, MakeMask make) {
 }
 
 template <class MakeMask>
-void selecting(const std::string& size, MakeMask make) {
+void compareSelection(const std::string& size, MakeMask make) {
   const auto brightness = [] {
     static const Bytes img = discs(kSide);
     return img;
@@ -153,7 +153,7 @@ void selecting(const std::string& size, MakeMask make) {
       .reference([](Bytes& mask) { reference::selectRegionsBySize(mask, 300, 500); });
 }
 
-void brightnessAndHulls() {
+void compareBrightnessAndHulls() {
   const auto bytes = [] { return discs(kSide); };
   compareInPlace("reverse 2048", bytes)
       .ours([](Bytes& img) { bip::reverse(img); })
@@ -182,21 +182,21 @@ void brightnessAndHulls() {
 }  // namespace
 
 void registerWorkloads() {
-  const auto all = [](const std::string& size, auto make) {
-    labelling(size, make);
-    distances(size, make);
-    morphology(size, make);
-    measuring(size, make);
-    selecting(size, make);
+  const auto compareAll = [](const std::string& size, auto make) {
+    compareLabelling(size, make);
+    compareDistances(size, make);
+    compareMorphology(size, make);
+    compareMeasurements(size, make);
+    compareSelection(size, make);
   };
-  all("2048 discs", [] { return discMask(kSide); });
-  all("2048 spiral", [] { return spiral(kSide); });
-  regionByRegion("1024 discs", [] { return discMask(1024); });
-  regionByRegion("1024 spiral", [] { return spiral(1024); });
+  compareAll("2048 discs", [] { return discMask(kSide); });
+  compareAll("2048 spiral", [] { return spiral(kSide); });
+  compareScansPerRegion("1024 discs", [] { return discMask(1024); });
+  compareScansPerRegion("1024 spiral", [] { return spiral(1024); });
   const auto stack = [] { return maskOf(discStack()); };
-  labelling("64x256x256 discs", stack);
-  distances("64x256x256 discs", stack);
-  brightnessAndHulls();
+  compareLabelling("64x256x256 discs", stack);
+  compareDistances("64x256x256 discs", stack);
+  compareBrightnessAndHulls();
 }
 
 }  // namespace orva_benchmark

@@ -1,9 +1,10 @@
 #!/usr/bin/python3
-"""Runs the benchmarks and sets the library, its reference implementations and OpenCV side by side.
+"""Runs the benchmarks and compares the library with its reference implementations and OpenCV.
 
-Each workload runs by itself, its ways in turns of random order, and its figure is the median. A ratio
-says how many times faster the library is. targets.csv names the ratios that it should reach; of its
-rows the first whose pattern fits a workload counts. A target for OpenCV counts where OpenCV was run.
+Each workload runs by itself, with its implementations interleaved in random order; figures are medians.
+A ratio is the time of another implementation divided by that of the library. targets.csv holds the
+ratios to reach; the first row whose pattern matches a workload applies. A target for OpenCV applies
+where OpenCV was run.
 """
 
 import argparse
@@ -19,7 +20,7 @@ import tempfile
 import report
 
 PROGRAMS = ["opencv", "scalespace", "bip", "image_math", "image", "image_io", "voting"]
-WAYS = ["ours", "reference", "opencv"]
+IMPLEMENTATIONS = ["ours", "reference", "opencv"]
 LONG = re.compile(r"4096|2048 R 40")
 HEADER = ["workload", "ours ms", "reference ms", "ratio", "OpenCV ms", "ratio", "target", "reached"]
 COLUMNS = ["workload", "ours_ms", "reference_ms", "reference_ratio", "opencv_ms", "opencv_ratio", "target",
@@ -27,14 +28,14 @@ COLUMNS = ["workload", "ours_ms", "reference_ms", "reference_ratio", "opencv_ms"
 
 
 def workloads_of(program):
-    """The workloads that the program measures, in its order."""
+    """The workloads that the program registers, in its order."""
     text = subprocess.run([program, "--benchmark_list_tests"], check=True, capture_output=True,
                           text=True).stdout
     return list(dict.fromkeys(line.split("/")[0] for line in text.splitlines() if "/" in line))
 
 
 def measure(program, workload, quick):
-    """The median of each way, in milliseconds."""
+    """The median time of each implementation in milliseconds."""
     with tempfile.NamedTemporaryFile(suffix=".json") as result:
         subprocess.run(
             [program, f"--benchmark_filter=^{workload}/", f"--benchmark_out={result.name}",
@@ -45,11 +46,11 @@ def measure(program, workload, quick):
         runs = json.load(result)["benchmarks"]
     times = {}
     for run in runs:
-        way = run["run_name"].split("/")[1]
+        name = run["run_name"].split("/")[1]
         if run.get("error_occurred"):
-            sys.exit(f"{workload}: {way}: {run['error_message']}")
+            sys.exit(f"{workload}: {name}: {run['error_message']}")
         if run.get("aggregate_name") == "median":
-            times[way] = run["real_time"]
+            times[name] = run["real_time"]
     return times
 
 
@@ -60,25 +61,29 @@ def read_targets(path):
 
 def row_of(workload, times, targets):
     ours = times["ours"]
-    ratios = {way: times[way] / ours for way in times}
-    goal = next((t for t in targets if fnmatch.fnmatchcase(workload, t["workload"])), {})
-    goals = {way: float(goal[way]) for way in WAYS[1:] if goal.get(way) and way in times}
-    shown = lambda way: [f"{times[way]:.3g}", f"{ratios[way]:.2f}"] if way in times else ["", ""]
-    names = {"reference": "reference", "opencv": "OpenCV"}
-    target = ", ".join(f"{names[way]} {value:g}" for way, value in goals.items())
-    reached = all(ratios[way] >= value for way, value in goals.items())
-    return [workload, f"{ours:.3g}", *shown("reference"), *shown("opencv"), target,
-            ("yes" if reached else "no") if goals else ""]
+    ratios = {name: times[name] / ours for name in times}
+    target = next((t for t in targets if fnmatch.fnmatchcase(workload, t["workload"])), {})
+    ratios_to_reach = {name: float(target[name]) for name in IMPLEMENTATIONS[1:]
+                       if target.get(name) and name in times}
+
+    def shown(name):
+        return [f"{times[name]:.3g}", f"{ratios[name]:.2f}"] if name in times else ["", ""]
+
+    titles = {"reference": "reference", "opencv": "OpenCV"}
+    shown_targets = ", ".join(f"{titles[name]} {value:g}" for name, value in ratios_to_reach.items())
+    reached = all(ratios[name] >= value for name, value in ratios_to_reach.items())
+    return [workload, f"{ours:.3g}", *shown("reference"), *shown("opencv"), shown_targets,
+            ("yes" if reached else "no") if ratios_to_reach else ""]
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("programs", type=pathlib.Path, help="the folder of the built programs")
-    parser.add_argument("--output", type=pathlib.Path, required=True, help="the table as CSV")
+    parser.add_argument("programs", type=pathlib.Path, help="folder of the built programs")
+    parser.add_argument("--output", type=pathlib.Path, required=True, help="CSV file to write")
     parser.add_argument("--quick", action="store_true",
-                        help="3 repetitions, and none of the long workloads")
-    parser.add_argument("--filter", default="", help="only workloads that this expression is found in")
-    parser.add_argument("--write", action="store_true", help="into docs/performance.md too")
+                        help="3 repetitions, without the long workloads")
+    parser.add_argument("--filter", default="", help="only workloads that match this regular expression")
+    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
     arguments = parser.parse_args()
 
     targets = read_targets(pathlib.Path(__file__).with_name("targets.csv"))
@@ -90,8 +95,8 @@ def main():
         if not program.exists():
             continue
         for workload in workloads_of(program):
-            left_out = arguments.quick and LONG.search(workload)
-            if workload in seen or left_out or not re.search(arguments.filter, workload):
+            skipped = arguments.quick and LONG.search(workload)
+            if workload in seen or skipped or not re.search(arguments.filter, workload):
                 continue
             seen.add(workload)
             rows.append(row_of(workload, measure(program, workload, arguments.quick), targets))

@@ -1,13 +1,13 @@
-// Measures one workload done in several ways: by the library ("ours"), by its reference
-// implementation and by other programs. Each way is a benchmark named WORKLOAD/WAY; scripts/bench
-// sets those of one workload side by side.
+// Measures one workload in several implementations: the library ("ours"), its reference
+// implementation and OpenCV. Each is a benchmark named WORKLOAD/IMPLEMENTATION; scripts/bench
+// compares those of one workload.
 //
 //   compare("threshold byte 2048", [] { return discs(2048); })
 //       .ours([](const auto& img) { return orva::bip::threshold(img, 128); })
 //       .reference([](const auto& img) { return reference::threshold(img, 128); });
 //
-// Times are those that the thread spends on the CPU, so that other programs on the machine count
-// little. The result is new in every call, and freeing it is part of the time.
+// Times are CPU times of the thread, on which other load on the machine has little effect. Every
+// call allocates a new result and frees it, both within the measured time.
 #ifndef ORVA_BENCHMARKS_COMPARISON_H
 #define ORVA_BENCHMARKS_COMPARISON_H
 
@@ -24,24 +24,24 @@
 namespace orva_benchmark {
 
 // With kInPlace the operations change their input: each call gets its own copy, which is made
-// outside the time.
+// outside the measured time.
 template <class MakeInput, bool kInPlace>
 class Comparison {
  public:
   Comparison(std::string workload, MakeInput make)
-      : workload_(std::move(workload)), input_(std::make_shared<Lazy>(std::move(make))) {}
+      : workload_(std::move(workload)), input_(std::make_shared<LazyInput>(std::move(make))) {}
 
   template <class Operation>
   Comparison& ours(Operation operation) {
-    return way("ours", operation);
+    return implementation("ours", operation);
   }
 
   template <class Operation>
   Comparison& reference(Operation operation) {
-    return way("reference", operation);
+    return implementation("reference", operation);
   }
 
-  // `agrees` takes the input and tells whether this way runs the same workload.
+  // `agrees` takes the input and returns whether the result is that of the library.
   template <class Operation, class Agrees>
   Comparison& opencv(Operation operation, Agrees agrees) {
     const auto input = input_;
@@ -58,10 +58,10 @@ class Comparison {
  private:
   using Input = std::invoke_result_t<MakeInput>;
 
-  // Made at the first use, so that a run of one workload makes no other inputs.
-  class Lazy {
+  // Made at first use, so that a run of one workload makes no inputs of others.
+  class LazyInput {
    public:
-    explicit Lazy(MakeInput make) : make_(std::move(make)) {}
+    explicit LazyInput(MakeInput make) : make_(std::move(make)) {}
     Input& get() {
       if (!value_) value_.emplace(make_());
       return *value_;
@@ -73,7 +73,7 @@ class Comparison {
   };
 
   template <class Argument, class Operation>
-  static double timed(Argument& argument, const Operation& operation) {
+  static double secondsOf(Argument& argument, const Operation& operation) {
     const double start = cpuSeconds();
     if constexpr (std::is_void_v<std::invoke_result_t<Operation, Argument&>>) {
       operation(argument);
@@ -90,17 +90,17 @@ class Comparison {
   static void measure(benchmark::State& state, Input& input, const Operation& operation) {
     for ([[maybe_unused]] auto iteration : state) {
       if constexpr (kInPlace) {
-        Input own = input.duplicate();
-        state.SetIterationTime(timed(own, operation));
+        Input copy = input.duplicate();
+        state.SetIterationTime(secondsOf(copy, operation));
       } else {
         const Input& fixed = input;
-        state.SetIterationTime(timed(fixed, operation));
+        state.SetIterationTime(secondsOf(fixed, operation));
       }
     }
   }
 
   template <class Operation>
-  Comparison& way(const char* name, Operation operation) {
+  Comparison& implementation(const char* name, Operation operation) {
     const auto input = input_;
     add(name,
         [input, operation](benchmark::State& state) { measure(state, input->get(), operation); });
@@ -115,7 +115,7 @@ class Comparison {
   }
 
   std::string workload_;
-  std::shared_ptr<Lazy> input_;
+  std::shared_ptr<LazyInput> input_;
 };
 
 template <class MakeInput>

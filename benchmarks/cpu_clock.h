@@ -1,3 +1,4 @@
+// CPU time of the calling thread.
 #ifndef ORVA_BENCHMARKS_CPU_CLOCK_H
 #define ORVA_BENCHMARKS_CPU_CLOCK_H
 
@@ -5,7 +6,6 @@
 
 namespace orva_benchmark {
 
-// The time that this thread has spent on the CPU.
 inline double cpuSeconds() {
   timespec now{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Time per pixel of the key operations from 256 to 8192 pixels square, and the memory of voting.
 
-Writes a table, and with --picture a chart. The memory is what CircularVoting::compute adds to the
-peak of a process of its own, on two pictures of one size that differ in their voting points: the
-part per point and the part per pixel solve two equations.
+Writes a table, and with --picture a chart. Memory is what CircularVoting::compute adds to the peak of
+its process. Two images of one size with different numbers of voting points give two equations for the
+bytes per point and per pixel.
 """
 
 import argparse
@@ -16,31 +16,31 @@ import report
 OPERATIONS = ["derivative", "regions", "chamfer", "voting"]
 SIDES = [256, 512, 1024, 2048, 4096, 8192]
 MEMORY_SIDE = 4096
-CELLS = [50, 200]  # pixels between discs
+CELLS = [50, 200]  # distance between discs in pixels
 
 
-def call(program, *words):
-    return subprocess.run([program, *map(str, words)], check=True, capture_output=True,
+def call(program, *arguments):
+    return subprocess.run([program, *map(str, arguments)], check=True, capture_output=True,
                           text=True).stdout.split()
 
 
-def nanoseconds_a_pixel(program, operation, side):
-    # Small images more often: a process is slow at first, while its memory is new.
+def nanoseconds_per_pixel(program, operation, side):
+    # More often for small images: the first calls of a process are slow, as its pages are new.
     repetitions = 3 if side > 2048 else 7 * (2048 // side) ** 2
     milliseconds = float(call(program, "time", operation, side, repetitions)[0])
     return 1e6 * milliseconds / side**2
 
 
 def memory(program):
-    """Bytes per pixel and per voting point, and what they were solved from."""
+    """Bytes per pixel, bytes per voting point, and the (points, bytes) that they follow from."""
     runs = []
     for cell in CELLS:
         points, before, peak = map(int, call(program, "memory", MEMORY_SIDE, cell))
         runs.append((points, peak - before))
     (points1, bytes1), (points2, bytes2) = runs
-    a_point = (bytes1 - bytes2) / (points1 - points2)
-    a_pixel = (bytes1 - a_point * points1) / MEMORY_SIDE**2
-    return a_pixel, a_point, runs
+    per_point = (bytes1 - bytes2) / (points1 - points2)
+    per_pixel = (bytes1 - per_point * points1) / MEMORY_SIDE**2
+    return per_pixel, per_point, runs
 
 
 def draw(picture, rows):
@@ -68,20 +68,20 @@ def draw(picture, rows):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("program", help="orva_single_call")
-    parser.add_argument("--output", type=pathlib.Path, required=True, help="the table as CSV")
-    parser.add_argument("--picture", type=pathlib.Path, help="the chart, a PNG file")
-    parser.add_argument("--write", action="store_true", help="into docs/performance.md too")
+    parser.add_argument("--output", type=pathlib.Path, required=True, help="CSV file to write")
+    parser.add_argument("--picture", type=pathlib.Path, help="PNG file to draw the chart to")
+    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
     arguments = parser.parse_args()
 
     rows = []
-    print("%8s" % "side" + "".join("%12s" % name for name in OPERATIONS) + "   ns a pixel")
+    print("%8s" % "side" + "".join("%12s" % name for name in OPERATIONS) + "   ns per pixel")
     for side in SIDES:
-        row = [f"{nanoseconds_a_pixel(arguments.program, name, side):.3g}" for name in OPERATIONS]
+        row = [f"{nanoseconds_per_pixel(arguments.program, name, side):.3g}" for name in OPERATIONS]
         rows.append([side, *row])
         print("%8d" % side + "".join("%12s" % figure for figure in row), flush=True)
-    a_pixel, a_point, runs = memory(arguments.program)
+    per_pixel, per_point, runs = memory(arguments.program)
     text = (f"CircularVoting::compute on {MEMORY_SIDE} x {MEMORY_SIDE} bytes: "
-            f"{a_pixel:.1f} bytes per pixel and {a_point:.1f} per voting point, from "
+            f"{per_pixel:.1f} bytes per pixel and {per_point:.1f} per voting point, from "
             + " and ".join(f"{size / 1e6:.0f} MB with {points} points" for points, size in runs))
     print(text)
 
@@ -93,7 +93,7 @@ def main():
         draw(arguments.picture, rows)
         print(arguments.picture)
     if arguments.write:
-        header = ["side", *(f"{name}, ns a pixel" for name in OPERATIONS)]
+        header = ["side", *(f"{name}, ns per pixel" for name in OPERATIONS)]
         report.write_section("growth", report.table(header, rows) + f"\n{text}.\n")
 
 

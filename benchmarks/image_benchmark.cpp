@@ -2,7 +2,7 @@
 #include <string>
 
 #include "benchmarks/comparison.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "tests/support/reference/image.h"
 
@@ -18,9 +18,9 @@ constexpr int kSide = 2048;
 template <class T>
 using Owned = std::unique_ptr<orva::image<T>>;
 
-// Between the types of pixels.
+// Conversions between pixel types.
 template <class MakeImage>
-void conversions(const std::string& type, MakeImage make) {
+void compareConversions(const std::string& type, MakeImage make) {
   const std::string size = " of " + type + " " + std::to_string(kSide);
   compare("toByteImage" + size, make)
       .ours([](const Image& img) { return orva::toByteImage(img, false); })
@@ -36,9 +36,9 @@ void conversions(const std::string& type, MakeImage make) {
       .reference([](const Image& img) { return reference::toRgbImage(img); });
 }
 
-// Copies of parts, from a stack whose 64 planes count as 4 channels at 2 time points.
+// Parts, scaled copies and extremes of a stack of 8 slices, 4 channels and 2 time points.
 template <class T, class Convert>
-void parts(const std::string& type, Convert convert) {
+void compareExtracts(const std::string& type, Convert convert) {
   using Typed = reference::Typed<T>;
   using Img = orva::image<T>;
   const std::string size = " " + type + " 64x256x256";
@@ -74,20 +74,19 @@ void parts(const std::string& type, Convert convert) {
   compare("max" + size, stack)
       .ours([](const Img& img) { return img.max(); })
       .reference([](const Img& img) { return Typed::largest(img); });
-  // A copy of everything has no definition to follow pixel by pixel, hence no reference
-  // implementation.
+  // The reference implementations have no counterpart.
   compare("duplicate" + size, stack).ours([](const Img& img) { return img.duplicate(); });
 }
 
 }  // namespace
 
 void registerWorkloads() {
-  conversions("byte", [] { return discs(kSide); });
-  conversions("short", [] { return labelsOf(discMask(kSide)); });
-  conversions("float", [] { return floats(discs(kSide)); });
-  conversions("colour", [] { return orva::toRgbImage(discs(kSide)); });
-  parts<unsigned char>("byte", [](const Bytes& img) { return img; });
-  parts<float>("float", [](const Bytes& img) { return floats(img); });
+  compareConversions("byte", [] { return discs(kSide); });
+  compareConversions("short", [] { return labelsOf(discMask(kSide)); });
+  compareConversions("float", [] { return floats(discs(kSide)); });
+  compareConversions("colour", [] { return orva::toRgbImage(discs(kSide)); });
+  compareExtracts<unsigned char>("byte", [](const Bytes& img) { return img; });
+  compareExtracts<float>("float", [](const Bytes& img) { return floats(img); });
 
   compare("interior 2048", [] {
     return discs(kSide);

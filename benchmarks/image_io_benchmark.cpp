@@ -1,7 +1,7 @@
 #include <string>
 
 #include "benchmarks/comparison.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "orva/image_io/image_io.h"
 #include "tests/support/reference/image_io.h"
@@ -15,7 +15,7 @@ using orva::Image;
 constexpr int kSide = 2048;
 
 template <class MakeImage>
-void conversions(const std::string& type, MakeImage make) {
+void compareConversions(const std::string& type, MakeImage make) {
   const std::string size = " of " + type + " " + std::to_string(kSide);
   for (const bool rescale : {false, true}) {
     compare("convertToByteImage" + std::string(rescale ? " stretched" : "") + size, make)
@@ -37,9 +37,9 @@ void conversions(const std::string& type, MakeImage make) {
       .reference([](const Image& img) { return reference::converted<short>(img); });
 }
 
-// The reference implementation turns a text of bytes round into a new one.
+// The reference implementation returns the reversed bytes as a new string.
 template <class MakeImage>
-void byteOrder(const std::string& type, MakeImage make) {
+void compareByteOrder(const std::string& type, MakeImage make) {
   compareInPlace("reverse_byte_order " + type + " " + std::to_string(kSide), make)
       .ours([](Image& img) { io::reverse_byte_order(img); })
       .reference([](Image& img) {
@@ -53,13 +53,13 @@ void registerWorkloads() {
   const auto bytes = [] { return discs(kSide); };
   const auto shorts = [] { return labelsOf(discMask(kSide)); };
   const auto wide = [] { return floats(discs(kSide)); };
-  conversions("byte", bytes);
-  conversions("short", shorts);
-  conversions("int", [] { return io::convertToIntImage(discs(kSide)); });
-  conversions("float", wide);
-  conversions("colour", [] { return orva::toRgbImage(discs(kSide)); });
-  byteOrder("short", shorts);
-  byteOrder("float", wide);
+  compareConversions("byte", bytes);
+  compareConversions("short", shorts);
+  compareConversions("int", [] { return io::convertToIntImage(discs(kSide)); });
+  compareConversions("float", wide);
+  compareConversions("colour", [] { return orva::toRgbImage(discs(kSide)); });
+  compareByteOrder("short", shorts);
+  compareByteOrder("float", wide);
 }
 
 }  // namespace orva_benchmark

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "benchmarks/comparison.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "orva/image_math/image_math.h"
 #include "orva/scalespace/scalespace.h"
@@ -15,7 +15,7 @@ namespace im = orva::image_math;
 using orva::Image;
 
 template <class MakeImage>
-void brightest(const std::string& size, MakeImage make) {
+void compareTopPixels(const std::string& size, MakeImage make) {
   compare("topByPixelNumber " + size, make)
       .ours([](const Image& img) { return im::topByPixelNumber(img, 100000); })
       .reference([](const Image& img) { return reference::topByPixelNumber(img, 100000); });
@@ -30,8 +30,8 @@ void brightest(const std::string& size, MakeImage make) {
 }  // namespace
 
 void registerWorkloads() {
-  brightest("byte 2048", [] { return discs(2048); });
-  brightest("float 2048", [] { return floats(discs(2048)); });
+  compareTopPixels("byte 2048", [] { return discs(2048); });
+  compareTopPixels("float 2048", [] { return floats(discs(2048)); });
 
   const auto list = [] {
     const Floats img = floats(discs(2048));

@@ -1,4 +1,4 @@
-// The programs differ in the workloads that they register.
+// The main function of all benchmark programs, which differ in the workloads that they register.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/workloads.h"

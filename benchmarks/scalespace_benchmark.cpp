@@ -1,7 +1,7 @@
 #include <string>
 
 #include "benchmarks/comparison.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/scalespace.h"
@@ -14,7 +14,7 @@ using orva::Image;
 using reference::Orders;
 
 template <class MakeInput>
-void derivative(const std::string& workload, MakeInput make, float sigma, Orders order) {
+void compareDerivative(const std::string& workload, MakeInput make, float sigma, Orders order) {
   compare(workload, make)
       .ours(
           [=](const Image& img) { return scale::gaussian(img, sigma, order.x, order.y, order.z); })
@@ -23,26 +23,26 @@ void derivative(const std::string& workload, MakeInput make, float sigma, Orders
       });
 }
 
-void derivativesOfPlanes() {
+void comparePlaneDerivatives() {
   for (const int side : {1024, 4096}) {
     for (const int sigma : {1, 2, 5}) {
       const auto s = static_cast<float>(sigma);
       const std::string size = std::to_string(side) + " sigma " + std::to_string(sigma);
       const auto bytes = [side] { return discs(side); };
       const auto wide = [side] { return floats(discs(side)); };
-      derivative("dX byte " + size, bytes, s, {1, 0, 0});
-      derivative("dY byte " + size, bytes, s, {0, 1, 0});
-      derivative("dX float " + size, wide, s, {1, 0, 0});
-      derivative("dY float " + size, wide, s, {0, 1, 0});
+      compareDerivative("dX byte " + size, bytes, s, {1, 0, 0});
+      compareDerivative("dY byte " + size, bytes, s, {0, 1, 0});
+      compareDerivative("dX float " + size, wide, s, {1, 0, 0});
+      compareDerivative("dY float " + size, wide, s, {0, 1, 0});
     }
   }
   const auto bytes = [] { return discs(1024); };
-  derivative("gaussian 0 0 byte 1024 sigma 2", bytes, 2, {0, 0, 0});
-  derivative("dXX byte 1024 sigma 2", bytes, 2, {2, 0, 0});
-  derivative("dYY byte 1024 sigma 2", bytes, 2, {0, 2, 0});
-  derivative("dXXX byte 1024 sigma 2", bytes, 2, {3, 0, 0});
-  derivative("dYYY byte 1024 sigma 2", bytes, 2, {0, 3, 0});
-  derivative("dXY byte 1024 sigma 2", bytes, 2, {1, 1, 0});
+  compareDerivative("gaussian 0 0 byte 1024 sigma 2", bytes, 2, {0, 0, 0});
+  compareDerivative("dXX byte 1024 sigma 2", bytes, 2, {2, 0, 0});
+  compareDerivative("dYY byte 1024 sigma 2", bytes, 2, {0, 2, 0});
+  compareDerivative("dXXX byte 1024 sigma 2", bytes, 2, {3, 0, 0});
+  compareDerivative("dYYY byte 1024 sigma 2", bytes, 2, {0, 3, 0});
+  compareDerivative("dXY byte 1024 sigma 2", bytes, 2, {1, 1, 0});
   compare("dXXY byte 1024 sigma 2 2", bytes)
       .ours([](const Image& img) { return scale::dXXY(img, 2, 2); })
       .reference([](const Image& img) {
@@ -55,32 +55,33 @@ void derivativesOfPlanes() {
       });
 }
 
-void derivativesOfStacks() {
+void compareStackDerivatives() {
   const std::string size = " byte 64x256x256 sigma 2";
-  derivative("dX" + size, discStack, 2, {1, 0, 0});
-  derivative("dY" + size, discStack, 2, {0, 1, 0});
-  derivative("dZ" + size, discStack, 2, {0, 0, 1});
-  derivative("dZZ" + size, discStack, 2, {0, 0, 2});
-  derivative("dZZZ" + size, discStack, 2, {0, 0, 3});
-  derivative("dXZ" + size, discStack, 2, {1, 0, 1});
-  derivative("dYZ" + size, discStack, 2, {0, 1, 1});
-  derivative("dXYZ" + size, discStack, 2, {1, 1, 1});
-  derivative("dX float 64x256x256 sigma 2", [] { return floats(discStack()); }, 2, {1, 0, 0});
+  compareDerivative("dX" + size, discStack, 2, {1, 0, 0});
+  compareDerivative("dY" + size, discStack, 2, {0, 1, 0});
+  compareDerivative("dZ" + size, discStack, 2, {0, 0, 1});
+  compareDerivative("dZZ" + size, discStack, 2, {0, 0, 2});
+  compareDerivative("dZZZ" + size, discStack, 2, {0, 0, 3});
+  compareDerivative("dXZ" + size, discStack, 2, {1, 0, 1});
+  compareDerivative("dYZ" + size, discStack, 2, {0, 1, 1});
+  compareDerivative("dXYZ" + size, discStack, 2, {1, 1, 1});
+  compareDerivative("dX float 64x256x256 sigma 2", [] { return floats(discStack()); }, 2,
+                    {1, 0, 0});
   // Mixed derivatives with two sigmas smooth the third axis with sigma 1.
-  const auto mixed = [&size](const std::string& name, auto operation, reference::Triple sigma,
-                             Orders order) {
+  const auto compareMixed = [&size](const std::string& name, auto operation,
+                                    reference::Triple sigma, Orders order) {
     compare(name + size, discStack)
         .ours([operation](const Image& img) { return operation(img, 2.0F, 2.0F); })
         .reference([=](const Image& img) { return reference::gaussian(img, sigma, order); });
   };
-  mixed("dXXZ", scale::dXXZ, {2, 1, 2}, {2, 0, 1});
-  mixed("dXZZ", scale::dXZZ, {2, 1, 2}, {1, 0, 2});
-  mixed("dYYZ", scale::dYYZ, {1, 2, 2}, {0, 2, 1});
-  mixed("dYZZ", scale::dYZZ, {1, 2, 2}, {0, 1, 2});
+  compareMixed("dXXZ", scale::dXXZ, {2, 1, 2}, {2, 0, 1});
+  compareMixed("dXZZ", scale::dXZZ, {2, 1, 2}, {1, 0, 2});
+  compareMixed("dYYZ", scale::dYYZ, {1, 2, 2}, {0, 2, 1});
+  compareMixed("dYZZ", scale::dYZZ, {1, 2, 2}, {0, 1, 2});
 }
 
 template <class MakeInput>
-void smoothed(const std::string& size, MakeInput make) {
+void compareSmoothingAndFeatures(const std::string& size, MakeInput make) {
   compare("smooth " + size, make)
       .ours([](const Image& img) { return scale::smooth(img, 2, 1); })
       .reference([](const Image& img) {
@@ -92,20 +93,20 @@ void smoothed(const std::string& size, MakeInput make) {
   compare("laplacian " + size, make)
       .ours([](const Image& img) { return scale::laplacian(img, 2); })
       .reference([](const Image& img) { return reference::laplacian(img, 2); });
-  const auto mask = [&](const std::string& name, orva::FeatureType type) {
+  const auto compareFeature = [&](const std::string& name, orva::FeatureType type) {
     compare(name + " " + size, make)
         .ours([type](const Image& img) { return scale::features(img, 2, type, 1); })
         .reference([type](const Image& img) { return reference::features(img, 2, type, 1); });
   };
-  mask("laplacian negative", orva::LAPLACIAN_NEGATIVE);
-  mask("laplacian positive", orva::LAPLACIAN_POSITIVE);
-  mask("hessian maximum", orva::HESSIAN_MAXIMUM);
-  mask("hessian minimum", orva::HESSIAN_MINIMUM);
-  mask("gradient concave", orva::GRADIENT_CONCAVE);
-  mask("gradient convex", orva::GRADIENT_CONVEX);
+  compareFeature("laplacian negative", orva::LAPLACIAN_NEGATIVE);
+  compareFeature("laplacian positive", orva::LAPLACIAN_POSITIVE);
+  compareFeature("hessian maximum", orva::HESSIAN_MAXIMUM);
+  compareFeature("hessian minimum", orva::HESSIAN_MINIMUM);
+  compareFeature("gradient concave", orva::GRADIENT_CONCAVE);
+  compareFeature("gradient convex", orva::GRADIENT_CONVEX);
 }
 
-void harmonic() {
+void compareHarmonicCuts() {
   compare("harmonicCut byte 1024 sigma 2, once", [] {
     return discs(1024);
   }).ours([](const Image& img) {
@@ -129,43 +130,43 @@ void harmonic() {
     }).reference([mask](Floats& f) { reference::laplaceEquation(f, *mask); });
 }
 
-struct Pair {
-  Floats a;
-  Floats b;
+struct Gradient {
+  Floats y;
+  Floats x;
 };
 
-Pair derivativePair() {
+Gradient gradientImages() {
   const Bytes img = discs(1024);
   return {scale::dY(img, 2), scale::dX(img, 2)};
 }
 
-void pixelByPixel() {
-  compare("gradient of two 1024", derivativePair)
-      .ours([](const Pair& p) { return scale::gradient(p.a, p.b); })
-      .reference([](const Pair& p) { return reference::gradient(p.a, p.b); });
-  compare("gradient of three 1024", derivativePair)
-      .ours([](const Pair& p) { return scale::gradient(p.a, p.b, p.a); })
-      .reference([](const Pair& p) { return reference::gradient(p.a, p.b, p.a); });
-  compare("direction of two 1024", derivativePair)
-      .ours([](const Pair& p) { return scale::direction(p.a, p.b); })
-      .reference([](const Pair& p) { return reference::direction(p.a, p.b); });
-  compare("angle of two 1024", derivativePair)
-      .ours([](const Pair& p) { return scale::angle(p.a, p.b); })
-      .reference([](const Pair& p) { return reference::angle(p.a, p.b); });
-  compare("angleInRadian of two 1024", derivativePair)
-      .ours([](const Pair& p) { return scale::angleInRadian(p.a, p.b); })
-      .reference([](const Pair& p) { return reference::angleInRadian(p.a, p.b); });
+void comparePixelwise() {
+  compare("gradient of two 1024", gradientImages)
+      .ours([](const Gradient& g) { return scale::gradient(g.y, g.x); })
+      .reference([](const Gradient& g) { return reference::gradient(g.y, g.x); });
+  compare("gradient of three 1024", gradientImages)
+      .ours([](const Gradient& g) { return scale::gradient(g.y, g.x, g.y); })
+      .reference([](const Gradient& g) { return reference::gradient(g.y, g.x, g.y); });
+  compare("direction of two 1024", gradientImages)
+      .ours([](const Gradient& g) { return scale::direction(g.y, g.x); })
+      .reference([](const Gradient& g) { return reference::direction(g.y, g.x); });
+  compare("angle of two 1024", gradientImages)
+      .ours([](const Gradient& g) { return scale::angle(g.y, g.x); })
+      .reference([](const Gradient& g) { return reference::angle(g.y, g.x); });
+  compare("angleInRadian of two 1024", gradientImages)
+      .ours([](const Gradient& g) { return scale::angleInRadian(g.y, g.x); })
+      .reference([](const Gradient& g) { return reference::angleInRadian(g.y, g.x); });
 }
 
 }  // namespace
 
 void registerWorkloads() {
-  derivativesOfPlanes();
-  derivativesOfStacks();
-  smoothed("byte 1024 sigma 2", [] { return discs(1024); });
-  smoothed("byte 64x256x256 sigma 2", discStack);
-  harmonic();
-  pixelByPixel();
+  comparePlaneDerivatives();
+  compareStackDerivatives();
+  compareSmoothingAndFeatures("byte 1024 sigma 2", [] { return discs(1024); });
+  compareSmoothingAndFeatures("byte 64x256x256 sigma 2", discStack);
+  compareHarmonicCuts();
+  comparePixelwise();
 }
 
 }  // namespace orva_benchmark

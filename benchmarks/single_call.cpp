@@ -1,13 +1,16 @@
-// One of the key operations by itself, for what a benchmark of many repetitions can not show.
+// Calls one key operation, for what a benchmark of many repetitions cannot show: growth with the
+// image size, instruction counts and memory.
 //
-//   orva_single_call time OPERATION SIDE REPETITIONS   prints the median time in milliseconds
-//   orva_single_call once OPERATION SIDE               calls orva_measured_call() once
-//   orva_single_call points SIDE CELL                  votes on discs that lie CELL pixels apart
-//   and
-//                                                      prints the number of voting points
-//   orva_single_call picture SIDE CELL                 makes the same picture and stops
+//   orva_single_call time OPERATION SIDE REPETITIONS
+//       prints the median CPU time of REPETITIONS calls in milliseconds
+//   orva_single_call once OPERATION SIDE
+//       calls the operation once, inside orva_measured_call(), to count its instructions
+//   orva_single_call memory SIDE CELL
+//       votes once and prints the number of voting points and the peak memory of the process in
+//       bytes before and after the call
 //
-// OPERATION is derivative, regions, chamfer or voting.
+// OPERATION is derivative, regions, chamfer or voting. The image is SIDE pixels square; CELL is the
+// distance between its discs in pixels.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +21,7 @@
 #include <vector>
 
 #include "benchmarks/cpu_clock.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/voting/circularvoting.h"
@@ -26,7 +29,7 @@
 using orva::voting::CircularVoting;
 using orva_benchmark::Bytes;
 
-// Instruction counts start and end with this call.
+// Callgrind counts the instructions inside this function; it finds it by its name.
 extern "C" __attribute__((noinline, visibility("default"))) void orva_measured_call(
     const std::function<void()>& call) {
   call();
@@ -42,8 +45,8 @@ class Voting : public CircularVoting {
 
 using Call = std::function<void()>;
 
-// The operation on its picture of `side` pixels.
-Call prepared(const std::string& operation, int side) {
+// The operation on a test image, which is made here. Exits if there is no such operation.
+Call prepare(const std::string& operation, int side) {
   static const std::map<std::string, std::function<Call(int)>> operations = {
       {"derivative",
        [](int n) { return [img = orva_benchmark::discs(n)] { orva::scalespace::dX(img, 2); }; }},
@@ -56,7 +59,7 @@ Call prepared(const std::string& operation, int side) {
   };
   const auto found = operations.find(operation);
   if (found == operations.end()) {
-    std::fprintf(stderr, "no operation %s\n", operation.c_str());
+    std::fprintf(stderr, "unknown operation %s\n", operation.c_str());
     std::exit(2);
   }
   return found->second(side);
@@ -74,7 +77,7 @@ double medianMilliseconds(const Call& call, int repetitions) {
   return *middle;
 }
 
-// Of this process alone: getrusage() counts in what the parent held when it forked.
+// Peak resident memory. getrusage() would include that of the parent at the time of the fork.
 long long peakBytes() {
   std::ifstream status("/proc/self/status");
   std::string word;
@@ -87,12 +90,12 @@ long long peakBytes() {
 
 int run(const std::vector<std::string>& words) {
   if (words.size() == 4 && words[0] == "time") {
-    const Call call = prepared(words[1], std::stoi(words[2]));
+    const Call call = prepare(words[1], std::stoi(words[2]));
     std::printf("%.6f\n", medianMilliseconds(call, std::stoi(words[3])));
     return 0;
   }
   if (words.size() == 3 && words[0] == "once") {
-    orva_measured_call(prepared(words[1], std::stoi(words[2])));
+    orva_measured_call(prepare(words[1], std::stoi(words[2])));
     return 0;
   }
   if (words.size() == 3 && words[0] == "memory") {
@@ -104,7 +107,10 @@ int run(const std::vector<std::string>& words) {
     return 0;
   }
   std::fputs(
-      "orva_single_call time OPERATION SIDE REPETITIONS | once OPERATION SIDE | memory SIDE CELL\n",
+      "usage: orva_single_call time OPERATION SIDE REPETITIONS\n"
+      "       orva_single_call once OPERATION SIDE\n"
+      "       orva_single_call memory SIDE CELL\n"
+      "OPERATION is derivative, regions, chamfer or voting.\n",
       stderr);
   return 2;
 }

@@ -1,7 +1,7 @@
 #include <string>
 
 #include "benchmarks/comparison.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "orva/voting/circularvoting.h"
 #include "tests/support/reference/voting.h"
@@ -16,18 +16,18 @@ constexpr float kThreshold = 0.3F;
 constexpr float kSigma = 2.0F;
 constexpr float kPower = 0.5F;
 
-// Discs fit a largest radius of 1.4 times their own.
-void voting(int side, int radius, int width, CircularVoting::RegionType type,
-            const std::string& name) {
+// The maximum radius is 1.1 to 1.7 times that of the discs.
+void compareVoting(int side, int radius, int width, CircularVoting::RegionType type,
+                   const std::string& name) {
   compare("voting " + std::to_string(side) + " R " + std::to_string(radius) + " w " +
               std::to_string(width) + " " + name,
           [=] { return discs(side, radius * 5 / 2); })
       .ours([=](const Bytes& img) {
-        CircularVoting engine;
-        engine.setParams(type, 1, radius, width, kGradient, kThreshold, kSigma,
+        CircularVoting voting;
+        voting.setParams(type, 1, radius, width, kGradient, kThreshold, kSigma,
                          CircularVoting::Power, kPower, false, false);
-        engine.compute(img);
-        return engine;
+        voting.compute(img);
+        return voting;
       })
       .reference([=](const Bytes& img) {
         reference::VotingParams params;
@@ -45,10 +45,10 @@ void voting(int side, int radius, int width, CircularVoting::RegionType type,
 }  // namespace
 
 void registerWorkloads() {
-  voting(1024, 20, 5, CircularVoting::Bright, "bright");
-  voting(1024, 20, 5, CircularVoting::Both, "both");
-  voting(2048, 40, 10, CircularVoting::Bright, "bright");
-  voting(2048, 40, 10, CircularVoting::Both, "both");
+  compareVoting(1024, 20, 5, CircularVoting::Bright, "bright");
+  compareVoting(1024, 20, 5, CircularVoting::Both, "both");
+  compareVoting(2048, 40, 10, CircularVoting::Bright, "bright");
+  compareVoting(2048, 40, 10, CircularVoting::Both, "both");
 }
 
 }  // namespace orva_benchmark

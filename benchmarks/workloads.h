@@ -1,9 +1,10 @@
+// What each benchmark program defines.
 #ifndef ORVA_BENCHMARKS_WORKLOADS_H
 #define ORVA_BENCHMARKS_WORKLOADS_H
 
 namespace orva_benchmark {
 
-// Names what the program measures; each program has its own.
+// Registers the workloads of the program.
 void registerWorkloads();
 
 }  // namespace orva_benchmark

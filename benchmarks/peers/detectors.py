@@ -1,16 +1,15 @@
 #!/usr/bin/python3
-"""Circular voting beside other detectors of round objects: mean F1 and time per image.
+"""Compares circular voting with other detectors of round objects: mean F1 and time per image.
 
-The folders are laid out as scripts/score wants them, and scoring is that of scripts/scoring.py. All
-methods are told each image's polarity and median radius. The orva command runs with its defaults.
-Every other method runs with each setting of a small grid, and the one with the best mean F1 over
-all these images is taken: what it could reach at best, as nobody can tune on the truth. The second
+The folders have the layout that scripts/score expects, and scoring is that of scripts/scoring.py. All
+methods are given each image's polarity and median radius. The orva command runs with its defaults.
+Every other method runs with each setting of a small grid, and the setting with the best mean F1 over
+these very images is reported: an upper bound, as real settings cannot be tuned on the truth. The second
 F1 takes for each image the setting that is best on the other images.
 
-Times are CPU times on one thread, the median of 7 calls per image, then the median over the images.
-For orva it is that of the whole command less that of the command on a single pixel, which leaves
-reading the image and printing the table in it. For the others it is that of the call on an image in
-memory.
+Times are CPU times on one thread: the median of 7 calls per image, then the median over the images.
+For orva it is the time of the command minus that of the command on a single pixel, which includes
+reading the image and printing the table. For the others it is that of the call on an image in memory.
 """
 
 import argparse
@@ -38,17 +37,17 @@ import report
 import scoring as score
 
 REPETITIONS = 7
-HEADER = ["method", "mean F1", "F1 with settings of the others", "median ms an image", "setting"]
+HEADER = ["method", "mean F1", "F1 with settings of the others", "median ms per image", "setting"]
 
 
 class Sample:
-    """An image with objects, their truth and what every method is told."""
+    """An image with objects, their true centers, and what every method is given."""
 
     def __init__(self, entry, path, truth):
         self.entry, self.path, self.truth = entry, path, truth
         self.radius = float(entry["median_radius"])
         self.pixels = cv2.imread(str(path), cv2.IMREAD_GRAYSCALE)
-        # Detectors of bright objects take a negative of dark ones.
+        # For detectors of bright objects: images with dark objects are inverted.
         self.bright = 255 - self.pixels if entry["polarity"] == "dark" else self.pixels
 
     def f1(self, centers):
@@ -66,59 +65,59 @@ def blurred(pixels, sigma):
     return cv2.GaussianBlur(pixels, (0, 0), sigma) if sigma > 0 else pixels
 
 
-def circles(sample, mode, blur, dp, distance, smallest, largest, canny, votes):
-    """Both modes of the Hough transform for circles."""
+def circles(sample, mode, blur, dp, min_distance, min_radius, max_radius, canny, votes):
+    """The Hough transform for circles, in either mode."""
     found = cv2.HoughCircles(
-        blurred(sample.pixels, blur * sample.radius), mode, dp, max(1, distance * sample.radius),
-        param1=canny, param2=votes, minRadius=int(smallest * sample.radius),
-        maxRadius=int(largest * sample.radius + 0.5))
+        blurred(sample.pixels, blur * sample.radius), mode, dp, max(1, min_distance * sample.radius),
+        param1=canny, param2=votes, minRadius=int(min_radius * sample.radius),
+        maxRadius=int(max_radius * sample.radius + 0.5))
     return [] if found is None else found.reshape(-1, found.shape[-1])[:, :2]
 
 
-def blobs(sample, smallest, largest, threshold, overlap):
-    """Maxima of the Laplacian of Gaussians over scales."""
+def blobs(sample, min_sigma, max_sigma, threshold, overlap):
+    """Maxima of the Laplacian of Gaussian over scales."""
     sigma = sample.radius / np.sqrt(2)
     found = skimage.feature.blob_log(
-        sample.bright / 255.0, min_sigma=smallest * sigma, max_sigma=largest * sigma,
-        num_sigma=1 if smallest == largest else 4, threshold=None, threshold_rel=threshold,
+        sample.bright / 255.0, min_sigma=min_sigma * sigma, max_sigma=max_sigma * sigma,
+        num_sigma=1 if min_sigma == max_sigma else 4, threshold=None, threshold_rel=threshold,
         overlap=overlap)
     return found[:, 1::-1]
 
 
-def peaks(sample, blur, smooth, distance, least):
-    """Otsu's threshold, the distance to the background, and its peaks."""
+def peaks(sample, blur, smooth, min_distance, min_depth):
+    """Peaks of the distance to the background of Otsu's threshold."""
     _, mask = cv2.threshold(blurred(sample.bright, blur * sample.radius), 0, 255,
                             cv2.THRESH_BINARY | cv2.THRESH_OTSU)
     depth = cv2.distanceTransform(mask, cv2.DIST_L2, 5)
     if smooth > 0:
         depth = scipy.ndimage.gaussian_filter(depth, smooth * sample.radius)
     found = skimage.feature.peak_local_max(
-        depth, min_distance=max(1, int(distance * sample.radius)),
-        threshold_abs=least * sample.radius, exclude_border=False)
+        depth, min_distance=max(1, int(min_distance * sample.radius)),
+        threshold_abs=min_depth * sample.radius, exclude_border=False)
     return found[:, ::-1]
 
 
-# Around the best of wider grids: a dp of 2 was no better anywhere.
+# Grids around the best settings of wider ones; a dp of 2 was never better.
 METHODS = {
     "HoughCircles, HOUGH_GRADIENT": (circles, {
-        "mode": [cv2.HOUGH_GRADIENT], "dp": [1], "blur": [0.3, 0.45], "distance": [1.0, 1.4, 1.7],
-        "smallest": [0.5, 0.65, 0.8], "largest": [1.0, 1.1, 1.2, 1.3], "canny": [10, 15, 25],
+        "mode": [cv2.HOUGH_GRADIENT], "dp": [1], "blur": [0.3, 0.45], "min_distance": [1.0, 1.4, 1.7],
+        "min_radius": [0.5, 0.65, 0.8], "max_radius": [1.0, 1.1, 1.2, 1.3], "canny": [10, 15, 25],
         "votes": [7, 9, 12]}),
     "HoughCircles, HOUGH_GRADIENT_ALT": (circles, {
-        "mode": [cv2.HOUGH_GRADIENT_ALT], "dp": [1], "blur": [0, 0.15], "distance": [0.3, 0.5, 0.7],
-        "smallest": [0.5], "largest": [1.5, 2.0, 2.5], "canny": [15, 30, 60],
+        "mode": [cv2.HOUGH_GRADIENT_ALT], "dp": [1], "blur": [0, 0.15], "min_distance": [0.3, 0.5, 0.7],
+        "min_radius": [0.5], "max_radius": [1.5, 2.0, 2.5], "canny": [15, 30, 60],
         "votes": [0.2, 0.3, 0.4]}),
     "skimage blob_log": (blobs, {
-        "smallest": [0.6, 0.8, 1.0], "largest": [1.0, 1.2], "threshold": [0.05, 0.1, 0.2],
+        "min_sigma": [0.6, 0.8, 1.0], "max_sigma": [1.0, 1.2], "threshold": [0.05, 0.1, 0.2],
         "overlap": [0.1, 0.2, 0.5]}),
     "Otsu, distance transform, peaks": (peaks, {
-        "blur": [0, 0.05, 0.1, 0.2], "smooth": [0, 0.1, 0.2], "distance": [0.4, 0.6, 0.8, 1.0],
-        "least": [0, 0.1, 0.25, 0.4]}),
+        "blur": [0, 0.05, 0.1, 0.2], "smooth": [0, 0.1, 0.2], "min_distance": [0.4, 0.6, 0.8, 1.0],
+        "min_depth": [0, 0.1, 0.25, 0.4]}),
 }
 
 
 def seconds(call):
-    """The median CPU time of this process over some calls."""
+    """The median CPU time of a call in this process."""
     times = []
     for _ in range(REPETITIONS):
         start = time.process_time()
@@ -128,7 +127,7 @@ def seconds(call):
 
 
 def command_seconds(command):
-    """The median CPU time of a process of its own."""
+    """The median CPU time of the command, a process of its own."""
     times = []
     for _ in range(REPETITIONS):
         child = subprocess.Popen(command, stdout=subprocess.DEVNULL)
@@ -167,9 +166,9 @@ def peer_row(name, samples):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--orva", required=True, help="the orva command")
-    parser.add_argument("folders", nargs="*", type=pathlib.Path, help="default data")
-    parser.add_argument("--output", type=pathlib.Path, required=True, help="the table as CSV")
-    parser.add_argument("--write", action="store_true", help="into docs/performance.md too")
+    parser.add_argument("folders", nargs="*", type=pathlib.Path, help="default: data")
+    parser.add_argument("--output", type=pathlib.Path, required=True, help="CSV file to write")
+    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
     arguments = parser.parse_args()
     cv2.setNumThreads(1)
 

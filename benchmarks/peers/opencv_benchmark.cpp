@@ -1,15 +1,15 @@
-// The same workloads by OpenCV, on one thread. Where both are defined to give the same result, that
-// is tested before the time is taken.
+// The same workloads in OpenCV, on one thread. Before it is measured, its result is compared with
+// that of the library, as far as both are defined to agree.
 //
-// Every way gives a new result in every call, as the library does; OpenCV could be given one to
-// write over. Of operations in place the copy is part of the time of all ways.
+// Every call of every implementation allocates its result, as calls of the library do; OpenCV could
+// also reuse one. For operations in place the measured time includes the copy.
 #include <memory>
 #include <opencv2/imgproc.hpp>
 #include <string>
 
 #include "benchmarks/comparison.h"
 #include "benchmarks/peers/opencv_images.h"
-#include "benchmarks/pictures.h"
+#include "benchmarks/test_images.h"
 #include "benchmarks/workloads.h"
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
@@ -27,7 +27,7 @@ using reference::Orders;
 
 constexpr int kSide = 2048;
 
-// The taps as a filter that correlates needs them for a convolution.
+// Gaussian taps in reverse order: OpenCV correlates where the library convolves.
 cv::Mat taps(float sigma, int order) {
   int radius = 0;
   const std::unique_ptr<float[]> kernel(scale::gaussianKernel(sigma, radius, order));
@@ -37,7 +37,7 @@ cv::Mat taps(float sigma, int order) {
 }
 
 template <class MakeImage>
-void derivative(const std::string& workload, MakeImage make, float sigma, Orders order) {
+void compareDerivative(const std::string& workload, MakeImage make, float sigma, Orders order) {
   const cv::Mat alongX = taps(sigma, order.x);
   const cv::Mat alongY = taps(sigma, order.y);
   const auto ours = [=](const auto& img) {
@@ -45,7 +45,7 @@ void derivative(const std::string& workload, MakeImage make, float sigma, Orders
   };
   const auto theirs = [=](const auto& img) {
     cv::Mat result;
-    cv::sepFilter2D(shared(img), result, CV_32F, alongX, alongY, {-1, -1}, 0, cv::BORDER_REPLICATE);
+    cv::sepFilter2D(asMat(img), result, CV_32F, alongX, alongY, {-1, -1}, 0, cv::BORDER_REPLICATE);
     return result;
   };
   compare(workload, make)
@@ -53,11 +53,12 @@ void derivative(const std::string& workload, MakeImage make, float sigma, Orders
       .reference([=](const auto& img) {
         return reference::gaussian(img, {sigma, sigma, sigma}, order);
       })
-      .opencv(theirs, [=](const auto& img) { return near(shared(ours(img)), theirs(img), 1e-4); });
+      .opencv(theirs,
+              [=](const auto& img) { return nearlyEqual(asMat(ours(img)), theirs(img), 1e-4); });
 }
 
 template <class MakeMask>
-void labelling(const std::string& size, MakeMask make) {
+void compareLabelling(const std::string& size, MakeMask make) {
   for (const auto type : {orva::NEIGHBORHOOD_4, orva::NEIGHBORHOOD_8}) {
     const auto ours = [type](const Bytes& mask) {
       int n = 0;
@@ -65,7 +66,7 @@ void labelling(const std::string& size, MakeMask make) {
     };
     const auto theirs = [type](const Bytes& mask) {
       cv::Mat labels;
-      cv::connectedComponents(shared(mask), labels, type, CV_16U);
+      cv::connectedComponents(asMat(mask), labels, type, CV_16U);
       return labels;
     };
     compare("regions " + std::to_string(type) + " " + size, make)
@@ -84,12 +85,12 @@ struct Components {
   cv::Mat centroids;
 };
 
-// Labels, boxes, sizes and centroids.
+// Labels with bounding boxes, sizes and centroids.
 template <class MakeMask>
-void labellingWithTable(const std::string& size, MakeMask make) {
+void compareLabellingAndFeatures(const std::string& size, MakeMask make) {
   const auto theirs = [](const Bytes& mask) {
     Components result;
-    cv::connectedComponentsWithStats(shared(mask), result.labels, result.stats, result.centroids, 4,
+    cv::connectedComponentsWithStats(asMat(mask), result.labels, result.stats, result.centroids, 4,
                                      CV_16U);
     return result;
   };
@@ -100,7 +101,7 @@ void labellingWithTable(const std::string& size, MakeMask make) {
     const Components components = theirs(mask);
     if (!sameRegions(labels, components.labels) || components.stats.rows != n + 1) return false;
     for (const auto& region : table) {
-      // Of one of the region's pixels: its box's first row has one.
+      // The region has a pixel in the first row of its bounding box.
       int x = region.xmin;
       while (labels.pixel(x, region.ymin) != static_cast<float>(&region - table.data())) ++x;
       const int* row =
@@ -128,34 +129,34 @@ void labellingWithTable(const std::string& size, MakeMask make) {
       .opencv(theirs, agrees);
 }
 
-// Steps of 1 and 1.4142 here, of 0.955 and 1.3693 there, and the borders differ: equal are the
-// pixels of distance 0 alone.
+// The library has steps of 1 and 1.4142, OpenCV of 0.955 and 1.3693, and borders differ: only the
+// pixels of distance 0 are compared.
 template <class MakeMask>
-void distances(const std::string& size, MakeMask make) {
+void compareDistances(const std::string& size, MakeMask make) {
   const auto theirs = [](const Bytes& mask) {
     cv::Mat result;
-    cv::distanceTransform(shared(mask), result, cv::DIST_L2, 3);
+    cv::distanceTransform(asMat(mask), result, cv::DIST_L2, 3);
     return result;
   };
   compare("fchamfer byte " + size, make)
       .ours([](const Bytes& mask) { return bip::fchamfer(mask); })
       .reference([](const Bytes& mask) { return reference::fchamfer(mask); })
       .opencv(theirs, [theirs](const Bytes& mask) {
-        return same(shared(bip::fchamfer(mask)) == 0, theirs(mask) == 0);
+        return equal(asMat(bip::fchamfer(mask)) == 0, theirs(mask) == 0);
       });
 }
 
 template <class MakeMask>
-void morphology(const std::string& size, MakeMask make) {
+void compareMorphology(const std::string& size, MakeMask make) {
   const cv::Mat box = cv::Mat::ones(3, 3, CV_8U);
   const auto eroded = [](const Bytes& mask) {
     Bytes result = mask.duplicate();
     bip::erode(result);
     return result;
   };
-  const auto erodedThere = [box](const Bytes& mask) {
+  const auto erodedByOpenCV = [box](const Bytes& mask) {
     cv::Mat result;
-    cv::erode(shared(mask), result, box, {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
+    cv::erode(asMat(mask), result, box, {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
     return result;
   };
   compare("erode copy byte " + size, make)
@@ -165,16 +166,16 @@ void morphology(const std::string& size, MakeMask make) {
         reference::erode(result);
         return result;
       })
-      .opencv(erodedThere,
-              [=](const Bytes& mask) { return same(shared(eroded(mask)), erodedThere(mask)); });
+      .opencv(erodedByOpenCV,
+              [=](const Bytes& mask) { return equal(asMat(eroded(mask)), erodedByOpenCV(mask)); });
   const auto dilated = [](const Bytes& mask) {
     Bytes result = mask.duplicate();
     bip::dilate(result);
     return result;
   };
-  const auto dilatedThere = [box](const Bytes& mask) {
+  const auto dilatedByOpenCV = [box](const Bytes& mask) {
     cv::Mat result;
-    cv::dilate(shared(mask), result, box, {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
+    cv::dilate(asMat(mask), result, box, {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
     return result;
   };
   compare("dilate copy byte " + size, make)
@@ -184,17 +185,18 @@ void morphology(const std::string& size, MakeMask make) {
         reference::dilate(result);
         return result;
       })
-      .opencv(dilatedThere,
-              [=](const Bytes& mask) { return same(shared(dilated(mask)), dilatedThere(mask)); });
+      .opencv(dilatedByOpenCV, [=](const Bytes& mask) {
+        return equal(asMat(dilated(mask)), dilatedByOpenCV(mask));
+      });
 }
 
 template <class MakeImage, class Theirs>
-void thresholding(const std::string& workload, MakeImage make, Theirs theirs) {
+void compareThreshold(const std::string& workload, MakeImage make, Theirs theirs) {
   compare(workload, make)
       .ours([](const auto& img) { return bip::threshold(img, 128); })
       .reference([](const auto& img) { return reference::threshold(img, 128); })
       .opencv(theirs, [theirs](const auto& img) {
-        return same(shared(bip::threshold(img, 128)), theirs(img));
+        return equal(asMat(bip::threshold(img, 128)), theirs(img));
       });
 }
 
@@ -208,33 +210,33 @@ void registerWorkloads() {
       const std::string size = std::to_string(side) + " sigma " + std::to_string(sigma);
       const auto bytes = [side] { return discs(side); };
       const auto wide = [side] { return floats(discs(side)); };
-      derivative("dX byte " + size, bytes, s, {1, 0, 0});
-      derivative("dY byte " + size, bytes, s, {0, 1, 0});
-      derivative("dX float " + size, wide, s, {1, 0, 0});
-      derivative("dY float " + size, wide, s, {0, 1, 0});
+      compareDerivative("dX byte " + size, bytes, s, {1, 0, 0});
+      compareDerivative("dY byte " + size, bytes, s, {0, 1, 0});
+      compareDerivative("dX float " + size, wide, s, {1, 0, 0});
+      compareDerivative("dY float " + size, wide, s, {0, 1, 0});
     }
   }
-  const auto masks = [](const std::string& size, auto make) {
-    labelling(size, make);
-    labellingWithTable(size, make);
-    distances(size, make);
-    morphology(size, make);
+  const auto compareAll = [](const std::string& size, auto make) {
+    compareLabelling(size, make);
+    compareLabellingAndFeatures(size, make);
+    compareDistances(size, make);
+    compareMorphology(size, make);
   };
-  masks("2048 discs", [] { return discMask(kSide); });
-  masks("2048 spiral", [] { return spiral(kSide); });
-  thresholding(
+  compareAll("2048 discs", [] { return discMask(kSide); });
+  compareAll("2048 spiral", [] { return spiral(kSide); });
+  compareThreshold(
       "threshold byte 2048", [] { return discs(kSide); },
       [](const Bytes& img) {
         cv::Mat mask;
-        cv::threshold(shared(img), mask, 127, 255, cv::THRESH_BINARY);
+        cv::threshold(asMat(img), mask, 127, 255, cv::THRESH_BINARY);
         return mask;
       });
-  // cv::threshold keeps the pixel type; the comparison makes a mask of bytes, as the library does.
-  thresholding(
+  // cv::threshold keeps the pixel type; cv::compare makes a mask of bytes, as the library does.
+  compareThreshold(
       "threshold float 2048", [] { return floats(discs(kSide)); },
       [](const Floats& img) {
         cv::Mat mask;
-        cv::compare(shared(img), 128, mask, cv::CMP_GE);
+        cv::compare(asMat(img), 128, mask, cv::CMP_GE);
         return mask;
       });
 }

@@ -1,4 +1,4 @@
-// The pictures that all measurements work on, made the same way on every run.
+// The images that all benchmarks work on, the same in every run.
 #ifndef ORVA_BENCHMARKS_PICTURES_H
 #define ORVA_BENCHMARKS_PICTURES_H
 
@@ -17,9 +17,9 @@ using Bytes = orva::image<unsigned char>;
 using Shorts = orva::image<short>;
 using Floats = orva::image<float>;
 
-// Like a field of nuclei: soft bright discs on a dark ground, with some noise. One disc in every
-// cell of the grid; its radius is a third of the cell's side less or more. No disc touches the
-// border of a plane.
+// Like a field of nuclei: bright discs with soft edges on a dark background, with noise. Each cell
+// of a square grid holds one disc with a radius of 0.24 to 0.36 times the cell's side; incomplete
+// cells at the border are empty.
 inline Bytes discs(int nx, int ny, int nz, int cell) {
   Bytes img(nx, ny, nz, 1, 1);
   std::mt19937 random(1);
@@ -29,9 +29,9 @@ inline Bytes discs(int nx, int ny, int nz, int cell) {
       for (int x = 0; x < nx; ++x) {
         const int column = x / cell;
         const int row = y / cell;
-        const bool whole = (column + 1) * cell <= nx && (row + 1) * cell <= ny;
+        const bool complete = (column + 1) * cell <= nx && (row + 1) * cell <= ny;
         const double size = 0.24 + 0.02 * ((column * 7 + row * 5) % 7);
-        const double radius = whole ? size * cell : -1;
+        const double radius = complete ? size * cell : -1;
         const double distance = std::hypot(x % cell - cell / 2, y % cell - cell / 2);
         const double level = 200 * std::clamp(radius - distance + 0.5, 0.0, 1.0);
         *out++ = static_cast<unsigned char>(20 + level + static_cast<double>(random() % 16));
@@ -56,8 +56,8 @@ inline Bytes maskOf(const Bytes& img) {
 // The discs as a mask of 0 and 255.
 inline Bytes discMask(int side) { return maskOf(discs(side)); }
 
-// One line of object pixels that winds to the middle, with as much background between its turns:
-// the longest path that a mask of this size can hold, nearly.
+// A spiral of object pixels, one pixel wide, with gaps of one pixel: nearly the longest path that
+// a mask of this size can hold.
 inline Bytes spiral(int side) {
   Bytes mask(side, side, 1, 1, 1);
   const auto at = [&](int x, int y) -> unsigned char& {
@@ -76,9 +76,9 @@ inline Bytes spiral(int side) {
   at(x, y) = 255;
   while (true) {
     if (!open(x, y, dx, dy)) {
-      const int turned = dx;
+      const int oldDx = dx;
       dx = -dy;
-      dy = turned;
+      dy = oldDx;
       if (!open(x, y, dx, dy)) return mask;
     }
     x += dx;
