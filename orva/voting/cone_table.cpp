@@ -44,9 +44,9 @@ int rounded(double v) {
 }  // namespace
 
 Cone2D prototypeCone(int nearest, int farthest, int width, bool twoSided) {
-  constexpr int kFarthest = std::numeric_limits<std::int16_t>::max();
-  nearest = std::clamp(nearest, -kFarthest, kFarthest);
-  farthest = std::clamp(farthest, -kFarthest, kFarthest);
+  constexpr int kMaxDistance = std::numeric_limits<std::int16_t>::max();
+  nearest = std::clamp(nearest, -kMaxDistance, kMaxDistance);
+  farthest = std::clamp(farthest, -kMaxDistance, kMaxDistance);
   Cone2D cone;
   appendFan(cone.planes, nearest, farthest, width, 1);
   if (twoSided) appendFan(cone.planes, nearest, farthest, width, -1);
