@@ -128,7 +128,7 @@ void compareMeasurements(const std::string& size, MakeMask make) {
 
 // For smaller images, as these reference implementations scan the whole image for every region.
 template <class MakeMask>
-void compareScansPerRegion(const std::string& size, MakeMask make) {
+void compareBoundariesAndRelabel(const std::string& size, MakeMask make) {
   const auto labels = [make] { return labelsOf(make()); };
   compare("boundaries " + size, labels)
       .ours([](const Shorts& img) { return bip::boundaries(img); })
@@ -191,8 +191,8 @@ void registerWorkloads() {
   };
   compareAll("2048 discs", [] { return discMask(kSide); });
   compareAll("2048 spiral", [] { return spiral(kSide); });
-  compareScansPerRegion("1024 discs", [] { return discMask(1024); });
-  compareScansPerRegion("1024 spiral", [] { return spiral(1024); });
+  compareBoundariesAndRelabel("1024 discs", [] { return discMask(1024); });
+  compareBoundariesAndRelabel("1024 spiral", [] { return spiral(1024); });
   const auto stack = [] { return maskOf(discStack()); };
   compareLabelling("64x256x256 discs", stack);
   compareDistances("64x256x256 discs", stack);
