@@ -182,7 +182,7 @@ class ORVA_EXPORT CircularVoting {
   /// the image is.
   void compute(const Image& img);
   /// Called before every narrowing pass with the cone width in pixels and the votes so far, of the
-  /// image's width and height.
+  /// image's width and height; not for an image without pixels.
   using PassObserver = std::function<void(int width, const image<float>& votes)>;
   /// As compute(img), and calls @p observer before every narrowing pass; no history is written. An
   /// exception of @p observer ends the search and leaves centers() as they were.
