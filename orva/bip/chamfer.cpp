@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "orva/bip/chamfer_steps.h"
+#include "orva/bip/chamfer_passes.h"
 #include "orva/bip/neighbour_box.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/unset_image.h"

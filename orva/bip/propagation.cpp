@@ -1,7 +1,7 @@
 #include <cstddef>
 
 #include "orva/bip/bip.h"
-#include "orva/bip/chamfer_steps.h"
+#include "orva/bip/chamfer_passes.h"
 #include "orva/image/unset_image.h"
 #include "orva/util/cpu_path.h"
 

@@ -10,7 +10,6 @@
 #include "orva/bip/flood_fill.h"
 #include "orva/image/unset_image.h"
 #include "orva/image/with_memory.h"
-#include "orva/util/cpu_path.h"
 
 namespace orva::bip {
 namespace {
@@ -95,48 +94,19 @@ int regionNumber(const image<short>& labels) {
 
 void relabel(image<short>& labels) {
   const int n = regionNumber(labels);
-  auto renamed =
+  auto numbers =
       withMemory([n] { return std::vector<short>(static_cast<std::size_t>(n), kBackground); });
   short* first = labels.pixels();
   short* last = first + labels.npix();
   std::for_each(first, last, [&](short k) {
-    if (k >= 0) renamed[static_cast<std::size_t>(k)] = 0;
+    if (k >= 0) numbers[static_cast<std::size_t>(k)] = 0;
   });
   short next = 0;
-  for (short& name : renamed) {
-    if (name == 0) name = next++;
+  for (short& number : numbers) {
+    if (number == 0) number = next++;
   }
   std::for_each(first, last, [&](short& k) {
-    if (k >= 0) k = renamed[static_cast<std::size_t>(k)];
-  });
-}
-
-bool isBinaryImage(const Image& img) {
-  if (img.format() != BYTE) return false;
-  const auto* bytes = static_cast<const unsigned char*>(img.data());
-  constexpr std::ptrdiff_t kTogether = 4096;
-  for (std::ptrdiff_t i = 0; i < img.npix(); i += kTogether) {
-    const std::ptrdiff_t count = std::min(kTogether, img.npix() - i);
-    unsigned char others = 0;
-    unsigned char* found = &others;
-    onWidestPath([=] {
-      unsigned char any = 0;
-      for (std::ptrdiff_t k = i; k < i + count; ++k) {
-        any = static_cast<unsigned char>(any | (static_cast<unsigned char>(bytes[k] + 1) > 1));
-      }
-      *found = any;
-    });
-    if (others != 0) return false;
-  }
-  return true;
-}
-
-void reverse(image<unsigned char>& img) {
-  unsigned char* pixels = img.pixels();
-  const std::ptrdiff_t count = img.npix();
-  onWidestPath([=] {
-    ORVA_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < count; ++i) pixels[i] = static_cast<unsigned char>(~pixels[i]);
+    if (k >= 0) k = numbers[static_cast<std::size_t>(k)];
   });
 }
 

@@ -1,5 +1,5 @@
-// The body of toByteImage() and image_io::convertToByteImage(). For the library's own sources; not
-// installed.
+// Conversion to bytes, shared by toByteImage() and image_io::convertToByteImage(). For the
+// library's own sources; not installed.
 #ifndef ORVA_IMAGE_BYTE_CONVERSION_H
 #define ORVA_IMAGE_BYTE_CONVERSION_H
 
@@ -7,7 +7,7 @@
 
 namespace orva {
 
-// As toByteImage(), for images of any format code.
+// toByteImage() without its test of the format code.
 image<unsigned char> bytesOf(const Image& img, bool scale);
 
 }  // namespace orva

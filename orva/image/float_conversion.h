@@ -1,4 +1,4 @@
-// Runs of pixels as floats, for the library's own sources; not installed.
+// Conversion of consecutive pixels to floats. For the library's own sources; not installed.
 #ifndef ORVA_IMAGE_FLOAT_CONVERSION_H
 #define ORVA_IMAGE_FLOAT_CONVERSION_H
 
@@ -16,21 +16,21 @@ bool hasFloatForm(const Image& img);
 // Pixels `first` .. `first` + `count` - 1 of an image that has a float form.
 void readFloats(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, float* to);
 
-// The img.pixel(i) of as many pixels, for an image of any class. A class that is not the library's
-// own is asked pixel by pixel.
+// img.pixel(i) of the same pixels, for an image of any class. Of a class that is not the library's
+// own, each pixel is read by the virtual pixel().
 void readPixels(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, float* to);
 
-// The pixels of an image as floats, some at a time.
+// Reads the pixels of an image as floats, block by block.
 class PixelFloats {
  public:
   explicit PixelFloats(const Image& img);
 
-  // Those from `first` on; valid up to the next call.
+  // `count` pixels from `first` on; valid until the next call.
   const float* read(std::ptrdiff_t first, std::ptrdiff_t count);
 
  private:
   const Image& img_;
-  const float* floats_ = nullptr;  // of an image that holds floats
+  const float* floats_ = nullptr;  // of an image<float>, which needs no conversion
   std::vector<float> buffer_;
 };
 

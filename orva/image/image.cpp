@@ -11,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-#include "orva/image/extremes.h"
+#include "orva/image/min_max.h"
 #include "orva/image/pixel_memory.h"
 #include "orva/image/pixel_traits.h"
 #include "orva/image/truncate.h"
@@ -44,38 +44,38 @@ int clampedLast(int last, int size) { return std::min(last, size - 1); }
 // floor(i * from / to) for a target position i below to.
 int sourceIndex(int i, int from, int to) { return static_cast<int>(std::int64_t{i} * from / to); }
 
-// The first of the smallest or largest pixels; numbers that are equal may differ in the sign of 0,
-// colours in more.
-template <bool kLeast, class T>
+// The first of the smallest or of the largest pixels. Equal numbers may differ in the sign of 0,
+// colours of equal luminance in their components.
+template <bool kMin, class T>
 T firstExtreme(const T* pixels, std::ptrdiff_t count) {
-  return kLeast ? *std::min_element(pixels, pixels + count)
-                : *std::max_element(pixels, pixels + count);
+  return kMin ? *std::min_element(pixels, pixels + count)
+              : *std::max_element(pixels, pixels + count);
 }
 
-template <bool kLeast>
+template <bool kMin>
 float firstExtreme(const float* pixels, std::ptrdiff_t count) {
-  const Extremes all = extremesOf(pixels, count);
-  if (all.hasNan) return firstExtreme<kLeast, float>(pixels, count);
-  const float v = kLeast ? all.least : all.most;
+  const MinMax all = findMinMax(pixels, count);
+  if (all.hasNan) return firstExtreme<kMin, float>(pixels, count);
+  const float v = kMin ? all.min : all.max;
   return v == 0.0F ? *std::find(pixels, pixels + count, v) : v;
 }
 
-template <bool kLeast>
+template <bool kMin>
 GenericRgb<unsigned char> firstExtreme(const GenericRgb<unsigned char>* pixels,
                                        std::ptrdiff_t count) {
-  constexpr std::ptrdiff_t kTogether = 1024;
-  float bright[kTogether];
+  constexpr std::ptrdiff_t kBlock = 1024;
+  float bright[kBlock];
   float best = luminance(pixels[0]);
   std::ptrdiff_t at = 0;
-  for (std::ptrdiff_t i = 0; i < count; i += kTogether) {
-    const std::ptrdiff_t n = std::min(kTogether, count - i);
+  for (std::ptrdiff_t i = 0; i < count; i += kBlock) {
+    const std::ptrdiff_t n = std::min(kBlock, count - i);
     float* to = bright;
     onWidestPath([=] {
       for (std::ptrdiff_t k = 0; k < n; ++k) to[k] = luminance(pixels[i + k]);
     });
-    const Extremes some = extremesOf(bright, n);
-    const float v = kLeast ? some.least : some.most;
-    if (kLeast ? v < best : best < v) {
+    const MinMax some = findMinMax(bright, n);
+    const float v = kMin ? some.min : some.max;
+    if (kMin ? v < best : best < v) {
       best = v;
       at = i + (std::find(bright, bright + n, v) - bright);
     }
@@ -272,16 +272,16 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
   auto columns = withMemory([sx] { return std::vector<int>(static_cast<std::size_t>(sx)); });
   for (int x = 0; x < sx; ++x) columns[static_cast<std::size_t>(x)] = sourceIndex(x, nx(), sx);
   T* to = result->data_;
-  const T* last = nullptr;  // the row that was taken last
+  const T* previous = nullptr;  // source of the previous row
   for (int z = 0; z < sz; ++z) {
     for (int y = 0; y < sy; ++y, to += sx) {
       const T* row = data_ + at(0, sourceIndex(y, ny(), sy), sourceIndex(z, nframes(), sz), 0, 0);
-      if (row == last) {
+      if (row == previous) {
         std::copy_n(to - sx, sx, to);
       } else {
         for (int x = 0; x < sx; ++x) to[x] = row[columns[static_cast<std::size_t>(x)]];
       }
-      last = row;
+      previous = row;
     }
   }
   return result;

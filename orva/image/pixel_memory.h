@@ -1,4 +1,4 @@
-// The memory of pixels; not installed.
+// Allocation of pixel blocks. For the library's own sources; not installed.
 #ifndef ORVA_IMAGE_PIXEL_MEMORY_H
 #define ORVA_IMAGE_PIXEL_MEMORY_H
 
@@ -6,10 +6,10 @@
 
 namespace orva {
 
-// `bytes` bytes, zeros when `zero` is set; null where there is no memory for them.
+// `bytes` bytes aligned for SIMD, set to zero if `zero`; null if the allocation fails.
 unsigned char* newPixelMemory(std::size_t bytes, bool zero);
 
-// Releases what newPixelMemory() gave; nothing for null.
+// Releases a block of newPixelMemory(); does nothing for null.
 void deletePixelMemory(unsigned char* block);
 
 }  // namespace orva

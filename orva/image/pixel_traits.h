@@ -1,4 +1,4 @@
-// What differs between the pixel types: format code, reading as float, storing from float.
+// Traits of the pixel types: format code, conversion to and from float.
 // For the library's own sources; not installed.
 #ifndef ORVA_IMAGE_PIXEL_TRAITS_H
 #define ORVA_IMAGE_PIXEL_TRAITS_H
@@ -30,28 +30,28 @@ constexpr float pixelToFloat(const GenericRgb<T>& v) {
   return luminance(v);
 }
 
-// As truncateTo(), without branches, for loops that take many pixels at once.
+// As truncateTo(), without branches, so that loops over pixels vectorize.
 constexpr int truncatedInt(float v) {
-  constexpr float kLeast = -2147483648.0F;
-  constexpr float kMost = 2147483520.0F;  // the largest float that an int holds
-  const float upTo = v <= kMost ? v : kMost;
-  const int whole = static_cast<int>(upTo > kLeast ? upTo : kLeast);
-  const int held = v > kMost ? std::numeric_limits<int>::max() : whole;
+  constexpr float kMin = -2147483648.0F;
+  constexpr float kMax = 2147483520.0F;  // the largest float that an int holds
+  const float upTo = v <= kMax ? v : kMax;
+  const int whole = static_cast<int>(upTo > kMin ? upTo : kMin);
+  const int held = v > kMax ? std::numeric_limits<int>::max() : whole;
   return v == v ? held : 0;
 }
 
 constexpr unsigned int truncatedUnsigned(float v) {
-  constexpr float kMost = 4294967040.0F;  // the largest float that an unsigned int holds
+  constexpr float kMax = 4294967040.0F;  // the largest float that an unsigned int holds
   constexpr float kHalf = 2147483648.0F;
   const float positive = v > 0.0F ? v : 0.0F;  // 0 for a NaN
-  const float upTo = positive <= kMost ? positive : kMost;
+  const float upTo = positive <= kMax ? positive : kMax;
   const bool isUpper = upTo >= kHalf;
   const int part = static_cast<int>(isUpper ? upTo - kHalf : upTo);
   const unsigned int whole = static_cast<unsigned int>(part) + (isUpper ? 1U << 31U : 0U);
-  return v > kMost ? std::numeric_limits<unsigned int>::max() : whole;
+  return v > kMax ? std::numeric_limits<unsigned int>::max() : whole;
 }
 
-// The contract of Image::setPixel: truncate to 32 bits, then keep the low bits that T holds.
+// The conversion of Image::setPixel: truncates to 32 bits and keeps the low bits that T holds.
 template <class T>
 constexpr T pixelFromFloat(float v) {
   if constexpr (std::is_same_v<T, float>) {

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 
 #include "orva/image_math/image_math.h"
@@ -31,27 +30,5 @@ unsigned char direction(float degrees) {
 }
 
 unsigned char direction(float y, float x) { return direction(angle(y, x)); }
-
-template <class T>
-T mean(const std::vector<T>& values) {
-  if (values.empty()) return T{};
-  T sum{};
-  for (const T v : values) sum += v;
-  return sum / static_cast<T>(values.size());
-}
-
-template <class T>
-T minimum(const std::vector<T>& values) {
-  return values.empty() ? T{} : *std::min_element(values.begin(), values.end());
-}
-
-template <class T>
-T maximum(const std::vector<T>& values) {
-  return values.empty() ? T{} : *std::max_element(values.begin(), values.end());
-}
-
-template float mean(const std::vector<float>& values);
-template float minimum(const std::vector<float>& values);
-template float maximum(const std::vector<float>& values);
 
 }  // namespace orva::image_math

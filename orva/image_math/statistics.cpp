@@ -6,10 +6,8 @@
 #include <functional>
 #include <iostream>
 #include <iterator>
-#include <numeric>
 #include <vector>
 
-#include "orva/bip/bip.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/truncate.h"
 #include "orva/image/with_memory.h"
@@ -20,8 +18,8 @@
 namespace orva::image_math {
 namespace {
 
-constexpr std::ptrdiff_t kTogether = 2048;  // values that are read at once
-constexpr int kRangeError = 2;              // the exit status for a wrong share or number of pixels
+constexpr std::ptrdiff_t kBlock = 2048;  // values per read
+constexpr int kRangeError = 2;           // exit status for a share or number of pixels out of range
 
 // Intended: the heading names one function, whichever called.
 void checkPercentage(float p) {
@@ -32,8 +30,7 @@ void checkPercentage(float p) {
   }
 }
 
-// Whole brightness levels with the number of values at each, brightest first; empty levels are left
-// out.
+// The non-empty integer brightness levels, brightest first, with the number of values at each.
 class Histogram {
  public:
   struct Level {
@@ -41,15 +38,14 @@ class Histogram {
     std::int64_t count;
   };
 
-  // Of `count` values between `least` and `most`, each truncated toward zero. read(first, n) gives
-  // n of them.
+  // Counts `count` values in `min` .. `max`. read(first, n) points to n of them.
   template <class Read>
-  Histogram(float least, float most, std::int64_t count, Read read)
-      : low_(truncateTo<int>(least)), high_(truncateTo<int>(most)) {
+  Histogram(float min, float max, std::int64_t count, Read read)
+      : low_(truncateTo<int>(min)), high_(truncateTo<int>(max)) {
     if (isFlat()) return;
     const std::int64_t last = std::int64_t{high_} - low_;
-    constexpr std::int64_t kMostBins = 1 << 20;
-    if (last < kMostBins) {
+    constexpr std::int64_t kMaxBins = 1 << 20;
+    if (last < kMaxBins) {
       countBins(static_cast<int>(last), count, read);
     } else {
       sortBins(last, count, read);
@@ -64,11 +60,11 @@ class Histogram {
  private:
   int levelOf(std::int64_t bin) const { return static_cast<int>(low_ + bin); }
 
-  // The number of a value's bin. Values past the last are held there, a NaN is in the first.
+  // The bin of a value, clamped to 0 .. last; 0 for a NaN.
   static int narrowBin(float v, float low, int last) {
     const float above = v - low;
-    const auto most = static_cast<float>(last);
-    const float held = above < most ? above : most;
+    const auto max = static_cast<float>(last);
+    const float held = above < max ? above : max;
     const int bin = static_cast<int>(held > 0.0F ? held : 0.0F);
     return above == above ? bin : 0;
   }
@@ -77,9 +73,9 @@ class Histogram {
   void countBins(int last, std::int64_t count, Read read) {
     std::vector<std::int64_t> bins(static_cast<std::size_t>(last) + 1);
     const auto low = static_cast<float>(low_);
-    int numbers[kTogether];
-    for (std::int64_t i = 0; i < count; i += kTogether) {
-      const std::ptrdiff_t n = std::min<std::int64_t>(kTogether, count - i);
+    int numbers[kBlock];
+    for (std::int64_t i = 0; i < count; i += kBlock) {
+      const std::ptrdiff_t n = std::min<std::int64_t>(kBlock, count - i);
       const float* from = read(i, n);
       int* to = numbers;
       onWidestPath([=] {
@@ -93,13 +89,13 @@ class Histogram {
     }
   }
 
-  // For ranges so wide that their bins would not fit into memory.
+  // For ranges whose bins would take too much memory.
   template <class Read>
   void sortBins(std::int64_t last, std::int64_t count, Read read) {
     std::vector<std::int64_t> bins;
     bins.reserve(static_cast<std::size_t>(count));
-    for (std::int64_t i = 0; i < count; i += kTogether) {
-      const std::ptrdiff_t n = std::min<std::int64_t>(kTogether, count - i);
+    for (std::int64_t i = 0; i < count; i += kBlock) {
+      const std::ptrdiff_t n = std::min<std::int64_t>(kBlock, count - i);
       const float* from = read(i, n);
       std::transform(from, from + n, std::back_inserter(bins), [&](float v) {
         const auto bin = truncateTo<std::int64_t>(v - static_cast<float>(low_));
@@ -132,7 +128,7 @@ float meanOfTop(const Histogram& histogram, std::int64_t count, float p) {
   if (histogram.isFlat()) return static_cast<float>(histogram.low());
   const auto wanted = truncateTo<std::int64_t>(static_cast<float>(count) * p);
   if (wanted < 1) return static_cast<float>(histogram.high());
-  // 32-bit integers that wrap around, without the undefined behaviour of signed ones.
+  // Unsigned, so that wrapping is defined.
   std::uint32_t sum = 0;
   std::int64_t taken = 0;
   for (const Histogram::Level& l : histogram.levels()) {
@@ -147,36 +143,29 @@ float meanOfTop(const Histogram& histogram, std::int64_t count, float p) {
   return static_cast<float>(static_cast<std::int32_t>(sum)) / static_cast<float>(taken);
 }
 
-// Where a zero-thresholded image changes sign.
-image<unsigned char> signEdges(const Image& img) { return bip::edge(bip::threshold(img, 0.0F)); }
+}  // namespace
 
-// The pixels of plane 0 that are edges, column by column.
-std::vector<Point> pointsOf(const image<unsigned char>& edges) {
-  // Rows are walked, as they lie in memory: first the number of points of every column, then each
-  // point to its place.
-  const std::ptrdiff_t nx = edges.nx();
-  std::vector<std::ptrdiff_t> places(static_cast<std::size_t>(nx));
-  std::ptrdiff_t* place = places.data();
-  for (int y = 0; y < edges.ny(); ++y) {
-    const unsigned char* row = edges.pixels() + y * nx;
-    onWidestPath([=] {
-      ORVA_INDEPENDENT
-      for (std::ptrdiff_t x = 0; x < nx; ++x) place[x] += row[x] > 254 ? 1 : 0;
-    });
-  }
-  std::vector<Point> points(
-      static_cast<std::size_t>(std::accumulate(places.begin(), places.end(), std::ptrdiff_t{0})));
-  std::exclusive_scan(places.begin(), places.end(), places.begin(), std::ptrdiff_t{0});
-  for (int y = 0; y < edges.ny(); ++y) {
-    const unsigned char* row = edges.pixels() + y * nx;
-    for (int x = 0; x < nx; ++x) {
-      if (row[x] > 254) points[static_cast<std::size_t>(place[x]++)] = Point(x, y);
-    }
-  }
-  return points;
+template <class T>
+T mean(const std::vector<T>& values) {
+  if (values.empty()) return T{};
+  T sum{};
+  for (const T v : values) sum += v;
+  return sum / static_cast<T>(values.size());
 }
 
-}  // namespace
+template <class T>
+T minimum(const std::vector<T>& values) {
+  return values.empty() ? T{} : *std::min_element(values.begin(), values.end());
+}
+
+template <class T>
+T maximum(const std::vector<T>& values) {
+  return values.empty() ? T{} : *std::max_element(values.begin(), values.end());
+}
+
+template float mean(const std::vector<float>& values);
+template float minimum(const std::vector<float>& values);
+template float maximum(const std::vector<float>& values);
 
 float topByPixelNumber(const Image& img, int numpix) {
   constexpr const char* kHeading = "In float topByPercentage(const Image &img, int numpix)\n";
@@ -225,25 +214,6 @@ float meanOfTopByPercentage(std::vector<float> values, float p) {
                      });
   });
   return meanOfTop(histogram, count, p);
-}
-
-std::vector<Point> findZeros(const Image& img) {
-  return withMemory([&] { return pointsOf(signEdges(img)); });
-}
-
-std::vector<Point> findZeros(const Image& a, const Image& b) {
-  if (!a.equalSize(b)) return {};
-  const image<unsigned char> edgesA = signEdges(a);
-  const image<unsigned char> edgesB = signEdges(b);
-  if (!edgesA.equalSize(edgesB)) return {};  // sizes below zero whose product is positive
-  unsigned char* both = edgesA.pixels();
-  const unsigned char* others = edgesB.pixels();
-  const std::ptrdiff_t count = edgesA.npix();
-  onWidestPath([=] {
-    ORVA_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < count; ++i) both[i] &= others[i];
-  });
-  return withMemory([&] { return pointsOf(edgesA); });
 }
 
 }  // namespace orva::image_math

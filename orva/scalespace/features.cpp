@@ -9,7 +9,8 @@ namespace {
 
 constexpr unsigned char kMarked = 255;
 
-// An image without a float form (RGBA) has no sum and no marks.
+// Marks where the Laplacian has the sign of the type. An image without a float form (RGBA) has
+// none.
 void markBySign(const image<float>& sum, FeatureType type, image<unsigned char>& mask) {
   const int count = std::min(sum.npix(), mask.npix());
   const float sign = type == LAPLACIAN_NEGATIVE ? -1.0F : 1.0F;
@@ -41,10 +42,10 @@ class Differences {
   const float* at_;
 };
 
-// The tests of a plane and of a stack, one a type. Each has one result for a pixel and no branch,
-// so that many pixels are decided at once.
+// The tests of a plane and of a stack, one per type. They are free of branches, so that the loops
+// over them vectorize.
 
-// The sign of the second derivative along the gradient, up to its length.
+// Tests the sign of the second derivative along the gradient, scaled by its squared length.
 template <FeatureType Type>
 bool curvatureHolds(float along) {
   return Type == GRADIENT_CONCAVE ? along < 0.0F : along > 0.0F;
@@ -106,7 +107,7 @@ void markInterior(const image<float>& smoothed, int z, const Test& holds,
   });
 }
 
-// Calls `f` with the type as a constant; not at all for one that marks nothing.
+// Calls f with the type as a template argument; not at all for a type that marks nothing.
 template <class F>
 void withType(FeatureType type, const F& f) {
   switch (type) {

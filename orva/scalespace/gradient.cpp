@@ -8,7 +8,7 @@
 namespace orva::scalespace {
 namespace {
 
-// One pixel of type T from the pixels of same index of equally sized images.
+// Applies f to the pixels of equal index of images of equal size; null for other sizes.
 template <class T, class F, class... Images>
 image<T> combine(F f, const Image& a, const Images&... others) {
   if (!(a.equalSize(others) && ...)) return image<T>(0, 1, 1, 1, 1);
@@ -58,18 +58,6 @@ image<short> angle(const Image& a, const Image& b) {
 
 image<float> angleInRadian(const Image& a, const Image& b) {
   return combine<float>([](float y, float x) { return std::atan2(y, x); }, a, b);
-}
-
-image<float> laplacian(const Image& img, float sigma) {
-  image<float> sum = gaussian(img, sigma, 2, 0, 0);
-  const auto add = [&sum](const image<float>& term) {
-    onWidestPath([to = sum.pixels(), from = term.pixels(), count = sum.npix()] {
-      for (int i = 0; i < count; ++i) to[i] += from[i];
-    });
-  };
-  add(gaussian(img, sigma, 0, 2, 0));
-  if (img.nframes() > 1) add(gaussian(img, sigma, 0, 0, 2));
-  return sum;
 }
 
 }  // namespace orva::scalespace

@@ -1,15 +1,14 @@
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 
-#include "orva/scalespace/line_memory.h"
+#include "orva/scalespace/line_buffer.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::scalespace {
 namespace {
 
-// One step: the interior of `after` from `before`, whose border it has already.
+// One Jacobi step from `before` to the interior of `after`, whose border is set.
 void relax(const float* before, const unsigned char* mask, std::ptrdiff_t nx, std::ptrdiff_t ny,
            float* after) {
   onWidestPath([=] {
@@ -33,7 +32,7 @@ void laplaceEquation(image<float>& f, const image<unsigned char>& mask) {
   float* to = f.pixels();
   const auto scratch = newLine(static_cast<std::size_t>(nx * ny));
   std::copy_n(to, nx * ny, scratch.get());
-  static_assert(kSteps % 2 == 0);  // there and back
+  static_assert(kSteps % 2 == 0);  // so that the last step writes to f
   for (int step = 0; step < kSteps; step += 2) {
     relax(to, mask.pixels(), nx, ny, scratch.get());
     relax(scratch.get(), mask.pixels(), nx, ny, to);
@@ -53,19 +52,6 @@ image<unsigned char> hcut(const Image& img, float sigma1, float sigma2) {
   constexpr int kIterations = 10;
   const image<float> flattened = harmonicCut(img, sigma1, true, kIterations);
   return features(flattened, sigma2, LAPLACIAN_NEGATIVE, 1.0F);
-}
-
-Image* reduce(const Image& img, float factor, float sigma) {
-  if (img.isNull() || factor <= 0.0F) return nullptr;
-  const image<float> smoothed = smooth(img, sigma, 1.0F);
-  const std::unique_ptr<Image> stored(img.clone());
-  if (!stored || stored->npix() != smoothed.npix()) return nullptr;  // no clone, no float form
-  for (int i = 0; i < smoothed.npix(); ++i) stored->setPixel(i, smoothed.pixels()[i]);
-  const auto reduced = [factor](int size) {
-    const int n = truncateTo<int>(static_cast<float>(size) * factor);
-    return n < 2 ? 1 : n;
-  };
-  return stored->scale(reduced(img.nx()), reduced(img.ny()), reduced(img.nframes()));
 }
 
 }  // namespace orva::scalespace

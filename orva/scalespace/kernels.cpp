@@ -1,10 +1,12 @@
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <iostream>
 #include <limits>
 #include <new>
 
 #include "orva/image/with_memory.h"
-#include "orva/scalespace/line_memory.h"
+#include "orva/scalespace/line_buffer.h"
 #include "orva/scalespace/scalespace.h"
 
 namespace orva::scalespace {
@@ -28,6 +30,11 @@ std::vector<float> coefficients(int order, float sigma) {
 }
 
 }  // namespace
+
+void outOfLineMemory() {
+  std::cerr << "Out of memory\n";
+  std::exit(1);
+}
 
 std::vector<float> dog(int order, float sigma) {
   return withMemory([=] { return coefficients(order, sigma); });

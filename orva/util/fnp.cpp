@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <fstream>
 #include <iostream>
 #include <string_view>
 
@@ -84,6 +86,34 @@ std::string copySubString(const std::string& s, int from, int to) {
   const auto start = static_cast<std::size_t>(std::max(from, 0));
   const std::size_t end = to == -1 ? s.size() : static_cast<std::size_t>(std::max(to, 0));
   return end > start && start < s.size() ? s.substr(start, end - start) : std::string();
+}
+
+std::vector<std::string> parseLine(const std::string& line, const char* delimiters) {
+  const std::string separators = delimiters == nullptr ? "" : delimiters;
+  std::vector<std::string> words;
+  std::size_t start = line.find_first_not_of(separators);
+  while (start != std::string::npos) {
+    const std::size_t end = line.find_first_of(separators, start);
+    words.push_back(line.substr(start, end - start));
+    start = line.find_first_not_of(separators, end);
+  }
+  return words;
+}
+
+std::vector<std::vector<std::string>> parseTextFile(const std::string& filename,
+                                                    const char* delimiters) {
+  std::ifstream in(filename);
+  if (!in) {
+    std::cerr << "Cannot open file: " << filename << '\n';
+    return {};
+  }
+  std::vector<std::vector<std::string>> lines;
+  std::array<char, 1024> buffer{};
+  while (in.getline(buffer.data(), buffer.size())) {
+    std::vector<std::string> words = parseLine(buffer.data(), delimiters);
+    if (!words.empty()) lines.push_back(std::move(words));
+  }
+  return lines;
 }
 
 }  // namespace orva::fnp

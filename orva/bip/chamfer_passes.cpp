@@ -1,4 +1,4 @@
-#include "orva/bip/chamfer_steps.h"
+#include "orva/bip/chamfer_passes.h"
 
 #include <algorithm>
 #include <array>

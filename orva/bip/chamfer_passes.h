@@ -3,8 +3,8 @@
 //
 // G. Borgefors, Distance transformations in digital images, Computer Vision, Graphics, and Image
 // Processing 34, 1986.
-#ifndef ORVA_BIP_CHAMFER_STEPS_H
-#define ORVA_BIP_CHAMFER_STEPS_H
+#ifndef ORVA_BIP_CHAMFER_PASSES_H
+#define ORVA_BIP_CHAMFER_PASSES_H
 
 #include "orva/image/image.h"
 

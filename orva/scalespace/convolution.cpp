@@ -1,4 +1,4 @@
-#include "orva/scalespace/line_filter.h"
+#include "orva/scalespace/convolution.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,30 +10,31 @@
 namespace orva::scalespace {
 namespace {
 
-constexpr int kRowLanes = 6;                   // accumulators of a row
-constexpr int kRowBlock = kRowLanes * kLanes;  // outputs that they hold
-constexpr int kStripLanes = 2;                 // accumulators of a row in a strip of columns
-constexpr int kStrip = kStripLanes * kLanes;   // columns of a strip
-constexpr int kTogether = 3;                   // rows of a strip that are summed together
+// Tile sizes: as many accumulators as the registers hold.
+constexpr int kRowVectors = 6;                   // accumulators of filterRow()
+constexpr int kRowBlock = kRowVectors * kLanes;  // outputs that they hold
+constexpr int kStripVectors = 2;                 // accumulators per row of filterColumns()
+constexpr int kStrip = kStripVectors * kLanes;   // columns that they hold
+constexpr int kStripRows = 3;                    // output rows per pass over the input rows
 
 void filterBlock(const float* in, const float* taps, int radius, float* out) {
-  Lanes sum[kRowLanes] = {};
+  Lanes sum[kRowVectors] = {};
   const float* at = in + radius;
   for (std::ptrdiff_t k = 0; k <= 2 * std::ptrdiff_t{radius}; ++k, --at) {
     const float tap = taps[k];
 #pragma GCC unroll 8
-    for (int i = 0; i < kRowLanes; ++i) {
+    for (int i = 0; i < kRowVectors; ++i) {
       Lanes v;
       load(at + i * kLanes, v);
       sum[i] += tap * v;
     }
   }
 #pragma GCC unroll 8
-  for (int i = 0; i < kRowLanes; ++i) store(sum[i], out + i * kLanes);
+  for (int i = 0; i < kRowVectors; ++i) store(sum[i], out + i * kLanes);
 }
 
-// The outputs of rows y .. y + M - 1 in a strip of columns that begins at x. Each row of samples is
-// read once for all of them.
+// The outputs of rows y .. y + M - 1 in the strip of columns that begins at x. Each input row is
+// loaded once for all of them.
 template <int M>
 void filterStrip(const Rows& rows, std::ptrdiff_t x, std::int64_t y, const Kernel& kernel,
                  Border border, float* out, std::ptrdiff_t outStride) {
@@ -47,18 +48,18 @@ void filterStrip(const Rows& rows, std::ptrdiff_t x, std::int64_t y, const Kerne
     end = std::max(end, std::int64_t{0});
   }
   const float* at = rows.at + (std::clamp(j, std::int64_t{0}, last) - rows.low) * rows.stride + x;
-  Lanes sum[M][kStripLanes] = {};
+  Lanes sum[M][kStripVectors] = {};
 
-  // Adds row j to the outputs y + Least .. y + Most, and moves to the row before.
-  const auto add = [&]<int Least, int Most>() {
-    Lanes v[kStripLanes];
+  // Adds input row j to the outputs y + First .. y + Last, and moves to the row above.
+  const auto add = [&]<int First, int Last>() {
+    Lanes v[kStripVectors];
 #pragma GCC unroll 8
-    for (int i = 0; i < kStripLanes; ++i) load(at + i * kLanes, v[i]);
+    for (int i = 0; i < kStripVectors; ++i) load(at + i * kLanes, v[i]);
     const std::ptrdiff_t tap = radius + y - j;
 #pragma GCC unroll 8
-    for (int m = Least; m <= Most; ++m) {
+    for (int m = First; m <= Last; ++m) {
 #pragma GCC unroll 8
-      for (int i = 0; i < kStripLanes; ++i) sum[m][i] += kernel.taps()[tap + m] * v[i];
+      for (int i = 0; i < kStripVectors; ++i) sum[m][i] += kernel.taps()[tap + m] * v[i];
     }
     if (j <= last && j > 0) at -= rows.stride;
   };
@@ -85,11 +86,11 @@ void filterStrip(const Rows& rows, std::ptrdiff_t x, std::int64_t y, const Kerne
 #pragma GCC unroll 8
   for (int m = 0; m < M; ++m) {
 #pragma GCC unroll 8
-    for (int i = 0; i < kStripLanes; ++i) store(sum[m][i], out + m * outStride + i * kLanes);
+    for (int i = 0; i < kStripVectors; ++i) store(sum[m][i], out + m * outStride + i * kLanes);
   }
 }
 
-// The same for a strip that has only `width` columns.
+// The same for a strip of which only `width` columns are written.
 template <int M>
 void filterPartOfStrip(const Rows& rows, std::ptrdiff_t x, std::int64_t y, const Kernel& kernel,
                        Border border, std::ptrdiff_t width, float* out, std::ptrdiff_t outStride) {
@@ -142,9 +143,9 @@ void filterColumns(const Rows& rows, int first, int last, std::ptrdiff_t width,
                    const Kernel& kernel, Border border, float* out, std::ptrdiff_t outStride) {
   onWidestPath([&] {
     int y = first;
-    for (; y + kTogether <= last; y += kTogether) {
-      filterRowsOfStrips<kTogether>(rows, y, width, kernel, border, out + (y - first) * outStride,
-                                    outStride);
+    for (; y + kStripRows <= last; y += kStripRows) {
+      filterRowsOfStrips<kStripRows>(rows, y, width, kernel, border, out + (y - first) * outStride,
+                                     outStride);
     }
     for (; y < last; ++y) {
       filterRowsOfStrips<1>(rows, y, width, kernel, border, out + (y - first) * outStride,
@@ -153,7 +154,7 @@ void filterColumns(const Rows& rows, int first, int last, std::ptrdiff_t width,
   });
   if (border == Border::Repeat) return;
   for (int y = first; y < last; ++y) {
-    if (y >= kernel.radius() && y < rows.count - kernel.radius()) continue;  // nothing lost
+    if (y >= kernel.radius() && y < rows.count - kernel.radius()) continue;  // all taps inside
     const float inside = kernel.inside(y, rows.count);
     float* row = out + (y - first) * outStride;
     for (std::ptrdiff_t x = 0; x < width; ++x) row[x] /= inside;

@@ -1,0 +1,21 @@
+#include <memory>
+
+#include "orva/image/truncate.h"
+#include "orva/scalespace/scalespace.h"
+
+namespace orva::scalespace {
+
+Image* reduce(const Image& img, float factor, float sigma) {
+  if (img.isNull() || factor <= 0.0F) return nullptr;
+  const image<float> smoothed = smooth(img, sigma, 1.0F);
+  const std::unique_ptr<Image> stored(img.clone());
+  if (!stored || stored->npix() != smoothed.npix()) return nullptr;  // no clone, no float form
+  for (int i = 0; i < smoothed.npix(); ++i) stored->setPixel(i, smoothed.pixels()[i]);
+  const auto reduced = [factor](int size) {
+    const int n = truncateTo<int>(static_cast<float>(size) * factor);
+    return n < 2 ? 1 : n;
+  };
+  return stored->scale(reduced(img.nx()), reduced(img.ny()), reduced(img.nframes()));
+}
+
+}  // namespace orva::scalespace
