@@ -63,7 +63,8 @@ def row_of(workload, times, targets):
     ratios = {way: times[way] / ours for way in times}
     goal = next((t for t in targets if fnmatch.fnmatchcase(workload, t["workload"])), {})
     goals = {way: float(goal[way]) for way in WAYS[1:] if goal.get(way) and way in times}
-    shown = lambda way: [f"{times[way]:.3g}", f"{ratios[way]:.2f}"] if way in times else ["", ""]
+    def shown(way):
+        return [f"{times[way]:.3g}", f"{ratios[way]:.2f}"] if way in times else ["", ""]
     names = {"reference": "reference", "opencv": "OpenCV"}
     target = ", ".join(f"{names[way]} {value:g}" for way, value in goals.items())
     reached = all(ratios[way] >= value for way, value in goals.items())

@@ -15,9 +15,8 @@ def table(header, rows):
 
 def commit():
     """The commit that is checked out; a + marks changes on top of it."""
-    text = subprocess.run(["git", "describe", "--always", "--dirty=+"], cwd=ROOT, check=True,
+    return subprocess.run(["git", "describe", "--always", "--dirty=+"], cwd=ROOT, check=True,
                           capture_output=True, text=True).stdout.strip()
-    return text
 
 
 def write_section(name, text):
