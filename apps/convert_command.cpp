@@ -5,25 +5,25 @@
 
 namespace orva::apps {
 
-ConvertCommand::ConvertCommand(CLI::App& app)
-    : Subcommand(
-          app, "convert", "Write an image in another file format",
+ConvertCommand::ConvertCommand(CommandLine& line)
+    : Subcommand(line.addSubcommand(
+          "convert", "Write an image in another file format",
           "PGM, PPM and PNG hold one plane; TIFF, IHT, UIF and ICS hold stacks. PGM, PPM and "
           "UIF\n"
           "hold whole numbers from 0 to 255, PNG up to 65535. PGM, IHT and UIF hold no colour; it "
           "becomes\n"
           "luminance.\n"
           "Example: a 16-bit image as a picture to look at\n"
-          "  orva convert --stretch nuclei.tif nuclei.png") {
-  command().add_option("in", input_, kImageFiles)->required()->option_text("IN REQUIRED");
-  command()
-      .add_option("out", output_, "File to write: .pgm, .ppm, .png, .tif, .iht, .uif or .ics")
-      ->required()
-      ->check(writableFile({}))
-      ->option_text("OUT REQUIRED");
+          "  orva convert --stretch nuclei.tif nuclei.png")) {
+  options().add("in", input_, kImageFiles).required().valueText("IN REQUIRED");
+  options()
+      .add("out", output_, "File to write: .pgm, .ppm, .png, .tif, .iht, .uif or .ics")
+      .required()
+      .check(writableFile({}))
+      .valueText("OUT REQUIRED");
   addFrameOption(frame_);
-  command().add_flag("--stretch", stretch_,
-                     "Map the range of grey pixels to 0..255, whatever the format");
+  options().addFlag("--stretch", stretch_,
+                    "Map the range of grey pixels to 0..255, whatever the format");
 }
 
 int ConvertCommand::run() const {

@@ -11,7 +11,7 @@ namespace orva::apps {
 
 class ConvertCommand : public Subcommand {
  public:
-  explicit ConvertCommand(CLI::App& app);
+  explicit ConvertCommand(CommandLine& line);
 
   int run() const override;
 

@@ -59,29 +59,30 @@ const Operation& operationNamed(const std::string& name) {
 
 }  // namespace
 
-FilterCommand::FilterCommand(CLI::App& app)
-    : Subcommand(app, "filter", "Smooth or differentiate an image by Gaussian filters",
-                 "Operations with a z need a stack; its planes count as one pixel apart. Sigmas "
-                 "below 0.7 change\n"
-                 "the brightness, for the sampled Gaussian does not sum to 1 then.\n"
-                 "Example: the strength of the edges of a nucleus\n"
-                 "  orva filter --op gradient --sigma 2 --output edges.tif nuclei.tif") {
-  command().add_option("image", input_, kImageFiles)->required();
-  command()
-      .add_option("--op", operation_, "One of " + CLI::detail::join(operationNames(), ", "))
-      ->required()
-      ->check(CLI::IsMember(operationNames()).description(""))
-      ->option_text("NAME REQUIRED");
-  command()
-      .add_option("--sigma", sigma_, "Scale of the Gaussian in pixels")
-      ->required()
-      ->check(numberIn(0.1F, 1000.0F))
-      ->option_text("S REQUIRED");
-  command()
-      .add_option("--output", output_, "The result, in floats, goes to FILE.tif, .iht or .ics")
-      ->required()
-      ->check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
-      ->option_text("FILE REQUIRED");
+FilterCommand::FilterCommand(CommandLine& line)
+    : Subcommand(line.addSubcommand(
+          "filter", "Smooth or differentiate an image by Gaussian filters",
+          "Operations with a z need a stack; its planes count as one pixel apart. Sigmas "
+          "below 0.7 change\n"
+          "the brightness, for the sampled Gaussian does not sum to 1 then.\n"
+          "Example: the strength of the edges of a nucleus\n"
+          "  orva filter --op gradient --sigma 2 --output edges.tif nuclei.tif")) {
+  options().add("image", input_, kImageFiles).required();
+  options()
+      .add("--op", operation_, "One of " + joined(operationNames(), ", "))
+      .required()
+      .check(oneOf(operationNames()))
+      .valueText("NAME REQUIRED");
+  options()
+      .add("--sigma", sigma_, "Scale of the Gaussian in pixels")
+      .required()
+      .check(numberIn(0.1F, 1000.0F))
+      .valueText("S REQUIRED");
+  options()
+      .add("--output", output_, "The result, in floats, goes to FILE.tif, .iht or .ics")
+      .required()
+      .check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
+      .valueText("FILE REQUIRED");
   addFrameOption(frame_);
 }
 

@@ -11,7 +11,7 @@ namespace orva::apps {
 
 class FilterCommand : public Subcommand {
  public:
-  explicit FilterCommand(CLI::App& app);
+  explicit FilterCommand(CommandLine& line);
 
   int run() const override;
 

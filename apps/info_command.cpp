@@ -144,19 +144,19 @@ std::string describe(const std::string& file) {
 
 }  // namespace
 
-InfoCommand::InfoCommand(CLI::App& app)
-    : Subcommand(app, "info", "Show the sizes, the pixel type and the range of an image",
-                 "Pixel types: BYTE (8-bit, unsigned), SHORT (16-bit, signed), INT and UINT "
-                 "(32-bit), FLOAT, RGB.\n"
-                 "Unsigned 16-bit pixels are held as INT. Sizes and type of a TIFF file are those "
-                 "of its first\n"
-                 "page. Of an ICS pair all is as the header states it.\n"
-                 "Example:\n"
-                 "  orva info nuclei.tif") {
-  command()
-      .add_option("file", file_,
-                  "PGM, PPM, PNG, TIFF, IHT or UIF file, or the header of an ICS pair")
-      ->required();
+InfoCommand::InfoCommand(CommandLine& line)
+    : Subcommand(line.addSubcommand(
+          "info", "Show the sizes, the pixel type and the range of an image",
+          "Pixel types: BYTE (8-bit, unsigned), SHORT (16-bit, signed), INT and UINT "
+          "(32-bit), FLOAT, RGB.\n"
+          "Unsigned 16-bit pixels are held as INT. Sizes and type of a TIFF file are those "
+          "of its first\n"
+          "page. Of an ICS pair all is as the header states it.\n"
+          "Example:\n"
+          "  orva info nuclei.tif")) {
+  options()
+      .add("file", file_, "PGM, PPM, PNG, TIFF, IHT or UIF file, or the header of an ICS pair")
+      .required();
 }
 
 int InfoCommand::run() const {

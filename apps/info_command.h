@@ -10,7 +10,7 @@ namespace orva::apps {
 
 class InfoCommand : public Subcommand {
  public:
-  explicit InfoCommand(CLI::App& app);
+  explicit InfoCommand(CommandLine& line);
 
   int run() const override;
 

@@ -59,9 +59,9 @@ orva::image<short> labelled(orva::image<unsigned char>& mask, bool fill, int& n)
 
 }  // namespace
 
-MeasureCommand::MeasureCommand(CLI::App& app)
-    : Subcommand(
-          app, "measure", "Threshold an image and measure its bright regions",
+MeasureCommand::MeasureCommand(CommandLine& line)
+    : Subcommand(line.addSubcommand(
+          "measure", "Threshold an image and measure its bright regions",
           "The table has a row for each region of bright pixels that touch along the axes: its "
           "bounding\n"
           "box, centroid and radius of the disc (in a stack the ball) of as many pixels, both "
@@ -71,38 +71,38 @@ MeasureCommand::MeasureCommand(CLI::App& app)
           "There may be 32768 regions. The threshold and the number of regions go to standard "
           "output.\n"
           "Example: nuclei of at least 30 pixels\n"
-          "  orva measure --min-size 30 --fill --table nuclei.csv nuclei.pgm") {
-  command().add_option("image", input_, kImageFiles)->required();
-  CLI::Option* threshold =
-      command()
-          .add_option("--threshold", threshold_, "Regions are made of pixels of at least T")
-          ->check(numberIn(-3e38F, 3e38F))
-          ->option_text("T");
-  command()
-      .add_option("--auto", scale_,
-                  "Threshold half way between the means inside and outside bright blobs of this "
-                  "scale in pixels, about the radius of the objects; default 5")
-      ->check(numberIn(0.1F, 1000.0F))
-      ->excludes(threshold)
-      ->option_text("SCALE");
-  const CLI::Range pixels(1, std::numeric_limits<int>::max());
-  command()
-      .add_option("--min-size", minSize_, "Leave out regions of fewer pixels")
-      ->check(pixels)
-      ->option_text("N");
-  command()
-      .add_option("--max-size", maxSize_, "Leave out regions of more pixels")
-      ->check(pixels)
-      ->option_text("N");
-  command().add_flag("--fill", fill_, "Fill the holes of regions first");
-  command()
-      .add_option("--table", table_, "The table goes to FILE.csv")
-      ->required()
-      ->option_text("FILE.csv REQUIRED");
-  command()
-      .add_option("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
-      ->check(writableFile({".iht", ".ics"}))
-      ->option_text("FILE");
+          "  orva measure --min-size 30 --fill --table nuclei.csv nuclei.pgm")) {
+  options().add("image", input_, kImageFiles).required();
+  const Option threshold =
+      options()
+          .add("--threshold", threshold_, "Regions are made of pixels of at least T")
+          .check(numberIn(-3e38F, 3e38F))
+          .valueText("T");
+  options()
+      .add("--auto", scale_,
+           "Threshold half way between the means inside and outside bright blobs of this "
+           "scale in pixels, about the radius of the objects; default 5")
+      .check(numberIn(0.1F, 1000.0F))
+      .excludes(threshold)
+      .valueText("SCALE");
+  const Check pixels = wholeNumberIn(1, std::numeric_limits<int>::max());
+  options()
+      .add("--min-size", minSize_, "Leave out regions of fewer pixels")
+      .check(pixels)
+      .valueText("N");
+  options()
+      .add("--max-size", maxSize_, "Leave out regions of more pixels")
+      .check(pixels)
+      .valueText("N");
+  options().addFlag("--fill", fill_, "Fill the holes of regions first");
+  options()
+      .add("--table", table_, "The table goes to FILE.csv")
+      .required()
+      .valueText("FILE.csv REQUIRED");
+  options()
+      .add("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
+      .check(writableFile({".iht", ".ics"}))
+      .valueText("FILE");
   addFrameOption(frame_);
 }
 
@@ -132,7 +132,7 @@ void MeasureCommand::summarize(float threshold, std::size_t regions) const {
 
 int MeasureCommand::run() const {
   if (maxSize_ && *maxSize_ < minSize_) {
-    throw CLI::ValidationError("--max-size", "must not be below --min-size");
+    throw UsageError("--max-size", "must not be below --min-size");
   }
   std::vector<std::filesystem::path> results{table_};
   if (labels_) {

@@ -12,7 +12,7 @@ namespace orva::apps {
 
 class MeasureCommand : public Subcommand {
  public:
-  explicit MeasureCommand(CLI::App& app);
+  explicit MeasureCommand(CommandLine& line);
 
   int run() const override;
 

@@ -2,13 +2,13 @@
 #ifndef ORVA_APPS_SUBCOMMAND_H
 #define ORVA_APPS_SUBCOMMAND_H
 
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
+
+#include "apps/command_line.h"
 
 namespace orva::formats {}
 
@@ -22,23 +22,21 @@ class Subcommand {
   Subcommand& operator=(const Subcommand&) = delete;
   virtual ~Subcommand() = default;
 
-  bool isChosen() const { return command_->parsed(); }
+  bool isChosen() const { return options_.areChosen(); }
 
-  // Throws CLI::ValidationError for options that do not go together. Returns the exit status.
+  // Throws UsageError for options that do not go together. Returns the exit status.
   virtual int run() const = 0;
 
  protected:
-  // Adds the subcommand to `app`; its help ends with `example`.
-  Subcommand(CLI::App& app, const std::string& name, const std::string& description,
-             const std::string& example);
+  explicit Subcommand(const Options& options) : options_(options) {}
 
-  CLI::App& command() { return *command_; }
+  Options& options() { return options_; }
 
   // Adds --frame, for a command that otherwise takes all frames.
   void addFrameOption(std::optional<int>& frame);
 
  private:
-  CLI::App* command_;
+  Options options_;
 };
 
 // What is wrong, in words that go behind a file's name.
@@ -59,28 +57,16 @@ int statusOf(const std::string& file, Work work) {
   }
 }
 
-// A number in low .. high. CLI11's own range takes "nan".
-CLI::Validator numberIn(float low, float high);
+std::string joined(const std::vector<std::string>& words, const std::string& separator);
 
 // The name of a file that writeImageFile() knows, of these extensions if some are given.
-CLI::Validator writableFile(const std::vector<std::string>& extensions);
+Check writableFile(const std::vector<std::string>& extensions);
 
 // A page of a TIFF file or a plane of a stack.
-CLI::Validator frameNumber();
+Check frameNumber();
 
-// One of `names`, and what it stands for.
-template <class Value>
-void chooseFrom(CLI::Option* option, const std::vector<std::pair<std::string, Value>>& names) {
-  std::vector<std::string> keys;
-  keys.reserve(names.size());
-  for (const auto& [name, value] : names) keys.push_back(name);
-  option->transform(CLI::Transformer(names).description(""))
-      ->transform(CLI::IsMember(keys).description(""))  // this comes first, then the one above
-      ->option_text("NAME");
-}
-
-// Throws CLI::ValidationError when two results would go to one file, whatever its names, or a
-// result would replace an input.
+// Throws UsageError when two results would go to one file, whatever its names, or a result would
+// replace an input.
 void requireSeparate(const std::vector<std::string>& inputs,
                      const std::vector<std::filesystem::path>& results);
 

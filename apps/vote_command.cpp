@@ -58,118 +58,116 @@ std::string seconds(std::chrono::steady_clock::duration time) {
 
 }  // namespace
 
-VoteCommand::VoteCommand(CLI::App& app)
-    : Subcommand(app, "vote", "Find the centres of round objects by circular voting",
-                 "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and "
-                 "a picture\n"
-                 "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png "
-                 "nuclei.pgm") {
-  command().add_option("image", images_, kImageFiles)->required();
+VoteCommand::VoteCommand(CommandLine& line)
+    : Subcommand(line.addSubcommand(
+          "vote", "Find the centres of round objects by circular voting",
+          "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and "
+          "a picture\n"
+          "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png "
+          "nuclei.pgm")) {
+  options().add("image", images_, kImageFiles).required();
   addVotingOptions();
   addFileOptions();
 }
 
 void VoteCommand::addVotingOptions() {
-  const CLI::Range pixels(1, kMostPixels);
-  const CLI::Validator share = numberIn(0.0F, 1.0F);
-  const CLI::Validator level = numberIn(0.0F, kMostLevels);
+  const Check pixels = wholeNumberIn(1, kMostPixels);
+  const Check share = numberIn(0.0F, 1.0F);
+  const Check level = numberIn(0.0F, kMostLevels);
 
-  chooseFrom<CircularVoting::RegionType>(
-      command().add_option("--polarity", settings_.polarity,
-                           "bright, dark or both; default bright"),
-      {{"bright", CircularVoting::Bright},
-       {"dark", CircularVoting::Dark},
-       {"both", CircularVoting::Both}});
-  command()
-      .add_option("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
-      ->check(pixels)
-      ->option_text("N");
-  command()
-      .add_option("--max-radius", settings_.maxRadius,
-                  "Farthest vote in pixels, about 1.4 times an object's radius; default 20")
-      ->check(pixels)
-      ->option_text("N");
-  command()
-      .add_option("--cone-width", settings_.coneWidth,
-                  "Half-width of the widest cone at its end, in pixels; default half the largest "
-                  "radius")
-      ->check(CLI::Range(0, kMostPixels))
-      ->option_text("N");
-  command()
-      .add_option("--sigma", settings_.sigma,
-                  "Scale of the gradient in pixels; default a seventh of the largest radius, at "
-                  "least 1")
-      ->check(numberIn(0.1F, static_cast<float>(kMostPixels)))
-      ->option_text("S");
-  CLI::Option* gradient = command()
-                              .add_option("--gradient", settings_.gradient,
-                                          "Gradients below G grey levels a pixel cast no vote")
-                              ->check(level)
-                              ->option_text("G");
-  command()
-      .add_option("--relative-gradient", settings_.relativeGradient,
-                  "The same as a share of the strongest gradient; default 0.03")
-      ->check(share)
-      ->excludes(gradient)
-      ->option_text("F");
-  CLI::Option* threshold = command()
-                               .add_option("--threshold", settings_.threshold,
-                                           "Regions of more than T votes make a centre")
-                               ->check(level)
-                               ->option_text("T");
-  command()
-      .add_option("--relative-threshold", settings_.relativeThreshold,
-                  "The same as a share of the strongest vote, 0.05 to 1; default 0.3")
-      ->check(numberIn(0.05F, 1.0F))
-      ->excludes(threshold)
-      ->option_text("F");
-  command().add_flag("--edges", settings_.edges, "Vote only from the edges of bright blobs");
-  command()
-      .add_option("--power", settings_.power,
-                  "Exponent that turns gradient magnitudes into weights; default 0.5")
-      ->check(numberIn(0.0F, 100.0F))
-      ->option_text("P");
+  options().addChoice<CircularVoting::RegionType>("--polarity", settings_.polarity,
+                                                  {{"bright", CircularVoting::Bright},
+                                                   {"dark", CircularVoting::Dark},
+                                                   {"both", CircularVoting::Both}},
+                                                  "bright, dark or both; default bright");
+  options()
+      .add("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
+      .check(pixels)
+      .valueText("N");
+  options()
+      .add("--max-radius", settings_.maxRadius,
+           "Farthest vote in pixels, about 1.4 times an object's radius; default 20")
+      .check(pixels)
+      .valueText("N");
+  options()
+      .add("--cone-width", settings_.coneWidth,
+           "Half-width of the widest cone at its end, in pixels; default half the largest "
+           "radius")
+      .check(wholeNumberIn(0, kMostPixels))
+      .valueText("N");
+  options()
+      .add("--sigma", settings_.sigma,
+           "Scale of the gradient in pixels; default a seventh of the largest radius, at "
+           "least 1")
+      .check(numberIn(0.1F, static_cast<float>(kMostPixels)))
+      .valueText("S");
+  const Option gradient = options()
+                              .add("--gradient", settings_.gradient,
+                                   "Gradients below G grey levels a pixel cast no vote")
+                              .check(level)
+                              .valueText("G");
+  options()
+      .add("--relative-gradient", settings_.relativeGradient,
+           "The same as a share of the strongest gradient; default 0.03")
+      .check(share)
+      .excludes(gradient)
+      .valueText("F");
+  const Option threshold =
+      options()
+          .add("--threshold", settings_.threshold, "Regions of more than T votes make a centre")
+          .check(level)
+          .valueText("T");
+  options()
+      .add("--relative-threshold", settings_.relativeThreshold,
+           "The same as a share of the strongest vote, 0.05 to 1; default 0.3")
+      .check(numberIn(0.05F, 1.0F))
+      .excludes(threshold)
+      .valueText("F");
+  options().addFlag("--edges", settings_.edges, "Vote only from the edges of bright blobs");
+  options()
+      .add("--power", settings_.power,
+           "Exponent that turns gradient magnitudes into weights; default 0.5")
+      .check(numberIn(0.0F, 100.0F))
+      .valueText("P");
 }
 
 void VoteCommand::addFileOptions() {
-  command()
-      .add_option(
-          "--history", history_,
-          "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, NN being "
-          "the cone width; with --out PREFIXNAME_vote_NN")
-      ->option_text("PREFIX");
-  command()
-      .add_option("--frame", frame_,
-                  "Page of a TIFF file or plane of a stack, counted from 0; default 0")
-      ->check(frameNumber())
-      ->option_text("K");
-  CLI::Option* centers =
-      command()
-          .add_option("--centers", centersFile_,
-                      "The table x,y,weight goes to FILE; default standard output")
-          ->option_text("FILE");
-  chooseFrom<TableFormat>(command().add_option("--format", format_, "csv or json; default csv"),
-                          {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}});
-  CLI::Option* overlay = command()
-                             .add_option("--overlay", overlayFile_,
-                                         "The image with a cross at each centre goes to FILE.png")
-                             ->option_text("FILE.png");
-  command()
-      .add_option("--out", outDirectory_,
-                  "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
-      ->excludes(centers)
-      ->excludes(overlay)
-      ->option_text("DIR");
-  command().add_flag("--quiet", quiet_, "No progress line");
+  options()
+      .add("--history", history_,
+           "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, NN being "
+           "the cone width; with --out PREFIXNAME_vote_NN")
+      .valueText("PREFIX");
+  options()
+      .add("--frame", frame_, "Page of a TIFF file or plane of a stack, counted from 0; default 0")
+      .check(frameNumber())
+      .valueText("K");
+  const Option centers = options()
+                             .add("--centers", centersFile_,
+                                  "The table x,y,weight goes to FILE; default standard output")
+                             .valueText("FILE");
+  options().addChoice<TableFormat>("--format", format_,
+                                   {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}},
+                                   "csv or json; default csv");
+  const Option overlay =
+      options()
+          .add("--overlay", overlayFile_, "The image with a cross at each centre goes to FILE.png")
+          .valueText("FILE.png");
+  options()
+      .add("--out", outDirectory_,
+           "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
+      .excludes(centers)
+      .excludes(overlay)
+      .valueText("DIR");
+  options().addFlag("--quiet", quiet_, "No progress line");
 }
 
 // What the options' own checks do not see. Nothing has been written yet.
 void VoteCommand::check() const {
   if (settings_.minRadius > settings_.maxRadius) {
-    throw CLI::ValidationError("--min-radius", "must not exceed --max-radius");
+    throw UsageError("--min-radius", "must not exceed --max-radius");
   }
   if (images_.size() > 1 && !outDirectory_) {
-    throw CLI::ValidationError("image", "several images need --out DIR");
+    throw UsageError("image", "several images need --out DIR");
   }
   std::vector<fs::path> results;
   if (centersFile_) results.emplace_back(*centersFile_);

@@ -14,8 +14,8 @@ namespace orva::apps {
 
 class VoteCommand : public Subcommand {
  public:
-  // Adds the subcommand and its options to `app`.
-  explicit VoteCommand(CLI::App& app);
+  // Adds the subcommand and its options to `line`.
+  explicit VoteCommand(CommandLine& line);
 
   int run() const override;
 

@@ -9,12 +9,8 @@ function(orva_install_library libdir runtime development)
   set(generated ${PROJECT_BINARY_DIR}/install/${development})
   install(TARGETS orva orva_static EXPORT ${development}-targets
     LIBRARY DESTINATION ${libdir} COMPONENT ${runtime} ${ARGN} NAMELINK_COMPONENT ${development}
-    ARCHIVE DESTINATION ${libdir} COMPONENT ${development} ${ARGN})
-  foreach(header IN LISTS ORVA_PUBLIC_HEADERS)
-    get_filename_component(folder ${header} DIRECTORY)
-    install(FILES orva/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orva/${folder}
-      COMPONENT ${development} ${ARGN})
-  endforeach()
+    ARCHIVE DESTINATION ${libdir} COMPONENT ${development} ${ARGN}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${development} ${ARGN})
 
   install(EXPORT ${development}-targets FILE orva-targets.cmake NAMESPACE orva::
     DESTINATION ${config_dir} COMPONENT ${development} ${ARGN})

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Tuple, Union
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -11,8 +11,8 @@ Bytes = npt.NDArray[np.uint8]
 Truth = npt.NDArray[np.bool_]
 Floats = npt.NDArray[np.float32]
 Labels = npt.NDArray[np.int16]
-Image = Union[Bytes, Labels, npt.NDArray[np.int32], npt.NDArray[np.uint32], Floats]
-Mask = Union[Truth, Bytes]
+Image = Bytes | Labels | npt.NDArray[np.int32] | npt.NDArray[np.uint32] | Floats
+Mask = Truth | Bytes
 
 IMAGE_TYPES = ("uint8", "int16", "int32", "uint32", "float32")
 MASK_TYPES = ("bool", "uint8")
@@ -30,7 +30,7 @@ def _hint(name: str, dtype: np.dtype[Any]) -> str:
     return ""
 
 
-def require(array: Any, types: Tuple[str, ...], name: str = "image") -> None:
+def require(array: Any, types: tuple[str, ...], name: str = "image") -> None:
     """Raises TypeError unless it is an array of one of the types, ValueError for its size."""
     if not isinstance(array, np.ndarray) or isinstance(array, np.ma.MaskedArray):
         raise TypeError(f"{name} must be a numpy.ndarray, not {type(array).__name__}")

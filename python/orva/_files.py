@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from typing import Optional, Union
+from typing import Union
 
 from . import _options as options
 from . import _orva
@@ -14,7 +14,7 @@ Path = Union[str, "os.PathLike[str]"]
 _MOST_FRAME = 65534
 
 
-def read(path: Path, *, frame: Optional[int] = None) -> Image:
+def read(path: Path, *, frame: int | None = None) -> Image:
     """Read an image file: PGM, PPM, PNG, TIFF, IHT or UIF.
 
     Parameters
@@ -48,7 +48,7 @@ def read(path: Path, *, frame: Optional[int] = None) -> Image:
     raise OSError(f"{os.fsdecode(path)}: {reason}")
 
 
-def write(path: Path, image: Union[Image, Truth], *, stretch: bool = False) -> None:
+def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
     """Write an image file, whole or not at all.
 
     Parameters
@@ -71,7 +71,7 @@ def write(path: Path, image: Union[Image, Truth], *, stretch: bool = False) -> N
     ValueError
         For an extension that is not known, and for a path with a null character.
     """
-    require(image, ("bool",) + IMAGE_TYPES)
+    require(image, ("bool", *IMAGE_TYPES))
     stretch = options.flag("stretch", stretch)
     name = os.fsdecode(path)
     if "\0" in name:  # the file would have what comes before it as its name

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Sequence, Union
+from collections.abc import Sequence
 
 import numpy as np
 
@@ -27,8 +27,8 @@ _KINDS = {
 def gaussian(
     image: Image,
     *,
-    sigma: Union[float, Sequence[float]],
-    orders: Union[int, Sequence[int]] = 0,
+    sigma: float | Sequence[float],
+    orders: int | Sequence[int] = 0,
 ) -> Floats:
     """Smooth or differentiate by a Gaussian, the border sample repeated outside the image.
 
@@ -68,7 +68,7 @@ def gaussian(
     return _orva.gaussian(image, sigmas, chosen)
 
 
-def smooth(image: Image, *, sigma: Union[float, Sequence[float]]) -> Floats:
+def smooth(image: Image, *, sigma: float | Sequence[float]) -> Floats:
     """Smooth by a Gaussian; taps outside the image are dropped and the others scaled up for them.
 
     Parameters

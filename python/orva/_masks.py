@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TypeVar, Union
+from typing import TypeVar
 
 import numpy as np
 import numpy.typing as npt
@@ -107,7 +107,7 @@ def fill_holes(mask: AnyMask) -> AnyMask:
     return _orva.fill_holes(mask)
 
 
-def edge(image: Union[Truth, Bytes, Labels, npt.NDArray[np.int32], Floats]) -> Truth:
+def edge(image: Truth | Bytes | Labels | npt.NDArray[np.int32] | Floats) -> Truth:
     """Where at least two of a pixel's eight neighbours differ from it.
 
     Parameters

@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import numbers
-from typing import Any, Callable, Sequence, Tuple, TypeVar
+from collections.abc import Callable, Sequence
+from typing import Any, TypeVar
 
 import numpy as np
 
@@ -63,7 +64,7 @@ def ratio(value: Any, scale: float) -> float:
 
 def along_axes(
     name: str, value: Any, axes: int, check: Callable[[str, Any], Value]
-) -> Tuple[Value, Value, Value]:
+) -> tuple[Value, Value, Value]:
     """One value for all axes, or one each in the order of the array; returned for (x, y, z)."""
     count = min(axes, 3)
     if isinstance(value, numbers.Number):

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Dict, Optional, Tuple, Union
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -27,8 +27,8 @@ _MOST_DISTANCE = 10000  # that of pixels which no region reaches
 
 
 def label(
-    mask: Mask, *, value: Optional[int] = None, connectivity: int = 4, reach: int = 1
-) -> Tuple[Labels, int]:
+    mask: Mask, *, value: int | None = None, connectivity: int = 4, reach: int = 1
+) -> tuple[Labels, int]:
     """Number the connected regions of a mask.
 
     Parameters
@@ -72,7 +72,7 @@ def label(
     return _orva.label(mask, value, options.whole("reach", reach, 1, _MOST_REACH), connectivity)
 
 
-def measure(labels: Labels, image: Optional[Image] = None) -> Dict[str, npt.NDArray[Any]]:
+def measure(labels: Labels, image: Image | None = None) -> dict[str, npt.NDArray[Any]]:
     """Measure the regions of labels.
 
     Parameters
@@ -106,7 +106,7 @@ def measure(labels: Labels, image: Optional[Image] = None) -> Dict[str, npt.NDAr
     return _orva.measure(labels, image)
 
 
-def chamfer(image: Union[Mask, Labels]) -> Floats:
+def chamfer(image: Mask | Labels) -> Floats:
     """The distance of every object pixel from the background, by chamfer steps.
 
     Parameters
@@ -164,7 +164,7 @@ def propagate(labels: Labels, *, max_distance: float) -> Labels:
     return _orva.propagate(labels, distance)
 
 
-def convex_hull(image: Union[Mask, Labels], *, precision: int = 20) -> Labels:
+def convex_hull(image: Mask | Labels, *, precision: int = 20) -> Labels:
     """Fill every region up to its convex hull.
 
     Parameters

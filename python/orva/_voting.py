@@ -2,7 +2,8 @@
 
 from __future__ import annotations
 
-from typing import Any, Callable, Dict, Mapping, Optional, TypeVar
+from collections.abc import Callable, Mapping
+from typing import Any, TypeVar
 
 import numpy as np
 import numpy.typing as npt
@@ -29,11 +30,11 @@ def _settings(
     *,
     max_radius: int,
     min_radius: int,
-    cone_width: Optional[int],
-    sigma: Optional[float],
-    gradient: Optional[float],
+    cone_width: int | None,
+    sigma: float | None,
+    gradient: float | None,
     relative_gradient: float,
-    threshold: Optional[float],
+    threshold: float | None,
     relative_threshold: float,
     polarity: str,
     edges: bool,
@@ -81,11 +82,11 @@ def find_centers(
     *,
     max_radius: int = 20,
     min_radius: int = 1,
-    cone_width: Optional[int] = None,
-    sigma: Optional[float] = None,
-    gradient: Optional[float] = None,
+    cone_width: int | None = None,
+    sigma: float | None = None,
+    gradient: float | None = None,
     relative_gradient: float = 0.03,
-    threshold: Optional[float] = None,
+    threshold: float | None = None,
     relative_threshold: float = 0.3,
     polarity: str = "bright",
     edges: bool = False,
@@ -152,11 +153,11 @@ def vote_field(
     *,
     max_radius: int = 20,
     min_radius: int = 1,
-    cone_width: Optional[int] = None,
-    sigma: Optional[float] = None,
-    gradient: Optional[float] = None,
+    cone_width: int | None = None,
+    sigma: float | None = None,
+    gradient: float | None = None,
     relative_gradient: float = 0.03,
-    threshold: Optional[float] = None,
+    threshold: float | None = None,
     relative_threshold: float = 0.3,
     polarity: str = "bright",
     edges: bool = False,
@@ -176,7 +177,7 @@ def vote_field(
     return _voted(_orva.vote_field, **locals())
 
 
-def complete(settings: Mapping[str, Any]) -> Dict[str, Any]:
+def complete(settings: Mapping[str, Any]) -> dict[str, Any]:
     """The settings of find_centers(), frame aside, with its defaults; raises as it does."""
     defaults = dict(find_centers.__kwdefaults__)
     del defaults["frame"]

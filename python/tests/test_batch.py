@@ -258,9 +258,8 @@ class Cluster:
     def start(self, module, *arguments):
         line = [sys.executable, "-m", f"distributed.cli.{module}", "--host", "127.0.0.1"]
         line += [*arguments, "--scheduler-file", str(self._file)]
-        log = open(self._directory / f"{module}.log", "ab")
-        process = subprocess.Popen(line, stdout=log, stderr=log, cwd=self._directory)
-        log.close()
+        with open(self._directory / f"{module}.log", "ab") as log:
+            process = subprocess.Popen(line, stdout=log, stderr=log, cwd=self._directory)
         self._processes.append(process)
         return process
 

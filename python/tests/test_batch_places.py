@@ -7,11 +7,11 @@ import shutil
 import dask
 import numpy as np
 import pytest
+from test_batch import batch, job_of, rows
 
 import orva
 from orva.batch import __main__ as batch_command
 from orva.batch import _jobs, _summary
-from test_batch import batch, job_of, rows
 
 NAMES = [
     "with space.pgm",

@@ -6,9 +6,9 @@ import pathlib
 import numpy as np
 import pytest
 import tifffile
+from plain_pgm import read_pgm
 
 import orva
-from plain_pgm import read_pgm
 
 GREY = ["uint8", "int16", "int32", "uint32", "float32"]
 
@@ -129,9 +129,9 @@ def test_stretch_maps_the_range_to_bytes(tmp_path):
 
 def test_what_a_format_does_not_hold_is_an_error_that_leaves_no_file(tmp_path):
     path = tmp_path / "image.pgm"
-    with pytest.raises(OSError, match="image.pgm: .*8 bits; stretch=True"):
+    with pytest.raises(OSError, match=r"image.pgm: .*8 bits; stretch=True"):
         orva.write(path, np.array([[256]], np.int32))
-    with pytest.raises(OSError, match="3 planes and PGM holds one$"):
+    with pytest.raises(OSError, match=r"3 planes and PGM holds one$"):
         orva.write(path, np.zeros((3, 2, 2), np.uint8))
     assert list(tmp_path.iterdir()) == []
 
@@ -144,11 +144,11 @@ def test_files_that_can_not_be_read(sample, tmp_path):
         orva.read(tmp_path)
     text = tmp_path / "text.txt"
     text.write_text("nothing to see")
-    with pytest.raises(OSError, match="text.txt: is not a PGM"):
+    with pytest.raises(OSError, match=r"text.txt: is not a PGM"):
         orva.read(text)
     short = tmp_path / "short.pgm"
     short.write_bytes(sample.read_bytes()[:-1])
-    with pytest.raises(OSError, match="short.pgm: "):
+    with pytest.raises(OSError, match=r"short.pgm: "):
         orva.read(short)
     with pytest.raises(OSError, match="frame 1"):
         orva.read(sample, frame=1)
@@ -174,7 +174,7 @@ def test_files_that_can_not_be_written(tmp_path):
     with pytest.raises(FileNotFoundError):
         orva.write(tmp_path / "none" / "image.tif", image)
     (tmp_path / "taken.tif").mkdir()
-    with pytest.raises(OSError, match="taken.tif can not be written"):
+    with pytest.raises(OSError, match=r"taken.tif can not be written"):
         orva.write(tmp_path / "taken.tif", image)
     for name in ("image", "image.jpg", "image.ICS"):
         with pytest.raises(ValueError, match=r"\.png"):
@@ -194,7 +194,7 @@ def test_a_name_with_a_null_character_is_refused_and_leaves_no_file(picture, tmp
 
 def test_a_name_may_be_bytes(tmp_path):
     path = os.fsencode(tmp_path / "half.pgm")
-    with pytest.raises(OSError, match="half.pgm: .*do not fit"):
+    with pytest.raises(OSError, match=r"half.pgm: .*do not fit"):
         orva.write(path, np.full((3, 4), 0.5, np.float32))
     orva.write(path, np.full((3, 4), 5, np.uint8))
     np.testing.assert_array_equal(orva.read(path), np.full((3, 4), 5))
@@ -205,9 +205,9 @@ def test_errors_tell_names_that_are_no_text(tmp_path):
     with open(path, "wb") as file:
         file.write(b"no image")
     for name in (path, os.fsdecode(path)):
-        with pytest.raises(OSError, match="\udcff.png: is not a PGM"):
+        with pytest.raises(OSError, match=r"\udcff.png: is not a PGM"):
             orva.read(name)
-        with pytest.raises(OSError, match="\udcff.png: .*stretch=True"):
+        with pytest.raises(OSError, match=r"\udcff.png: .*stretch=True"):
             orva.write(name, np.full((2, 2), 0.5, np.float32))
 
 

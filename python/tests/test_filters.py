@@ -4,9 +4,9 @@ import numpy as np
 import pytest
 import scipy.ndimage
 from numpy.polynomial import hermite_e
+from plain_pgm import read_pgm
 
 import orva
-from plain_pgm import read_pgm
 
 SHAPES = [(40, 48), (7, 20, 24), (2, 3, 20, 24), (2, 2, 2, 12, 14)]
 

@@ -123,6 +123,16 @@ def test_the_commands_of_the_readme(place):
         assert (place / result).stat().st_size > 50
 
 
+def test_the_lines_of_the_contributors_are_what_the_tests_do():
+    """Who reads this has run them."""
+    script = text_of("scripts/test")
+    ((language, code),) = BLOCK.findall(text_of("CONTRIBUTING.md"))
+    assert (language, len(code.splitlines())) == ("sh", 3)
+    for line in code.splitlines():
+        of_any = line.replace("release", '"$what"').replace("cmake --build", "build")
+        assert re.search(f"^{re.escape(of_any)}", script, re.MULTILINE), line
+
+
 def test_the_macro_of_the_readme_is_that_of_its_guide():
     """Which a test of the jar runs."""
     macros = [block for block in BLOCK.findall(text_of("README.md")) if block[0] == "javascript"]
@@ -159,7 +169,7 @@ def test_relative_links_lead_to_files(document):
 
 # Who runs the blocks of code of each document, and how many there are of each language.
 TESTED = {
-    "CONTRIBUTING.md": ("test_install.py", {"sh": 1}),
+    "CONTRIBUTING.md": ("test_guides.py", {"sh": 1}),
     "README.md": ("test_install.py", {"sh": 5, "cpp": 1, "cmake": 1, "javascript": 1, "python": 1}),
     "docs/batch.md": ("test_workflows.py", {"sh": 2, "python": 1, "snakemake": 1}),
     "docs/command.md": ("test_guides.py", {"sh": 7}),

@@ -6,16 +6,16 @@ import numpy as np
 import pandas
 import pytest
 import scipy.sparse.csgraph
+from plain_pgm import read_pgm
 
 import orva
-from plain_pgm import read_pgm
 
 SHAPES = [(14, 17), (5, 7, 9), (1, 1, 4, 6, 7)]
 
 
 def offsets(axes, connectivity, reach):
     for step in itertools.product(range(-reach, reach + 1), repeat=axes):
-        if connectivity == 8 or np.count_nonzero(step) == 1 and reach in np.abs(step):
+        if connectivity == 8 or (np.count_nonzero(step) == 1 and reach in np.abs(step)):
             yield step
 
 
@@ -277,5 +277,5 @@ def test_channels_and_time_points_are_refused(function):
 
 @pytest.mark.parametrize("function", [orva.label, orva.convex_hull])
 def test_bytes_that_are_no_mask_are_refused(function):
-    with pytest.raises(ValueError, match="(mask|image) != 0"):
+    with pytest.raises(ValueError, match=r"(mask|image) != 0"):
         function(np.ones((5, 5), np.uint8))

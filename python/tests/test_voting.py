@@ -3,9 +3,9 @@
 import numpy as np
 import pytest
 import scipy.ndimage
+from plain_pgm import read_pgm
 
 import orva
-from plain_pgm import read_pgm
 
 # Options of the function, and the command's.
 SETTINGS = [

@@ -7,7 +7,7 @@ import os
 import pathlib
 import sys
 import tempfile
-from typing import Any, Dict, List, Optional
+from typing import Any
 
 from .. import _options as options
 from .._voting import complete
@@ -48,7 +48,9 @@ def _parser() -> argparse.ArgumentParser:
     vote.add_argument("--max-radius", type=int, metavar="N", help="farthest vote; default 20")
     vote.add_argument("--cone-width", type=int, metavar="N", help="default half of --max-radius")
     vote.add_argument("--sigma", type=float, metavar="S", help="default --max-radius / 7, at least 1")
-    vote.add_argument("--gradient", type=float, metavar="G", help="of weaker gradients no vote, in grey levels")
+    vote.add_argument(
+        "--gradient", type=float, metavar="G", help="of weaker gradients no vote, in grey levels"
+    )
     vote.add_argument("--relative-gradient", type=float, metavar="F", help="a share; default 0.03")
     vote.add_argument("--threshold", type=float, metavar="T", help="a centre needs more votes")
     vote.add_argument("--relative-threshold", type=float, metavar="F", help="a share; default 0.3")
@@ -58,7 +60,7 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
-def _vote_settings(arguments: argparse.Namespace) -> Dict[str, Any]:
+def _vote_settings(arguments: argparse.Namespace) -> dict[str, Any]:
     """What was given, checked; the rest has the defaults of find_centers()."""
     others = ("images", "out", "scheduler", "workers")
     given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
@@ -67,10 +69,10 @@ def _vote_settings(arguments: argparse.Namespace) -> Dict[str, Any]:
     return given
 
 
-def _jobs(images: List[str], out: pathlib.Path, settings: Dict[str, Any]) -> List[Job]:
+def _jobs(images: list[str], out: pathlib.Path, settings: dict[str, Any]) -> list[Job]:
     """A job an image; two images of one name would have one table."""
     reserved = {"centers", "summary", "failures"}
-    seen: Dict[str, str] = {}
+    seen: dict[str, str] = {}
     jobs = []
     for image in images:
         path = os.path.abspath(image)
@@ -86,7 +88,7 @@ def _jobs(images: List[str], out: pathlib.Path, settings: Dict[str, Any]) -> Lis
     return jobs
 
 
-def _require_apart(jobs: List[Job], out: pathlib.Path) -> None:
+def _require_apart(jobs: list[Job], out: pathlib.Path) -> None:
     """Raises ValueError for an image in the place of a result."""
     results = [out / name for name in SUMMARY_FILES]
     results += [pathlib.Path(job.table) for job in jobs] + [job.record for job in jobs]
@@ -98,7 +100,7 @@ def _require_apart(jobs: List[Job], out: pathlib.Path) -> None:
             raise ValueError(f"{job.image}: a result would take its place; choose another --out")
 
 
-def main(argv: Optional[List[str]] = None) -> int:
+def main(argv: list[str] | None = None) -> int:
     parser = _parser()
     arguments = parser.parse_args(argv)
     out = pathlib.Path(arguments.out).absolute()

@@ -4,8 +4,9 @@ from __future__ import annotations
 
 import contextlib
 import sys
+from collections.abc import Iterator
 from concurrent.futures import CancelledError
-from typing import Any, Dict, Iterator, List, Optional, TextIO
+from typing import Any, TextIO
 
 from distributed import Client, LocalCluster, as_completed
 
@@ -42,11 +43,11 @@ class _Progress:
         self._out.flush()
 
     def end(self) -> None:
-        self._out.write(("\n" if self._out.isatty() else self._text() + "\n"))
+        self._out.write("\n" if self._out.isatty() else self._text() + "\n")
 
 
 @contextlib.contextmanager
-def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
+def client(scheduler: str | None, workers: int) -> Iterator[Client]:
     """A client of the scheduler at an address, or of so many processes on this machine.
 
     Raises ConnectionError when no scheduler answers.
@@ -67,14 +68,14 @@ def client(scheduler: Optional[str], workers: int) -> Iterator[Client]:
         yield c
 
 
-def run_all(jobs: List[Job], c: Client, out: TextIO = sys.stderr) -> List[Result]:
+def run_all(jobs: list[Job], c: Client, out: TextIO = sys.stderr) -> list[Result]:
     """Runs one task a job and returns the results in the order of the jobs.
 
     A task whose worker dies goes to another one.
     """
-    futures: List[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
-    jobs_of: Dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
-    results: Dict[str, Result] = {}
+    futures: list[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
+    jobs_of: dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
+    results: dict[str, Result] = {}
     if not c.scheduler_info()["workers"]:  # type: ignore[no-untyped-call]
         out.write("the scheduler has no workers yet; waiting for them\n")
     progress = _Progress(len(jobs), out)

@@ -12,7 +12,7 @@ import pickle
 import tempfile
 import time
 import uuid
-from typing import Any, Dict, List, Optional, Tuple, Union
+from typing import Any
 
 import numpy as np
 
@@ -22,7 +22,7 @@ from ._tiles import MOST_SIDE, find_centers_in_tiles
 
 _NO_ANSWER = 70  # a status that the library does not end with
 
-Center = Tuple[int, int, float]
+Center = tuple[int, int, float]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -31,7 +31,7 @@ class Job:
 
     image: str
     table: str
-    settings: Dict[str, Any]
+    settings: dict[str, Any]
 
     @property
     def record(self) -> pathlib.Path:
@@ -58,12 +58,12 @@ def _digest(path: str) -> str:
         return hashlib.file_digest(file, "sha256").hexdigest()
 
 
-def _origin(job: Job) -> Dict[str, Any]:
+def _origin(job: Job) -> dict[str, Any]:
     """All that the table depends on."""
     return {"version": orva.__version__, "settings": job.settings, "sha256": _digest(job.image)}
 
 
-def _finished(job: Job, origin: Dict[str, Any]) -> Optional[Result]:
+def _finished(job: Job, origin: dict[str, Any]) -> Result | None:
     """The result of an earlier run, if it is still good.
 
     Raises ValueError for files of others in its place.
@@ -89,7 +89,7 @@ def _finished(job: Job, origin: Dict[str, Any]) -> Optional[Result]:
         return None
 
 
-def write_whole(path: pathlib.Path, content: Union[str, bytes]) -> None:
+def write_whole(path: pathlib.Path, content: str | bytes) -> None:
     """Writes a file under another name first, so that it is there whole or not at all.
 
     A name of bytes that are not UTF-8 is told in escapes, so that the file is.
@@ -116,7 +116,7 @@ def _shortest(weight: np.float32) -> str:
     return power if len(power) < len(plain) else plain
 
 
-def read_centers(path: str) -> List[Center]:
+def read_centers(path: str) -> list[Center]:
     """The rows of a table of centres."""
     with open(path, encoding="utf-8", newline="") as file:
         return [(int(x), int(y), float(w)) for x, y, w in list(csv.reader(file))[1:]]

@@ -5,10 +5,10 @@ from __future__ import annotations
 import csv
 import io
 import pathlib
-from typing import Any, Iterable, List, Sequence
+from collections.abc import Iterable, Sequence
+from typing import Any
 
 from ._jobs import Result, read_centers, write_whole
-
 
 SUMMARY_FILES = ("centers.csv", "summary.csv", "failures.csv", "counts.png")
 
@@ -21,7 +21,7 @@ def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[
     write_whole(path, text.getvalue())
 
 
-def write_summary(directory: pathlib.Path, results: List[Result]) -> None:
+def write_summary(directory: pathlib.Path, results: list[Result]) -> None:
     """Writes centers.csv, summary.csv, failures.csv and counts.png, images in the order given."""
     done = [r for r in results if not r.error]
     _write_csv(
@@ -51,7 +51,7 @@ def _name(stem: str) -> str:
     return name.replace("$", r"\$")  # which would begin a formula
 
 
-def _draw(path: pathlib.Path, results: List[Result]) -> None:
+def _draw(path: pathlib.Path, results: list[Result]) -> None:
     """A bar an image, or of many images how many have so many centres."""
     from matplotlib.backends.backend_agg import FigureCanvasAgg  # type: ignore[import]
     from matplotlib.figure import Figure  # type: ignore[import]

@@ -4,7 +4,8 @@ from __future__ import annotations
 
 import math
 import warnings
-from typing import Any, Dict, Iterable, Iterator, List, NamedTuple, Optional, Tuple
+from collections.abc import Iterable, Iterator
+from typing import Any, NamedTuple
 
 import numpy as np
 import numpy.typing as npt
@@ -24,7 +25,7 @@ _CENTER = np.dtype([("x", np.int32), ("y", np.int32), ("weight", np.float32)])
 _NEGLIGIBLE = 0.001  # up to that the voting takes a gradient for none
 
 
-Part = Tuple[int, int, int, int]  # rows from and up to, columns from and up to
+Part = tuple[int, int, int, int]  # rows from and up to, columns from and up to
 
 
 class _Tile(NamedTuple):
@@ -34,7 +35,7 @@ class _Tile(NamedTuple):
     seen: Part
 
 
-def _settled(settings: Dict[str, Any]) -> Tuple[int, int, float]:
+def _settled(settings: dict[str, Any]) -> tuple[int, int, float]:
     """The largest radius, the cone width and the sigma that complete settings stand for."""
     radius, width, sigma = (settings[name] for name in ("max_radius", "cone_width", "sigma"))
     return (
@@ -44,7 +45,7 @@ def _settled(settings: Dict[str, Any]) -> Tuple[int, int, float]:
     )
 
 
-def reach_of(settings: Dict[str, Any]) -> int:
+def reach_of(settings: dict[str, Any]) -> int:
     """So far from a pixel lies all that its votes depend on, for complete settings.
 
     A vote reaches as far as the margin that the voting adds to an image. A pass turns a cone by the
@@ -60,7 +61,7 @@ def reach_of(settings: Dict[str, Any]) -> int:
     return (2 * passes + 1) * margin + kernel
 
 
-def _around(own: Part, shape: Tuple[int, int], overlap: int) -> Part:
+def _around(own: Part, shape: tuple[int, int], overlap: int) -> Part:
     """The part and what lies up to so far from it."""
     return (
         max(own[0] - overlap, 0),
@@ -70,7 +71,7 @@ def _around(own: Part, shape: Tuple[int, int], overlap: int) -> Part:
     )
 
 
-def _tiles(shape: Tuple[int, int], tile: int, overlap: int) -> Iterator[_Tile]:
+def _tiles(shape: tuple[int, int], tile: int, overlap: int) -> Iterator[_Tile]:
     for y in range(0, shape[0], tile):
         for x in range(0, shape[1], tile):
             own = (y, min(y + tile, shape[0]), x, min(x + tile, shape[1]))
@@ -89,7 +90,7 @@ def _inside(values: npt.NDArray[Any], tile: _Tile) -> npt.NDArray[Any]:
 
 
 def find_centers_in_tiles(
-    image: Any, *, tile: int = _TILE, overlap: Optional[int] = None, **settings: Any
+    image: Any, *, tile: int = _TILE, overlap: int | None = None, **settings: Any
 ) -> npt.NDArray[np.void]:
     """Find the centres of round objects in a plane of any size, tile by tile.
 
@@ -142,7 +143,7 @@ def find_centers_in_tiles(
         return np.zeros(0, _CENTER)
     settings, factor, scale = absolute
 
-    found: List[npt.NDArray[np.void]] = []
+    found: list[npt.NDArray[np.void]] = []
     for t in tiles:
         centers, is_cut = _centers(image, t, shape, factor, settings)
         wider = overlap
@@ -162,8 +163,8 @@ def find_centers_in_tiles(
 
 
 def _centers(
-    image: Any, t: _Tile, shape: Tuple[int, int], factor: float, settings: Dict[str, Any]
-) -> Tuple[npt.NDArray[np.void], bool]:
+    image: Any, t: _Tile, shape: tuple[int, int], factor: float, settings: dict[str, Any]
+) -> tuple[npt.NDArray[np.void], bool]:
     """The centres that the tile owns, as find_centers() finds them.
 
     Also whether one of them may belong to a region that goes on where the tile can not tell.
@@ -199,8 +200,8 @@ def _most(values: Iterable[npt.NDArray[Any]]) -> float:
 
 
 def _absolute(
-    image: Any, tiles: List[_Tile], settings: Dict[str, Any]
-) -> Optional[Tuple[Dict[str, Any], float, float]]:
+    image: Any, tiles: list[_Tile], settings: dict[str, Any]
+) -> tuple[dict[str, Any], float, float] | None:
     """Settings with thresholds that are the same for all tiles.
 
     With what to multiply the image by for them, and the scale of their votes. None where shares of
