@@ -10,9 +10,9 @@
 #include "formats/image_file.h"
 #include "formats/image_writer.h"
 #include "formats/output_file.h"
-#include "formats/silence.h"
 #include "formats/text.h"
 #include "orva/bip/bip.h"
+#include "orva/bip/silent.h"
 
 namespace orva::apps {
 namespace {
@@ -46,15 +46,13 @@ void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& featur
 
 // The regions of the mask, with their holes if they are to be filled.
 orva::image<short> labelled(orva::image<unsigned char>& mask, bool fill, int& n) {
-  const Silence silence;  // labels that run out are reported below
-  if (fill) orva::bip::removeInternalStructures(mask);
-  orva::image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
-  for (int i = 0; i < labels.npix(); ++i) {
-    if (mask.pixels()[i] == 255 && labels.pixels()[i] < 0) {
-      throw FileError("has more than 32768 regions; smooth it or raise the threshold");
-    }
+  if (fill) orva::bip::silent::removeInternalStructures(mask);
+  auto result = orva::bip::silent::regions(mask, 255, 1, orva::NEIGHBORHOOD_4);
+  if (!result.areAllLabelled) {
+    throw FileError("has more than 32768 regions; smooth it or raise the threshold");
   }
-  return labels;
+  n = result.n;
+  return result.labels;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/bip/neighbour_box.h"
+#include "orva/bip/silent.h"
 #include "orva/image/with_memory.h"
 #include "orva/util/global.h"
 #include "orva/util/narrow.h"
@@ -97,22 +98,31 @@ void fillHulls(image<short>& labels, int n, int precision) {
   const int directions = std::clamp(precision, 3, 50);
   std::vector<Slab> slabs = withMemory(
       [&] { return labels.nz() == 1 ? directions2d(directions) : directions3d(directions); });
-  std::cout << toString(n) << " regions detected.\n";
   for (int r = 0; r < n; ++r) {
     fillHull(labels, fittedTo16(r), features[static_cast<std::size_t>(r)], slabs);
   }
 }
 
+void reportCount(int n) { std::cout << toString(n) << " regions detected.\n"; }
+
 }  // namespace
 
-void convexHull(image<short>& labels, int precision) {
+void silent::convexHull(image<short>& labels, int precision) {
   if (!labels.isNull()) fillHulls(labels, regionNumber(labels), precision);
+}
+
+void convexHull(image<short>& labels, int precision) {
+  if (labels.isNull()) return;
+  reportCount(regionNumber(labels));
+  silent::convexHull(labels, precision);
 }
 
 image<short> convexHull(const image<unsigned char>& mask, int precision) {
   int n = 0;
   image<short> labels = regions(mask, n, 255, 1, NEIGHBORHOOD_4);
-  if (!labels.isNull()) fillHulls(labels, n, precision);
+  if (labels.isNull()) return labels;
+  reportCount(n);
+  fillHulls(labels, n, precision);
   return labels;
 }
 

@@ -3,11 +3,12 @@
 #include <limits>
 
 #include "orva/bip/bip.h"
+#include "orva/bip/silent.h"
 
 namespace orva::bip {
 
-void removeInternalStructures(image<unsigned char>& mask) {
-  if (mask.isNull()) return;
+bool silent::removeInternalStructures(image<unsigned char>& mask) {
+  if (mask.isNull()) return true;
   constexpr int kLargest = std::numeric_limits<int>::max() - 2;  // leaves room for the padding
   if (std::max({mask.nx(), mask.ny(), mask.nz()}) > kLargest) out_of_memory();
   const int nx = mask.nx();
@@ -25,14 +26,19 @@ void removeInternalStructures(image<unsigned char>& mask) {
   };
   forEachRow([nx](const unsigned char* m, unsigned char* p) { std::copy_n(m, nx, p); });
 
-  int n = 0;
-  const image<short> labels = regions(padded, n, 0, 1, NEIGHBORHOOD_4);
+  const Regions background = regions(padded, 0, 1, NEIGHBORHOOD_4);
+  const image<short>& labels = background.labels;
   // The frame's region comes first in raster order, and no other has a larger bounding box.
   constexpr short kBackground = 0;
   std::transform(labels.pixels(), labels.pixels() + labels.npix(), padded.pixels(),
                  [](short k) { return static_cast<unsigned char>(k == kBackground ? 0 : 255); });
 
   forEachRow([nx](unsigned char* m, const unsigned char* p) { std::copy_n(p, nx, m); });
+  return background.areAllLabelled;
+}
+
+void removeInternalStructures(image<unsigned char>& mask) {
+  if (!silent::removeInternalStructures(mask)) reportIgnoredRegions();
 }
 
 }  // namespace orva::bip

@@ -3,11 +3,13 @@
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "orva/bip/bip.h"
 #include "orva/bip/connected_components.h"
 #include "orva/bip/flood_fill.h"
+#include "orva/bip/silent.h"
 #include "orva/image/unset_image.h"
 #include "orva/image/with_memory.h"
 
@@ -22,24 +24,22 @@ std::size_t scratchBytes(const image<short>& labels) {
   return std::max(static_cast<std::size_t>(labels.npix()) * sizeof(short) / 2, kMin);
 }
 
-// The number of regions that keep their labels.
-int keptRegions(std::ptrdiff_t found) {
-  if (found <= kMaxRegions) return static_cast<int>(found);
-  std::cerr << "In bip::regions\n"
-            << "   Warning: more than 32768 regions, the rest are ignored\n";
-  return kMaxRegions;
-}
-
 // Pixels equal to `value`, or all for a negative one.
 template <class Pixel>
-int flood(const Pixel* in, int value, int reach, NeighborhoodType type, image<short>& labels) {
+std::ptrdiff_t flood(const Pixel* in, int value, int reach, NeighborhoodType type,
+                     image<short>& labels) {
   std::transform(in, in + labels.npix(), labels.pixels(),
                  [value](Pixel v) { return value < 0 || v == value ? kUnvisited : kBackground; });
   return FloodFill(in, labels, reach, type, scratchBytes(labels)).run(kMaxRegions);
 }
 
-image<short> labelled(const image<unsigned char>& in, int& n, int value, int reach,
-                      NeighborhoodType type) {
+silent::Regions withCount(image<short> labels, std::ptrdiff_t found) {
+  return {std::move(labels), static_cast<int>(std::min<std::ptrdiff_t>(found, kMaxRegions)),
+          found <= kMaxRegions};
+}
+
+silent::Regions labelled(const image<unsigned char>& in, int value, int reach,
+                         NeighborhoodType type) {
   image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
   std::optional<std::ptrdiff_t> found;
   if (value > 255) {
@@ -52,25 +52,42 @@ image<short> labelled(const image<unsigned char>& in, int& n, int value, int rea
                       : labelObjects(in.pixels(), static_cast<unsigned char>(value), by,
                                      kMaxRegions, bytes, labels);
   }
-  n = keptRegions(found ? *found : flood(in.pixels(), value, reach, type, labels));
-  return labels;
+  if (!found) found = flood(in.pixels(), value, reach, type, labels);
+  return withCount(labels, *found);
 }
 
-image<short> labelled(const image<short>& in, int& n) {
+silent::Regions labelled(const image<short>& in) {
   image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
-  const std::optional<std::ptrdiff_t> found =
+  std::optional<std::ptrdiff_t> found =
       labelAreas(in.pixels(), Connectivity::Box, kMaxRegions, scratchBytes(labels), labels);
   constexpr int kAll = -1;
-  n = keptRegions(found ? *found : flood(in.pixels(), kAll, 1, NEIGHBORHOOD_8, labels));
-  return labels;
+  if (!found) found = flood(in.pixels(), kAll, 1, NEIGHBORHOOD_8, labels);
+  return withCount(labels, *found);
+}
+
+image<short> reported(const silent::Regions& result, int& n) {
+  n = result.n;
+  if (!result.areAllLabelled) reportIgnoredRegions();
+  return result.labels;
 }
 
 }  // namespace
 
+void reportIgnoredRegions() {
+  std::cerr << "In bip::regions\n"
+            << "   Warning: more than 32768 regions, the rest are ignored\n";
+}
+
+silent::Regions silent::regions(const image<unsigned char>& in, int value, int reach,
+                                NeighborhoodType type) {
+  if (in.isNull()) return {image<short>(0, 1, 1, 1, 1)};
+  return withMemory([&] { return labelled(in, value, reach, type); });
+}
+
 image<short> regions(const image<unsigned char>& in, int& n, int value, int reach,
                      NeighborhoodType type) {
   if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
-  return withMemory([&] { return labelled(in, n, value, reach, type); });
+  return reported(silent::regions(in, value, reach, type), n);
 }
 
 image<short> regions(const image<unsigned char>& in) {
@@ -80,7 +97,7 @@ image<short> regions(const image<unsigned char>& in) {
 
 image<short> regions(const image<short>& in, int& n) {
   if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
-  return withMemory([&] { return labelled(in, n); });
+  return reported(withMemory([&] { return labelled(in); }), n);
 }
 
 image<short> regions(const image<short>& in) {

@@ -1,5 +1,5 @@
-#include "formats/silence.h"
 #include "orva/bip/bip.h"
+#include "orva/bip/silent.h"
 #include "python/src/arrays.h"
 
 namespace orva_python {
@@ -28,10 +28,7 @@ py::array dilate(const py::array& array) {
 }
 
 py::array fillHoles(const py::array& array) {
-  return changed(array, [](Bytes& mask) {
-    const orva::formats::Silence silence;  // all holes are filled, although it warns of many
-    orva::bip::removeInternalStructures(mask);
-  });
+  return changed(array, [](Bytes& mask) { orva::bip::silent::removeInternalStructures(mask); });
 }
 
 py::array edge(const py::array& array) {

@@ -1,7 +1,6 @@
 #include <filesystem>
 
 #include "formats/file_error.h"
-#include "formats/silence.h"
 #include "python/src/arrays.h"
 
 namespace {
@@ -17,7 +16,6 @@ void setError(PyObject* type, const char* message) {
 
 // The functions take what the callers in Python have checked, without options left open.
 PYBIND11_MODULE(_orva, module) {
-  orva::formats::Silence::prepare();
   module.doc() = "The compiled part of orva.";
   module.attr("__version__") = ORVA_VERSION;
   static const pybind11::exception<orva::formats::FileError> fileError(module, "FileError");

@@ -4,36 +4,26 @@
 #include <optional>
 #include <vector>
 
-#include "formats/silence.h"
 #include "orva/bip/bip.h"
+#include "orva/bip/silent.h"
 #include "python/src/arrays.h"
 
 namespace orva_python {
 namespace {
 
 using orva::RegionFeature;
-using orva::formats::Silence;
 
-// Labels run out: the library leaves the pixels of further regions without one.
-void requireAllLabelled(const Bytes& img, int value, const Labels& labels) {
-  for (int i = 0; i < labels.npix(); ++i) {
-    if (labels.pixels()[i] < 0 && (value < 0 || img.pixels()[i] == value)) {
-      throw py::value_error("there are more than 32768 regions");
-    }
-  }
+orva::bip::silent::Regions labelled(const Bytes& img, int value, int reach, int connectivity) {
+  auto result = orva::bip::silent::regions(img, value, reach,
+                                           static_cast<orva::NeighborhoodType>(connectivity));
+  if (!result.areAllLabelled) throw py::value_error("there are more than 32768 regions");
+  return result;
 }
 
 py::tuple label(const py::array& array, int value, int reach, int connectivity) {
   const auto img = toImageOf<unsigned char>(array);
-  int n = 0;
-  const Labels labels = unlocked([&] {
-    const Silence silence;
-    Labels result =
-        orva::bip::regions(img, n, value, reach, static_cast<orva::NeighborhoodType>(connectivity));
-    requireAllLabelled(img, value, result);
-    return result;
-  });
-  return py::make_tuple(toArray(labels, shapeOf(array)), n);
+  const auto result = unlocked([&] { return labelled(img, value, reach, connectivity); });
+  return py::make_tuple(toArray(result.labels, shapeOf(array)), result.n);
 }
 
 template <class T>
@@ -83,21 +73,14 @@ py::array propagate(const py::array& array, float maxDistance) {
 // Of labels, or of the regions of a mask.
 py::array convexHull(const py::array& array, int precision) {
   const auto img = toImage(array);
-  return toArray(unlocked([&] {
-                   const Silence silence;  // it tells the number of regions
-                   if (const auto* given = dynamic_cast<const Labels*>(img.get())) {
-                     Labels labels = *given;
-                     orva::bip::convexHull(labels, precision);
-                     return labels;
-                   }
-                   const auto& mask = dynamic_cast<const Bytes&>(*img);
-                   int n = 0;
-                   Labels labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
-                   requireAllLabelled(mask, 255, labels);
-                   orva::bip::convexHull(labels, precision);
-                   return labels;
-                 }),
-                 shapeOf(array));
+  const auto hulls = unlocked([&] {
+    const auto* given = dynamic_cast<const Labels*>(img.get());
+    Labels labels =
+        given != nullptr ? *given : labelled(dynamic_cast<const Bytes&>(*img), 255, 1, 4).labels;
+    orva::bip::silent::convexHull(labels, precision);
+    return labels;
+  });
+  return toArray(hulls, shapeOf(array));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "formats/image_file.h"
-#include "formats/silence.h"
 #include "tests/fuzz/command_read.h"
 #include "tests/fuzz/operations/compare.h"
 #include "tests/support/reference/image.h"
@@ -26,7 +25,6 @@ class Reader {
   explicit Reader(std::string_view content) : file_(content) {}
 
   CommandRead read(Frame frame, ColourUse colour) const {
-    const orva::formats::Silence silence;
     return orva_fuzz::commandRead(
         [&] { return orva::formats::readImageFile(file_.name(), frame, colour); });
   }
