@@ -8,15 +8,15 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/connected_components.h"
 #include "orva/bip/flood_fill.h"
-#include "orva/image/unset_image.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
+#include "orva/image/uninitialized_image.h"
 
 namespace orva::bip {
 namespace {
 
 constexpr int kMaxRegions = std::numeric_limits<short>::max() + 1;
 
-// What labelling may take beside the label image: half as much as that, if not next to nothing.
+// The memory that labelling may take beside the label image: half of that, or 8 KiB.
 std::size_t scratchBytes(const image<short>& labels) {
   constexpr std::size_t kMin = 8192;
   return std::max(static_cast<std::size_t>(labels.npix()) * sizeof(short) / 2, kMin);
@@ -30,7 +30,7 @@ int keptRegions(std::ptrdiff_t found) {
   return kMaxRegions;
 }
 
-// Pixels equal to `value`, or all for a negative one.
+// Labels the pixels equal to `value`, or all for a negative one.
 template <class Pixel>
 int flood(const Pixel* in, int value, int reach, NeighborhoodType type, image<short>& labels) {
   std::transform(in, in + labels.npix(), labels.pixels(),
@@ -40,7 +40,7 @@ int flood(const Pixel* in, int value, int reach, NeighborhoodType type, image<sh
 
 image<short> labelled(const image<unsigned char>& in, int& n, int value, int reach,
                       NeighborhoodType type) {
-  image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
+  image<short> labels = uninitializedImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
   std::optional<std::ptrdiff_t> found;
   if (value > 255) {
     std::fill_n(labels.pixels(), labels.npix(), kBackground);
@@ -57,7 +57,7 @@ image<short> labelled(const image<unsigned char>& in, int& n, int value, int rea
 }
 
 image<short> labelled(const image<short>& in, int& n) {
-  image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
+  image<short> labels = uninitializedImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
   const std::optional<std::ptrdiff_t> found =
       labelAreas(in.pixels(), Connectivity::Box, kMaxRegions, scratchBytes(labels), labels);
   constexpr int kAll = -1;
@@ -70,7 +70,7 @@ image<short> labelled(const image<short>& in, int& n) {
 image<short> regions(const image<unsigned char>& in, int& n, int value, int reach,
                      NeighborhoodType type) {
   if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
-  return withMemory([&] { return labelled(in, n, value, reach, type); });
+  return exitOnBadAlloc([&] { return labelled(in, n, value, reach, type); });
 }
 
 image<short> regions(const image<unsigned char>& in) {
@@ -80,7 +80,7 @@ image<short> regions(const image<unsigned char>& in) {
 
 image<short> regions(const image<short>& in, int& n) {
   if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
-  return withMemory([&] { return labelled(in, n); });
+  return exitOnBadAlloc([&] { return labelled(in, n); });
 }
 
 image<short> regions(const image<short>& in) {
@@ -95,7 +95,7 @@ int regionNumber(const image<short>& labels) {
 void relabel(image<short>& labels) {
   const int n = regionNumber(labels);
   auto numbers =
-      withMemory([n] { return std::vector<short>(static_cast<std::size_t>(n), kBackground); });
+      exitOnBadAlloc([n] { return std::vector<short>(static_cast<std::size_t>(n), kBackground); });
   short* first = labels.pixels();
   short* last = first + labels.npix();
   std::for_each(first, last, [&](short k) {
