@@ -122,6 +122,19 @@ TEST(LabellingMemory, LimitKeepsTheLabels) {
   }
 }
 
+// More than 65536 provisional labels, which end up in few enough regions.
+TEST(LabellingMemory, LimitKeepsManyProvisionalLabels) {
+  orva_test::Random random(6);
+  const auto mask = orva_test::randomMask(random, {1900, 1900}, 0.5);
+  for (const int value : {255, -1}) {
+    int n = 0;
+    int expected = 0;
+    EXPECT_TRUE(sameImage(bip::regions(mask, n, value, 1, NEIGHBORHOOD_8),
+                          reference::regions(mask, expected, value, 1, NEIGHBORHOOD_8)));
+    EXPECT_EQ(n, expected);
+  }
+}
+
 TEST(LabellingMemory, LimitKeepsTheLabelsOfAFarReach) {
   orva_test::Random random(5);
   for (const Shape& shape : {Shape{70, 60}, Shape{16, 15, 14}, Shape{9000, 1}}) {
