@@ -6,7 +6,7 @@
 /// A mask is a byte image with 255 for object and 0 for background. A label image is a short image
 /// in which the pixels of region k carry k = 0, 1, 2, ... and the background -1. Null inputs give
 /// empty results; an empty image has width 0 and every other size 1. Where no cost is stated, it is
-/// one or a few walks over the image.
+/// one or a few passes over the image.
 ///
 /// @code
 /// #include "orva/bip/bip.h"
@@ -64,10 +64,10 @@ namespace bip {
 
 /// @name Connected regions
 /// Regions are numbered in the order (z, then y, then x) of their first pixels. The first volume of
-/// the input is labelled, in memory in proportion to its pixels, and in time in proportion to them
-/// and, with a reach of more than 1, to the pixels in reach of each. Labels are shorts: of
-/// more than 32768 regions the first are kept, the pixels of the rest stay -1, @p n is 32768, and
-/// standard error shows
+/// the input is labelled. Cost: a few passes over the pixels; with a reach of more than 1, the
+/// pixels times those in reach of each. The memory beside the label image is at most half of that
+/// (or 8 KiB). Labels are shorts: of more than 32768 regions the first are kept, the pixels of the
+/// rest stay -1, @p n is 32768, and standard error shows
 /// @verbatim
 /// In bip::regions
 ///    Warning: more than 32768 regions, the rest are ignored
@@ -100,8 +100,8 @@ ORVA_EXPORT bool isBinaryImage(const Image& img);
 ORVA_EXPORT void reverse(image<unsigned char>& img);
 
 /// @name Region measurements
-/// One record a label, 0 to n - 1; a label without pixels keeps a record of zeros. Without @p n it
-/// is regionNumber(labels), and a negative one counts as 0. Pixels of other labels are skipped.
+/// One record per label, 0 to n - 1; a label without pixels keeps a record of zeros. Without @p n
+/// it is regionNumber(labels), and a negative one counts as 0. Pixels of other labels are skipped.
 /// Brightness is read as floats and summed in linear order, in single precision. A null brightness
 /// image leaves mean and variance 0; so does one of another size (Image::equalSize), after these
 /// lines on standard error:
@@ -110,10 +110,10 @@ ORVA_EXPORT void reverse(image<unsigned char>& img);
 ///    Warning: label and brightness must have the same size
 ///    Brightness image ignored
 /// @endverbatim
-/// Cost: two walks over the image.
+/// Cost: two passes over the image.
 /// @{
 
-/// A record a label; without @p brightness its mean and variance are 0.
+/// One record per label; without @p brightness its mean and variance are 0.
 ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                                       const Image& brightness);
 ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels,
@@ -127,7 +127,8 @@ ORVA_EXPORT std::vector<RegionFeature> regionFeatures(const image<short>& labels
 /// last. Nothing when the images differ in size or have no pixels.
 /// @{
 
-/// A list a label, 0 to n - 1; without @p n that is regionNumber(labels).
+/// One list per label, 0 to n - 1, without spare capacity; without @p n that is
+/// regionNumber(labels).
 ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
                                                                   const Image& brightness,
                                                                   bool sorted);
@@ -136,8 +137,8 @@ ORVA_EXPORT std::vector<std::vector<float>> regionIntensityArrays(const image<sh
                                                                   bool sorted);
 /// @}
 
-/// 256 counts, one a byte value; values outside @p low to @p high are not counted. All are 0 for a
-/// null image.
+/// 256 counts, one per byte value; values outside @p low to @p high are not counted. All are 0 for
+/// a null image.
 ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low, int high);
 
 /// @name Chamfer distances
@@ -151,7 +152,7 @@ ORVA_EXPORT std::vector<int> histogram(const image<unsigned char>& img, int low,
 ///
 /// The two passes leave out the border. What they do not reach follows its neighbours at 1 for
 /// every step, diagonals included; what has nothing to follow stays 10000. The first volume of the
-/// input is measured. Cost: three walks over the image.
+/// input is measured. Cost: three passes over the image.
 ///
 /// G. Borgefors, Distance transformations in digital images, Computer Vision, Graphics, and Image
 /// Processing 34, 1986.
@@ -173,15 +174,15 @@ ORVA_EXPORT image<unsigned char> chamfer(const Image& in, bool invert);
 
 /// Gives every negative pixel of a label image the label of the region nearest by chamfer distance
 /// (see fchamfer()), in place. A pixel @p maxDistance or more away becomes -1, and so does the
-/// border, which is not reached. Of regions at the same distance that wins which the forward pass
-/// reaches, and within a pass the first in the order of the steps: z, y, x upward. The last test is
-/// literal: with a @p maxDistance of 0 or less all pixels become -1, and above 10000 unreached
-/// pixels keep their values. The first volume is processed; a null image stays.
+/// border, which is not reached. Of regions at the same distance, the one that the forward pass
+/// reaches wins, and within a pass the first in the order of the steps: z, y, x ascending. The last
+/// test is literal: with a @p maxDistance of 0 or less all pixels become -1, and above 10000
+/// unreached pixels keep their values. The first volume is processed; a null image stays.
 ORVA_EXPORT void propagate(image<short>& labels, float maxDistance);
 
 /// @name Erosion and dilation by one pixel, in place
-/// For single planes. In a stack only plane 0 is looked at and all of it counts as border, which is
-/// intended.
+/// For single planes. In a stack only plane 0 is processed, and all of it counts as border, which
+/// is intended.
 /// @{
 
 /// Sets to -1 every label pixel at the border or with a different value among its eight neighbours.
@@ -200,7 +201,8 @@ ORVA_EXPORT void dilate(image<unsigned char>& mask);
 /// for an image that has such a format without being an image<T>.
 ORVA_EXPORT image<unsigned char> edge(const Image& img);
 
-/// The edge() pixels of every region, plane 0, row by row.
+/// The edge() pixels of every region, plane 0, row by row: one list per label, without spare
+/// capacity.
 ORVA_EXPORT std::vector<std::vector<Point>> boundaries(const image<short>& labels);
 
 /// Fills all background that is not connected to the border along the axes, and sets every non-zero
@@ -209,8 +211,8 @@ ORVA_EXPORT std::vector<std::vector<Point>> boundaries(const image<short>& label
 ORVA_EXPORT void removeInternalStructures(image<unsigned char>& mask);
 
 /// @name Convex hulls
-/// Fills every region up to its convex hull, as far as that shows from a number of directions: over
-/// the half circle @p precision of them (3 to 50, others are brought into that range), in a volume
+/// Fills every region up to its convex hull, approximated by the slabs across a number of
+/// directions: @p precision (clamped to 3..50) over the half circle, in a volume
 /// 4 * precision * (precision + 1) over the half sphere. A background pixel of the region's
 /// bounding box joins it when its projection on each direction lies between those of the region's
 /// boundary pixels, both included. Regions are filled in label order and never lose pixels. The

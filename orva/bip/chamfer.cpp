@@ -6,9 +6,9 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/chamfer_passes.h"
 #include "orva/bip/neighbour_box.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/image/float_conversion.h"
-#include "orva/image/unset_image.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/image_io/image_io.h"
 #include "orva/util/cpu_path.h"
 
@@ -55,8 +55,8 @@ image<short> labelsOf(const Image& in) {
 void initFromLabels(const Image& in, image<float>& distance) {
   const image<short> labels = labelsOf(in);
   const std::ptrdiff_t nx = distance.nx();
-  // Whether the pixels of one are alike.
-  auto columns = withMemory([nx] { return std::vector<short>(static_cast<std::size_t>(nx)); });
+  // Whether the three (or nine) pixels of a column of the box are equal.
+  auto columns = exitOnBadAlloc([nx] { return std::vector<short>(static_cast<std::size_t>(nx)); });
   forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
     const short* row = labels.pixels() + first;
     float* to = distance.pixels() + first;
@@ -99,15 +99,15 @@ bool anyReached(const float* row, std::ptrdiff_t n) {
   return any != 0;
 }
 
-// What the two passes left unreached, the border above all, follows its neighbours at a cost of 1
-// for every step, diagonals included; this is intended.
+// Pixels that the two passes did not reach, above all the border, take the smallest distance among
+// their neighbours plus 1, also along diagonals; this is intended.
 void repair(image<float>& distance) {
   float* d = distance.pixels();
   const std::ptrdiff_t nx = distance.nx();
   forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
     bool hasReached = false;
     if (!anyUnreached(d + first, nx)) return;
-    // Where nothing near is reached all stay as they are: one more than theirs is too far.
+    // Without a reached neighbour they stay as they are.
     forEachRowOfBox(distance, y, z, [&](std::ptrdiff_t other) {
       hasReached = hasReached || anyReached(d + other, nx);
     });
@@ -133,7 +133,7 @@ image<float> fchamfer(const Image& in) {
               << ", return null image\n";
     return image<float>(0, 1, 1, 1, 1);
   }
-  image<float> distance = unsetImage<float>(in.nx(), in.ny(), in.nz(), 1, 1);
+  image<float> distance = uninitializedImage<float>(in.nx(), in.ny(), in.nz(), 1, 1);
   if (distance.isNull()) return distance;  // sizes below zero whose product is positive
   if (in.format() == BYTE) {
     initFromBytes(in, distance);

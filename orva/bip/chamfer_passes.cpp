@@ -9,21 +9,21 @@
 #include <cstring>
 #include <vector>
 
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/util/cpu_path.h"
-#include "orva/util/lanes.h"
+#include "orva/util/simd.h"
 
 namespace orva::bip {
 namespace {
 
-// To a neighbour: its index less the pixel's own, and the length.
+// A step to a neighbour: the difference of the indices and the Euclidean length.
 struct Step {
   std::ptrdiff_t offset;
   float length;
 };
 
-// The steps of one pass that leave the row, in their order; the step within the row, to the pixel
-// that was dealt with just before, has its place behind the first `beforeRow` of them.
+// The steps of one pass that leave the row, in order. The step within the row, to the pixel
+// processed last, comes after the first `beforeRow` of them.
 template <std::size_t N>
 struct Steps {
   std::array<Step, N> leaving;
@@ -61,11 +61,11 @@ constexpr std::size_t kVolumeSteps = 15;
 // before the first on: t[x] = min(t[x], t[x - 1] + 1), or from the last backward. Up to kLanes
 // values on either side of the row are overwritten.
 //
-// That is a minimum over sums with k ones, each rounded. For k up to 8 and distances as they occur,
-// fl(t + k) is the same number: a sum is rounded only where it passes a power of two, and of one or
-// two such roundings to even none changes the next; from 2 on eight ones pass at most two, and
-// below 2 lie 0, 1 and the roots of 2 and 3 alone, of which tests/bip/chamfer_rows_test.cpp tries
-// all sums.
+// The loop-carried dependence is replaced by a prefix minimum over eight lanes, which adds k at
+// once instead of 1 k times. For k up to 8 and the distances that occur both round to the same
+// float: a sum is rounded only where it passes a power of two. From 2 on, eight ones pass at most
+// two powers, and the two roundings to even do not interact. Below 2 the only distances are 0, 1,
+// sqrt(2) and sqrt(3), whose sums tests/bip/chamfer_rows_test.cpp checks exhaustively.
 template <Pass kPass>
 void growAlongRow(float* t, std::ptrdiff_t nx, float carry) {
   constexpr bool kForward = kPass == Pass::kForward;
@@ -109,12 +109,12 @@ void forEachInnerRow(const Image& img, Pass pass, Lower lower) {
   }
 }
 
-// A row with room for lanes on either side.
+// A row with room for a vector on either side.
 template <class T>
 class RowBuffer {
  public:
   explicit RowBuffer(int nx)
-      : values_(withMemory(
+      : values_(exitOnBadAlloc(
             [nx] { return std::vector<T>(static_cast<std::size_t>(nx) + 2 * kLanes); })) {}
   T* row() { return values_.data() + kLanes; }
 
@@ -133,13 +133,13 @@ void passOverDistances(image<float>& distance) {
     onWidestPath([=] {
       ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
-        float least = d[x];
+        float min = d[x];
 #pragma GCC unroll 16
         for (std::size_t k = 0; k < N; ++k) {
           const float sum = d[x + steps.leaving[k].offset] + steps.leaving[k].length;
-          least = sum < least ? sum : least;
+          min = sum < min ? sum : min;
         }
-        t[x] = least;
+        t[x] = min;
       }
       growAlongRow<kPass>(t, nx, kPass == Pass::kForward ? d[0] : d[nx - 1]);
       std::copy_n(t + 1, nx - 2, d + 1);
@@ -154,11 +154,11 @@ template <Pass kPass, std::size_t N>
 void passOverLabels(image<float>& distance, short* labels) {
   const Steps<N> steps = stepsOf<N>(distance, kPass);
   const std::ptrdiff_t nx = distance.nx();
-  RowBuffer<float> leastBuffer(distance.nx());
+  RowBuffer<float> minBuffer(distance.nx());
   RowBuffer<float> limitBuffer(distance.nx());
   RowBuffer<std::int32_t> choiceBuffer(distance.nx());
   RowBuffer<std::int32_t> alongBuffer(distance.nx());
-  float* t = leastBuffer.row();
+  float* t = minBuffer.row();
   float* limits = limitBuffer.row();
   std::int32_t* choices = choiceBuffer.row();
   std::int32_t* alongRow = alongBuffer.row();  // a mask: whether the step within the row is best
@@ -169,25 +169,25 @@ void passOverLabels(image<float>& distance, short* labels) {
   forEachInnerRow(distance, kPass, [&](std::ptrdiff_t first) {
     float* d = distance.pixels() + first;
     short* label = labels + first;
-    // Of the steps that leave the row: the least sum, the first step to it, and below which sum
-    // the step within the row is better.
+    // Over the steps that leave the row: the smallest sum, the first step that reaches it, and the
+    // sum below which the step within the row is better.
     onWidestPath([=] {
       ORVA_INDEPENDENT
       for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
-        float least = d[x];
+        float min = d[x];
         std::int32_t choice = 0;
-        float limit = least;
+        float limit = min;
 #pragma GCC unroll 16
         for (std::size_t k = 0; k < N; ++k) {
           const float sum = d[x + steps.leaving[k].offset] + steps.leaving[k].length;
-          const bool isLess = sum < least;
+          const bool isLess = sum < min;
           // The step within the row comes before the later ones of equal sum.
           const float next = k < steps.beforeRow ? sum : above(sum);
-          least = isLess ? sum : least;
+          min = isLess ? sum : min;
           limit = isLess ? next : limit;
           choice = isLess ? static_cast<std::int32_t>(k) + 1 : choice;
         }
-        t[x] = least;
+        t[x] = min;
         limits[x] = limit;
         choices[x] = choice;
       }

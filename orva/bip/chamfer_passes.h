@@ -19,11 +19,11 @@ enum class Pass { kForward, kBackward };
 // order of dz, dy, dx, if that is smaller than its own. Steps whose coordinate sum is 0 belong to
 // both passes; this is intended.
 //
-// Distances are 0 or from 1 to kUnknownDistance. Those up to 1 can not become smaller, so that no
-// threshold is needed that keeps them.
+// Distances are 0 or from 1 to kUnknownDistance. Those up to 1 cannot become smaller, so the passes
+// need no test that keeps them.
 void chamferPass(image<float>& distance, Pass pass);
 
-// The same; a pixel also takes the label of the neighbour.
+// The same, and a pixel takes the label of the neighbour with the distance.
 void chamferPass(image<float>& distance, short* labels, Pass pass);
 
 }  // namespace orva::bip

@@ -80,26 +80,30 @@ class Areas {
   const T* in_;
 };
 
-// Two passes over the rows. The first gives every run a provisional label, unites those of runs
-// that touch, and stores them where they need no further memory: at the start of the run's own row
-// of the label image. The second encodes the runs once more, which costs less than to keep them,
-// and writes the final labels.
+// Two passes over the rows. The first gives every run a provisional label and unites those of runs
+// that touch. If there are many, it stores them where they take no further memory: at the start of
+// the run's own row of the label image. The second pass encodes the runs once more, which costs
+// less than to keep them, and writes the final labels.
 //
 // L. He, Y. Chao, K. Suzuki, A run-based two-scan labeling algorithm, IEEE Transactions on Image
 // Processing 17, 2008.
 template <class Source>
 class RunLabelling {
  public:
-  RunLabelling(Source source, Connectivity connectivity, MemoryBudget& budget, image<short>& labels)
+  // `apartLabels` provisional labels, of few runs, are stored apart from the label image: to touch
+  // its rows in the first pass, too, takes longer.
+  RunLabelling(Source source, Connectivity connectivity, MemoryBudget& budget,
+               std::size_t apartLabels, image<short>& labels)
       : source_(std::move(source)),
         connectivity_(connectivity),
+        apartLabels_(apartLabels),
         nx_(labels.nx()),
         labels_(labels),
         sets_(budget),
         counts_(budget),
         plane_(budget),
         before_(budget),
-        overflow_(budget),
+        apart_(budget),
         current_(budget),
         next_(budget),
         buffer_(budget) {
@@ -111,6 +115,7 @@ class RunLabelling {
 
   std::ptrdiff_t run(std::ptrdiff_t limit) {
     counts_.reserve(static_cast<std::size_t>(std::ptrdiff_t{ny_} * nz_));
+    apart_.reserve(apartLabels_);
     for (int z = 0; z < nz_; ++z) {
       std::swap(plane_, before_);
       plane_.encoder.discardKept();
@@ -204,41 +209,47 @@ class RunLabelling {
     }
   }
 
-  // Stores the provisional labels of a row at its start: in 16 bits while all labels so far fit, in
-  // 32 bits from then on. What a row has no room for goes to overflow_.
+  // Stores the provisional labels of a row: apart while they are few, else at the start of the row,
+  // in 16 bits while all labels so far fit and in 32 bits from then on. Those for which the row has
+  // no room are stored apart.
   void store(const int* provisional, std::size_t count, short* row) {
     constexpr std::size_t kNarrowSets = std::numeric_limits<std::uint16_t>::max() + std::size_t{1};
-    if (sets_.size() <= kNarrowSets) {
-      narrowRows_ = counts_.size() + 1;
+    const std::size_t y = counts_.size();
+    std::size_t inRow = 0;
+    if (apartRows_ == y && apart_.size() + count <= apart_.capacity()) {
+      apartRows_ = narrowRows_ = y + 1;
+    } else if (narrowRows_ == y && sets_.size() <= kNarrowSets) {
+      narrowRows_ = y + 1;
       for (std::size_t i = 0; i < count; ++i) row[i] = static_cast<short>(provisional[i]);
+      return;
     } else {
-      const std::size_t inRow = std::min(count, wideRoom());
+      inRow = std::min(count, wideRoom());
       std::memcpy(row, provisional, inRow * sizeof(int));
-      overflow_.insert(overflow_.end(), provisional + inRow, provisional + count);
     }
+    apart_.insert(apart_.end(), provisional + inRow, provisional + count);
   }
 
-  // The provisional labels of 32 bits that a row has room for.
+  // The number of provisional labels of 32 bits that a row has room for.
   std::size_t wideRoom() const {
     return static_cast<std::size_t>(nx_) * sizeof(short) / sizeof(int);
   }
 
   // Reads the region numbers of a row's runs. To be called for all rows in order.
-  void load(std::size_t row, BudgetVector<int>& numbers) {
-    const auto count = static_cast<std::size_t>(counts_[row]);
-    const short* from = labels_.pixels() + static_cast<std::ptrdiff_t>(row) * nx_;
+  void load(std::size_t y, BudgetVector<int>& numbers) {
+    const auto count = static_cast<std::size_t>(counts_[y]);
+    const short* row = labels_.pixels() + static_cast<std::ptrdiff_t>(y) * nx_;
     numbers.resize(count);
-    if (row < narrowRows_) {
-      std::transform(from, from + count, numbers.begin(), [this](short label) {
+    if (y >= apartRows_ && y < narrowRows_) {
+      std::transform(row, row + count, numbers.begin(), [this](short label) {
         return sets_.numberOf(static_cast<std::uint16_t>(label));
       });
-    } else {
-      const std::size_t inRow = std::min(count, wideRoom());
-      std::memcpy(numbers.data(), from, inRow * sizeof(int));
-      std::copy_n(overflow_.data() + overflowRead_, count - inRow, numbers.data() + inRow);
-      overflowRead_ += count - inRow;
-      for (int& number : numbers) number = sets_.numberOf(number);
+      return;
     }
+    const std::size_t inRow = y < apartRows_ ? 0 : std::min(count, wideRoom());
+    std::memcpy(numbers.data(), row, inRow * sizeof(int));
+    std::copy_n(apart_.data() + apartRead_, count - inRow, numbers.data() + inRow);
+    apartRead_ += count - inRow;
+    for (int& number : numbers) number = sets_.numberOf(number);
   }
 
   void write() {
@@ -283,17 +294,19 @@ class RunLabelling {
 
   Source source_;
   Connectivity connectivity_;
+  std::size_t apartLabels_;
   int nx_;
   int ny_;
   int nz_;
   image<short>& labels_;
   UnionFind<BudgetAllocator<int>> sets_;
   BudgetVector<int> counts_;    // the number of runs of each row
-  std::size_t narrowRows_ = 0;  // rows whose provisional labels have 16 bits
+  std::size_t apartRows_ = 0;   // the first rows, whose provisional labels are all stored apart
+  std::size_t narrowRows_ = 0;  // end of the rows after them with 16-bit labels
   Plane plane_;
   Plane before_;
-  BudgetVector<int> overflow_;  // provisional labels for which their rows had no room
-  std::size_t overflowRead_ = 0;
+  BudgetVector<int> apart_;  // the provisional labels that are not in the label image
+  std::size_t apartRead_ = 0;
   BudgetVector<int> current_;  // the region numbers of the row that is written
   BudgetVector<int> next_;
   BudgetVector<short> buffer_;  // a row and what is overwritten behind it
@@ -305,7 +318,8 @@ std::optional<std::ptrdiff_t> labelRuns(Source source, Connectivity connectivity
                                         image<short>& labels) {
   MemoryBudget budget(bytes);
   try {
-    return RunLabelling(std::move(source), connectivity, budget, labels).run(limit);
+    const std::size_t apartLabels = bytes / 8 / sizeof(int);
+    return RunLabelling(std::move(source), connectivity, budget, apartLabels, labels).run(limit);
   } catch (const BudgetExceeded&) {
     return std::nullopt;
   }

@@ -6,7 +6,7 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/neighbour_box.h"
 #include "orva/bip/silent.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/util/global.h"
 #include "orva/util/narrow.h"
 
@@ -15,13 +15,13 @@ namespace {
 
 constexpr float kPi = 3.1415927F;
 
-// A direction, and the slab across it that a region fills.
+// A direction and the extent of a region along it.
 struct Slab {
   float dx;
   float dy;
   float dz;
-  float least = 0.0F;
-  float most = 0.0F;
+  float min = 0.0F;
+  float max = 0.0F;
 
   float project(int x, int y, int z) const {
     return static_cast<float>(x) * dx + static_cast<float>(y) * dy + static_cast<float>(z) * dz;
@@ -71,23 +71,23 @@ void forEachInBounds(const Image& img, const RegionFeature& f, Visit visit) {
 void fillHull(image<short>& labels, short region, const RegionFeature& f,
               std::vector<Slab>& slabs) {
   for (Slab& s : slabs) {
-    s.least = 999999.0F;
-    s.most = -999999.0F;
+    s.min = 999999.0F;
+    s.max = -999999.0F;
   }
   short* label = labels.pixels();
   forEachInBounds(labels, f, [&](int x, int y, int z, std::ptrdiff_t i) {
     if (label[i] != region || !isEdge(labels, x, y, z)) return;
     for (Slab& s : slabs) {
       const float p = s.project(x, y, z);
-      s.least = std::min(s.least, p);
-      s.most = std::max(s.most, p);
+      s.min = std::min(s.min, p);
+      s.max = std::max(s.max, p);
     }
   });
   forEachInBounds(labels, f, [&](int x, int y, int z, std::ptrdiff_t i) {
     if (label[i] >= 0) return;
     const bool inside = std::none_of(slabs.begin(), slabs.end(), [&](const Slab& s) {
       const float p = s.project(x, y, z);
-      return s.least > p || s.most < p;
+      return s.min > p || s.max < p;
     });
     if (inside) label[i] = region;
   });
@@ -96,7 +96,7 @@ void fillHull(image<short>& labels, short region, const RegionFeature& f,
 void fillHulls(image<short>& labels, int n, int precision) {
   const std::vector<RegionFeature> features = regionFeatures(labels, n);
   const int directions = std::clamp(precision, 3, 50);
-  std::vector<Slab> slabs = withMemory(
+  std::vector<Slab> slabs = exitOnBadAlloc(
       [&] { return labels.nz() == 1 ? directions2d(directions) : directions3d(directions); });
   for (int r = 0; r < n; ++r) {
     fillHull(labels, fittedTo16(r), features[static_cast<std::size_t>(r)], slabs);

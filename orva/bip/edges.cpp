@@ -4,22 +4,24 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::bip {
 namespace {
 
-// An integer as wide as T, so that a count takes as many lanes as the pixels counted.
+// An unsigned integer as wide as T, so that vectors of counts and of pixels have equally many
+// lanes.
 template <class T>
 using CountOf =
     std::conditional_t<sizeof(T) == 1, std::uint8_t,
                        std::conditional_t<sizeof(T) == 2, std::uint16_t, std::uint32_t>>;
 
-// Edge pixels of a row: at most seven of the 3x3 box, the centre counted, equal the centre.
+// Marks the edge pixels of a row: those that at most seven pixels of their 3x3 box, themselves
+// included, equal.
 template <class T>
 void findEdges(const T* row, std::ptrdiff_t stride, std::ptrdiff_t nx, unsigned char* edges) {
-  constexpr CountOf<T> kMostEqual = 7;
+  constexpr CountOf<T> kMaxEqual = 7;
   onWidestPath([=] {
     const T* above = row - stride;
     const T* below = row + stride;
@@ -27,7 +29,7 @@ void findEdges(const T* row, std::ptrdiff_t stride, std::ptrdiff_t nx, unsigned 
     for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
       const T centre = row[x];
       const auto isEqual = [centre](T v) { return static_cast<CountOf<T>>(v == centre ? 1 : 0); };
-      CountOf<T> equal = isEqual(centre);  // not where it is a NaN
+      CountOf<T> equal = isEqual(centre);  // 0 for a NaN
       equal = static_cast<CountOf<T>>(equal + isEqual(above[x - 1]));
       equal = static_cast<CountOf<T>>(equal + isEqual(above[x]));
       equal = static_cast<CountOf<T>>(equal + isEqual(above[x + 1]));
@@ -36,7 +38,7 @@ void findEdges(const T* row, std::ptrdiff_t stride, std::ptrdiff_t nx, unsigned 
       equal = static_cast<CountOf<T>>(equal + isEqual(below[x - 1]));
       equal = static_cast<CountOf<T>>(equal + isEqual(below[x]));
       equal = static_cast<CountOf<T>>(equal + isEqual(below[x + 1]));
-      edges[x] = equal <= kMostEqual ? 255 : 0;
+      edges[x] = equal <= kMaxEqual ? 255 : 0;
     }
   });
 }
@@ -51,7 +53,7 @@ image<unsigned char> edgeOf(const image<T>& img) {
   return edges;
 }
 
-// edgeOf(img) if img has pixels of type T, else the empty image.
+// edgeOf(img) if img is an image<T>, else the empty image.
 template <class T>
 image<unsigned char> edgeAs(const Image& img) {
   const auto* typed = dynamic_cast<const image<T>*>(&img);
@@ -104,7 +106,7 @@ image<unsigned char> edge(const Image& img) {
 
 std::vector<std::vector<Point>> boundaries(const image<short>& labels) {
   const image<unsigned char> edges = edge(labels);
-  return withMemory([&] { return boundaryLists(edges, labels); });
+  return exitOnBadAlloc([&] { return boundaryLists(edges, labels); });
 }
 
 }  // namespace orva::bip

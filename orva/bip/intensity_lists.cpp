@@ -6,8 +6,8 @@
 
 #include "orva/bip/bip.h"
 #include "orva/bip/label_runs.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/image/float_conversion.h"
-#include "orva/image/with_memory.h"
 
 namespace orva::bip {
 namespace {
@@ -65,7 +65,7 @@ std::vector<std::vector<float>> intensityLists(const image<short>& labels, int n
 std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
                                                       const Image& brightness, bool sorted) {
   if (labels.isNull() || brightness.isNull() || !brightness.equalSize(labels)) return {};
-  return withMemory([&] { return intensityLists(labels, n, brightness, sorted); });
+  return exitOnBadAlloc([&] { return intensityLists(labels, n, brightness, sorted); });
 }
 
 std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels,

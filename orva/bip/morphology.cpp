@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::bip {
@@ -16,13 +16,13 @@ using Byte = unsigned char;
 // In a stack the whole of plane 0 is border; this is intended.
 bool hasInterior(const Image& img) { return img.nframes() == 1 && img.nx() > 2 && img.ny() > 2; }
 
-// As many zeros as asked for, with one more on either side. They begin at a line of the cache: of
-// vectors across two lines each access counts twice.
+// `count` zeros, with one more on either side, aligned to a cache line: a vector access across two
+// lines takes twice as long.
 template <class T>
 class Line {
  public:
   explicit Line(std::ptrdiff_t count)
-      : memory_(withMemory(
+      : memory_(exitOnBadAlloc(
             [count] { return std::vector<T>(static_cast<std::size_t>(count) + 2 * kBeside); })) {}
   T* begin() {
     const std::size_t past = reinterpret_cast<std::uintptr_t>(memory_.data()) / sizeof(T) % kBeside;
@@ -38,8 +38,8 @@ class Line {
 // 255, and else 0. Pixels outside the plane count as 0, and so do its border pixels unless
 // `withBorder` is set.
 //
-// No row is copied: what the next row needs of this one is its join with that row, which is taken
-// before either changes.
+// No row is copied: the next row needs this one only through their join, which is computed before
+// either changes.
 template <class Join>
 void changeMask(image<Byte>& mask, Byte changing, bool withBorder, Join join) {
   const std::ptrdiff_t nx = mask.nx();
@@ -78,7 +78,7 @@ void changeMask(image<Byte>& mask, Byte changing, bool withBorder, Join join) {
   }
 }
 
-// All bits, or none.
+// All bits set, or none.
 short maskOf(bool holds) { return static_cast<short>(holds ? -1 : 0); }
 
 }  // namespace
@@ -87,13 +87,13 @@ void erode(image<short>& labels) {
   if (labels.isNull()) return;
   const bool interior = hasInterior(labels);
   const std::ptrdiff_t nx = labels.nx();
-  // Of the rows before they changed.
+  // Rows as they were before the erosion.
   Line<short> rowAbove(nx);
   Line<short> rowItself(nx);
   Line<short> marks(nx);
   short* above = rowAbove.begin();
   short* row = rowItself.begin();
-  short* columns = marks.begin();  // whether the three pixels of a column are alike
+  short* columns = marks.begin();  // whether the three pixels of a column are equal
   for (int y = 0; y < labels.ny(); ++y) {
     short* to = labels.pixels() + y * nx;
     std::swap(above, row);

@@ -10,8 +10,8 @@
 
 namespace orva::bip {
 
-// Calls visit(i) for every row that the box of a pixel of row y, plane z reaches, with the index i
-// of the row's first pixel.
+// Calls visit(i) for every row that the box of a pixel in row y of plane z covers, with the index i
+// of the first pixel of the row.
 template <class Visit>
 void forEachRowOfBox(const Image& img, int y, int z, Visit visit) {
   for (int w = std::max(z - 1, 0); w <= std::min(z + 1, img.nz() - 1); ++w) {
@@ -21,8 +21,7 @@ void forEachRowOfBox(const Image& img, int y, int z, Visit visit) {
   }
 }
 
-// True when holds(i) does for the index i of some pixel of the box; asks in linear order and stops
-// at the first.
+// Whether holds(i) for the index i of any pixel of the box; stops at the first in linear order.
 template <class Holds>
 bool anyInBox(const Image& img, int x, int y, int z, Holds holds) {
   const int x1 = std::min(x + 1, img.nx() - 1);
@@ -39,7 +38,7 @@ bool anyInBox(const Image& img, int x, int y, int z, Holds holds) {
   return false;
 }
 
-// True when a pixel of the box differs from its centre. The image border by itself makes no edge.
+// True when a pixel of the box differs from its centre. The image border alone makes no edge.
 inline bool isEdge(const image<short>& img, int x, int y, int z) {
   if (img.isNull()) return false;
   const short own = img.pixels()[(std::ptrdiff_t{z} * img.ny() + y) * img.nx() + x];

@@ -2,14 +2,14 @@
 
 #include "orva/bip/bip.h"
 #include "orva/bip/chamfer_passes.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva::bip {
 
 void propagate(image<short>& labels, float maxDistance) {
   if (labels.isNull()) return;
-  image<float> distance = unsetImage<float>(labels.nx(), labels.ny(), labels.nz(), 1, 1);
+  image<float> distance = uninitializedImage<float>(labels.nx(), labels.ny(), labels.nz(), 1, 1);
   short* label = labels.pixels();
   float* d = distance.pixels();
   const std::ptrdiff_t count = distance.npix();

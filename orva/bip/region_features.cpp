@@ -7,8 +7,8 @@
 #include "orva/bip/bip.h"
 #include "orva/bip/label_runs.h"
 #include "orva/bip/region_geometry.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/image/float_conversion.h"
-#include "orva/image/with_memory.h"
 
 namespace orva::bip {
 namespace {
@@ -126,7 +126,7 @@ std::vector<RegionFeature> measured(const image<short>& labels, int n, const Ima
 std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                           const Image& brightness) {
   if (labels.isNull()) return {};
-  return withMemory([&] { return measured(labels, n, brightness); });
+  return exitOnBadAlloc([&] { return measured(labels, n, brightness); });
 }
 
 std::vector<RegionFeature> regionFeatures(const image<short>& labels, const Image& brightness) {

@@ -10,21 +10,21 @@
 #include "orva/bip/connected_components.h"
 #include "orva/bip/flood_fill.h"
 #include "orva/bip/silent.h"
-#include "orva/image/unset_image.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
+#include "orva/image/uninitialized_image.h"
 
 namespace orva::bip {
 namespace {
 
 constexpr int kMaxRegions = std::numeric_limits<short>::max() + 1;
 
-// What labelling may take beside the label image: half as much as that, if not next to nothing.
+// The memory that labelling may take beside the label image: half of that, or 8 KiB.
 std::size_t scratchBytes(const image<short>& labels) {
   constexpr std::size_t kMin = 8192;
   return std::max(static_cast<std::size_t>(labels.npix()) * sizeof(short) / 2, kMin);
 }
 
-// Pixels equal to `value`, or all for a negative one.
+// Labels the pixels equal to `value`, or all for a negative one.
 template <class Pixel>
 std::ptrdiff_t flood(const Pixel* in, int value, int reach, NeighborhoodType type,
                      image<short>& labels) {
@@ -40,7 +40,7 @@ silent::Regions withCount(image<short> labels, std::ptrdiff_t found) {
 
 silent::Regions labelled(const image<unsigned char>& in, int value, int reach,
                          NeighborhoodType type) {
-  image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
+  image<short> labels = uninitializedImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
   std::optional<std::ptrdiff_t> found;
   if (value > 255) {
     std::fill_n(labels.pixels(), labels.npix(), kBackground);
@@ -57,7 +57,7 @@ silent::Regions labelled(const image<unsigned char>& in, int value, int reach,
 }
 
 silent::Regions labelled(const image<short>& in) {
-  image<short> labels = unsetImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
+  image<short> labels = uninitializedImage<short>(in.nx(), in.ny(), in.nz(), 1, 1);
   std::optional<std::ptrdiff_t> found =
       labelAreas(in.pixels(), Connectivity::Box, kMaxRegions, scratchBytes(labels), labels);
   constexpr int kAll = -1;
@@ -81,7 +81,7 @@ void reportIgnoredRegions() {
 silent::Regions silent::regions(const image<unsigned char>& in, int value, int reach,
                                 NeighborhoodType type) {
   if (in.isNull()) return {image<short>(0, 1, 1, 1, 1)};
-  return withMemory([&] { return labelled(in, value, reach, type); });
+  return exitOnBadAlloc([&] { return labelled(in, value, reach, type); });
 }
 
 image<short> regions(const image<unsigned char>& in, int& n, int value, int reach,
@@ -97,7 +97,7 @@ image<short> regions(const image<unsigned char>& in) {
 
 image<short> regions(const image<short>& in, int& n) {
   if (in.isNull()) return image<short>(0, 1, 1, 1, 1);
-  return reported(withMemory([&] { return labelled(in); }), n);
+  return reported(exitOnBadAlloc([&] { return labelled(in); }), n);
 }
 
 image<short> regions(const image<short>& in) {
@@ -112,7 +112,7 @@ int regionNumber(const image<short>& labels) {
 void relabel(image<short>& labels) {
   const int n = regionNumber(labels);
   auto numbers =
-      withMemory([n] { return std::vector<short>(static_cast<std::size_t>(n), kBackground); });
+      exitOnBadAlloc([n] { return std::vector<short>(static_cast<std::size_t>(n), kBackground); });
   short* first = labels.pixels();
   short* last = first + labels.npix();
   std::for_each(first, last, [&](short k) {

@@ -7,7 +7,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/image/float_conversion.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
 
@@ -55,7 +55,7 @@ void thresholdWhole(const T* from, image<unsigned char>& mask, float t) {
 
 image<unsigned char> threshold(const Image& img, float t) {
   if (img.isNull()) return image<unsigned char>(0, 1, 1, 1, 1);
-  image<unsigned char> mask = unsetImage<unsigned char>(img.nx(), img.ny(), img.nz(), 1, 1);
+  image<unsigned char> mask = uninitializedImage<unsigned char>(img.nx(), img.ny(), img.nz(), 1, 1);
   if (const auto* bytes = ownImage<unsigned char>(img)) {
     thresholdWhole(bytes->pixels(), mask, t);
   } else if (const auto* shorts = ownImage<short>(img)) {

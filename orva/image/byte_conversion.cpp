@@ -8,7 +8,7 @@
 #include "orva/image/image.h"
 #include "orva/image/min_max.h"
 #include "orva/image/pixel_traits.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/narrow.h"
 
@@ -88,7 +88,8 @@ image<unsigned char> bytesOf(const Image& img, bool scale) {
   if (img.isNull()) return image<unsigned char>(0, 1, 1, 1, 1);
   if (img.format() == BYTE && !scale) return sharedOrCopied(img);
 
-  image<unsigned char> result = unsetImage<unsigned char>(img.nx(), img.ny(), img.nframes(), 1, 1);
+  image<unsigned char> result =
+      uninitializedImage<unsigned char>(img.nx(), img.ny(), img.nframes(), 1, 1);
   if (result.isNull()) return result;
   const Range range = rangeOf(img, result.npix());
   // Intended: a constant image becomes black, whatever its value.

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "orva/image/image.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva {
@@ -93,7 +93,7 @@ const float* PixelFloats::read(std::ptrdiff_t first, std::ptrdiff_t count) {
 
 image<float> toFloatImage(const Image& img) {
   if (!hasFloatForm(img)) return image<float>(0, 1, 1, 1, 1);
-  image<float> result = unsetImage<float>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  image<float> result = uninitializedImage<float>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
   readFloats(img, 0, result.npix(), result.pixels());
   return result;
 }

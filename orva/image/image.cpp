@@ -11,11 +11,11 @@
 #include <optional>
 #include <vector>
 
+#include "orva/image/bad_alloc.h"
 #include "orva/image/min_max.h"
 #include "orva/image/pixel_memory.h"
 #include "orva/image/pixel_traits.h"
 #include "orva/image/truncate.h"
-#include "orva/image/with_memory.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva {
@@ -125,7 +125,7 @@ std::vector<bool> Image::interior(int nx, int ny, int nz) {
   const int count = exactProduct({nx, ny, nz}).value_or(0);
   if (count <= 0) return {};
   std::vector<bool> inside =
-      withMemory([count] { return std::vector<bool>(static_cast<std::size_t>(count), true); });
+      exitOnBadAlloc([count] { return std::vector<bool>(static_cast<std::size_t>(count), true); });
   const auto clear = [&](std::ptrdiff_t x, std::ptrdiff_t y, std::ptrdiff_t z) {
     inside[static_cast<std::size_t>(x + nx * (y + ny * z))] = false;
   };
@@ -157,7 +157,7 @@ image<T>::image(int x, int y, int z, int c, int t)
 }
 
 template <class T>
-image<T>::image(Unset /*tag*/, int x, int y, int z, int c, int t)
+image<T>::image(Uninitialized /*tag*/, int x, int y, int z, int c, int t)
     : Image(x, y, z, c, t), pixelSize_(sizeof(T)), shared_(newData()) {
   const std::optional<int> count = exactProduct({x, y, z, c, t});
   allocate(count.value_or(-1), false);
@@ -196,7 +196,7 @@ image<T>::~image() {
 
 template <class T>
 ArrayData* image<T>::newData() {
-  return withMemory([] { return new ArrayData; });
+  return exitOnBadAlloc([] { return new ArrayData; });
 }
 
 template <class T>
@@ -219,7 +219,7 @@ image<T>* image<T>::roi(const Point3D& p1, const Point3D& p2) const {
   const int y1 = clampedLast(p2.y, ny());
   const int z1 = clampedLast(p2.z, nframes());
   if (x0 > x1 || y0 > y1 || z0 > z1) return nullptr;
-  auto* box = new image(Unset{}, x1 - x0 + 1, y1 - y0 + 1, z1 - z0 + 1, 1, 1);
+  auto* box = new image(Uninitialized{}, x1 - x0 + 1, y1 - y0 + 1, z1 - z0 + 1, 1, 1);
   T* to = box->data_;
   for (int z = z0; z <= z1; ++z) {
     for (int y = y0; y <= y1; ++y) {
@@ -232,14 +232,14 @@ image<T>* image<T>::roi(const Point3D& p1, const Point3D& p2) const {
 // A one-time-point image of the given sizes with the pixels from index `first` on.
 template <class T>
 image<T>* image<T>::copyOfRun(int first, int x, int y, int z, int c) const {
-  auto* result = new image(Unset{}, x, y, z, c, 1);
+  auto* result = new image(Uninitialized{}, x, y, z, c, 1);
   std::copy_n(data_ + first, result->npix(), result->data_);
   return result;
 }
 
 template <class T>
 image<T>* image<T>::clone() const {
-  auto* result = new image(Unset{}, nx(), ny(), nz(), nc(), nt());
+  auto* result = new image(Uninitialized{}, nx(), ny(), nz(), nc(), nt());
   std::copy_n(data_, result->npix(), result->data_);
   return result;
 }
@@ -269,7 +269,7 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
   if (sz < 0) sz = nframes();
   auto* result = new image(sx, sy, sz, 1, 1);
   if (isNull() || result->isNull()) return result;
-  auto columns = withMemory([sx] { return std::vector<int>(static_cast<std::size_t>(sx)); });
+  auto columns = exitOnBadAlloc([sx] { return std::vector<int>(static_cast<std::size_t>(sx)); });
   for (int x = 0; x < sx; ++x) columns[static_cast<std::size_t>(x)] = sourceIndex(x, nx(), sx);
   T* to = result->data_;
   const T* previous = nullptr;  // source of the previous row
@@ -289,7 +289,7 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
 
 template <class T>
 image<T> image<T>::duplicate() const {
-  image result(Unset{}, nx(), ny(), nz(), nc(), nt());
+  image result(Uninitialized{}, nx(), ny(), nz(), nc(), nt());
   std::copy_n(data_, result.npix(), result.data_);
   return result;
 }

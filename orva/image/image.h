@@ -41,14 +41,14 @@ enum ImageFormat : int {
   RGBA = 10      ///< three unsigned 8-bit components and alpha
 };
 
-/// The integer below or at @p v toward zero, plus one when the rest is at least 0.5. So positive
-/// halves round up and negative values are only truncated: -1.7 gives -1; this is intended.
-/// Values past 32 bits give the nearest int, a NaN gives 0.
+/// @p v truncated toward zero, plus one if the remainder is at least 0.5. Positive halves thus
+/// round up and negative values are only truncated: -1.7 gives -1; this is intended. Values past 32
+/// bits give the nearest int, a NaN gives 0.
 ORVA_EXPORT int round_double(double v);
 
 /// Writes "Error: out of memory" to standard error and ends the process with status 1.
-/// So ends every operation on images, points and cones whose pixels, lists or tables can not have
-/// their memory, unless it names another message.
+/// Every operation on images, points and cones ends so when the memory for its pixels, lists or
+/// tables cannot be allocated, unless it names another message.
 [[noreturn]] ORVA_EXPORT void out_of_memory();
 
 /// A colour pixel: three components in memory order.
@@ -59,8 +59,8 @@ struct ORVA_EXPORT GenericRgb {
   T c2;  ///< the third component
 };
 
-/// The brightness of a colour pixel, computed in double. The red weight stands with the third
-/// component and the blue weight with the first; this is intended.
+/// The brightness of a colour pixel, computed in double. The weight of red belongs to the third
+/// component and that of blue to the first; this is intended.
 template <class T>
 constexpr float luminance(const GenericRgb<T>& p) {
   return static_cast<float>(0.072169 * static_cast<double>(p.c0) +
@@ -77,7 +77,7 @@ constexpr bool operator<(const GenericRgb<T>& p, const GenericRgb<T>& q) {
 /// The reference-counted owner of one block of pixels.
 class ORVA_EXPORT ArrayData {
  public:
-  /// A block-less owner with a count of one.
+  /// An owner without a block, with a count of one.
   ArrayData() = default;
   ArrayData(const ArrayData&) = delete;
   ArrayData& operator=(const ArrayData&) = delete;
@@ -154,7 +154,7 @@ class ORVA_EXPORT Image {
   /// @name Store one pixel
   /// An integer type takes @p v truncated toward zero to 32 bits, of which a byte or a short keeps
   /// the low bits: nothing is clamped, 256 stored in a byte is 0. Unsigned int keeps 0 for negative
-  /// values. Values past 32 bits are first held at the ends of that range; a NaN counts as 0. A
+  /// values. Values past 32 bits are first saturated to that range; a NaN counts as 0. A
   /// colour pixel takes the byte in all three components.
   /// @{
 
@@ -201,7 +201,7 @@ class ORVA_EXPORT Image {
   std::vector<bool> interior() const;
 
  protected:
-  /// For images of one pixel type alone.
+  /// Only for copies of one pixel type: Image itself must not slice.
   Image(const Image&) = default;
   /// @copydoc Image(const Image&)
   Image& operator=(const Image&) = default;
@@ -278,11 +278,11 @@ class ORVA_EXPORT image : public Image {
 
  private:
   /// @cond
-  struct Unset {};  // pixels without values
+  struct Uninitialized {};
   /// @endcond
   template <class U>
-  friend image<U> unsetImage(int x, int y, int z, int c, int t);
-  image(Unset /*tag*/, int x, int y, int z, int c, int t);
+  friend image<U> uninitializedImage(int x, int y, int z, int c, int t);
+  image(Uninitialized /*tag*/, int x, int y, int z, int c, int t);
 
   void allocate(int count, bool zero);
   int at(int x, int y, int z, int c, int t) const;

@@ -20,7 +20,7 @@ namespace orva {
 /// The low 16 bits of @p v: how every result of point arithmetic is stored.
 constexpr std::int16_t wrapTo16(std::int64_t v) { return static_cast<std::int16_t>(v); }
 
-/// @p v truncated toward zero to 32 bits (held at the ends of that range, a NaN gives 0), of which
+/// @p v truncated toward zero to 32 bits (saturated to that range, a NaN gives 0), of which
 /// the low 16 bits are kept.
 constexpr std::int16_t wrapTo16(double v) { return wrapTo16(std::int64_t{truncateTo<int>(v)}); }
 

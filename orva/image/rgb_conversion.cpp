@@ -4,7 +4,7 @@
 #include "orva/image/float_conversion.h"
 #include "orva/image/image.h"
 #include "orva/image/pixel_traits.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/util/cpu_path.h"
 
 namespace orva {
@@ -62,7 +62,7 @@ void scaleColour(const Image& img, image<Rgb>& result) {
 
 image<Rgb> toRgbImage(const Image& img) {
   if (img.isNull()) return image<Rgb>(0, 1, 1, 1, 1);
-  image<Rgb> result = unsetImage<Rgb>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
+  image<Rgb> result = uninitializedImage<Rgb>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
   switch (img.format()) {
     case BYTE:
     case INT:

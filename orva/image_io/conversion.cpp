@@ -4,7 +4,7 @@
 #include "orva/image/byte_conversion.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/pixel_traits.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/image_io/image_io.h"
 #include "orva/util/cpu_path.h"
 
@@ -15,7 +15,7 @@ namespace {
 template <class T>
 image<T> converted(const Image& img) {
   if (img.isNull()) return image<T>(0, 1, 1, 1, 1);
-  image<T> result = unsetImage<T>(img.nx(), img.ny(), img.nframes(), 1, 1);
+  image<T> result = uninitializedImage<T>(img.nx(), img.ny(), img.nframes(), 1, 1);
   PixelFloats pixels(img);
   constexpr std::ptrdiff_t kTogether = 2048;
   for (std::ptrdiff_t i = 0; i < result.npix(); i += kTogether) {

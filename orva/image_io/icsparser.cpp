@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/util/ascii.h"
 
 namespace {
@@ -205,6 +205,6 @@ int parsed(const char* filename, char** dataset, char** type, int* x, int* y, in
 
 int parse_ics_header_file(const char* filename, char** dataset, char** type, int* x, int* y, int* z,
                           int* c, int* t, int* bigEndian) {
-  return orva::withMemory(
+  return orva::exitOnBadAlloc(
       [&] { return parsed(filename, dataset, type, x, y, z, c, t, bigEndian); });
 }

@@ -31,7 +31,7 @@ class ORVA_EXPORT IcsInfo {
   /// An empty record for the data set @p datasetName, which names the files.
   IcsInfo(std::string datasetName);
   virtual ~IcsInfo() = default;
-  /// A record of its own.
+  /// Copies are independent.
   IcsInfo(const IcsInfo&) = default;
   /// @copydoc IcsInfo(const IcsInfo&)
   IcsInfo& operator=(const IcsInfo&) = default;
@@ -87,7 +87,7 @@ class ORVA_EXPORT MultiChannelIcsInfo {
   /// An empty record for the data set @p datasetName, which names the files.
   MultiChannelIcsInfo(std::string datasetName);
   virtual ~MultiChannelIcsInfo() = default;
-  /// A record of its own.
+  /// Copies are independent.
   MultiChannelIcsInfo(const MultiChannelIcsInfo&) = default;
   /// @copydoc MultiChannelIcsInfo(const MultiChannelIcsInfo&)
   MultiChannelIcsInfo& operator=(const MultiChannelIcsInfo&) = default;

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/image_io/encode.h"
 #include "orva/image_io/image_io.h"
 #include "orva/image_io/pnm_header.h"
@@ -125,7 +125,7 @@ void encodePpm(std::ostream& out, const image<unsigned char>& img) {
   const std::size_t count = static_cast<std::size_t>(img.nx()) * static_cast<std::size_t>(img.ny());
   const std::size_t step =
       img.nframes() == 3 ? count : 0;  // from one component's plane to the next
-  auto buffer = withMemory([count] { return std::vector<unsigned char>(count * 3); });
+  auto buffer = exitOnBadAlloc([count] { return std::vector<unsigned char>(count * 3); });
   for (std::size_t i = 0; i < count; ++i) {
     for (std::size_t c = 0; c < 3; ++c) buffer[3 * i + c] = img.pixels()[i + c * step];
   }

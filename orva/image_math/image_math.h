@@ -81,7 +81,7 @@ extern template ORVA_EXPORT float maximum(const std::vector<float>& values);
 /// In float image_math::meanOfTopByPercentage(vector<float> img, float p)
 /// Error: percentage must be a value in [0, 1]
 /// @endverbatim
-/// Cost: three walks over the image; a sort when the levels span more than 2^20.
+/// Cost: three passes over the image; a sort when the levels span more than 2^20.
 /// @{
 
 /// The level that at least @p numpix pixels reach; the highest level for 0.

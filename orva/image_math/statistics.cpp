@@ -8,9 +8,9 @@
 #include <iterator>
 #include <vector>
 
+#include "orva/image/bad_alloc.h"
 #include "orva/image/float_conversion.h"
 #include "orva/image/truncate.h"
-#include "orva/image/with_memory.h"
 #include "orva/image_math/image_math.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/global.h"
@@ -116,7 +116,7 @@ class Histogram {
 
 Histogram histogramOf(const Image& img) {
   PixelFloats pixels(img);
-  return withMemory([&] {
+  return exitOnBadAlloc([&] {
     return Histogram(
         img.fmin(), img.fmax(), img.npix(),
         [&pixels](std::ptrdiff_t first, std::ptrdiff_t n) { return pixels.read(first, n); });
@@ -207,7 +207,7 @@ float meanOfTopByPercentage(std::vector<float> values, float p) {
   checkPercentage(p);
   if (values.empty()) return 0.0F;
   const auto count = static_cast<std::int64_t>(values.size());
-  const Histogram histogram = withMemory([&] {
+  const Histogram histogram = exitOnBadAlloc([&] {
     return Histogram(minimum(values), maximum(values), count,
                      [&values](std::ptrdiff_t first, std::ptrdiff_t) {
                        return &values[static_cast<std::size_t>(first)];

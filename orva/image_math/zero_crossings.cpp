@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/image_math/image_math.h"
 #include "orva/util/cpu_path.h"
 
@@ -41,7 +41,7 @@ std::vector<Point> pointsOf(const image<unsigned char>& edges) {
 }  // namespace
 
 std::vector<Point> findZeros(const Image& img) {
-  return withMemory([&] { return pointsOf(signEdges(img)); });
+  return exitOnBadAlloc([&] { return pointsOf(signEdges(img)); });
 }
 
 std::vector<Point> findZeros(const Image& a, const Image& b) {
@@ -56,7 +56,7 @@ std::vector<Point> findZeros(const Image& a, const Image& b) {
     ORVA_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < count; ++i) both[i] &= others[i];
   });
-  return withMemory([&] { return pointsOf(edgesA); });
+  return exitOnBadAlloc([&] { return pointsOf(edgesA); });
 }
 
 }  // namespace orva::image_math

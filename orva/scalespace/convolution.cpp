@@ -5,7 +5,7 @@
 
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
-#include "orva/util/lanes.h"
+#include "orva/util/simd.h"
 
 namespace orva::scalespace {
 namespace {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <new>
 
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/scalespace/line_buffer.h"
 #include "orva/scalespace/scalespace.h"
 
@@ -37,7 +37,7 @@ void outOfLineMemory() {
 }
 
 std::vector<float> dog(int order, float sigma) {
-  return withMemory([=] { return coefficients(order, sigma); });
+  return exitOnBadAlloc([=] { return coefficients(order, sigma); });
 }
 
 float polyval(const std::vector<float>& c, float x) {

@@ -5,9 +5,9 @@
 /// Every filter reads its input as floats (orva::toFloatImage), so the pixel type does not matter,
 /// and returns a new image; a null input gives a null result. Filters run along x, then y, then the
 /// frames; channels and time points count as further planes, and an axis of length 1 is skipped,
-/// both of which is intended. Every sum is taken in single precision, from tap -radius upward. When
-/// memory runs out, "Out of memory" (for a kernel or a line) or "Error: out of memory" (for an
-/// image) goes to standard error and the process ends with status 1.
+/// both of which is intended. Every sum is accumulated in single precision, from tap -radius
+/// upward. When memory runs out, "Out of memory" (for a kernel or a line) or "Error: out of memory"
+/// (for an image) goes to standard error and the process ends with status 1.
 ///
 /// Sigmas are in pixels. A sigma of 0 makes all taps NaN; a negative one counts as its magnitude
 /// with radius 2; an infinite one makes all taps 0. Cost: the pixels times the radius for each
@@ -56,8 +56,8 @@ ORVA_EXPORT float polyval(const std::vector<float>& c, float x);
 
 /// The taps -radius to radius of the Gaussian of scale @p sigma, differentiated @p order times, in
 /// an array that the caller releases with delete[]. The radius is 4 sigma rounded down, or 2 when
-/// that is below 3 or no number that fits. The taps are not normalised. A tap count past 32 bits
-/// counts as memory that has run out.
+/// that is below 3, not a number or too large for an int. The taps are not normalised. A tap count
+/// past 32 bits ends the process as a failed allocation does.
 ORVA_EXPORT float* gaussianKernel(float sigma, int& radius, int order);
 
 /// Fifty Jacobi steps of the Laplace equation on the first frame of @p f: each interior pixel whose
@@ -71,7 +71,7 @@ ORVA_EXPORT void laplaceEquation(image<float>& f, const image<unsigned char>& ma
 /// convolved: a first derivative is positive where brightness grows with the coordinate.
 /// @{
 
-/// In grey levels a pixel to the power of ox + oy + oz.
+/// In grey levels per pixel to the power ox + oy + oz.
 ORVA_EXPORT image<float> gaussian(const Image& img, float sigma, int ox, int oy, int oz);
 ORVA_EXPORT image<float> gaussian(const Image& img, float sx, float sy, float sz, int ox, int oy,
                                   int oz);
@@ -91,7 +91,7 @@ ORVA_EXPORT image<float> smooth(const Image& img, float sx, float sy, float sz);
 /// @}
 
 /// @name Derivatives with one sigma on all axes
-/// gaussian() of the orders that the name tells: dXXY is of order 2 along x, 1 along y.
+/// gaussian() of the orders in the name: dXXY is of order 2 along x and 1 along y.
 /// @{
 
 /// The derivative along the axes of its name.
@@ -127,7 +127,7 @@ ORVA_EXPORT image<float> dYZZ(const Image& img, float s1, float s2);
 ORVA_EXPORT image<float> dXYZ(const Image& img, float sx, float sy, float sz);
 /// @}
 
-/// The magnitude of the gradient, in grey levels a pixel. In a stack the derivative along the
+/// The magnitude of the gradient, in grey levels per pixel. In a stack the derivative along the
 /// frames takes part; it uses sigma / @p ratio on all three axes, and sigma for a ratio of 0. The
 /// border is that of gaussian().
 ORVA_EXPORT image<float> gradient(const Image& img, float sigma, float ratio);
@@ -175,9 +175,9 @@ ORVA_EXPORT image<unsigned char> hcut(const Image& img, float sigma1, float sigm
 
 /// @p img smoothed with @p sigma, stored in its own pixel type and resampled by @p factor, each
 /// size rounded down and at least 1; frames become planes. The caller deletes the result. Null for
-/// a null image, for a format without a float form (RGBA) and for a factor of 0 or less; a NaN is
-/// no such factor and gives one pixel. A factor that asks for more pixels than an image can have
-/// ends as memory that has run out.
+/// a null image, for a format without a float form (RGBA) and for a factor of 0 or less; a NaN
+/// gives one pixel. A factor that asks for more pixels than an image can have ends the process as a
+/// failed allocation does.
 ORVA_EXPORT Image* reduce(const Image& img, float factor, float sigma);
 
 }  // namespace scalespace

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "orva/image/float_conversion.h"
-#include "orva/image/unset_image.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/scalespace/line_buffer.h"
 
 namespace orva::scalespace {
@@ -151,7 +151,7 @@ void filterFrames(image<float>& img, Border border, const Kernel& kernel) {
 
 image<float> resultFor(const Image& source) {
   if (!hasFloatForm(source)) return image<float>(0, 1, 1, 1, 1);
-  return unsetImage<float>(source.nx(), source.ny(), source.nz(), source.nc(), source.nt());
+  return uninitializedImage<float>(source.nx(), source.ny(), source.nz(), source.nc(), source.nt());
 }
 
 void filterAxes(const Image& source, Border border, const AxisKernels& kernels,

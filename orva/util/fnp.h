@@ -71,7 +71,7 @@ ORVA_EXPORT std::string copySubString(const std::string& s, int from, int to);
 ORVA_EXPORT std::vector<std::string> parseLine(const std::string& line, const char* delimiters);
 
 /// The words of every line that has some, by parseLine(). The first line of 1024 or more characters
-/// ends the reading and the rest of the file is ignored, which is intended. A file that can not be
+/// ends the reading and the rest of the file is ignored, which is intended. A file that cannot be
 /// opened gives nothing, after "Cannot open file: NAME" on standard error.
 ORVA_EXPORT std::vector<std::vector<std::string>> parseTextFile(const std::string& filename,
                                                                 const char* delimiters);
@@ -89,7 +89,7 @@ class ORVA_EXPORT Configure {
   /// earlier one with the same key. Lines that begin with '[' or '#', and lines that do not have
   /// two words, are ignored.
   Configure(const std::string& filename);
-  /// A table of its own.
+  /// Copies are independent.
   Configure(const Configure&) = default;
   /// @copydoc Configure(const Configure&)
   Configure& operator=(const Configure&) = default;

@@ -1,4 +1,5 @@
-// Whole numbers in fewer bits; not installed. (Points wrap to 16 bits: image/point_operators.h.)
+// Narrowing conversions of integers. For the library's own sources; not installed. (Points wrap to
+// 16 bits: image/point_operators.h.)
 #ifndef ORVA_UTIL_NARROW_H
 #define ORVA_UTIL_NARROW_H
 
@@ -10,7 +11,7 @@ constexpr unsigned char wrapTo8(int v) {
 }
 
 // A value that is known to fit. The conversion is implicit, so that Clang's sanitizer of implicit
-// conversions notices one that does not.
+// conversions reports a value that does not.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 constexpr short fittedTo16(int v) { return v; }  // NOLINT(bugprone-narrowing-conversions)

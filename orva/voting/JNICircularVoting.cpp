@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <vector>
 
+#include "orva/image/bad_alloc.h"
 #include "orva/image/image.h"
 #include "orva/image/truncate.h"
-#include "orva/image/with_memory.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/narrow.h"
 #include "orva/voting/circularvoting.h"
@@ -45,7 +45,7 @@ jintArray Java_JNICircularVoting_compute(JNIEnv* env, jobject /*self*/, jintArra
                                          jint height, jint width, jint /*unused1*/, jint maxRadius,
                                          jint /*unused2*/, jint /*unused3*/, jint threshold,
                                          jint scale) {
-  return orva::withMemory([&] {
+  return orva::exitOnBadAlloc([&] {
     // Intended: kept for ever.
     auto* grey = new orva::image<unsigned char>(width, height, 1, 1, 1);
     std::vector<jint> buffer(static_cast<std::size_t>(grey->npix()));

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/narrow.h"
@@ -113,7 +113,7 @@ void CircularVoting::collectPoints(const Image& img) {
 void CircularVoting::compute(const Image& img) { compute(img, historyWriter()); }
 
 void CircularVoting::compute(const Image& img, const PassObserver& observer) {
-  withMemory([&] { findCenters(img, observer); });
+  exitOnBadAlloc([&] { findCenters(img, observer); });
 }
 
 void CircularVoting::findCenters(const Image& img, const PassObserver& observer) {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "orva/image/with_memory.h"
+#include "orva/image/bad_alloc.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
 #include "orva/voting/negligible.h"
@@ -15,7 +15,7 @@ constinit thread_local int Cone2D::nx = 0;
 constinit thread_local int Cone2D::ny = 0;
 
 ConePlane2D::ConePlane2D(int n, const WPoint2D& p)
-    : points(withMemory(
+    : points(exitOnBadAlloc(
           [&] { return std::vector<WPoint2D>(static_cast<std::size_t>(std::max(n, 0)), p); })) {}
 
 void ConePlane2D::setPos() {

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <iostream>
 
+#include "orva/image/bad_alloc.h"
 #include "orva/image/truncate.h"
-#include "orva/image/with_memory.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/cone_table.h"
 
@@ -51,7 +51,7 @@ void CircularVoting::setParams(RegionType type, int nearest, int farthest, int w
 }
 
 void CircularVoting::computeCones(int nearest, int farthest, int width) {
-  withMemory([&] {
+  exitOnBadAlloc([&] {
     const Cone2D prototype = prototypeCone(nearest, farthest, width, regionType == Both);
     cones_.assign(static_cast<std::size_t>(angleBins_), Cone2D());
     for (int bin = 0; bin < angleBins_; ++bin) {

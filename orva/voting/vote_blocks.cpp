@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "orva/util/cpu_path.h"
-#include "orva/util/lanes.h"
+#include "orva/util/simd.h"
 #include "orva/voting/negligible.h"
 
 namespace orva::voting {

@@ -1,7 +1,7 @@
 // Eight-lane SIMD vectors of floats and ints, compiled for whatever vectors the target has. Not
 // installed.
-#ifndef ORVA_UTIL_LANES_H
-#define ORVA_UTIL_LANES_H
+#ifndef ORVA_UTIL_SIMD_H
+#define ORVA_UTIL_SIMD_H
 
 #include <cstring>
 
