@@ -1,34 +1,19 @@
-"""Installs the Python package: pip install --no-build-isolation ."""
+"""What scikit-build takes from a call alone: the version, the packages, the options of CMake."""
 
 import pathlib
 import re
 
 from skbuild import setup
 
-ROOT = pathlib.Path(__file__).resolve().parent
-# The one place that states the version.
-PROJECT = re.search(
-    r"^project\(orva VERSION (\S+) DESCRIPTION \"([^\"]+)\"",
-    (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"),
-    re.MULTILINE,
-)
+LISTS = pathlib.Path(__file__).resolve().parent / "CMakeLists.txt"
+OFF = ("APPS", "JAVA", "TESTS", "BENCHMARKS")
 
 setup(
-    name="orva",
-    version=PROJECT[1],
-    description=PROJECT[2],
+    # CMakeLists.txt is the one place that states it.
+    version=re.search(r"^project\(orva VERSION (\S+)", LISTS.read_text("utf-8"), re.MULTILINE)[1],
     packages=["orva", "orva.batch"],
     package_dir={"": "python"},
     package_data={"orva": ["py.typed", "*.pyi"]},
-    python_requires=">=3.11",
-    install_requires=["numpy>=1.20"],
-    extras_require={"batch": ["dask", "distributed", "matplotlib"]},
-    cmake_args=[
-        "-DORVA_BUILD_PYTHON=ON",
-        "-DORVA_BUILD_APPS=OFF",
-        "-DORVA_BUILD_JAVA=OFF",
-        "-DORVA_BUILD_TESTS=OFF",
-        "-DORVA_BUILD_BENCHMARKS=OFF",
-    ],
+    cmake_args=["-DORVA_BUILD_PYTHON=ON", *(f"-DORVA_BUILD_{part}=OFF" for part in OFF)],
     zip_safe=False,
 )

@@ -15,6 +15,7 @@ import pytest
 from distributed import Client
 
 import orva
+from orva.batch import __main__ as batch_command
 from orva.batch import _jobs
 
 DATA = pathlib.Path(__file__).resolve().parents[2] / "data" / "images"
@@ -167,7 +168,9 @@ def test_files_of_others_are_not_replaced(images, tmp_path, suffix):
 
 def test_an_interrupted_batch_goes_on_where_it_was(images, tmp_path):
     out = tmp_path / "out"
-    assert batch(*images[:4], "--out", out, "--workers", 1).returncode == 0
+    out.mkdir()
+    for image in images[:4]:  # as far as it came
+        assert _jobs.run(job_of(image, out)).error == ""
     done = batch(*images[:6], "--out", out, "--workers", 1)
     assert done.returncode == 0
     assert "6 of 6 images, 4 done before" in done.stderr
@@ -236,12 +239,19 @@ def test_an_image_that_ends_its_process_is_recorded_and_the_others_are_done(imag
         (["a.tif", "--out", "o", "--workers", "2", "--scheduler", "tcp://x:1"], "not allowed"),
     ],
 )
-def test_wrong_calls(tmp_path, monkeypatch, arguments, message):
+def test_wrong_calls(tmp_path, monkeypatch, capsys, arguments, message):
     monkeypatch.chdir(tmp_path)
-    done = batch(*arguments)
-    assert done.returncode == 2
-    assert message in done.stderr
+    with pytest.raises(SystemExit) as ended:
+        batch_command.main(arguments)
+    assert ended.value.code == 2
+    assert message in capsys.readouterr().err
     assert list(tmp_path.iterdir()) == []
+
+
+def test_the_status_of_a_wrong_call_is_that_of_the_process():
+    done = batch("a.tif")
+    assert (done.returncode, done.stdout) == (2, "")
+    assert "--out" in done.stderr
 
 
 class Cluster:

@@ -8,6 +8,7 @@ import subprocess
 import sys
 
 import numpy as np
+import pytest
 
 import orva
 
@@ -49,9 +50,15 @@ orva.nothing()
 """
 
 
-def report(tmp_path, *arguments):
+@pytest.fixture(scope="module")
+def cache(tmp_path_factory):
+    """Where mypy keeps what it knows about NumPy and Dask, which takes long to find out."""
+    return tmp_path_factory.mktemp("cache")
+
+
+def report(cache, tmp_path, *arguments):
     """The lines of mypy's report, in strict mode."""
-    options = ["--strict", "--cache-dir", str(tmp_path / "cache")]
+    options = ["--strict", "--cache-dir", str(cache)]
     result = subprocess.run(
         [sys.executable, "-m", "mypy", *options, *arguments],
         env={} if IS_INSTALLED else {"MYPYPATH": str(PACKAGE.parent)},
@@ -63,26 +70,26 @@ def report(tmp_path, *arguments):
     return result.stdout.splitlines()
 
 
-def report_on(program, tmp_path):
+def report_on(program, cache, tmp_path):
     (tmp_path / "program.py").write_text(program)
-    return report(tmp_path, "program.py")
+    return report(cache, tmp_path, "program.py")
 
 
-def test_a_typed_program_passes_the_strict_checker(tmp_path):
-    assert report_on(GOOD, tmp_path) == ["Success: no issues found in 1 source file"]
+def test_a_typed_program_passes_the_strict_checker(cache, tmp_path):
+    assert report_on(GOOD, cache, tmp_path) == ["Success: no issues found in 1 source file"]
 
 
-def test_the_checker_finds_every_mistake(tmp_path):
+def test_the_checker_finds_every_mistake(cache, tmp_path):
     found = {
         int(match[1])
-        for match in (re.match(r"\S+?:(\d+): error", line) for line in report_on(BAD, tmp_path))
+        for match in (re.match(r"\S+?:(\d+): error", line) for line in report_on(BAD, cache, tmp_path))
         if match
     }
     assert found == {4, 5, 6, 7, 8}
 
 
-def test_the_package_itself_passes_the_strict_checker(tmp_path):
-    (line,) = report(tmp_path, "-p", "orva")
+def test_the_package_itself_passes_the_strict_checker(cache, tmp_path):
+    (line,) = report(cache, tmp_path, "-p", "orva")
     assert re.fullmatch(r"Success: no issues found in \d+ source files", line)
 
 
