@@ -10,8 +10,8 @@
 #include <system_error>
 
 #include "apps/child_process.h"
+#include "apps/input_file.h"
 #include "formats/file_error.h"
-#include "formats/image_file.h"
 #include "formats/output_file.h"
 #include "formats/overlay.h"
 #include "formats/text.h"
@@ -143,7 +143,7 @@ void VoteCommand::addFileOptions() {
       .valueText("K");
   const Option centers = options()
                              .add("--centers", centersFile_,
-                                  "The table x,y,weight goes to FILE; default standard output")
+                                  "The table x,y,weight goes to FILE; default -, standard output")
                              .valueText("FILE");
   options().addChoice<TableFormat>("--format", format_,
                                    {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}},
@@ -154,7 +154,8 @@ void VoteCommand::addFileOptions() {
           .valueText("FILE.png");
   options()
       .add("--out", outDirectory_,
-           "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
+           "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv; "
+           "standard input has the name stdin")
       .excludes(centers)
       .excludes(overlay)
       .valueText("DIR");
@@ -170,19 +171,22 @@ void VoteCommand::check() const {
     throw UsageError("image", "several images need --out DIR");
   }
   std::vector<fs::path> results;
-  if (centersFile_) results.emplace_back(*centersFile_);
+  if (!isPrinted()) results.emplace_back(*centersFile_);
   if (overlayFile_) results.emplace_back(*overlayFile_);
   if (outDirectory_) {
     const fs::path out(*outDirectory_);
     results.push_back(out / "summary.csv");
     for (const std::string& image : images_) {
-      const std::string stem = fs::path(image).stem().string();
+      const std::string stem = stemOf(image);
       results.push_back(out / (stem + extension()));
       results.push_back(out / (stem + ".png"));
     }
   }
   requireSeparate(images_, results);
 }
+
+// Whether the table of a single image goes to standard output.
+bool VoteCommand::isPrinted() const { return !centersFile_ || isStandardStream(*centersFile_); }
 
 std::string VoteCommand::table(const std::string& file, const orva::Image& img,
                                const VoteResult& result) const {
@@ -193,24 +197,22 @@ std::string VoteCommand::table(const std::string& file, const orva::Image& img,
 
 void VoteCommand::voteOnOne() const {
   const std::string& file = images_.front();
-  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
+  const std::unique_ptr<orva::Image> img = readInput(file, frame_, ColourUse::kLuminance);
   const VoteResult result = vote(*img, settings_, history_);
   const std::string text = table(file, *img, result);
   std::vector<FileContent> files;
   if (overlayFile_) {
     files.push_back({*overlayFile_, overlayAsPng(*img, result.centers, settings_.maxRadius)});
   }
-  if (centersFile_) files.push_back({*centersFile_, text});
+  if (!isPrinted()) files.push_back({*centersFile_, text});
   writeFiles(files);
-  if (!centersFile_ && !(std::cout << text << std::flush)) {
-    throw FileError("the table can not be written to standard output");
-  }
+  if (isPrinted()) print(text, "the table");
 }
 
 std::string VoteCommand::voteOnNext(const std::string& file) const {
   const auto start = std::chrono::steady_clock::now();
-  const std::string stem = fs::path(file).stem().string();
-  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
+  const std::string stem = stemOf(file);
+  const std::unique_ptr<orva::Image> img = readInput(file, frame_, ColourUse::kLuminance);
   const VoteResult result =
       vote(*img, settings_,
            history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());
