@@ -106,6 +106,8 @@ def test_a_project_finds_the_installed_library(newcomer, prefix, tmp_path):
     newcomer.run(f"CMAKE_PREFIX_PATH={prefix} cmake -B b && cmake --build b", tmp_path)
     found = newcomer.run(f"LD_LIBRARY_PATH={prefix}/lib b/my_program {SAMPLE}", tmp_path)
     assert len(re.findall(r"^\d+ \d+$", found, re.MULTILINE)) > 10
+    line = f"LD_LIBRARY_PATH={prefix}/lib b/my_program 2>&1 || [ $? = 2 ]"
+    assert newcomer.run(line, tmp_path) == "usage: b/my_program IMAGE.pgm\n"
 
 
 def test_the_jar_serves_java_and_imagej(newcomer, prefix, tmp_path):
