@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import csv
 import dataclasses
 import hashlib
@@ -9,9 +10,11 @@ import json
 import os
 import pathlib
 import pickle
+import signal
 import tempfile
 import time
 import uuid
+from collections.abc import Iterator
 from typing import Any
 
 import numpy as np
@@ -132,6 +135,7 @@ def run(job: Job) -> Result:
         child = os.fork()
         if child == 0:
             try:
+                signal.signal(signal.SIGTERM, signal.SIG_DFL)
                 os.dup2(said.fileno(), 2)
                 answer.write(pickle.dumps(_run(job)))
                 answer.flush()
@@ -150,6 +154,16 @@ def run(job: Job) -> Result:
             return result
         text = words.decode(errors="replace").strip() or "no word of why"
         return Result(job.image, error=f"its process ended early: {text}")
+
+
+@contextlib.contextmanager
+def _not_terminated() -> Iterator[None]:
+    """Holds back SIGTERM, which would leave temporary files."""
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM})
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
 def _run(job: Job) -> Result:
@@ -175,9 +189,10 @@ def _run(job: Job) -> Result:
             "table": hashlib.sha256(table.encode()).hexdigest(),
             "result": dataclasses.asdict(result),
         }
-        # First, so that a table without a record is none of ours.
-        write_whole(job.record, json.dumps(record, indent=1) + "\n")
-        write_whole(pathlib.Path(job.table), table)
+        with _not_terminated():
+            # First, so that a table without a record is none of ours.
+            write_whole(job.record, json.dumps(record, indent=1) + "\n")
+            write_whole(pathlib.Path(job.table), table)
         return result
     except (OSError, ValueError, MemoryError) as error:
         return Result(job.image, error=str(error) or type(error).__name__)
