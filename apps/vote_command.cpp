@@ -60,8 +60,8 @@ std::string seconds(std::chrono::steady_clock::duration time) {
 
 VoteCommand::VoteCommand(CommandLine& line)
     : Subcommand(line.addSubcommand(
-          "vote", "Find the centres of round objects by circular voting",
-          "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and "
+          "vote", "Find the centers of round objects by circular voting",
+          "Example: the centers of bright nuclei of radius up to 14 pixels, as a table and "
           "a picture\n"
           "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png "
           "nuclei.pgm")) {
@@ -114,7 +114,7 @@ void VoteCommand::addVotingOptions() {
       .valueText("F");
   const Option threshold =
       options()
-          .add("--threshold", settings_.threshold, "Regions of more than T votes make a centre")
+          .add("--threshold", settings_.threshold, "Regions of more than T votes make a center")
           .check(level)
           .valueText("T");
   options()
@@ -150,7 +150,7 @@ void VoteCommand::addFileOptions() {
                                    "csv or json; default csv");
   const Option overlay =
       options()
-          .add("--overlay", overlayFile_, "The image with a cross at each centre goes to FILE.png")
+          .add("--overlay", overlayFile_, "The image with a cross at each center goes to FILE.png")
           .valueText("FILE.png");
   options()
       .add("--out", outDirectory_,
@@ -230,7 +230,7 @@ int VoteCommand::voteOnAll() const {
   fs::create_directories(out, made);
   if (made) throw FileError(out.string() + " can not be created: " + made.message());
   const Progress progress(images_.size(), quiet_);
-  std::string summary = "file,width,height,centres,seconds\n";
+  std::string summary = "file,width,height,centers,seconds\n";
   int status = 0;
   for (std::size_t i = 0; i < images_.size(); ++i) {
     const std::string& file = images_[i];

@@ -18,7 +18,7 @@ from ._jobs import Job, Result
 from ._summary import SUMMARY_FILES, write_summary
 
 _EPILOG = """\
-DIR gets a table x,y,weight for each image, centers.csv with the centres of all, summary.csv with a
+DIR gets a table x,y,weight for each image, centers.csv with the centers of all, summary.csv with a
 row an image, failures.csv, and counts.png. Run again, it leaves out images whose file and settings
 have not changed. The exit status is 0, 1 when an image failed, or 2 for a wrong call.
 
@@ -43,7 +43,7 @@ def _whole(text: str) -> int:
 def _parser() -> argparse.ArgumentParser:
     parser = _Parser(
         prog="python -m orva.batch",
-        description="Find the centres of round objects in many images",
+        description="Find the centers of round objects in many images",
         epilog=_EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
@@ -67,7 +67,7 @@ def _parser() -> argparse.ArgumentParser:
         "--gradient", type=float, metavar="G", help="of weaker gradients no vote, in grey levels"
     )
     vote.add_argument("--relative-gradient", type=float, metavar="F", help="a share; default 0.03")
-    vote.add_argument("--threshold", type=float, metavar="T", help="a centre needs more votes")
+    vote.add_argument("--threshold", type=float, metavar="T", help="a center needs more votes")
     vote.add_argument("--relative-threshold", type=float, metavar="F", help="a share; default 0.3")
     vote.add_argument("--edges", action="store_true", default=None, help="vote from edges only")
     vote.add_argument("--power", type=float, metavar="P", help="of gradients; default 0.5")

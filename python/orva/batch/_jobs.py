@@ -1,4 +1,4 @@
-"""The centres of one image, as a table in a file that is not made twice."""
+"""The centers of one image, as a table in a file that is not made twice."""
 
 from __future__ import annotations
 
@@ -30,7 +30,7 @@ Center = tuple[int, int, float]
 
 @dataclasses.dataclass(frozen=True)
 class Job:
-    """An image, the table of its centres, and the settings: those of find_centers()."""
+    """An image, the table of its centers, and the settings: those of find_centers()."""
 
     image: str
     table: str
@@ -120,13 +120,13 @@ def _shortest(weight: np.float32) -> str:
 
 
 def read_centers(path: str) -> list[Center]:
-    """The rows of a table of centres."""
+    """The rows of a table of centers."""
     with open(path, encoding="utf-8", newline="") as file:
         return [(int(x), int(y), float(w)) for x, y, w in list(csv.reader(file))[1:]]
 
 
 def run(job: Job) -> Result:
-    """Finds the centres of an image and writes its table, unless that has been done before.
+    """Finds the centers of an image and writes its table, unless that has been done before.
 
     All that is wrong with the image is in the result; nothing is raised. The work is done in a child
     process, as the library ends its process when memory runs out.
