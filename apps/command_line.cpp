@@ -1,6 +1,7 @@
 #include "apps/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <iostream>
 
 #include "formats/text.h"
@@ -105,7 +106,14 @@ Check numberIn(float low, float high) {
 }
 
 Check wholeNumberIn(int low, int high) {
-  return [range = CLI::Range(low, high)](const std::string& text) { return range(text); };
+  return [=, range = CLI::Range(low, high)](const std::string& text) {
+    // As CLI11 reads it, but of any size.
+    char* end = nullptr;
+    std::strtoll(text.c_str(), &end, 0);
+    if (!text.empty() && end == text.c_str() + text.size()) return range(text);
+    return "must be a whole number from " + std::to_string(low) + " to " + std::to_string(high) +
+           (text.empty() ? "" : ", not " + text);
+  };
 }
 
 Check oneOf(const std::vector<std::string>& names) {

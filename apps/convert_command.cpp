@@ -1,6 +1,6 @@
 #include "apps/convert_command.h"
 
-#include "formats/image_file.h"
+#include "apps/input_file.h"
 #include "formats/image_writer.h"
 
 namespace orva::apps {
@@ -29,8 +29,8 @@ ConvertCommand::ConvertCommand(CommandLine& line)
 int ConvertCommand::run() const {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
-    const auto img = readImageFile(
-        input_, frame_, holdsColour(output_) ? ColourUse::kKept : ColourUse::kKeptIfBytes);
+    const auto img = readInput(input_, frame_,
+                               holdsColour(output_) ? ColourUse::kKept : ColourUse::kKeptIfBytes);
     writeImageFile(output_, *img, stretch_ ? Fit::kStretched : Fit::kExactly);
   });
 }

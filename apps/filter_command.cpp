@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/input_file.h"
 #include "formats/file_error.h"
-#include "formats/image_file.h"
 #include "formats/image_writer.h"
 #include "orva/scalespace/scalespace.h"
 
@@ -89,7 +89,7 @@ FilterCommand::FilterCommand(CommandLine& line)
 int FilterCommand::run() const {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
-    const auto img = readImageFile(input_, frame_, ColourUse::kLuminance);
+    const auto img = readInput(input_, frame_, ColourUse::kLuminance);
     const bool needsStack = operation_.find('z') != std::string::npos;
     if (needsStack && img->nframes() == 1) {
       throw FileError("has one plane, and " + operation_ + " needs a stack");

@@ -4,10 +4,10 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
-#include <iostream>
 #include <limits>
 #include <memory>
 
+#include "apps/input_file.h"
 #include "formats/file_error.h"
 #include "formats/image_file.h"
 #include "formats/text.h"
@@ -134,9 +134,11 @@ std::string describeIcs(const std::string& file) {
   return text;
 }
 
-std::string describe(const std::string& file) {
+std::string describe(const std::string& name) {
+  const InputFile input(name);
+  const std::string& file = input.path();
   const FileKind kind = kindOf(file);
-  const std::string start = line("file", file) + line("format", nameOf(kind));
+  const std::string start = line("file", name) + line("format", nameOf(kind));
   if (kind == FileKind::kIcs) return start + describeIcs(file);
   if (kind == FileKind::kTiff) return start + describeTiff(file);
   return start + describeImage(file);
@@ -155,16 +157,14 @@ InfoCommand::InfoCommand(CommandLine& line)
           "Example:\n"
           "  orva info nuclei.tif")) {
   options()
-      .add("file", file_, "PGM, PPM, PNG, TIFF, IHT or UIF file, or the header of an ICS pair")
+      .add("file", file_,
+           "PGM, PPM, PNG, TIFF, IHT or UIF file, the header of an ICS pair, or - for standard "
+           "input")
       .required();
 }
 
 int InfoCommand::run() const {
-  return statusOf(file_, [this] {
-    if (!(std::cout << describe(file_) << std::flush)) {
-      throw FileError("the description can not be written to standard output");
-    }
-  });
+  return statusOf(file_, [this] { print(describe(file_), "the description"); });
 }
 
 }  // namespace orva::apps

@@ -22,7 +22,7 @@ constexpr int kFailed = 1;
 
 int run(int argc, char** argv) {
   CommandLine line("orva", "Image analysis for microscope images",
-                   "Example: the centres of the bright nuclei in an image\n"
+                   "Example: the centers of the bright nuclei in an image\n"
                    "  orva vote --max-radius 20 --overlay nuclei.png nuclei.pgm\n"
                    "`orva NAME --help` explains a subcommand.\n"
                    "\n"

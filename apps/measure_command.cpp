@@ -6,8 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "apps/input_file.h"
 #include "formats/file_error.h"
-#include "formats/image_file.h"
 #include "formats/image_writer.h"
 #include "formats/output_file.h"
 #include "formats/text.h"
@@ -94,7 +94,7 @@ MeasureCommand::MeasureCommand(CommandLine& line)
       .valueText("N");
   options().addFlag("--fill", fill_, "Fill the holes of regions first");
   options()
-      .add("--table", table_, "The table goes to FILE.csv")
+      .add("--table", table_, "The table goes to FILE.csv, or to standard output for -")
       .required()
       .valueText("FILE.csv REQUIRED");
   options()
@@ -105,7 +105,7 @@ MeasureCommand::MeasureCommand(CommandLine& line)
 }
 
 void MeasureCommand::measure() const {
-  const auto img = readImageFile(input_, frame_, ColourUse::kLuminance);
+  const auto img = readInput(input_, frame_, ColourUse::kLuminance);
   const float t = threshold_ ? *threshold_ : orva::bip::computeThreshold(*img, scale_);
   if (!std::isfinite(t)) {
     throw FileError("has pixels that are no numbers or infinite; give a --threshold");
@@ -117,14 +117,15 @@ void MeasureCommand::measure() const {
   selectBySize(labels, features, minSize_, maxSize_.value_or(std::numeric_limits<int>::max()));
   std::vector<FileContent> results;
   if (labels_) results = encodeImage(*labels_, labels, Fit::kExactly);
-  results.push_back({table_, tableOf(features)});
+  if (!isStandardStream(table_)) results.push_back({table_, tableOf(features)});
   writeFiles(results);
+  if (isStandardStream(table_)) print(tableOf(features), "the table");
   summarize(t, features.size());
 }
 
 // Not into a table that goes the same way.
 void MeasureCommand::summarize(float threshold, std::size_t regions) const {
-  if (isStandardOutput(table_)) return;
+  if (isStandardStream(table_) || isStandardOutput(table_)) return;
   std::cout << "threshold: " << shortest(threshold) << "\nregions: " << regions << std::endl;
 }
 
@@ -132,7 +133,8 @@ int MeasureCommand::run() const {
   if (maxSize_ && *maxSize_ < minSize_) {
     throw UsageError("--max-size", "must not be below --min-size");
   }
-  std::vector<std::filesystem::path> results{table_};
+  std::vector<std::filesystem::path> results;
+  if (!isStandardStream(table_)) results.emplace_back(table_);
   if (labels_) {
     for (const auto& file : filesOf(*labels_)) results.push_back(file);
   }

@@ -5,6 +5,8 @@
 #include <new>
 #include <set>
 
+#include "apps/input_file.h"
+#include "formats/file_error.h"
 #include "formats/image_writer.h"
 #include "formats/output_file.h"
 #include "formats/text.h"
@@ -48,7 +50,16 @@ Check writableFile(const std::vector<std::string>& extensions) {
 
 Check frameNumber() { return wholeNumberIn(0, 65534); }
 
+void print(const std::string& text, const std::string& what) {
+  if (!(std::cout << text << std::flush)) {
+    throw FileError(what + " can not be written to standard output");
+  }
+}
+
 void requireSeparate(const std::vector<std::string>& inputs, const std::vector<fs::path>& results) {
+  if (std::count_if(inputs.begin(), inputs.end(), isStandardStream) > 1) {
+    throw UsageError("image", "standard input (-) can not be read twice");
+  }
   std::set<fs::path> taken;
   for (const fs::path& result : results) {
     if (!taken.insert(placeOf(result)).second) {
@@ -56,7 +67,7 @@ void requireSeparate(const std::vector<std::string>& inputs, const std::vector<f
     }
   }
   for (const std::string& input : inputs) {
-    if (taken.contains(placeOf(input))) {
+    if (!isStandardStream(input) && taken.contains(placeOf(input))) {
       throw UsageError("image", "a result would replace the input " + input);
     }
   }

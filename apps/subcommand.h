@@ -65,8 +65,12 @@ Check writableFile(const std::vector<std::string>& extensions);
 // A page of a TIFF file or a plane of a stack.
 Check frameNumber();
 
-// Throws UsageError when two results would go to one file, whatever its names, or a result would
-// replace an input.
+// Writes `text` to standard output and sees to it that it arrives. Throws FileError that names it
+// by `what`.
+void print(const std::string& text, const std::string& what);
+
+// Throws UsageError when standard input is named twice, when two results would go to one file,
+// whatever its names, or when a result would replace an input.
 void requireSeparate(const std::vector<std::string>& inputs,
                      const std::vector<std::filesystem::path>& results);
 

@@ -10,8 +10,8 @@
 #include <system_error>
 
 #include "apps/child_process.h"
+#include "apps/input_file.h"
 #include "formats/file_error.h"
-#include "formats/image_file.h"
 #include "formats/output_file.h"
 #include "formats/overlay.h"
 #include "formats/text.h"
@@ -60,8 +60,8 @@ std::string seconds(std::chrono::steady_clock::duration time) {
 
 VoteCommand::VoteCommand(CommandLine& line)
     : Subcommand(line.addSubcommand(
-          "vote", "Find the centres of round objects by circular voting",
-          "Example: the centres of bright nuclei of radius up to 14 pixels, as a table and "
+          "vote", "Find the centers of round objects by circular voting",
+          "Example: the centers of bright nuclei of radius up to 14 pixels, as a table and "
           "a picture\n"
           "  orva vote --max-radius 20 --centers nuclei.csv --overlay nuclei.png "
           "nuclei.pgm")) {
@@ -114,7 +114,7 @@ void VoteCommand::addVotingOptions() {
       .valueText("F");
   const Option threshold =
       options()
-          .add("--threshold", settings_.threshold, "Regions of more than T votes make a centre")
+          .add("--threshold", settings_.threshold, "Regions of more than T votes make a center")
           .check(level)
           .valueText("T");
   options()
@@ -143,18 +143,19 @@ void VoteCommand::addFileOptions() {
       .valueText("K");
   const Option centers = options()
                              .add("--centers", centersFile_,
-                                  "The table x,y,weight goes to FILE; default standard output")
+                                  "The table x,y,weight goes to FILE; default -, standard output")
                              .valueText("FILE");
   options().addChoice<TableFormat>("--format", format_,
                                    {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}},
                                    "csv or json; default csv");
   const Option overlay =
       options()
-          .add("--overlay", overlayFile_, "The image with a cross at each centre goes to FILE.png")
+          .add("--overlay", overlayFile_, "The image with a cross at each center goes to FILE.png")
           .valueText("FILE.png");
   options()
       .add("--out", outDirectory_,
-           "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv")
+           "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv; "
+           "standard input has the name stdin")
       .excludes(centers)
       .excludes(overlay)
       .valueText("DIR");
@@ -170,19 +171,22 @@ void VoteCommand::check() const {
     throw UsageError("image", "several images need --out DIR");
   }
   std::vector<fs::path> results;
-  if (centersFile_) results.emplace_back(*centersFile_);
+  if (!isPrinted()) results.emplace_back(*centersFile_);
   if (overlayFile_) results.emplace_back(*overlayFile_);
   if (outDirectory_) {
     const fs::path out(*outDirectory_);
     results.push_back(out / "summary.csv");
     for (const std::string& image : images_) {
-      const std::string stem = fs::path(image).stem().string();
+      const std::string stem = stemOf(image);
       results.push_back(out / (stem + extension()));
       results.push_back(out / (stem + ".png"));
     }
   }
   requireSeparate(images_, results);
 }
+
+// Whether the table of a single image goes to standard output.
+bool VoteCommand::isPrinted() const { return !centersFile_ || isStandardStream(*centersFile_); }
 
 std::string VoteCommand::table(const std::string& file, const orva::Image& img,
                                const VoteResult& result) const {
@@ -193,24 +197,22 @@ std::string VoteCommand::table(const std::string& file, const orva::Image& img,
 
 void VoteCommand::voteOnOne() const {
   const std::string& file = images_.front();
-  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
+  const std::unique_ptr<orva::Image> img = readInput(file, frame_, ColourUse::kLuminance);
   const VoteResult result = vote(*img, settings_, history_);
   const std::string text = table(file, *img, result);
   std::vector<FileContent> files;
   if (overlayFile_) {
     files.push_back({*overlayFile_, overlayAsPng(*img, result.centers, settings_.maxRadius)});
   }
-  if (centersFile_) files.push_back({*centersFile_, text});
+  if (!isPrinted()) files.push_back({*centersFile_, text});
   writeFiles(files);
-  if (!centersFile_ && !(std::cout << text << std::flush)) {
-    throw FileError("the table can not be written to standard output");
-  }
+  if (isPrinted()) print(text, "the table");
 }
 
 std::string VoteCommand::voteOnNext(const std::string& file) const {
   const auto start = std::chrono::steady_clock::now();
-  const std::string stem = fs::path(file).stem().string();
-  const std::unique_ptr<orva::Image> img = readImageFile(file, frame_, ColourUse::kLuminance);
+  const std::string stem = stemOf(file);
+  const std::unique_ptr<orva::Image> img = readInput(file, frame_, ColourUse::kLuminance);
   const VoteResult result =
       vote(*img, settings_,
            history_ ? std::optional(*history_ + stem + "_") : std::optional<std::string>());
@@ -228,7 +230,7 @@ int VoteCommand::voteOnAll() const {
   fs::create_directories(out, made);
   if (made) throw FileError(out.string() + " can not be created: " + made.message());
   const Progress progress(images_.size(), quiet_);
-  std::string summary = "file,width,height,centres,seconds\n";
+  std::string summary = "file,width,height,centers,seconds\n";
   int status = 0;
   for (std::size_t i = 0; i < images_.size(); ++i) {
     const std::string& file = images_[i];

@@ -23,6 +23,7 @@ class VoteCommand : public Subcommand {
   void addVotingOptions();
   void addFileOptions();
   void check() const;
+  bool isPrinted() const;
   void voteOnOne() const;
   int voteOnAll() const;
   // Of an image of several: writes its results and returns its row of the summary.

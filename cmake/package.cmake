@@ -58,7 +58,7 @@ endmacro()
 set(library_package liborva${PROJECT_VERSION_MAJOR})
 orva_package(debian_library ${library_package} libs
 "image analysis for microscope images - shared library
-Images, filters, thresholds, regions, and the centres of round objects such
+Images, filters, thresholds, regions, and the centers of round objects such
 as cell nuclei.
 This package holds the library that programs need to run.")
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/triggers CONTENT "activate-noawait ldconfig\n")
@@ -66,7 +66,7 @@ set(CPACK_DEBIAN_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debi
 
 orva_package(debian_development liborva-dev libdevel
 "image analysis for microscope images - development files
-Images, filters, thresholds, regions, and the centres of round objects such
+Images, filters, thresholds, regions, and the centers of round objects such
 as cell nuclei.
 This package holds the headers, the static library, and the files for CMake
 and pkg-config.")
@@ -78,7 +78,7 @@ endif()
 if(ORVA_BUILD_APPS)
   orva_package(command orva science
 "image analysis for microscope images - command
-The command finds the centres of round objects such as cell nuclei, measures
+The command finds the centers of round objects such as cell nuclei, measures
 regions, and filters and converts images.")
 endif()
 

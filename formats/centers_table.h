@@ -1,4 +1,4 @@
-// The centres of one image as text: a CSV table or a JSON document.
+// The centers of one image as text: a CSV table or a JSON document.
 #ifndef ORVA_FORMATS_CENTERS_TABLE_H
 #define ORVA_FORMATS_CENTERS_TABLE_H
 
@@ -11,10 +11,10 @@ namespace orva::formats {
 
 enum class TableFormat { kCsv, kJson };
 
-// A header line "x,y,weight", then a row a centre.
+// A header line "x,y,weight", then a row a center.
 std::string centersAsCsv(const std::vector<Center>& centers);
 
-// What a JSON document says about its image besides the centres.
+// What a JSON document says about its image besides the centers.
 struct ImageFacts {
   std::string file;
   int frame;

@@ -19,9 +19,6 @@ enum class FileKind { kPgm, kPpm, kPng, kTiff, kIht, kUif, kIcs };
 // the file's name, for a file that is missing or of another kind.
 FileKind kindOf(const std::string& path);
 
-// For the help of the commands that read images.
-inline constexpr const char* kImageFiles = "PGM, PPM, PNG, TIFF, IHT or UIF file";
-
 // Frame `frame`, counted from 0, of the image file, or all frames as planes in z. Throws FileError
 // as kindOf(), and for a damaged file.
 std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,

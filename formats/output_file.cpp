@@ -23,17 +23,6 @@ namespace fs = std::filesystem;
   throw FileError::fromErrno(path.string() + " can not be written");
 }
 
-// 0, or the error number.
-int writeAll(int file, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = ::write(file, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
-}
-
 // Writes and closes; 0, or the error number.
 int finish(int file, std::string_view content) {
   const int error = writeAll(file, content);
@@ -142,6 +131,16 @@ fs::path placeOf(const fs::path& path) {
   const fs::path whole = fs::absolute(path, error);
   const fs::path place = fs::weakly_canonical(behindLinks(whole), error);
   return error ? whole.lexically_normal() : place;
+}
+
+int writeAll(int file, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(file, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
 }
 
 bool isStandardOutput(const fs::path& path) { return isFileOf(STDOUT_FILENO, path); }

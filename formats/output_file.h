@@ -23,6 +23,9 @@ std::filesystem::path placeOf(const std::filesystem::path& path);
 // True when `path` names the file that standard output goes to, under whatever name.
 bool isStandardOutput(const std::filesystem::path& path);
 
+// Writes all of `content` to an open file. Returns 0 or the error number.
+int writeAll(int file, std::string_view content);
+
 struct FileContent {
   std::filesystem::path path;
   std::string content;

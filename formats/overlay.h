@@ -1,4 +1,4 @@
-// The picture of a result: the grey image with a coloured cross at each centre.
+// The picture of a result: the grey image with a coloured cross at each center.
 #ifndef ORVA_FORMATS_OVERLAY_H
 #define ORVA_FORMATS_OVERLAY_H
 

@@ -7,37 +7,15 @@
 
 #include "formats/image_file.h"
 #include "formats/tiff_handle.h"
+#include "formats/tiff_layout.h"
 
 namespace orva::formats {
 namespace {
 
-struct Layout {
-  std::size_t width;
-  std::size_t height;
-  std::size_t samples;
-  std::uint16_t bits;
-  std::uint16_t format;
-  std::uint16_t photometric;
-  bool separatePlanes;
-};
-
-Layout layoutOf(const TiffHandle& in) {
-  return {
-      in.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0),
-      in.tag<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0),
-      in.tag<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1),
-      in.tag<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1),
-      in.tag<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT),
-      in.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK),
-      in.tag<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE};
-}
-
 // The type of the samples, if they are grey or red, green and blue of a supported width.
-std::optional<SampleType> sampleTypeOf(const Layout& layout) {
-  const bool isGrey =
-      layout.photometric == PHOTOMETRIC_MINISBLACK || layout.photometric == PHOTOMETRIC_MINISWHITE;
+std::optional<SampleType> sampleTypeOf(const TiffLayout& layout) {
   const bool isRgb = layout.photometric == PHOTOMETRIC_RGB && layout.samples >= 3;
-  if (!isGrey && !isRgb) return std::nullopt;
+  if (!layout.isGrey() && !isRgb) return std::nullopt;
   struct Row {
     int bits;
     int format;
@@ -71,7 +49,7 @@ struct Block {
 // are interleaved.
 class BlockDecoder {
  public:
-  BlockDecoder(const TiffHandle& in, const Layout& layout, std::size_t sampleBytes)
+  BlockDecoder(const TiffHandle& in, const TiffLayout& layout, std::size_t sampleBytes)
       : in_(in),
         layout_(layout),
         sampleBytes_(sampleBytes),
@@ -136,7 +114,7 @@ class BlockDecoder {
   }
 
   const TiffHandle& in_;
-  const Layout& layout_;
+  const TiffLayout& layout_;
   std::size_t sampleBytes_;
   std::size_t planes_;
   std::size_t bytes_;  // of one pixel in a block
@@ -145,7 +123,7 @@ class BlockDecoder {
 };
 
 // Palettes, few bits, subsampled colour and the like, through libtiff's conversion to 8-bit colour.
-Raster readAsColour(const TiffHandle& in, const Layout& layout) {
+Raster readAsColour(const TiffHandle& in, const TiffLayout& layout) {
   std::array<char, 1024> why{};
   if (TIFFRGBAImageOK(in.handle(), why.data()) == 0) {
     throw FileError(std::string("is a TIFF file of an unsupported kind: ") + why.data());
@@ -172,9 +150,13 @@ Raster readAsColour(const TiffHandle& in, const Layout& layout) {
 
 // The page that the file stands at.
 Raster readPage(const TiffHandle& in) {
-  const Layout layout = layoutOf(in);
+  const TiffLayout layout = layoutOf(in);
+  requireNothingLeftOut(in, layout);
   const std::optional<SampleType> type = sampleTypeOf(layout);
-  if (!type) return readAsColour(in, layout);
+  if (!type) {
+    requireKnownSamples(layout);
+    return readAsColour(in, layout);
+  }
   Raster raster(layout.width, layout.height, layout.samples,
                 layout.photometric == PHOTOMETRIC_RGB ? Meaning::kRgb : Meaning::kGrey, *type);
   BlockDecoder(in, layout, sizeOf(*type)).decode(raster);
@@ -211,6 +193,7 @@ void requireEnd(const TiffHandle& in, const std::string& path) {
 
 Raster readTiffFile(const std::string& path, int frame) {
   const TiffHandle in(path);
+  requireNoPlanesBehindThePage(in);
   if (TIFFSetDirectory(in.handle(), static_cast<tdir_t>(frame)) == 0) {
     throw FileError("there is no frame " + std::to_string(frame) + " in this TIFF file");
   }
@@ -219,6 +202,7 @@ Raster readTiffFile(const std::string& path, int frame) {
 
 void readTiffPages(const std::string& path, const std::function<void(const Raster&)>& take) {
   const TiffHandle in(path);
+  requireNoPlanesBehindThePage(in);
   take(readPage(in));
   while (TIFFLastDirectory(in.handle()) == 0) {
     if (TIFFReadDirectory(in.handle()) == 0) in.fail();

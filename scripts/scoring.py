@@ -1,7 +1,7 @@
-"""How centres compare with the truth tables of a folder of images: for scripts and benchmarks.
+"""How centers compare with the truth tables of a folder of images: for scripts and benchmarks.
 
 The folder holds index.csv (columns name, polarity, objects, median_radius), images/NAME.pgm and
-truth/NAME.csv (columns x, y, radius). A centre is a hit within max(3, radius / 2) pixels of a true
+truth/NAME.csv (columns x, y, radius). A center is a hit within max(3, radius / 2) pixels of a true
 object, one to one. Objects below half the median radius count neither as hits nor as misses.
 """
 

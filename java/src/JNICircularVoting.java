@@ -50,9 +50,9 @@ public class JNICircularVoting {
    * @param maxRadius farthest distance of a vote in pixels
    * @param unused2 not used
    * @param unused3 not used
-   * @param threshold votes above it make a centre
+   * @param threshold votes above it make a center
    * @param scale sigma of the gradient in pixels
-   * @return row, column and weight of each centre; without any, the one triple (height / 3, width /
+   * @return row, column and weight of each center; without any, the one triple (height / 3, width /
    *     3, 0)
    */
   public native int[] compute(int[] pixels, int height, int width, int unused1, int maxRadius,

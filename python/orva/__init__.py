@@ -1,6 +1,6 @@
 """Image analysis for microscope images.
 
-orva finds the centres of round objects, such as cell nuclei, and measures and filters images.
+orva finds the centers of round objects, such as cell nuclei, and measures and filters images.
 
 Images are NumPy arrays of the types uint8, int16, int32, uint32 and float32; others are not
 converted but refused with a TypeError. Their axes are (t, c, z, y, x), x fastest, of which the first

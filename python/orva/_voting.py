@@ -1,4 +1,4 @@
-"""Centres of round objects."""
+"""Centers of round objects."""
 
 from __future__ import annotations
 
@@ -93,10 +93,10 @@ def find_centers(
     power: float = 0.5,
     frame: int = 0,
 ) -> npt.NDArray[np.void]:
-    """Find the centres of round objects by iterative circular voting.
+    """Find the centers of round objects by iterative circular voting.
 
     Every pixel of strong gradient votes in a cone along its gradient. Pass by pass the cones turn
-    towards the strongest votes and narrow, until the votes of one object gather at its centre.
+    towards the strongest votes and narrow, until the votes of one object gather at its center.
 
     Parameters
     ----------
@@ -115,7 +115,7 @@ def find_centers(
     relative_gradient
         The same as a share of the strongest gradient, 0 to 1.
     threshold
-        Regions of more than so many votes make a centre; gradients then vote in grey levels. If
+        Regions of more than so many votes make a center; gradients then vote in grey levels. If
         None, relative_threshold counts.
     relative_threshold
         The same as a share of the strongest vote, 0.05 to 1.
@@ -131,7 +131,7 @@ def find_centers(
     Returns
     -------
     Structured array with the fields x and y (int32, pixels from 0 at the top left) and weight
-    (float32, the mean vote of the centre's region), a row for each centre.
+    (float32, the mean vote of the center's region), a row for each center.
 
     Raises
     ------
@@ -143,7 +143,7 @@ def find_centers(
 
     The border sample is repeated outside the image. Votes outside it are lost. Of more than 32768
     regions of votes the further ones are left out, with a warning on standard error. An image with
-    an infinite pixel has no centres, unless gradient and threshold are given.
+    an infinite pixel has no centers, unless gradient and threshold are given.
     """
     return _voted(_orva.find_centers, **locals())
 
@@ -164,14 +164,14 @@ def vote_field(
     power: float = 0.5,
     frame: int = 0,
 ) -> Floats:
-    """The votes after the last pass, in which find_centers() looks for centres.
+    """The votes after the last pass, in which find_centers() looks for centers.
 
     The parameters are those of find_centers(), and so are the errors. relative_threshold changes
     nothing here, and of threshold only whether it is given.
 
     Returns
     -------
-    float32 array (y, x): the votes at every pixel of the plane. The centres are the centroids of
+    float32 array (y, x): the votes at every pixel of the plane. The centers are the centroids of
     its regions above the threshold, their weights the mean vote of a region.
     """
     return _voted(_orva.vote_field, **locals())

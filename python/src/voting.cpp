@@ -12,7 +12,7 @@ namespace {
 using orva::formats::VoteSettings;
 using orva::voting::CircularVoting;
 
-// A row of the array of centres.
+// A row of the array of centers.
 struct Row {
   int x;
   int y;

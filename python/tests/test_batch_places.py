@@ -10,7 +10,7 @@ import pytest
 from test_batch import batch, job_of, rows
 
 import orva
-from orva.batch import __main__ as batch_command
+from orva.batch import _command as batch_command
 from orva.batch import _jobs, _summary
 
 NAMES = [

@@ -106,6 +106,8 @@ def test_a_project_finds_the_installed_library(newcomer, prefix, tmp_path):
     newcomer.run(f"CMAKE_PREFIX_PATH={prefix} cmake -B b && cmake --build b", tmp_path)
     found = newcomer.run(f"LD_LIBRARY_PATH={prefix}/lib b/my_program {SAMPLE}", tmp_path)
     assert len(re.findall(r"^\d+ \d+$", found, re.MULTILINE)) > 10
+    line = f"LD_LIBRARY_PATH={prefix}/lib b/my_program 2>&1 || [ $? = 2 ]"
+    assert newcomer.run(line, tmp_path) == "usage: b/my_program IMAGE.pgm\n"
 
 
 def test_the_jar_serves_java_and_imagej(newcomer, prefix, tmp_path):
@@ -144,7 +146,7 @@ def test_pip_installs_the_whole_package(newcomer):
     assert lines[0].startswith(newcomer.environment["HOME"] + "/orva/lib/")
     assert {"py.typed", "_orva.pyi", "batch"} <= set(lines[1].split())
     assert float(lines[2]) > 0
-    assert "find the centres" in newcomer.run(f"{python} -m orva.batch --help", "/").lower()
+    assert "find the centers" in newcomer.run(f"{python} -m orva.batch --help", "/").lower()
 
 
 def test_the_line_for_the_build_tree(tmp_path):
@@ -162,6 +164,6 @@ def test_the_line_for_the_build_tree(tmp_path):
 
 def test_the_demo_makes_a_table_and_a_picture(newcomer):
     (code,) = [b for b in blocks("README.md", "sh") if b.startswith("scripts/demo")]
-    assert "centres in data/images/dsb_large_a.pgm" in newcomer.run(code.splitlines()[0])
+    assert "centers in data/images/dsb_large_a.pgm" in newcomer.run(code.splitlines()[0])
     for name in ("nuclei.csv", "nuclei.png"):
         assert (newcomer.sources / "build" / "demo" / name).stat().st_size > 100

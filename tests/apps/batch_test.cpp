@@ -30,7 +30,7 @@ std::string withoutTimes(const std::string& summary) {
   return result;
 }
 
-const std::string kHeader = "file,width,height,centres,seconds\n";
+const std::string kHeader = "file,width,height,centers,seconds\n";
 
 TEST(Batch, EveryImageGetsATableAPictureAndARow) {
   const Sandbox box;

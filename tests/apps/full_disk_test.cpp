@@ -123,7 +123,7 @@ TEST_F(FullDisk, OfSeveralImagesIsTheFailureOfEach) {
             "orva: a.pgm: out/a.png can not be written: File too large\n"
             "orva: b.pgm: out/b.png can not be written: File too large\n");
   EXPECT_EQ(box.names(), (std::vector<std::string>{"a.pgm", "b.pgm", "out", "out/summary.csv"}));
-  EXPECT_EQ(box.read("out/summary.csv"), "file,width,height,centres,seconds\n");
+  EXPECT_EQ(box.read("out/summary.csv"), "file,width,height,centers,seconds\n");
 
   const Outcome full = box.run(call, {.largestFile = 0});
   EXPECT_EQ(full.status, 1);
@@ -132,7 +132,7 @@ TEST_F(FullDisk, OfSeveralImagesIsTheFailureOfEach) {
             "orva: b.pgm: out/b.csv can not be written: File too large\n"
             "orva: out/summary.csv can not be written: File too large\n");
   EXPECT_EQ(box.names(), (std::vector<std::string>{"a.pgm", "b.pgm", "out", "out/summary.csv"}));
-  EXPECT_EQ(box.read("out/summary.csv"), "file,width,height,centres,seconds\n");
+  EXPECT_EQ(box.read("out/summary.csv"), "file,width,height,centers,seconds\n");
 }
 
 TEST_F(FullDisk, FailsStandardOutput) {

@@ -196,7 +196,7 @@ Running Sandbox::start(const std::vector<std::string>& arguments, const Streams&
   auto captures = std::make_unique<Running::Captures>(streams);
   FileActions actions;
   ::posix_spawn_file_actions_addchdir_np(actions.get(), path_.c_str());
-  ::posix_spawn_file_actions_addopen(actions.get(), STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  ::posix_spawn_file_actions_addopen(actions.get(), STDIN_FILENO, streams.in, O_RDONLY, 0);
   if (streams.out != nullptr) {
     ::posix_spawn_file_actions_addopen(actions.get(), STDOUT_FILENO, streams.out, O_WRONLY, 0);
   } else {

@@ -22,12 +22,13 @@ struct Outcome {
 
 // Where a run's streams go; both are read back unless something else is said.
 struct Streams {
-  const char* out = nullptr;  // a file or a device instead
-  bool terminal = false;      // standard error is a terminal
-  bool noReader = false;      // standard output is a pipe that nobody reads
-  long largestFile = -1;      // no file grows past these bytes, as on a full disk
-  long mostMemory = -1;       // no more bytes of address space than these
-  int ignored = 0;            // a signal that is ignored
+  const char* in = "/dev/null";  // a file or a device to read
+  const char* out = nullptr;     // a file or a device instead
+  bool terminal = false;         // standard error is a terminal
+  bool noReader = false;         // standard output is a pipe that nobody reads
+  long largestFile = -1;         // no file grows past these bytes, as on a full disk
+  long mostMemory = -1;          // no more bytes of address space than these
+  int ignored = 0;               // a signal that is ignored
 };
 
 // A run of the command that is under way.

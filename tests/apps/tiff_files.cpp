@@ -17,9 +17,11 @@ void append(std::vector<unsigned char>& bytes, double value) {
 // In the machine's byte order; libtiff turns it into the file's.
 void appendSample(std::vector<unsigned char>& bytes, double value, const TiffForm& form) {
   if (form.format == SAMPLEFORMAT_IEEEFP) {
+    if (form.bits == 16) return append<std::uint16_t>(bytes, 0x3C00);  // 1, whatever the value
     return form.bits == 64 ? append<double>(bytes, value) : append<float>(bytes, value);
   }
   const bool isSigned = form.format == SAMPLEFORMAT_INT;
+  if (form.bits == 64) return append<std::int64_t>(bytes, value);
   if (form.bits == 8)
     return append<std::uint8_t>(bytes, isSigned && value < 0 ? value + 256 : value);
   if (form.bits == 16) {
@@ -90,6 +92,14 @@ void TiffFile::page(const Picture& picture, const TiffForm& form) {
     const std::uint16_t* red = form.palette.data();
     TIFFSetField(tiff, TIFFTAG_COLORMAP, red, red + entries, red + 2 * entries);
   }
+  if (!form.extraSamples.empty()) {
+    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, static_cast<int>(form.extraSamples.size()),
+                 form.extraSamples.data());
+  }
+  if (form.depth > 1) TIFFSetField(tiff, TIFFTAG_IMAGEDEPTH, form.depth);
+  if (!form.description.empty()) {
+    TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, form.description.c_str());
+  }
   const bool tiled = form.tileWidth != 0;
   const int width = tiled ? static_cast<int>(form.tileWidth) : picture.width;
   const int height = tiled ? static_cast<int>(form.tileHeight)
@@ -125,8 +135,8 @@ std::string rawTiff(const std::vector<TiffTag>& tags, const std::string& pixels)
   number(static_cast<std::uint32_t>(tags.size()), 2);
   for (const TiffTag& tag : tags) {
     number(tag.name, 2);
-    number(TIFF_LONG, 2);
-    number(1, 4);
+    number(tag.type, 2);
+    number(tag.count, 4);
     number(tag.value, 4);
   }
   number(0, 4);

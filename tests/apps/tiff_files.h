@@ -15,7 +15,7 @@
 namespace orva_test {
 
 struct TiffForm {
-  std::uint16_t bits = 8;  // 1, 2, 4, 8, 16, 32, or 64 for floats
+  std::uint16_t bits = 8;  // 1, 2, 4, 8, 16, 32 or 64
   std::uint16_t format = SAMPLEFORMAT_UINT;
   std::uint16_t photometric = PHOTOMETRIC_MINISBLACK;
   std::uint16_t planar = PLANARCONFIG_CONTIG;
@@ -25,6 +25,10 @@ struct TiffForm {
   std::uint32_t rowsPerStrip = 16;
   // Red, green and blue, each of 2 ^ bits entries.
   std::vector<std::uint16_t> palette{};
+  // What the samples beyond grey or colour are; not stated if empty.
+  std::vector<std::uint16_t> extraSamples{};
+  std::uint32_t depth = 1;  // stated if above 1
+  std::string description{};
 };
 
 // A file that is written page by page and complete with the end of this object.
@@ -46,7 +50,9 @@ class TiffFile {
 // begin at byte 512.
 struct TiffTag {
   std::uint16_t name;
-  std::uint32_t value;
+  std::uint32_t value;  // or where the values lie
+  std::uint16_t type = TIFF_LONG;
+  std::uint32_t count = 1;
 };
 std::string rawTiff(const std::vector<TiffTag>& tags, const std::string& pixels);
 

@@ -23,11 +23,18 @@ configure() {
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags"
 }
 
-# check PROGRAM: it finds the nuclei of a sample image, as the command does.
+# check PROGRAM: it finds the nuclei of a sample image, as the command does, and explains itself
+# without one.
 check() {
   "$1" "$source/data/images/dsb_large_a.pgm" >"$work/found"
   if ! grep -Eq '^[0-9]+ [0-9]+$' "$work/found" || [ "$(wc -l <"$work/found")" -lt 10 ]; then
     echo "$1 printed:" && cat "$work/found"
+    exit 1
+  fi
+  local status=0
+  "$1" >"$work/found" 2>&1 || status=$?
+  if [ "$status" -ne 2 ] || [ "$(cat "$work/found")" != "usage: $1 IMAGE.pgm" ]; then
+    echo "$1 without an image ended with status $status and printed:" && cat "$work/found"
     exit 1
   fi
 }

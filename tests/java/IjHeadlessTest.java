@@ -83,6 +83,7 @@ class IjHeadlessTest {
     assertEquals(1, image.getOverlay().size());
     assertEquals(points, points(image.getOverlay().get(0)));
     assertEquals(0, image.getOverlay().get(0).getPosition());
+    assertEquals("orva centers", image.getOverlay().get(0).getName());
     assertFalse(image.isLocked());
   }
 

@@ -8,7 +8,7 @@ import java.util.Collections;
 import java.util.List;
 
 /**
- * Finds the centres of bright round objects, such as cell nuclei, by iterative circular voting.
+ * Finds the centers of bright round objects, such as cell nuclei, by iterative circular voting.
  *
  * <pre>{@code
  * for (Center c : CircularVoting.find(pixels, height, width, new Settings(20))) {
@@ -26,14 +26,14 @@ public final class CircularVoting {
   private CircularVoting() {}
 
   /**
-   * Finds the centres in a grey image. To find dark objects, pass the inverted image.
+   * Finds the centers in a grey image. To find dark objects, pass the inverted image.
    *
    * @param pixels {@code height * width} grey values, row by row; the lowest 8 bits of each count
-   * @param height number of rows; an image without pixels has no centres
+   * @param height number of rows; an image without pixels has no centers
    * @param width number of columns
    * @param settings what to look for
-   * @return the centres, from top to bottom by the topmost votes of each; empty when there are
-   *     none. A single centre at (width / 3, height / 3) with a weight below 1 can not be told from
+   * @return the centers, from top to bottom by the topmost votes of each; empty when there are
+   *     none. A single center at (width / 3, height / 3) with a weight below 1 can not be told from
    *     none.
    * @throws IllegalArgumentException when the array or the settings are null, a size is negative,
    *     the array's length is not {@code height * width}, or a side with the margin for the votes

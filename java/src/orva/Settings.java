@@ -5,7 +5,7 @@ package orva;
  *
  * @param maxRadius farthest distance of a vote in pixels, 1 to {@value #LARGEST}; about 1.4 times
  *     the radius of the objects
- * @param threshold votes above it make a centre, 0 or more; votes count in grey levels a pixel
+ * @param threshold votes above it make a center, 0 or more; votes count in grey levels a pixel
  * @param scale sigma of the gradient in pixels, 1 to {@value #LARGEST}
  */
 public record Settings(int maxRadius, int threshold, int scale) {

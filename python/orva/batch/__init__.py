@@ -1,4 +1,4 @@
-"""Centres in many images, on the processors of this machine or on a cluster, and in very large ones.
+"""Centers in many images, on the processors of this machine or on a cluster, and in very large ones.
 
 ``python -m orva.batch --help`` tells of the command; it needs dask and distributed.
 """

@@ -3,13 +3,16 @@
 from __future__ import annotations
 
 import contextlib
+import logging
 import sys
+import threading
 from collections.abc import Iterator
 from concurrent.futures import CancelledError
 from typing import Any, TextIO
 
 from distributed import Client, LocalCluster, as_completed
 
+from ._interrupt import Interrupted
 from ._jobs import Job, Result, run
 
 
@@ -62,16 +65,23 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
         return
     # The voting uses one processor.
     local: Any = LocalCluster(  # type: ignore[no-untyped-call]
-        n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=None
+        n_workers=workers,
+        threads_per_worker=1,
+        processes=True,
+        # A port of its own, for another batch may run, and nothing to look at there.
+        dashboard_address="127.0.0.1:0",
+        scheduler_kwargs={"dashboard": False},
     )
     with local as cluster, Client(cluster) as c:  # type: ignore[no-untyped-call]
         yield c
 
 
-def run_all(jobs: list[Job], c: Client, out: TextIO = sys.stderr) -> list[Result]:
+def run_all(
+    jobs: list[Job], c: Client, stop: threading.Event, out: TextIO = sys.stderr
+) -> list[Result]:
     """Runs one task a job and returns the results in the order of the jobs.
 
-    A task whose worker dies goes to another one.
+    A task whose worker dies goes to another one. Raises Interrupted soon after `stop` is set.
     """
     futures: list[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
     jobs_of: dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
@@ -79,7 +89,16 @@ def run_all(jobs: list[Job], c: Client, out: TextIO = sys.stderr) -> list[Result
     if not c.scheduler_info()["workers"]:  # type: ignore[no-untyped-call]
         out.write("the scheduler has no workers yet; waiting for them\n")
     progress = _Progress(len(jobs), out)
-    for future in as_completed(futures):  # type: ignore[no-untyped-call]
+    completed: Any = as_completed(futures)  # type: ignore[no-untyped-call]
+    while not completed.is_empty():
+        if stop.is_set():
+            logging.disable(logging.CRITICAL)  # of workers that take long to end
+            c.cancel(futures)  # type: ignore[no-untyped-call]
+            raise Interrupted
+        if not completed.has_ready():
+            stop.wait(0.02)
+            continue
+        future = next(completed)
         results[future.key] = _result(future, jobs_of[future.key])
         progress.add(results[future.key])
     progress.end()

@@ -1,7 +1,8 @@
-"""The centres of one image, as a table in a file that is not made twice."""
+"""The centers of one image, as a table in a file that is not made twice."""
 
 from __future__ import annotations
 
+import contextlib
 import csv
 import dataclasses
 import hashlib
@@ -9,9 +10,11 @@ import json
 import os
 import pathlib
 import pickle
+import signal
 import tempfile
 import time
 import uuid
+from collections.abc import Iterator
 from typing import Any
 
 import numpy as np
@@ -27,7 +30,7 @@ Center = tuple[int, int, float]
 
 @dataclasses.dataclass(frozen=True)
 class Job:
-    """An image, the table of its centres, and the settings: those of find_centers()."""
+    """An image, the table of its centers, and the settings: those of find_centers()."""
 
     image: str
     table: str
@@ -117,13 +120,13 @@ def _shortest(weight: np.float32) -> str:
 
 
 def read_centers(path: str) -> list[Center]:
-    """The rows of a table of centres."""
+    """The rows of a table of centers."""
     with open(path, encoding="utf-8", newline="") as file:
         return [(int(x), int(y), float(w)) for x, y, w in list(csv.reader(file))[1:]]
 
 
 def run(job: Job) -> Result:
-    """Finds the centres of an image and writes its table, unless that has been done before.
+    """Finds the centers of an image and writes its table, unless that has been done before.
 
     All that is wrong with the image is in the result; nothing is raised. The work is done in a child
     process, as the library ends its process when memory runs out.
@@ -132,6 +135,7 @@ def run(job: Job) -> Result:
         child = os.fork()
         if child == 0:
             try:
+                signal.signal(signal.SIGTERM, signal.SIG_DFL)
                 os.dup2(said.fileno(), 2)
                 answer.write(pickle.dumps(_run(job)))
                 answer.flush()
@@ -150,6 +154,16 @@ def run(job: Job) -> Result:
             return result
         text = words.decode(errors="replace").strip() or "no word of why"
         return Result(job.image, error=f"its process ended early: {text}")
+
+
+@contextlib.contextmanager
+def _not_terminated() -> Iterator[None]:
+    """Holds back SIGTERM, which would leave temporary files."""
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM})
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
 def _run(job: Job) -> Result:
@@ -175,9 +189,10 @@ def _run(job: Job) -> Result:
             "table": hashlib.sha256(table.encode()).hexdigest(),
             "result": dataclasses.asdict(result),
         }
-        # First, so that a table without a record is none of ours.
-        write_whole(job.record, json.dumps(record, indent=1) + "\n")
-        write_whole(pathlib.Path(job.table), table)
+        with _not_terminated():
+            # First, so that a table without a record is none of ours.
+            write_whole(job.record, json.dumps(record, indent=1) + "\n")
+            write_whole(pathlib.Path(job.table), table)
         return result
     except (OSError, ValueError, MemoryError) as error:
         return Result(job.image, error=str(error) or type(error).__name__)

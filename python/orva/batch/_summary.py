@@ -1,4 +1,4 @@
-"""What a whole batch gave: one table of all centres, one row an image, and a picture of the counts."""
+"""What a whole batch gave: one table of all centers, one row an image, and a picture of the counts."""
 
 from __future__ import annotations
 
@@ -52,7 +52,7 @@ def _name(stem: str) -> str:
 
 
 def _draw(path: pathlib.Path, results: list[Result]) -> None:
-    """A bar an image, or of many images how many have so many centres."""
+    """A bar an image, or of many images how many have so many centers."""
     from matplotlib.backends.backend_agg import FigureCanvasAgg  # type: ignore[import]
     from matplotlib.figure import Figure  # type: ignore[import]
     from matplotlib.ticker import MaxNLocator  # type: ignore[import]
@@ -66,14 +66,14 @@ def _draw(path: pathlib.Path, results: list[Result]) -> None:
         axes.bar(range(len(counts)), counts, color="#4477aa")
         names = [_name(pathlib.Path(r.image).stem) for r in results]
         axes.set_xticks(range(len(counts)), names, rotation=60, ha="right", fontsize=7)
-        axes.set_ylabel("centres")
+        axes.set_ylabel("centers")
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
     else:
         axes.hist(counts, bins=min(max(counts) - min(counts) + 1, few), color="#4477aa")
-        axes.set_xlabel("centres in an image")
+        axes.set_xlabel("centers in an image")
         axes.set_ylabel("images")
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
-    axes.set_title(f"{sum(counts)} centres in {len(counts)} images")
+    axes.set_title(f"{sum(counts)} centers in {len(counts)} images")
     axes.spines[["top", "right"]].set_visible(False)
     content = io.BytesIO()
     figure.savefig(content, format="png", dpi=100)

@@ -1,4 +1,4 @@
-"""Centres of an image that is too large to vote on as a whole."""
+"""Centers of an image that is too large to vote on as a whole."""
 
 from __future__ import annotations
 
@@ -92,7 +92,7 @@ def _inside(values: npt.NDArray[Any], tile: _Tile) -> npt.NDArray[Any]:
 def find_centers_in_tiles(
     image: Any, *, tile: int = _TILE, overlap: int | None = None, **settings: Any
 ) -> npt.NDArray[np.void]:
-    """Find the centres of round objects in a plane of any size, tile by tile.
+    """Find the centers of round objects in a plane of any size, tile by tile.
 
     Parameters
     ----------
@@ -102,7 +102,7 @@ def find_centers_in_tiles(
     tile
         The side of what a tile owns, in pixels.
     overlap
-        By how much it looks further on each side; if None, so far that it sees all that its centres
+        By how much it looks further on each side; if None, so far that it sees all that its centers
         depend on. That is further where a region of votes is long, up to a side of 16384 pixels in
         all; a longer region is cut, with a warning.
     settings
@@ -110,7 +110,7 @@ def find_centers_in_tiles(
 
     Returns
     -------
-    As find_centers(), ordered by y, then x. With gradient and threshold given the centres and
+    As find_centers(), ordered by y, then x. With gradient and threshold given the centers and
     weights are exactly those of find_centers(). relative_gradient is a share of the strongest
     gradient of the whole image, relative_threshold one of its strongest vote: with them the image is
     voted on twice, and results may differ from those of find_centers() by the last bits of a vote;
@@ -133,7 +133,7 @@ def find_centers_in_tiles(
     options.whole("tile", tile, 1, 30000)
     may_grow = overlap is None
     if overlap is None:
-        # May be more than the image. A centre's region is seldom longer than its object.
+        # May be more than the image. A center's region is seldom longer than its object.
         overlap = reach_of(settings) + 2 * settings["max_radius"]
     else:
         options.whole("overlap", overlap, 0, 30000)
@@ -165,7 +165,7 @@ def find_centers_in_tiles(
 def _centers(
     image: Any, t: _Tile, shape: tuple[int, int], factor: float, settings: dict[str, Any]
 ) -> tuple[npt.NDArray[np.void], bool]:
-    """The centres that the tile owns, as find_centers() finds them.
+    """The centers that the tile owns, as find_centers() finds them.
 
     Also whether one of them may belong to a region that goes on where the tile can not tell.
     """
@@ -205,7 +205,7 @@ def _absolute(
     """Settings with thresholds that are the same for all tiles.
 
     With what to multiply the image by for them, and the scale of their votes. None where shares of
-    the strongest gradient find no centres.
+    the strongest gradient find no centers.
     """
     settings = dict(settings)
     share = settings.pop("relative_gradient")

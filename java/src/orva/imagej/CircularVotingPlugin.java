@@ -33,16 +33,16 @@ import orva.CircularVoting;
 import orva.Settings;
 
 /**
- * The ImageJ command Plugins &gt; Orva &gt; Circular Voting...: marks the centres of round objects
+ * The ImageJ command Plugins &gt; Orva &gt; Circular Voting...: marks the centers of round objects
  * in the current slice or in all of a stack. The results are a multi-point selection, a row of the
- * results table for each centre, and an overlay of circles.
+ * results table for each center, and an overlay of circles.
  *
  * <p>A colour image counts by its grey values, and one of 16 or 32 bits by its display range. An
- * area selection limits the centres to it.
+ * area selection limits the centers to it.
  */
 public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogListener {
   private static final String TITLE = "Circular Voting";
-  private static final String OVERLAY = "orva centres";
+  private static final String OVERLAY = "orva centers";
   private static final int LARGE = 4; // of ImageJ's point sizes
   private static final int CHEAP_PIXELS = 1 << 20;
   private static final int FLAGS = DOES_ALL | NO_CHANGES | PARALLELIZE_STACKS | FINAL_PROCESSING;

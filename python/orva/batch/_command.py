@@ -1,0 +1,158 @@
+"""What ``python -m orva.batch`` does."""
+
+from __future__ import annotations
+
+import argparse
+import os
+import pathlib
+import sys
+import tempfile
+import threading
+from typing import Any, NoReturn
+
+from .. import _options as options
+from .._voting import complete
+from ._cluster import client, run_all
+from ._interrupt import run as run_interruptible
+from ._jobs import Job, Result
+from ._summary import SUMMARY_FILES, write_summary
+
+_EPILOG = """\
+DIR gets a table x,y,weight for each image, centers.csv with the centers of all, summary.csv with a
+row an image, failures.csv, and counts.png. Run again, it leaves out images whose file and settings
+have not changed. The exit status is 0, 1 when an image failed, or 2 for a wrong call.
+
+Example: the nuclei of a plate, on four processors
+  python -m orva.batch plate/*.tif --out results --workers 4 --max-radius 20
+"""
+
+
+class _Parser(argparse.ArgumentParser):
+    def error(self, message: str) -> NoReturn:
+        """Ends with the message alone; --help shows the usage."""
+        self.exit(2, f"{self.prog}: error: {message}\n")
+
+
+def _whole(text: str) -> int:
+    try:
+        return int(text)
+    except ValueError:
+        raise argparse.ArgumentTypeError(f"must be a whole number, not {text}") from None
+
+
+def _parser() -> argparse.ArgumentParser:
+    parser = _Parser(
+        prog="python -m orva.batch",
+        description="Find the centers of round objects in many images",
+        epilog=_EPILOG,
+        formatter_class=argparse.RawDescriptionHelpFormatter,
+    )
+    parser.add_argument("images", nargs="+", metavar="IMAGE", help="what orva.read() reads")
+    parser.add_argument("--out", required=True, metavar="DIR", help="the results go there")
+    where = parser.add_mutually_exclusive_group()
+    where.add_argument("--scheduler", metavar="ADDRESS", help="of a running Dask cluster")
+    where.add_argument(
+        "--workers",
+        type=_whole,
+        metavar="N",
+        help="processes on this machine; default one a processor",
+    )
+    vote = parser.add_argument_group("voting", "as for orva vote")
+    vote.add_argument("--polarity", metavar="NAME", help="bright, dark or both; default bright")
+    vote.add_argument("--min-radius", type=_whole, metavar="N", help="nearest vote; default 1")
+    vote.add_argument("--max-radius", type=_whole, metavar="N", help="farthest vote; default 20")
+    vote.add_argument("--cone-width", type=_whole, metavar="N", help="default half of --max-radius")
+    vote.add_argument("--sigma", type=float, metavar="S", help="default --max-radius / 7, at least 1")
+    vote.add_argument(
+        "--gradient", type=float, metavar="G", help="of weaker gradients no vote, in grey levels"
+    )
+    vote.add_argument("--relative-gradient", type=float, metavar="F", help="a share; default 0.03")
+    vote.add_argument("--threshold", type=float, metavar="T", help="a center needs more votes")
+    vote.add_argument("--relative-threshold", type=float, metavar="F", help="a share; default 0.3")
+    vote.add_argument("--edges", action="store_true", default=None, help="vote from edges only")
+    vote.add_argument("--power", type=float, metavar="P", help="of gradients; default 0.5")
+    vote.add_argument("--frame", type=_whole, metavar="K", help="page or plane of a stack; default 0")
+    return parser
+
+
+def _vote_settings(arguments: argparse.Namespace) -> dict[str, Any]:
+    """What was given, checked; the rest has the defaults of find_centers()."""
+    others = ("images", "out", "scheduler", "workers")
+    given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
+    complete({k: v for k, v in given.items() if k != "frame"})
+    options.whole("frame", given.get("frame", 0), 0, 65534)
+    return given
+
+
+def _jobs(images: list[str], out: pathlib.Path, settings: dict[str, Any]) -> list[Job]:
+    """A job an image; two images of one name would have one table."""
+    reserved = {"centers", "summary", "failures"}
+    seen: dict[str, str] = {}
+    jobs = []
+    for image in images:
+        path = os.path.abspath(image)
+        name = pathlib.Path(path).stem
+        if name in reserved:
+            raise ValueError(f"{image}: its table would be the batch's {name}.csv; rename it")
+        if seen.setdefault(name, path) != path:
+            raise ValueError(f"{image} and {seen[name]} would both have the table {name}.csv")
+        jobs.append(Job(path, str(out / f"{name}.csv"), settings))
+    if len(jobs) != len(seen):
+        raise ValueError("an image is named twice")
+    _require_apart(jobs, out)
+    return jobs
+
+
+def _require_apart(jobs: list[Job], out: pathlib.Path) -> None:
+    """Raises ValueError for an image in the place of a result."""
+    results = [out / name for name in SUMMARY_FILES]
+    results += [pathlib.Path(job.table) for job in jobs] + [job.record for job in jobs]
+    places = {os.path.join(os.path.realpath(out), path.name) for path in results}
+    for job in jobs:
+        directory, name = os.path.split(job.image)
+        # A link in that place would go, and so would what another one there leads to.
+        if {os.path.join(os.path.realpath(directory), name), os.path.realpath(job.image)} & places:
+            raise ValueError(f"{job.image}: a result would take its place; choose another --out")
+
+
+def _run(jobs: list[Job], out: pathlib.Path, scheduler: str | None, workers: int) -> list[Result]:
+    """The results of the jobs, and all files that the batch makes of them."""
+
+    def work(stop: threading.Event) -> list[Result]:
+        with client(scheduler, workers) as c:
+            results = run_all(jobs, c, stop)
+        write_summary(out, results)
+        return results
+
+    return run_interruptible(work)
+
+
+def main(argv: list[str] | None = None) -> int:
+    parser = _parser()
+    arguments = parser.parse_args(argv)
+    out = pathlib.Path(arguments.out).absolute()
+    try:
+        jobs = _jobs(arguments.images, out, _vote_settings(arguments))
+        workers = len(os.sched_getaffinity(0))
+        if arguments.workers is not None:
+            workers = options.whole("workers", arguments.workers, 1, 1024)
+    except (TypeError, ValueError) as error:
+        parser.error(str(error))
+    try:
+        out.mkdir(parents=True, exist_ok=True)
+        with tempfile.TemporaryFile(dir=out):
+            pass
+    except OSError as error:
+        parser.error(f"--out {arguments.out} can not be written to: {error.strerror}")
+    try:
+        results = _run(jobs, out, arguments.scheduler, min(workers, len(jobs)))
+        failed = [r for r in results if r.error]
+        for r in failed:
+            print(f"{r.image}: {r.error}", file=sys.stderr)
+        return 1 if failed else 0
+    except ConnectionError as error:
+        parser.error(str(error))
+    except KeyboardInterrupt:
+        line = f"{parser.prog}: interrupted; the same call goes on from here\n"
+        # On a terminal the bar stands in the line.
+        parser.exit(130, "\n" + line if sys.stderr.isatty() else line)
