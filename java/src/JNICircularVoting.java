@@ -6,6 +6,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import orva.NativeVoting;
 
 /**
  * The native circular voting, as the library offers it. It checks nothing; {@link
@@ -21,7 +22,7 @@ public class JNICircularVoting {
 
   /**
    * Loads the native library if that has not happened yet: the first one of the folders of {@code
-   * java.library.path} that holds the entry, else the jar's own, by way of a temporary file that
+   * java.library.path} that holds the entries, else the jar's own, by way of a temporary file that
    * only this user can read and that is gone when the constructor returns.
    *
    * @throws UnsatisfiedLinkError when there is none; the message lists every path tried
@@ -102,7 +103,10 @@ public class JNICircularVoting {
   private boolean load(Path file, List<String> tried) {
     try {
       System.load(file.toString());
-      compute(new int[0], 0, 0, 0, 1, 0, 0, 0, 1); // a library built without Java has no such entry
+      // A library built without Java has no entry, and an older one has only the first.
+      compute(new int[0], 0, 0, 0, 1, 0, 0, 0, 1);
+      NativeVoting.findCenters(
+          new float[0], 0, 0, 0, 1, 1, -1, Float.NaN, Float.NaN, 0, Float.NaN, 1, false, 1);
       return true;
     } catch (UnsatisfiedLinkError | RuntimeException e) { // the latter where access is denied
       tried.add(file + ": " + e.getMessage());

@@ -13,8 +13,8 @@ import java.util.regex.Pattern;
 import javax.imageio.ImageIO;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
-import orva.Center;
-import orva.Settings;
+import orva.VoteCenter;
+import orva.VoteSettings;
 
 /** The examples of docs/java.md, as they stand. */
 class DocumentTest {
@@ -43,7 +43,7 @@ class DocumentTest {
         Program.run(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
             "-cp", System.getProperty("orva.jar"), source.toString(), picture.toString()));
     assertEquals(0, result.status(), result::err);
-    List<Center> centers = Expected.centers(SAMPLE, new Settings(36), false);
+    List<VoteCenter> centers = Expected.centers(SAMPLE, VoteSettings.ofRadius(36));
     assertTrue(centers.size() > 20, centers::toString);
     assertEquals(centers.stream().map(c -> c.x() + " " + c.y() + " " + c.weight()).toList(),
         result.out().lines().toList());
@@ -61,7 +61,7 @@ class DocumentTest {
     } finally {
       System.setOut(console);
     }
-    List<Center> centers = Expected.centers(SAMPLE, new Settings(36, 600, 5), false);
+    List<VoteCenter> centers = Expected.centers(SAMPLE, VoteSettings.ofRadius(36));
     assertTrue(centers.size() > 20, centers::toString);
     assertEquals(centers.stream().map(c -> c.x() + " " + c.y()).toList(),
         printed.toString().lines().toList());

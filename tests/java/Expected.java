@@ -8,8 +8,10 @@ import java.util.List;
 import java.util.stream.IntStream;
 import orva.Center;
 import orva.Settings;
+import orva.VoteCenter;
+import orva.VoteSettings;
 
-/** What the C++ interface finds. */
+/** What the C++ interface and the orva command find. */
 final class Expected {
   private Expected() {}
 
@@ -34,6 +36,41 @@ final class Expected {
     } finally {
       Files.delete(file);
     }
+  }
+
+  /** By the command. */
+  static List<VoteCenter> centers(Path image, VoteSettings s)
+      throws IOException, InterruptedException {
+    List<String> command = new ArrayList<>(List.of(System.getProperty("orva.command"), "vote",
+        "--quiet", "--polarity", s.polarity().name().toLowerCase(), "--min-radius",
+        "" + s.minRadius(), "--max-radius", "" + s.maxRadius(), "--power", "" + s.power()));
+    if (s.coneWidth() != null)
+      command.addAll(List.of("--cone-width", "" + s.coneWidth()));
+    if (s.sigma() != null)
+      command.addAll(List.of("--sigma", "" + s.sigma()));
+    command.addAll(s.gradient() == null ? List.of("--relative-gradient", "" + s.relativeGradient())
+                                        : List.of("--gradient", "" + s.gradient()));
+    command.addAll(s.threshold() == null
+            ? List.of("--relative-threshold", "" + s.relativeThreshold())
+            : List.of("--threshold", "" + s.threshold()));
+    if (s.edges())
+      command.add("--edges");
+    command.add(image.toString());
+    return byCommand(command);
+  }
+
+  /** The table that the command prints. */
+  static List<VoteCenter> byCommand(List<String> command) throws IOException, InterruptedException {
+    Program.Result result = Program.run(command);
+    assertEquals(0, result.status(), () -> command + " " + result.err());
+    List<String> lines = result.out().lines().toList();
+    assertEquals("x,y,weight", lines.get(0));
+    return lines.stream().skip(1).map(line -> line.split(",")).map(Expected::voteCenter).toList();
+  }
+
+  private static VoteCenter voteCenter(String[] values) {
+    return new VoteCenter(
+        Integer.parseInt(values[0]), Integer.parseInt(values[1]), Float.parseFloat(values[2]));
   }
 
   /** As the native method returns them. */

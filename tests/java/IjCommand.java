@@ -8,8 +8,10 @@ import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import orva.Settings;
+import orva.VoteCenter;
+import orva.VoteSettings;
 
-/** The ImageJ command, its table and the same centres by the C++ interface. */
+/** The ImageJ command, its table and the same centers by the C++ interface. */
 final class IjCommand {
   static final String NAME = "Circular Voting...";
 
@@ -39,10 +41,15 @@ final class IjCommand {
     ResultsTable table = ResultsTable.getResultsTable();
     List<String> rows = new ArrayList<>();
     for (int i = 0; i < table.size(); i++) {
-      rows.add((int) table.getValue("slice", i) + " " + (int) table.getValue("x", i) + " "
-          + (int) table.getValue("y", i) + " " + (int) table.getValue("weight", i));
+      rows.add(row((int) table.getValue("slice", i),
+          new VoteCenter((int) table.getValue("x", i), (int) table.getValue("y", i),
+              (float) table.getValue("weight", i))));
     }
     return rows;
+  }
+
+  private static String row(int slice, VoteCenter c) {
+    return slice + " " + c.x() + " " + c.y() + " " + c.weight();
   }
 
   static List<String> run(ImagePlus image, String options) {
@@ -55,8 +62,13 @@ final class IjCommand {
     Settings settings = new Settings(radius, threshold, scale);
     return Expected.centers(image, settings, List.of(dark).contains("dark"))
         .stream()
-        .map(c -> slice + " " + c.x() + " " + c.y() + " " + c.weight())
+        .map(c -> row(slice, new VoteCenter(c.x(), c.y(), c.weight())))
         .toList();
+  }
+
+  /** By the orva command, of which the ImageJ command has its settings. */
+  static List<String> expected(int slice, Path image, VoteSettings settings) throws Exception {
+    return Expected.centers(image, settings).stream().map(c -> row(slice, c)).toList();
   }
 
   /** Spots of a radius of 6 pixels on black. */

@@ -33,6 +33,8 @@ import org.junit.jupiter.api.AfterAll;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.Test;
+import orva.VoteSettings;
+import orva.VoteSettings.Polarity;
 
 /** The menu, the dialog, the preview and the recorder, on a screen. */
 class IjDisplayTest {
@@ -71,11 +73,11 @@ class IjDisplayTest {
     return IjScreen.dialog();
   }
 
-  private static void fill(GenericDialog dialog, int radius, int threshold, int scale)
+  private static void fill(GenericDialog dialog, String radius, String threshold, String sigma)
       throws Exception {
-    IjScreen.type(dialog, 0, "" + radius);
-    IjScreen.type(dialog, 1, "" + threshold);
-    IjScreen.type(dialog, 2, "" + scale);
+    IjScreen.type(dialog, 0, radius);
+    IjScreen.type(dialog, 1, threshold);
+    IjScreen.type(dialog, 2, sigma);
   }
 
   private static Checkbox box(GenericDialog dialog, int i) {
@@ -95,10 +97,12 @@ class IjDisplayTest {
     IjScreen.await("the end of the command", () -> !image.isLocked());
   }
 
-  private static List<String> expected(int radius, int threshold, int scale, String... dark)
-      throws Exception {
-    List<String> rows =
-        IjCommand.expected(1, IjCommand.sample(SAMPLE), radius, threshold, scale, dark);
+  private static VoteSettings settings(int radius, float threshold, float sigma) {
+    return VoteSettings.ofRadius(radius).withRelativeThreshold(threshold).withSigma(sigma);
+  }
+
+  private static List<String> expected(VoteSettings settings) throws Exception {
+    List<String> rows = IjCommand.expected(1, IjCommand.sample(SAMPLE), settings);
     assertFalse(rows.isEmpty());
     return rows;
   }
@@ -130,11 +134,18 @@ class IjDisplayTest {
     assertEquals(3, dialog.getNumericFields().size());
     assertEquals(List.of("Dark objects", " Preview"),
         List.of(box(dialog, 0).getLabel(), box(dialog, 1).getLabel()));
-    fill(dialog, 18, 90, 2);
+    fill(dialog, "18", "0.25", "2");
     finish(image, ok(dialog));
-    assertEquals(expected(18, 90, 2), IjCommand.rows());
-    assertEquals(expected(18, 90, 2).size(), image.getRoi().size());
+    List<String> expected = expected(settings(18, 0.25f, 2));
+    assertEquals(expected, IjCommand.rows());
+    assertEquals(expected.size(), image.getRoi().size());
     assertEquals(1, image.getOverlay().size());
+
+    dialog = call(image);
+    fill(dialog, "18", "0.25", "0");
+    finish(image, ok(dialog));
+    assertEquals(
+        expected(VoteSettings.ofRadius(18).withRelativeThreshold(0.25f)), IjCommand.rows());
   }
 
   @Test
@@ -155,20 +166,22 @@ class IjDisplayTest {
   void thePreviewFollowsTheValuesAndGoesWithItsTick() throws Exception {
     ImagePlus image = show(IjCommand.open(SAMPLE));
     GenericDialog dialog = call(image);
-    fill(dialog, 20, 80, 2);
+    fill(dialog, "20", "0.2", "2");
+    List<String> many = expected(settings(20, 0.2f, 2));
+    List<String> few = expected(settings(20, 0.7f, 2));
     IjScreen.tick(dialog.getPreviewCheckbox(), true);
-    awaitPoints(image, expected(20, 80, 2).size());
-    IjScreen.type(dialog, 1, "700");
-    assertTrue(expected(20, 700, 2).size() < expected(20, 80, 2).size());
-    awaitPoints(image, expected(20, 700, 2).size());
+    awaitPoints(image, many.size());
+    IjScreen.type(dialog, 1, "0.7");
+    assertTrue(few.size() < many.size());
+    awaitPoints(image, few.size());
     IjScreen.tick(dialog.getPreviewCheckbox(), false);
     IjScreen.await("the end of the preview", () -> image.getRoi() == null);
     assertNull(image.getOverlay());
     assertEquals(List.of(), IjCommand.rows());
     IjScreen.tick(dialog.getPreviewCheckbox(), true);
-    awaitPoints(image, expected(20, 700, 2).size());
+    awaitPoints(image, few.size());
     finish(image, ok(dialog));
-    assertEquals(expected(20, 700, 2), IjCommand.rows());
+    assertEquals(few, IjCommand.rows());
   }
 
   private static void awaitPoints(ImagePlus image, int count) throws Exception {
@@ -195,28 +208,31 @@ class IjDisplayTest {
     try {
       ImagePlus image = show(IjCommand.open(SAMPLE));
       GenericDialog dialog = call(image);
-      fill(dialog, 19, 80, 2);
+      fill(dialog, "19", "0.2", "2");
       finish(image, ok(dialog));
-      awaitRecord(recorder, "run(\"Circular Voting...\", \"max_radius=19 threshold=80 scale=2\");");
+      String options = "max_radius=19 relative_threshold=0.2 sigma=2";
+      awaitRecord(recorder, "run(\"Circular Voting...\", \"" + options + "\");");
 
       ImageStack slices = new ImageStack(image.getWidth(), image.getHeight());
       for (int i = 0; i < 2; i++) slices.addSlice(image.getProcessor().duplicate());
       ImagePlus stack = show(new ImagePlus("stack", slices));
       dialog = call(stack);
+      assertEquals(List.of("19", "0.20", "2.00"), IjScreen.texts(dialog));
       assertEquals("Stack of 2 images", box(dialog, 1).getLabel());
       IjScreen.tick(box(dialog, 0), true);
       IjScreen.tick(box(dialog, 1), true);
       finish(stack, ok(dialog));
       awaitRecord(recorder,
-          "run(\"Circular Voting...\", \"max_radius=19 threshold=80 scale=2 dark stack\");");
-      assertEquals(2 * expected(19, 80, 2, "dark").size(), IjCommand.rows().size());
+          "run(\"Circular Voting...\", \"max_radius=19 relative_threshold=0.20 sigma=2 dark stack\");");
+      assertEquals(2 * expected(settings(19, 0.2f, 2).withPolarity(Polarity.DARK)).size(),
+          IjCommand.rows().size());
 
       dialog = call(stack);
       assertTrue(box(dialog, 0).getState() && box(dialog, 1).getState());
       IjScreen.tick(box(dialog, 0), false);
       IjScreen.tick(box(dialog, 1), false);
       finish(stack, ok(dialog));
-      assertEquals(expected(19, 80, 2), IjCommand.rows());
+      assertEquals(expected(settings(19, 0.2f, 2)), IjCommand.rows());
     } finally {
       recorder.close();
     }
@@ -245,17 +261,17 @@ class IjDisplayTest {
     } finally {
       process.destroyForcibly();
     }
-    assertEquals(expected(20, 80, 2),
+    assertEquals(IjCommand.expected(1, IjCommand.sample(SAMPLE), 20, 80, 2),
         Files.readAllLines(rows).stream().skip(1).map(IjDisplayTest::withoutRow).toList());
   }
 
-  /** The first column of the file counts its rows. */
+  /** The first column of the file counts its rows. The weights are whole by the former keys. */
   private static String withoutRow(String line) {
-    return line.substring(line.indexOf(',') + 1).replace(',', ' ');
+    return line.substring(line.indexOf(',') + 1).replace(',', ' ') + ".0";
   }
 
   @Test
-  void theScreenshotShowsTheCentres() throws Exception {
+  void theScreenshotShowsTheCenters() throws Exception {
     Path picture = home.resolve("imagej.png");
     List<Point> marks = IjScreenshot.take(picture);
     BufferedImage screen = ImageIO.read(picture.toFile());

@@ -13,7 +13,9 @@ import java.awt.event.ItemEvent;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.ArrayList;
 import java.util.Comparator;
+import java.util.List;
 import java.util.function.BooleanSupplier;
 import java.util.function.Supplier;
 import java.util.stream.Stream;
@@ -78,6 +80,13 @@ final class IjScreen {
   static void type(GenericDialog dialog, int field, String text) throws Exception {
     EventQueue.invokeAndWait(
         () -> ((TextField) dialog.getNumericFields().get(field)).setText(text));
+  }
+
+  /** What the fields hold. */
+  static List<String> texts(GenericDialog dialog) {
+    List<String> texts = new ArrayList<>();
+    for (Object field : dialog.getNumericFields()) texts.add(((TextField) field).getText());
+    return texts;
   }
 
   static void tick(Checkbox box, boolean on) throws Exception {

@@ -42,15 +42,13 @@ final class IjScreenshot {
     image.show();
     ImageWindow window = image.getWindow();
     Analyzer.setUnsavedMeasurements(false);
-    IjCommand.run(image, "max_radius=36 threshold=600 scale=5");
+    IjCommand.run(image, "max_radius=36");
     IJ.setTool("multipoint");
     Frame table = (Frame) IjScreen.await("the table", () -> WindowManager.getWindow("Results"));
 
     new Executer(IjCommand.NAME, image);
     GenericDialog dialog = IjScreen.dialog();
     IjScreen.type(dialog, 0, "36");
-    IjScreen.type(dialog, 1, "600");
-    IjScreen.type(dialog, 2, "5");
     int right = GAP + window.getWidth() + GAP;
     place(imagej, GAP, GAP);
     int below = GAP + imagej.getHeight() + GAP;

@@ -23,7 +23,7 @@ import org.junit.jupiter.params.provider.ValueSource;
 class LibraryLoadingTest {
   private static final String JAR = System.getProperty("orva.jar");
   private static final Path BUILT = Path.of(System.getProperty("orva.library"));
-  private static final String FOUND = "found: [14, 22]";
+  private static final String FOUND = "found: [14, 22], 1 center";
   private static final String FAILED = "failed: java.lang.UnsatisfiedLinkError: "
       + "The native library of orva could not be loaded. Tried:";
   private static final String PACKED = "/natives/linux_64/liborva.so";
@@ -124,9 +124,10 @@ class LibraryLoadingTest {
     assertLinesMatch(fromTheJar(), report(JAR, folder.resolve("odd").toString(), temporary));
   }
 
-  @Test
-  void aLibraryWithoutTheEntryIsPassedOver() throws Exception {
-    String other = folderWith("other", Path.of(System.getProperty("orva.without.java")));
+  @ParameterizedTest
+  @ValueSource(strings = {"orva.without.java", "orva.older"})
+  void aLibraryWithoutTheEntriesIsPassedOver(String library) throws Exception {
+    String other = folderWith("other", Path.of(System.getProperty(library)));
     List<String> expected = new ArrayList<>(fromTheJar());
     expected.add(2, "mapped: " + Pattern.quote(other + "/liborva.so"));
     List<String> lines = new ArrayList<>(report(JAR, other, temporary));

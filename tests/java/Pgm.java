@@ -31,6 +31,12 @@ record Pgm(int width, int height, int[] pixels) {
     Files.write(file, out.toByteArray());
   }
 
+  float[] grays() {
+    float[] grays = new float[pixels.length];
+    for (int i = 0; i < grays.length; ++i) grays[i] = pixels[i];
+    return grays;
+  }
+
   Pgm inverted() {
     return new Pgm(width, height, IntStream.of(pixels).map(p -> 255 - p).toArray());
   }

@@ -4,11 +4,13 @@ import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.concurrent.CountDownLatch;
 import java.util.stream.Stream;
+import orva.CircularVoting;
+import orva.VoteSettings;
 
 /**
  * Loads the library twice, by as many threads as the argument says, and prints what came of it:
- * what was found or why nothing could be loaded, the libraries in the process's memory, and the
- * number of files in its folder for temporary files.
+ * what both native entries found or why nothing could be loaded, the libraries in the process's
+ * memory, and the number of files in its folder for temporary files.
  */
 final class ReportLoading {
   private ReportLoading() {}
@@ -44,7 +46,9 @@ final class ReportLoading {
     try {
       Pgm image = Pgm.black(40, 30).with(22, 14, 6);
       int[] found = new JNICircularVoting().compute(image.pixels(), 30, 40, 0, 8, 0, 0, 100, 1);
-      System.out.println("found: " + Arrays.toString(Arrays.copyOf(found, 2)));
+      int centers = CircularVoting.find(image.grays(), 30, 40, VoteSettings.ofRadius(8)).size();
+      System.out.println(
+          "found: " + Arrays.toString(Arrays.copyOf(found, 2)) + ", " + centers + " center");
     } catch (Throwable e) {
       System.out.println("failed: " + e);
     }

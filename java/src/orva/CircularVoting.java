@@ -8,16 +8,15 @@ import java.util.Collections;
 import java.util.List;
 
 /**
- * Finds the centers of bright round objects, such as cell nuclei, by iterative circular voting.
+ * Finds the centers of round objects, such as cell nuclei, by iterative circular voting.
  *
  * <pre>{@code
- * for (Center c : CircularVoting.find(pixels, height, width, new Settings(20))) {
+ * for (VoteCenter c : CircularVoting.find(pixels, height, width, VoteSettings.ofRadius(36))) {
  *   System.out.println(c.x() + " " + c.y());
  * }
  * }</pre>
  *
- * <p>Any number of threads may call it at the same time. Every call keeps twice {@code height *
- * width} bytes until the process ends.
+ * <p>Any number of threads may call it at the same time.
  */
 public final class CircularVoting {
   /** The native code keeps coordinates in 16 bits. */
@@ -26,23 +25,60 @@ public final class CircularVoting {
   private CircularVoting() {}
 
   /**
-   * Finds the centers in a grey image. To find dark objects, pass the inverted image.
+   * Finds the centers that the {@code orva vote} command finds by the same settings. Nothing is
+   * kept after the call.
    *
-   * @param pixels {@code height * width} grey values, row by row; the lowest 8 bits of each count
+   * @param pixels {@code height * width} gray values, row by row
+   * @param height number of rows; an image without pixels has no centers
+   * @param width number of columns
+   * @param settings what to look for
+   * @return the centers, from top to bottom by the topmost votes of each; empty when there are none
+   * @throws IllegalArgumentException when the array or the settings are null, a size is negative,
+   *     the array's length is not {@code height * width}, or a side with the margin for the votes
+   *     exceeds 32767 pixels
+   * @throws OutOfMemoryError when the result does not fit memory
+   * @throws UnsatisfiedLinkError when the native library cannot be loaded; the message lists every
+   *     path tried
+   */
+  public static List<VoteCenter> find(
+      float[] pixels, int height, int width, VoteSettings settings) {
+    require(pixels != null, "The pixel array is null");
+    check(pixels.length, height, width, settings);
+    nativeEntry();
+    float[] triples = NativeVoting.findCenters(pixels, height, width, settings.polarity().ordinal(),
+        settings.minRadius(), settings.maxRadius(), orElse(settings.coneWidth(), -1),
+        orElse(settings.sigma(), Float.NaN), orElse(settings.gradient(), Float.NaN),
+        settings.relativeGradient(), orElse(settings.threshold(), Float.NaN),
+        settings.relativeThreshold(), settings.edges(), settings.power());
+    List<VoteCenter> centers = new ArrayList<>(triples.length / 3);
+    for (int i = 0; i < triples.length; i += 3) {
+      centers.add(new VoteCenter((int) triples[i], (int) triples[i + 1], triples[i + 2]));
+    }
+    return Collections.unmodifiableList(centers);
+  }
+
+  /**
+   * Finds bright objects by the fixed parameters of {@link Settings}, which find other centers than
+   * {@link VoteSettings}. To find dark objects, pass the inverted image. Every call keeps twice
+   * {@code height * width} bytes until the process ends.
+   *
+   * @param pixels {@code height * width} gray values, row by row; the lowest 8 bits of each count
    * @param height number of rows; an image without pixels has no centers
    * @param width number of columns
    * @param settings what to look for
    * @return the centers, from top to bottom by the topmost votes of each; empty when there are
-   *     none. A single center at (width / 3, height / 3) with a weight below 1 can not be told from
+   *     none. A single center at (width / 3, height / 3) with a weight below 1 cannot be told from
    *     none.
    * @throws IllegalArgumentException when the array or the settings are null, a size is negative,
    *     the array's length is not {@code height * width}, or a side with the margin for the votes
    *     exceeds 32767 pixels
-   * @throws UnsatisfiedLinkError when the native library can not be loaded; the message lists every
+   * @throws UnsatisfiedLinkError when the native library cannot be loaded; the message lists every
    *     path tried
    */
   public static List<Center> find(int[] pixels, int height, int width, Settings settings) {
-    check(pixels, height, width, settings);
+    require(pixels != null, "The pixel array is null");
+    check(pixels.length, height, width, settings);
+    checkMargin(height, width, settings.maxRadius());
     int[] triples = compute(pixels, height, width, settings);
     List<Center> centers = new ArrayList<>(triples.length / 3);
     for (int i = 0; i < triples.length; i += 3) {
@@ -52,19 +88,22 @@ public final class CircularVoting {
     return centers.equals(List.of(none)) ? List.of() : Collections.unmodifiableList(centers);
   }
 
-  private static void check(int[] pixels, int height, int width, Settings settings) {
-    require(pixels != null, "The pixel array is null");
+  private static void check(int length, int height, int width, Object settings) {
     require(settings != null, "The settings are null");
     String size = width + " x " + height;
     require(height >= 0 && width >= 0, "The image size " + size + " is negative");
-    require(pixels.length == (long) height * width,
-        "An image of " + size + " pixels needs an array of as many, not of " + pixels.length);
-    int radius = settings.maxRadius();
+    require(length == (long) height * width,
+        "An image of " + size + " pixels needs an array of as many, not of " + length);
+  }
+
+  /** Needs no library, as no refusal by {@link Settings} does; their native entry has none. */
+  private static void checkMargin(int height, int width, int radius) {
     int cone = (int) (radius * 0.25 + 0.5); // half the widest cone, as the native code has it
     int margin = (int) (Math.sqrt(cone * cone + radius * radius) + 3.0);
-    require(pixels.length == 0 || Math.max(height, width) + 2L * margin <= LARGEST_SIDE,
-        "An image of " + size + " pixels is too large: its longer side and twice the margin of "
-            + margin + " pixels must not exceed " + LARGEST_SIDE);
+    require(height == 0 || width == 0 || Math.max(height, width) + 2L * margin <= LARGEST_SIDE,
+        "An image of " + width + " x " + height
+            + " pixels is too large: its longer side and twice the margin of " + margin
+            + " pixels must not exceed " + LARGEST_SIDE);
   }
 
   private static void require(boolean holds, String otherwise) {
@@ -72,19 +111,39 @@ public final class CircularVoting {
       throw new IllegalArgumentException(otherwise);
   }
 
-  /** Calls the native method, which no named import reaches in its default package. */
+  private static <T> T orElse(T value, T otherwise) {
+    return value == null ? otherwise : value;
+  }
+
   private static int[] compute(int[] pixels, int height, int width, Settings s) {
+    Object entry = nativeEntry();
     try {
-      Class<?> entry = Class.forName("JNICircularVoting");
-      return (int[]) method(entry).invoke(entry.getConstructor().newInstance(), pixels, height,
-          width, 0, s.maxRadius(), 0, 0, s.threshold(), s.scale());
-    } catch (InvocationTargetException e) {
-      if (e.getCause() instanceof Error error)
-        throw error;
-      throw new IllegalStateException(e.getCause());
+      return (int[]) method(entry.getClass())
+          .invoke(entry, pixels, height, width, 0, s.maxRadius(), 0, 0, s.threshold(), s.scale());
     } catch (ReflectiveOperationException e) {
-      throw new LinkageError("The class JNICircularVoting is not as it should be", e);
+      throw unexpected(e);
     }
+  }
+
+  /**
+   * Loads the native library, by the class of the default package that holds the entry; no named
+   * import reaches it.
+   */
+  private static Object nativeEntry() {
+    try {
+      return Class.forName("JNICircularVoting").getConstructor().newInstance();
+    } catch (ReflectiveOperationException e) {
+      throw unexpected(e);
+    }
+  }
+
+  /** What the called code threw, if it is an error. */
+  private static RuntimeException unexpected(ReflectiveOperationException e) {
+    if (!(e instanceof InvocationTargetException))
+      throw new LinkageError("The class JNICircularVoting is not as it should be", e);
+    if (e.getCause() instanceof Error error)
+      throw error;
+    return new IllegalStateException(e.getCause());
   }
 
   private static Method method(Class<?> entry) throws NoSuchMethodException {

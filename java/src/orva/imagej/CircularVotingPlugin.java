@@ -1,6 +1,5 @@
 package orva.imagej;
 
-import ij.CompositeImage;
 import ij.IJ;
 import ij.ImagePlus;
 import ij.Macro;
@@ -14,10 +13,7 @@ import ij.measure.ResultsTable;
 import ij.plugin.filter.Analyzer;
 import ij.plugin.filter.ExtendedPlugInFilter;
 import ij.plugin.filter.PlugInFilterRunner;
-import ij.process.ByteProcessor;
-import ij.process.ColorProcessor;
 import ij.process.ImageProcessor;
-import ij.process.LUT;
 import java.awt.AWTEvent;
 import java.awt.Color;
 import java.awt.GraphicsEnvironment;
@@ -28,17 +24,18 @@ import java.util.List;
 import java.util.Map;
 import java.util.SortedMap;
 import java.util.TreeMap;
-import orva.Center;
 import orva.CircularVoting;
-import orva.Settings;
+import orva.VoteCenter;
+import orva.VoteSettings.Polarity;
 
 /**
  * The ImageJ command Plugins &gt; Orva &gt; Circular Voting...: marks the centers of round objects
  * in the current slice or in all of a stack. The results are a multi-point selection, a row of the
  * results table for each center, and an overlay of circles.
  *
- * <p>A colour image counts by its grey values, and one of 16 or 32 bits by its display range. An
- * area selection limits the centers to it.
+ * <p>A color image counts by its gray values. One of 16 or 32 bits counts by its values, or by its
+ * display range in a macro with the keys of {@link orva.Settings}. An area selection limits the
+ * centers to it.
  */
 public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogListener {
   private static final String TITLE = "Circular Voting";
@@ -47,20 +44,9 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
   private static final int CHEAP_PIXELS = 1 << 20;
   private static final int FLAGS = DOES_ALL | NO_CHANGES | PARALLELIZE_STACKS | FINAL_PROCESSING;
 
-  // The keys of macros, which must stay as they are; capitalised they are the dialog's labels.
-  private static final String RADIUS = "max_radius";
-  private static final String THRESHOLD = "threshold";
-  private static final String SCALE = "scale";
-  private static final String DARK = "dark";
-  private static final String STACK = "stack";
+  private static Choice last = Choice.USUAL;
 
-  /** What the user chooses. */
-  private record Choice(Settings settings, boolean dark, boolean stack) {}
-
-  private static final Choice USUAL = new Choice(new Settings(20), false, false);
-  private static Choice last = USUAL;
-
-  private final SortedMap<Integer, List<Center>> found =
+  private final SortedMap<Integer, List<VoteCenter>> found =
       Collections.synchronizedSortedMap(new TreeMap<>());
   private ImagePlus imp;
   private PlugInFilterRunner runner;
@@ -88,7 +74,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     String options = Macro.getOptions();
     try {
       if (options != null || GraphicsEnvironment.isHeadless()) {
-        choice = read(options == null ? "" : options);
+        choice = Choice.of(options == null ? "" : options);
       } else if (!ask()) {
         return DONE;
       }
@@ -99,39 +85,19 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     return choice.stack() && imp.getStackSize() > 1 ? FLAGS | DOES_STACKS : FLAGS;
   }
 
-  private static Choice read(String options) {
-    Settings usual = USUAL.settings();
-    Settings settings = new Settings(option(options, RADIUS, usual.maxRadius()),
-        option(options, THRESHOLD, usual.threshold()), option(options, SCALE, usual.scale()));
-    List<String> words = List.of(options.split(" "));
-    return new Choice(settings, words.contains(DARK), words.contains(STACK));
-  }
-
-  private static int option(String options, String key, int usual) {
-    String value = Macro.getValue(options, key, String.valueOf(usual));
-    try {
-      return whole(key, Double.parseDouble(value));
-    } catch (NumberFormatException e) {
-      throw new IllegalArgumentException(key + " must be a number, not " + value, e);
-    }
-  }
-
-  private static int whole(String key, double value) {
-    if (value == (int) value)
-      return (int) value;
-    throw new IllegalArgumentException(key + " must be a whole number, not " + value);
-  }
-
   /** False when the user cancels. */
   private boolean ask() {
-    Settings first = last.settings();
     GenericDialog dialog = new GenericDialog(TITLE);
-    dialog.addNumericField(label(RADIUS), first.maxRadius(), 0, 6, "pixels");
-    dialog.addNumericField(label(THRESHOLD), first.threshold(), 0, 6, "votes");
-    dialog.addNumericField(label(SCALE), first.scale(), 0, 6, "pixels");
-    dialog.addCheckbox(label(DARK) + " objects", last.dark());
+    dialog.addNumericField(
+        Choice.label(Choice.RADIUS), last.settings().maxRadius(), 0, 6, "pixels");
+    dialog.addNumericField(
+        Choice.label(Choice.THRESHOLD), last.threshold(), 2, 6, "of the strongest vote");
+    dialog.addNumericField(
+        Choice.label(Choice.SIGMA), last.sigma(), 2, 6, "pixels (0: by the radius)");
+    dialog.addCheckbox(Choice.label(Choice.DARK) + " objects", last.dark());
     if (imp.getStackSize() > 1)
-      dialog.addCheckbox(label(STACK) + " of " + imp.getStackSize() + " images", last.stack());
+      dialog.addCheckbox(
+          Choice.label(Choice.STACK) + " of " + imp.getStackSize() + " images", last.stack());
     if ((long) imp.getWidth() * imp.getHeight() <= CHEAP_PIXELS)
       dialog.addPreviewCheckbox(runner);
     dialog.addDialogListener(this);
@@ -144,18 +110,16 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     return true;
   }
 
-  private static String label(String key) {
-    return Character.toUpperCase(key.charAt(0)) + key.substring(1);
-  }
-
-  /** Reads the dialog; false, which disables its OK, for values that can not be used. */
+  /** Reads the dialog; false, which disables its OK, for values that cannot be used. */
   @Override
   public boolean dialogItemChanged(GenericDialog dialog, AWTEvent event) {
     try {
-      Settings settings = new Settings(whole(RADIUS, dialog.getNextNumber()),
-          whole(THRESHOLD, dialog.getNextNumber()), whole(SCALE, dialog.getNextNumber()));
+      double radius = dialog.getNextNumber();
+      double threshold = dialog.getNextNumber();
+      double sigma = dialog.getNextNumber();
       boolean dark = dialog.getNextBoolean();
-      choice = new Choice(settings, dark, imp.getStackSize() > 1 && dialog.getNextBoolean());
+      boolean stack = imp.getStackSize() > 1 && dialog.getNextBoolean();
+      choice = Choice.of(radius, threshold, sigma, dark, stack);
       return true;
     } catch (IllegalArgumentException e) {
       IJ.showStatus(e.getMessage());
@@ -176,11 +140,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
       slice = imp.getCurrentSlice();
     boolean preview = previewing;
     try {
-      List<Center> centers =
-          CircularVoting.find(grey(ip, slice), ip.getHeight(), ip.getWidth(), choice.settings())
-              .stream()
-              .filter(c -> isSelected(ip, c))
-              .toList();
+      List<VoteCenter> centers = find(ip, slice).stream().filter(c -> isSelected(ip, c)).toList();
       if (preview) {
         select(Map.of(slice, centers));
       } else {
@@ -192,46 +152,27 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     }
   }
 
-  private static boolean isSelected(ImageProcessor ip, Center c) {
+  private List<VoteCenter> find(ImageProcessor ip, int slice) {
+    GrayValues gray = new GrayValues(imp);
+    int height = ip.getHeight();
+    int width = ip.getWidth();
+    if (choice.former() != null) {
+      return CircularVoting
+          .find(gray.shown(ip, slice, choice.dark()), height, width, choice.former())
+          .stream()
+          .map(c -> new VoteCenter(c.x(), c.y(), c.weight()))
+          .toList();
+    }
+    Polarity polarity = choice.dark() != gray.areInverted(ip) ? Polarity.DARK : Polarity.BRIGHT;
+    return CircularVoting.find(
+        gray.stored(ip), height, width, choice.settings().withPolarity(polarity));
+  }
+
+  private static boolean isSelected(ImageProcessor ip, VoteCenter c) {
     Rectangle area = ip.getRoi();
     ImageProcessor mask = ip.getMask();
     return area.contains(c.x(), c.y())
         && (mask == null || mask.get(c.x() - area.x, c.y() - area.y) != 0);
-  }
-
-  /** The grey levels that are searched: bright objects are bright in them. */
-  private int[] grey(ImageProcessor ip, int slice) {
-    ImageProcessor shown = ip;
-    boolean inverted = choice.dark() != imp.isInvertedLut();
-    if (ip instanceof ByteProcessor) {
-      if (isColorMap(ip)) {
-        shown = ip.convertToRGB();
-        inverted = choice.dark();
-      }
-    } else if (!(ip instanceof ColorProcessor)) {
-      shown = ip.duplicate();
-      setDisplayRange(shown, slice);
-    }
-    byte[] bytes = (byte[]) shown.convertToByteProcessor(true).getPixels();
-    int flip = inverted ? 0xFF : 0;
-    int[] grey = new int[bytes.length];
-    for (int i = 0; i < grey.length; i++) grey[i] = (bytes[i] & 0xFF) ^ flip;
-    return grey;
-  }
-
-  /** Whether the pixels name colours. Else a colour table only tints their values. */
-  private boolean isColorMap(ImageProcessor ip) {
-    return !imp.isComposite() && ip.isColorLut() && !ip.isPseudoColorLut();
-  }
-
-  /** Every channel of a composite image has a display range of its own. */
-  private void setDisplayRange(ImageProcessor ip, int slice) {
-    if (imp instanceof CompositeImage composite) {
-      LUT channel = composite.getChannelLut(imp.convertIndexToPosition(slice)[0]);
-      ip.setMinAndMax(channel.min, channel.max);
-    } else {
-      ip.setMinAndMax(imp.getDisplayRangeMin(), imp.getDisplayRangeMax());
-    }
   }
 
   private void showResults() {
@@ -245,7 +186,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
       return; // the user keeps the former table
     ResultsTable table = Analyzer.getResultsTable();
     found.forEach((slice, centers) -> {
-      for (Center c : centers) {
+      for (VoteCenter c : centers) {
         table.incrementCounter();
         table.addValue("slice", slice);
         table.addValue("x", c.x());
@@ -273,7 +214,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     }
   }
 
-  private void select(Map<Integer, List<Center>> centers) {
+  private void select(Map<Integer, List<VoteCenter>> centers) {
     PointRoi points = new PointRoi();
     centers.forEach((slice, list) -> list.forEach(c -> add(points, c, slice)));
     if (points.size() > 0) {
@@ -304,7 +245,7 @@ public final class CircularVotingPlugin implements ExtendedPlugInFilter, DialogL
     imp.setOverlay(overlay.size() > 0 ? overlay : null);
   }
 
-  private void add(PointRoi points, Center c, int slice) {
+  private void add(PointRoi points, VoteCenter c, int slice) {
     points.addPoint(c.x(), c.y(), imp.getStackSize() > 1 ? slice : 0);
   }
 }
