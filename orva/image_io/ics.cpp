@@ -120,7 +120,8 @@ void writeRecordHeader(std::ostream& out, const PairNames& names, const Info& in
     writeSizes(out, {bitsOf(img), img.ny(), img.nx(), planes});
   }
   writeCoordinates(out, bitsOf(img));
-  writeRepresentation(out, {img.format() == FLOAT ? "float" : "integer", "signed"}, planes, kStatedByteOrder);
+  writeRepresentation(out, {img.format() == FLOAT ? "float" : "integer", "signed"}, planes,
+                      kStatedByteOrder);
   out << info << '\n';
 }
 
@@ -172,7 +173,8 @@ void encodeIcsHeader(std::ostream& out, const std::string& filename, const Image
 
 void writeICS(const std::string& filename, const Image& img) {
   const PairNames names(filename);
-  writePair(names, img, [&](std::ostream& out) { writePlainHeader(out, names, img, kStatedByteOrder); });
+  writePair(names, img,
+            [&](std::ostream& out) { writePlainHeader(out, names, img, kStatedByteOrder); });
 }
 
 void writeICS(const IcsInfo& info, const Image& img) { writeWithRecord(info, img); }

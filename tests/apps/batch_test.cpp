@@ -10,10 +10,8 @@
 #include "tests/apps/tables.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // A summary whose last field is "S" where it is seconds with three decimals.
 std::string withoutTimes(const std::string& summary) {
@@ -51,7 +49,7 @@ TEST(Batch, EveryImageGetsATableAPictureAndARow) {
                                                                "in/one.pgm,66,50,2,S\n"
                                                                "two.png,40,44,1,S\n"
                                                                "in/three.of.3.tif,30,31,0,S\n");
-  // Each pair is what a run on its image alone writes.
+  // Each pair equals that of a run on its image alone.
   for (const std::string name : {"in/one.pgm", "two.png", "in/three.of.3.tif"}) {
     SCOPED_TRACE(name);
     EXPECT_TRUE(succeeded(
@@ -141,7 +139,7 @@ TEST(Batch, AnUnreachableNameIsReportedAndSkipped) {
   }
 }
 
-TEST(Batch, AResultThatCanNotBeWrittenIsTheImagesFailure) {
+TEST(Batch, AResultThatCannotBeWrittenIsTheImagesFailure) {
   for (const std::string taken : {"one.csv", "one.png"}) {
     SCOPED_TRACE(taken);
     const Sandbox box;
@@ -160,7 +158,7 @@ TEST(Batch, AResultThatCanNotBeWrittenIsTheImagesFailure) {
   }
 }
 
-TEST(Batch, ASummaryThatCanNotBeWrittenFails) {
+TEST(Batch, ASummaryThatCannotBeWrittenFails) {
   const Sandbox box;
   box.write("one.pgm", pgm(twoDiscs()));
   fs::create_directories(box / "out/summary.csv");
@@ -251,4 +249,4 @@ TEST(Batch, QuietStillReportsFailures) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -6,10 +6,8 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // A directory with discs.pgm, a directory "taken" with a file in it, and an old result.
 class OutputFile : public ::testing::Test {
@@ -140,7 +138,7 @@ TEST_F(OutputFile, ThroughALinkToNothingItsTargetIsMade) {
                                                    "old", "taken", "taken/inside", "taken/new"}));
 }
 
-TEST_F(OutputFile, ALinkThatCanNotLeadToAFileFails) {
+TEST_F(OutputFile, ALinkThatCannotLeadToAFileFails) {
   fs::create_symlink("missing/new", box / "link");
   fs::create_symlink("turn", box / "round");
   fs::create_symlink("round", box / "turn");
@@ -208,4 +206,4 @@ TEST_F(OutputFile, KeepsTheModeOfTheFileThatItReplaces) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -4,7 +4,7 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 const std::vector<std::string> kVote{"vote", "--max-radius", "10", "discs.pgm"};
@@ -138,7 +138,7 @@ TEST(PgmFile, ImagesWithoutObjectsGiveAnEmptyTable) {
 }
 
 // The widest image that the library votes on, and the next.
-TEST(PgmFile, ASideThatVotingCanNotAddressFails) {
+TEST(PgmFile, ASideThatVotingCannotAddressFails) {
   const Sandbox box;
   // The margin of radius 3 and cone width 4 is 5 and 3 more.
   const int widest = 32767 - 2 * 8;
@@ -156,4 +156,4 @@ TEST(PgmFile, ASideThatVotingCanNotAddressFails) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

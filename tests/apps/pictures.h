@@ -7,9 +7,9 @@
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
-// Samples row by row; those of one pixel lie together.
+// Samples row by row; those of a pixel are adjacent.
 struct Picture {
   int width;
   int height;
@@ -29,10 +29,10 @@ struct Disc {
   double level = 220.0;
 };
 
-// Grey discs on a ground of `ground`, in whole numbers, their edges two pixels wide.
-Picture discs(int width, int height, const std::vector<Disc>& objects, double ground = 20.0);
+// Grey discs on a background, in integers, with edges two pixels wide.
+Picture discs(int width, int height, const std::vector<Disc>& objects, double background = 20.0);
 
-// Two bright discs, without any symmetry, and where they are. --max-radius 10 finds both.
+// Two bright discs without any symmetry, and their positions. --max-radius 10 finds both.
 extern const std::vector<Disc> kTwoDiscs;
 Picture twoDiscs();
 
@@ -55,14 +55,14 @@ Picture spread(const Picture& grey, const Function& samplesOf) {
 std::string pgm(const Picture& grey);
 
 template <class Pixel>
-orva::image<Pixel> imageOf(const Picture& grey) {
-  orva::image<Pixel> img(grey.width, grey.height, 1, 1, 1);
+image<Pixel> imageOf(const Picture& grey) {
+  image<Pixel> img(grey.width, grey.height, 1, 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
     img.pixels()[i] = static_cast<Pixel>(grey.values[static_cast<std::size_t>(i)]);
   }
   return img;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -1,10 +1,8 @@
-// Results of measure, filter and convert that can not be written leave everything as it was.
+// Results of measure, filter and convert that cannot be written leave everything as it was.
 #include "tests/apps/conversions.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::vector<std::string> kPair{"out.ics", "out.ids"};
 
@@ -12,7 +10,7 @@ const std::vector<std::string> kPair{"out.ics", "out.ids"};
 class ResultFiles : public ::testing::Test {
  protected:
   ResultFiles() {
-    writeContent(box / "in.tif", randomContent(orva::BYTE, {100, 100, 1}, 0, 255, 4));
+    writeContent(box / "in.tif", randomContent(BYTE, {100, 100, 1}, 0, 255, 4));
     fs::create_directory(box / "taken");
     box.write("taken/inside", "kept");
     box.write("old", "an old result");
@@ -28,8 +26,6 @@ class ResultFiles : public ::testing::Test {
  private:
   std::vector<std::pair<std::string, std::string>> before_;
 };
-
-using Arguments = std::vector<std::string>;
 
 // Calls that write the file `result`, of an extension that suits.
 std::vector<Arguments> callsWriting(const std::string& result) {
@@ -120,7 +116,7 @@ TEST_F(ResultFiles, AFullDiskFails) {
         SCOPED_TRACE(::testing::PrintToString(call));
         if (hasOld) box.write("out" + extension, "an old result");
         remember();
-        EXPECT_TRUE(failedWithOneLine(box.run(call, {.largestFile = 3000}), "in.tif",
+        EXPECT_TRUE(failedWithOneLine(box.run(call, {.maxFileBytes = 3000}), "in.tif",
                                       "can not be written"));
         expectUntouched();
       }
@@ -130,13 +126,13 @@ TEST_F(ResultFiles, AFullDiskFails) {
 
 TEST_F(ResultFiles, AFullDiskFailsTheTable) {
   writeContent(box / "dots.uif", [] {
-    Content c{orva::BYTE, 60, 60, 1, std::vector<double>(3600)};
+    Content c{BYTE, 60, 60, 1, std::vector<double>(3600)};
     for (std::size_t i = 0; i < c.values.size(); ++i) c.values[i] = i / 60 % 2 == 0 && i % 2 == 0;
     return c;
   }());
   remember();
   const Arguments call{"measure", "dots.uif", "--threshold", "1", "--table", "table.csv"};
-  EXPECT_TRUE(failedWithOneLine(box.run(call, {.largestFile = 3000}), "dots.uif",
+  EXPECT_TRUE(failedWithOneLine(box.run(call, {.maxFileBytes = 3000}), "dots.uif",
                                 "table.csv can not be written: File too large\n"));
   expectUntouched();
   EXPECT_TRUE(succeeded(box.run(call)));
@@ -234,4 +230,4 @@ TEST_F(ResultFiles, FullStandardOutputFails) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -11,33 +11,37 @@
 #include <utility>
 #include <vector>
 
-namespace orva_test {
+namespace orva::test {
 
-// What a run of the command left behind.
+namespace fs = std::filesystem;
+
+using Arguments = std::vector<std::string>;
+
+// The result of a run of the command.
 struct Outcome {
   int status;  // 128 and the signal's number for a crash
   std::string out;
   std::string err;
 };
 
-// Where a run's streams go; both are read back unless something else is said.
+// Where the streams of a run go, by default to buffers that are read back, and its limits.
 struct Streams {
   const char* in = "/dev/null";  // a file or a device to read
   const char* out = nullptr;     // a file or a device instead
   bool terminal = false;         // standard error is a terminal
-  bool noReader = false;         // standard output is a pipe that nobody reads
-  long largestFile = -1;         // no file grows past these bytes, as on a full disk
-  long mostMemory = -1;          // no more bytes of address space than these
+  bool noReader = false;         // standard output is a pipe without a reader
+  long maxFileBytes = -1;        // no file grows past these bytes, as on a full disk
+  long maxMemory = -1;           // no more bytes of address space than these
   int ignored = 0;               // a signal that is ignored
 };
 
-// A run of the command that is under way.
+// A run of the command that has not ended yet.
 class Running {
  public:
   ~Running();  // ends it if that has not happened
 
   void send(int signal) const;
-  // Waits for the end; to be called once.
+  // Waits for the end; call it once.
   Outcome outcome();
 
  private:
@@ -50,7 +54,7 @@ class Running {
   std::unique_ptr<Captures> captures_;
 };
 
-// A directory of its own, removed with everything in it in the end.
+// A fresh directory, removed with its content at the end of the scope.
 class Sandbox {
  public:
   Sandbox();
@@ -58,11 +62,11 @@ class Sandbox {
   Sandbox& operator=(const Sandbox&) = delete;
   ~Sandbox();
 
-  std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
+  fs::path operator/(std::string_view name) const { return path_ / name; }
 
   // Runs the command here with these arguments.
-  Outcome run(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
-  Running start(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
+  Outcome run(const Arguments& arguments, const Streams& streams = {}) const;
+  Running start(const Arguments& arguments, const Streams& streams = {}) const;
 
   void write(std::string_view name, std::string_view content) const;
   std::string read(std::string_view name) const;
@@ -72,7 +76,7 @@ class Sandbox {
   std::vector<std::pair<std::string, std::string>> state() const;
 
  private:
-  std::filesystem::path path_;
+  fs::path path_;
 };
 
 // Status 0 and nothing on standard error.
@@ -86,6 +90,6 @@ class Sandbox {
 // Status 2, nothing on standard output and `words` on standard error.
 ::testing::AssertionResult refused(const Outcome& outcome, const std::string& words);
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

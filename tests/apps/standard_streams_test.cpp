@@ -22,7 +22,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
 namespace fs = std::filesystem;
 using Arguments = std::vector<std::string>;
 

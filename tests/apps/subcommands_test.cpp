@@ -6,10 +6,8 @@
 #include "tests/apps/pictures.h"
 #include "tests/apps/sandbox.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-using Arguments = std::vector<std::string>;
 
 struct Call {
   Arguments arguments;
@@ -29,7 +27,7 @@ void expectRefused(const std::vector<Call>& calls) {
   EXPECT_EQ(box.read("out.tif"), "an old result");
 }
 
-TEST(Subcommands, WrongCallsOfMeasureAreRefusedAndWriteNothing) {
+TEST(Subcommands, UsageErrorsOfMeasureWriteNothing) {
   expectRefused({
       {{"measure"}, "image is required"},
       {{"measure", "a.pgm"}, "--table is required"},
@@ -66,7 +64,7 @@ TEST(Subcommands, WrongCallsOfMeasureAreRefusedAndWriteNothing) {
   });
 }
 
-TEST(Subcommands, WrongCallsOfFilterAreRefusedAndWriteNothing) {
+TEST(Subcommands, UsageErrorsOfFilterWriteNothing) {
   expectRefused({
       {{"filter"}, "is required"},
       {{"filter", "a.pgm", "--op", "dx", "--sigma", "1"}, "--output is required"},
@@ -93,7 +91,7 @@ TEST(Subcommands, WrongCallsOfFilterAreRefusedAndWriteNothing) {
   });
 }
 
-TEST(Subcommands, WrongCallsOfInfoAndConvertAreRefusedAndWriteNothing) {
+TEST(Subcommands, UsageErrorsOfInfoAndConvertWriteNothing) {
   expectRefused({
       {{"info"}, "file is required"},
       {{"info", "a.pgm", "out.tif"}, "out.tif"},
@@ -189,4 +187,4 @@ TEST(Subcommands, TheOrderOfOptionsDoesNotMatter) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

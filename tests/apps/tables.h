@@ -1,4 +1,4 @@
-// The command's tables, and those that the library's voting gives directly.
+// The tables of the command, and those computed directly by the library.
 #ifndef ORVA_TESTS_APPS_TABLES_H
 #define ORVA_TESTS_APPS_TABLES_H
 
@@ -12,7 +12,7 @@
 #include "orva/voting/circularvoting.h"
 #include "tests/apps/pictures.h"
 
-namespace orva_test {
+namespace orva::test {
 
 struct Row {
   int x;
@@ -33,9 +33,9 @@ Table parseCsv(const std::string& text);
 // One row within two pixels of each disc, and no others.
 ::testing::AssertionResult marksEach(const Table& table, const std::vector<Disc>& objects);
 
-// What the command documents as its defaults.
+// The documented defaults of the command.
 struct Settings {
-  orva::voting::CircularVoting::RegionType polarity = orva::voting::CircularVoting::Bright;
+  voting::CircularVoting::RegionType polarity = voting::CircularVoting::Bright;
   int minRadius = 1;
   int maxRadius = 20;
   std::optional<int> coneWidth{};   // half of maxRadius, rounded
@@ -50,12 +50,12 @@ struct Settings {
 
   int usedConeWidth() const;
   float usedSigma() const;
-  float usedGradient(const orva::Image& img) const;
+  float usedGradient(const Image& img) const;
 };
 
 // The centres that CircularVoting finds.
-Table voteDirectly(const orva::Image& img, const Settings& settings);
+Table voteDirectly(const Image& img, const Settings& settings);
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -12,7 +12,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
 using Arguments = std::vector<std::string>;
 
 constexpr std::uint16_t kUnspecified = EXTRASAMPLE_UNSPECIFIED;

@@ -3,21 +3,14 @@
 #include <cmath>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/reference/distance.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-// Whether up to eight ones, added one after the other, give what their number gives at once.
+// Whether adding up to eight ones one by one gives the same as adding their number.
 bool sumsAgree(float v) {
   float sum = v;
   for (int k = 1; k <= 8; ++k) {
@@ -43,59 +36,60 @@ TEST(ChamferRows, OnesDoNotAddUpAtOnceForOtherNumbers) {
   EXPECT_GT(wrong, 0);  // so the distances below 2 have to be tried
 }
 
-// Masks of few and of many zeros, in planes and volumes of every width.
+// Calls check(random, shape) with a plane and a volume of every width.
 template <class Check>
-void forEveryWidth(Check check) {
+void forPlanesAndVolumesOfEveryWidth(Check check) {
   Random random(71);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     for (const Shape& shape :
          {Shape{width, 1 + width % 23}, Shape{width, 3 + width % 4, 3 + width % 2}}) {
       check(random, shape);
     }
-  }
+  });
 }
 
-TEST(ChamferRows, MasksOfEveryWidthMatchReference) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.5, 0.97, 0.999}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
-      ASSERT_TRUE(sameImage(orva::bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
+      ASSERT_TRUE(sameImage(bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
     }
   });
 }
 
-TEST(ChamferRows, LabelsOfEveryWidthMatchReference) {
-  forEveryWidth([](Random& random, const Shape& shape) {
-    for (const int most : {0, 3}) {
-      const image<short> labels = randomLabels(random, shape, most);
-      ASSERT_TRUE(sameImage(orva::bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
+TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
+    for (const int maxLabel : {0, 3}) {
+      const image<short> labels = randomLabels(random, shape, maxLabel);
+      ASSERT_TRUE(sameImage(bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
     }
   });
 }
 
-TEST(ChamferRows, FarLabelsPropagateAsReference) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(PropagationMatchesReferenceAtEveryWidth, ForDistantLabels) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     // Few seeds: many pixels at the same distance of two of them.
     image<short> labels = blank<short>(shape);
     for (int i = 0; i < labels.npix(); ++i) {
       labels.pixels()[i] =
           static_cast<short>(randomInt(random, 0, 40) == 0 ? randomInt(random, 0, 9) : -1);
     }
-    for (const float most : {3.5F, 20000.0F}) {
+    for (const float maxDistance : {3.5F, 20000.0F}) {
       image<short> own = labels.duplicate();
       image<short> expected = labels.duplicate();
-      orva::bip::propagate(own, most);
-      reference::propagate(expected, most);
+      bip::propagate(own, maxDistance);
+      reference::propagate(expected, maxDistance);
       ASSERT_TRUE(sameImage(own, expected)) << shape.nx;
     }
   });
 }
 
-TEST(ChamferRows, ASingleZeroInALargePlane) {
+TEST(ChamferMatchesReference, ForASingleZeroInALargePlane) {
   image<unsigned char> mask = blank<unsigned char>({301, 203});
   std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(9));
   mask.pixels()[17 + 301 * 90] = 0;
-  EXPECT_TRUE(sameImage(orva::bip::fchamfer(mask), reference::fchamfer(mask)));
+  EXPECT_TRUE(sameImage(bip::fchamfer(mask), reference::fchamfer(mask)));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -8,36 +8,21 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/locale.h"
 #include "tests/support/reference/hull.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::isWhole;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
-
-constexpr int kMost = std::numeric_limits<int>::max();
-constexpr int kLeast = std::numeric_limits<int>::min();
+constexpr int kMax = std::numeric_limits<int>::max();
+constexpr int kMin = std::numeric_limits<int>::min();
 
 // What the operation returns, and its console line in `printed`.
 template <class Operation>
-image<short> heard(Operation operation, std::string& printed) {
+image<short> resultAndPrint(Operation operation, std::string& printed) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   const image<short> result = operation();
@@ -47,17 +32,17 @@ image<short> heard(Operation operation, std::string& printed) {
 }
 
 image<short> hull(const image<short>& labels, int precision, std::string& printed) {
-  return heard(
+  return resultAndPrint(
       [&] {
         image<short> result = labels.duplicate();
-        orva::bip::convexHull(result, precision);
+        bip::convexHull(result, precision);
         return result;
       },
       printed);
 }
 
 image<short> hull(const Mask& mask, int precision, std::string& printed) {
-  return heard([&] { return orva::bip::convexHull(mask, precision); }, printed);
+  return resultAndPrint([&] { return bip::convexHull(mask, precision); }, printed);
 }
 
 template <class T>
@@ -73,14 +58,14 @@ image<short> referenceHull(const image<short>& labels, int precision) {
 }
 
 // Some separate pixels of each label, so that hulls have many shapes and overlap.
-image<short> randomDots(Random& random, const Shape& shape, int most) {
+image<short> randomDots(Random& random, const Shape& shape, int maxLabel) {
   image<short> labels = blank<short>(shape);
   for (int i = 0; i < labels.npix(); ++i) {
     labels.pixels()[i] = static_cast<short>(randomInt(random, -5, -1));
   }
-  for (int dots = randomInt(random, 0, 3 * (most + 1)); dots > 0 && !labels.isNull(); --dots) {
+  for (int dots = randomInt(random, 0, 3 * (maxLabel + 1)); dots > 0 && !labels.isNull(); --dots) {
     labels.pixels()[randomInt(random, 0, labels.npix() - 1)] =
-        static_cast<short>(randomInt(random, 0, most));
+        static_cast<short>(randomInt(random, 0, maxLabel));
   }
   return labels;
 }
@@ -145,10 +130,10 @@ TEST(ConvexHull, BringsThePrecisionInto3To50) {
   for (const Shape& shape : {Shape{40, 33}, Shape{7, 6, 5}}) {
     for (int round = 0; round < 5; ++round) {
       const image<short> labels = randomDots(random, shape, 2);
-      for (const int few : {kLeast, -5, 0, 1, 2}) {
+      for (const int few : {kMin, -5, 0, 1, 2}) {
         EXPECT_TRUE(sameImage(hull(labels, few), hull(labels, 3))) << few;
       }
-      for (const int many : {51, 1000, kMost}) {
+      for (const int many : {51, 1000, kMax}) {
         EXPECT_TRUE(sameImage(hull(labels, many), hull(labels, 50))) << many;
       }
     }
@@ -156,7 +141,7 @@ TEST(ConvexHull, BringsThePrecisionInto3To50) {
 }
 
 // A ring: the more directions the rounder its hull.
-TEST(ConvexHull, TakesAsManyDirectionsAsThePrecisionSays) {
+TEST(ConvexHull, TakesThePrecisionAsTheNumberOfDirections) {
   image<short> disc = blank<short>({601, 601});
   for (int i = 0; i < disc.npix(); ++i) {
     const int x = i % 601 - 300;
@@ -213,7 +198,7 @@ TEST(ConvexHull, OfARegionAllOverTheImageChangesNothing) {
   EXPECT_TRUE(sameImage(hull(blank<short>({5, 4, 3}), 10), blank<short>({5, 4, 3})));
 }
 
-TEST(ConvexHull, OfLabelsWithGapsCountsTheGapsAndTakesNegativeValuesAsBackground) {
+TEST(ConvexHull, CountsUnusedLabelsAndSkipsNegativeOnes) {
   std::string printed;
   EXPECT_TRUE(
       sameImage(hull(imageOf<short>({7, 1}, {-3, 40, -32768, -2, 40, -2, 32767}), 10, printed),
@@ -234,8 +219,7 @@ TEST(ConvexHull, PrintsTheNumberOfRegions) {
 }
 
 TEST(ConvexHull, PrintsTheNumberPlainlyWhateverTheLocaleOfTheStream) {
-  const std::locale before =
-      std::cout.imbue(std::locale(std::locale(), new orva_test::ForeignDigits));
+  const std::locale before = std::cout.imbue(std::locale(std::locale(), new ForeignDigits));
   std::string printed;
   hull(imageOf<short>({1, 1}, {4999}), 10, printed);
   std::cout.imbue(before);
@@ -330,14 +314,14 @@ void expectMatchesReference(const image<short>& labels, const Mask& mask,
   for (const int precision : precisions) {
     std::string printed;
     EXPECT_TRUE(sameImage(hull(labels, precision, printed), referenceHull(labels, precision)));
-    EXPECT_EQ(printed, std::to_string(orva::bip::regionNumber(labels)) + " regions detected.\n");
+    EXPECT_EQ(printed, std::to_string(bip::regionNumber(labels)) + " regions detected.\n");
     EXPECT_TRUE(sameImage(hull(mask, precision), reference::convexHull(mask, precision)));
   }
 }
 
-TEST(ConvexHull, MatchesReferenceForOddShapesAndEveryWidth) {
+TEST(ConvexHullMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     const Mask mask = randomMask(random, shape, 0.1 * randomInt(random, 2, 8));
     const bool isVolume = shape.nz > 1;
     expectMatchesReference(randomLabels(random, shape, 2), mask, {3, isVolume ? 5 : 17});
@@ -345,13 +329,13 @@ TEST(ConvexHull, MatchesReferenceForOddShapesAndEveryWidth) {
   }
 }
 
-TEST(ConvexHull, MatchesReferenceForManyPlanesAndVolumes) {
+TEST(ConvexHullMatchesReferenceAtEveryWidth, ForManyPlanesAndVolumes) {
   Random random(4);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 4, 30)};
     expectMatchesReference(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
                            {1, 3, 49, 50, 1000, randomInt(random, 4, 48)});
-  }
+  });
   for (int round = 0; round < 12; ++round) {
     const Shape shape{randomInt(random, 2, 8), randomInt(random, 2, 8), randomInt(random, 2, 6)};
     expectMatchesReference(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
@@ -360,3 +344,4 @@ TEST(ConvexHull, MatchesReferenceForManyPlanesAndVolumes) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -5,53 +5,43 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/negative_image.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/reference/selection.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva::NEIGHBORHOOD_4;
-using orva::NEIGHBORHOOD_8;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-// Planes of every width, and volumes.
+// Calls check(random, shape) with a plane and a volume of every width.
 template <class Check>
-void forEveryWidth(Check check) {
+void forPlanesAndVolumesOfEveryWidth(Check check) {
   Random random(5);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     check(random, Shape{width, 1 + width % 7});
     check(random, Shape{width, 2 + width % 3, 2 + width % 2});
-  }
+  });
 }
 
 template <class T>
-void expectSameRegions(const image<T>& in, int value, orva::NeighborhoodType type) {
+void expectSameRegions(const image<T>& in, int value, NeighborhoodType type) {
   int n = -1;
   int expected = -1;
   if constexpr (sizeof(T) == 1) {
-    const image<short> labels = orva::bip::regions(in, n, value, 1, type);
+    const image<short> labels = bip::regions(in, n, value, 1, type);
     ASSERT_TRUE(sameImage(labels, reference::regions(in, expected, value, 1, type))) << in.nx();
   } else {
-    const image<short> labels = orva::bip::regions(in, n);
+    const image<short> labels = bip::regions(in, n);
     ASSERT_TRUE(sameImage(labels, reference::regions(in, expected))) << in.nx();
   }
   ASSERT_EQ(n, expected);
 }
 
-TEST(EveryWidth, RegionsOfMasks) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(LabellingMatchesReferenceAtEveryWidth, ForMasks) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.02, 0.5, 0.7, 0.98}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
       for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
@@ -61,8 +51,8 @@ TEST(EveryWidth, RegionsOfMasks) {
   });
 }
 
-TEST(EveryWidth, AreasOfEqualValue) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(LabellingMatchesReferenceAtEveryWidth, ForAreasOfEqualValue) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     image<unsigned char> bytes = blank<unsigned char>(shape);
     std::generate_n(bytes.pixels(), bytes.npix(),
                     [&] { return static_cast<unsigned char>(randomInt(random, 0, 2)); });
@@ -73,42 +63,7 @@ TEST(EveryWidth, AreasOfEqualValue) {
   });
 }
 
-// A path one pixel wide that winds inward, with one pixel between its turns.
-image<unsigned char> spiral(int size) {
-  image<unsigned char> mask = blank<unsigned char>({size, size});
-  int x = 0;
-  int y = 0;
-  int left = 0;
-  int top = 2;
-  int right = size - 1;
-  int bottom = size - 1;
-  const auto go = [&](int toX, int toY) {
-    const int dx = (toX > x) - (toX < x);
-    const int dy = (toY > y) - (toY < y);
-    mask.pixels()[x + y * size] = 255;
-    while (x != toX || y != toY) {
-      x += dx;
-      y += dy;
-      mask.pixels()[x + y * size] = 255;
-    }
-  };
-  for (;;) {
-    go(right, y);
-    if (y + 2 > bottom) return mask;
-    go(x, bottom);
-    right -= 2;
-    if (x - 2 < left) return mask;
-    go(left, y);
-    bottom -= 2;
-    if (y - 2 < top) return mask;
-    go(x, top);
-    left += 2;
-    top += 2;
-    if (x + 2 > right) return mask;
-  }
-}
-
-TEST(EveryWidth, SpiralsAndCombs) {
+TEST(LabellingMatchesReference, ForSpiralsAndCombs) {
   for (const int size : {63, 64, 65, 127, 200}) {
     const image<unsigned char> mask = spiral(size);
     for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
@@ -122,16 +77,16 @@ TEST(EveryWidth, SpiralsAndCombs) {
       comb.pixels()[i] = i % size % 2 == 0 || i / size == size - 1 ? 255 : 0;
     }
     expectSameRegions(comb, 255, NEIGHBORHOOD_4);
-    expectSameRegions(orva_test::transposed(comb), 255, NEIGHBORHOOD_8);
+    expectSameRegions(transposed(comb), 255, NEIGHBORHOOD_8);
   }
 }
 
-void expectSameFeatures(const image<short>& labels, int n, const orva::Image& brightness) {
-  const auto own = orva::bip::regionFeatures(labels, n, brightness);
+void expectSameFeatures(const image<short>& labels, int n, const Image& brightness) {
+  const auto own = bip::regionFeatures(labels, n, brightness);
   const auto expected = reference::regionFeatures(labels, n, &brightness);
   ASSERT_EQ(own.size(), expected.size());
   for (std::size_t k = 0; k < own.size(); ++k) {
-    const auto numbers = [](const orva::RegionFeature& f) {
+    const auto numbers = [](const RegionFeature& f) {
       return std::vector<int>{f.xmin, f.xmax, f.ymin, f.ymax, f.zmin,  f.zmax,
                               f.cx,   f.cy,   f.cz,   f.npix, f.radius};
     };
@@ -139,12 +94,12 @@ void expectSameFeatures(const image<short>& labels, int n, const orva::Image& br
     ASSERT_EQ(own[k].mean, expected[k].mean);
     ASSERT_EQ(own[k].var, expected[k].var);
   }
-  ASSERT_EQ(orva::bip::regionIntensityArrays(labels, n, brightness, false),
+  ASSERT_EQ(bip::regionIntensityArrays(labels, n, brightness, false),
             reference::regionIntensityArrays(labels, n, brightness, false));
 }
 
-TEST(EveryWidth, RegionFeaturesOfEveryPixelType) {
-  forEveryWidth([](Random& random, const Shape& plane) {
+TEST(RegionFeatureMatchesReferenceAtEveryWidth, ForEveryPixelType) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& plane) {
     Shape shape = plane;
     shape.nc = 1 + plane.nx % 2;  // the brightness of all channels counts, the geometry of one
     const image<short> labels = randomLabels(random, shape, 5);
@@ -154,7 +109,7 @@ TEST(EveryWidth, RegionFeaturesOfEveryPixelType) {
       expectSameFeatures(labels, n, randomImage<int>(random, shape));
       expectSameFeatures(labels, n, randomImage<unsigned int>(random, shape));
       expectSameFeatures(labels, n, randomImage<float>(random, shape));
-      expectSameFeatures(labels, n, randomImage<orva_test::Rgb>(random, shape));
+      expectSameFeatures(labels, n, randomImage<Rgb>(random, shape));
     }
   });
 }
@@ -168,23 +123,23 @@ void expectSameChange(const image<T>& img, Own own, Reference expected) {
   ASSERT_TRUE(sameImage(a, b)) << img.nx() << " x " << img.ny();
 }
 
-TEST(EveryWidth, ErosionAndDilation) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(MorphologyMatchesReferenceAtEveryWidth, ForMasksAndLabels) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.1, 0.9}) {
       image<unsigned char> mask = randomMask(random, shape, share);
       for (const bool isMask : {true, false}) {
         if (!isMask) mask.pixels()[randomInt(random, 0, mask.npix() - 1)] = 254;
         expectSameChange(
-            mask, [](auto& m) { orva::bip::erode(m); }, [](auto& m) { reference::erode(m); });
+            mask, [](auto& m) { bip::erode(m); }, [](auto& m) { reference::erode(m); });
         expectSameChange(
-            mask, [](auto& m) { orva::bip::dilate(m); }, [](auto& m) { reference::dilate(m); });
+            mask, [](auto& m) { bip::dilate(m); }, [](auto& m) { reference::dilate(m); });
       }
       expectSameChange(
-          mask, [](auto& m) { orva::bip::removeInternalStructures(m); },
+          mask, [](auto& m) { bip::removeInternalStructures(m); },
           [](auto& m) { reference::removeInternalStructures(m); });
     }
     expectSameChange(
-        randomLabels(random, shape, 1), [](auto& m) { orva::bip::erode(m); },
+        randomLabels(random, shape, 1), [](auto& m) { bip::erode(m); },
         [](auto& m) { reference::erode(m); });
   });
 }
@@ -197,11 +152,11 @@ void expectSameEdges(Random& random, const Shape& shape) {
   if constexpr (std::is_same_v<T, float>) {
     img.pixels()[randomInt(random, 0, img.npix() - 1)] = std::nanf("");
   }
-  ASSERT_TRUE(sameImage(orva::bip::edge(img), reference::edge(img))) << shape.nx;
+  ASSERT_TRUE(sameImage(bip::edge(img), reference::edge(img))) << shape.nx;
 }
 
-TEST(EveryWidth, EdgesOfEveryPixelType) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(EdgeMatchesReferenceAtEveryWidth, ForEveryPixelType) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     expectSameEdges<unsigned char>(random, shape);
     expectSameEdges<short>(random, shape);
     expectSameEdges<int>(random, shape);
@@ -217,34 +172,34 @@ void expectSameThresholds(Random& random, const Shape& shape) {
   for (const float t :
        {0.0F, -0.5F, 0.5F, 100.0F, 100.25F, 254.5F, 255.0F, 255.5F, 32766.5F, 32767.0F, 32768.0F,
         -32768.0F, -32768.5F, -40000.0F, 1e9F, kInfinity, -kInfinity, std::nanf("")}) {
-    ASSERT_TRUE(sameImage(orva::bip::threshold(img, t), reference::threshold(img, t))) << t;
+    ASSERT_TRUE(sameImage(bip::threshold(img, t), reference::threshold(img, t))) << t;
   }
   const float own = img.pixel(img.npix() / 2);
-  ASSERT_TRUE(sameImage(orva::bip::threshold(img, own), reference::threshold(img, own)));
+  ASSERT_TRUE(sameImage(bip::threshold(img, own), reference::threshold(img, own)));
 }
 
-TEST(EveryWidth, ThresholdsOfEveryPixelType) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+TEST(ThresholdMatchesReferenceAtEveryWidth, ForEveryPixelType) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     expectSameThresholds<unsigned char>(random, shape);
     expectSameThresholds<short>(random, shape);
     expectSameThresholds<int>(random, shape);
     expectSameThresholds<unsigned int>(random, shape);
     expectSameThresholds<float>(random, shape);
-    expectSameThresholds<orva_test::Rgb>(random, shape);
+    expectSameThresholds<Rgb>(random, shape);
   });
 }
 
-TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
+TEST(ForeignImageMatchesReference, ByItsPixelsNotItsData) {
   Random random(9);
-  const orva_test::NegativeImage img(randomImage<short>(random, {70, 40}));
-  EXPECT_TRUE(sameImage(orva::bip::threshold(img, 50.0F), reference::threshold(img, 50.0F)));
+  const NegativeImage img(randomImage<short>(random, {70, 40}));
+  EXPECT_TRUE(sameImage(bip::threshold(img, 50.0F), reference::threshold(img, 50.0F)));
   expectSameFeatures(randomLabels(random, {70, 40}, 4), 5, img);
 
   const image<short> labels = randomLabels(random, {70, 40}, 4);
   image<short> negated = labels.duplicate();
   for (int i = 0; i < labels.npix(); ++i) negated.setPixel(i, -labels.pixel(i));
-  EXPECT_TRUE(sameImage(orva::bip::fchamfer(orva_test::NegativeImage(labels)),
-                        reference::fchamfer(negated)));
+  EXPECT_TRUE(sameImage(bip::fchamfer(NegativeImage(labels)), reference::fchamfer(negated)));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -5,14 +5,12 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/support/heard.h"
 #include "tests/support/negative_image.h"
+#include "tests/support/printed.h"
 #include "tests/support/raw_image.h"
 
 namespace orva::test {
 namespace {
-
-using namespace orva_test;
 
 // One row of six pixels: 0, 255, 0, 255, 0, 255 in memory, and others when asked for.
 RawImage disagreeing(const std::vector<float>& pixels) {

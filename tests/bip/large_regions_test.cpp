@@ -6,14 +6,12 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 #include "tests/support/reference/hull.h"
 
 namespace orva::test {
 namespace {
-
-using namespace orva_test;
 
 // Plane 0 with a region of its first `count` pixels.
 image<short> regionOf(int count) {
@@ -92,7 +90,7 @@ TEST(ConvexHullFarOff, OfAVolumeMatchesReference) {
       image<short> expected = labels.duplicate();
       reference::convexHull(expected, precision);
       EXPECT_FALSE(sameImage(labels, expected)) << "nothing to fill";
-      heardFrom([&] { bip::convexHull(labels, precision); });
+      printedBy([&] { bip::convexHull(labels, precision); });
       EXPECT_TRUE(sameImage(labels, expected)) << "axis " << axis << ", precision " << precision;
     }
   }

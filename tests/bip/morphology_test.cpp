@@ -5,29 +5,17 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
 using Picture = std::vector<std::string>;
 
-// The result of an operation that works in place.
+// The result of an in-place operation.
 template <class T>
 image<T> after(void (*operation)(image<T>&), const image<T>& img) {
   image<T> result = img.duplicate();
@@ -35,12 +23,10 @@ image<T> after(void (*operation)(image<T>&), const image<T>& img) {
   return result;
 }
 
-Mask eroded(const Mask& mask) { return after<unsigned char>(orva::bip::erode, mask); }
-image<short> eroded(const image<short>& labels) { return after<short>(orva::bip::erode, labels); }
-Mask dilated(const Mask& mask) { return after<unsigned char>(orva::bip::dilate, mask); }
-Mask filled(const Mask& mask) {
-  return after<unsigned char>(orva::bip::removeInternalStructures, mask);
-}
+Mask eroded(const Mask& mask) { return after<unsigned char>(bip::erode, mask); }
+image<short> eroded(const image<short>& labels) { return after<short>(bip::erode, labels); }
+Mask dilated(const Mask& mask) { return after<unsigned char>(bip::dilate, mask); }
+Mask filled(const Mask& mask) { return after<unsigned char>(bip::removeInternalStructures, mask); }
 
 // Mostly 0 and 255, some values between.
 Mask randomMix(Random& random, const Shape& shape) {
@@ -79,12 +65,12 @@ TEST(Erode, OfLabelsRemovesTheCommonBorderOfTouchingRegions) {
 }
 
 TEST(Erode, OfLabelsKeepsOtherNegativeValues) {
-  const auto labels = orva_test::imageOf<short>({3, 3}, {-2, -2, -2, -3, 4, -2, -2, -2, -9});
-  const auto expected = orva_test::imageOf<short>({3, 3}, {-2, -2, -2, -3, -1, -2, -2, -2, -9});
+  const auto labels = imageOf<short>({3, 3}, {-2, -2, -2, -3, 4, -2, -2, -2, -9});
+  const auto expected = imageOf<short>({3, 3}, {-2, -2, -2, -3, -1, -2, -2, -2, -9});
   EXPECT_TRUE(sameImage(eroded(labels), expected));
 }
 
-TEST(Erode, OfAStackClearsPlaneZeroAndLeavesTheOthersWhichIsIntended) {
+TEST(Erode, ClearingPlaneZeroOfAStackAloneIsIntended) {
   for (const Shape& shape : {Shape{5, 5, 2}, Shape{5, 5, 1, 2}, Shape{5, 5, 1, 1, 3}}) {
     Mask mask = blank<unsigned char>(shape);
     std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
@@ -141,9 +127,9 @@ TEST(Morphology, OfNegativeSizesWithAPositiveProductHasOnlyBorder) {
   ASSERT_EQ(mask.npix(), 6);
   std::fill_n(mask.pixels(), 6, static_cast<unsigned char>(255));
   mask.setPixel(3, 0.0F);
-  orva::bip::dilate(mask);
+  bip::dilate(mask);
   EXPECT_EQ(pixelsOf(mask), (std::vector<unsigned char>{255, 255, 255, 0, 255, 255}));
-  orva::bip::erode(mask);
+  bip::erode(mask);
   EXPECT_EQ(pixelsOf(mask), std::vector<unsigned char>(6, 0));
 }
 
@@ -204,17 +190,17 @@ void expectMatchesReference(const Mask& mask, const image<short>& labels) {
   EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
 }
 
-TEST(Morphology, MatchesReferenceForEveryWidth) {
+TEST(MorphologyMatchesReferenceAtEveryWidth, ForRandomMasks) {
   Random random(1);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 1, 12)};
     expectMatchesReference(randomMix(random, shape), randomLabels(random, shape, 2));
-  }
+  });
 }
 
-TEST(Morphology, MatchesReferenceForOddShapes) {
+TEST(MorphologyMatchesReference, ForOddShapes) {
   Random random(2);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 10; ++round) {
       expectMatchesReference(randomMix(random, shape), randomLabels(random, shape, 1));
     }
@@ -230,3 +216,4 @@ TEST(RemoveInternalStructures, DoneTwiceIsDoneOnce) {
 }
 
 }  // namespace
+}  // namespace orva::test

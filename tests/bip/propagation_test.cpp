@@ -6,22 +6,13 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::labelsOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -30,7 +21,7 @@ const float kRoot3 = std::sqrt(3.0F);
 
 image<short> propagated(const image<short>& labels, float maxDistance) {
   image<short> result = labels.duplicate();
-  orva::bip::propagate(result, maxDistance);
+  bip::propagate(result, maxDistance);
   return result;
 }
 
@@ -183,14 +174,14 @@ TEST(Propagate, OfAVolumeTakesTheDiagonalAtTheRootOfThree) {
   }
 }
 
-TEST(Propagate, WithADistanceOf0OrLessClearsEverythingWhichIsIntended) {
+TEST(Propagate, ClearingAllForADistanceOf0OrLessIsIntended) {
   const image<short> labels = labelsOf({"0..", ".12", "..."});
   for (const float d : {0.0F, -0.0F, -1.0F, -kInfinity}) {
     EXPECT_TRUE(sameImage(propagated(labels, d), labelsOf({"...", "...", "..."}))) << d;
   }
 }
 
-TEST(Propagate, Beyond10000KeepsTheValuesOfUnreachedPixelsWhichIsIntended) {
+TEST(Propagate, KeepingUnreachedPixelsBeyond10000IsIntended) {
   const auto labels = imageOf<short>({3, 3}, {-2, -3, -4, -5, -6, -7, -8, -9, 1});
   const auto cleared = imageOf<short>({3, 3}, {-1, -1, -1, -1, 1, -1, -1, -1, 1});
   const auto kept = imageOf<short>({3, 3}, {-2, -3, -4, -5, 1, -7, -8, -9, 1});
@@ -247,7 +238,7 @@ TEST(Propagate, ProcessesTheFirstVolume) {
     const image<short> labels = randomSeeds(random, shape);
     image<short> first = blank<short>({shape.nx, shape.ny, shape.nz});
     std::copy_n(labels.pixels(), first.npix(), first.pixels());
-    orva::bip::propagate(first, 3.0F);
+    bip::propagate(first, 3.0F);
     image<short> expected = labels.duplicate();
     std::copy_n(first.pixels(), first.npix(), expected.pixels());
     EXPECT_TRUE(sameImage(propagated(labels, 3.0F), expected));
@@ -268,7 +259,7 @@ TEST(Propagate, OfNegativeSizesWithAPositiveProductChangesNothing) {
   std::fill_n(labels.pixels(), 25, short{-2});
   labels.pixels()[12] = 3;
   const std::vector<short> before = pixelsOf(labels);
-  orva::bip::propagate(labels, 5.0F);
+  bip::propagate(labels, 5.0F);
   EXPECT_EQ(pixelsOf(labels), before);
 }
 
@@ -282,18 +273,18 @@ void expectMatchesReference(const image<short>& labels) {
   }
 }
 
-TEST(Propagate, MatchesReferenceForOddShapesAndEveryWidth) {
+TEST(PropagationMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     expectMatchesReference(randomSeeds(random, shape));
   }
 }
 
-TEST(Propagate, MatchesReferenceForManyPlanesAndVolumes) {
+TEST(PropagationMatchesReferenceAtEveryWidth, ForManyPlanesAndVolumes) {
   Random random(4);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     expectMatchesReference(randomSeeds(random, {nx, randomInt(random, 3, 25)}));
-  }
+  });
   for (int round = 0; round < 60; ++round) {
     expectMatchesReference(randomSeeds(
         random, {randomInt(random, 1, 14), randomInt(random, 1, 14), randomInt(random, 1, 8)}));
@@ -301,3 +292,4 @@ TEST(Propagate, MatchesReferenceForManyPlanesAndVolumes) {
 }
 
 }  // namespace
+}  // namespace orva::test

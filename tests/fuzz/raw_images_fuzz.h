@@ -1,4 +1,4 @@
-// What the targets of the raw formats share.
+// Shared by the targets of the raw formats.
 #ifndef ORVA_TESTS_FUZZ_RAW_IMAGES_FUZZ_H
 #define ORVA_TESTS_FUZZ_RAW_IMAGES_FUZZ_H
 
@@ -11,10 +11,10 @@
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/support/reference/image_io.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 
-// True where the sizes at these places of the header ask for many pixels: they would only try the
-// patience of who waits.
+// Whether the sizes at these offsets of the header declare so many pixels that an input only takes
+// long.
 inline bool isLarge(std::string_view content, const std::array<std::size_t, 3>& fields) {
   std::int64_t product = 1;
   for (const std::size_t field : fields) {
@@ -32,7 +32,7 @@ template <class Read>
 void compareWithReference(std::string_view content, const Read& read,
                           const reference::RawRead& expected) {
   const ContentFile file(content);
-  std::unique_ptr<orva::Image> img;
+  std::unique_ptr<Image> img;
   std::string reported;
   {
     const Captured captured;
@@ -47,6 +47,6 @@ void compareWithReference(std::string_view content, const Read& read,
   require(reference::pixelBytes(*img) == reference::pixelBytes(*expected.img), "its pixels");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

@@ -7,19 +7,8 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::Point3D;
-using orva_test::imageOf;
-using orva_test::oddShapes;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomShape;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 template <class T>
 class Parts : public testing::Test {
@@ -39,9 +28,13 @@ class Parts : public testing::Test {
     return sameImage(*owned, *expected);
   }
 };
-TYPED_TEST_SUITE(Parts, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Parts, PixelTypes);
 
-TYPED_TEST(Parts, RoiAgreesWithItsDefinition) {
+template <class T>
+class PartMatchesReference : public Parts<T> {};
+TYPED_TEST_SUITE(PartMatchesReference, PixelTypes);
+
+TYPED_TEST(PartMatchesReference, ForRois) {
   Random random(41);
   for (int round = 0; round < 300; ++round) {
     const image<TypeParam> img = randomImage<TypeParam>(random, randomShape(random));
@@ -80,10 +73,10 @@ TYPED_TEST(Parts, RoiRunsThroughFramesOfAllChannelsAndTimePoints) {
   const image<TypeParam> img = randomImage<TypeParam>(random, {3, 2, 2, 3, 2});
   const std::unique_ptr<Image> part(img.roi({0, 0, 0}, {2, 1, 100}));
   ASSERT_NE(part, nullptr);
-  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({3, 2, 12}, orva_test::pixelsOf(img))));
+  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({3, 2, 12}, pixelsOf(img))));
 }
 
-TYPED_TEST(Parts, FrameAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForFrames) {
   Random random(44);
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -93,7 +86,7 @@ TYPED_TEST(Parts, FrameAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, ChannelAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForChannels) {
   Random random(45);
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -105,7 +98,7 @@ TYPED_TEST(Parts, ChannelAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, TimepointAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForTimePoints) {
   Random random(46);
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -115,11 +108,14 @@ TYPED_TEST(Parts, TimepointAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, AgreeWithTheirDefinitionForEveryWidth) {
+template <class T>
+class PartMatchesReferenceAtEveryWidth : public Parts<T> {};
+TYPED_TEST_SUITE(PartMatchesReferenceAtEveryWidth, PixelTypes);
+
+TYPED_TEST(PartMatchesReferenceAtEveryWidth, ForEveryKindOfPart) {
   Random random(50);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const auto img = randomImage<TypeParam>(random, {width, 1 + width % 3, 2, 2, 2});
-    SCOPED_TRACE(width);
     const Point3D p1(randomInt(random, -2, width - 1), randomInt(random, -1, 1), 0);
     const Point3D p2(randomInt(random, p1.x, width + 2), 3, randomInt(random, 0, 7));
     EXPECT_TRUE(this->same(img.roi(p1, p2), TestFixture::Reference::roi(img, p1, p2)));
@@ -128,7 +124,7 @@ TYPED_TEST(Parts, AgreeWithTheirDefinitionForEveryWidth) {
     EXPECT_TRUE(
         this->same(img.channel(f % 2, f / 4), TestFixture::Reference::channel(img, f % 2, f / 4)));
     EXPECT_TRUE(this->same(img.timepoint(f % 2), TestFixture::Reference::timepoint(img, f % 2)));
-  }
+  });
 }
 
 TYPED_TEST(Parts, OutsideTheImageOrOfANullImageAreNull) {
@@ -161,7 +157,7 @@ TYPED_TEST(Parts, OwnTheirPixels) {
   }
 }
 
-TYPED_TEST(Parts, ScaleAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForScaledImages) {
   Random random(47);
   for (int round = 0; round < 200; ++round) {
     const image<TypeParam> img = randomImage<TypeParam>(random, randomShape(random));
@@ -173,27 +169,27 @@ TYPED_TEST(Parts, ScaleAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, ScaleAgreesWithItsDefinitionForEveryWidth) {
+TYPED_TEST(PartMatchesReferenceAtEveryWidth, ForScaledImages) {
   Random random(48);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const image<TypeParam> img = randomImage<TypeParam>(random, {width, 2});
-    const int sx = randomInt(random, 1, 130);
+    const int sx = randomInt(random, 1, kMaxSweepWidth);
     EXPECT_TRUE(this->same(img.scale(sx, 3, 1), TestFixture::Reference::scale(img, sx, 3, 1)));
-  }
+  });
 }
 
 TYPED_TEST(Parts, ScaleBySizesBelowZeroStacksAllFrames) {
   Random random(49);
   const image<TypeParam> img = randomImage<TypeParam>(random, {4, 3, 2, 3, 2});
   const std::unique_ptr<Image> part(img.scale(-1, -7, -2));
-  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({4, 3, 12}, orva_test::pixelsOf(img))));
+  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({4, 3, 12}, pixelsOf(img))));
 }
 
 TYPED_TEST(Parts, ScaleToSizeZeroHasNoPixels) {
   const image<TypeParam> img(4, 3, 2, 1, 1);
   const std::unique_ptr<Image> part(img.scale(0, 5, 5));
   ASSERT_NE(part, nullptr);
-  EXPECT_EQ(orva_test::sizesOf(*part), (std::vector<int>{0, 5, 5, 1, 1}));
+  EXPECT_EQ(sizesOf(*part), (std::vector<int>{0, 5, 5, 1, 1}));
   EXPECT_TRUE(part->isNull());
 }
 
@@ -208,9 +204,10 @@ TYPED_TEST(Parts, ScaleOfANullImageIsBlack) {
 TEST(Scale, TakesTheLowerNeighbour) {
   const image<int> img = imageOf<int>({5, 1}, {10, 11, 12, 13, 14});
   const std::unique_ptr<image<int>> smaller(img.scale(3, 1, 1));
-  EXPECT_EQ(orva_test::pixelsOf(*smaller), (std::vector<int>{10, 11, 13}));
+  EXPECT_EQ(pixelsOf(*smaller), (std::vector<int>{10, 11, 13}));
   const std::unique_ptr<image<int>> larger(img.scale(8, 1, 1));
-  EXPECT_EQ(orva_test::pixelsOf(*larger), (std::vector<int>{10, 10, 11, 11, 12, 13, 13, 14}));
+  EXPECT_EQ(pixelsOf(*larger), (std::vector<int>{10, 10, 11, 11, 12, 13, 13, 14}));
 }
 
 }  // namespace
+}  // namespace orva::test

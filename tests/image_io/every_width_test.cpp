@@ -9,60 +9,55 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/reference/image_io.h"
 #include "tests/support/reference/statistics.h"
+#include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-template <class T>
-class EveryWidthOf : public ::testing::Test {};
-TYPED_TEST_SUITE(EveryWidthOf, orva_test::PixelTypes);
-
 // Rows of every width, and an image of several blocks.
-std::vector<Shape> shapes() {
+std::vector<Shape> widthsAndALargeImage() {
   std::vector<Shape> all;
-  for (int width = 1; width <= 130; ++width) all.push_back({width, 1 + width % 3, 1 + width % 2});
+  forEveryWidth([&](int width) { all.push_back({width, 1 + width % 3, 1 + width % 2}); });
   all.push_back({211, 47});
   return all;
 }
 
-void expectSameConversions(const orva::Image& img) {
+void expectSameConversions(const Image& img) {
   for (const bool scale : {true, false}) {
-    ASSERT_TRUE(sameImage(orva::toByteImage(img, scale), reference::toByteImage(img, scale)));
-    ASSERT_TRUE(sameImage(orva::image_io::convertToByteImage(img, scale),
+    ASSERT_TRUE(sameImage(toByteImage(img, scale), reference::toByteImage(img, scale)));
+    ASSERT_TRUE(sameImage(image_io::convertToByteImage(img, scale),
                           reference::convertToByteImage(img, scale)));
   }
-  ASSERT_TRUE(sameImage(orva::toRgbImage(img), reference::toRgbImage(img)));
-  ASSERT_TRUE(sameImage(orva::toFloatImage(img), reference::toFloatImage(img)));
-  namespace io = orva::image_io;
+  ASSERT_TRUE(sameImage(toRgbImage(img), reference::toRgbImage(img)));
+  ASSERT_TRUE(sameImage(toFloatImage(img), reference::toFloatImage(img)));
+  namespace io = image_io;
   ASSERT_TRUE(sameImage(io::convertToUIntImage(img), reference::converted<unsigned int>(img)));
   ASSERT_TRUE(sameImage(io::convertToIntImage(img), reference::converted<int>(img)));
   ASSERT_TRUE(sameImage(io::convertToShortImage(img), reference::converted<short>(img)));
   ASSERT_TRUE(sameImage(io::convertToFloatImage(img), reference::converted<float>(img)));
 }
 
-TYPED_TEST(EveryWidthOf, Conversions) {
+template <class T>
+class ImageMatchesReferenceAtEveryWidth : public ::testing::Test {};
+TYPED_TEST_SUITE(ImageMatchesReferenceAtEveryWidth, PixelTypes);
+
+TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenConverted) {
   Random random(31);
-  for (const Shape& shape : shapes()) expectSameConversions(randomImage<TypeParam>(random, shape));
+  for (const Shape& shape : widthsAndALargeImage())
+    expectSameConversions(randomImage<TypeParam>(random, shape));
 }
 
 template <class T>
 ::testing::AssertionResult samePixel(T a, T b) {
-  return sameImage(orva_test::imageOf<T>({1, 1}, {a}), orva_test::imageOf<T>({1, 1}, {b}));
+  return sameImage(imageOf<T>({1, 1}, {a}), imageOf<T>({1, 1}, {b}));
 }
 
-TYPED_TEST(EveryWidthOf, ExtremesAreTheFirstOfEquals) {
+TYPED_TEST(ImageMatchesReferenceAtEveryWidth, ForTheFirstOfEqualExtremes) {
   Random random(32);
   using Typed = reference::Typed<TypeParam>;
-  for (const Shape& shape : shapes()) {
+  for (const Shape& shape : widthsAndALargeImage()) {
     image<TypeParam> img = randomImage<TypeParam>(random, shape);
-    if constexpr (std::is_same_v<TypeParam, orva_test::Rgb>) {
+    if constexpr (std::is_same_v<TypeParam, Rgb>) {
       // Different colours of nearly the same luminance, and equal ones.
       for (int i = 0; i < img.npix(); ++i) img.pixels()[i].c1 = 7;
     }
@@ -71,13 +66,13 @@ TYPED_TEST(EveryWidthOf, ExtremesAreTheFirstOfEquals) {
   }
 }
 
-TYPED_TEST(EveryWidthOf, Scaling) {
+TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenScaled) {
   Random random(33);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const image<TypeParam> img = randomImage<TypeParam>(random, {1 + width % 40, 1 + width % 5, 2});
     const std::unique_ptr<image<TypeParam>> own(img.scale(width, 1 + width % 9, 3));
     ASSERT_TRUE(sameImage(*own, *reference::Typed<TypeParam>::scale(img, width, 1 + width % 9, 3)));
-  }
+  });
 }
 
 // Floats of which some are no numbers, infinite, zeros of both signs, or past 32 bits.
@@ -94,9 +89,9 @@ image<float> strangeFloats(Random& random, const Shape& shape, bool withNan) {
   return img;
 }
 
-TEST(EveryWidth, StrangeFloats) {
+TEST(FloatImageMatchesReferenceAtEveryWidth, ForStrangeFloats) {
   Random random(34);
-  for (const Shape& shape : shapes()) {
+  for (const Shape& shape : widthsAndALargeImage()) {
     for (const bool withNan : {false, true}) {
       const image<float> img = strangeFloats(random, shape, withNan);
       expectSameConversions(img);
@@ -112,7 +107,7 @@ TEST(EveryWidth, StrangeFloats) {
   }
 }
 
-TEST(EveryWidth, ANanAnywhereChangesTheRangeFromThereOn) {
+TEST(FloatImageMatchesReference, WithANanAnywhere) {
   Random random(35);
   image<float> img = randomImage<float>(random, {100, 60});
   for (const int i : {0, 1, 2047, 2048, 3000, 5999}) {
@@ -122,7 +117,7 @@ TEST(EveryWidth, ANanAnywhereChangesTheRangeFromThereOn) {
   }
 }
 
-TEST(EveryWidth, ZerosOfBothSignsKeepTheFirst) {
+TEST(FloatImageMatchesReference, ForZerosOfBothSigns) {
   image<float> img = blank<float>({70, 1});
   img.pixels()[0] = -0.0F;
   EXPECT_TRUE(std::signbit(img.min()));
@@ -133,29 +128,29 @@ TEST(EveryWidth, ZerosOfBothSignsKeepTheFirst) {
   EXPECT_FALSE(std::signbit(img.max()));
 }
 
-TEST(EveryWidth, Statistics) {
+TEST(FloatImageMatchesReferenceAtEveryWidth, ForItsStatistics) {
   Random random(36);
-  for (const Shape& shape : shapes()) {
+  for (const Shape& shape : widthsAndALargeImage()) {
     const image<float> a = randomImage<float>(random, shape);
     const image<short> b = randomImage<short>(random, shape);
     for (const float p : {0.0F, 0.1F, 0.5F, 0.9F}) {
-      ASSERT_EQ(orva::image_math::topByPercentage(a, p), reference::topByPercentage(a, p));
-      ASSERT_EQ(orva::image_math::topByPercentage(b, p), reference::topByPercentage(b, p));
-      ASSERT_EQ(orva::image_math::meanOfTopByPercentage(a, p),
-                reference::meanOfTopByPercentage(a, p));
-      ASSERT_EQ(orva::image_math::meanOfTopByPercentage(orva_test::pixelsOf(a), p),
-                reference::meanOfTopByPercentage(orva_test::pixelsOf(a), p));
+      ASSERT_EQ(image_math::topByPercentage(a, p), reference::topByPercentage(a, p));
+      ASSERT_EQ(image_math::topByPercentage(b, p), reference::topByPercentage(b, p));
+      ASSERT_EQ(image_math::meanOfTopByPercentage(a, p), reference::meanOfTopByPercentage(a, p));
+      ASSERT_EQ(image_math::meanOfTopByPercentage(pixelsOf(a), p),
+                reference::meanOfTopByPercentage(pixelsOf(a), p));
     }
-    ASSERT_TRUE(orva::image_math::findZeros(a) == reference::findZeros(a));
-    ASSERT_TRUE(orva::image_math::findZeros(a, b) == reference::findZeros(a, b));
+    ASSERT_TRUE(image_math::findZeros(a) == reference::findZeros(a));
+    ASSERT_TRUE(image_math::findZeros(a, b) == reference::findZeros(a, b));
   }
 }
 
-TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
+TEST(ForeignImageMatchesReference, ByItsPixelsNotItsData) {
   Random random(37);
-  const orva_test::NegativeImage img(randomImage<short>(random, {70, 40}));
-  EXPECT_TRUE(sameImage(orva::toByteImage(img, true), reference::toByteImage(img, true)));
-  EXPECT_TRUE(sameImage(orva::image_io::convertToIntImage(img), reference::converted<int>(img)));
+  const NegativeImage img(randomImage<short>(random, {70, 40}));
+  EXPECT_TRUE(sameImage(toByteImage(img, true), reference::toByteImage(img, true)));
+  EXPECT_TRUE(sameImage(image_io::convertToIntImage(img), reference::converted<int>(img)));
 }
 
 }  // namespace
+}  // namespace orva::test

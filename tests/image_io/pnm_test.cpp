@@ -12,19 +12,8 @@
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::image_io::readPGM;
-using orva::image_io::writePPM;
-using orva_test::imageOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::readFile;
-using orva_test::sameImage;
-using orva_test::Shape;
-using testing::Eq;
-using testing::ExitedWithCode;
 
 class Pgm : public testing::Test {
  protected:
@@ -32,8 +21,8 @@ class Pgm : public testing::Test {
 
   // The image that a file with this content holds.
   std::unique_ptr<image<unsigned char>> read(const std::string& content) const {
-    orva_test::writeFile(name_, content);
-    return std::unique_ptr<image<unsigned char>>(readPGM(name_));
+    writeFile(name_, content);
+    return std::unique_ptr<image<unsigned char>>(image_io::readPGM(name_));
   }
 
   void expectRead(const std::string& content, const image<unsigned char>& expected) const {
@@ -44,14 +33,14 @@ class Pgm : public testing::Test {
 
   // Reading a file with this content ends the process.
   void expectExit(const std::string& content, const std::string& message) const {
-    orva_test::writeFile(name_, content);
-    EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(readPGM(name_)), ExitedWithCode(1),
-                Eq(message))
+    writeFile(name_, content);
+    EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(image_io::readPGM(name_)),
+                testing::ExitedWithCode(1), testing::Eq(message))
         << content;
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
   std::string name_ = dir_.file("some.pgm");
 };
 
@@ -113,25 +102,25 @@ TEST_F(Pgm, IgnoresWhatFollowsThePixels) { expectRead("P5 4 2 255 " + kPixels + 
 
 TEST_F(Pgm, OfRandomImagesIsReadBack) {
   Random random(111);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const auto img = randomImage<unsigned char>(random, {width, 1 + width % 4});
     const std::string bytes(static_cast<const char*>(img.data()),
                             static_cast<std::size_t>(img.npix()));
     expectRead("P5\n" + std::to_string(width) + " " + std::to_string(img.ny()) + "\n255\n" + bytes,
                img);
-  }
+  });
 }
 
 TEST_F(Pgm, WithoutPixelsIsANullImage) {
   const auto img = read("P5 0 3 255 ");
   ASSERT_NE(img, nullptr);
   EXPECT_TRUE(img->isNull());
-  EXPECT_EQ(orva_test::sizesOf(*img), (std::vector<int>{0, 3, 1, 1, 1}));
+  EXPECT_EQ(sizesOf(*img), (std::vector<int>{0, 3, 1, 1, 1}));
 }
 
 TEST_F(Pgm, ThatDoesNotExistEndsTheProcessAsIsIntended) {
-  EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(readPGM(name() + ".none")), ExitedWithCode(1),
-              Eq("Can't input image " + name() + ".none.\n"));
+  EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(image_io::readPGM(name() + ".none")),
+              testing::ExitedWithCode(1), testing::Eq("Can't input image " + name() + ".none.\n"));
 }
 
 TEST_F(Pgm, OfAnotherKindEndsTheProcessAsIsIntended) {
@@ -141,7 +130,7 @@ TEST_F(Pgm, OfAnotherKindEndsTheProcessAsIsIntended) {
   }
 }
 
-TEST_F(Pgm, WithAnIncompleteHeaderEndsTheProcessWithoutItsNameAsIsIntended) {
+TEST_F(Pgm, NotNamingItselfForACutHeaderIsIntended) {
   for (const char* content : {"P5", "P5\n", "P5 4", "P5 4 2", "P5 4 2 ", "P5 4 2 x",
                               "P5 # no newline 4 2 255", "P5 4 #\n", "P5 4 #"}) {
     expectExit(content, "Image is not binary PGM.\n");
@@ -168,13 +157,13 @@ class Ppm : public testing::Test {
   // Writes `img`, which must give no message, and returns the file's content.
   std::string written(const image<unsigned char>& img) const {
     testing::internal::CaptureStderr();
-    writePPM(file("some.ppm"), img);
+    image_io::writePPM(file("some.ppm"), img);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     return readFile(file("some.ppm"));
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 TEST_F(Ppm, RepeatsGreyThreeTimes) {
@@ -191,7 +180,7 @@ TEST_F(Ppm, TakesThreePlanesAsRedGreenAndBlue) {
 
 TEST_F(Ppm, OfRandomImagesHoldsEveryPixel) {
   Random random(112);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const bool colour = width % 2 == 0;
     const auto img = randomImage<unsigned char>(random, {width, 1 + width % 5, colour ? 3 : 1});
     std::string expected =
@@ -201,11 +190,11 @@ TEST_F(Ppm, OfRandomImagesHoldsEveryPixel) {
         expected += static_cast<char>(img.pixels()[i + (colour ? plane * img.frameSize() : 0)]);
       }
     EXPECT_EQ(written(img), expected);
-  }
+  });
 }
 
 TEST_F(Ppm, ReplacesALongerFile) {
-  orva_test::writeFile(file("some.ppm"), std::string(1000, 'x'));
+  writeFile(file("some.ppm"), std::string(1000, 'x'));
   EXPECT_EQ(written(imageOf<unsigned char>({1, 1}, {'a'})), "P6\n1 1\n255\naaa");
 }
 
@@ -213,9 +202,9 @@ TEST_F(Ppm, OfAnImageWithoutWidthHoldsTheHeader) {
   EXPECT_EQ(written(image<unsigned char>(0, 1, 1, 1, 1)), "P6\n0 1\n255\n");
 }
 
-TEST_F(Ppm, OfSmallSizesOfOneFrameHoldsThePixelsOfTheSizesShown) {
-  for (const Shape& s : orva_test::smallShapes()) {
-    const auto img = orva_test::blank<unsigned char>(s);
+TEST_F(Ppm, OfSmallSizesHoldsThePixelsOfTheSizesShown) {
+  for (const Shape& s : smallShapes()) {
+    const auto img = blank<unsigned char>(s);
     if (img.nframes() != 1) continue;
     EXPECT_EQ(written(img),
               "P6\n" + std::to_string(img.nx()) + " " + std::to_string(img.ny()) + "\n255\n" +
@@ -227,27 +216,28 @@ TEST_F(Ppm, RefusesOtherNumbersOfPlanes) {
   for (const Shape& s : {Shape{2, 2, 2}, Shape{2, 2, 1, 2}, Shape{2, 2, 4}, Shape{2, 2, 3, 3},
                          Shape{2, 2, 3, 1, 2}, Shape{2, 2, 0}}) {
     testing::internal::CaptureStderr();
-    writePPM(file("refused.ppm"), orva_test::blank<unsigned char>(s));
+    image_io::writePPM(file("refused.ppm"), blank<unsigned char>(s));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "image_io::writePPM -> img must be a grayscale or color image\n");
     EXPECT_FALSE(std::filesystem::exists(file("refused.ppm")));
   }
 }
 
-TEST_F(Ppm, ThatCanNotBeOpenedIsReported) {
+TEST_F(Ppm, ThatCannotBeOpenedIsReported) {
   testing::internal::CaptureStderr();
-  writePPM(file("none/some.ppm"), image<unsigned char>(2, 2, 1, 1, 1));
+  image_io::writePPM(file("none/some.ppm"), image<unsigned char>(2, 2, 1, 1, 1));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "Can not open file: " + file("none/some.ppm") + "\n");
 }
 
-TEST_F(Ppm, ThatCanNotBeWrittenIsReported) {
+TEST_F(Ppm, ThatCannotBeWrittenIsReported) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
   for (const int width : {2, 40000}) {
     testing::internal::CaptureStderr();
-    writePPM("/dev/full", image<unsigned char>(width, 2, 1, 1, 1));
+    image_io::writePPM("/dev/full", image<unsigned char>(width, 2, 1, 1, 1));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can not write file: /dev/full\n");
   }
 }
 
 }  // namespace
+}  // namespace orva::test

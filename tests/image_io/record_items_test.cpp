@@ -13,7 +13,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
 using image_io::IcsInfo;
 using image_io::MultiChannelIcsInfo;
 

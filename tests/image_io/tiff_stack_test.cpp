@@ -10,15 +10,8 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/image_io.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image_io::returnStackCount;
-using orva_test::Random;
-using orva_test::randomInt;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 constexpr unsigned kStackTag = 33629;
 
@@ -61,15 +54,15 @@ class StackCount : public testing::Test {
 
   // The result and what went to standard output.
   static std::pair<int, std::string> countIn(const std::string& name) {
-    CaptureStdout();
-    CaptureStderr();
-    const int count = returnStackCount(name);
-    EXPECT_EQ(GetCapturedStderr(), "");
-    return {count, GetCapturedStdout()};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int count = image_io::returnStackCount(name);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    return {count, testing::internal::GetCapturedStdout()};
   }
 
   std::pair<int, std::string> count(const std::string& content) const {
-    orva_test::writeFile(file(), content);
+    writeFile(file(), content);
     return countIn(file());
   }
 
@@ -80,7 +73,7 @@ class StackCount : public testing::Test {
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 using Result = std::pair<int, std::string>;
@@ -162,7 +155,7 @@ TEST_F(StackCount, TakesEveryFirstByteButAnIAsBigEndian) {
     if (first == 'I') continue;
     EXPECT_EQ(count(content), Result(21, "lsb0\n0\n")) << first;
   }
-  // Only the first byte tells.
+  // Only the first byte matters.
   const Tiff little{true};
   content = little.header(8) + little.directory({little.entry(kStackTag, 22)}, 0);
   content[1] = 'M';
@@ -189,7 +182,7 @@ TEST_F(StackCount, EndsAtADirectoryMetAgain) {
 
 // Directories of 65535 entries, each 8 bytes behind the one before. Time must not be in proportion
 // to the square of the file.
-TEST_F(StackCount, EndsWhenOverlappingDirectoriesHoldMoreEntriesThanTheFileAndAMillion) {
+TEST_F(StackCount, EndsForOverlappingDirectoriesOfTooManyEntries) {
   constexpr std::size_t kEntryBytes = 65535 * 12;
   constexpr unsigned kDirectories = 500;
   const Tiff tiff;
@@ -240,13 +233,15 @@ TEST_F(StackCount, OfAFileCutAtEveryLengthIsWhatWasFoundBefore) {
   }
 }
 
-TEST_F(StackCount, OfAFileThatCanNotBeOpenedIsMinusOne) {
+TEST_F(StackCount, OfAFileThatCannotBeOpenedIsMinusOne) {
   EXPECT_EQ(countIn(file()), Result(-1, "lsb0\n"));
   EXPECT_EQ(countIn(""), Result(-1, "lsb0\n"));
   EXPECT_EQ(countIn(testing::TempDir()), Result(-1, "lsb0\n"));  // a directory
 }
 
-TEST_F(StackCount, OfRandomBytesIsAsDefined) {
+class StackCountMatchesReference : public StackCount {};
+
+TEST_F(StackCountMatchesReference, ForRandomBytes) {
   Random random(331);
   for (int round = 0; round < 4000; ++round) {
     const Tiff tiff{round % 2 == 0};
@@ -279,3 +274,4 @@ TEST_F(StackCount, OfRandomBytesIsAsDefined) {
 }
 
 }  // namespace
+}  // namespace orva::test

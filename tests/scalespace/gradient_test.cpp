@@ -4,55 +4,45 @@
 #include <limits>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomSigma;
-using orva_test::sameImage;
-using orva_test::Shape;
-namespace scalespace = orva::scalespace;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 template <class T>
-class GradientImage : public testing::Test {};
-TYPED_TEST_SUITE(GradientImage, orva_test::PixelTypes);
+class GradientMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(GradientMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(GradientImage, OfOneImageMatchesItsDefinition) {
+TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForOneImage) {
   Random random(31);
-  for (int nx = 1; nx <= 130; ++nx) {
-    const auto img = randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+  forEveryWidth([&](int nx) {
+    const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.5F);
     const float ratio = nx % 3 == 0 ? 0.0F : randomSigma(random, 0.5F, 3.0F);
     EXPECT_TRUE(
         sameImage(scalespace::gradient(img, sigma, ratio), reference::gradient(img, sigma, ratio)))
-        << "width " << nx << " ratio " << ratio;
-  }
+        << "ratio " << ratio;
+  });
 }
 
-TYPED_TEST(GradientImage, LaplacianMatchesItsDefinition) {
+TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForTheLaplacian) {
   Random random(32);
-  for (int nx = 1; nx <= 130; ++nx) {
-    const auto img = randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+  forEveryWidth([&](int nx) {
+    const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.5F);
-    EXPECT_TRUE(sameImage(scalespace::laplacian(img, sigma), reference::laplacian(img, sigma)))
-        << "width " << nx;
-  }
+    EXPECT_TRUE(sameImage(scalespace::laplacian(img, sigma), reference::laplacian(img, sigma)));
+  });
 }
 
-TYPED_TEST(GradientImage, PixelwiseFormsMatchTheirDefinitions) {
+TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForPixelwiseForms) {
   Random random(33);
-  for (int nx = 1; nx <= 130; ++nx) {
-    const Shape shape = orva_test::shapeOfWidth(random, nx);
+  forEveryWidth([&](int nx) {
+    const Shape shape = shapeOfWidth(random, nx);
     const auto a = randomImage<TypeParam>(random, shape);
     const auto b = randomImage<TypeParam>(random, shape);
     const auto c = randomImage<float>(random, shape);
@@ -61,7 +51,7 @@ TYPED_TEST(GradientImage, PixelwiseFormsMatchTheirDefinitions) {
     EXPECT_TRUE(sameImage(scalespace::direction(c, b), reference::direction(c, b)));
     EXPECT_TRUE(sameImage(scalespace::angle(c, a), reference::angle(c, a)));
     EXPECT_TRUE(sameImage(scalespace::angleInRadian(a, c), reference::angleInRadian(a, c)));
-  }
+  });
 }
 
 TEST(GradientOfOneImage, OfASingleFrameDoesNotUseTheRatio) {
@@ -72,7 +62,7 @@ TEST(GradientOfOneImage, OfASingleFrameDoesNotUseTheRatio) {
     EXPECT_TRUE(sameImage(scalespace::gradient(img, 1.5F, ratio), expected)) << ratio;
 }
 
-TEST(GradientOfOneImage, OfAStackDividesTheScaleOfAllAxesOfTheFrameTermIsIntended) {
+TEST(GradientOfOneImage, DividingAllAxesOfTheFrameTermIsIntended) {
   Random random(35);
   const auto img = randomImage<float>(random, {8, 7, 5});
   const auto gx = scalespace::gaussian(img, 2.0F, 1, 0, 0);
@@ -94,7 +84,7 @@ TEST(GradientOfOneImage, KeepsTheFiveSizes) {
 TEST(GradientOfOneImage, DoesNotChangeWhenTheImageIsNegated) {
   Random random(36);
   const auto img = randomImage<float>(random, {17, 11, 3});
-  EXPECT_TRUE(sameImage(scalespace::gradient(orva_test::scaled(img, -1.0F), 1.2F, 2.0F),
+  EXPECT_TRUE(sameImage(scalespace::gradient(scaled(img, -1.0F), 1.2F, 2.0F),
                         scalespace::gradient(img, 1.2F, 2.0F)));
 }
 
@@ -194,8 +184,9 @@ TEST(Laplacian, OfASingleFrameHasNoFrameTerm) {
 TEST(Laplacian, ChangesItsSignWithTheImage) {
   Random random(39);
   const auto img = randomImage<float>(random, {13, 8, 4});
-  EXPECT_TRUE(orva_test::sameValues(scalespace::laplacian(orva_test::scaled(img, -1.0F), 1.5F),
-                                    orva_test::scaled(scalespace::laplacian(img, 1.5F), -1.0F)));
+  EXPECT_TRUE(sameValues(scalespace::laplacian(scaled(img, -1.0F), 1.5F),
+                         scaled(scalespace::laplacian(img, 1.5F), -1.0F)));
 }
 
 }  // namespace
+}  // namespace orva::test

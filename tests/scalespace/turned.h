@@ -1,5 +1,5 @@
-// What the symmetry tests of filters share: images with one term to each sum, and the error of
-// sums.
+// Shared by the symmetry tests of filters: images in which every sum has a single term, and the
+// error bound of sums.
 #ifndef ORVA_TESTS_SCALESPACE_TURNED_H
 #define ORVA_TESTS_SCALESPACE_TURNED_H
 
@@ -10,22 +10,22 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 
-namespace orva_test {
+namespace orva::test {
 
 inline constexpr int kRadius = 4;  // of the kernel for a sigma of 1
 
-// Two bright pixels with no row, column or line of frames in common once they are spread by
-// kRadius, which stay off the border then.
-inline orva::image<float> brightPixels(bool stack) {
-  orva::image<float> img = blank<float>({40, 44, stack ? 18 : 1});
+// Two bright pixels that share no row, column or line of frames even when spread by kRadius, and
+// that do not reach the border then.
+inline image<float> brightPixels(bool stack) {
+  image<float> img = blank<float>({40, 44, stack ? 18 : 1});
   img.setPixel(9, 10, stack ? 8 : 0, 64.0F);
   img.setPixel(28, 31, stack ? 9 : 0, -0.5F);
   return img;
 }
 
-// The error that a filter of these orders, with any of the sigmas for each axis, can have for
-// pixels of up to `largest`, and twice over as two results are compared. The ends of a smoothed
-// line are divided by no less than a third.
+// Twice the error bound of a filter of these orders, with any of the sigmas on each axis, for
+// pixels of up to `largest`: two results are compared. The ends of a smoothed line are divided by
+// at least a third.
 inline float errorOf(const reference::Orders& orders, bool stack, float largest,
                      const std::vector<float>& sigmas = {1.0F}) {
   float size = largest;
@@ -47,8 +47,7 @@ inline float errorOf(const reference::Orders& orders, bool stack, float largest,
   return 2.0F * static_cast<float>(terms) * std::ldexp(size, -24);
 }
 
-inline ::testing::AssertionResult near(const orva::image<float>& a, const orva::image<float>& b,
-                                       float error) {
+inline ::testing::AssertionResult near(const image<float>& a, const image<float>& b, float error) {
   if (a.npix() != b.npix()) return ::testing::AssertionFailure() << "sizes differ";
   for (int i = 0; i < a.npix(); ++i) {
     if (!(std::abs(a.pixels()[i] - b.pixels()[i]) <= error)) {
@@ -59,6 +58,6 @@ inline ::testing::AssertionResult near(const orva::image<float>& a, const orva::
   return ::testing::AssertionSuccess();
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

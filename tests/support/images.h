@@ -14,9 +14,11 @@
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
-using Rgb = orva::GenericRgb<unsigned char>;
+using Rgb = GenericRgb<unsigned char>;
+using Mask = image<unsigned char>;
+using Labels = image<short>;
 
 // The pixel types of the library, for TYPED_TEST_SUITE.
 using PixelTypes = ::testing::Types<unsigned char, short, int, unsigned int, float, Rgb>;
@@ -30,14 +32,14 @@ struct Shape {
 };
 
 template <class T>
-orva::image<T> blank(const Shape& s) {
-  return orva::image<T>(s.nx, s.ny, s.nz, s.nc, s.nt);
+image<T> blank(const Shape& s) {
+  return image<T>(s.nx, s.ny, s.nz, s.nc, s.nt);
 }
 
 // An image with the given pixels in linear order.
 template <class T>
-orva::image<T> imageOf(const Shape& shape, const std::vector<T>& pixels) {
-  orva::image<T> img = blank<T>(shape);
+image<T> imageOf(const Shape& shape, const std::vector<T>& pixels) {
+  image<T> img = blank<T>(shape);
   EXPECT_EQ(static_cast<std::size_t>(img.npix()), pixels.size());
   std::copy_n(pixels.begin(),
               std::min<std::size_t>(pixels.size(), static_cast<std::size_t>(img.npix())),
@@ -46,7 +48,7 @@ orva::image<T> imageOf(const Shape& shape, const std::vector<T>& pixels) {
 }
 
 template <class T>
-std::vector<T> pixelsOf(const orva::image<T>& img) {
+std::vector<T> pixelsOf(const image<T>& img) {
   return std::vector<T>(img.pixels(), img.pixels() + img.npix());
 }
 
@@ -57,8 +59,13 @@ inline int randomInt(Random& random, int low, int high) {
   return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-// Every pixel random over values that stress the type: whole numbers small and large, both signs
-// where the type has them, fractions for float.
+// A scale of a Gaussian.
+inline float randomSigma(Random& random, float low = 0.3F, float high = 4.0F) {
+  return std::uniform_real_distribution<float>(low, high)(random);
+}
+
+// A random value over the range of the type: small and large integers, of both signs where the type
+// has them, fractions for float.
 template <class T>
 T randomPixel(Random& random) {
   if constexpr (std::is_same_v<T, unsigned char>) {
@@ -80,24 +87,24 @@ T randomPixel(Random& random) {
 }
 
 template <class T>
-orva::image<T> randomImage(Random& random, const Shape& shape) {
-  orva::image<T> img = blank<T>(shape);
+image<T> randomImage(Random& random, const Shape& shape) {
+  image<T> img = blank<T>(shape);
   std::generate_n(img.pixels(), img.npix(), [&random] { return randomPixel<T>(random); });
   return img;
 }
 
 // A mask of 0 and 255 in which about `share` of the pixels are 255.
-inline orva::image<unsigned char> randomMask(Random& random, const Shape& shape, double share) {
-  orva::image<unsigned char> mask = blank<unsigned char>(shape);
+inline image<unsigned char> randomMask(Random& random, const Shape& shape, double share) {
+  image<unsigned char> mask = blank<unsigned char>(shape);
   std::bernoulli_distribution object(share);
   std::generate_n(mask.pixels(), mask.npix(),
                   [&] { return static_cast<unsigned char>(object(random) ? 255 : 0); });
   return mask;
 }
 
-// Same type, five sizes and bytes.
-inline ::testing::AssertionResult sameImage(const orva::Image& a, const orva::Image& b) {
-  const auto sizes = [](const orva::Image& i) {
+// The same type, sizes and bytes.
+inline ::testing::AssertionResult sameImage(const Image& a, const Image& b) {
+  const auto sizes = [](const Image& i) {
     return std::vector<int>{i.nx(), i.ny(), i.nz(), i.nc(), i.nt()};
   };
   if (a.format() != b.format()) return ::testing::AssertionFailure() << "formats differ";
@@ -117,6 +124,19 @@ inline ::testing::AssertionResult sameImage(const orva::Image& a, const orva::Im
          << ::testing::PrintToString(b.pixel(i));
 }
 
-}  // namespace orva_test
+// As sameImage, but any NaN equals any other and 0 equals -0.
+inline ::testing::AssertionResult sameValues(const image<float>& a, const image<float>& b) {
+  if (a.npix() != b.npix()) return ::testing::AssertionFailure() << "pixel counts differ";
+  for (int i = 0; i < a.npix(); ++i) {
+    const float x = a.pixels()[i];
+    const float y = b.pixels()[i];
+    const bool bothNaN = x != x && y != y;
+    if (!(x == y) && !bothNaN)
+      return ::testing::AssertionFailure() << "pixel " << i << " is " << x << " and " << y;
+  }
+  return ::testing::AssertionSuccess();
+}
+
+}  // namespace orva::test
 
 #endif

@@ -1,19 +1,19 @@
-// An image of a class that is not the library's own.
+// An image class other than image<T>.
 #ifndef ORVA_TESTS_SUPPORT_NEGATIVE_IMAGE_H
 #define ORVA_TESTS_SUPPORT_NEGATIVE_IMAGE_H
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
-// Shows other values than it stores.
-class NegativeImage : public orva::image<short> {
+// pixel() returns the negative of the stored value.
+class NegativeImage : public image<short> {
  public:
-  explicit NegativeImage(const orva::image<short>& img) : orva::image<short>(img) {}
-  using orva::image<short>::pixel;
-  float pixel(int index) const override { return -orva::image<short>::pixel(index); }
+  explicit NegativeImage(const image<short>& img) : image<short>(img) {}
+  using image<short>::pixel;
+  float pixel(int index) const override { return -image<short>::pixel(index); }
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -1,4 +1,4 @@
-// Whether the address sanitizer watches: it answers an allocation that fails itself.
+// Whether the address sanitizer is active: it handles failed allocations itself.
 #ifndef ORVA_TESTS_SUPPORT_SANITIZER_H
 #define ORVA_TESTS_SUPPORT_SANITIZER_H
 
@@ -10,7 +10,7 @@
 #define ORVA_ADDRESS_SANITIZER
 #endif
 
-namespace orva_test {
+namespace orva::test {
 
 #if defined(ORVA_ADDRESS_SANITIZER)
 inline constexpr bool addressSanitizer = true;
@@ -18,6 +18,6 @@ inline constexpr bool addressSanitizer = true;
 inline constexpr bool addressSanitizer = false;
 #endif
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

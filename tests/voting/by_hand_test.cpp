@@ -14,7 +14,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
 using voting::Cone2D;
 using voting::ConePlane2D;
 using voting::VPoint2D;

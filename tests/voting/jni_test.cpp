@@ -17,11 +17,8 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
+namespace orva::test {
 namespace {
-
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::Shape;
 
 // An int array of the fake Java machine.
 struct Array : _jintArray {
@@ -86,7 +83,7 @@ class JavaEntry : public testing::Test {
     env_.functions = &table_;
   }
 
-  // What a call returns to Java.
+  // The array that a call returns to Java.
   std::vector<jint> call(const std::vector<jint>& pixels, const Arguments& a) {
     Array array;
     array.values = pixels;
@@ -106,7 +103,7 @@ class JavaEntry : public testing::Test {
   JNIEnv env_ = {};
 };
 
-// Bright discs with grey levels and sizes of their own, on a ground that is not even.
+// Bright discs with grey levels and sizes of their own, on a background that is not even.
 std::vector<jint> discs(const Arguments& a, int count, unsigned seed) {
   Random random(seed);
   std::vector<jint> pixels(static_cast<std::size_t>(a.height) * static_cast<std::size_t>(a.width));
@@ -128,12 +125,12 @@ std::vector<jint> discs(const Arguments& a, int count, unsigned seed) {
 
 // The same by the reference implementations.
 std::vector<jint> expected(const std::vector<jint>& pixels, const Arguments& a) {
-  orva::image<unsigned char> img(a.width, a.height, 1, 1, 1);
+  image<unsigned char> img(a.width, a.height, 1, 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
     img.pixels()[i] = static_cast<unsigned char>(pixels[static_cast<std::size_t>(i)] % 256);
   }
   const auto sigma = static_cast<float>(a.scale);
-  const std::vector<float> slopes = orva_test::pixelsOf(reference::gradient(img, sigma, 1.0F));
+  const std::vector<float> slopes = pixelsOf(reference::gradient(img, sigma, 1.0F));
   const double strongest = *std::max_element(slopes.begin(), slopes.end());
   // Bright, not weighted, without an edge mask, absolute votes.
   const reference::VotingParams params = {.maxRadius = a.maxRadius,
@@ -153,7 +150,9 @@ std::vector<jint> expected(const std::vector<jint>& pixels, const Arguments& a) 
   return triples;
 }
 
-TEST_F(JavaEntry, MatchesReference) {
+class JavaEntryMatchesReference : public JavaEntry {};
+
+TEST_F(JavaEntryMatchesReference, ForRandomArguments) {
   Random random(2);
   int centers = 0;
   for (unsigned round = 0; round < 60; ++round) {
@@ -278,7 +277,7 @@ std::size_t inUse() {
 }
 
 TEST_F(JavaEntry, KeepsTwoImagesOfEveryCallAsIntended) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
   const Arguments a = {.height = 1000, .width = 1500, .maxRadius = 1};
   const std::vector<jint> black(1'500'000);
   call(black, a);
@@ -294,16 +293,15 @@ TEST_F(JavaEntry, KeepsTwoImagesOfEveryCallAsIntended) {
 std::size_t bytesOfImage(std::size_t pixels) {
   constexpr std::size_t kAlignment = 64;
   constexpr std::size_t kHeap = 8 + 15;
-  return sizeof(orva::image<unsigned char>) + sizeof(orva::ArrayData) + pixels + 2 * kAlignment +
-         3 * kHeap;
+  return sizeof(image<unsigned char>) + sizeof(ArrayData) + pixels + 2 * kAlignment + 3 * kHeap;
 }
 
 TEST_F(JavaEntry, KeepsNoMoreThanTheTwoImagesOf2000Calls) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
   std::vector<std::vector<jint>> first;
   std::size_t before = 0;
-  std::size_t least = 0;
-  std::size_t most = 0;
+  std::size_t minKept = 0;
+  std::size_t maxKept = 0;
   for (int i = -100; i < 2000; ++i) {  // the C library keeps some for later in the first calls
     if (i == 0) before = inUse();
     const int k = (i + 100) % 20;
@@ -317,12 +315,13 @@ TEST_F(JavaEntry, KeepsNoMoreThanTheTwoImagesOf2000Calls) {
     }
     if (i < 0) continue;
     const auto pixels = static_cast<std::size_t>(a.height * a.width);
-    least += 2 * pixels;
-    most += 2 * bytesOfImage(pixels);
+    minKept += 2 * pixels;
+    maxKept += 2 * bytesOfImage(pixels);
   }
   const std::size_t kept = inUse() - before;
-  EXPECT_GE(kept, least);
-  EXPECT_LE(kept, most);
+  EXPECT_GE(kept, minKept);
+  EXPECT_LE(kept, maxKept);
 }
 
 }  // namespace
+}  // namespace orva::test

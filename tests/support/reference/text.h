@@ -6,19 +6,19 @@
 #include <string>
 #include <vector>
 
-namespace reference {
+namespace orva::reference {
 
-// One character at a time.
+// Character by character.
 std::vector<std::string> wordsOf(const std::string& line, const std::string& delimiters);
 
-// A line that does not fit a buffer of 1024 characters, of which the last is a zero, ends the file.
-// What stands behind a zero in a line is not seen.
+// A line that does not fit a buffer of 1024 characters, the terminating zero included, ends the
+// file. A zero within a line ends the line.
 std::vector<std::vector<std::string>> linesOf(const std::string& content,
                                               const std::string& delimiters);
 
 // The keys and values of a configuration file.
 std::map<std::string, std::string> tableOf(const std::string& content);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif
