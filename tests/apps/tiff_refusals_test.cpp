@@ -1,6 +1,7 @@
 // TIFF files with planes, channels or samples that are not read are refused by every subcommand.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ using Arguments = std::vector<std::string>;
 constexpr std::uint16_t kUnspecified = EXTRASAMPLE_UNSPECIFIED;
 constexpr std::uint16_t kPremultiplied = EXTRASAMPLE_ASSOCALPHA;
 constexpr std::uint16_t kAlpha = EXTRASAMPLE_UNASSALPHA;
+
+constexpr std::array<std::uint16_t, 2> kPlanars{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE};
+constexpr std::array<std::uint16_t, 2> kBits{8, 16};
+constexpr std::array<std::uint16_t, 2> kGreyAndRgb{PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_RGB};
 
 // Grey discs whose pixels have so many samples, the first of which is the grey.
 Picture withSamples(int samples) {
@@ -64,8 +69,8 @@ TEST(TiffRefusals, SamplesThatAreNoAlphaAreRefused) {
       {6, rgb, {}},
   };
   for (const Case& c : cases) {
-    for (const std::uint16_t planar : {PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE}) {
-      for (const std::uint16_t bits : {8, 16}) {
+    for (const std::uint16_t planar : kPlanars) {
+      for (const std::uint16_t bits : kBits) {
         SCOPED_TRACE(std::to_string(c.samples) + " samples, " + std::to_string(c.extra.size()) +
                      " of them described, photometric " + std::to_string(c.photometric) +
                      ", planes " + std::to_string(planar));
@@ -95,7 +100,7 @@ TEST(TiffRefusals, AlphaIsLeftOut) {
   TiffFile(box / "grey.tif").page(twoDiscs());
   const std::string expected = box.run({"vote", "--max-radius", "10", "grey.tif"}).out;
   for (const std::uint16_t alpha : {kAlpha, kPremultiplied}) {
-    for (const std::uint16_t planar : {PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE}) {
+    for (const std::uint16_t planar : kPlanars) {
       TiffFile(box / "a.tif").page(withSamples(2), {.planar = planar, .extraSamples = {alpha}});
       const Outcome outcome = box.run({"vote", "--max-radius", "10", "a.tif"});
       EXPECT_TRUE(succeeded(outcome));
@@ -215,7 +220,7 @@ TEST(TiffRefusals, UnreadSampleTypesAreNamed) {
       {32, SAMPLEFORMAT_COMPLEXINT, "is a TIFF file of complex numbers, which is not read"},
   };
   for (const Case& c : cases) {
-    for (const std::uint16_t photometric : {PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_RGB}) {
+    for (const std::uint16_t photometric : kGreyAndRgb) {
       SCOPED_TRACE(c.words);
       const Sandbox box;
       const bool isRgb = photometric == PHOTOMETRIC_RGB;
