@@ -14,6 +14,7 @@ namespace orva_benchmark {
 namespace {
 
 namespace bip = orva::bip;
+namespace reference = orva::reference;
 using orva::Image;
 
 constexpr int kSide = 2048;

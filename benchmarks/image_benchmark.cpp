@@ -9,6 +9,7 @@
 namespace orva_benchmark {
 namespace {
 
+namespace reference = orva::reference;
 using orva::Image;
 using orva::Point3D;
 using Colour = orva::image<orva::GenericRgb<unsigned char>>;

@@ -10,6 +10,7 @@ namespace orva_benchmark {
 namespace {
 
 namespace io = orva::image_io;
+namespace reference = orva::reference;
 using orva::Image;
 
 constexpr int kSide = 2048;

@@ -12,6 +12,7 @@ namespace orva_benchmark {
 namespace {
 
 namespace im = orva::image_math;
+namespace reference = orva::reference;
 using orva::Image;
 
 template <class MakeImage>

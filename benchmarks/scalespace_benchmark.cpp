@@ -9,6 +9,7 @@
 namespace orva_benchmark {
 namespace {
 
+namespace reference = orva::reference;
 namespace scale = orva::scalespace;
 using orva::Image;
 using reference::Orders;

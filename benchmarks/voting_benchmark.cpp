@@ -9,6 +9,7 @@
 namespace orva_benchmark {
 namespace {
 
+namespace reference = orva::reference;
 using orva::voting::CircularVoting;
 
 constexpr float kGradient = 2.0F;

@@ -22,6 +22,7 @@ namespace orva_benchmark {
 namespace {
 
 namespace bip = orva::bip;
+namespace reference = orva::reference;
 namespace scale = orva::scalespace;
 using reference::Orders;
 

@@ -10,10 +10,8 @@
 #include "tests/apps/tables.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // A summary whose last field is "S" where it is seconds with three decimals.
 std::string withoutTimes(const std::string& summary) {
@@ -251,4 +249,4 @@ TEST(Batch, QuietStillReportsFailures) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -8,7 +8,7 @@
 #include "tests/apps/tables.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 using nlohmann::json;
@@ -47,7 +47,7 @@ TEST(CentersTable, AFileHoldsWhatStandardOutputWould) {
 }
 
 TEST(CentersTable, JsonCarriesTheDefaultSettings) {
-  const orva::image<unsigned char> img = imageOf<unsigned char>(twoDiscs());
+  const image<unsigned char> img = imageOf<unsigned char>(twoDiscs());
   const Sandbox box;
   box.write("discs.pgm", pgm(twoDiscs()));
   const Outcome outcome = box.run({"vote", "--format", "json", "discs.pgm"});
@@ -136,4 +136,4 @@ TEST(CentersTable, JsonStaysSoundForEveryFileName) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

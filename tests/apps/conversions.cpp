@@ -4,7 +4,7 @@
 #include <cmath>
 #include <random>
 
-namespace orva_test {
+namespace orva::test {
 
 const std::vector<std::string> kInputs{".pgm", ".ppm", ".png", ".tif", ".iht", ".uif"};
 const std::vector<std::string> kOutputs{".pgm", ".ppm", ".png", ".tif", ".iht", ".uif", ".ics"};
@@ -16,7 +16,7 @@ bool allWholeUpTo(const Content& c, double most) {
                      [most](double v) { return v >= 0 && v <= most && v == std::floor(v); });
 }
 
-Content retyped(Content c, orva::ImageFormat type) {
+Content retyped(Content c, ImageFormat type) {
   c.type = type;
   return c;
 }
@@ -27,8 +27,7 @@ bool isFlat(const std::string& extension) {
 
 }  // namespace
 
-Content randomContent(orva::ImageFormat type, const Sizes& s, double low, double high,
-                      unsigned seed) {
+Content randomContent(ImageFormat type, const Sizes& s, double low, double high, unsigned seed) {
   std::mt19937 random(seed);
   std::uniform_real_distribution<double> number(low, high);
   Content content{type, s.width, s.height, s.planes, {}};
@@ -40,33 +39,33 @@ Content randomContent(orva::ImageFormat type, const Sizes& s, double low, double
 }
 
 Content luminance(const Content& colour) {
-  Content grey{orva::FLOAT, colour.width, colour.height, colour.planes, {}};
+  Content grey{FLOAT, colour.width, colour.height, colour.planes, {}};
   for (std::size_t i = 0; i < colour.values.size(); i += 3) {
     // The library weighs the first component as blue.
-    grey.values.push_back(orva::luminance(
-        orva::GenericRgb<double>{colour.values[i + 2], colour.values[i + 1], colour.values[i]}));
+    grey.values.push_back(luminance(
+        GenericRgb<double>{colour.values[i + 2], colour.values[i + 1], colour.values[i]}));
   }
   return grey;
 }
 
 std::optional<Content> asBytes(const Content& c) {
-  if (c.type == orva::RGB) {
-    Content grey = retyped(luminance(c), orva::BYTE);
+  if (c.type == RGB) {
+    Content grey = retyped(luminance(c), BYTE);
     for (double& v : grey.values) v = std::round(v);
     return grey;
   }
-  return allWholeUpTo(c, 255) ? std::optional(retyped(c, orva::BYTE)) : std::nullopt;
+  return allWholeUpTo(c, 255) ? std::optional(retyped(c, BYTE)) : std::nullopt;
 }
 
 Content asColour(const Content& bytes) {
-  Content colour{orva::RGB, bytes.width, bytes.height, bytes.planes, {}};
+  Content colour{RGB, bytes.width, bytes.height, bytes.planes, {}};
   for (const double v : bytes.values) colour.values.insert(colour.values.end(), 3, v);
   return colour;
 }
 
 std::optional<Content> expectedIn(const std::string& extension, const Content& c) {
   if (isFlat(extension) && c.planes > 1) return std::nullopt;
-  const bool isColour = c.type == orva::RGB;
+  const bool isColour = c.type == RGB;
   if (extension == ".pgm" || extension == ".uif") return asBytes(c);
   if (isColour && extension == ".iht") return luminance(c);
   if (isColour) return c;
@@ -75,14 +74,14 @@ std::optional<Content> expectedIn(const std::string& extension, const Content& c
     return bytes ? std::optional(asColour(*bytes)) : std::nullopt;
   }
   if (extension == ".png") {
-    if (allWholeUpTo(c, 255)) return retyped(c, orva::BYTE);
-    return allWholeUpTo(c, 65535) ? std::optional(retyped(c, orva::USHORT)) : std::nullopt;
+    if (allWholeUpTo(c, 255)) return retyped(c, BYTE);
+    return allWholeUpTo(c, 65535) ? std::optional(retyped(c, USHORT)) : std::nullopt;
   }
-  if (extension == ".iht" && c.type == orva::UINT) {
-    return allWholeUpTo(c, 2147483647.0) ? std::optional(retyped(c, orva::INT)) : std::nullopt;
+  if (extension == ".iht" && c.type == UINT) {
+    return allWholeUpTo(c, 2147483647.0) ? std::optional(retyped(c, INT)) : std::nullopt;
   }
   // The library has no pixels of 16 bits without sign.
-  return c.type == orva::USHORT ? retyped(c, orva::INT) : c;
+  return c.type == USHORT ? retyped(c, INT) : c;
 }
 
 std::string reasonOf(const std::string& extension, const Content& c) {
@@ -103,4 +102,4 @@ Outcome Conversion::convert(const std::string& in, const std::string& out,
   return box.run(arguments);
 }
 
-}  // namespace orva_test
+}  // namespace orva::test

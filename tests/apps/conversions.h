@@ -11,7 +11,7 @@
 #include "tests/apps/image_files.h"
 #include "tests/apps/sandbox.h"
 
-namespace orva_test {
+namespace orva::test {
 
 extern const std::vector<std::string> kInputs;   // extensions of what is read
 extern const std::vector<std::string> kOutputs;  // and of what is written
@@ -23,8 +23,7 @@ struct Sizes {
 };
 
 // Random whole numbers from low to high, both of which occur where there is room.
-Content randomContent(orva::ImageFormat type, const Sizes& s, double low, double high,
-                      unsigned seed);
+Content randomContent(ImageFormat type, const Sizes& s, double low, double high, unsigned seed);
 
 // The brightness of the pixels as floats.
 Content luminance(const Content& colour);
@@ -47,6 +46,6 @@ class Conversion : public ::testing::Test {
   Sandbox box;
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -4,13 +4,13 @@
 #include "tests/apps/conversions.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 using ConvertCommand = Conversion;
 
 TEST_F(ConvertCommand, AFrameIsWrittenAlone) {
-  const Content c = randomContent(orva::BYTE, {6, 3, 4}, 0, 255, 5);
+  const Content c = randomContent(BYTE, {6, 3, 4}, 0, 255, 5);
   for (const std::string from : {".tif", ".iht", ".uif"}) {
     writeContent(box / ("in" + from), c);
     for (const std::string& to : kOutputs) {
@@ -30,9 +30,9 @@ TEST_F(ConvertCommand, AFrameIsWrittenAlone) {
 }
 
 TEST_F(ConvertCommand, AFlatFormatHasFrameZeroOnly) {
-  writeContent(box / "in.pgm", randomContent(orva::BYTE, {6, 3, 1}, 0, 255, 5));
-  writeContent(box / "in.ppm", randomContent(orva::RGB, {6, 3, 1}, 0, 255, 5));
-  writeContent(box / "in.png", randomContent(orva::USHORT, {6, 3, 1}, 0, 65535, 5));
+  writeContent(box / "in.pgm", randomContent(BYTE, {6, 3, 1}, 0, 255, 5));
+  writeContent(box / "in.ppm", randomContent(RGB, {6, 3, 1}, 0, 255, 5));
+  writeContent(box / "in.png", randomContent(USHORT, {6, 3, 1}, 0, 65535, 5));
   for (const std::string from : {"in.pgm", "in.ppm", "in.png"}) {
     EXPECT_TRUE(
         failedWithOneLine(convert(from, "out.tif", {"--frame", "1"}), from, "there is no frame 1"));
@@ -44,26 +44,26 @@ TEST_F(ConvertCommand, AFlatFormatHasFrameZeroOnly) {
 
 // The darkest and the brightest pixel of all planes.
 TEST_F(ConvertCommand, AStackIsStretchedAsAWhole) {
-  writeContent(box / "in.iht", {orva::SHORT, 2, 1, 3, {-100, 0, 155, 20, -50, 100}});
-  const Content expected{orva::BYTE, 2, 1, 3, {0, 100, 255, 120, 50, 200}};
+  writeContent(box / "in.iht", {SHORT, 2, 1, 3, {-100, 0, 155, 20, -50, 100}});
+  const Content expected{BYTE, 2, 1, 3, {0, 100, 255, 120, 50, 200}};
   for (const std::string to : {".tif", ".iht", ".uif", ".ics"}) {
     SCOPED_TRACE(to);
     EXPECT_TRUE(succeeded(convert("in.iht", "out" + to, {"--stretch"})));
     EXPECT_EQ(readContent(box / ("out" + to)), expected);
   }
   EXPECT_TRUE(succeeded(convert("in.iht", "out.pgm", {"--stretch", "--frame", "0"})));
-  EXPECT_EQ(readContent(box / "out.pgm"), (Content{orva::BYTE, 2, 1, 1, {0, 255}}));
+  EXPECT_EQ(readContent(box / "out.pgm"), (Content{BYTE, 2, 1, 1, {0, 255}}));
 }
 
 // 255 keeps its place and is no range of its own.
 TEST_F(ConvertCommand, StretchingChangesBytesToo) {
-  writeContent(box / "in.pgm", {orva::BYTE, 3, 1, 1, {10, 20, 61}});
+  writeContent(box / "in.pgm", {BYTE, 3, 1, 1, {10, 20, 61}});
   EXPECT_TRUE(succeeded(convert("in.pgm", "out.pgm", {"--stretch"})));
   EXPECT_EQ(readContent(box / "out.pgm").values, (std::vector<double>{0, 50, 255}));
 }
 
 TEST_F(ConvertCommand, ColourStaysWhereTheFormatHasItAndItsLuminanceIsStretchedElsewhere) {
-  const Content c{orva::RGB, 3, 1, 1, {10, 20, 30, 200, 100, 50, 90, 90, 90}};
+  const Content c{RGB, 3, 1, 1, {10, 20, 30, 200, 100, 50, 90, 90, 90}};
   writeContent(box / "in.ppm", c);
   for (const std::string to : {".ppm", ".png", ".tif", ".ics"}) {
     SCOPED_TRACE(to);
@@ -76,7 +76,7 @@ TEST_F(ConvertCommand, ColourStaysWhereTheFormatHasItAndItsLuminanceIsStretchedE
     SCOPED_TRACE(to);
     EXPECT_TRUE(succeeded(convert("in.ppm", "out" + to, {"--stretch"})));
     EXPECT_EQ(readContent(box / ("out" + to)),
-              (Content{orva::BYTE, 3, 1, 1, {0, 255, 182}}));  // 71 * 255 / 99
+              (Content{BYTE, 3, 1, 1, {0, 255, 182}}));  // 71 * 255 / 99
   }
 }
 
@@ -85,7 +85,7 @@ TEST_F(ConvertCommand, PixelsThatAreNoNumbersFitFloatFormatsOnly) {
   const double inf = std::numeric_limits<double>::infinity();
   for (const double bad : {nan, inf, -inf}) {
     SCOPED_TRACE(bad);
-    const Content c{orva::FLOAT, 3, 1, 1, {1, bad, 2}};
+    const Content c{FLOAT, 3, 1, 1, {1, bad, 2}};
     writeContent(box / "in.iht", c);
     for (const std::string to : {".pgm", ".ppm", ".png", ".uif"}) {
       EXPECT_TRUE(failedWithOneLine(convert("in.iht", "out" + to), "in.iht", reasonOf(to, c)));
@@ -104,8 +104,7 @@ TEST_F(ConvertCommand, OtherTiffPixelsComeInTheNextWiderType) {
   const Picture picture{3, 2, 1, {0, 1, 2, 100, 127, 3}};
   TiffFile(box / "signed.tif").page(scaled(picture, -1), {.format = SAMPLEFORMAT_INT});
   EXPECT_TRUE(succeeded(convert("signed.tif", "out.iht")));
-  EXPECT_EQ(readContent(box / "out.iht"),
-            (Content{orva::SHORT, 3, 2, 1, {0, -1, -2, -100, -127, -3}}));
+  EXPECT_EQ(readContent(box / "out.iht"), (Content{SHORT, 3, 2, 1, {0, -1, -2, -100, -127, -3}}));
   TiffFile(box / "white.tif").page(picture, {.photometric = PHOTOMETRIC_MINISWHITE});
   EXPECT_TRUE(succeeded(convert("white.tif", "out.pgm")));
   EXPECT_EQ(readContent(box / "out.pgm").values,
@@ -115,13 +114,13 @@ TEST_F(ConvertCommand, OtherTiffPixelsComeInTheNextWiderType) {
 // The largest numbers would be the smallest below 0.
 TEST_F(ConvertCommand, NumbersTooLargeForIhtFail) {
   for (const double large : {2147483648.0, 4294967295.0}) {
-    writeContent(box / "in.tif", {orva::UINT, 2, 1, 1, {1, large}});
+    writeContent(box / "in.tif", {UINT, 2, 1, 1, {1, large}});
     EXPECT_TRUE(failedWithOneLine(convert("in.tif", "out.iht"), "in.tif",
                                   "has pixels above 2147483647, too large for IHT\n"));
   }
-  writeContent(box / "in.tif", {orva::UINT, 2, 1, 1, {1, 2147483647}});
+  writeContent(box / "in.tif", {UINT, 2, 1, 1, {1, 2147483647}});
   EXPECT_TRUE(succeeded(convert("in.tif", "out.iht")));
-  EXPECT_EQ(readContent(box / "out.iht"), (Content{orva::INT, 2, 1, 1, {1, 2147483647}}));
+  EXPECT_EQ(readContent(box / "out.iht"), (Content{INT, 2, 1, 1, {1, 2147483647}}));
 }
 
 TEST_F(ConvertCommand, WideColourCanNotBeKept) {
@@ -143,7 +142,7 @@ TEST_F(ConvertCommand, WideColourBecomesLuminanceWhereThereIsNoColour) {
         static_cast<float>(0.212671 * red + 0.71516 * green + 0.072169 * blue));
   };
   const Content result = readContent(box / "out.iht");
-  EXPECT_EQ(result.type, orva::FLOAT);
+  EXPECT_EQ(result.type, FLOAT);
   ASSERT_EQ(result.values.size(), 2U);
   EXPECT_FLOAT_EQ(static_cast<float>(result.values[0]), static_cast<float>(brightness(1, 2, 300)));
   EXPECT_FLOAT_EQ(static_cast<float>(result.values[1]),
@@ -198,7 +197,7 @@ TEST_F(ConvertCommand, PagesOfOtherLayoutsAreOneStack) {
     file.page(scaled(first, -1, 255), {.photometric = PHOTOMETRIC_MINISWHITE});
   }
   EXPECT_TRUE(succeeded(convert("pages.tif", "out.uif")));
-  Content expected{orva::BYTE, 3, 2, 4, {}};
+  Content expected{BYTE, 3, 2, 4, {}};
   for (const double factor : {1, 2, 3, 1}) {
     for (const double v : first.values) expected.values.push_back(factor * v);
   }
@@ -206,7 +205,7 @@ TEST_F(ConvertCommand, PagesOfOtherLayoutsAreOneStack) {
 }
 
 TEST_F(ConvertCommand, AStackOfColourIsKeptPageByPage) {
-  const Content c = randomContent(orva::RGB, {5, 3, 3}, 0, 255, 77);
+  const Content c = randomContent(RGB, {5, 3, 3}, 0, 255, 77);
   writeContent(box / "in.tif", c);
   for (const std::string to : {".tif", ".iht", ".uif", ".ics"}) {
     SCOPED_TRACE(to);
@@ -217,7 +216,7 @@ TEST_F(ConvertCommand, AStackOfColourIsKeptPageByPage) {
 
 // Names decide what is written, in small letters or capitals; ICS names in small letters only.
 TEST_F(ConvertCommand, TheNameDecidesWhatIsWritten) {
-  writeContent(box / "in.pgm", {orva::BYTE, 3, 1, 1, {1, 2, 3}});
+  writeContent(box / "in.pgm", {BYTE, 3, 1, 1, {1, 2, 3}});
   for (const std::string extension : {"pgm", "ppm", "png", "tif", "iht", "uif"}) {
     std::string capitals = extension;
     for (char& c : capitals) c = static_cast<char>(c - 'a' + 'A');
@@ -235,7 +234,7 @@ TEST_F(ConvertCommand, TheNameDecidesWhatIsWritten) {
 }
 
 TEST_F(ConvertCommand, IcsPairsHaveTheNamesThatTheirHeadersTell) {
-  const Content c{orva::SHORT, 3, 1, 1, {-1, 2, 3}};
+  const Content c{SHORT, 3, 1, 1, {-1, 2, 3}};
   writeContent(box / "in.tif", c);
   std::filesystem::create_directory(box / "deep.er");
   for (const std::string name : {"a.ics", "a.b.ics", "deep.er/c.ics", "two..ics", "x.tif.ics"}) {
@@ -246,4 +245,4 @@ TEST_F(ConvertCommand, IcsPairsHaveTheNamesThatTheirHeadersTell) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

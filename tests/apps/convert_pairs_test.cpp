@@ -4,7 +4,7 @@
 
 #include "tests/apps/conversions.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 using ConvertPairs = Conversion;
@@ -14,38 +14,38 @@ std::vector<Content> contents() {
   std::vector<Content> result;
   unsigned seed = 1;
   for (const Sizes& s : {Sizes{1, 1, 1}, Sizes{1, 9, 1}, Sizes{13, 1, 1}}) {
-    for (const auto type : {orva::BYTE, orva::INT, orva::RGB}) {
+    for (const auto type : {BYTE, INT, RGB}) {
       result.push_back(randomContent(type, s, 0, 255, seed++));
     }
   }
   for (const Sizes& s : {Sizes{7, 5, 1}, Sizes{4, 3, 4}}) {
-    const auto add = [&](orva::ImageFormat type, double low, double high) {
+    const auto add = [&](ImageFormat type, double low, double high) {
       result.push_back(randomContent(type, s, low, high, seed++));
     };
-    add(orva::BYTE, 0, 255);
-    add(orva::USHORT, 0, 255);
-    add(orva::USHORT, 0, 256);
-    add(orva::USHORT, 0, 65535);
-    add(orva::SHORT, 0, 255);
-    add(orva::SHORT, -1, 200);
-    add(orva::SHORT, -32768, 32767);
-    add(orva::INT, 0, 255);
-    add(orva::INT, 7, 65535);
-    add(orva::INT, 7, 65536);
-    add(orva::INT, -2147483648.0, 2147483647.0);
-    add(orva::UINT, 0, 255);
-    add(orva::UINT, 0, 2147483647.0);
-    add(orva::UINT, 1, 2147483648.0);
-    add(orva::UINT, 0, 4294967295.0);
-    add(orva::FLOAT, 0, 255);
-    add(orva::FLOAT, 0, 300);
-    add(orva::FLOAT, -5, 100);
-    add(orva::FLOAT, -1000, 70000);
+    add(BYTE, 0, 255);
+    add(USHORT, 0, 255);
+    add(USHORT, 0, 256);
+    add(USHORT, 0, 65535);
+    add(SHORT, 0, 255);
+    add(SHORT, -1, 200);
+    add(SHORT, -32768, 32767);
+    add(INT, 0, 255);
+    add(INT, 7, 65535);
+    add(INT, 7, 65536);
+    add(INT, -2147483648.0, 2147483647.0);
+    add(UINT, 0, 255);
+    add(UINT, 0, 2147483647.0);
+    add(UINT, 1, 2147483648.0);
+    add(UINT, 0, 4294967295.0);
+    add(FLOAT, 0, 255);
+    add(FLOAT, 0, 300);
+    add(FLOAT, -5, 100);
+    add(FLOAT, -1000, 70000);
     result.push_back(result.back());
     for (double& v : result.back().values) v = static_cast<float>(v * 1e-7);
-    result.push_back(randomContent(orva::FLOAT, s, 3, 250, seed++));
+    result.push_back(randomContent(FLOAT, s, 3, 250, seed++));
     result.back().values.back() += 0.25;
-    add(orva::RGB, 0, 255);
+    add(RGB, 0, 255);
   }
   return result;
 }
@@ -95,12 +95,12 @@ TEST_F(ConvertPairs, ThereAndBackIsTheSame) {
       writeContent(box / ("in" + from), c);
       for (const std::string& to : kInputs) {
         const bool greyOnly = to == ".pgm" || to == ".iht" || to == ".uif";
-        if (!expectedIn(to, c) || (c.type == orva::RGB && greyOnly)) continue;
+        if (!expectedIn(to, c) || (c.type == RGB && greyOnly)) continue;
         SCOPED_TRACE(from + " to " + to);
         EXPECT_TRUE(succeeded(convert("in" + from, "there" + to)));
         EXPECT_TRUE(succeeded(convert("there" + to, "back" + from)));
         const Content back = readContent(box / ("back" + from));
-        if (to == ".ppm" && c.type != orva::RGB && (from == ".tif" || from == ".png")) {
+        if (to == ".ppm" && c.type != RGB && (from == ".tif" || from == ".png")) {
           EXPECT_EQ(back, asColour(*asBytes(c)));  // these hold the colour that PPM made of it
         } else {
           EXPECT_EQ(back.values, c.values);
@@ -116,12 +116,12 @@ TEST_F(ConvertPairs, ThereAndBackIsTheSame) {
 
 TEST_F(ConvertPairs, StretchedGreyIsThatOfTheLibraryInEveryFormat) {
   for (const Content& c : contents()) {
-    if (c.type == orva::RGB || c.planes > 1) continue;
+    if (c.type == RGB || c.planes > 1) continue;
     SCOPED_TRACE(::testing::PrintToString(c));
     const AsImage img(c);
-    const orva::image<unsigned char> bytes = orva::toByteImage(*img, true);
+    const image<unsigned char> bytes = toByteImage(*img, true);
     const Content expected{
-        orva::BYTE, c.width, c.height, 1, {bytes.pixels(), bytes.pixels() + bytes.npix()}};
+        BYTE, c.width, c.height, 1, {bytes.pixels(), bytes.pixels() + bytes.npix()}};
     writeContent(box / "in.tif", c);
     for (const std::string& to : kOutputs) {
       SCOPED_TRACE(to);
@@ -132,4 +132,4 @@ TEST_F(ConvertPairs, StretchedGreyIsThatOfTheLibraryInEveryFormat) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -5,7 +5,7 @@
 
 #include "tests/apps/conversions.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
@@ -43,17 +43,17 @@ class DamagedFiles : public Conversion {
 };
 
 TEST_F(DamagedFiles, EveryCutIhtFileFails) {
-  expectEveryCutFails("in.iht", iht(randomContent(orva::SHORT, {3, 2, 1}, 0, 300, 3)), 0,
+  expectEveryCutFails("in.iht", iht(randomContent(SHORT, {3, 2, 1}, 0, 300, 3)), 0,
                       "is a damaged IHT file: ");
 }
 
 TEST_F(DamagedFiles, EveryCutUifFileFails) {
-  expectEveryCutFails("in.uif", uif(randomContent(orva::BYTE, {4, 3, 1}, 0, 255, 3)), 0,
+  expectEveryCutFails("in.uif", uif(randomContent(BYTE, {4, 3, 1}, 0, 255, 3)), 0,
                       "is a damaged UIF file: ");
 }
 
 TEST_F(DamagedFiles, EveryCutPpmFileFails) {
-  const std::string whole = ppm(randomContent(orva::RGB, {3, 2, 1}, 0, 255, 3));
+  const std::string whole = ppm(randomContent(RGB, {3, 2, 1}, 0, 255, 3));
   expectEveryCutFails("in.ppm", whole, 2, "is a damaged PPM file: ");
   for (const std::size_t size : {0U, 1U}) {
     box.write("in.ppm", whole.substr(0, size));
@@ -71,7 +71,7 @@ TEST_F(DamagedFiles, EveryCutPgmPngAndTiffFileFails) {
   };
   box.write("old.iht", "an old result");
   for (const Case& c : {Case{"in.pgm", 2, 1}, Case{"in.png", 8, 1}, Case{"in.tif", 4, 2}}) {
-    writeContent(box / c.name, randomContent(orva::BYTE, {4, 3, c.planes}, 0, 255, 3));
+    writeContent(box / c.name, randomContent(BYTE, {4, 3, c.planes}, 0, 255, 3));
     const std::string whole = box.read(c.name);
     for (std::size_t size = 0; size < whole.size(); ++size) {
       SCOPED_TRACE(c.name + ' ' + std::to_string(size));
@@ -90,16 +90,16 @@ TEST_F(DamagedFiles, TheMessageTellsHeaderFromPixels) {
   box.write("old.tif", "an old result");
   box.write("in.iht", std::string(39, '\0'));
   expectFailure("in.iht", "is a damaged IHT file: the header is cut off\n");
-  box.write("in.iht", fieldsAnd({1, 1, 0, 0, 1, 1, orva::BYTE, 1, 1, 0}, ""));
+  box.write("in.iht", fieldsAnd({1, 1, 0, 0, 1, 1, BYTE, 1, 1, 0}, ""));
   expectFailure("in.iht", "is a damaged IHT file: pixels are missing\n");
   box.write("in.uif", std::string(19, '\0'));
   expectFailure("in.uif", "is a damaged UIF file: the header is cut off\n");
-  box.write("in.uif", fieldsAnd({1, 1, 1, 1, orva::BYTE}, ""));
+  box.write("in.uif", fieldsAnd({1, 1, 1, 1, BYTE}, ""));
   expectFailure("in.uif", "is a damaged UIF file: pixels are missing\n");
 }
 
 TEST_F(DamagedFiles, BytesBehindThePixelsAreIgnored) {
-  const Content c = randomContent(orva::BYTE, {3, 2, 2}, 0, 255, 3);
+  const Content c = randomContent(BYTE, {3, 2, 2}, 0, 255, 3);
   box.write("in.iht", iht(c) + "more");
   box.write("in.uif", uif(c) + "more");
   for (const std::string name : {"in.iht", "in.uif"}) {
@@ -108,7 +108,7 @@ TEST_F(DamagedFiles, BytesBehindThePixelsAreIgnored) {
   }
   box.write("in.ppm", "P6 1 1 255\nabcdefg");
   EXPECT_TRUE(succeeded(convert("in.ppm", "out.tif")));
-  EXPECT_EQ(readContent(box / "out.tif"), (Content{orva::RGB, 1, 1, 1, {'a', 'b', 'c'}}));
+  EXPECT_EQ(readContent(box / "out.tif"), (Content{RGB, 1, 1, 1, {'a', 'b', 'c'}}));
 }
 
 // What the sizes and the format code of the header may not be.
@@ -121,31 +121,31 @@ TEST_F(DamagedFiles, WildHeadersOfRawFilesFail) {
     const char* words;
   };
   const std::vector<Case> cases{
-      {0, 3, 1, orva::BYTE, "the image has no pixels"},
-      {3, 0, 1, orva::BYTE, "the image has no pixels"},
-      {3, 3, 0, orva::BYTE, "the image has no pixels"},
-      {-3, 3, 1, orva::BYTE, "a size is negative"},
-      {3, -3, 1, orva::BYTE, "a size is negative"},
-      {3, 3, -1, orva::BYTE, "a size is negative"},
-      {-3, -3, 1, orva::BYTE, "a size is negative"},
-      {-3, 1, -3, orva::BYTE, "a size is negative"},
-      {kLeast, kLeast, kLeast, orva::BYTE, "a size is negative"},
-      {kMost, kMost, kMost, orva::BYTE, "its sizes are too large"},
-      {kMost, kMost, 1, orva::BYTE, "its sizes are too large"},
-      {1, kMost, 2, orva::BYTE, "its sizes are too large"},
-      {65536, 65536, 1, orva::BYTE, "its sizes are too large"},
-      {65536, 65536, 65536, orva::BYTE, "its sizes are too large"},
-      {1 << 30, 1 << 30, 16, orva::BYTE, "its sizes are too large"},  // 0 in 64 bits
-      {1 << 30, 16, 1 << 30, orva::BYTE, "its sizes are too large"},
-      {65536, 32768, 1, orva::BYTE, "its sizes are too large"},
-      {32768, 32768, 2, orva::BYTE, "its sizes are too large"},
-      {kMost, 1, 1, orva::BYTE, "pixels are missing"},
-      {1, 1, kMost, orva::FLOAT, "pixels are missing"},
-      {46340, 46340, 1, orva::INT, "pixels are missing"},
-      {10, 10, 2, orva::BYTE, "pixels are missing"},
-      {3, 3, 1, orva::USHORT, "its pixel type is unknown"},
-      {3, 3, 1, orva::UINT, "its pixel type is unknown"},
-      {3, 3, 1, orva::RGB, "its pixel type is unknown"},
+      {0, 3, 1, BYTE, "the image has no pixels"},
+      {3, 0, 1, BYTE, "the image has no pixels"},
+      {3, 3, 0, BYTE, "the image has no pixels"},
+      {-3, 3, 1, BYTE, "a size is negative"},
+      {3, -3, 1, BYTE, "a size is negative"},
+      {3, 3, -1, BYTE, "a size is negative"},
+      {-3, -3, 1, BYTE, "a size is negative"},
+      {-3, 1, -3, BYTE, "a size is negative"},
+      {kLeast, kLeast, kLeast, BYTE, "a size is negative"},
+      {kMost, kMost, kMost, BYTE, "its sizes are too large"},
+      {kMost, kMost, 1, BYTE, "its sizes are too large"},
+      {1, kMost, 2, BYTE, "its sizes are too large"},
+      {65536, 65536, 1, BYTE, "its sizes are too large"},
+      {65536, 65536, 65536, BYTE, "its sizes are too large"},
+      {1 << 30, 1 << 30, 16, BYTE, "its sizes are too large"},  // 0 in 64 bits
+      {1 << 30, 16, 1 << 30, BYTE, "its sizes are too large"},
+      {65536, 32768, 1, BYTE, "its sizes are too large"},
+      {32768, 32768, 2, BYTE, "its sizes are too large"},
+      {kMost, 1, 1, BYTE, "pixels are missing"},
+      {1, 1, kMost, FLOAT, "pixels are missing"},
+      {46340, 46340, 1, INT, "pixels are missing"},
+      {10, 10, 2, BYTE, "pixels are missing"},
+      {3, 3, 1, USHORT, "its pixel type is unknown"},
+      {3, 3, 1, UINT, "its pixel type is unknown"},
+      {3, 3, 1, RGB, "its pixel type is unknown"},
       {3, 3, 1, 11, "its pixel type is unknown"},
       {3, 3, 1, -1, "its pixel type is unknown"},
       {3, 3, 1, kMost, "its pixel type is unknown"},
@@ -167,14 +167,14 @@ TEST_F(DamagedFiles, WildHeadersOfRawFilesFail) {
 
 // Of the fields that are written twice the first ones count.
 TEST_F(DamagedFiles, OtherFieldsOfAnIhtHeaderAreNotUsed) {
-  box.write("in.iht", fieldsAnd({2, 3, 9, -9, kMost, kLeast, orva::BYTE, 1, -1, 77}, "abcdef"));
+  box.write("in.iht", fieldsAnd({2, 3, 9, -9, kMost, kLeast, BYTE, 1, -1, 77}, "abcdef"));
   EXPECT_TRUE(succeeded(convert("in.iht", "out.pgm")));
   EXPECT_EQ(box.read("out.pgm"), "P5\n3 2\n255\nabcdef");
 }
 
 TEST_F(DamagedFiles, WidePixelsOfAUifFileAreRefused) {
   box.write("old.tif", "an old result");
-  for (const auto format : {orva::SHORT, orva::INT, orva::FLOAT}) {
+  for (const auto format : {SHORT, INT, FLOAT}) {
     box.write("in.uif", fieldsAnd({2, 2, 1, 1, format}, std::string(16, 'x')));
     expectFailure("in.uif", "is a UIF file of wide pixels; only 8-bit ones are read\n");
   }
@@ -207,7 +207,7 @@ TEST_F(DamagedFiles, BadHeadersOfPpmFilesFail) {
 }
 
 TEST_F(DamagedFiles, HeadersOfPpmFilesMayHoldCommentsAndAnyBlanks) {
-  const Content expected{orva::RGB, 2, 1, 1, {'a', 'b', 'c', 'd', 'e', 'f'}};
+  const Content expected{RGB, 2, 1, 1, {'a', 'b', 'c', 'd', 'e', 'f'}};
   for (const std::string header :
        {"P6 2 1 255 ", "P6\n# 3 of 4\n2 1\n255\n", "P6\n2\n#\n# 12\n1\n255\n", "P6\t2\r\n1\r255\t",
         "P6\n2 1\n9\n", "P6 02 001 255\n"}) {
@@ -256,11 +256,11 @@ TEST_F(DamagedFiles, WhatIsNoImageFails) {
 
 // Whatever byte is wrong, the command ends in order.
 TEST_F(DamagedFiles, AFlippedByteIsNeverACrash) {
-  const Content grey = randomContent(orva::BYTE, {5, 4, 2}, 0, 255, 9);
+  const Content grey = randomContent(BYTE, {5, 4, 2}, 0, 255, 9);
   const std::vector<std::pair<std::string, std::string>> files{
       {"in.iht", iht(grey)},
       {"in.uif", uif(grey)},
-      {"in.ppm", ppm(randomContent(orva::RGB, {5, 4, 1}, 0, 255, 9))}};
+      {"in.ppm", ppm(randomContent(RGB, {5, 4, 1}, 0, 255, 9))}};
   for (const auto& [name, whole] : files) {
     for (std::size_t at = 0; at < whole.size() && at < 45; ++at) {
       for (const int mask : {1, 0x80, 0xff}) {
@@ -280,4 +280,4 @@ TEST_F(DamagedFiles, AFlippedByteIsNeverACrash) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -6,13 +6,11 @@
 #include "tests/apps/pictures.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
-namespace ss = orva::scalespace;
-
-using FloatImage = orva::image<float>;
-using Filter = FloatImage (*)(const orva::Image&, float);
+using FloatImage = image<float>;
+using Filter = FloatImage (*)(const Image&, float);
 
 struct Operation {
   const char* name;
@@ -20,23 +18,23 @@ struct Operation {
 };
 
 const std::vector<Operation> kFlat{
-    {"smooth", [](const orva::Image& i, float s) { return ss::smooth(i, s, 1.0F); }},
-    {"gradient", [](const orva::Image& i, float s) { return ss::gradient(i, s, 1.0F); }},
-    {"laplacian", [](const orva::Image& i, float s) { return ss::laplacian(i, s); }},
-    {"dx", [](const orva::Image& i, float s) { return ss::dX(i, s); }},
-    {"dy", [](const orva::Image& i, float s) { return ss::dY(i, s); }},
-    {"dxx", [](const orva::Image& i, float s) { return ss::dXX(i, s); }},
-    {"dyy", [](const orva::Image& i, float s) { return ss::dYY(i, s); }},
-    {"dxxx", [](const orva::Image& i, float s) { return ss::dXXX(i, s); }},
-    {"dyyy", [](const orva::Image& i, float s) { return ss::dYYY(i, s); }},
-    {"dxy", [](const orva::Image& i, float s) { return ss::dXY(i, s); }}};
+    {"smooth", [](const Image& i, float s) { return scalespace::smooth(i, s, 1.0F); }},
+    {"gradient", [](const Image& i, float s) { return scalespace::gradient(i, s, 1.0F); }},
+    {"laplacian", [](const Image& i, float s) { return scalespace::laplacian(i, s); }},
+    {"dx", [](const Image& i, float s) { return scalespace::dX(i, s); }},
+    {"dy", [](const Image& i, float s) { return scalespace::dY(i, s); }},
+    {"dxx", [](const Image& i, float s) { return scalespace::dXX(i, s); }},
+    {"dyy", [](const Image& i, float s) { return scalespace::dYY(i, s); }},
+    {"dxxx", [](const Image& i, float s) { return scalespace::dXXX(i, s); }},
+    {"dyyy", [](const Image& i, float s) { return scalespace::dYYY(i, s); }},
+    {"dxy", [](const Image& i, float s) { return scalespace::dXY(i, s); }}};
 
 const std::vector<Operation> kDeep{
-    {"dz", [](const orva::Image& i, float s) { return ss::dZ(i, s); }},
-    {"dzz", [](const orva::Image& i, float s) { return ss::dZZ(i, s); }},
-    {"dzzz", [](const orva::Image& i, float s) { return ss::dZZZ(i, s); }},
-    {"dxz", [](const orva::Image& i, float s) { return ss::dXZ(i, s); }},
-    {"dyz", [](const orva::Image& i, float s) { return ss::dYZ(i, s); }}};
+    {"dz", [](const Image& i, float s) { return scalespace::dZ(i, s); }},
+    {"dzz", [](const Image& i, float s) { return scalespace::dZZ(i, s); }},
+    {"dzzz", [](const Image& i, float s) { return scalespace::dZZZ(i, s); }},
+    {"dxz", [](const Image& i, float s) { return scalespace::dXZ(i, s); }},
+    {"dyz", [](const Image& i, float s) { return scalespace::dYZ(i, s); }}};
 
 // The pixels as they lie in memory.
 std::string bytesOf(const FloatImage& img) {
@@ -73,7 +71,7 @@ class FilterCommand : public ::testing::Test {
       EXPECT_TRUE(succeeded(outcome));
       EXPECT_EQ(outcome.out, "");
       const Content result = readContent(box / out);
-      EXPECT_EQ(result.type, orva::FLOAT);
+      EXPECT_EQ(result.type, FLOAT);
       EXPECT_EQ((std::vector{result.width, result.height, result.planes}),
                 (std::vector{expected.nx(), expected.ny(), expected.nz()}));
       EXPECT_TRUE(bytesOf(result) == bytesOf(expected)) << out;
@@ -85,17 +83,16 @@ class FilterCommand : public ::testing::Test {
 
 TEST_F(FilterCommand, EveryOperationOnEveryPixelType) {
   unsigned seed = 20;
-  for (const auto type :
-       {orva::BYTE, orva::SHORT, orva::USHORT, orva::INT, orva::UINT, orva::FLOAT}) {
-    const Content content = randomContent(type, {13, 9, 1}, type == orva::BYTE ? 0 : 1,
-                                          type == orva::BYTE ? 255 : 30000, seed++);
+  for (const auto type : {BYTE, SHORT, USHORT, INT, UINT, FLOAT}) {
+    const Content content =
+        randomContent(type, {13, 9, 1}, type == BYTE ? 0 : 1, type == BYTE ? 255 : 30000, seed++);
     writeContent(box / "in.tif", content);
     for (const Operation& operation : kFlat) expectFiltered("in.tif", content, operation, "1.3");
   }
 }
 
 TEST_F(FilterCommand, EveryOperationOnStacks) {
-  const Content content = randomContent(orva::SHORT, {8, 7, 5}, -500, 500, 60);
+  const Content content = randomContent(SHORT, {8, 7, 5}, -500, 500, 60);
   writeContent(box / "in.iht", content);
   writeContent(box / "in.tif", content);
   for (const auto* operations : {&kFlat, &kDeep}) {
@@ -108,7 +105,7 @@ TEST_F(FilterCommand, EveryOperationOnStacks) {
 
 TEST_F(FilterCommand, ScalesAndOddSizes) {
   for (const Sizes& s : {Sizes{1, 1, 1}, Sizes{2, 1, 1}, Sizes{1, 30, 1}, Sizes{70, 3, 1}}) {
-    const Content content = randomContent(orva::BYTE, s, 0, 255, 61);
+    const Content content = randomContent(BYTE, s, 0, 255, 61);
     writeContent(box / "in.pgm", content);
     for (const std::string sigma : {"0.1", "0.5", "3", "12.5", "1000"}) {
       expectFiltered("in.pgm", content, kFlat[0], sigma);
@@ -119,14 +116,15 @@ TEST_F(FilterCommand, ScalesAndOddSizes) {
 }
 
 TEST_F(FilterCommand, AFrameIsFilteredAlone) {
-  const Content content = randomContent(orva::BYTE, {8, 7, 3}, 0, 255, 62);
+  const Content content = randomContent(BYTE, {8, 7, 3}, 0, 255, 62);
   for (const std::string in : {"in.tif", "in.iht", "in.uif"}) {
     writeContent(box / in, content);
     for (int k = 0; k < 3; ++k) {
       const AsImage plane(content.plane(k));
       EXPECT_TRUE(
           succeeded(filter(in, "gradient", "1", "out.iht", {"--frame", std::to_string(k)})));
-      EXPECT_TRUE(bytesOf(readContent(box / "out.iht")) == bytesOf(ss::gradient(*plane, 1, 1)));
+      EXPECT_TRUE(bytesOf(readContent(box / "out.iht")) ==
+                  bytesOf(scalespace::gradient(*plane, 1, 1)));
     }
     EXPECT_TRUE(failedWithOneLine(filter(in, "gradient", "1", "out.iht", {"--frame", "3"}), in,
                                   "there is no frame 3"));
@@ -134,18 +132,18 @@ TEST_F(FilterCommand, AFrameIsFilteredAlone) {
 }
 
 TEST_F(FilterCommand, ColourCountsAsLuminance) {
-  const Content colour = randomContent(orva::RGB, {9, 6, 1}, 0, 255, 63);
+  const Content colour = randomContent(RGB, {9, 6, 1}, 0, 255, 63);
   const AsImage grey(luminance(colour));
   for (const std::string in : {"in.ppm", "in.png", "in.tif"}) {
     SCOPED_TRACE(in);
     writeContent(box / in, colour);
     EXPECT_TRUE(succeeded(filter(in, "smooth", "1", "out.tif")));
-    EXPECT_TRUE(bytesOf(readContent(box / "out.tif")) == bytesOf(ss::smooth(*grey, 1, 1)));
+    EXPECT_TRUE(bytesOf(readContent(box / "out.tif")) == bytesOf(scalespace::smooth(*grey, 1, 1)));
   }
 }
 
 TEST_F(FilterCommand, DerivativesAlongTheFramesNeedAStack) {
-  const Content content = randomContent(orva::BYTE, {8, 7, 3}, 0, 255, 64);
+  const Content content = randomContent(BYTE, {8, 7, 3}, 0, 255, 64);
   writeContent(box / "flat.pgm", content.plane(0));
   writeContent(box / "stack.tif", content);
   for (const Operation& operation : kDeep) {
@@ -193,9 +191,9 @@ TEST_F(FilterCommand, SampleImages) {
     const std::string file = ORVA_DATA "/images/" + name + ".pgm";
     const AsImage img(readContent(file));
     EXPECT_TRUE(succeeded(filter(file, "laplacian", "3", "out.iht")));
-    EXPECT_TRUE(bytesOf(readContent(box / "out.iht")) == bytesOf(ss::laplacian(*img, 3)));
+    EXPECT_TRUE(bytesOf(readContent(box / "out.iht")) == bytesOf(scalespace::laplacian(*img, 3)));
   }
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

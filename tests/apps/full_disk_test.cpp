@@ -4,12 +4,8 @@
 #include "tests/apps/conversions.h"
 #include "tests/apps/pictures.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
-
-using Arguments = std::vector<std::string>;
 
 // A call on in.iht, and the files that it writes.
 struct Call {
@@ -55,7 +51,7 @@ std::vector<std::size_t> roomsBelow(std::size_t size, std::size_t step) {
 class FullDisk : public ::testing::Test {
  protected:
   void writeInput(int width, int height) const {
-    box.write("in.iht", iht(randomContent(orva::BYTE, {width, height, 1}, 0, 255, 4)));
+    box.write("in.iht", iht(randomContent(BYTE, {width, height, 1}, 0, 255, 4)));
   }
 
   // With and without old results, in turn.
@@ -150,4 +146,4 @@ TEST_F(FullDisk, FailsStandardOutput) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -6,10 +6,8 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // The history that the library writes itself, with the names' common start `prefix`.
 std::vector<std::string> writeDirectly(const Sandbox& box, const std::string& prefix,
@@ -120,4 +118,4 @@ TEST(History, OfSeveralImagesCarriesTheirNames) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -13,10 +13,8 @@
 #include "tests/apps/png_files.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 void require(bool good, const std::string& what) {
   if (!good) throw std::runtime_error(what);
@@ -47,17 +45,17 @@ void decode(const std::string& bytes, std::vector<double>& values) {
 
 // Calls `use` with a sample of the type.
 template <class Use>
-void withSample(orva::ImageFormat type, Use use) {
+void withSample(ImageFormat type, Use use) {
   switch (type) {
-    case orva::USHORT:
+    case USHORT:
       return use(std::uint16_t{});
-    case orva::SHORT:
+    case SHORT:
       return use(std::int16_t{});
-    case orva::INT:
+    case INT:
       return use(std::int32_t{});
-    case orva::UINT:
+    case UINT:
       return use(std::uint32_t{});
-    case orva::FLOAT:
+    case FLOAT:
       return use(float{});
     default:
       return use(std::uint8_t{});
@@ -88,7 +86,7 @@ std::string pnm(const char* magic, const Content& content) {
          std::to_string(content.height) + "\n255\n" + pixelsOf(content);
 }
 
-Content readPnm(const fs::path& path, const std::string& magic, orva::ImageFormat type) {
+Content readPnm(const fs::path& path, const std::string& magic, ImageFormat type) {
   std::istringstream in(bytesOfFile(path));
   std::string start;
   Content content{type, 0, 0, 1, {}};
@@ -111,7 +109,7 @@ Content readIht(const fs::path& path) {
   const auto f = fieldsOf(file, 10);
   require(f[2] == 0 && f[3] == 0 && f[4] == f[0] && f[5] == f[1] && f[8] == f[0] * f[1] * f[7],
           "not an IHT header");
-  Content content{static_cast<orva::ImageFormat>(f[6]), f[1], f[0], f[7], {}};
+  Content content{static_cast<ImageFormat>(f[6]), f[1], f[0], f[7], {}};
   takePixels(content, file.substr(40));
   return content;
 }
@@ -119,8 +117,8 @@ Content readIht(const fs::path& path) {
 Content readUif(const fs::path& path) {
   const std::string file = bytesOfFile(path);
   const auto f = fieldsOf(file, 5);
-  require(f[3] == 1 && f[4] == orva::BYTE, "not a UIF header of bytes");
-  Content content{orva::BYTE, f[0], f[1], f[2], {}};
+  require(f[3] == 1 && f[4] == BYTE, "not a UIF header of bytes");
+  Content content{BYTE, f[0], f[1], f[2], {}};
   takePixels(content, file.substr(20));
   return content;
 }
@@ -135,9 +133,9 @@ Content readPng(const fs::path& path) {
   png_read_png(png, info, PNG_TRANSFORM_SWAP_ENDIAN, nullptr);
   const int depth = png_get_bit_depth(png, info);
   const int colours = png_get_color_type(png, info);
-  Content content{colours == PNG_COLOR_TYPE_RGB ? orva::RGB
-                  : depth == 16                 ? orva::USHORT
-                                                : orva::BYTE,
+  Content content{colours == PNG_COLOR_TYPE_RGB ? RGB
+                  : depth == 16                 ? USHORT
+                                                : BYTE,
                   static_cast<int>(png_get_image_width(png, info)),
                   static_cast<int>(png_get_image_height(png, info)),
                   1,
@@ -156,7 +154,7 @@ Content readPng(const fs::path& path) {
   return content;
 }
 
-orva::ImageFormat typeOfPage(TIFF* tiff) {
+ImageFormat typeOfPage(TIFF* tiff) {
   std::uint16_t bits = 0;
   std::uint16_t format = 0;
   std::uint16_t samples = 0;
@@ -166,16 +164,16 @@ orva::ImageFormat typeOfPage(TIFF* tiff) {
   TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &samples);
   require(TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric) == 1, "no photometric");
   if (bits == 8 && format == SAMPLEFORMAT_UINT && samples == 3 && photometric == PHOTOMETRIC_RGB) {
-    return orva::RGB;
+    return RGB;
   }
   require(samples == 1 && photometric == PHOTOMETRIC_MINISBLACK, "a TIFF page of another kind");
-  if (bits == 8 && format == SAMPLEFORMAT_UINT) return orva::BYTE;
-  if (bits == 16 && format == SAMPLEFORMAT_UINT) return orva::USHORT;
-  if (bits == 16 && format == SAMPLEFORMAT_INT) return orva::SHORT;
-  if (bits == 32 && format == SAMPLEFORMAT_INT) return orva::INT;
-  if (bits == 32 && format == SAMPLEFORMAT_UINT) return orva::UINT;
+  if (bits == 8 && format == SAMPLEFORMAT_UINT) return BYTE;
+  if (bits == 16 && format == SAMPLEFORMAT_UINT) return USHORT;
+  if (bits == 16 && format == SAMPLEFORMAT_INT) return SHORT;
+  if (bits == 32 && format == SAMPLEFORMAT_INT) return INT;
+  if (bits == 32 && format == SAMPLEFORMAT_UINT) return UINT;
   require(bits == 32 && format == SAMPLEFORMAT_IEEEFP, "a TIFF page of another kind");
-  return orva::FLOAT;
+  return FLOAT;
 }
 
 Content readTiff(const fs::path& path) {
@@ -211,9 +209,9 @@ Content readTiff(const fs::path& path) {
 void writeTiff(const fs::path& path, const Content& content) {
   TiffForm form;
   withSample(content.type, [&](auto sample) { form.bits = std::uint16_t{8 * sizeof sample}; });
-  if (content.type == orva::SHORT || content.type == orva::INT) form.format = SAMPLEFORMAT_INT;
-  if (content.type == orva::FLOAT) form.format = SAMPLEFORMAT_IEEEFP;
-  if (content.type == orva::RGB) form.photometric = PHOTOMETRIC_RGB;
+  if (content.type == SHORT || content.type == INT) form.format = SAMPLEFORMAT_INT;
+  if (content.type == FLOAT) form.format = SAMPLEFORMAT_IEEEFP;
+  if (content.type == RGB) form.photometric = PHOTOMETRIC_RGB;
   TiffFile file(path);
   for (int k = 0; k < content.planes; ++k) {
     const Content page = content.plane(k);
@@ -242,12 +240,12 @@ Content readIcs(const fs::path& path) {
   const auto sizes = valuesOf(header, "layout\tsizes");
   require(sizes.size() == 6 && sizes[4] == "1" && sizes[5] == "1", "other sizes");
   const std::string format = valuesOf(header, "representation\tformat").at(0);
-  Content content{orva::BYTE, std::stoi(sizes[1]), std::stoi(sizes[2]), std::stoi(sizes[3]), {}};
-  if (format == "integer" && sizes[0] == "16") content.type = orva::SHORT;
-  if (format == "integer" && sizes[0] == "32") content.type = orva::INT;
-  if (format == "unint") content.type = orva::UINT;
-  if (format == "float") content.type = orva::FLOAT;
-  if (format == "rgb") content.type = orva::RGB;
+  Content content{BYTE, std::stoi(sizes[1]), std::stoi(sizes[2]), std::stoi(sizes[3]), {}};
+  if (format == "integer" && sizes[0] == "16") content.type = SHORT;
+  if (format == "integer" && sizes[0] == "32") content.type = INT;
+  if (format == "unint") content.type = UINT;
+  if (format == "float") content.type = FLOAT;
+  if (format == "rgb") content.type = RGB;
   takePixels(content, bytesOfFile(fs::path(path).replace_extension(".ids")));
   return content;
 }
@@ -286,13 +284,13 @@ bool formatHolds(const std::string& extension, const Content& c) {
   if (c.planes > 1 && (extension == ".pgm" || extension == ".ppm" || extension == ".png")) {
     return false;
   }
-  const auto isOneOf = [&c](std::initializer_list<orva::ImageFormat> types) {
+  const auto isOneOf = [&c](std::initializer_list<ImageFormat> types) {
     return std::find(types.begin(), types.end(), c.type) != types.end();
   };
-  if (extension == ".ppm") return isOneOf({orva::RGB});
-  if (extension == ".png") return isOneOf({orva::BYTE, orva::USHORT, orva::RGB});
-  if (extension == ".iht") return isOneOf({orva::BYTE, orva::SHORT, orva::INT, orva::FLOAT});
-  return extension == ".tif" || c.type == orva::BYTE;
+  if (extension == ".ppm") return isOneOf({RGB});
+  if (extension == ".png") return isOneOf({BYTE, USHORT, RGB});
+  if (extension == ".iht") return isOneOf({BYTE, SHORT, INT, FLOAT});
+  return extension == ".tif" || c.type == BYTE;
 }
 
 void writeContent(const fs::path& path, const Content& content) {
@@ -300,10 +298,9 @@ void writeContent(const fs::path& path, const Content& content) {
   require(formatHolds(extension, content), "the format does not hold this");
   if (extension == ".tif") return writeTiff(path, content);
   if (extension == ".png") {
-    return writePng(
-        path, {content.width, content.height, content.samples(), content.values},
-        {.depth = content.type == orva::USHORT ? 16 : 8,
-         .colourType = content.type == orva::RGB ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY});
+    return writePng(path, {content.width, content.height, content.samples(), content.values},
+                    {.depth = content.type == USHORT ? 16 : 8,
+                     .colourType = content.type == RGB ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY});
   }
   std::ofstream out(path, std::ios::binary);
   if (extension == ".pgm") out << pnm("P5", content);
@@ -316,8 +313,8 @@ void writeContent(const fs::path& path, const Content& content) {
 
 Content readContent(const fs::path& path) {
   const std::string extension = path.extension().string();
-  if (extension == ".pgm") return readPnm(path, "P5", orva::BYTE);
-  if (extension == ".ppm") return readPnm(path, "P6", orva::RGB);
+  if (extension == ".pgm") return readPnm(path, "P5", BYTE);
+  if (extension == ".ppm") return readPnm(path, "P6", RGB);
   if (extension == ".png") return readPng(path);
   if (extension == ".tif") return readTiff(path);
   if (extension == ".iht") return readIht(path);
@@ -329,25 +326,25 @@ Content readContent(const fs::path& path) {
 namespace {
 
 template <class T>
-std::shared_ptr<orva::Image> imageFrom(const Content& c) {
-  auto img = std::make_shared<orva::image<T>>(c.width, c.height, c.planes, 1, 1);
+std::shared_ptr<Image> imageFrom(const Content& c) {
+  auto img = std::make_shared<image<T>>(c.width, c.height, c.planes, 1, 1);
   std::transform(c.values.begin(), c.values.end(), img->pixels(),
                  [](double v) { return static_cast<T>(v); });
   return img;
 }
 
-std::shared_ptr<orva::Image> imageFrom(const Content& c) {
+std::shared_ptr<Image> imageFrom(const Content& c) {
   switch (c.type) {
-    case orva::BYTE:
+    case BYTE:
       return imageFrom<unsigned char>(c);
-    case orva::SHORT:
+    case SHORT:
       return imageFrom<short>(c);
-    case orva::USHORT:
-    case orva::INT:
+    case USHORT:
+    case INT:
       return imageFrom<int>(c);
-    case orva::UINT:
+    case UINT:
       return imageFrom<unsigned int>(c);
-    case orva::FLOAT:
+    case FLOAT:
       return imageFrom<float>(c);
     default:
       throw std::runtime_error("colour");
@@ -358,4 +355,4 @@ std::shared_ptr<orva::Image> imageFrom(const Content& c) {
 
 AsImage::AsImage(const Content& content) : image_(imageFrom(content)) {}
 
-}  // namespace orva_test
+}  // namespace orva::test

@@ -12,18 +12,18 @@
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // What an image file holds: the pixel type, the sizes, and the samples plane by plane and row by
 // row; those of a colour pixel lie together.
 struct Content {
-  orva::ImageFormat type;  // BYTE, USHORT, SHORT, INT, UINT, FLOAT or RGB
+  ImageFormat type;  // BYTE, USHORT, SHORT, INT, UINT, FLOAT or RGB
   int width;
   int height;
   int planes;
   std::vector<double> values;
 
-  int samples() const { return type == orva::RGB ? 3 : 1; }
+  int samples() const { return type == RGB ? 3 : 1; }
   Content plane(int k) const;
 
   bool operator==(const Content&) const = default;
@@ -47,12 +47,12 @@ std::string ppm(const Content& colour);
 // The same pixels as an image of the library; USHORT as int.
 struct AsImage {
   explicit AsImage(const Content& content);
-  const orva::Image& operator*() const { return *image_; }
+  const Image& operator*() const { return *image_; }
 
  private:
-  std::shared_ptr<orva::Image> image_;
+  std::shared_ptr<Image> image_;
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

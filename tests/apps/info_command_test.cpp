@@ -7,7 +7,7 @@
 #include "tests/apps/conversions.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 class InfoCommand : public ::testing::Test {
@@ -29,45 +29,45 @@ TEST_F(InfoCommand, FlatFormats) {
   box.write("in.ppm", "P6 1 2 255\nabczyx");
   expectInfo("in.ppm",
              "format: PPM\nwidth: 1\nheight: 2\nplanes: 1\npixel type: RGB\nrange: 97 to 122\n");
-  writeContent(box / "in.png", {orva::BYTE, 2, 1, 1, {0, 255}});
+  writeContent(box / "in.png", {BYTE, 2, 1, 1, {0, 255}});
   expectInfo("in.png",
              "format: PNG\nwidth: 2\nheight: 1\nplanes: 1\npixel type: BYTE\nrange: 0 to 255\n");
-  writeContent(box / "in.png", {orva::USHORT, 2, 1, 1, {3, 65535}});
+  writeContent(box / "in.png", {USHORT, 2, 1, 1, {3, 65535}});
   expectInfo("in.png",
              "format: PNG\nwidth: 2\nheight: 1\nplanes: 1\npixel type: INT\nrange: 3 to 65535\n");
-  writeContent(box / "in.png", {orva::RGB, 1, 1, 1, {5, 1, 9}});
+  writeContent(box / "in.png", {RGB, 1, 1, 1, {5, 1, 9}});
   expectInfo("in.png",
              "format: PNG\nwidth: 1\nheight: 1\nplanes: 1\npixel type: RGB\nrange: 1 to 9\n");
 }
 
 TEST_F(InfoCommand, RawFormats) {
-  writeContent(box / "in.iht", {orva::SHORT, 2, 1, 3, {-5, 300, 2, 3, 4, 5}});
+  writeContent(box / "in.iht", {SHORT, 2, 1, 3, {-5, 300, 2, 3, 4, 5}});
   expectInfo("in.iht",
              "format: IHT\nwidth: 2\nheight: 1\nplanes: 3\npixel type: SHORT\nrange: -5 to 300\n");
-  writeContent(box / "in.iht", {orva::FLOAT, 1, 2, 1, {-0.25, 1e10F}});
+  writeContent(box / "in.iht", {FLOAT, 1, 2, 1, {-0.25, 1e10F}});
   expectInfo("in.iht",
              "format: IHT\nwidth: 1\nheight: 2\nplanes: 1\npixel type: FLOAT\n"
              "range: -0.25 to 1e+10\n");
-  writeContent(box / "in.iht", {orva::INT, 1, 1, 1, {-7}});
+  writeContent(box / "in.iht", {INT, 1, 1, 1, {-7}});
   expectInfo("in.iht",
              "format: IHT\nwidth: 1\nheight: 1\nplanes: 1\npixel type: INT\nrange: -7 to -7\n");
-  writeContent(box / "in.uif", {orva::BYTE, 2, 1, 2, {4, 5, 6, 200}});
+  writeContent(box / "in.uif", {BYTE, 2, 1, 2, {4, 5, 6, 200}});
   expectInfo("in.uif",
              "format: UIF\nwidth: 2\nheight: 1\nplanes: 2\npixel type: BYTE\nrange: 4 to 200\n");
 }
 
 TEST_F(InfoCommand, EveryPixelTypeOfTiffFiles) {
   const std::vector<std::pair<Content, std::string>> cases{
-      {{orva::BYTE, 2, 1, 1, {1, 255}}, "BYTE\nrange: 1 to 255"},
-      {{orva::USHORT, 2, 1, 1, {65535, 1}}, "INT\nrange: 1 to 65535"},
-      {{orva::SHORT, 2, 1, 1, {-32768, 32767}}, "SHORT\nrange: -32768 to 32767"},
-      {{orva::INT, 2, 1, 1, {-2147483648.0, 2147483647}}, "INT\nrange: -2147483648 to 2147483647"},
-      {{orva::INT, 2, 1, 1, {100000, 16777217}}, "INT\nrange: 100000 to 16777217"},
-      {{orva::UINT, 2, 1, 1, {4294967295.0, 16777217}}, "UINT\nrange: 16777217 to 4294967295"},
-      {{orva::FLOAT, 2, 1, 1, {0.5, -1.5}}, "FLOAT\nrange: -1.5 to 0.5"},
-      {{orva::FLOAT, 2, 1, 1, {0.5, 0.75}}, "FLOAT\nrange: 0.5 to 0.75"},
-      {{orva::FLOAT, 2, 1, 1, {0.75, 0.5}}, "FLOAT\nrange: 0.5 to 0.75"},
-      {{orva::RGB, 1, 1, 1, {3, 1, 2}}, "RGB\nrange: 1 to 3"},
+      {{BYTE, 2, 1, 1, {1, 255}}, "BYTE\nrange: 1 to 255"},
+      {{USHORT, 2, 1, 1, {65535, 1}}, "INT\nrange: 1 to 65535"},
+      {{SHORT, 2, 1, 1, {-32768, 32767}}, "SHORT\nrange: -32768 to 32767"},
+      {{INT, 2, 1, 1, {-2147483648.0, 2147483647}}, "INT\nrange: -2147483648 to 2147483647"},
+      {{INT, 2, 1, 1, {100000, 16777217}}, "INT\nrange: 100000 to 16777217"},
+      {{UINT, 2, 1, 1, {4294967295.0, 16777217}}, "UINT\nrange: 16777217 to 4294967295"},
+      {{FLOAT, 2, 1, 1, {0.5, -1.5}}, "FLOAT\nrange: -1.5 to 0.5"},
+      {{FLOAT, 2, 1, 1, {0.5, 0.75}}, "FLOAT\nrange: 0.5 to 0.75"},
+      {{FLOAT, 2, 1, 1, {0.75, 0.5}}, "FLOAT\nrange: 0.5 to 0.75"},
+      {{RGB, 1, 1, 1, {3, 1, 2}}, "RGB\nrange: 1 to 3"},
   };
   for (const auto& [content, words] : cases) {
     writeContent(box / "in.tif", content);
@@ -103,13 +103,13 @@ TEST_F(InfoCommand, PixelsThatAreNoNumbersHaveNoPartInTheRange) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
   const std::string start = "format: IHT\nwidth: 3\nheight: 1\nplanes: 1\npixel type: FLOAT\n";
-  writeContent(box / "in.iht", {orva::FLOAT, 3, 1, 1, {nan, 2, 1}});
+  writeContent(box / "in.iht", {FLOAT, 3, 1, 1, {nan, 2, 1}});
   expectInfo("in.iht", start + "range: 1 to 2\n");
-  writeContent(box / "in.iht", {orva::FLOAT, 3, 1, 1, {2, nan, nan}});
+  writeContent(box / "in.iht", {FLOAT, 3, 1, 1, {2, nan, nan}});
   expectInfo("in.iht", start + "range: 2 to 2\n");
-  writeContent(box / "in.iht", {orva::FLOAT, 3, 1, 1, {nan, nan, nan}});
+  writeContent(box / "in.iht", {FLOAT, 3, 1, 1, {nan, nan, nan}});
   expectInfo("in.iht", start + "range: none\n");
-  writeContent(box / "in.iht", {orva::FLOAT, 3, 1, 1, {-inf, 0, inf}});
+  writeContent(box / "in.iht", {FLOAT, 3, 1, 1, {-inf, 0, inf}});
   expectInfo("in.iht", start + "range: -inf to inf\n");
 }
 
@@ -119,12 +119,12 @@ TEST_F(InfoCommand, IcsHeadersThatTheCommandWrote) {
     const char* depthAndType;
   };
   for (const Case& c :
-       {Case{{orva::BYTE, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: BYTE\n"},
-        Case{{orva::SHORT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: SHORT\n"},
-        Case{{orva::INT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: INT\n"},
-        Case{{orva::UINT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: UINT\n"},
-        Case{{orva::FLOAT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: FLOAT\n"},
-        Case{{orva::BYTE, 2, 3, 2, {1, 2, 3, 4, 5, 6, 1, 2, 3, 4, 5, 6}},
+       {Case{{BYTE, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: BYTE\n"},
+        Case{{SHORT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: SHORT\n"},
+        Case{{INT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: INT\n"},
+        Case{{UINT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: UINT\n"},
+        Case{{FLOAT, 2, 3, 1, {1, 2, 3, 4, 5, 6}}, "depth: 1\n%pixel type: FLOAT\n"},
+        Case{{BYTE, 2, 3, 2, {1, 2, 3, 4, 5, 6, 1, 2, 3, 4, 5, 6}},
              "depth: 2\n%pixel type: BYTE\n"}}) {
     writeContent(box / "in.tif", c.content);
     ASSERT_TRUE(succeeded(box.run({"convert", "in.tif", "pair.ics"})));
@@ -168,7 +168,7 @@ TEST_F(InfoCommand, WhatIsNoIcsHeaderFails) {
 
 // A name says IHT, UIF or ICS, and the content all others.
 TEST_F(InfoCommand, TheFormatIsThatOfTheContentOrTheName) {
-  const Content c{orva::BYTE, 2, 1, 1, {5, 6}};
+  const Content c{BYTE, 2, 1, 1, {5, 6}};
   for (const std::string extension : {".pgm", ".png", ".tif"}) {
     writeContent(box / ("in" + extension), c);
     std::filesystem::rename(box / ("in" + extension), box / "any.name");
@@ -209,4 +209,4 @@ TEST_F(InfoCommand, SampleImagesHaveTheSizesOfTheirIndex) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -13,10 +13,8 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::string_view kTemporary = ".orva-";
 
@@ -123,4 +121,4 @@ TEST_F(Interrupted, ByAReaderThatIsGoneLeavesNoTemporaryFile) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -8,7 +8,7 @@
 
 #include "tests/apps/conversions.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 struct Reading {
@@ -33,7 +33,7 @@ Reading readWithLibics(const std::string& name) {
 
 class IcsForOthers : public Conversion {
  protected:
-  void expectExact(orva::ImageFormat type, Ics_DataType icsType, double low, double high) const {
+  void expectExact(ImageFormat type, Ics_DataType icsType, double low, double high) const {
     const Content content = randomContent(type, {7, 5, 3}, low, high, 1);
     writeContent(box / "in.tif", content);
     ASSERT_TRUE(succeeded(convert("in.tif", "out.ics")));
@@ -41,19 +41,19 @@ class IcsForOthers : public Conversion {
     EXPECT_EQ(reading.type, icsType);
     EXPECT_EQ(reading.sizes, (std::vector<std::size_t>{7, 5, 3, 1, 1}));
     const AsImage image(content);
-    const orva::Image& img = *image;
+    const Image& img = *image;
     ASSERT_EQ(reading.bytes.size(), static_cast<std::size_t>(img.npix() * img.pixelSize()));
     EXPECT_EQ(std::memcmp(reading.bytes.data(), img.data(), reading.bytes.size()), 0);
   }
 };
 
-TEST_F(IcsForOthers, HoldsBytes) { expectExact(orva::BYTE, Ics_uint8, 0, 255); }
+TEST_F(IcsForOthers, HoldsBytes) { expectExact(BYTE, Ics_uint8, 0, 255); }
 
-TEST_F(IcsForOthers, HoldsShorts) { expectExact(orva::SHORT, Ics_sint16, -32768, 32767); }
+TEST_F(IcsForOthers, HoldsShorts) { expectExact(SHORT, Ics_sint16, -32768, 32767); }
 
-TEST_F(IcsForOthers, HoldsInts) { expectExact(orva::INT, Ics_sint32, -2147483648.0, 2147483647); }
+TEST_F(IcsForOthers, HoldsInts) { expectExact(INT, Ics_sint32, -2147483648.0, 2147483647); }
 
-TEST_F(IcsForOthers, HoldsFloats) { expectExact(orva::FLOAT, Ics_real32, -1e6, 1e6); }
+TEST_F(IcsForOthers, HoldsFloats) { expectExact(FLOAT, Ics_real32, -1e6, 1e6); }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -7,12 +7,8 @@
 #include "tests/apps/pictures.h"
 #include "tests/apps/sandbox.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
-
-using Arguments = std::vector<std::string>;
 
 // All outputs of all subcommands, with numbers that a locale would group or cut off at the comma.
 const std::vector<Arguments> kCalls{
@@ -38,7 +34,7 @@ const std::vector<Arguments> kCalls{
 std::pair<std::vector<std::string>, std::vector<std::pair<std::string, std::string>>> resultOf() {
   const Sandbox box;
   box.write("discs.pgm", pgm(twoDiscs()));
-  box.write("wide.iht", iht(randomContent(orva::SHORT, {1500, 3, 1}, -9000, 9000, 4)));
+  box.write("wide.iht", iht(randomContent(SHORT, {1500, 3, 1}, -9000, 9000, 4)));
   std::vector<std::string> said;
   for (const Arguments& call : kCalls) {
     const Outcome outcome = box.run(call);
@@ -62,4 +58,4 @@ TEST(Command, IsTheSameInEveryLocale) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -10,7 +10,7 @@
 #include "tests/apps/pictures.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 const std::string kHeader = "xmin,xmax,ymin,ymax,zmin,zmax,cx,cy,cz,radius,npix,mean,var\n";
@@ -47,7 +47,7 @@ struct Measured {
   Content labels;
 };
 
-Fields fieldsOf(const orva::RegionFeature& f) {
+Fields fieldsOf(const RegionFeature& f) {
   Fields fields;
   for (const int v :
        {f.xmin, f.xmax, f.ymin, f.ymax, f.zmin, f.zmax, f.cx, f.cy, f.cz, f.radius, f.npix}) {
@@ -58,18 +58,17 @@ Fields fieldsOf(const orva::RegionFeature& f) {
 }
 
 // The wanted regions keep their order and are numbered from 0.
-Measured measureDirectly(const orva::Image& img, const Request& request) {
-  const float t = request.threshold
-                      ? *request.threshold
-                      : orva::bip::computeThreshold(img, request.scale.value_or(5.0F));
-  orva::image<unsigned char> mask = orva::bip::threshold(img, t);
-  if (request.fill) orva::bip::removeInternalStructures(mask);
+Measured measureDirectly(const Image& img, const Request& request) {
+  const float t = request.threshold ? *request.threshold
+                                    : bip::computeThreshold(img, request.scale.value_or(5.0F));
+  image<unsigned char> mask = bip::threshold(img, t);
+  if (request.fill) bip::removeInternalStructures(mask);
   int n = 0;
-  const orva::image<short> all = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
-  const auto features = orva::bip::regionFeatures(all, n, img);
-  Measured result{t, {}, {orva::SHORT, img.nx(), img.ny(), img.nz(), {}}};
+  const image<short> all = bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
+  const auto features = bip::regionFeatures(all, n, img);
+  Measured result{t, {}, {SHORT, img.nx(), img.ny(), img.nz(), {}}};
   std::vector<int> numbers;
-  for (const orva::RegionFeature& f : features) {
+  for (const RegionFeature& f : features) {
     const bool isWanted = f.npix >= request.least && f.npix <= request.most;
     numbers.push_back(isWanted ? static_cast<int>(result.rows.size()) : -1);
     if (isWanted) result.rows.push_back(fieldsOf(f));
@@ -116,7 +115,7 @@ class MeasureCommand : public ::testing::Test {
   }
 
   // Returns the number of regions. `in` holds `img`.
-  std::size_t expectMeasured(const std::string& in, const orva::Image& img, const Request& request,
+  std::size_t expectMeasured(const std::string& in, const Image& img, const Request& request,
                              const std::vector<std::string>& options = {}) const {
     SCOPED_TRACE(in + ' ' + ::testing::PrintToString(request.arguments()));
     const Measured expected = measureDirectly(img, request);
@@ -164,9 +163,8 @@ TEST_F(MeasureCommand, ASmallPictureByHand) {
   EXPECT_EQ(box.read("table.csv"), kHeader);
   EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .most = 7}, {"--labels", "l.iht"})));
   EXPECT_EQ(box.read("table.csv"), kHeader + dot + bar);
-  EXPECT_EQ(
-      readContent(box / "l.iht"),
-      (Content{orva::SHORT, 7, 4, 1, {-1, -1, -1, -1, -1, -1, 0,  -1, -1, -1, -1, -1, -1, -1,
+  EXPECT_EQ(readContent(box / "l.iht"),
+            (Content{SHORT, 7, 4, 1, {-1, -1, -1, -1, -1, -1, 0,  -1, -1, -1, -1, -1, -1, -1,
                                       -1, -1, -1, -1, 1,  1,  -1, -1, -1, -1, -1, -1, 1,  1}}));
   // The hole is filled before it is counted, with its own brightness: 122 eight times and 32.
   EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .least = 9, .fill = true})));
@@ -174,24 +172,23 @@ TEST_F(MeasureCommand, ASmallPictureByHand) {
 }
 
 TEST_F(MeasureCommand, NothingBrightGivesAnEmptyTable) {
-  const Content dark{orva::BYTE, 3, 2, 1, {1, 2, 3, 4, 5, 6}};
+  const Content dark{BYTE, 3, 2, 1, {1, 2, 3, 4, 5, 6}};
   writeContent(box / "in.pgm", dark);
   for (const bool fill : {false, true}) {
     EXPECT_TRUE(
         succeeded(measure("in.pgm", {.threshold = 7, .fill = fill}, {"--labels", "labels.iht"})));
     EXPECT_EQ(box.read("table.csv"), kHeader);
     EXPECT_EQ(readContent(box / "labels.iht"),
-              (Content{orva::SHORT, 3, 2, 1, std::vector<double>(6, -1)}));
+              (Content{SHORT, 3, 2, 1, std::vector<double>(6, -1)}));
   }
 }
 
 TEST_F(MeasureCommand, EveryPixelTypeAtManyThresholds) {
   unsigned seed = 100;
   std::size_t regions = 0;
-  for (const auto type :
-       {orva::BYTE, orva::SHORT, orva::USHORT, orva::INT, orva::UINT, orva::FLOAT}) {
-    const double low = type == orva::SHORT || type == orva::FLOAT ? -300 : 0;
-    const double high = type == orva::BYTE ? 255 : type == orva::UINT ? 4e9 : 30000;
+  for (const auto type : {BYTE, SHORT, USHORT, INT, UINT, FLOAT}) {
+    const double low = type == SHORT || type == FLOAT ? -300 : 0;
+    const double high = type == BYTE ? 255 : type == UINT ? 4e9 : 30000;
     for (const Sizes& s :
          {Sizes{1, 1, 1}, Sizes{19, 1, 1}, Sizes{1, 17, 1}, Sizes{31, 23, 1}, Sizes{9, 8, 5}}) {
       const Content content = randomContent(type, s, low, high, seed++);
@@ -212,7 +209,7 @@ TEST_F(MeasureCommand, EveryPixelTypeAtManyThresholds) {
 
 // A region on the limits stays, its neighbours in size go.
 TEST_F(MeasureCommand, SizeLimitsIncludeTheirEnds) {
-  Content bars{orva::BYTE, 6, 11, 1, std::vector<double>(66)};
+  Content bars{BYTE, 6, 11, 1, std::vector<double>(66)};
   for (std::size_t length = 1; length <= 6; ++length) {
     for (std::size_t x = 0; x < length; ++x) bars.values[(length - 1) * 12 + x] = 9;
   }
@@ -228,7 +225,7 @@ TEST_F(MeasureCommand, SizeLimitsIncludeTheirEnds) {
 }
 
 TEST_F(MeasureCommand, AFrameIsMeasuredAlone) {
-  const Content content = randomContent(orva::BYTE, {12, 9, 3}, 0, 255, 200);
+  const Content content = randomContent(BYTE, {12, 9, 3}, 0, 255, 200);
   for (const std::string in : {"in.tif", "in.iht", "in.uif"}) {
     writeContent(box / in, content);
     const AsImage stack(content);
@@ -242,7 +239,7 @@ TEST_F(MeasureCommand, AFrameIsMeasuredAlone) {
 }
 
 TEST_F(MeasureCommand, ColourCountsAsLuminance) {
-  const Content colour = randomContent(orva::RGB, {25, 16, 1}, 0, 255, 201);
+  const Content colour = randomContent(RGB, {25, 16, 1}, 0, 255, 201);
   const AsImage grey(luminance(colour));
   for (const std::string in : {"in.ppm", "in.png", "in.tif"}) {
     writeContent(box / in, colour);
@@ -284,7 +281,7 @@ TEST_F(MeasureCommand, WithoutLabelsTheTableIsAllThatIsWritten) {
 
 // Labels are shorts; the command says so, and what is kept is right.
 TEST_F(MeasureCommand, MoreRegionsThanLabelsFail) {
-  Content dots{orva::BYTE, 363, 363, 1, std::vector<double>(363 * 363)};
+  Content dots{BYTE, 363, 363, 1, std::vector<double>(363 * 363)};
   for (int i = 0; i < 182 * 182; ++i) {  // 33124 single pixels
     dots.values[static_cast<std::size_t>(i % 182 * 2 + i / 182 * 2 * 363)] = 200;
   }
@@ -296,7 +293,7 @@ TEST_F(MeasureCommand, MoreRegionsThanLabelsFail) {
 
 // As many holes are filled without a word.
 TEST_F(MeasureCommand, MoreHolesThanLabelsAreFilled) {
-  Content holes{orva::BYTE, 365, 365, 1, std::vector<double>(365 * 365, 200)};
+  Content holes{BYTE, 365, 365, 1, std::vector<double>(365 * 365, 200)};
   for (int i = 0; i < 182 * 182; ++i) {
     holes.values[static_cast<std::size_t>(i % 182 * 2 + 1 + (i / 182 * 2 + 1) * 365)] = 0;
   }
@@ -333,4 +330,4 @@ TEST_F(MeasureCommand, SampleImages) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -11,10 +11,8 @@
 #include "tests/apps/tables.h"
 #include "tests/support/sanitizer.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr long kMebibyte = 1L << 20;
 constexpr long kRoom = 200 * kMebibyte;
@@ -144,4 +142,4 @@ TEST_F(LittleMemory, ForWhatTheLibraryWritesIsReportedAndLeavesNoDirectoryBehind
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

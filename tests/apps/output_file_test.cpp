@@ -6,10 +6,8 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // A directory with discs.pgm, a directory "taken" with a file in it, and an old result.
 class OutputFile : public ::testing::Test {
@@ -208,4 +206,4 @@ TEST_F(OutputFile, KeepsTheModeOfTheFileThatItReplaces) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

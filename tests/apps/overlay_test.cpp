@@ -9,7 +9,7 @@
 #include "tests/apps/tables.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 bool isColoured(const std::array<unsigned char, 3>& p) { return p[0] != p[1] || p[1] != p[2]; }
@@ -130,4 +130,4 @@ TEST(Overlay, MarksStayInsideTheImage) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -4,7 +4,7 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 const std::vector<std::string> kVote{"vote", "--max-radius", "10", "discs.pgm"};
@@ -156,4 +156,4 @@ TEST(PgmFile, ASideThatVotingCanNotAddressFails) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace orva_test {
+namespace orva::test {
 
 Picture discs(int width, int height, const std::vector<Disc>& objects, double ground) {
   Picture result{width, height, 1, {}};
@@ -36,4 +36,4 @@ std::string pgm(const Picture& grey) {
   return text;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test

@@ -7,7 +7,7 @@
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // Samples row by row; those of one pixel lie together.
 struct Picture {
@@ -55,14 +55,14 @@ Picture spread(const Picture& grey, const Function& samplesOf) {
 std::string pgm(const Picture& grey);
 
 template <class Pixel>
-orva::image<Pixel> imageOf(const Picture& grey) {
-  orva::image<Pixel> img(grey.width, grey.height, 1, 1, 1);
+image<Pixel> imageOf(const Picture& grey) {
+  image<Pixel> img(grey.width, grey.height, 1, 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
     img.pixels()[i] = static_cast<Pixel>(grey.values[static_cast<std::size_t>(i)]);
   }
   return img;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

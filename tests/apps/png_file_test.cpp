@@ -7,7 +7,7 @@
 #include "tests/apps/tables.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 const std::vector<std::string> kVote{"vote", "--max-radius", "10", "discs"};
@@ -199,4 +199,4 @@ TEST(PngFile, TooManyPixelsOnASideFail) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

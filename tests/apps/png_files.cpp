@@ -6,7 +6,7 @@
 #include <cstring>
 #include <stdexcept>
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 // One row as libpng takes it: a byte a sample, or two in the machine's order.
@@ -84,4 +84,4 @@ RgbPicture readRgbPng(const std::filesystem::path& path) {
   return picture;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test

@@ -10,7 +10,7 @@
 
 #include "tests/apps/pictures.h"
 
-namespace orva_test {
+namespace orva::test {
 
 struct PngForm {
   int depth = 8;
@@ -39,6 +39,6 @@ struct RgbPicture {
 // A PNG file of 8-bit colour without alpha; throws for anything else.
 RgbPicture readRgbPng(const std::filesystem::path& path);
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

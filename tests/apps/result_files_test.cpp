@@ -1,10 +1,8 @@
 // Results of measure, filter and convert that can not be written leave everything as it was.
 #include "tests/apps/conversions.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::vector<std::string> kPair{"out.ics", "out.ids"};
 
@@ -12,7 +10,7 @@ const std::vector<std::string> kPair{"out.ics", "out.ids"};
 class ResultFiles : public ::testing::Test {
  protected:
   ResultFiles() {
-    writeContent(box / "in.tif", randomContent(orva::BYTE, {100, 100, 1}, 0, 255, 4));
+    writeContent(box / "in.tif", randomContent(BYTE, {100, 100, 1}, 0, 255, 4));
     fs::create_directory(box / "taken");
     box.write("taken/inside", "kept");
     box.write("old", "an old result");
@@ -28,8 +26,6 @@ class ResultFiles : public ::testing::Test {
  private:
   std::vector<std::pair<std::string, std::string>> before_;
 };
-
-using Arguments = std::vector<std::string>;
 
 // Calls that write the file `result`, of an extension that suits.
 std::vector<Arguments> callsWriting(const std::string& result) {
@@ -130,7 +126,7 @@ TEST_F(ResultFiles, AFullDiskFails) {
 
 TEST_F(ResultFiles, AFullDiskFailsTheTable) {
   writeContent(box / "dots.uif", [] {
-    Content c{orva::BYTE, 60, 60, 1, std::vector<double>(3600)};
+    Content c{BYTE, 60, 60, 1, std::vector<double>(3600)};
     for (std::size_t i = 0; i < c.values.size(); ++i) c.values[i] = i / 60 % 2 == 0 && i % 2 == 0;
     return c;
   }());
@@ -234,4 +230,4 @@ TEST_F(ResultFiles, FullStandardOutputFails) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -18,10 +18,8 @@
 
 #include "tests/support/resource_limit.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Takes what a call of the C library returned; a negative number is its failure.
 int checked(int result, const char* call) {
@@ -293,4 +291,4 @@ bool holds(const std::string& text, const std::string& words) {
                 ("status 2 and words " + words).c_str());
 }
 
-}  // namespace orva_test
+}  // namespace orva::test

@@ -11,7 +11,11 @@
 #include <utility>
 #include <vector>
 
-namespace orva_test {
+namespace orva::test {
+
+namespace fs = std::filesystem;
+
+using Arguments = std::vector<std::string>;
 
 // What a run of the command left behind.
 struct Outcome {
@@ -58,11 +62,11 @@ class Sandbox {
   Sandbox& operator=(const Sandbox&) = delete;
   ~Sandbox();
 
-  std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
+  fs::path operator/(std::string_view name) const { return path_ / name; }
 
   // Runs the command here with these arguments.
-  Outcome run(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
-  Running start(const std::vector<std::string>& arguments, const Streams& streams = {}) const;
+  Outcome run(const Arguments& arguments, const Streams& streams = {}) const;
+  Running start(const Arguments& arguments, const Streams& streams = {}) const;
 
   void write(std::string_view name, std::string_view content) const;
   std::string read(std::string_view name) const;
@@ -72,7 +76,7 @@ class Sandbox {
   std::vector<std::pair<std::string, std::string>> state() const;
 
  private:
-  std::filesystem::path path_;
+  fs::path path_;
 };
 
 // Status 0 and nothing on standard error.
@@ -86,6 +90,6 @@ class Sandbox {
 // Status 2, nothing on standard output and `words` on standard error.
 ::testing::AssertionResult refused(const Outcome& outcome, const std::string& words);
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

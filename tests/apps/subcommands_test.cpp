@@ -6,10 +6,8 @@
 #include "tests/apps/pictures.h"
 #include "tests/apps/sandbox.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-using Arguments = std::vector<std::string>;
 
 struct Call {
   Arguments arguments;
@@ -189,4 +187,4 @@ TEST(Subcommands, TheOrderOfOptionsDoesNotMatter) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -8,10 +8,8 @@
 
 #include "orva/scalespace/scalespace.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-using orva::voting::CircularVoting;
 
 // The number at `at`, which moves behind it and the character `end`.
 template <class Number>
@@ -66,26 +64,26 @@ float Settings::usedSigma() const {
   return sigma.value_or(static_cast<float>(std::max(1.0, maxRadius / 7.0)));
 }
 
-float Settings::usedGradient(const orva::Image& img) const {
+float Settings::usedGradient(const Image& img) const {
   if (gradient) return *gradient;
-  const orva::image<float> g = orva::scalespace::gradient(img, usedSigma(), 1.0F);
+  const image<float> g = scalespace::gradient(img, usedSigma(), 1.0F);
   return relativeGradient * *std::max_element(g.pixels(), g.pixels() + g.npix());
 }
 
-Table voteDirectly(const orva::Image& img, const Settings& s) {
-  CircularVoting voting;
+Table voteDirectly(const Image& img, const Settings& s) {
+  voting::CircularVoting voting;
   voting.setParams(s.polarity, s.minRadius, s.maxRadius, s.usedConeWidth(), s.usedGradient(img),
-                   s.threshold.value_or(s.relativeThreshold), s.usedSigma(), CircularVoting::Power,
-                   s.power, s.edges, s.threshold.has_value());
+                   s.threshold.value_or(s.relativeThreshold), s.usedSigma(),
+                   voting::CircularVoting::Power, s.power, s.edges, s.threshold.has_value());
   voting.saveHistory(!s.history.empty());
   voting.setPrefix(s.history);
   voting.compute(img);
   Table table;
   for (std::size_t i = 0; i < voting.centers().size(); ++i) {
-    const orva::Point& p = voting.centers()[i];
+    const Point& p = voting.centers()[i];
     table.push_back({p.x, p.y, voting.center_weights()[i]});
   }
   return table;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test

@@ -12,7 +12,7 @@
 #include "orva/voting/circularvoting.h"
 #include "tests/apps/pictures.h"
 
-namespace orva_test {
+namespace orva::test {
 
 struct Row {
   int x;
@@ -35,7 +35,7 @@ Table parseCsv(const std::string& text);
 
 // What the command documents as its defaults.
 struct Settings {
-  orva::voting::CircularVoting::RegionType polarity = orva::voting::CircularVoting::Bright;
+  voting::CircularVoting::RegionType polarity = voting::CircularVoting::Bright;
   int minRadius = 1;
   int maxRadius = 20;
   std::optional<int> coneWidth{};   // half of maxRadius, rounded
@@ -50,12 +50,12 @@ struct Settings {
 
   int usedConeWidth() const;
   float usedSigma() const;
-  float usedGradient(const orva::Image& img) const;
+  float usedGradient(const Image& img) const;
 };
 
 // The centres that CircularVoting finds.
-Table voteDirectly(const orva::Image& img, const Settings& settings);
+Table voteDirectly(const Image& img, const Settings& settings);
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -9,7 +9,7 @@
 #include "tests/apps/tables.h"
 #include "tests/apps/tiff_files.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 const std::vector<std::string> kVote{"vote", "--max-radius", "10", "discs"};
@@ -380,4 +380,4 @@ TEST(TiffFile, AnEndlessChainOfPagesEnds) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -4,7 +4,7 @@
 #include <bit>
 #include <stdexcept>
 
-namespace orva_test {
+namespace orva::test {
 namespace {
 
 template <class Sample>
@@ -144,4 +144,4 @@ std::string rawTiff(const std::vector<TiffTag>& tags, const std::string& pixels)
   return file + pixels;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test

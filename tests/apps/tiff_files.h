@@ -12,7 +12,7 @@
 
 #include "tests/apps/pictures.h"
 
-namespace orva_test {
+namespace orva::test {
 
 struct TiffForm {
   std::uint16_t bits = 8;  // 1, 2, 4, 8, 16, 32 or 64
@@ -56,6 +56,6 @@ struct TiffTag {
 };
 std::string rawTiff(const std::vector<TiffTag>& tags, const std::string& pixels);
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

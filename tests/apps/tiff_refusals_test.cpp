@@ -12,9 +12,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-using Arguments = std::vector<std::string>;
-
 constexpr std::uint16_t kUnspecified = EXTRASAMPLE_UNSPECIFIED;
 constexpr std::uint16_t kPremultiplied = EXTRASAMPLE_ASSOCALPHA;
 constexpr std::uint16_t kAlpha = EXTRASAMPLE_UNASSALPHA;

@@ -7,10 +7,8 @@
 #include "tests/apps/pictures.h"
 #include "tests/apps/sandbox.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 bool holds(const std::string& text, const std::string& words) {
   return text.find(words) != std::string::npos;
@@ -206,4 +204,4 @@ TEST(VoteCommand, TheKindOfAFileIsTakenFromItsContent) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

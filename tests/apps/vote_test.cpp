@@ -5,10 +5,8 @@
 #include "tests/apps/sandbox.h"
 #include "tests/apps/tables.h"
 
-namespace orva_test {
+namespace orva::test {
 namespace {
-
-using orva::voting::CircularVoting;
 
 // Bright and dark discs of several sizes and levels on a ground that is not even, so that every
 // setting makes a difference.
@@ -55,8 +53,8 @@ TEST(Vote, DefaultsAreAsDocumented) {
 TEST(Vote, EveryOptionReachesTheLibrary) {
   const std::vector<Case> cases{
       {{"--polarity", "bright"}, {}},
-      {{"--polarity", "dark"}, {.polarity = CircularVoting::Dark}},
-      {{"--polarity", "both"}, {.polarity = CircularVoting::Both}},
+      {{"--polarity", "dark"}, {.polarity = voting::CircularVoting::Dark}},
+      {{"--polarity", "both"}, {.polarity = voting::CircularVoting::Both}},
       {{"--min-radius", "5"}, {.minRadius = 5}},
       {{"--max-radius", "12"}, {.maxRadius = 12}},
       {{"--cone-width", "3"}, {.coneWidth = 3}},
@@ -71,7 +69,7 @@ TEST(Vote, EveryOptionReachesTheLibrary) {
       {{"--power", "2"}, {.power = 2.0F}},
   };
   const Picture picture = scene();
-  const orva::image<unsigned char> img = imageOf<unsigned char>(picture);
+  const image<unsigned char> img = imageOf<unsigned char>(picture);
   const Table usual = voteDirectly(img, {});
   const Sandbox box;
   box.write("scene.pgm", pgm(picture));
@@ -92,22 +90,23 @@ TEST(Vote, AllOptionsGoTogether) {
   const Table table = tableOf(box, {"--polarity", "both", "--min-radius", "2", "--max-radius", "11",
                                     "--cone-width", "7", "--sigma", "1.5", "--gradient", "3",
                                     "--threshold", "12", "--edges", "--power", "0.75"});
-  EXPECT_EQ(table, voteDirectly(imageOf<unsigned char>(scene()), {.polarity = CircularVoting::Both,
-                                                                  .minRadius = 2,
-                                                                  .maxRadius = 11,
-                                                                  .coneWidth = 7,
-                                                                  .sigma = 1.5F,
-                                                                  .gradient = 3.0F,
-                                                                  .threshold = 12.0F,
-                                                                  .edges = true,
-                                                                  .power = 0.75F}));
+  EXPECT_EQ(table,
+            voteDirectly(imageOf<unsigned char>(scene()), {.polarity = voting::CircularVoting::Both,
+                                                           .minRadius = 2,
+                                                           .maxRadius = 11,
+                                                           .coneWidth = 7,
+                                                           .sigma = 1.5F,
+                                                           .gradient = 3.0F,
+                                                           .threshold = 12.0F,
+                                                           .edges = true,
+                                                           .power = 0.75F}));
   EXPECT_FALSE(table.empty());
 }
 
 // The cone width is half the largest radius, halves upward; sigma a seventh, but 1 at least.
 TEST(Vote, WidthAndSigmaFollowTheLargestRadius) {
   const Picture picture = scene();
-  const orva::image<unsigned char> img = imageOf<unsigned char>(picture);
+  const image<unsigned char> img = imageOf<unsigned char>(picture);
   struct Row {
     int maxRadius;
     int coneWidth;
@@ -143,4 +142,4 @@ TEST(Vote, PolaritiesFindTheirDiscs) {
 }
 
 }  // namespace
-}  // namespace orva_test
+}  // namespace orva::test

@@ -8,8 +8,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 struct WholeNumberOption {
   std::vector<std::string> call;
   std::string option;

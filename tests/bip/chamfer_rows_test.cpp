@@ -6,16 +6,8 @@
 #include "tests/bip/pictures.h"
 #include "tests/support/reference/distance.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 // Whether up to eight ones, added one after the other, give what their number gives at once.
 bool sumsAgree(float v) {
@@ -59,7 +51,7 @@ TEST(ChamferRows, MasksOfEveryWidthMatchReference) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.5, 0.97, 0.999}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
-      ASSERT_TRUE(sameImage(orva::bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
+      ASSERT_TRUE(sameImage(bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
     }
   });
 }
@@ -68,7 +60,7 @@ TEST(ChamferRows, LabelsOfEveryWidthMatchReference) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const int most : {0, 3}) {
       const image<short> labels = randomLabels(random, shape, most);
-      ASSERT_TRUE(sameImage(orva::bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
+      ASSERT_TRUE(sameImage(bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
     }
   });
 }
@@ -84,7 +76,7 @@ TEST(ChamferRows, FarLabelsPropagateAsReference) {
     for (const float most : {3.5F, 20000.0F}) {
       image<short> own = labels.duplicate();
       image<short> expected = labels.duplicate();
-      orva::bip::propagate(own, most);
+      bip::propagate(own, most);
       reference::propagate(expected, most);
       ASSERT_TRUE(sameImage(own, expected)) << shape.nx;
     }
@@ -95,7 +87,8 @@ TEST(ChamferRows, ASingleZeroInALargePlane) {
   image<unsigned char> mask = blank<unsigned char>({301, 203});
   std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(9));
   mask.pixels()[17 + 301 * 90] = 0;
-  EXPECT_TRUE(sameImage(orva::bip::fchamfer(mask), reference::fchamfer(mask)));
+  EXPECT_TRUE(sameImage(bip::fchamfer(mask), reference::fchamfer(mask)));
 }
 
 }  // namespace
+}  // namespace orva::test

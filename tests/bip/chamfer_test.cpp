@@ -13,26 +13,9 @@
 #include "tests/support/reference/distance.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva::bip::chamfer;
-using orva::bip::fchamfer;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::isWhole;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::sizesOf;
-
-using Mask = image<unsigned char>;
 using Floats = std::vector<float>;
 
 const float kRoot2 = std::sqrt(2.0F);
@@ -92,7 +75,7 @@ image<short> randomBlocks(Random& random, const Shape& shape) {
 TEST(Fchamfer, CountsAxialAndDiagonalStepsAtTheirLength) {
   Mask mask = full({7, 7});
   mask.setPixel(3, 3, 0.0F);
-  const image<float> distance = fchamfer(mask);
+  const image<float> distance = bip::fchamfer(mask);
   EXPECT_EQ(sizesOf(distance), (std::vector<int>{7, 7, 1, 1, 1}));
   const float a = 1.0F + kRoot2;
   const float d = kRoot2 + kRoot2;
@@ -108,7 +91,7 @@ TEST(Fchamfer, CountsAxialAndDiagonalStepsAtTheirLength) {
 TEST(Fchamfer, OfALonePlaneIsTheShortestPathOfSteps) {
   Mask mask = full({61, 47});
   mask.setPixel(13, 30, 0.0F);
-  const image<float> distance = fchamfer(mask);
+  const image<float> distance = bip::fchamfer(mask);
   for (int y = 1; y < 46; ++y) {
     for (int x = 1; x < 60; ++x) {
       const int a = std::abs(x - 13);
@@ -122,7 +105,7 @@ TEST(Fchamfer, OfALonePlaneIsTheShortestPathOfSteps) {
 TEST(Fchamfer, OfAVolumeGivesThe26NeighboursTheLengthOfTheirSteps) {
   Mask mask = full({7, 6, 5});
   mask.setPixel(3, 3, 2, 0.0F);
-  const image<float> distance = fchamfer(mask);
+  const image<float> distance = bip::fchamfer(mask);
   EXPECT_EQ(sizesOf(distance), (std::vector<int>{7, 6, 5, 1, 1}));
   for (int dz = -1; dz <= 1; ++dz) {
     for (int dy = -1; dy <= 1; ++dy) {
@@ -136,9 +119,9 @@ TEST(Fchamfer, OfAVolumeGivesThe26NeighboursTheLengthOfTheirSteps) {
 }
 
 TEST(Fchamfer, TakesEveryNonZeroByteAsObject) {
-  EXPECT_TRUE(sameImage(fchamfer(imageOf<unsigned char>({5, 3}, {1, 2, 3, 4, 5,      //
-                                                                 0, 1, 254, 128, 0,  //
-                                                                 0, 0, 0, 0, 0})),
+  EXPECT_TRUE(sameImage(bip::fchamfer(imageOf<unsigned char>({5, 3}, {1, 2, 3, 4, 5,      //
+                                                                      0, 1, 254, 128, 0,  //
+                                                                      0, 0, 0, 0, 0})),
                         imageOf<float>({5, 3}, {1, 1, 2, 1, 1,  //
                                                 0, 1, 1, 1, 0,  //
                                                 0, 0, 0, 0, 0})));
@@ -146,10 +129,10 @@ TEST(Fchamfer, TakesEveryNonZeroByteAsObject) {
 
 // The passes leave the border out: it follows at 1 for every step, in one walk of rising index.
 TEST(Fchamfer, OfTheBorderAddsOneForEveryStepDiagonalsIncludedWhichIsIntended) {
-  EXPECT_TRUE(sameImage(fchamfer(maskOf({"####", "#..#", "#..#", "####"})),
+  EXPECT_TRUE(sameImage(bip::fchamfer(maskOf({"####", "#..#", "#..#", "####"})),
                         imageOf<float>({4, 4}, {1, 1, 1, 1, 1, 0, 0, 1, 1, 0, 0, 1, 1, 1, 1, 1})));
   EXPECT_TRUE(
-      sameImage(fchamfer(maskOf({"#####", "#####", "##.##", "#####", "#####"})),
+      sameImage(bip::fchamfer(maskOf({"#####", "#####", "##.##", "#####", "#####"})),
                 imageOf<float>({5, 5}, {kRoot2 + 1, 2, 2, 2, kRoot2 + 1, 2, kRoot2, 1, kRoot2, 2,
                                         2,          1, 0, 1, 2,          2, kRoot2, 1, kRoot2, 2,
                                         kRoot2 + 1, 2, 2, 2, kRoot2 + 1})));
@@ -157,39 +140,39 @@ TEST(Fchamfer, OfTheBorderAddsOneForEveryStepDiagonalsIncludedWhichIsIntended) {
 
 TEST(Fchamfer, OfARowIsReachedOnlyFromTheLeftWhichIsIntended) {
   const Floats row = {kUnknown, kUnknown, 1, 0, 1, 2, 3};
-  EXPECT_EQ(pixelsOf(fchamfer(maskOf({"###.###"}))), row);
+  EXPECT_EQ(pixelsOf(bip::fchamfer(maskOf({"###.###"}))), row);
   Mask column = full({1, 7});
   column.setPixel(3, 0.0F);
-  EXPECT_EQ(pixelsOf(fchamfer(column)), row);
+  EXPECT_EQ(pixelsOf(bip::fchamfer(column)), row);
   Mask depth = full({1, 1, 7});
   depth.setPixel(3, 0.0F);
-  EXPECT_EQ(pixelsOf(fchamfer(depth)), row);
+  EXPECT_EQ(pixelsOf(bip::fchamfer(depth)), row);
 }
 
 TEST(Fchamfer, WithoutBackgroundStaysUnknown) {
   for (const Shape& shape : {Shape{1, 1}, Shape{6, 5}, Shape{6, 5, 2}, Shape{5, 5, 5}}) {
-    const image<float> distance = fchamfer(full(shape));
+    const image<float> distance = bip::fchamfer(full(shape));
     EXPECT_EQ(pixelsOf(distance), Floats(static_cast<std::size_t>(distance.npix()), kUnknown));
     image<short> labels = blank<short>(shape);
-    EXPECT_EQ(pixelsOf(fchamfer(labels)), pixelsOf(distance));
+    EXPECT_EQ(pixelsOf(bip::fchamfer(labels)), pixelsOf(distance));
   }
 }
 
 TEST(Fchamfer, OfABackgroundIsZero) {
-  EXPECT_TRUE(sameImage(fchamfer(blank<unsigned char>({4, 3, 2})), blank<float>({4, 3, 2})));
+  EXPECT_TRUE(sameImage(bip::fchamfer(blank<unsigned char>({4, 3, 2})), blank<float>({4, 3, 2})));
   image<short> labels = blank<short>({4, 3, 2});
   std::fill_n(labels.pixels(), labels.npix(), short{-1});
-  EXPECT_TRUE(sameImage(fchamfer(labels), blank<float>({4, 3, 2})));
+  EXPECT_TRUE(sameImage(bip::fchamfer(labels), blank<float>({4, 3, 2})));
 }
 
 TEST(Fchamfer, OfLabelsStartsAtTheBoundaryWithOne) {
-  EXPECT_TRUE(sameImage(fchamfer(labelsOf({".......",  //
-                                           ".55555.",  //
-                                           ".55555.",  //
-                                           ".55555.",  //
-                                           ".55555.",  //
-                                           ".55555.",  //
-                                           "......."})),
+  EXPECT_TRUE(sameImage(bip::fchamfer(labelsOf({".......",  //
+                                                ".55555.",  //
+                                                ".55555.",  //
+                                                ".55555.",  //
+                                                ".55555.",  //
+                                                ".55555.",  //
+                                                "......."})),
                         imageOf<float>({7, 7}, {0, 0, 0, 0, 0, 0, 0,  //
                                                 0, 1, 1, 1, 1, 1, 0,  //
                                                 0, 1, 2, 2, 2, 1, 0,  //
@@ -201,20 +184,20 @@ TEST(Fchamfer, OfLabelsStartsAtTheBoundaryWithOne) {
 
 // One row of border pixels differs from the rest; values below 0 differ but all are background.
 TEST(Fchamfer, OfLabelsTakesTouchingRegionsAsBoundariesButNotTheImageBorder) {
-  EXPECT_TRUE(sameImage(fchamfer(labelsOf({"0000111",  //
-                                           "0000111",  //
-                                           "0000111"})),
+  EXPECT_TRUE(sameImage(bip::fchamfer(labelsOf({"0000111",  //
+                                                "0000111",  //
+                                                "0000111"})),
                         imageOf<float>({7, 3}, {4, 3, 2, 1, 1, 2, 3,  //
                                                 4, 3, 2, 1, 1, 2, 3,  //
                                                 4, 3, 2, 1, 1, 2, 3})));
-  EXPECT_EQ(pixelsOf(fchamfer(imageOf<short>({5, 1}, {-1, -2, -32768, 0, 0}))),
+  EXPECT_EQ(pixelsOf(bip::fchamfer(imageOf<short>({5, 1}, {-1, -2, -32768, 0, 0}))),
             (Floats{0, 0, 0, 1, 2}));
 }
 
 TEST(Fchamfer, OfALabelVolumeLooksForBoundariesInAllThreeAxes) {
   image<short> labels = blank<short>({5, 5, 5});
   labels.setPixel(2, 2, 4, -1.0F);
-  const image<float> distance = fchamfer(labels);
+  const image<float> distance = bip::fchamfer(labels);
   EXPECT_EQ(distance.pixel(2, 2, 4), 0.0F);
   EXPECT_EQ(distance.pixel(1, 1, 3), 1.0F);
   EXPECT_EQ(distance.pixel(2, 2, 3), 1.0F);
@@ -230,7 +213,7 @@ TEST(Fchamfer, FollowsItsNeighboursFrom9999OnWhichIsIntended) {
     const auto column = [fromLeft](int steps) { return fromLeft ? 1 + steps : 10018 - steps; };
     Mask mask = full({10020, 5});
     mask.setPixel(column(0), 1, 0.0F);
-    const image<float> distance = fchamfer(mask);
+    const image<float> distance = bip::fchamfer(mask);
     EXPECT_TRUE(sameImage(distance, reference::fchamfer(mask)));
     EXPECT_EQ(distance.pixel(column(9998), 1), 9998.0F);
     EXPECT_NEAR(distance.pixel(column(9998), 2), 9998.41F, 0.1);
@@ -245,12 +228,12 @@ TEST(Fchamfer, MeasuresTheFirstVolume) {
     const Mask mask = randomObjects(random, shape);
     Mask first = blank<unsigned char>(volume);
     std::copy_n(mask.pixels(), first.npix(), first.pixels());
-    EXPECT_TRUE(sameImage(fchamfer(mask), fchamfer(first)));
-    EXPECT_TRUE(sameImage(chamfer(mask, false), chamfer(first, false)));
+    EXPECT_TRUE(sameImage(bip::fchamfer(mask), bip::fchamfer(first)));
+    EXPECT_TRUE(sameImage(bip::chamfer(mask, false), bip::chamfer(first, false)));
     const image<short> labels = randomBlocks(random, shape);
     image<short> firstLabels = blank<short>(volume);
     std::copy_n(labels.pixels(), firstLabels.npix(), firstLabels.pixels());
-    EXPECT_TRUE(sameImage(fchamfer(labels), fchamfer(firstLabels)));
+    EXPECT_TRUE(sameImage(bip::fchamfer(labels), bip::fchamfer(firstLabels)));
   }
 }
 
@@ -258,18 +241,18 @@ TEST(Fchamfer, LeavesItsInput) {
   Random random(2);
   const Mask mask = randomObjects(random, {12, 9, 3});
   const Mask before = mask.duplicate();
-  fchamfer(mask);
-  chamfer(mask, true);
+  bip::fchamfer(mask);
+  bip::chamfer(mask, true);
   EXPECT_TRUE(sameImage(mask, before));
 }
 
-void expectRefused(const orva::Image& in, const std::string& message) {
+void expectRefused(const Image& in, const std::string& message) {
   testing::internal::CaptureStderr();
-  EXPECT_TRUE(isWhole(fchamfer(in), kNone));
+  EXPECT_TRUE(isWhole(bip::fchamfer(in), kNone));
   EXPECT_EQ(testing::internal::GetCapturedStderr(), message);
   for (const bool invert : {false, true}) {
     testing::internal::CaptureStderr();
-    EXPECT_TRUE(isWhole(chamfer(in, invert), kNone));
+    EXPECT_TRUE(isWhole(bip::chamfer(in, invert), kNone));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), message);
   }
 }
@@ -287,49 +270,49 @@ TEST(Chamfer, OfOtherPixelTypesIsNullWithAWarning) {
   expectRefused(blank<float>(shape), kFormatMessage);
   expectRefused(blank<int>(shape), kFormatMessage);
   expectRefused(blank<unsigned int>(shape), kFormatMessage);
-  expectRefused(blank<orva_test::Rgb>(shape), kFormatMessage);
-  for (const int format : {-1, static_cast<int>(orva::USHORT), static_cast<int>(orva::SHORTRGB),
-                           static_cast<int>(orva::RGBA), 11}) {
-    expectRefused(orva_test::ForeignImage(format), kFormatMessage);
+  expectRefused(blank<Rgb>(shape), kFormatMessage);
+  for (const int format :
+       {-1, static_cast<int>(USHORT), static_cast<int>(SHORTRGB), static_cast<int>(RGBA), 11}) {
+    expectRefused(ForeignImage(format), kFormatMessage);
   }
 }
 
 TEST(Chamfer, SaysNothingOfWhatItCanMeasure) {
   testing::internal::CaptureStderr();
   testing::internal::CaptureStdout();
-  chamfer(maskOf({"#.#"}), true);
-  chamfer(labelsOf({"0.1"}), false);
+  bip::chamfer(maskOf({"#.#"}), true);
+  bip::chamfer(labelsOf({"0.1"}), false);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST(Chamfer, StretchesTheDistancesTo255) {
-  EXPECT_EQ(pixelsOf(fchamfer(maskOf({".####"}))), (Floats{0, 1, 2, 3, 4}));
-  EXPECT_EQ(pixelsOf(chamfer(maskOf({".####"}), false)),
+  EXPECT_EQ(pixelsOf(bip::fchamfer(maskOf({".####"}))), (Floats{0, 1, 2, 3, 4}));
+  EXPECT_EQ(pixelsOf(bip::chamfer(maskOf({".####"}), false)),
             (std::vector<unsigned char>{0, 63, 127, 191, 255}));
-  EXPECT_EQ(pixelsOf(chamfer(maskOf({".####"}), true)),
+  EXPECT_EQ(pixelsOf(bip::chamfer(maskOf({".####"}), true)),
             (std::vector<unsigned char>{255, 192, 128, 64, 0}));
 }
 
 TEST(Chamfer, OfEqualDistancesIsZeroOrInverted255) {
   for (const Mask& mask : {full({4, 3}), blank<unsigned char>({4, 3})}) {
-    EXPECT_EQ(pixelsOf(chamfer(mask, false)), std::vector<unsigned char>(12, 0));
-    EXPECT_EQ(pixelsOf(chamfer(mask, true)), std::vector<unsigned char>(12, 255));
+    EXPECT_EQ(pixelsOf(bip::chamfer(mask, false)), std::vector<unsigned char>(12, 0));
+    EXPECT_EQ(pixelsOf(bip::chamfer(mask, true)), std::vector<unsigned char>(12, 255));
   }
 }
 
 template <class T>
 void expectMatchesReference(const image<T>& img) {
   const image<float> distance = reference::fchamfer(img);
-  EXPECT_TRUE(sameImage(fchamfer(img), distance));
+  EXPECT_TRUE(sameImage(bip::fchamfer(img), distance));
   for (const bool invert : {false, true}) {
-    EXPECT_TRUE(sameImage(chamfer(img, invert), reference::chamferBytes(distance, invert)));
+    EXPECT_TRUE(sameImage(bip::chamfer(img, invert), reference::chamferBytes(distance, invert)));
   }
 }
 
 TEST(Chamfer, MatchesReferenceForOddShapesAndEveryWidth) {
   Random random(3);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     expectMatchesReference(randomObjects(random, shape));
     expectMatchesReference(randomBlocks(random, shape));
     expectMatchesReference(randomLabels(random, shape, 2));
@@ -358,10 +341,11 @@ TEST(Chamfer, MatchesReferenceForManyVolumes) {
 TEST(Chamfer, OfNegativeSizesWithAPositiveProductIsNull) {
   Mask mask(5, 5, -1, -1, 1);
   ASSERT_EQ(mask.npix(), 25);
-  EXPECT_TRUE(isWhole(fchamfer(mask), {5, 5, 0, 1, 1}));
-  EXPECT_TRUE(isWhole(fchamfer(image<short>(5, 5, -1, -1, 1)), {5, 5, 0, 1, 1}));
-  EXPECT_TRUE(fchamfer(Mask(-1, -5, 1, 1, 1)).isNull());
-  EXPECT_TRUE(chamfer(mask, true).isNull());
+  EXPECT_TRUE(isWhole(bip::fchamfer(mask), {5, 5, 0, 1, 1}));
+  EXPECT_TRUE(isWhole(bip::fchamfer(image<short>(5, 5, -1, -1, 1)), {5, 5, 0, 1, 1}));
+  EXPECT_TRUE(bip::fchamfer(Mask(-1, -5, 1, 1, 1)).isNull());
+  EXPECT_TRUE(bip::chamfer(mask, true).isNull());
 }
 
 }  // namespace
+}  // namespace orva::test

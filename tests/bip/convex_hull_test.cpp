@@ -14,23 +14,8 @@
 #include "tests/support/reference/hull.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::isWhole;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
 
 constexpr int kMost = std::numeric_limits<int>::max();
 constexpr int kLeast = std::numeric_limits<int>::min();
@@ -50,14 +35,14 @@ image<short> hull(const image<short>& labels, int precision, std::string& printe
   return heard(
       [&] {
         image<short> result = labels.duplicate();
-        orva::bip::convexHull(result, precision);
+        bip::convexHull(result, precision);
         return result;
       },
       printed);
 }
 
 image<short> hull(const Mask& mask, int precision, std::string& printed) {
-  return heard([&] { return orva::bip::convexHull(mask, precision); }, printed);
+  return heard([&] { return bip::convexHull(mask, precision); }, printed);
 }
 
 template <class T>
@@ -234,8 +219,7 @@ TEST(ConvexHull, PrintsTheNumberOfRegions) {
 }
 
 TEST(ConvexHull, PrintsTheNumberPlainlyWhateverTheLocaleOfTheStream) {
-  const std::locale before =
-      std::cout.imbue(std::locale(std::locale(), new orva_test::ForeignDigits));
+  const std::locale before = std::cout.imbue(std::locale(std::locale(), new ForeignDigits));
   std::string printed;
   hull(imageOf<short>({1, 1}, {4999}), 10, printed);
   std::cout.imbue(before);
@@ -330,14 +314,14 @@ void expectMatchesReference(const image<short>& labels, const Mask& mask,
   for (const int precision : precisions) {
     std::string printed;
     EXPECT_TRUE(sameImage(hull(labels, precision, printed), referenceHull(labels, precision)));
-    EXPECT_EQ(printed, std::to_string(orva::bip::regionNumber(labels)) + " regions detected.\n");
+    EXPECT_EQ(printed, std::to_string(bip::regionNumber(labels)) + " regions detected.\n");
     EXPECT_TRUE(sameImage(hull(mask, precision), reference::convexHull(mask, precision)));
   }
 }
 
 TEST(ConvexHull, MatchesReferenceForOddShapesAndEveryWidth) {
   Random random(3);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     const Mask mask = randomMask(random, shape, 0.1 * randomInt(random, 2, 8));
     const bool isVolume = shape.nz > 1;
     expectMatchesReference(randomLabels(random, shape, 2), mask, {3, isVolume ? 5 : 17});
@@ -360,3 +344,4 @@ TEST(ConvexHull, MatchesReferenceForManyPlanesAndVolumes) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -18,20 +18,8 @@
 #include "tests/support/images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::framed;
-using orva_test::planeTurns;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::volumeTurns;
-
-using Mask = image<unsigned char>;
-using Labels = image<short>;
 
 // A sum of at most 60 steps below 100 is off by at most 60 * 100 * 2^-24.
 constexpr float kPathError = 4e-4F;
@@ -41,10 +29,10 @@ const Shape kInner[] = {{24, 19}, {30, 7}, {11, 10, 8}};
 
 template <class T>
 image<T> withGround(const image<T>& img, T ground) {
-  return orva_test::composed<T>(orva_test::shapeOf(img), [&](int x, int y, int f) {
+  return composed<T>(shapeOf(img), [&](int x, int y, int f) {
     const bool border = x == 0 || y == 0 || x == img.nx() - 1 || y == img.ny() - 1 ||
                         (img.nz() > 1 && (f == 0 || f == img.nz() - 1));
-    return border ? ground : orva_test::pixelAt(img, x, y, f);
+    return border ? ground : pixelAt(img, x, y, f);
   });
 }
 
@@ -53,10 +41,10 @@ TEST(TurnedMasks, HaveTurnedDistances) {
   for (const Shape& shape : kInner) {
     for (int round = 0; round < 10; ++round) {
       const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.97), 0);
-      const image<float> distance = orva::bip::fchamfer(mask);
+      const image<float> distance = bip::fchamfer(mask);
       EXPECT_LT(distance.max(), 100.0F);
       for (std::size_t t = 0; t < 4; ++t) {
-        const image<float> turned = orva::bip::fchamfer(volumeTurns<unsigned char>()[t](mask));
+        const image<float> turned = bip::fchamfer(volumeTurns<unsigned char>()[t](mask));
         const image<float> back = volumeTurns<float>()[t](turned);
         for (int i = 0; i < back.npix(); ++i) {
           ASSERT_NEAR(back.pixels()[i], distance.pixels()[i], kPathError) << i;
@@ -70,10 +58,10 @@ TEST(TurnedLabels, HaveTurnedDistances) {
   Random random(317);
   for (const Shape& shape : kInner) {
     for (int round = 0; round < 10; ++round) {
-      const Labels labels = withGround<short>(orva_test::randomLabels(random, shape, 1), -1);
-      const image<float> distance = orva::bip::fchamfer(labels);
+      const Labels labels = withGround<short>(randomLabels(random, shape, 1), -1);
+      const image<float> distance = bip::fchamfer(labels);
       for (std::size_t t = 0; t < 4; ++t) {
-        const image<float> turned = orva::bip::fchamfer(volumeTurns<short>()[t](labels));
+        const image<float> turned = bip::fchamfer(volumeTurns<short>()[t](labels));
         const image<float> back = volumeTurns<float>()[t](turned);
         for (int i = 0; i < back.npix(); ++i) {
           ASSERT_NEAR(back.pixels()[i], distance.pixels()[i], kPathError) << i;
@@ -87,29 +75,29 @@ TEST(FramedMasks, HaveTheSameDistancesWhereverTheyLie) {
   Random random(311);
   for (int round = 0; round < 10; ++round) {
     const Mask mask = withGround<unsigned char>(randomMask(random, {21, 16}, 0.95), 0);
-    EXPECT_TRUE(sameImage(orva::bip::fchamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0)),
-                          framed(orva::bip::fchamfer(mask), 33, 30, 6, round, 0.0F)));
+    EXPECT_TRUE(sameImage(bip::fchamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0)),
+                          framed(bip::fchamfer(mask), 33, 30, 6, round, 0.0F)));
     for (const unsigned char ground : {std::uint8_t{0}, std::uint8_t{255}}) {
-      EXPECT_TRUE(sameImage(
-          orva::bip::chamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0), ground == 255),
-          framed(orva::bip::chamfer(mask, ground == 255), 33, 30, 6, round, ground)));
+      EXPECT_TRUE(
+          sameImage(bip::chamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0), ground == 255),
+                    framed(bip::chamfer(mask, ground == 255), 33, 30, 6, round, ground)));
     }
   }
 }
 
 template <class T>
 image<T> turnedOver(const image<T>& img) {
-  return orva_test::flipped(orva_test::upsideDown(orva_test::backToFront(img)));
+  return flipped(upsideDown(backToFront(img)));
 }
 
 // What the exception is: one step of it is taken next to the background. The shortest way over two
 // more without another is by three steps, each along two of the axes.
 TEST(Volumes, HaveOneDiagonalThatNoPassFollows) {
   const auto distanceTo = [](int dx, int dy, int dz) {
-    Mask mask = orva_test::composed<unsigned char>(
+    Mask mask = composed<unsigned char>(
         {13, 13, 13}, [](int, int, int) { return static_cast<unsigned char>(255); });
     mask.setPixel(6, 6, 6, 0.0F);
-    return orva::bip::fchamfer(mask).pixel(6 + dx, 6 + dy, 6 + dz);
+    return bip::fchamfer(mask).pixel(6 + dx, 6 + dy, 6 + dz);
   };
   const float straight = 3.0F * std::sqrt(3.0F);
   const float detour = std::sqrt(3.0F) + 3.0F * std::sqrt(2.0F);
@@ -127,11 +115,10 @@ TEST(TurnedVolumes, OfMuchObjectHaveDistancesWithTheirDiagonal) {
   const Shape shape{15, 13, 12};
   for (int round = 0; round < 10; ++round) {
     const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.998), 255);
-    const image<float> distance = orva::bip::fchamfer(mask);
-    const auto isInner = orva::Image::interior(shape.nx, shape.ny, shape.nz);
-    const image<float> backs[] = {
-        orva_test::transposed(orva::bip::fchamfer(orva_test::transposed(mask))),
-        turnedOver(orva::bip::fchamfer(turnedOver(mask)))};
+    const image<float> distance = bip::fchamfer(mask);
+    const auto isInner = Image::interior(shape.nx, shape.ny, shape.nz);
+    const image<float> backs[] = {transposed(bip::fchamfer(transposed(mask))),
+                                  turnedOver(bip::fchamfer(turnedOver(mask)))};
     for (const image<float>& back : backs) {
       for (int i = 0; i < back.npix(); ++i) {
         if (isInner[static_cast<std::size_t>(i)]) {
@@ -148,10 +135,10 @@ TEST(TurnedMasks, HaveTurnedBytesOfDistances) {
   for (const Shape& shape : kInner) {
     const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.97), 0);
     for (const bool invert : {false, true}) {
-      const Mask bytes = orva::bip::chamfer(mask, invert);
+      const Mask bytes = bip::chamfer(mask, invert);
       ASSERT_EQ(bytes.fmax() - bytes.fmin(), 255.0F);
       for (const auto turn : volumeTurns<unsigned char>()) {
-        const Mask back = turn(orva::bip::chamfer(turn(mask), invert));
+        const Mask back = turn(bip::chamfer(turn(mask), invert));
         for (int i = 0; i < back.npix(); ++i) {
           ASSERT_NEAR(back.pixels()[i], bytes.pixels()[i], 1) << i;
         }
@@ -162,7 +149,7 @@ TEST(TurnedMasks, HaveTurnedBytesOfDistances) {
 
 Labels spread(const Labels& seeds, float farthest) {
   Labels result = seeds.duplicate();
-  orva::bip::propagate(result, farthest);
+  bip::propagate(result, farthest);
   return result;
 }
 
@@ -170,7 +157,7 @@ constexpr int kSeeds = 4;
 
 // Single pixels of each label, no nearer to the border than `margin`.
 Labels someSeeds(Random& random, const Shape& shape, int margin) {
-  Labels seeds = orva_test::composed<short>(shape, [](int, int, int) { return short{-1}; });
+  Labels seeds = composed<short>(shape, [](int, int, int) { return short{-1}; });
   for (short k = 0; k < kSeeds; ++k) {
     seeds.setPixel(randomInt(random, margin, shape.nx - 1 - margin),
                    randomInt(random, margin, shape.ny - 1 - margin),
@@ -183,9 +170,9 @@ Labels someSeeds(Random& random, const Shape& shape, int margin) {
 std::vector<bool> areClear(const Labels& seeds) {
   std::vector<image<float>> distances;
   for (short k = 0; k < kSeeds; ++k) {
-    Mask others = orva_test::blank<unsigned char>(orva_test::shapeOf(seeds));
+    Mask others = blank<unsigned char>(shapeOf(seeds));
     for (int i = 0; i < others.npix(); ++i) others.pixels()[i] = seeds.pixels()[i] == k ? 0 : 255;
-    distances.push_back(orva::bip::fchamfer(others));
+    distances.push_back(bip::fchamfer(others));
   }
   std::vector<bool> result = seeds.interior();
   for (int i = 0; i < seeds.npix(); ++i) {
@@ -199,8 +186,7 @@ std::vector<bool> areClear(const Labels& seeds) {
 
 TEST(TurnedLabels, AreSpreadToTheSamePixels) {
   Random random(312);
-  const std::vector<orva_test::Turned<short>> ofVolumes = {orva_test::transposed<short>,
-                                                           turnedOver<short>};
+  const std::vector<Turned<short>> ofVolumes = {transposed<short>, turnedOver<short>};
   for (const Shape& shape : {Shape{26, 21}, Shape{14, 12, 9}}) {
     for (int round = 0; round < 12; ++round) {
       const Labels seeds = someSeeds(random, shape, 1);
@@ -234,3 +220,4 @@ TEST(FramedLabels, AreSpreadToTheSamePixelsWhereverTheyLie) {
 }
 
 }  // namespace
+}  // namespace orva::test

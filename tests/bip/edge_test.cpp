@@ -10,23 +10,8 @@
 #include "tests/support/reference/bip.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Point;
-using orva_test::blank;
-using orva_test::flipped;
-using orva_test::ForeignImage;
-using orva_test::imageOf;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::transposed;
 
 const auto& emptyMask() {
   static const image<unsigned char> empty = blank<unsigned char>({0, 1});
@@ -54,29 +39,27 @@ image<T> randomSteps(Random& random, const Shape& shape) {
 TYPED_TEST(EdgeOf, AConstantImageIsZero) {
   image<TypeParam> img = blank<TypeParam>({6, 5});
   std::fill_n(img.pixels(), img.npix(), static_cast<TypeParam>(77));
-  EXPECT_TRUE(sameImage(orva::bip::edge(img), blank<unsigned char>({6, 5})));
+  EXPECT_TRUE(sameImage(bip::edge(img), blank<unsigned char>({6, 5})));
 }
 
 TYPED_TEST(EdgeOf, AVerticalStepMarksBothItsSidesOffTheBorder) {
   image<TypeParam> img = blank<TypeParam>({8, 4});
   for (int i = 0; i < img.npix(); ++i) img.pixels()[i] = static_cast<TypeParam>(i % 8 > 3 ? 9 : 5);
-  EXPECT_TRUE(
-      sameImage(orva::bip::edge(img), maskOf({"........", "...##...", "...##...", "........"})));
+  EXPECT_TRUE(sameImage(bip::edge(img), maskOf({"........", "...##...", "...##...", "........"})));
 }
 
 TYPED_TEST(EdgeOf, ASingleOddPixelMarksItAndNotItsNeighboursWhichIsIntended) {
   image<TypeParam> img = blank<TypeParam>({5, 5});
   img.setPixel(2, 2, 1.0F);
-  EXPECT_TRUE(
-      sameImage(orva::bip::edge(img), maskOf({".....", ".....", "..#..", ".....", "....."})));
+  EXPECT_TRUE(sameImage(bip::edge(img), maskOf({".....", ".....", "..#..", ".....", "....."})));
 }
 
 TYPED_TEST(EdgeOf, TwoDifferentNeighboursAreEnough) {
   image<TypeParam> img = blank<TypeParam>({3, 3});
   img.setPixel(0, 0, 1.0F);
-  EXPECT_TRUE(sameImage(orva::bip::edge(img), blank<unsigned char>({3, 3})));
+  EXPECT_TRUE(sameImage(bip::edge(img), blank<unsigned char>({3, 3})));
   img.setPixel(2, 1, 2.0F);
-  EXPECT_TRUE(sameImage(orva::bip::edge(img), maskOf({"...", ".#.", "..."})));
+  EXPECT_TRUE(sameImage(bip::edge(img), maskOf({"...", ".#.", "..."})));
 }
 
 TYPED_TEST(EdgeOf, AStackLooksAtPlaneZeroOnly) {
@@ -84,14 +67,13 @@ TYPED_TEST(EdgeOf, AStackLooksAtPlaneZeroOnly) {
   for (const Shape& shape : {Shape{7, 6, 3}, Shape{7, 6, 1, 2}, Shape{7, 6, 2, 2, 2}}) {
     const auto img = randomSteps<TypeParam>(random, shape);
     const std::vector<TypeParam> plane(img.pixels(), img.pixels() + 42);
-    EXPECT_TRUE(
-        sameImage(orva::bip::edge(img), orva::bip::edge(imageOf<TypeParam>({7, 6}, plane))));
+    EXPECT_TRUE(sameImage(bip::edge(img), bip::edge(imageOf<TypeParam>({7, 6}, plane))));
   }
 }
 
 TYPED_TEST(EdgeOf, ANullImageIsEmpty) {
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}}) {
-    EXPECT_TRUE(sameImage(orva::bip::edge(blank<TypeParam>(shape)), emptyMask()));
+    EXPECT_TRUE(sameImage(bip::edge(blank<TypeParam>(shape)), emptyMask()));
   }
 }
 
@@ -100,9 +82,9 @@ TYPED_TEST(EdgeOf, EveryWidthMatchesReference) {
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 9)};
     const auto steps = randomSteps<TypeParam>(random, shape);
-    EXPECT_TRUE(sameImage(orva::bip::edge(steps), reference::edge(steps)));
+    EXPECT_TRUE(sameImage(bip::edge(steps), reference::edge(steps)));
     const auto any = randomImage<TypeParam>(random, shape);
-    EXPECT_TRUE(sameImage(orva::bip::edge(any), reference::edge(any)));
+    EXPECT_TRUE(sameImage(bip::edge(any), reference::edge(any)));
   }
 }
 
@@ -110,8 +92,8 @@ TYPED_TEST(EdgeOf, ATurnedImageIsTurned) {
   Random random(3);
   for (int round = 0; round < 20; ++round) {
     const auto img = randomSteps<TypeParam>(random, {randomInt(random, 1, 40), 15});
-    EXPECT_TRUE(sameImage(orva::bip::edge(flipped(img)), flipped(orva::bip::edge(img))));
-    EXPECT_TRUE(sameImage(orva::bip::edge(transposed(img)), transposed(orva::bip::edge(img))));
+    EXPECT_TRUE(sameImage(bip::edge(flipped(img)), flipped(bip::edge(img))));
+    EXPECT_TRUE(sameImage(bip::edge(transposed(img)), transposed(bip::edge(img))));
   }
 }
 
@@ -119,31 +101,29 @@ TEST(Edge, NaNDiffersFromEverything) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   image<float> img = blank<float>({5, 5});
   std::fill_n(img.pixels(), img.npix(), nan);
-  EXPECT_TRUE(
-      sameImage(orva::bip::edge(img), maskOf({".....", ".###.", ".###.", ".###.", "....."})));
+  EXPECT_TRUE(sameImage(bip::edge(img), maskOf({".....", ".###.", ".###.", ".###.", "....."})));
   std::fill_n(img.pixels(), img.npix(), 1.0F);
   img.setPixel(2, 2, nan);
-  EXPECT_TRUE(
-      sameImage(orva::bip::edge(img), maskOf({".....", ".....", "..#..", ".....", "....."})));
+  EXPECT_TRUE(sameImage(bip::edge(img), maskOf({".....", ".....", "..#..", ".....", "....."})));
 }
 
 TEST(Edge, NegativeZeroEqualsZeroAndInfinitiesEqualThemselves) {
   const float inf = std::numeric_limits<float>::infinity();
   const auto zeros = imageOf<float>({3, 3}, {0, -0.0F, 0, -0.0F, 0, -0.0F, 0, 0, -0.0F});
-  EXPECT_TRUE(sameImage(orva::bip::edge(zeros), blank<unsigned char>({3, 3})));
+  EXPECT_TRUE(sameImage(bip::edge(zeros), blank<unsigned char>({3, 3})));
   const auto infinite = imageOf<float>({3, 3}, {inf, inf, inf, inf, inf, inf, inf, inf, -inf});
-  EXPECT_TRUE(sameImage(orva::bip::edge(infinite), blank<unsigned char>({3, 3})));
+  EXPECT_TRUE(sameImage(bip::edge(infinite), blank<unsigned char>({3, 3})));
 }
 
 TEST(Edge, OfOtherPixelTypesIsEmpty) {
   Random random(4);
-  EXPECT_TRUE(sameImage(orva::bip::edge(randomImage<unsigned int>(random, {5, 5})), emptyMask()));
-  EXPECT_TRUE(sameImage(orva::bip::edge(randomImage<orva_test::Rgb>(random, {5, 5})), emptyMask()));
+  EXPECT_TRUE(sameImage(bip::edge(randomImage<unsigned int>(random, {5, 5})), emptyMask()));
+  EXPECT_TRUE(sameImage(bip::edge(randomImage<Rgb>(random, {5, 5})), emptyMask()));
 }
 
 TEST(Edge, OfAnImageThatIsNotOfItsFormatsTypeIsEmpty) {
   for (int format = -1; format <= 11; ++format) {
-    EXPECT_TRUE(sameImage(orva::bip::edge(ForeignImage(format)), emptyMask())) << format;
+    EXPECT_TRUE(sameImage(bip::edge(ForeignImage(format)), emptyMask())) << format;
   }
 }
 
@@ -161,29 +141,28 @@ std::vector<std::vector<std::pair<int, int>>> coordinates(const Lists& lists) {
 TEST(Boundaries, ListTheEdgePixelsOfEveryRegionRowByRow) {
   const std::vector<std::vector<std::pair<int, int>>> expected = {
       {{2, 1}, {2, 2}, {2, 3}}, {}, {{3, 1}, {3, 2}, {3, 3}}};
-  EXPECT_EQ(coordinates(orva::bip::boundaries(
-                labelsOf({"000222", "000222", "000222", "000222", "000222"}))),
-            expected);
+  EXPECT_EQ(
+      coordinates(bip::boundaries(labelsOf({"000222", "000222", "000222", "000222", "000222"}))),
+      expected);
 }
 
 TEST(Boundaries, LeaveOutBackgroundAndTheBorder) {
   const std::vector<std::vector<std::pair<int, int>>> expected = {{{2, 1}, {1, 2}, {2, 2}, {2, 3}}};
-  EXPECT_EQ(
-      coordinates(orva::bip::boundaries(labelsOf({".....", "..0..", "000..", "..0..", "....."}))),
-      expected);
+  EXPECT_EQ(coordinates(bip::boundaries(labelsOf({".....", "..0..", "000..", "..0..", "....."}))),
+            expected);
 }
 
 TEST(Boundaries, OfNothingAreEmpty) {
-  EXPECT_TRUE(orva::bip::boundaries(blank<short>({0, 1})).empty());
-  EXPECT_TRUE(orva::bip::boundaries(blank<short>({5, 5, 0})).empty());
-  EXPECT_TRUE(orva::bip::boundaries(labelsOf({"...", "...", "..."})).empty());
-  EXPECT_EQ(coordinates(orva::bip::boundaries(labelsOf({"01"}))), coordinates(Lists{{}, {}}));
+  EXPECT_TRUE(bip::boundaries(blank<short>({0, 1})).empty());
+  EXPECT_TRUE(bip::boundaries(blank<short>({5, 5, 0})).empty());
+  EXPECT_TRUE(bip::boundaries(labelsOf({"...", "...", "..."})).empty());
+  EXPECT_EQ(coordinates(bip::boundaries(labelsOf({"01"}))), coordinates(Lists{{}, {}}));
 }
 
 TEST(Boundaries, ListsHaveNoSpareCapacity) {
   Random random(7);
-  for (const Lists& lists : {orva::bip::boundaries(randomLabels(random, {61, 47}, 9)),
-                             orva::bip::boundaries(blank<short>({5, 5}))}) {
+  for (const Lists& lists : {bip::boundaries(randomLabels(random, {61, 47}, 9)),
+                             bip::boundaries(blank<short>({5, 5}))}) {
     ASSERT_FALSE(lists.empty());
     for (const std::vector<Point>& list : lists) EXPECT_EQ(list.capacity(), list.size());
   }
@@ -193,7 +172,7 @@ TEST(Boundaries, OfAStackAreThoseOfPlaneZeroWithAListForEveryLabel) {
   Random random(5);
   image<short> labels = randomLabels(random, {9, 8, 2}, 3);
   labels.setPixel(4, 4, 1, 6.0F);
-  const Lists lists = orva::bip::boundaries(labels);
+  const Lists lists = bip::boundaries(labels);
   EXPECT_EQ(lists.size(), 7U);
   EXPECT_TRUE(lists.back().empty());
   EXPECT_EQ(coordinates(lists), coordinates(reference::boundaries(labels)));
@@ -203,9 +182,9 @@ TEST(Boundaries, MatchReference) {
   Random random(6);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto labels = randomLabels(random, {nx, randomInt(random, 1, 10)}, 4);
-    EXPECT_EQ(coordinates(orva::bip::boundaries(labels)),
-              coordinates(reference::boundaries(labels)));
+    EXPECT_EQ(coordinates(bip::boundaries(labels)), coordinates(reference::boundaries(labels)));
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,19 +12,8 @@
 #include "tests/support/reference/selection.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::NEIGHBORHOOD_4;
-using orva::NEIGHBORHOOD_8;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 // Planes of every width, and volumes.
 template <class Check>
@@ -37,14 +26,14 @@ void forEveryWidth(Check check) {
 }
 
 template <class T>
-void expectSameRegions(const image<T>& in, int value, orva::NeighborhoodType type) {
+void expectSameRegions(const image<T>& in, int value, NeighborhoodType type) {
   int n = -1;
   int expected = -1;
   if constexpr (sizeof(T) == 1) {
-    const image<short> labels = orva::bip::regions(in, n, value, 1, type);
+    const image<short> labels = bip::regions(in, n, value, 1, type);
     ASSERT_TRUE(sameImage(labels, reference::regions(in, expected, value, 1, type))) << in.nx();
   } else {
-    const image<short> labels = orva::bip::regions(in, n);
+    const image<short> labels = bip::regions(in, n);
     ASSERT_TRUE(sameImage(labels, reference::regions(in, expected))) << in.nx();
   }
   ASSERT_EQ(n, expected);
@@ -122,16 +111,16 @@ TEST(EveryWidth, SpiralsAndCombs) {
       comb.pixels()[i] = i % size % 2 == 0 || i / size == size - 1 ? 255 : 0;
     }
     expectSameRegions(comb, 255, NEIGHBORHOOD_4);
-    expectSameRegions(orva_test::transposed(comb), 255, NEIGHBORHOOD_8);
+    expectSameRegions(transposed(comb), 255, NEIGHBORHOOD_8);
   }
 }
 
-void expectSameFeatures(const image<short>& labels, int n, const orva::Image& brightness) {
-  const auto own = orva::bip::regionFeatures(labels, n, brightness);
+void expectSameFeatures(const image<short>& labels, int n, const Image& brightness) {
+  const auto own = bip::regionFeatures(labels, n, brightness);
   const auto expected = reference::regionFeatures(labels, n, &brightness);
   ASSERT_EQ(own.size(), expected.size());
   for (std::size_t k = 0; k < own.size(); ++k) {
-    const auto numbers = [](const orva::RegionFeature& f) {
+    const auto numbers = [](const RegionFeature& f) {
       return std::vector<int>{f.xmin, f.xmax, f.ymin, f.ymax, f.zmin,  f.zmax,
                               f.cx,   f.cy,   f.cz,   f.npix, f.radius};
     };
@@ -139,7 +128,7 @@ void expectSameFeatures(const image<short>& labels, int n, const orva::Image& br
     ASSERT_EQ(own[k].mean, expected[k].mean);
     ASSERT_EQ(own[k].var, expected[k].var);
   }
-  ASSERT_EQ(orva::bip::regionIntensityArrays(labels, n, brightness, false),
+  ASSERT_EQ(bip::regionIntensityArrays(labels, n, brightness, false),
             reference::regionIntensityArrays(labels, n, brightness, false));
 }
 
@@ -154,7 +143,7 @@ TEST(EveryWidth, RegionFeaturesOfEveryPixelType) {
       expectSameFeatures(labels, n, randomImage<int>(random, shape));
       expectSameFeatures(labels, n, randomImage<unsigned int>(random, shape));
       expectSameFeatures(labels, n, randomImage<float>(random, shape));
-      expectSameFeatures(labels, n, randomImage<orva_test::Rgb>(random, shape));
+      expectSameFeatures(labels, n, randomImage<Rgb>(random, shape));
     }
   });
 }
@@ -175,16 +164,16 @@ TEST(EveryWidth, ErosionAndDilation) {
       for (const bool isMask : {true, false}) {
         if (!isMask) mask.pixels()[randomInt(random, 0, mask.npix() - 1)] = 254;
         expectSameChange(
-            mask, [](auto& m) { orva::bip::erode(m); }, [](auto& m) { reference::erode(m); });
+            mask, [](auto& m) { bip::erode(m); }, [](auto& m) { reference::erode(m); });
         expectSameChange(
-            mask, [](auto& m) { orva::bip::dilate(m); }, [](auto& m) { reference::dilate(m); });
+            mask, [](auto& m) { bip::dilate(m); }, [](auto& m) { reference::dilate(m); });
       }
       expectSameChange(
-          mask, [](auto& m) { orva::bip::removeInternalStructures(m); },
+          mask, [](auto& m) { bip::removeInternalStructures(m); },
           [](auto& m) { reference::removeInternalStructures(m); });
     }
     expectSameChange(
-        randomLabels(random, shape, 1), [](auto& m) { orva::bip::erode(m); },
+        randomLabels(random, shape, 1), [](auto& m) { bip::erode(m); },
         [](auto& m) { reference::erode(m); });
   });
 }
@@ -197,7 +186,7 @@ void expectSameEdges(Random& random, const Shape& shape) {
   if constexpr (std::is_same_v<T, float>) {
     img.pixels()[randomInt(random, 0, img.npix() - 1)] = std::nanf("");
   }
-  ASSERT_TRUE(sameImage(orva::bip::edge(img), reference::edge(img))) << shape.nx;
+  ASSERT_TRUE(sameImage(bip::edge(img), reference::edge(img))) << shape.nx;
 }
 
 TEST(EveryWidth, EdgesOfEveryPixelType) {
@@ -217,10 +206,10 @@ void expectSameThresholds(Random& random, const Shape& shape) {
   for (const float t :
        {0.0F, -0.5F, 0.5F, 100.0F, 100.25F, 254.5F, 255.0F, 255.5F, 32766.5F, 32767.0F, 32768.0F,
         -32768.0F, -32768.5F, -40000.0F, 1e9F, kInfinity, -kInfinity, std::nanf("")}) {
-    ASSERT_TRUE(sameImage(orva::bip::threshold(img, t), reference::threshold(img, t))) << t;
+    ASSERT_TRUE(sameImage(bip::threshold(img, t), reference::threshold(img, t))) << t;
   }
   const float own = img.pixel(img.npix() / 2);
-  ASSERT_TRUE(sameImage(orva::bip::threshold(img, own), reference::threshold(img, own)));
+  ASSERT_TRUE(sameImage(bip::threshold(img, own), reference::threshold(img, own)));
 }
 
 TEST(EveryWidth, ThresholdsOfEveryPixelType) {
@@ -230,21 +219,21 @@ TEST(EveryWidth, ThresholdsOfEveryPixelType) {
     expectSameThresholds<int>(random, shape);
     expectSameThresholds<unsigned int>(random, shape);
     expectSameThresholds<float>(random, shape);
-    expectSameThresholds<orva_test::Rgb>(random, shape);
+    expectSameThresholds<Rgb>(random, shape);
   });
 }
 
 TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
   Random random(9);
-  const orva_test::NegativeImage img(randomImage<short>(random, {70, 40}));
-  EXPECT_TRUE(sameImage(orva::bip::threshold(img, 50.0F), reference::threshold(img, 50.0F)));
+  const NegativeImage img(randomImage<short>(random, {70, 40}));
+  EXPECT_TRUE(sameImage(bip::threshold(img, 50.0F), reference::threshold(img, 50.0F)));
   expectSameFeatures(randomLabels(random, {70, 40}, 4), 5, img);
 
   const image<short> labels = randomLabels(random, {70, 40}, 4);
   image<short> negated = labels.duplicate();
   for (int i = 0; i < labels.npix(); ++i) negated.setPixel(i, -labels.pixel(i));
-  EXPECT_TRUE(sameImage(orva::bip::fchamfer(orva_test::NegativeImage(labels)),
-                        reference::fchamfer(negated)));
+  EXPECT_TRUE(sameImage(bip::fchamfer(NegativeImage(labels)), reference::fchamfer(negated)));
 }
 
 }  // namespace
+}  // namespace orva::test

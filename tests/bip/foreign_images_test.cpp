@@ -12,8 +12,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // One row of six pixels: 0, 255, 0, 255, 0, 255 in memory, and others when asked for.
 RawImage disagreeing(const std::vector<float>& pixels) {
   return {Shape{6, 1}, BYTE, std::vector<unsigned char>{0, 255, 0, 255, 0, 255}, pixels};

@@ -15,33 +15,24 @@
 #include "tests/support/images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::framed;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::Shape;
-using orva_test::unframed;
-
-using Labels = image<short>;
 
 constexpr double kPi = 3.14159265358979;
 
 struct Case {
   Shape shape;
   int precision;
-  std::vector<orva_test::Turned<short>> turns;
+  std::vector<Turned<short>> turns;
 };
 
 std::vector<Case> cases() {
-  return {{{40, 34}, 20, orva_test::planeTurns<short>()},
-          {{15, 14, 12}, 4, orva_test::volumeTurns<short>()}};
+  return {{{40, 34}, 20, planeTurns<short>()}, {{15, 14, 12}, 4, volumeTurns<short>()}};
 }
 
 // One region of pixels anywhere, the border included.
 Labels somePoints(Random& random, const Shape& shape) {
-  Labels labels = orva_test::composed<short>(shape, [](int, int, int) { return short{-1}; });
+  Labels labels = composed<short>(shape, [](int, int, int) { return short{-1}; });
   for (int i = 0; i < 12; ++i) {
     labels.setPixel(randomInt(random, 0, shape.nx - 1), randomInt(random, 0, shape.ny - 1),
                     randomInt(random, 0, shape.nz - 1), 0.0F);
@@ -52,7 +43,7 @@ Labels somePoints(Random& random, const Shape& shape) {
 Labels hullOf(const Labels& labels, int precision) {
   Labels hull = labels.duplicate();
   testing::internal::CaptureStdout();
-  orva::bip::convexHull(hull, precision);
+  bip::convexHull(hull, precision);
   testing::internal::GetCapturedStdout();
   return hull;
 }
@@ -142,7 +133,7 @@ TEST(TurnedMasks, HaveTurnedHulls) {
   const int precision = 20;
   for (int round = 0; round < 10; ++round) {
     // Rays from a common middle.
-    auto mask = orva_test::blank<unsigned char>({40, 34});
+    auto mask = blank<unsigned char>({40, 34});
     for (int ray = 0; ray < 5; ++ray) {
       const double angle = randomInt(random, 0, 359) * kPi / 180;
       for (int k = 0; k < 60; ++k) {
@@ -154,19 +145,20 @@ TEST(TurnedMasks, HaveTurnedHulls) {
     }
     const auto hullOfMask = [](const image<unsigned char>& img) {
       testing::internal::CaptureStdout();
-      const Labels hull = orva::bip::convexHull(img, precision);
+      const Labels hull = bip::convexHull(img, precision);
       testing::internal::GetCapturedStdout();
       return hull;
     };
-    const Labels labels = orva::bip::regions(mask);
-    ASSERT_EQ(orva::bip::regionNumber(labels), 1);
+    const Labels labels = bip::regions(mask);
+    ASSERT_EQ(bip::regionNumber(labels), 1);
     const std::vector<bool> isOffBounds = areOffBounds(labels, precision);
     const Labels hull = hullOfMask(mask);
     for (std::size_t t = 0; t < 3; ++t) {
-      const Labels turned = hullOfMask(orva_test::planeTurns<unsigned char>()[t](mask));
-      expectSameOffBounds(orva_test::planeTurns<short>()[t](turned), hull, isOffBounds);
+      const Labels turned = hullOfMask(planeTurns<unsigned char>()[t](mask));
+      expectSameOffBounds(planeTurns<short>()[t](turned), hull, isOffBounds);
     }
   }
 }
 
 }  // namespace
+}  // namespace orva::test

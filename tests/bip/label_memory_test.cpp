@@ -18,10 +18,6 @@
 namespace orva::test {
 namespace {
 
-using orva_test::blank;
-using orva_test::sameImage;
-using orva_test::Shape;
-
 // Whether the pixel of a row and a column belongs to an object.
 using Picture = std::function<bool(int x, int y)>;
 
@@ -60,13 +56,12 @@ std::vector<std::pair<std::string, Picture>> pictures(int side) {
 // streams and for the alignment of large blocks.
 void expectHalf(const std::string& name, const Image& mask, const std::function<void()>& work) {
   SCOPED_TRACE(name);
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
   const long labels = 2L * mask.npix();
-  const orva_test::Ending ending =
-      orva_test::endingWith(labels + labels / 2 + 4 * orva_test::kMebibyte, [&work] {
-        mallopt(M_MMAP_THRESHOLD, 1 << 17);  // no holes in the heap: large blocks are mappings
-        work();
-      });
+  const Ending ending = endingWith(labels + labels / 2 + 4 * kMebibyte, [&work] {
+    mallopt(M_MMAP_THRESHOLD, 1 << 17);  // no holes in the heap: large blocks are mappings
+    work();
+  });
   EXPECT_EQ(ending.status, 0) << ending.err;
 }
 
@@ -124,8 +119,8 @@ TEST(LabellingMemory, LimitKeepsTheLabels) {
 
 // More than 65536 provisional labels, which end up in few enough regions.
 TEST(LabellingMemory, LimitKeepsManyProvisionalLabels) {
-  orva_test::Random random(6);
-  const auto mask = orva_test::randomMask(random, {1900, 1900}, 0.5);
+  Random random(6);
+  const auto mask = randomMask(random, {1900, 1900}, 0.5);
   for (const int value : {255, -1}) {
     int n = 0;
     int expected = 0;
@@ -136,10 +131,10 @@ TEST(LabellingMemory, LimitKeepsManyProvisionalLabels) {
 }
 
 TEST(LabellingMemory, LimitKeepsTheLabelsOfAFarReach) {
-  orva_test::Random random(5);
+  Random random(5);
   for (const Shape& shape : {Shape{70, 60}, Shape{16, 15, 14}, Shape{9000, 1}}) {
     for (const double share : {0.02, 0.3, 1.0}) {
-      const auto mask = orva_test::randomMask(random, shape, share);
+      const auto mask = randomMask(random, shape, share);
       for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
         for (const int reach : {5, 900}) {
           int n = 0;

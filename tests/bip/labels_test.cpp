@@ -9,55 +9,46 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::Shape;
-
 TEST(RegionNumber, IsTheLargestLabelPlusOne) {
-  EXPECT_EQ(orva::bip::regionNumber(imageOf<short>({4, 1}, {3, -1, 0, 2})), 4);
-  EXPECT_EQ(orva::bip::regionNumber(imageOf<short>({1, 2}, {32767, 0})), 32768);
-  EXPECT_EQ(orva::bip::regionNumber(imageOf<short>({1, 1, 1, 1, 3}, {-1, -1, 6})), 7);
+  EXPECT_EQ(bip::regionNumber(imageOf<short>({4, 1}, {3, -1, 0, 2})), 4);
+  EXPECT_EQ(bip::regionNumber(imageOf<short>({1, 2}, {32767, 0})), 32768);
+  EXPECT_EQ(bip::regionNumber(imageOf<short>({1, 1, 1, 1, 3}, {-1, -1, 6})), 7);
 }
 
 TEST(RegionNumber, IsZeroWithoutLabels) {
-  EXPECT_EQ(orva::bip::regionNumber(imageOf<short>({3, 1}, {-1, -1, -1})), 0);
-  EXPECT_EQ(orva::bip::regionNumber(imageOf<short>({3, 1}, {-5, -32768, -2})), 0);
-  EXPECT_EQ(orva::bip::regionNumber(blank<short>({0, 1})), 0);
+  EXPECT_EQ(bip::regionNumber(imageOf<short>({3, 1}, {-1, -1, -1})), 0);
+  EXPECT_EQ(bip::regionNumber(imageOf<short>({3, 1}, {-5, -32768, -2})), 0);
+  EXPECT_EQ(bip::regionNumber(blank<short>({0, 1})), 0);
 }
 
 TEST(RegionNumber, IsTheCountOfALabelling) {
   Random random(4);
   for (int round = 0; round < 20; ++round) {
-    const auto mask = orva_test::randomMask(random, {19, 11}, 0.03 * round);
+    const auto mask = randomMask(random, {19, 11}, 0.03 * round);
     int n = 0;
-    const image<short> labels = orva::bip::regions(mask, n, 255, 1, orva::NEIGHBORHOOD_4);
-    EXPECT_EQ(orva::bip::regionNumber(labels), n);
+    const image<short> labels = bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
+    EXPECT_EQ(bip::regionNumber(labels), n);
   }
 }
 
 TEST(Relabel, ClosesGaps) {
   auto labels = imageOf<short>({5, 1}, {0, 3, 3, 7, -1});
-  orva::bip::relabel(labels);
+  bip::relabel(labels);
   EXPECT_EQ(pixelsOf(labels), (std::vector<short>{0, 1, 1, 2, -1}));
 }
 
 TEST(Relabel, KeepsTheOrderOfLabelsAndAllNegativeValues) {
   auto labels = imageOf<short>({6, 1}, {9, -2, 32767, 4, -32768, 9});
-  orva::bip::relabel(labels);
+  bip::relabel(labels);
   EXPECT_EQ(pixelsOf(labels), (std::vector<short>{1, -2, 2, 0, -32768, 1}));
 }
 
 TEST(Relabel, LeavesANullImage) {
   auto labels = blank<short>({4, 0});
-  orva::bip::relabel(labels);
+  bip::relabel(labels);
   EXPECT_TRUE(sameImage(labels, blank<short>({4, 0})));
 }
 
@@ -71,7 +62,7 @@ TEST(Relabel, MatchesReference) {
         labels.pixels()[i] = static_cast<short>(randomInt(random, -2, most));
       }
       image<short> expected = labels.duplicate();
-      orva::bip::relabel(labels);
+      bip::relabel(labels);
       reference::relabel(expected);
       EXPECT_TRUE(sameImage(labels, expected));
     }
@@ -79,59 +70,59 @@ TEST(Relabel, MatchesReference) {
 }
 
 TEST(IsBinaryImage, NeedsEveryByteToBe0Or255) {
-  EXPECT_TRUE(orva::bip::isBinaryImage(imageOf<unsigned char>({2, 2}, {0, 255, 255, 0})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(imageOf<unsigned char>({2, 2}, {0, 255, 255, 1})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(imageOf<unsigned char>({1, 1}, {254})));
+  EXPECT_TRUE(bip::isBinaryImage(imageOf<unsigned char>({2, 2}, {0, 255, 255, 0})));
+  EXPECT_FALSE(bip::isBinaryImage(imageOf<unsigned char>({2, 2}, {0, 255, 255, 1})));
+  EXPECT_FALSE(bip::isBinaryImage(imageOf<unsigned char>({1, 1}, {254})));
 }
 
 TEST(IsBinaryImage, LooksAtAllChannelsAndTimePoints) {
-  EXPECT_FALSE(orva::bip::isBinaryImage(imageOf<unsigned char>({1, 1, 1, 2, 2}, {0, 255, 0, 7})));
-  EXPECT_TRUE(orva::bip::isBinaryImage(imageOf<unsigned char>({1, 1, 1, 2, 2}, {0, 255, 0, 0})));
+  EXPECT_FALSE(bip::isBinaryImage(imageOf<unsigned char>({1, 1, 1, 2, 2}, {0, 255, 0, 7})));
+  EXPECT_TRUE(bip::isBinaryImage(imageOf<unsigned char>({1, 1, 1, 2, 2}, {0, 255, 0, 0})));
 }
 
 TEST(IsBinaryImage, IsTrueWithoutPixels) {
-  EXPECT_TRUE(orva::bip::isBinaryImage(blank<unsigned char>({0, 1})));
-  EXPECT_TRUE(orva::bip::isBinaryImage(blank<unsigned char>({5, 5, 0})));
+  EXPECT_TRUE(bip::isBinaryImage(blank<unsigned char>({0, 1})));
+  EXPECT_TRUE(bip::isBinaryImage(blank<unsigned char>({5, 5, 0})));
 }
 
 // Sizes below zero are kept as zeros but multiply as passed.
 TEST(IsBinaryImage, IsTrueForANegativePixelCount) {
-  const orva_test::BareImage img(-2, 3, 1, 1, 1);
+  const BareImage img(-2, 3, 1, 1, 1);
   ASSERT_EQ(img.npix(), -6);
-  EXPECT_TRUE(orva::bip::isBinaryImage(img));
+  EXPECT_TRUE(bip::isBinaryImage(img));
 }
 
 TEST(IsBinaryImage, IsFalseForEveryOtherPixelType) {
-  EXPECT_FALSE(orva::bip::isBinaryImage(blank<short>({2, 2})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(blank<int>({2, 2})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(blank<unsigned int>({2, 2})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(blank<float>({2, 2})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(blank<orva_test::Rgb>({2, 2})));
-  EXPECT_FALSE(orva::bip::isBinaryImage(blank<short>({0, 1})));
+  EXPECT_FALSE(bip::isBinaryImage(blank<short>({2, 2})));
+  EXPECT_FALSE(bip::isBinaryImage(blank<int>({2, 2})));
+  EXPECT_FALSE(bip::isBinaryImage(blank<unsigned int>({2, 2})));
+  EXPECT_FALSE(bip::isBinaryImage(blank<float>({2, 2})));
+  EXPECT_FALSE(bip::isBinaryImage(blank<Rgb>({2, 2})));
+  EXPECT_FALSE(bip::isBinaryImage(blank<short>({0, 1})));
 }
 
 TEST(IsBinaryImage, MatchesReference) {
   Random random(6);
   for (int round = 0; round < 40; ++round) {
-    auto img = orva_test::randomMask(random, {randomInt(random, 1, 9), 3, 2}, 0.5);
+    auto img = randomMask(random, {randomInt(random, 1, 9), 3, 2}, 0.5);
     if (round % 2 == 0) {
       img.pixels()[randomInt(random, 0, img.npix() - 1)] =
           static_cast<unsigned char>(randomInt(random, 0, 255));
     }
-    EXPECT_EQ(orva::bip::isBinaryImage(img), reference::isBinaryImage(img));
+    EXPECT_EQ(bip::isBinaryImage(img), reference::isBinaryImage(img));
   }
 }
 
 TEST(Reverse, ComplementsEveryByteOfAllFrames) {
   image<unsigned char> img = blank<unsigned char>({8, 4, 2, 2, 2});
   std::iota(img.pixels(), img.pixels() + img.npix(), static_cast<unsigned char>(0));
-  orva::bip::reverse(img);
+  bip::reverse(img);
   for (int i = 0; i < img.npix(); ++i) ASSERT_EQ(img.pixels()[i], 255 - i);
 }
 
 TEST(Reverse, LeavesANullImage) {
   auto img = blank<unsigned char>({5, 5, 0});
-  orva::bip::reverse(img);
+  bip::reverse(img);
   EXPECT_TRUE(sameImage(img, blank<unsigned char>({5, 5, 0})));
 }
 
@@ -141,12 +132,13 @@ TEST(Reverse, MatchesReferenceAndUndoesItself) {
     const auto before = randomImage<unsigned char>(random, {nx, randomInt(random, 1, 3)});
     image<unsigned char> img = before.duplicate();
     image<unsigned char> expected = before.duplicate();
-    orva::bip::reverse(img);
+    bip::reverse(img);
     reference::reverse(expected);
     EXPECT_TRUE(sameImage(img, expected));
-    orva::bip::reverse(img);
+    bip::reverse(img);
     EXPECT_TRUE(sameImage(img, before));
   }
 }
 
 }  // namespace
+}  // namespace orva::test

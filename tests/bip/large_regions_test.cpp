@@ -13,8 +13,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // Plane 0 with a region of its first `count` pixels.
 image<short> regionOf(int count) {
   image<short> labels = blank<short>({4099, 4096});

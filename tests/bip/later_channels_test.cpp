@@ -10,8 +10,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // Label 0 in the first channel, 1 in both, 2 in the second one alone.
 image<short> labels(const Shape& shape) {
   return imageOf<short>(shape, {0, 0, -1, 1,  //

@@ -8,11 +8,8 @@
 #include "tests/support/images.h"
 #include "tests/support/memory_limit.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::Random;
 
 const char* const kMessage = "Error: out of memory\n";
 
@@ -22,7 +19,7 @@ class BipWithoutMemory : public testing::Test {
  protected:
   template <class Work>
   static void expect(const char* name, const Work& work) {
-    orva_test::expectMemoryToRunOut(name, {kMessage}, work);
+    expectMemoryToRunOut(name, {kMessage}, work);
   }
 
   // Stripes: many runs in few regions.
@@ -39,44 +36,44 @@ class BipWithoutMemory : public testing::Test {
 };
 
 TEST_F(BipWithoutMemory, RegionsEndTheProcess) {
-  expect("axes", [this] { orva::bip::regions(mask_); });
+  expect("axes", [this] { bip::regions(mask_); });
   expect("box", [this] {
     int n = 0;
-    orva::bip::regions(mask_, n, -1, 1, orva::NEIGHBORHOOD_8);
+    bip::regions(mask_, n, -1, 1, NEIGHBORHOOD_8);
   });
   expect("far neighbours", [this] {
     int n = 0;
-    orva::bip::regions(mask_, n, 255, 2, orva::NEIGHBORHOOD_4);
+    bip::regions(mask_, n, 255, 2, NEIGHBORHOOD_4);
   });
-  expect("partition", [this] { orva::bip::regions(labels_); });
+  expect("partition", [this] { bip::regions(labels_); });
 }
 
 TEST_F(BipWithoutMemory, ListsEndTheProcess) {
-  expect("brightness", [this] { orva::bip::regionIntensityArrays(labels_, 2, labels_, true); });
-  expect("boundaries", [this] { orva::bip::boundaries(labels_); });
+  expect("brightness", [this] { bip::regionIntensityArrays(labels_, 2, labels_, true); });
+  expect("boundaries", [this] { bip::boundaries(labels_); });
 }
 
 TEST_F(BipWithoutMemory, DistancesAndMasksEndTheProcess) {
-  expect("fchamfer", [this] { orva::bip::fchamfer(mask_); });
-  expect("chamfer", [this] { orva::bip::chamfer(labels_, true); });
-  expect("edge", [this] { orva::bip::edge(labels_); });
-  expect("threshold", [this] { orva::bip::threshold(labels_, 1.0F); });
-  expect("convexHull", [this] { orva::bip::convexHull(mask_, 3); });
+  expect("fchamfer", [this] { bip::fchamfer(mask_); });
+  expect("chamfer", [this] { bip::chamfer(labels_, true); });
+  expect("edge", [this] { bip::edge(labels_); });
+  expect("threshold", [this] { bip::threshold(labels_, 1.0F); });
+  expect("convexHull", [this] { bip::convexHull(mask_, 3); });
   expect("selectRegions", [this] {
     image<unsigned char> mask = mask_;
-    orva::bip::selectRegions(mask, labels_, 0.0F, 3);
+    bip::selectRegions(mask, labels_, 0.0F, 3);
   });
   expect("selectRegionsBySize", [this] {
     image<unsigned char> mask = mask_;
-    orva::bip::selectRegionsBySize(mask, 3, -1);
+    bip::selectRegionsBySize(mask, 3, -1);
   });
   expect("removeInternalStructures", [this] {
     image<unsigned char> mask = mask_;
-    orva::bip::removeInternalStructures(mask);
+    bip::removeInternalStructures(mask);
   });
   expect("propagate", [this] {
     image<short> labels = labels_;
-    orva::bip::propagate(labels, 10.0F);
+    bip::propagate(labels, 10.0F);
   });
 }
 
@@ -85,12 +82,13 @@ TEST_F(BipWithoutMemory, RowsEndTheProcess) {
   constexpr int width = 400000;
   expect("erode labels", [] {
     image<short> labels = blank<short>({width, 3});
-    orva::bip::erode(labels);
+    bip::erode(labels);
   });
   expect("dilate", [] {
     image<unsigned char> mask = blank<unsigned char>({width, 3});
-    orva::bip::dilate(mask);
+    bip::dilate(mask);
   });
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,21 +10,9 @@
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
 using Picture = std::vector<std::string>;
 
 // The result of an operation that works in place.
@@ -35,12 +23,10 @@ image<T> after(void (*operation)(image<T>&), const image<T>& img) {
   return result;
 }
 
-Mask eroded(const Mask& mask) { return after<unsigned char>(orva::bip::erode, mask); }
-image<short> eroded(const image<short>& labels) { return after<short>(orva::bip::erode, labels); }
-Mask dilated(const Mask& mask) { return after<unsigned char>(orva::bip::dilate, mask); }
-Mask filled(const Mask& mask) {
-  return after<unsigned char>(orva::bip::removeInternalStructures, mask);
-}
+Mask eroded(const Mask& mask) { return after<unsigned char>(bip::erode, mask); }
+image<short> eroded(const image<short>& labels) { return after<short>(bip::erode, labels); }
+Mask dilated(const Mask& mask) { return after<unsigned char>(bip::dilate, mask); }
+Mask filled(const Mask& mask) { return after<unsigned char>(bip::removeInternalStructures, mask); }
 
 // Mostly 0 and 255, some values between.
 Mask randomMix(Random& random, const Shape& shape) {
@@ -79,8 +65,8 @@ TEST(Erode, OfLabelsRemovesTheCommonBorderOfTouchingRegions) {
 }
 
 TEST(Erode, OfLabelsKeepsOtherNegativeValues) {
-  const auto labels = orva_test::imageOf<short>({3, 3}, {-2, -2, -2, -3, 4, -2, -2, -2, -9});
-  const auto expected = orva_test::imageOf<short>({3, 3}, {-2, -2, -2, -3, -1, -2, -2, -2, -9});
+  const auto labels = imageOf<short>({3, 3}, {-2, -2, -2, -3, 4, -2, -2, -2, -9});
+  const auto expected = imageOf<short>({3, 3}, {-2, -2, -2, -3, -1, -2, -2, -2, -9});
   EXPECT_TRUE(sameImage(eroded(labels), expected));
 }
 
@@ -141,9 +127,9 @@ TEST(Morphology, OfNegativeSizesWithAPositiveProductHasOnlyBorder) {
   ASSERT_EQ(mask.npix(), 6);
   std::fill_n(mask.pixels(), 6, static_cast<unsigned char>(255));
   mask.setPixel(3, 0.0F);
-  orva::bip::dilate(mask);
+  bip::dilate(mask);
   EXPECT_EQ(pixelsOf(mask), (std::vector<unsigned char>{255, 255, 255, 0, 255, 255}));
-  orva::bip::erode(mask);
+  bip::erode(mask);
   EXPECT_EQ(pixelsOf(mask), std::vector<unsigned char>(6, 0));
 }
 
@@ -214,7 +200,7 @@ TEST(Morphology, MatchesReferenceForEveryWidth) {
 
 TEST(Morphology, MatchesReferenceForOddShapes) {
   Random random(2);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 10; ++round) {
       expectMatchesReference(randomMix(random, shape), randomLabels(random, shape, 1));
     }
@@ -230,3 +216,4 @@ TEST(RemoveInternalStructures, DoneTwiceIsDoneOnce) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -9,17 +9,8 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/distance.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::NeighborhoodType;
-using orva_test::blank;
-using orva_test::pixelsOf;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
-using Labels = image<short>;
 
 constexpr int kMost = 32768;
 const std::string kWarning =
@@ -67,15 +58,14 @@ TEST_P(MostRegions, AreNumberedUpToTheLastThatFitsForAllNeighbours) {
     int step;  // so that dots do not touch
   };
   for (const Neighbours& by :
-       {Neighbours{1, orva::NEIGHBORHOOD_4, 2}, Neighbours{1, orva::NEIGHBORHOOD_8, 2},
-        Neighbours{2, orva::NEIGHBORHOOD_4, 3}, Neighbours{2, orva::NEIGHBORHOOD_8, 3},
-        Neighbours{0, orva::NEIGHBORHOOD_8, 1},
-        Neighbours{1, static_cast<NeighborhoodType>(5), 1}}) {
+       {Neighbours{1, NEIGHBORHOOD_4, 2}, Neighbours{1, NEIGHBORHOOD_8, 2},
+        Neighbours{2, NEIGHBORHOOD_4, 3}, Neighbours{2, NEIGHBORHOOD_8, 3},
+        Neighbours{0, NEIGHBORHOOD_8, 1}, Neighbours{1, static_cast<NeighborhoodType>(5), 1}}) {
     for (int axis = 0; axis < 3; ++axis) {
       const Mask mask = dots(GetParam(), by.step, axis);
       int n = 0;
       Labels labels(0, 1, 1, 1, 1);
-      EXPECT_EQ(errorsOf([&] { labels = orva::bip::regions(mask, n, 255, by.reach, by.type); }),
+      EXPECT_EQ(errorsOf([&] { labels = bip::regions(mask, n, 255, by.reach, by.type); }),
                 warning());
       EXPECT_EQ(n, std::min(GetParam(), kMost));
       EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), by.step)) << by.step << ' ' << axis;
@@ -91,19 +81,18 @@ TEST_P(MostRegions, OfPartitionsAreNumberedUpToTheLastThatFits) {
     bytes.pixels()[i] = static_cast<unsigned char>(i % 2);
     shorts.pixels()[i] = static_cast<short>(i % 2 == 0 ? -7 : 300);
   }
-  for (const auto type : {orva::NEIGHBORHOOD_4, orva::NEIGHBORHOOD_8}) {
+  for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
     for (const int reach : {0, 1}) {
       int n = 0;
       Labels labels(0, 1, 1, 1, 1);
-      EXPECT_EQ(errorsOf([&] { labels = orva::bip::regions(bytes, n, -1, reach, type); }),
-                warning());
+      EXPECT_EQ(errorsOf([&] { labels = bip::regions(bytes, n, -1, reach, type); }), warning());
       EXPECT_EQ(n, std::min(GetParam(), kMost));
       EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), 1));
     }
   }
   int n = 0;
   Labels labels(0, 1, 1, 1, 1);
-  EXPECT_EQ(errorsOf([&] { labels = orva::bip::regions(shorts, n); }), warning());
+  EXPECT_EQ(errorsOf([&] { labels = bip::regions(shorts, n); }), warning());
   EXPECT_EQ(n, std::min(GetParam(), kMost));
   EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), 1));
 }
@@ -111,12 +100,12 @@ TEST_P(MostRegions, OfPartitionsAreNumberedUpToTheLastThatFits) {
 TEST_P(MostRegions, AreMeasured) {
   const Mask mask = dots(GetParam(), 2, 0);
   Labels labels(0, 1, 1, 1, 1);
-  errorsOf([&] { labels = orva::bip::regions(mask); });
-  EXPECT_EQ(orva::bip::regionNumber(labels), std::min(GetParam(), kMost));
+  errorsOf([&] { labels = bip::regions(mask); });
+  EXPECT_EQ(bip::regionNumber(labels), std::min(GetParam(), kMost));
   image<float> brightness = blank<float>({mask.nx(), 1});
   for (int i = 0; i < mask.nx(); ++i) brightness.pixels()[i] = static_cast<float>(i);
-  const auto features = orva::bip::regionFeatures(labels, brightness);
-  const auto lists = orva::bip::regionIntensityArrays(labels, brightness, true);
+  const auto features = bip::regionFeatures(labels, brightness);
+  const auto lists = bip::regionIntensityArrays(labels, brightness, true);
   ASSERT_EQ(static_cast<int>(features.size()), std::min(GetParam(), kMost));
   ASSERT_EQ(lists.size(), features.size());
   for (std::size_t k = 0; k < features.size(); ++k) {
@@ -130,7 +119,7 @@ TEST_P(MostRegions, AreMeasured) {
 
 TEST_P(MostRegions, AreSelectedBySizeAndTheRestStays) {
   Mask mask = dots(GetParam(), 2, 0);
-  EXPECT_EQ(errorsOf([&] { orva::bip::selectRegionsBySize(mask, 2, -1); }), warning());
+  EXPECT_EQ(errorsOf([&] { bip::selectRegionsBySize(mask, 2, -1); }), warning());
   // The first always stays; those without a label can not be measured.
   std::vector<unsigned char> expected(static_cast<std::size_t>(mask.npix()), 0);
   expected[0] = 255;
@@ -142,7 +131,7 @@ TEST_P(MostRegions, HaveTheirHullsAndAreCounted) {
   const Mask mask = dots(GetParam(), 2, 1);
   testing::internal::CaptureStdout();
   Labels labels(0, 1, 1, 1, 1);
-  EXPECT_EQ(errorsOf([&] { labels = orva::bip::convexHull(mask, 3); }), warning());
+  EXPECT_EQ(errorsOf([&] { labels = bip::convexHull(mask, 3); }), warning());
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             std::to_string(std::min(GetParam(), kMost)) + " regions detected.\n");
   EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), 2));
@@ -154,7 +143,7 @@ TEST_P(MostRegions, OfHolesAreFilled) {
   Mask mask = blank<unsigned char>({2 * holes + 1, 3});
   std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
   for (int k = 0; k < holes; ++k) mask.setPixel(2 * k + 1, 1, 0.0F);
-  EXPECT_EQ(errorsOf([&] { orva::bip::removeInternalStructures(mask); }), warning());
+  EXPECT_EQ(errorsOf([&] { bip::removeInternalStructures(mask); }), warning());
   EXPECT_EQ(mask.fmin(), 255.0F);
 }
 
@@ -164,9 +153,9 @@ TEST_P(MostRegions, SpreadOverTheirSurroundings) {
   Mask mask = blank<unsigned char>({width, 3});
   for (int x = 1; x < width; x += 2) mask.setPixel(x, 1, 255.0F);
   Labels labels(0, 1, 1, 1, 1);
-  errorsOf([&] { labels = orva::bip::regions(mask); });
+  errorsOf([&] { labels = bip::regions(mask); });
   Labels expected = labels.duplicate();
-  orva::bip::propagate(labels, 3.0F);
+  bip::propagate(labels, 3.0F);
   reference::propagate(expected, 3.0F);
   EXPECT_TRUE(sameImage(labels, expected));
   EXPECT_EQ(labels.max(), static_cast<short>(std::min(GetParam(), kMost) - 1));
@@ -180,12 +169,13 @@ TEST(MostLabels, HaveBoundariesAndCloseTheirGaps) {
   // Two patches, of the first and of the last label there is.
   Labels labels = blank<short>({8, 5});
   for (int i = 0; i < 40; ++i) labels.pixels()[i] = i % 8 < 4 ? short{0} : short{32767};
-  const auto lists = orva::bip::boundaries(labels);
+  const auto lists = bip::boundaries(labels);
   ASSERT_EQ(lists.size(), 32768U);
   EXPECT_EQ(lists[0].size(), 3U);
   EXPECT_EQ(lists[32767].size(), 3U);
-  orva::bip::relabel(labels);
+  bip::relabel(labels);
   EXPECT_EQ(labels.max(), 1);
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -9,8 +9,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 TEST(PropagateWithNaN, ClearsNoPixel) {
   // 1 reaches its neighbours, the border keeps its values.
   image<short> labels = imageOf<short>({5, 5}, {-1, -2, -3, -4, -5,  //

@@ -7,11 +7,11 @@
 
 #include "tests/support/images.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // '#' is 255, '.' is 0, a digit d stands for the value 10 * d.
-inline orva::image<unsigned char> maskOf(const std::vector<std::string>& rows) {
-  orva::image<unsigned char> mask =
+inline image<unsigned char> maskOf(const std::vector<std::string>& rows) {
+  image<unsigned char> mask =
       blank<unsigned char>({static_cast<int>(rows.at(0).size()), static_cast<int>(rows.size())});
   int i = 0;
   for (const std::string& row : rows) {
@@ -24,8 +24,8 @@ inline orva::image<unsigned char> maskOf(const std::vector<std::string>& rows) {
 }
 
 // '.' is -1, a digit is its label.
-inline orva::image<short> labelsOf(const std::vector<std::string>& rows) {
-  orva::image<short> labels =
+inline image<short> labelsOf(const std::vector<std::string>& rows) {
+  image<short> labels =
       blank<short>({static_cast<int>(rows.at(0).size()), static_cast<int>(rows.size())});
   int i = 0;
   for (const std::string& row : rows) {
@@ -35,8 +35,8 @@ inline orva::image<short> labelsOf(const std::vector<std::string>& rows) {
 }
 
 // Labels -1 .. most, in patches that often touch.
-inline orva::image<short> randomLabels(Random& random, const Shape& shape, int most) {
-  orva::image<short> labels = blank<short>(shape);
+inline image<short> randomLabels(Random& random, const Shape& shape, int most) {
+  image<short> labels = blank<short>(shape);
   short current = -1;
   for (int i = 0; i < labels.npix(); ++i) {
     if (randomInt(random, 0, 3) == 0) current = static_cast<short>(randomInt(random, -1, most));
@@ -46,6 +46,6 @@ inline orva::image<short> randomLabels(Random& random, const Shape& shape, int m
   return labels;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -17,21 +17,8 @@
 #include "tests/support/shapes.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::reordered;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::shuffledFrames;
-using orva_test::volumeTurns;
-
-using Mask = image<unsigned char>;
-using Labels = image<short>;
 
 const Shape kShapes[] = {{7, 6, 4}, {11, 5, 7}, {23, 1, 3}, {40, 9}};
 
@@ -44,7 +31,7 @@ image<T> changed(const image<T>& img, void (*f)(image<T>&)) {
 
 template <class T>
 class Rearranged : public testing::Test {};
-TYPED_TEST_SUITE(Rearranged, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Rearranged, PixelTypes);
 
 TYPED_TEST(Rearranged, PixelsAreAboveTheSameThreshold) {
   Random random(341);
@@ -52,11 +39,10 @@ TYPED_TEST(Rearranged, PixelsAreAboveTheSameThreshold) {
     const auto img = randomImage<TypeParam>(random, shape);
     const auto order = shuffledFrames(random, img);
     for (const float t : {0.0F, 100.5F, 128.0F}) {
-      const Mask mask = orva::bip::threshold(img, t);
-      EXPECT_TRUE(
-          sameImage(orva::bip::threshold(reordered(img, order), t), reordered(mask, order)));
+      const Mask mask = bip::threshold(img, t);
+      EXPECT_TRUE(sameImage(bip::threshold(reordered(img, order), t), reordered(mask, order)));
       for (std::size_t k = 0; k < 4; ++k) {
-        EXPECT_TRUE(sameImage(orva::bip::threshold(volumeTurns<TypeParam>()[k](img), t),
+        EXPECT_TRUE(sameImage(bip::threshold(volumeTurns<TypeParam>()[k](img), t),
                               volumeTurns<unsigned char>()[k](mask)));
       }
     }
@@ -65,20 +51,20 @@ TYPED_TEST(Rearranged, PixelsAreAboveTheSameThreshold) {
 
 TEST(RearrangedPixels, AreComplementedAndBinaryAlike) {
   Random random(342);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     const auto img = randomImage<unsigned char>(random, shape);
     const auto order = shuffledFrames(random, img);
-    EXPECT_TRUE(sameImage(changed(reordered(img, order), orva::bip::reverse),
-                          reordered(changed(img, orva::bip::reverse), order)));
+    EXPECT_TRUE(sameImage(changed(reordered(img, order), bip::reverse),
+                          reordered(changed(img, bip::reverse), order)));
     const Mask mask = randomMask(random, shape, 0.5);
-    EXPECT_TRUE(orva::bip::isBinaryImage(mask));
-    EXPECT_TRUE(orva::bip::isBinaryImage(reordered(mask, order)));
+    EXPECT_TRUE(bip::isBinaryImage(mask));
+    EXPECT_TRUE(bip::isBinaryImage(reordered(mask, order)));
     Mask spoilt = mask.duplicate();  // by one pixel, wherever the turns take it
-    spoilt.setPixel(orva_test::randomInt(random, 0, mask.npix() - 1), 254.0F);
-    EXPECT_FALSE(orva::bip::isBinaryImage(reordered(spoilt, order)));
+    spoilt.setPixel(randomInt(random, 0, mask.npix() - 1), 254.0F);
+    EXPECT_FALSE(bip::isBinaryImage(reordered(spoilt, order)));
     for (const auto turn : volumeTurns<unsigned char>()) {
-      EXPECT_TRUE(orva::bip::isBinaryImage(turn(mask)));
-      EXPECT_FALSE(orva::bip::isBinaryImage(turn(spoilt)));
+      EXPECT_TRUE(bip::isBinaryImage(turn(mask)));
+      EXPECT_FALSE(bip::isBinaryImage(turn(spoilt)));
     }
   }
 }
@@ -92,7 +78,7 @@ TEST(RearrangedLabels, AreCountedAndRelabelledAlike) {
       short& k = labels.pixels()[i];
       k = static_cast<short>(k < 0 ? k - i % 3 : 7 * k + 2);
     }
-    const Labels whole = changed(labels, orva::bip::relabel);
+    const Labels whole = changed(labels, bip::relabel);
     ASSERT_FALSE(sameImage(whole, labels));
     const auto order = shuffledFrames(random, labels);
     std::vector<Labels> some = {reordered(labels, order)};
@@ -102,8 +88,8 @@ TEST(RearrangedLabels, AreCountedAndRelabelledAlike) {
       expected.push_back(turn(whole));
     }
     for (std::size_t i = 0; i < some.size(); ++i) {
-      EXPECT_EQ(orva::bip::regionNumber(some[i]), orva::bip::regionNumber(labels));
-      EXPECT_TRUE(sameImage(changed(some[i], orva::bip::relabel), expected[i]));
+      EXPECT_EQ(bip::regionNumber(some[i]), bip::regionNumber(labels));
+      EXPECT_TRUE(sameImage(changed(some[i], bip::relabel), expected[i]));
     }
   }
 }
@@ -115,11 +101,10 @@ TEST(ReorderedPlanes, HaveTheSameRegionFeaturesButAlongZ) {
     const Labels labels = randomLabels(random, shape, n - 1);
     const auto img = randomImage<unsigned char>(random, shape);
     const auto order = shuffledFrames(random, labels);
-    const auto plain = orva::bip::regionFeatures(labels, n, img);
-    const auto other =
-        orva::bip::regionFeatures(reordered(labels, order), n, reordered(img, order));
+    const auto plain = bip::regionFeatures(labels, n, img);
+    const auto other = bip::regionFeatures(reordered(labels, order), n, reordered(img, order));
     for (std::size_t k = 0; k < n; ++k) {
-      const auto flat = [](const orva::RegionFeature& f) {
+      const auto flat = [](const RegionFeature& f) {
         return std::vector{f.xmin, f.xmax, f.ymin, f.ymax, f.cx, f.cy, f.npix, f.radius};
       };
       EXPECT_EQ(flat(other[k]), flat(plain[k]));
@@ -128,8 +113,7 @@ TEST(ReorderedPlanes, HaveTheSameRegionFeaturesButAlongZ) {
       EXPECT_NEAR(other[k].var, plain[k].var,
                   2.0F * 6e-8F * static_cast<float>(plain[k].npix) * plain[k].var);
     }
-    EXPECT_EQ(orva::bip::histogram(reordered(img, order), 3, 250),
-              orva::bip::histogram(img, 3, 250));
+    EXPECT_EQ(bip::histogram(reordered(img, order), 3, 250), bip::histogram(img, 3, 250));
   }
 }
 
@@ -139,18 +123,18 @@ TEST(ReorderedPlanes, BehindTheFirstAreErodedAndDilatedAlike) {
   const std::vector<int> order = {0, 3, 1, 2};
   for (int round = 0; round < 10; ++round) {
     const Mask mask = randomMask(random, {12, 9, 4}, 0.6);
-    for (void (*f)(Mask&) : {static_cast<void (*)(Mask&)>(orva::bip::erode), orva::bip::dilate}) {
+    for (void (*f)(Mask&) : {static_cast<void (*)(Mask&)>(bip::erode), bip::dilate}) {
       const Mask result = changed(mask, f);
       EXPECT_TRUE(sameImage(changed(reordered(mask, order), f), reordered(result, order)));
-      for (const auto turn : orva_test::planeTurns<unsigned char>()) {
+      for (const auto turn : planeTurns<unsigned char>()) {
         EXPECT_TRUE(sameImage(changed(turn(mask), f), turn(result)));
       }
     }
     const Labels labels = randomLabels(random, {12, 9, 4}, 3);
-    void (*const erode)(Labels&) = orva::bip::erode;
+    void (*const erode)(Labels&) = bip::erode;
     const Labels eroded = changed(labels, erode);
     EXPECT_TRUE(sameImage(changed(reordered(labels, order), erode), reordered(eroded, order)));
-    for (const auto turn : orva_test::planeTurns<short>()) {
+    for (const auto turn : planeTurns<short>()) {
       EXPECT_TRUE(sameImage(changed(turn(labels), erode), turn(eroded)));
     }
   }
@@ -166,17 +150,18 @@ TEST(ReorderedPlanes, BehindTheFirstDoNotChangeItsEdges) {
   };
   for (int round = 0; round < 10; ++round) {
     const auto img = randomImage<float>(random, {12, 9, 4});
-    const Mask mask = orva::bip::threshold(img, 0.0F);
-    EXPECT_TRUE(sameImage(orva::bip::edge(reordered(mask, order)), orva::bip::edge(mask)));
-    const auto zeros = orva::image_math::findZeros(img);
+    const Mask mask = bip::threshold(img, 0.0F);
+    EXPECT_TRUE(sameImage(bip::edge(reordered(mask, order)), bip::edge(mask)));
+    const auto zeros = image_math::findZeros(img);
     ASSERT_FALSE(zeros.empty());
-    EXPECT_TRUE(sameLists(orva::image_math::findZeros(reordered(img, order)), zeros));
+    EXPECT_TRUE(sameLists(image_math::findZeros(reordered(img, order)), zeros));
     const Labels labels = randomLabels(random, {12, 9, 4}, 3);
-    const auto lists = orva::bip::boundaries(labels);
-    const auto others = orva::bip::boundaries(reordered(labels, order));
+    const auto lists = bip::boundaries(labels);
+    const auto others = bip::boundaries(reordered(labels, order));
     ASSERT_EQ(others.size(), lists.size());
     for (std::size_t k = 0; k < lists.size(); ++k) EXPECT_TRUE(sameLists(others[k], lists[k]));
   }
 }
 
 }  // namespace
+}  // namespace orva::test

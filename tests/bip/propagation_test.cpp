@@ -11,17 +11,8 @@
 #include "tests/support/reference/distance.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::labelsOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -30,7 +21,7 @@ const float kRoot3 = std::sqrt(3.0F);
 
 image<short> propagated(const image<short>& labels, float maxDistance) {
   image<short> result = labels.duplicate();
-  orva::bip::propagate(result, maxDistance);
+  bip::propagate(result, maxDistance);
   return result;
 }
 
@@ -247,7 +238,7 @@ TEST(Propagate, ProcessesTheFirstVolume) {
     const image<short> labels = randomSeeds(random, shape);
     image<short> first = blank<short>({shape.nx, shape.ny, shape.nz});
     std::copy_n(labels.pixels(), first.npix(), first.pixels());
-    orva::bip::propagate(first, 3.0F);
+    bip::propagate(first, 3.0F);
     image<short> expected = labels.duplicate();
     std::copy_n(first.pixels(), first.npix(), expected.pixels());
     EXPECT_TRUE(sameImage(propagated(labels, 3.0F), expected));
@@ -268,7 +259,7 @@ TEST(Propagate, OfNegativeSizesWithAPositiveProductChangesNothing) {
   std::fill_n(labels.pixels(), 25, short{-2});
   labels.pixels()[12] = 3;
   const std::vector<short> before = pixelsOf(labels);
-  orva::bip::propagate(labels, 5.0F);
+  bip::propagate(labels, 5.0F);
   EXPECT_EQ(pixelsOf(labels), before);
 }
 
@@ -284,7 +275,7 @@ void expectMatchesReference(const image<short>& labels) {
 
 TEST(Propagate, MatchesReferenceForOddShapesAndEveryWidth) {
   Random random(3);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     expectMatchesReference(randomSeeds(random, shape));
   }
 }
@@ -301,3 +292,4 @@ TEST(Propagate, MatchesReferenceForManyPlanesAndVolumes) {
 }
 
 }  // namespace
+}  // namespace orva::test

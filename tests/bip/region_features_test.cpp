@@ -12,18 +12,8 @@
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::RegionFeature;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::labelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::Shape;
 
 using Lists = std::vector<std::vector<float>>;
 
@@ -61,7 +51,7 @@ TEST(RegionFeatures, MeasureBoxCentroidSizeAndBrightness) {
                                         ".1.0",  //
                                         "1110"});
   const auto brightness = imageOf<float>({4, 3}, {9, 9, 1, 2, 9, 4, 9, 3, 8, 0, 4, 6});
-  const std::vector<RegionFeature> f = orva::bip::regionFeatures(labels, brightness);
+  const std::vector<RegionFeature> f = bip::regionFeatures(labels, brightness);
   ASSERT_EQ(f.size(), 2U);
   EXPECT_EQ(f[0].xmin, 2);
   EXPECT_EQ(f[0].xmax, 3);
@@ -90,7 +80,7 @@ TEST(RegionFeatures, MeasureBoxCentroidSizeAndBrightness) {
 TEST(RegionFeatures, OfALabelWithoutPixelsAreAllZero) {
   const image<short> labels = labelsOf({"0.2"});
   const auto brightness = imageOf<unsigned char>({3, 1}, {7, 8, 9});
-  const std::vector<RegionFeature> f = orva::bip::regionFeatures(labels, 5, brightness);
+  const std::vector<RegionFeature> f = bip::regionFeatures(labels, 5, brightness);
   ASSERT_EQ(f.size(), 5U);
   const RegionFeature zero;
   for (const std::size_t k : {1U, 3U, 4U}) {
@@ -99,41 +89,41 @@ TEST(RegionFeatures, OfALabelWithoutPixelsAreAllZero) {
 }
 
 TEST(RegionFeatures, OfOnePixelHaveRadiusOneAndNoVariance) {
-  const RegionFeature f = only(
-      orva::bip::regionFeatures(labelsOf({"..", ".0"}), imageOf<short>({2, 2}, {1, 2, 3, -4})));
+  const RegionFeature f =
+      only(bip::regionFeatures(labelsOf({"..", ".0"}), imageOf<short>({2, 2}, {1, 2, 3, -4})));
   EXPECT_EQ(f.radius, 1);
   EXPECT_EQ(f.mean, -4.0F);
   EXPECT_EQ(f.var, 0.0F);
 }
 
 TEST(RegionFeatures, RadiusIsThatOfTheDiscInAPlaneAndOfTheBallInAVolume) {
-  EXPECT_EQ(only(orva::bip::regionFeatures(full({10, 10}))).radius, 5);
-  EXPECT_EQ(only(orva::bip::regionFeatures(full({5, 5, 4}))).radius, 2);
-  EXPECT_EQ(only(orva::bip::regionFeatures(full({1, 1, 2}))).radius, 1);
+  EXPECT_EQ(only(bip::regionFeatures(full({10, 10}))).radius, 5);
+  EXPECT_EQ(only(bip::regionFeatures(full({5, 5, 4}))).radius, 2);
+  EXPECT_EQ(only(bip::regionFeatures(full({1, 1, 2}))).radius, 1);
 }
 
 // These counts are just enough for the constants 3.14159 and 12.56636; with more digits of pi the
 // radii would be one less.
 TEST(RegionFeatures, RadiusUsesTheRoundedPiWhichIsIntended) {
-  EXPECT_EQ(only(orva::bip::regionFeatures(full({314159, 10}))).radius, 1000);
-  EXPECT_EQ(only(orva::bip::regionFeatures(full({452389, 1, 2}))).radius, 60);
+  EXPECT_EQ(only(bip::regionFeatures(full({314159, 10}))).radius, 1000);
+  EXPECT_EQ(only(bip::regionFeatures(full({452389, 1, 2}))).radius, 60);
 }
 
 TEST(RegionFeatures, CentroidIsRoundedDown) {
-  const RegionFeature f = only(orva::bip::regionFeatures(full({2, 4, 6})));
+  const RegionFeature f = only(bip::regionFeatures(full({2, 4, 6})));
   EXPECT_EQ(f.cx, 0);
   EXPECT_EQ(f.cy, 1);
   EXPECT_EQ(f.cz, 2);
 }
 
 TEST(RegionFeatures, CentroidOfAVeryLargeRegionIsRight) {
-  const RegionFeature f = only(orva::bip::regionFeatures(full({100000, 50})));
+  const RegionFeature f = only(bip::regionFeatures(full({100000, 50})));
   EXPECT_EQ(f.cx, 49999);
   EXPECT_EQ(f.cy, 24);
 }
 
 TEST(RegionFeatures, IgnoreLabelsFromNUpward) {
-  const std::vector<RegionFeature> f = orva::bip::regionFeatures(labelsOf({"0123", "0.11"}), 2);
+  const std::vector<RegionFeature> f = bip::regionFeatures(labelsOf({"0123", "0.11"}), 2);
   ASSERT_EQ(f.size(), 2U);
   EXPECT_EQ(f[0].npix, 2);
   EXPECT_EQ(f[1].npix, 3);
@@ -142,7 +132,7 @@ TEST(RegionFeatures, IgnoreLabelsFromNUpward) {
 
 TEST(RegionFeatures, IgnoreLabelsFromNUpwardAlsoWithBrightness) {
   const std::vector<RegionFeature> f =
-      orva::bip::regionFeatures(labelsOf({"0123"}), 2, imageOf<int>({4, 1}, {5, 6, 7, 8}));
+      bip::regionFeatures(labelsOf({"0123"}), 2, imageOf<int>({4, 1}, {5, 6, 7, 8}));
   ASSERT_EQ(f.size(), 2U);
   EXPECT_EQ(f[0].mean, 5.0F);
   EXPECT_EQ(f[1].mean, 6.0F);
@@ -150,25 +140,25 @@ TEST(RegionFeatures, IgnoreLabelsFromNUpwardAlsoWithBrightness) {
 
 TEST(RegionFeatures, OfNoLabelsAreAnEmptyList) {
   const image<short> labels = labelsOf({"01."});
-  EXPECT_TRUE(orva::bip::regionFeatures(labels, 0).empty());
-  EXPECT_TRUE(orva::bip::regionFeatures(labels, 0, blank<float>({3, 1})).empty());
-  EXPECT_TRUE(orva::bip::regionFeatures(labelsOf({"..."})).empty());
-  EXPECT_TRUE(orva::bip::regionFeatures(labelsOf({"..."}), blank<float>({3, 1})).empty());
+  EXPECT_TRUE(bip::regionFeatures(labels, 0).empty());
+  EXPECT_TRUE(bip::regionFeatures(labels, 0, blank<float>({3, 1})).empty());
+  EXPECT_TRUE(bip::regionFeatures(labelsOf({"..."})).empty());
+  EXPECT_TRUE(bip::regionFeatures(labelsOf({"..."}), blank<float>({3, 1})).empty());
 }
 
 TEST(RegionFeatures, OfANullLabelImageAreAnEmptyList) {
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}}) {
-    EXPECT_TRUE(orva::bip::regionFeatures(blank<short>(shape)).empty());
-    EXPECT_TRUE(orva::bip::regionFeatures(blank<short>(shape), 3).empty());
-    EXPECT_TRUE(orva::bip::regionFeatures(blank<short>(shape), 3, blank<float>({2, 2})).empty());
-    EXPECT_TRUE(orva::bip::regionFeatures(blank<short>(shape), blank<float>({2, 2})).empty());
+    EXPECT_TRUE(bip::regionFeatures(blank<short>(shape)).empty());
+    EXPECT_TRUE(bip::regionFeatures(blank<short>(shape), 3).empty());
+    EXPECT_TRUE(bip::regionFeatures(blank<short>(shape), 3, blank<float>({2, 2})).empty());
+    EXPECT_TRUE(bip::regionFeatures(blank<short>(shape), blank<float>({2, 2})).empty());
   }
 }
 
 TEST(RegionFeatures, IgnoreANullBrightnessSilently) {
   const image<short> labels = labelsOf({"00", "11"});
   testing::internal::CaptureStderr();
-  const auto f = orva::bip::regionFeatures(labels, 2, blank<float>({0, 1}));
+  const auto f = bip::regionFeatures(labels, 2, blank<float>({0, 1}));
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   expectSame(f, reference::regionFeatures(labels, 2, nullptr));
 }
@@ -179,11 +169,11 @@ TEST(RegionFeatures, IgnoreABrightnessOfAnotherSizeWithAWarning) {
     Random random(1);
     const auto brightness = randomImage<float>(random, shape);
     testing::internal::CaptureStderr();
-    const auto f = orva::bip::regionFeatures(labels, 1, brightness);
+    const auto f = bip::regionFeatures(labels, 1, brightness);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), mismatchMessage);
     expectSame(f, reference::regionFeatures(labels, 1, nullptr));
     testing::internal::CaptureStderr();
-    expectSame(orva::bip::regionFeatures(labels, brightness), f);
+    expectSame(bip::regionFeatures(labels, brightness), f);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), mismatchMessage);
   }
 }
@@ -195,8 +185,8 @@ TEST(RegionFeatures, OfNoLabelsStillWarnOfABrightnessOfAnotherSize) {
     EXPECT_TRUE(measure().empty());
     EXPECT_EQ(testing::internal::GetCapturedStderr(), mismatchMessage);
   };
-  expectWarning([&] { return orva::bip::regionFeatures(labelsOf({"01."}), 0, brightness); });
-  expectWarning([&] { return orva::bip::regionFeatures(labelsOf({"..."}), brightness); });
+  expectWarning([&] { return bip::regionFeatures(labelsOf({"01."}), 0, brightness); });
+  expectWarning([&] { return bip::regionFeatures(labelsOf({"..."}), brightness); });
 }
 
 TEST(RegionFeatures, TakeABrightnessWhoseFramesAreMadeUpDifferentlyWhichIsIntended) {
@@ -204,7 +194,7 @@ TEST(RegionFeatures, TakeABrightnessWhoseFramesAreMadeUpDifferentlyWhichIsIntend
   const auto labels = randomLabels(random, {4, 3, 12}, 2);
   for (const Shape& shape : {Shape{4, 3, 1, 12}, Shape{4, 3, 2, 3, 2}, Shape{4, 3, 1, 1, 12}}) {
     const auto brightness = randomImage<float>(random, shape);
-    expectSame(orva::bip::regionFeatures(labels, 3, brightness),
+    expectSame(bip::regionFeatures(labels, 3, brightness),
                reference::regionFeatures(labels, 3, &brightness));
   }
 }
@@ -214,16 +204,15 @@ TEST(RegionFeatures, TakeABrightnessWhoseFramesAreMadeUpDifferentlyWhichIsIntend
 TEST(RegionFeatures, MeanIsSummedInLinearOrderInSinglePrecision) {
   const float large = 16777216.0F;
   const image<short> labels = full({4, 1});
-  EXPECT_EQ(only(orva::bip::regionFeatures(labels, imageOf<float>({4, 1}, {large, 1, 1, 1}))).mean,
+  EXPECT_EQ(only(bip::regionFeatures(labels, imageOf<float>({4, 1}, {large, 1, 1, 1}))).mean,
             large / 4.0F);
-  EXPECT_EQ(only(orva::bip::regionFeatures(labels, imageOf<float>({4, 1}, {1, 1, 1, large}))).mean,
+  EXPECT_EQ(only(bip::regionFeatures(labels, imageOf<float>({4, 1}, {1, 1, 1, large}))).mean,
             (large + 4.0F) / 4.0F);
 }
 
 TEST(RegionFeatures, OfANaNPixelSpoilOnlyItsOwnRegion) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
-  const auto f =
-      orva::bip::regionFeatures(labelsOf({"0011"}), imageOf<float>({4, 1}, {nan, 1, 2, 4}));
+  const auto f = bip::regionFeatures(labelsOf({"0011"}), imageOf<float>({4, 1}, {nan, 1, 2, 4}));
   EXPECT_TRUE(f.at(0).mean != f.at(0).mean);
   EXPECT_EQ(f.at(1).mean, 3.0F);
   EXPECT_EQ(f.at(1).var, 2.0F);
@@ -246,23 +235,23 @@ TEST(RegionFeatures, ColumnsKeepTheOrderOfTheList) {
 
 template <class T>
 class RegionFeaturesOf : public testing::Test {};
-TYPED_TEST_SUITE(RegionFeaturesOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(RegionFeaturesOf, PixelTypes);
 
 TYPED_TEST(RegionFeaturesOf, EveryPixelTypeMatchReference) {
   Random random(4);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     for (const int most : {0, 3, 30}) {
       const auto labels = randomLabels(random, shape, most);
       const auto brightness = randomImage<TypeParam>(random, shape);
       const int n = most + 1 + randomInt(random, 0, 2);
-      expectSame(orva::bip::regionFeatures(labels, n, brightness),
+      expectSame(bip::regionFeatures(labels, n, brightness),
                  reference::regionFeatures(labels, n, &brightness));
-      expectSame(orva::bip::regionFeatures(labels, brightness),
+      expectSame(bip::regionFeatures(labels, brightness),
                  reference::regionFeatures(labels, reference::regionNumber(labels), &brightness));
       const int fewer = randomInt(random, 0, n);
-      expectSame(orva::bip::regionFeatures(labels, fewer),
+      expectSame(bip::regionFeatures(labels, fewer),
                  reference::regionFeatures(labels, fewer, nullptr));
-      expectSame(orva::bip::regionFeatures(labels),
+      expectSame(bip::regionFeatures(labels),
                  reference::regionFeatures(labels, reference::regionNumber(labels), nullptr));
     }
   }
@@ -270,14 +259,14 @@ TYPED_TEST(RegionFeaturesOf, EveryPixelTypeMatchReference) {
 
 TYPED_TEST(RegionFeaturesOf, EveryPixelTypeListTheSameBrightness) {
   Random random(5);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     for (const bool sorted : {false, true}) {
       const auto labels = randomLabels(random, shape, 5);
       const auto brightness = randomImage<TypeParam>(random, shape);
       const int n = randomInt(random, 0, 7);
-      EXPECT_EQ(orva::bip::regionIntensityArrays(labels, n, brightness, sorted),
+      EXPECT_EQ(bip::regionIntensityArrays(labels, n, brightness, sorted),
                 reference::regionIntensityArrays(labels, n, brightness, sorted));
-      EXPECT_EQ(orva::bip::regionIntensityArrays(labels, brightness, sorted),
+      EXPECT_EQ(bip::regionIntensityArrays(labels, brightness, sorted),
                 reference::regionIntensityArrays(labels, reference::regionNumber(labels),
                                                  brightness, sorted));
     }
@@ -287,19 +276,18 @@ TYPED_TEST(RegionFeaturesOf, EveryPixelTypeListTheSameBrightness) {
 TEST(RegionIntensityArrays, HoldEachRegionInLinearOrderOrSorted) {
   const image<short> labels = labelsOf({"02.", "003"});
   const auto brightness = imageOf<unsigned char>({3, 2}, {9, 5, 1, 7, 8, 4});
-  EXPECT_EQ(orva::bip::regionIntensityArrays(labels, brightness, false),
+  EXPECT_EQ(bip::regionIntensityArrays(labels, brightness, false),
             (Lists{{9, 7, 8}, {}, {5}, {4}}));
-  EXPECT_EQ(orva::bip::regionIntensityArrays(labels, brightness, true),
-            (Lists{{7, 8, 9}, {}, {5}, {4}}));
-  EXPECT_EQ(orva::bip::regionIntensityArrays(labels, 1, brightness, true), (Lists{{7, 8, 9}}));
-  EXPECT_EQ(orva::bip::regionIntensityArrays(labels, 6, brightness, false),
+  EXPECT_EQ(bip::regionIntensityArrays(labels, brightness, true), (Lists{{7, 8, 9}, {}, {5}, {4}}));
+  EXPECT_EQ(bip::regionIntensityArrays(labels, 1, brightness, true), (Lists{{7, 8, 9}}));
+  EXPECT_EQ(bip::regionIntensityArrays(labels, 6, brightness, false),
             (Lists{{9, 7, 8}, {}, {5}, {4}, {}, {}}));
 }
 
 template <class T>
 void expectSortedAlike(Random& random, const Shape& shape) {
   const auto brightness = randomImage<T>(random, shape);
-  EXPECT_EQ(orva::bip::regionIntensityArrays(full(shape), brightness, true),
+  EXPECT_EQ(bip::regionIntensityArrays(full(shape), brightness, true),
             reference::regionIntensityArrays(full(shape), 1, brightness, true))
       << brightness.nx() << " x " << brightness.ny();
 }
@@ -310,10 +298,9 @@ TEST(RegionIntensityArrays, ListsHaveNoSpareCapacity) {
   const image<short> labels = randomLabels(random, shape, 9);
   for (const bool sorted : {false, true}) {
     for (const Lists& lists :
-         {orva::bip::regionIntensityArrays(labels, 12, labels, sorted),
-          orva::bip::regionIntensityArrays(labels, randomImage<float>(random, shape), sorted),
-          orva::bip::regionIntensityArrays(labels, randomImage<unsigned char>(random, shape),
-                                           sorted)}) {
+         {bip::regionIntensityArrays(labels, 12, labels, sorted),
+          bip::regionIntensityArrays(labels, randomImage<float>(random, shape), sorted),
+          bip::regionIntensityArrays(labels, randomImage<unsigned char>(random, shape), sorted)}) {
       ASSERT_GE(lists.size(), 10U);
       for (const std::vector<float>& list : lists) EXPECT_EQ(list.capacity(), list.size());
     }
@@ -342,7 +329,7 @@ TEST(RegionIntensityArrays, SortedHaveTheNaNsLast) {
           brightness.setPixel(i, std::numeric_limits<float>::quiet_NaN());
         }
       }
-      const Lists lists = orva::bip::regionIntensityArrays(labels, 4, brightness, true);
+      const Lists lists = bip::regionIntensityArrays(labels, 4, brightness, true);
       const Lists expected = reference::regionIntensityArrays(labels, 4, brightness, true);
       ASSERT_EQ(lists.size(), expected.size());
       for (std::size_t k = 0; k < lists.size(); ++k) {
@@ -356,7 +343,7 @@ TEST(RegionIntensityArrays, OfNumbersAndNaNsAreTheNumbersThenTheNaNs) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const float infinity = std::numeric_limits<float>::infinity();
   const auto brightness = imageOf<float>({7, 1}, {nan, 3, infinity, nan, -infinity, 1, nan});
-  const Lists lists = orva::bip::regionIntensityArrays(full({7, 1}), brightness, true);
+  const Lists lists = bip::regionIntensityArrays(full({7, 1}), brightness, true);
   ASSERT_EQ(lists.size(), 1U);
   EXPECT_THAT(lists[0], testing::ElementsAre(-infinity, 1, 3, infinity, testing::IsNan(),
                                              testing::IsNan(), testing::IsNan()));
@@ -366,13 +353,12 @@ TEST(RegionIntensityArrays, AreEmptyForNullLabelsAndOtherSizes) {
   const image<short> labels = labelsOf({"00", "11"});
   testing::internal::CaptureStderr();
   for (const bool sorted : {false, true}) {
-    EXPECT_TRUE(orva::bip::regionIntensityArrays(labels, 2, blank<float>({4, 1}), sorted).empty());
-    EXPECT_TRUE(orva::bip::regionIntensityArrays(labels, blank<float>({0, 1}), sorted).empty());
+    EXPECT_TRUE(bip::regionIntensityArrays(labels, 2, blank<float>({4, 1}), sorted).empty());
+    EXPECT_TRUE(bip::regionIntensityArrays(labels, blank<float>({0, 1}), sorted).empty());
     EXPECT_TRUE(
-        orva::bip::regionIntensityArrays(blank<short>({0, 1}), 2, blank<float>({0, 1}), sorted)
-            .empty());
-    EXPECT_TRUE(orva::bip::regionIntensityArrays(blank<short>({0, 1}), blank<float>({2, 2}), sorted)
-                    .empty());
+        bip::regionIntensityArrays(blank<short>({0, 1}), 2, blank<float>({0, 1}), sorted).empty());
+    EXPECT_TRUE(
+        bip::regionIntensityArrays(blank<short>({0, 1}), blank<float>({2, 2}), sorted).empty());
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
@@ -380,7 +366,7 @@ TEST(RegionIntensityArrays, AreEmptyForNullLabelsAndOtherSizes) {
 TEST(Histogram, CountsTheValuesFromLowToHighInAllFrames) {
   image<unsigned char> img = blank<unsigned char>({16, 8, 2, 2, 1});
   for (int i = 0; i < img.npix(); ++i) img.pixels()[i] = static_cast<unsigned char>(i % 256);
-  const std::vector<int> counts = orva::bip::histogram(img, 10, 20);
+  const std::vector<int> counts = bip::histogram(img, 10, 20);
   ASSERT_EQ(counts.size(), 256U);
   for (int v = 0; v < 256; ++v) {
     EXPECT_EQ(counts[static_cast<std::size_t>(v)], v >= 10 && v <= 20 ? 2 : 0) << v;
@@ -390,14 +376,14 @@ TEST(Histogram, CountsTheValuesFromLowToHighInAllFrames) {
 TEST(Histogram, HasAlways256Entries) {
   const auto img = imageOf<unsigned char>({3, 1}, {0, 255, 255});
   const std::vector<int> zeros(256, 0);
-  EXPECT_EQ(orva::bip::histogram(img, 20, 10), zeros);
-  EXPECT_EQ(orva::bip::histogram(img, 256, 1000), zeros);
-  EXPECT_EQ(orva::bip::histogram(img, -1000, -1), zeros);
-  EXPECT_EQ(orva::bip::histogram(blank<unsigned char>({0, 1}), 0, 255), zeros);
+  EXPECT_EQ(bip::histogram(img, 20, 10), zeros);
+  EXPECT_EQ(bip::histogram(img, 256, 1000), zeros);
+  EXPECT_EQ(bip::histogram(img, -1000, -1), zeros);
+  EXPECT_EQ(bip::histogram(blank<unsigned char>({0, 1}), 0, 255), zeros);
   std::vector<int> all = zeros;
   all.front() = 1;
   all.back() = 2;
-  EXPECT_EQ(orva::bip::histogram(img, -1000, 1000), all);
+  EXPECT_EQ(bip::histogram(img, -1000, 1000), all);
 }
 
 TEST(Histogram, MatchesReference) {
@@ -406,8 +392,9 @@ TEST(Histogram, MatchesReference) {
     const auto img = randomImage<unsigned char>(random, {nx, 3, 1, 2, 1});
     const int low = randomInt(random, -10, 265);
     const int high = randomInt(random, -10, 265);
-    EXPECT_EQ(orva::bip::histogram(img, low, high), reference::histogram(img, low, high));
+    EXPECT_EQ(bip::histogram(img, low, high), reference::histogram(img, low, high));
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -11,22 +11,8 @@
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::NEIGHBORHOOD_4;
-using orva::NEIGHBORHOOD_8;
-using orva::NeighborhoodType;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::labelsOf;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 // A chessboard of isolated 255 pixels: (nx * ny + 1) / 2 of them.
 image<unsigned char> chessboard(int nx, int ny) {
@@ -42,10 +28,10 @@ const std::string overflowMessage =
 
 TEST(Regions, NumbersRegionsInTheRasterOrderOfTheirFirstPixels) {
   int n = -7;
-  EXPECT_TRUE(sameImage(orva::bip::regions(maskOf({"..#.#",  //
-                                                   "#.#.#",  //
-                                                   "#.###"}),
-                                           n, 255, 1, NEIGHBORHOOD_4),
+  EXPECT_TRUE(sameImage(bip::regions(maskOf({"..#.#",  //
+                                             "#.#.#",  //
+                                             "#.###"}),
+                                     n, 255, 1, NEIGHBORHOOD_4),
                         labelsOf({"..0.0",  //
                                   "1.0.0",  //
                                   "1.000"})));
@@ -56,7 +42,7 @@ TEST(Regions, WithoutAnyPixelOfTheValueAreNone) {
   for (const int value : {255, 7, 256, INT_MAX}) {
     int n = -7;
     const image<short> labels =
-        orva::bip::regions(blank<unsigned char>({4, 3, 2}), n, value, 1, NEIGHBORHOOD_8);
+        bip::regions(blank<unsigned char>({4, 3, 2}), n, value, 1, NEIGHBORHOOD_8);
     EXPECT_EQ(n, 0);
     EXPECT_EQ(pixelsOf(labels), std::vector<short>(24, -1));
   }
@@ -64,42 +50,41 @@ TEST(Regions, WithoutAnyPixelOfTheValueAreNone) {
 
 TEST(Regions, OfOnePixelGetALabel) {
   int n = 0;
-  EXPECT_TRUE(
-      sameImage(orva::bip::regions(maskOf({"...", ".#.", "..."}), n, 255, 1, NEIGHBORHOOD_4),
-                labelsOf({"...", ".0.", "..."})));
+  EXPECT_TRUE(sameImage(bip::regions(maskOf({"...", ".#.", "..."}), n, 255, 1, NEIGHBORHOOD_4),
+                        labelsOf({"...", ".0.", "..."})));
   EXPECT_EQ(n, 1);
 }
 
 TEST(Regions, TouchingAtACornerAreOneOnlyForTheBox) {
   const image<unsigned char> mask = maskOf({"#.", ".#"});
   int n = 0;
-  orva::bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
+  bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
   EXPECT_EQ(n, 2);
-  orva::bip::regions(mask, n, 255, 1, NEIGHBORHOOD_8);
+  bip::regions(mask, n, 255, 1, NEIGHBORHOOD_8);
   EXPECT_EQ(n, 1);
 }
 
 TEST(Regions, OfVoxelsTouchingAtACornerAreOneOnlyForTheBox) {
   const auto mask = imageOf<unsigned char>({2, 2, 2}, {255, 0, 0, 0, 0, 0, 0, 255});
   int n = 0;
-  orva::bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
+  bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
   EXPECT_EQ(n, 2);
-  orva::bip::regions(mask, n, 255, 1, NEIGHBORHOOD_8);
+  bip::regions(mask, n, 255, 1, NEIGHBORHOOD_8);
   EXPECT_EQ(n, 1);
 }
 
 TEST(Regions, OfOneColumnOfVoxelsAreConnectedAlongZ) {
   int n = 0;
   const auto mask = imageOf<unsigned char>({1, 1, 4}, {255, 255, 0, 255});
-  EXPECT_EQ(pixelsOf(orva::bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4)),
+  EXPECT_EQ(pixelsOf(bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4)),
             (std::vector<short>{0, 0, -1, 1}));
 }
 
 TEST(Regions, WithReachTwoSkipDirectNeighbours) {
   int n = 0;
   EXPECT_TRUE(sameImage(
-      orva::bip::regions(maskOf({".........", ".........", "..##.#...", ".........", "........."}),
-                         n, 255, 2, NEIGHBORHOOD_4),
+      bip::regions(maskOf({".........", ".........", "..##.#...", ".........", "........."}), n,
+                   255, 2, NEIGHBORHOOD_4),
       labelsOf({".........", ".........", "..01.1...", ".........", "........."})));
   EXPECT_EQ(n, 2);
 }
@@ -108,9 +93,9 @@ TEST(Regions, WithReachTwoSkipDirectNeighbours) {
 // pixel comes first decides.
 TEST(Regions, WithReachTwoHoldTheNeighbourAtTheBorderWhichIsOneSided) {
   int n = 0;
-  EXPECT_EQ(pixelsOf(orva::bip::regions(maskOf({"##......"}), n, 255, 2, NEIGHBORHOOD_4)),
+  EXPECT_EQ(pixelsOf(bip::regions(maskOf({"##......"}), n, 255, 2, NEIGHBORHOOD_4)),
             (std::vector<short>{0, 1, -1, -1, -1, -1, -1, -1}));
-  EXPECT_EQ(pixelsOf(orva::bip::regions(maskOf({"......##"}), n, 255, 2, NEIGHBORHOOD_4)),
+  EXPECT_EQ(pixelsOf(bip::regions(maskOf({"......##"}), n, 255, 2, NEIGHBORHOOD_4)),
             (std::vector<short>{-1, -1, -1, -1, -1, -1, 0, 0}));
 }
 
@@ -118,7 +103,7 @@ TEST(Regions, OfAnotherNeighbourhoodAreSinglePixels) {
   for (const int type : {0, 3, 6, 26, -4}) {
     int n = 0;
     EXPECT_TRUE(sameImage(
-        orva::bip::regions(maskOf({"##.", ".##"}), n, 255, 1, static_cast<NeighborhoodType>(type)),
+        bip::regions(maskOf({"##.", ".##"}), n, 255, 1, static_cast<NeighborhoodType>(type)),
         labelsOf({"01.", ".23"})));
     EXPECT_EQ(n, 4);
   }
@@ -126,7 +111,7 @@ TEST(Regions, OfAnotherNeighbourhoodAreSinglePixels) {
 
 TEST(Regions, OfANegativeValueAreAreasOfEqualValue) {
   int n = 0;
-  EXPECT_TRUE(sameImage(orva::bip::regions(maskOf({"112", "133", ".31"}), n, -1, 1, NEIGHBORHOOD_4),
+  EXPECT_TRUE(sameImage(bip::regions(maskOf({"112", "133", ".31"}), n, -1, 1, NEIGHBORHOOD_4),
                         labelsOf({"001", "022", "324"})));
   EXPECT_EQ(n, 5);
 }
@@ -135,7 +120,7 @@ TEST(Regions, WithANegativeReachAreSinglePixels) {
   for (const int reach : {0, -1, INT_MIN}) {
     for (const NeighborhoodType type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
       int n = 0;
-      orva::bip::regions(maskOf({"###", "###"}), n, 255, reach, type);
+      bip::regions(maskOf({"###", "###"}), n, 255, reach, type);
       EXPECT_EQ(n, 6);
     }
   }
@@ -144,7 +129,7 @@ TEST(Regions, WithANegativeReachAreSinglePixels) {
 TEST(Regions, WithAReachBeyondTheImageAreOneForTheBox) {
   for (const int reach : {4, 100, INT_MAX}) {
     int n = 0;
-    orva::bip::regions(maskOf({"#...#", ".....", "..#.."}), n, 255, reach, NEIGHBORHOOD_8);
+    bip::regions(maskOf({"#...#", ".....", "..#.."}), n, 255, reach, NEIGHBORHOOD_8);
     EXPECT_EQ(n, 1);
   }
 }
@@ -153,48 +138,47 @@ TEST(Regions, OfANullImageAreAnEmptyImageAndLeaveTheCountAlone) {
   const Shape empty{0, 1};
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}, Shape{3, 0}}) {
     int n = 42;
-    EXPECT_TRUE(
-        sameImage(orva::bip::regions(blank<unsigned char>(shape), n, 255, 1, NEIGHBORHOOD_4),
-                  blank<short>(empty)));
-    EXPECT_TRUE(sameImage(orva::bip::regions(blank<short>(shape), n), blank<short>(empty)));
+    EXPECT_TRUE(sameImage(bip::regions(blank<unsigned char>(shape), n, 255, 1, NEIGHBORHOOD_4),
+                          blank<short>(empty)));
+    EXPECT_TRUE(sameImage(bip::regions(blank<short>(shape), n), blank<short>(empty)));
     EXPECT_EQ(n, 42);
-    EXPECT_TRUE(sameImage(orva::bip::regions(blank<unsigned char>(shape)), blank<short>(empty)));
-    EXPECT_TRUE(sameImage(orva::bip::regions(blank<short>(shape)), blank<short>(empty)));
+    EXPECT_TRUE(sameImage(bip::regions(blank<unsigned char>(shape)), blank<short>(empty)));
+    EXPECT_TRUE(sameImage(bip::regions(blank<short>(shape)), blank<short>(empty)));
   }
 }
 
 TEST(Regions, OfAShortImageArePartsOfEqualValueConnectedByTheBox) {
   const auto in = imageOf<short>({3, 3}, {-1, 5, -1, 5, -1, 300, -32768, 5, 300});
   int n = 0;
-  EXPECT_EQ(pixelsOf(orva::bip::regions(in, n)), (std::vector<short>{0, 1, 0, 1, 0, 2, 3, 1, 2}));
+  EXPECT_EQ(pixelsOf(bip::regions(in, n)), (std::vector<short>{0, 1, 0, 1, 0, 2, 3, 1, 2}));
   EXPECT_EQ(n, 4);
 }
 
 TEST(Regions, ShortFormsUseTheirDefaults) {
   Random random(11);
-  const auto mask = orva_test::randomMask(random, {23, 14}, 0.5);
-  const auto values = orva_test::randomLabels(random, {23, 14}, 3);
+  const auto mask = randomMask(random, {23, 14}, 0.5);
+  const auto values = randomLabels(random, {23, 14}, 3);
   int n = 0;
-  EXPECT_TRUE(sameImage(orva::bip::regions(mask), reference::regions(mask, n, 255, 1, 4)));
-  EXPECT_TRUE(sameImage(orva::bip::regions(values), reference::regions(values, n)));
+  EXPECT_TRUE(sameImage(bip::regions(mask), reference::regions(mask, n, 255, 1, 4)));
+  EXPECT_TRUE(sameImage(bip::regions(values), reference::regions(values, n)));
 }
 
 TEST(Regions, OfExactlyTheMostThatFitAreAllKept) {
   const image<unsigned char> board = chessboard(256, 256);
   int n = 0;
   testing::internal::CaptureStderr();
-  const image<short> labels = orva::bip::regions(board, n, 255, 1, NEIGHBORHOOD_4);
+  const image<short> labels = bip::regions(board, n, 255, 1, NEIGHBORHOOD_4);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   EXPECT_EQ(n, 32768);
   EXPECT_EQ(labels.max(), 32767);
-  EXPECT_EQ(orva::bip::regionNumber(labels), 32768);
+  EXPECT_EQ(bip::regionNumber(labels), 32768);
 }
 
 TEST(Regions, BeyondTheMostThatFitAreIgnoredWithAWarning) {
   const image<unsigned char> board = chessboard(301, 301);
   int n = 0;
   testing::internal::CaptureStderr();
-  const image<short> labels = orva::bip::regions(board, n, 255, 1, NEIGHBORHOOD_4);
+  const image<short> labels = bip::regions(board, n, 255, 1, NEIGHBORHOOD_4);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), overflowMessage);
   EXPECT_EQ(n, 32768);
   int expected = 0;
@@ -208,7 +192,7 @@ TEST(Regions, OfAPartitionBeyondTheMostThatFitAreIgnoredWithAWarning) {
   std::iota(in.pixels(), in.pixels() + in.npix(), short{-20000});
   int n = 0;
   testing::internal::CaptureStderr();
-  const image<short> labels = orva::bip::regions(in, n);
+  const image<short> labels = bip::regions(in, n);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), overflowMessage);
   EXPECT_EQ(n, 32768);
   for (int i = 0; i < labels.npix(); ++i) ASSERT_EQ(labels.pixels()[i], i < 32768 ? i : -1);
@@ -220,7 +204,7 @@ TEST(Regions, OfImagesWiderThanSixteenBitsAreConnectedThroughout) {
     std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
     for (const NeighborhoodType type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
       int n = 0;
-      EXPECT_EQ(pixelsOf(orva::bip::regions(mask, n, 255, 1, type)), std::vector<short>(70000, 0));
+      EXPECT_EQ(pixelsOf(bip::regions(mask, n, 255, 1, type)), std::vector<short>(70000, 0));
       EXPECT_EQ(n, 1);
     }
   }
@@ -228,7 +212,7 @@ TEST(Regions, OfImagesWiderThanSixteenBitsAreConnectedThroughout) {
 
 TEST(Regions, MatchReference) {
   Random random(1);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 12; ++round) {
       // Few values, so that areas form.
       image<unsigned char> in = blank<unsigned char>(shape);
@@ -241,9 +225,9 @@ TEST(Regions, MatchReference) {
           const int reach = randomInt(random, 0, 3);
           int n = -1;
           int expected = -2;
-          EXPECT_TRUE(sameImage(
-              orva::bip::regions(in, n, value, reach, static_cast<NeighborhoodType>(type)),
-              reference::regions(in, expected, value, reach, type)))
+          EXPECT_TRUE(
+              sameImage(bip::regions(in, n, value, reach, static_cast<NeighborhoodType>(type)),
+                        reference::regions(in, expected, value, reach, type)))
               << "value " << value << " reach " << reach << " type " << type;
           EXPECT_EQ(n, expected);
         }
@@ -254,16 +238,17 @@ TEST(Regions, MatchReference) {
 
 TEST(Regions, OfShortImagesMatchReference) {
   Random random(2);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 12; ++round) {
-      const auto in = round == 0 ? randomImage<short>(random, shape)
-                                 : orva_test::randomLabels(random, shape, round % 4);
+      const auto in =
+          round == 0 ? randomImage<short>(random, shape) : randomLabels(random, shape, round % 4);
       int n = -1;
       int expected = -2;
-      EXPECT_TRUE(sameImage(orva::bip::regions(in, n), reference::regions(in, expected)));
+      EXPECT_TRUE(sameImage(bip::regions(in, n), reference::regions(in, expected)));
       EXPECT_EQ(n, expected);
     }
   }
 }
 
 }  // namespace
+}  // namespace orva::test

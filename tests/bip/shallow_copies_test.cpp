@@ -14,8 +14,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // Calls change() on an image, and expected() on one that shares nothing with it. Both change it,
 // and a copy of the first shows what the second has become.
 template <class T, class Change, class Expected>

@@ -13,22 +13,8 @@
 #include "tests/support/images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Point;
-using orva::RegionFeature;
-using orva_test::framed;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
-using Labels = image<short>;
 
 constexpr int kWidth = 37;
 constexpr int kHeight = 34;
@@ -71,8 +57,8 @@ TEST(FramedLabels, HaveShiftedFeaturesAndTheSameBrightness) {
       const image<float> img = randomImage<float>(random, shape);
       const Labels movedLabels = shifted<short>(labels, by, -1);
       const image<float> movedImg = shifted(img, by, 9.0F);
-      const auto here = orva::bip::regionFeatures(labels, n, img);
-      const auto there = orva::bip::regionFeatures(movedLabels, n, movedImg);
+      const auto here = bip::regionFeatures(labels, n, img);
+      const auto there = bip::regionFeatures(movedLabels, n, movedImg);
       ASSERT_EQ(there.size(), here.size());
       for (std::size_t k = 0; k < here.size(); ++k) {
         const RegionFeature& f = here[k];
@@ -89,8 +75,8 @@ TEST(FramedLabels, HaveShiftedFeaturesAndTheSameBrightness) {
         EXPECT_EQ(g.var, f.var);
       }
       for (const bool sorted : {false, true}) {
-        EXPECT_EQ(orva::bip::regionIntensityArrays(movedLabels, movedImg, sorted),
-                  orva::bip::regionIntensityArrays(labels, img, sorted));
+        EXPECT_EQ(bip::regionIntensityArrays(movedLabels, movedImg, sorted),
+                  bip::regionIntensityArrays(labels, img, sorted));
       }
     }
   }
@@ -101,8 +87,8 @@ TEST(FramedLabels, HaveShiftedBoundariesInTheSameOrder) {
   for (int round = 0; round < 10; ++round) {
     const Shift by = randomShift(random);
     const Labels labels = onGround<short>(randomLabels(random, {16, 12}, 3), -1);
-    const auto here = orva::bip::boundaries(labels);
-    const auto there = orva::bip::boundaries(shifted<short>(labels, by, -1));
+    const auto here = bip::boundaries(labels);
+    const auto there = bip::boundaries(shifted<short>(labels, by, -1));
     ASSERT_EQ(there.size(), here.size());
     for (std::size_t k = 0; k < here.size(); ++k) expectShifted(there[k], here[k], by);
   }
@@ -115,11 +101,11 @@ TEST(FramedImages, HaveShiftedZerosInTheSameOrder) {
       const Shift by = randomShift(random);
       const auto a = onGround(randomImage<float>(random, {16, 12}), ground);
       const auto b = onGround(randomImage<float>(random, {16, 12}), ground);
-      const auto here = orva::image_math::findZeros(a);
+      const auto here = image_math::findZeros(a);
       ASSERT_FALSE(here.empty());
-      expectShifted(orva::image_math::findZeros(shifted(a, by, ground)), here, by);
-      expectShifted(orva::image_math::findZeros(shifted(a, by, ground), shifted(b, by, ground)),
-                    orva::image_math::findZeros(a, b), by);
+      expectShifted(image_math::findZeros(shifted(a, by, ground)), here, by);
+      expectShifted(image_math::findZeros(shifted(a, by, ground), shifted(b, by, ground)),
+                    image_math::findZeros(a, b), by);
     }
   }
 }
@@ -133,15 +119,15 @@ TEST(FramedMasks, KeepTheSameRegionsWhereverTheyLie) {
       const auto img = randomImage<unsigned char>(random, shape);
       Mask here = mask.duplicate();
       Mask there = shifted<unsigned char>(mask, by, 0);
-      orva::bip::selectRegions(here, img, 120.0F, 3);
-      orva::bip::selectRegions(there, shifted<unsigned char>(img, by, 77), 120.0F, 3);
+      bip::selectRegions(here, img, 120.0F, 3);
+      bip::selectRegions(there, shifted<unsigned char>(img, by, 77), 120.0F, 3);
       ASSERT_FALSE(sameImage(here, mask));
       EXPECT_TRUE(sameImage(there, shifted<unsigned char>(here, by, 0)));
 
       here = mask.duplicate();
       there = shifted<unsigned char>(mask, by, 0);
-      orva::bip::selectRegionsBySize(here, 3, 12);
-      orva::bip::selectRegionsBySize(there, 3, 12);
+      bip::selectRegionsBySize(here, 3, 12);
+      bip::selectRegionsBySize(there, 3, 12);
       ASSERT_FALSE(sameImage(here, mask));
       EXPECT_TRUE(sameImage(there, shifted<unsigned char>(here, by, 0)));
     }
@@ -149,3 +135,4 @@ TEST(FramedMasks, KeepTheSameRegionsWhereverTheyLie) {
 }
 
 }  // namespace
+}  // namespace orva::test

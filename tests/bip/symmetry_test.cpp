@@ -19,25 +19,8 @@
 #include "tests/support/images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::NeighborhoodType;
-using orva::RegionFeature;
-using orva_test::framed;
-using orva_test::pixelsOf;
-using orva_test::planeTurns;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::randomLabels;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::Turned;
-using orva_test::volumeTurns;
-
-using Mask = image<unsigned char>;
-using Labels = image<short>;
 
 const Shape kShapes[] = {{23, 17}, {40, 9}, {1, 30}, {31, 1}, {9, 8, 5}, {5, 12, 7}};
 
@@ -53,7 +36,7 @@ Labels renumbered(const Labels& labels) {
 }
 
 Mask smallBytes(Random& random, const Shape& shape, int most) {
-  Mask img = orva_test::blank<unsigned char>(shape);
+  Mask img = blank<unsigned char>(shape);
   std::generate_n(img.pixels(), img.npix(),
                   [&] { return static_cast<unsigned char>(randomInt(random, 0, most)); });
   return img;
@@ -70,13 +53,13 @@ TEST(TurnedRegions, AreAsMany) {
       const Mask img = smallBytes(random, shape, 2);
       for (const int value : {1, -1}) {
         for (const Neighbours& by :
-             {Neighbours{1, orva::NEIGHBORHOOD_4}, Neighbours{1, orva::NEIGHBORHOOD_8},
-              Neighbours{2, orva::NEIGHBORHOOD_8}, Neighbours{0, orva::NEIGHBORHOOD_4}}) {
+             {Neighbours{1, NEIGHBORHOOD_4}, Neighbours{1, NEIGHBORHOOD_8},
+              Neighbours{2, NEIGHBORHOOD_8}, Neighbours{0, NEIGHBORHOOD_4}}) {
           int n = 0;
-          orva::bip::regions(img, n, value, by.reach, by.type);
+          bip::regions(img, n, value, by.reach, by.type);
           for (const Turned<unsigned char> turn : volumeTurns<unsigned char>()) {
             int turnedN = 0;
-            orva::bip::regions(turn(img), turnedN, value, by.reach, by.type);
+            bip::regions(turn(img), turnedN, value, by.reach, by.type);
             EXPECT_EQ(turnedN, n);
           }
         }
@@ -92,10 +75,10 @@ TEST(TurnedRegions, OfAxialNeighboursFartherAwayNeedAGroundAround) {
   for (int round = 0; round < 10; ++round) {
     const Mask mask = framed<unsigned char>(randomMask(random, {15, 13}, 0.4), 19, 17, 2, 2, 0);
     int n = 0;
-    orva::bip::regions(mask, n, 255, 2, orva::NEIGHBORHOOD_4);
+    bip::regions(mask, n, 255, 2, NEIGHBORHOOD_4);
     for (const Turned<unsigned char> turn : planeTurns<unsigned char>()) {
       int turnedN = 0;
-      orva::bip::regions(turn(mask), turnedN, 255, 2, orva::NEIGHBORHOOD_4);
+      bip::regions(turn(mask), turnedN, 255, 2, NEIGHBORHOOD_4);
       EXPECT_EQ(turnedN, n);
     }
   }
@@ -107,17 +90,17 @@ TEST(TurnedRegions, CoverTheTurnedPixels) {
     for (int round = 0; round < 6; ++round) {
       const Mask mask = randomMask(random, shape, 0.5);
       const Labels areas = randomLabels(random, shape, 2);
-      const Labels partition = orva::bip::regions(areas);
+      const Labels partition = bip::regions(areas);
       for (std::size_t t = 0; t < volumeTurns<short>().size(); ++t) {
         const auto turn = volumeTurns<short>()[t];
         const Mask turnedMask = volumeTurns<unsigned char>()[t](mask);
-        for (const auto type : {orva::NEIGHBORHOOD_4, orva::NEIGHBORHOOD_8}) {
+        for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
           int n = 0;
-          const Labels labels = orva::bip::regions(mask, n, 255, 1, type);
-          const Labels turned = orva::bip::regions(turnedMask, n, 255, 1, type);
+          const Labels labels = bip::regions(mask, n, 255, 1, type);
+          const Labels turned = bip::regions(turnedMask, n, 255, 1, type);
           EXPECT_TRUE(sameImage(renumbered(turn(turned)), labels));
         }
-        EXPECT_TRUE(sameImage(renumbered(turn(orva::bip::regions(turn(areas)))), partition));
+        EXPECT_TRUE(sameImage(renumbered(turn(bip::regions(turn(areas)))), partition));
       }
     }
   }
@@ -128,8 +111,8 @@ TEST(FramedRegions, KeepTheirNumbersAndTheirShapes) {
   for (int round = 0; round < 10; ++round) {
     const Mask mask = randomMask(random, {13, 11}, 0.5);
     const Mask moved = framed<unsigned char>(mask, 30, 29, 4 + round, 9, 0);
-    EXPECT_TRUE(sameImage(orva::bip::regions(moved),
-                          framed<short>(orva::bip::regions(mask), 30, 29, 4 + round, 9, -1)));
+    EXPECT_TRUE(sameImage(bip::regions(moved),
+                          framed<short>(bip::regions(mask), 30, 29, 4 + round, 9, -1)));
   }
 }
 
@@ -150,10 +133,10 @@ TEST(TurnedRegionFeatures, AreTurned) {
   for (const Shape& shape : kShapes) {
     const Labels labels = randomLabels(random, shape, n - 1);
     const Mask brightness = smallBytes(random, shape, 255);
-    const auto plain = orva::bip::regionFeatures(labels, n, brightness);
+    const auto plain = bip::regionFeatures(labels, n, brightness);
     for (std::size_t t = 0; t < 4; ++t) {
-      const auto turned = orva::bip::regionFeatures(volumeTurns<short>()[t](labels), n,
-                                                    volumeTurns<unsigned char>()[t](brightness));
+      const auto turned = bip::regionFeatures(volumeTurns<short>()[t](labels), n,
+                                              volumeTurns<unsigned char>()[t](brightness));
       for (std::size_t k = 0; k < n; ++k) {
         Bounds back = boundsOf(turned[k]);
         const RegionFeature& f = plain[k];
@@ -194,17 +177,16 @@ TEST(RearrangedPixels, HaveTheSameSortedBrightnessAndHistogram) {
   for (const Shape& shape : kShapes) {
     const Labels labels = randomLabels(random, shape, 4);
     const Mask img = smallBytes(random, shape, 255);
-    const auto order = orva_test::shuffledFrames(random, img);
-    const auto lists = orva::bip::regionIntensityArrays(labels, 5, img, true);
-    const auto counts = orva::bip::histogram(img, 3, 250);
-    EXPECT_EQ(orva::bip::regionIntensityArrays(orva_test::reordered(labels, order), 5,
-                                               orva_test::reordered(img, order), true),
+    const auto order = shuffledFrames(random, img);
+    const auto lists = bip::regionIntensityArrays(labels, 5, img, true);
+    const auto counts = bip::histogram(img, 3, 250);
+    EXPECT_EQ(bip::regionIntensityArrays(reordered(labels, order), 5, reordered(img, order), true),
               lists);
     for (std::size_t t = 0; t < 4; ++t) {
       const Mask turned = volumeTurns<unsigned char>()[t](img);
-      EXPECT_EQ(orva::bip::regionIntensityArrays(volumeTurns<short>()[t](labels), 5, turned, true),
+      EXPECT_EQ(bip::regionIntensityArrays(volumeTurns<short>()[t](labels), 5, turned, true),
                 lists);
-      EXPECT_EQ(orva::bip::histogram(turned, 3, 250), counts);
+      EXPECT_EQ(bip::histogram(turned, 3, 250), counts);
     }
   }
 }
@@ -219,12 +201,12 @@ TEST(TurnedMasks, AreErodedDilatedFilledAndReversedAlike) {
     };
   };
   const std::vector<std::function<Mask(const Mask&)>> operations = {
-      inPlace(orva::bip::erode),
-      inPlace(orva::bip::dilate),
-      inPlace(orva::bip::removeInternalStructures),
-      inPlace(orva::bip::reverse),
-      [](const Mask& in) { return orva::bip::edge(in); },
-      [](const Mask& in) { return orva::bip::threshold(in, 128.0F); }};
+      inPlace(bip::erode),
+      inPlace(bip::dilate),
+      inPlace(bip::removeInternalStructures),
+      inPlace(bip::reverse),
+      [](const Mask& in) { return bip::edge(in); },
+      [](const Mask& in) { return bip::threshold(in, 128.0F); }};
   for (int round = 0; round < 30; ++round) {
     const Mask mask = randomMask(random, {randomInt(random, 1, 40), randomInt(random, 1, 20)}, 0.6);
     for (const auto& operation : operations) {
@@ -234,10 +216,10 @@ TEST(TurnedMasks, AreErodedDilatedFilledAndReversedAlike) {
     }
     const Labels labels = randomLabels(random, {17, 12}, 2);
     Labels eroded = labels.duplicate();
-    orva::bip::erode(eroded);
+    bip::erode(eroded);
     for (const auto turn : planeTurns<short>()) {
       Labels turned = turn(labels);
-      orva::bip::erode(turned);
+      bip::erode(turned);
       EXPECT_TRUE(sameImage(turned, turn(eroded)));
     }
   }
@@ -249,10 +231,10 @@ TEST(TurnedVolumes, AreFilledAlike) {
     for (int round = 0; round < 8; ++round) {
       const Mask volume = randomMask(random, shape, 0.75);
       Mask filled = volume.duplicate();
-      orva::bip::removeInternalStructures(filled);
+      bip::removeInternalStructures(filled);
       for (const auto turn : volumeTurns<unsigned char>()) {
         Mask turned = turn(volume);
-        orva::bip::removeInternalStructures(turned);
+        bip::removeInternalStructures(turned);
         EXPECT_TRUE(sameImage(turned, turn(filled)));
       }
     }
@@ -266,33 +248,33 @@ TEST(FramedMasks, AreErodedDilatedAndFilledAlikeWhereverTheyLie) {
     const Mask mask = framed<unsigned char>(randomMask(random, {15, 12}, 0.6), 19, 16, 2, 2, 0);
     const int dx = randomInt(random, 0, 9);
     const int dy = randomInt(random, 0, 9);
-    for (void (*f)(Mask&) : {static_cast<void (*)(Mask&)>(orva::bip::erode), orva::bip::dilate,
-                             orva::bip::removeInternalStructures}) {
+    for (void (*f)(Mask&) :
+         {static_cast<void (*)(Mask&)>(bip::erode), bip::dilate, bip::removeInternalStructures}) {
       Mask here = mask.duplicate();
       Mask there = framed<unsigned char>(mask, 28, 25, dx, dy, 0);
       f(here);
       f(there);
       EXPECT_TRUE(sameImage(there, framed<unsigned char>(here, 28, 25, dx, dy, 0)));
     }
-    EXPECT_TRUE(sameImage(orva::bip::edge(framed<unsigned char>(mask, 28, 25, dx, dy, 0)),
-                          framed<unsigned char>(orva::bip::edge(mask), 28, 25, dx, dy, 0)));
+    EXPECT_TRUE(sameImage(bip::edge(framed<unsigned char>(mask, 28, 25, dx, dy, 0)),
+                          framed<unsigned char>(bip::edge(mask), 28, 25, dx, dy, 0)));
   }
 }
 
 TEST(TurnedLabels, HaveTheTurnedBoundaries) {
   Random random(309);
   using Pixels = std::vector<std::pair<int, int>>;
-  const auto sorted = [](const std::vector<orva::Point>& points, const auto& place) {
+  const auto sorted = [](const std::vector<Point>& points, const auto& place) {
     Pixels result;
-    for (const orva::Point& p : points) result.push_back(place(int{p.x}, int{p.y}));
+    for (const Point& p : points) result.push_back(place(int{p.x}, int{p.y}));
     std::sort(result.begin(), result.end());
     return result;
   };
   for (int round = 0; round < 10; ++round) {
     const Labels labels = randomLabels(random, {18, 13}, 3);
-    const auto plain = orva::bip::boundaries(labels);
-    const auto across = orva::bip::boundaries(orva_test::flipped(labels));
-    const auto exchanged = orva::bip::boundaries(orva_test::transposed(labels));
+    const auto plain = bip::boundaries(labels);
+    const auto across = bip::boundaries(flipped(labels));
+    const auto exchanged = bip::boundaries(transposed(labels));
     ASSERT_EQ(across.size(), plain.size());
     ASSERT_EQ(exchanged.size(), plain.size());
     const auto same = [](int x, int y) { return std::pair(x, y); };
@@ -314,12 +296,12 @@ TEST(TurnedMasks, KeepTheSameRegions) {
     const Mask brightness = smallBytes(random, {28, 22}, 255);
     const auto selected = [](Mask m, const Mask& values) {
       m = m.duplicate();
-      orva::bip::selectRegions(m, values, 120.0F, 3);
+      bip::selectRegions(m, values, 120.0F, 3);
       return m;
     };
     const auto selectedBySize = [](Mask m) {
       m = m.duplicate();
-      orva::bip::selectRegionsBySize(m, 4, 200);
+      bip::selectRegionsBySize(m, 4, 200);
       return m;
     };
     ASSERT_FALSE(sameImage(selected(mask, brightness), mask));
@@ -337,11 +319,12 @@ TEST(TurnedImages, HaveNearlyTheSameThreshold) {
   Random random(315);
   for (int round = 0; round < 10; ++round) {
     const Mask img = smallBytes(random, {29, 21}, 255);
-    const float t = orva::bip::computeThreshold(img, 2.0F);
+    const float t = bip::computeThreshold(img, 2.0F);
     for (const auto turn : planeTurns<unsigned char>()) {
-      EXPECT_NEAR(orva::bip::computeThreshold(turn(img), 2.0F), t, 0.05F);
+      EXPECT_NEAR(bip::computeThreshold(turn(img), 2.0F), t, 0.05F);
     }
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -15,24 +15,9 @@
 #include "tests/support/reference/selection.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva::bip::computeThreshold;
-using orva::bip::threshold;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::isWhole;
-using orva_test::maskOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-using Mask = image<unsigned char>;
 using Bytes = std::vector<unsigned char>;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -53,12 +38,12 @@ const std::string kFailedMessage = "bip::regionFeatures failed.\n";
   return ::testing::AssertionFailure() << a << " and " << b;
 }
 
-Mask selected(const Mask& mask, const orva::Image& brightness, float minMean, int minSize,
+Mask selected(const Mask& mask, const Image& brightness, float minMean, int minSize,
               const std::string& message = "") {
   Mask result = mask.duplicate();
   testing::internal::CaptureStderr();
   testing::internal::CaptureStdout();
-  orva::bip::selectRegions(result, brightness, minMean, minSize);
+  bip::selectRegions(result, brightness, minMean, minSize);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), message);
   return result;
@@ -68,7 +53,7 @@ Mask selectedBySize(const Mask& mask, int minSize, int maxSize) {
   Mask result = mask.duplicate();
   testing::internal::CaptureStderr();
   testing::internal::CaptureStdout();
-  orva::bip::selectRegionsBySize(result, minSize, maxSize);
+  bip::selectRegionsBySize(result, minSize, maxSize);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   return result;
@@ -86,47 +71,46 @@ Mask randomMix(Random& random, const Shape& shape) {
 
 TEST(Threshold, Is255FromTheThresholdOn) {
   const auto img = imageOf<float>({5, 1}, {1.0F, 2.4999998F, 2.5F, 2.5000002F, 9.0F});
-  EXPECT_EQ(pixelsOf(threshold(img, 2.5F)), (Bytes{0, 0, 255, 255, 255}));
-  EXPECT_EQ(pixelsOf(threshold(img, 0.5F)), Bytes(5, 255));
-  EXPECT_EQ(pixelsOf(threshold(img, 9.5F)), Bytes(5, 0));
-  EXPECT_EQ(pixelsOf(threshold(imageOf<float>({2, 1}, {-0.0F, 0.0F}), 0.0F)), Bytes(2, 255));
+  EXPECT_EQ(pixelsOf(bip::threshold(img, 2.5F)), (Bytes{0, 0, 255, 255, 255}));
+  EXPECT_EQ(pixelsOf(bip::threshold(img, 0.5F)), Bytes(5, 255));
+  EXPECT_EQ(pixelsOf(bip::threshold(img, 9.5F)), Bytes(5, 0));
+  EXPECT_EQ(pixelsOf(bip::threshold(imageOf<float>({2, 1}, {-0.0F, 0.0F}), 0.0F)), Bytes(2, 255));
 }
 
 TEST(Threshold, OfNaNIsZero) {
   const auto img = imageOf<float>({4, 1}, {kNaN, -kInfinity, kInfinity, 0});
-  EXPECT_EQ(pixelsOf(threshold(img, -kInfinity)), (Bytes{0, 255, 255, 255}));
-  EXPECT_EQ(pixelsOf(threshold(img, kInfinity)), (Bytes{0, 0, 255, 0}));
-  EXPECT_EQ(pixelsOf(threshold(img, kNaN)), Bytes(4, 0));
+  EXPECT_EQ(pixelsOf(bip::threshold(img, -kInfinity)), (Bytes{0, 255, 255, 255}));
+  EXPECT_EQ(pixelsOf(bip::threshold(img, kInfinity)), (Bytes{0, 0, 255, 0}));
+  EXPECT_EQ(pixelsOf(bip::threshold(img, kNaN)), Bytes(4, 0));
 }
 
 TEST(Threshold, ReadsPixelsAsFloats) {
   // As an int the pixel is below, as a float it rounds up to the threshold.
-  EXPECT_EQ(pixelsOf(threshold(imageOf<int>({2, 1}, {2000000000 - 1, 1999999000}), 2e9F)),
+  EXPECT_EQ(pixelsOf(bip::threshold(imageOf<int>({2, 1}, {2000000000 - 1, 1999999000}), 2e9F)),
             (Bytes{255, 0}));
   // Samples that differ from what pixel() says.
-  EXPECT_EQ(pixelsOf(threshold(orva_test::RawImage({2, 1}, orva::USHORT,
-                                                   std::vector<unsigned short>{9, 1}, {1.0F, 9.0F}),
-                               5.0F)),
+  EXPECT_EQ(pixelsOf(bip::threshold(
+                RawImage({2, 1}, USHORT, std::vector<unsigned short>{9, 1}, {1.0F, 9.0F}), 5.0F)),
             (Bytes{0, 255}));
 }
 
 TEST(Threshold, OfANullImageIsEmpty) {
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}, Shape{7, 0, 3}}) {
-    EXPECT_TRUE(isWhole(threshold(blank<float>(shape), 1.0F), {0, 1, 1, 1, 1}));
+    EXPECT_TRUE(isWhole(bip::threshold(blank<float>(shape), 1.0F), {0, 1, 1, 1, 1}));
   }
 }
 
 template <class T>
 class ThresholdOf : public testing::Test {};
-TYPED_TEST_SUITE(ThresholdOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(ThresholdOf, PixelTypes);
 
 TYPED_TEST(ThresholdOf, MatchesReference) {
   Random random(1);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, shape);
     const float own = img.pixel(randomInt(random, 0, img.npix() - 1));
     for (const float t : {own, std::nextafter(own, kInfinity), 0.0F, 100.5F, -kInfinity, kNaN}) {
-      EXPECT_TRUE(sameImage(threshold(img, t), reference::threshold(img, t)));
+      EXPECT_TRUE(sameImage(bip::threshold(img, t), reference::threshold(img, t)));
     }
   }
 }
@@ -134,7 +118,7 @@ TYPED_TEST(ThresholdOf, MatchesReference) {
 TEST(ComputeThreshold, OfANullImageIsZeroWithAWarning) {
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}}) {
     testing::internal::CaptureStderr();
-    EXPECT_TRUE(sameFloat(computeThreshold(blank<float>(shape), 2.0F), 0.0F));
+    EXPECT_TRUE(sameFloat(bip::computeThreshold(blank<float>(shape), 2.0F), 0.0F));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Warning: \nIn bip::computeThreshold, input image is empty!\n0 returned\n");
   }
@@ -144,8 +128,8 @@ int countOf(const Mask& mask, int value) {
   return static_cast<int>(std::count(mask.pixels(), mask.pixels() + mask.npix(), value));
 }
 
-Mask blobsOf(const orva::Image& img, float scale) {
-  return orva::scalespace::features(img, scale, orva::LAPLACIAN_NEGATIVE, 1.0F);
+Mask blobsOf(const Image& img, float scale) {
+  return scalespace::features(img, scale, LAPLACIAN_NEGATIVE, 1.0F);
 }
 
 TEST(ComputeThreshold, LiesBetweenTheMeansInsideAndOutsideBrightBlobs) {
@@ -162,7 +146,7 @@ TEST(ComputeThreshold, LiesBetweenTheMeansInsideAndOutsideBrightBlobs) {
   ASSERT_LT(inside, 256);
   const float expected =
       (sums[0] / static_cast<float>(256 - inside) + sums[1] / static_cast<float>(inside)) / 2;
-  EXPECT_EQ(computeThreshold(img, 1.0F), expected);
+  EXPECT_EQ(bip::computeThreshold(img, 1.0F), expected);
   EXPECT_GT(expected, 8.0F);
   EXPECT_LT(expected, 40.0F);
 }
@@ -182,12 +166,12 @@ TEST(ComputeThreshold, CountsFlatPixelsAsOutside) {
     for (int i = 0; i < img.npix(); ++i) sums[blobs.pixels()[i] == 255 ? 1 : 0] += img.pixel(i);
     // All the bright pixels lie inside.
     EXPECT_EQ(sums[0], 0.0F);
-    EXPECT_EQ(computeThreshold(img, 1.5F), sums[1] / static_cast<float>(inside) * 0.5F);
+    EXPECT_EQ(bip::computeThreshold(img, 1.5F), sums[1] / static_cast<float>(inside) * 0.5F);
   }
 }
 
 TEST(ComputeThreshold, WithoutBlobsOrWithoutTheRestIsHalfTheMean) {
-  EXPECT_EQ(computeThreshold(blank<int>({6, 5}), 2.0F), 0.0F);
+  EXPECT_EQ(bip::computeThreshold(blank<int>({6, 5}), 2.0F), 0.0F);
   // The Laplacian of a constant does not quite vanish; its sign changes with that of the constant.
   int empty = 0;
   int whole = 0;
@@ -197,7 +181,7 @@ TEST(ComputeThreshold, WithoutBlobsOrWithoutTheRestIsHalfTheMean) {
     const int inside = countOf(blobsOf(img, 1.0F), 255);
     empty += inside == 0 ? 1 : 0;
     whole += inside == 64 ? 1 : 0;
-    EXPECT_EQ(computeThreshold(img, 1.0F), inside == 0 || inside == 64 ? v / 2 : v) << inside;
+    EXPECT_EQ(bip::computeThreshold(img, 1.0F), inside == 0 || inside == 64 ? v / 2 : v) << inside;
   }
   EXPECT_EQ(empty, 1);
   EXPECT_EQ(whole, 1);
@@ -208,20 +192,22 @@ TEST(ComputeThreshold, SumsInSinglePrecisionInLinearOrder) {
   for (int round = 0; round < 20; ++round) {
     image<float> img = randomImage<float>(random, {40, 30});
     for (int i = 0; i < img.npix(); i += 17) img.pixels()[i] *= 1e6F;
-    EXPECT_TRUE(sameFloat(computeThreshold(img, 1.5F), reference::computeThreshold(img, 1.5F)));
+    EXPECT_TRUE(
+        sameFloat(bip::computeThreshold(img, 1.5F), reference::computeThreshold(img, 1.5F)));
   }
 }
 
 template <class T>
 class ComputeThresholdOf : public testing::Test {};
-TYPED_TEST_SUITE(ComputeThresholdOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(ComputeThresholdOf, PixelTypes);
 
 TYPED_TEST(ComputeThresholdOf, MatchesReference) {
   Random random(3);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, shape);
     for (const float scale : {0.7F, 2.0F}) {
-      EXPECT_TRUE(sameFloat(computeThreshold(img, scale), reference::computeThreshold(img, scale)));
+      EXPECT_TRUE(
+          sameFloat(bip::computeThreshold(img, scale), reference::computeThreshold(img, scale)));
     }
   }
 }
@@ -328,10 +314,10 @@ TEST(SelectRegions, LeavesTheRegionsThatHaveNoLabel) {
   std::fill_n(expected.pixels(), 2 * 32768, static_cast<unsigned char>(0));
   testing::internal::CaptureStderr();
   Mask mask = board.duplicate();
-  orva::bip::selectRegions(mask, board, 0.0F, 2);
+  bip::selectRegions(mask, board, 0.0F, 2);
   EXPECT_TRUE(sameImage(mask, expected));
   mask = board.duplicate();
-  orva::bip::selectRegionsBySize(mask, 2, -1);
+  bip::selectRegionsBySize(mask, 2, -1);
   expected.pixels()[0] = 255;
   EXPECT_TRUE(sameImage(mask, expected));
   const std::string overflow =
@@ -341,7 +327,7 @@ TEST(SelectRegions, LeavesTheRegionsThatHaveNoLabel) {
 
 TEST(SelectRegions, MatchReferenceForOddShapesAndEveryWidth) {
   Random random(4);
-  for (const Shape& shape : orva_test::oddShapesAndWidths()) {
+  for (const Shape& shape : oddShapesAndWidths()) {
     const Mask mask = randomMix(random, shape);
     const auto brightness = randomImage<float>(random, shape);
     for (int round = 0; round < 4; ++round) {
@@ -352,7 +338,7 @@ TEST(SelectRegions, MatchReferenceForOddShapesAndEveryWidth) {
       reference::selectRegions(expected, brightness, mean, least);
       testing::internal::CaptureStderr();
       Mask own = mask.duplicate();
-      orva::bip::selectRegions(own, brightness, mean, least);
+      bip::selectRegions(own, brightness, mean, least);
       testing::internal::GetCapturedStderr();
       EXPECT_TRUE(sameImage(own, expected));
       expected = mask.duplicate();
@@ -363,3 +349,4 @@ TEST(SelectRegions, MatchReferenceForOddShapesAndEveryWidth) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,10 +12,10 @@
 #include "tests/fuzz/pnm_reference.h"
 #include "tests/support/reference/image_io.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 
 struct CommandRead {
-  std::unique_ptr<orva::Image> img;
+  std::unique_ptr<Image> img;
   std::string failure;
 };
 
@@ -26,20 +26,20 @@ CommandRead commandRead(const Read& read) {
     require(result.img != nullptr, "an image or an error");
     require(result.img->npix() > 0 && result.img->data() != nullptr, "an image with pixels");
     return result;
-  } catch (const orva::formats::FileError& error) {
+  } catch (const formats::FileError& error) {
     require(*error.what() != '\0', "words about what is wrong");
     return {nullptr, error.what()};
   }
 }
 
-inline bool isSameShape(const orva::Image& a, const orva::Image& b) {
-  const auto sizes = [](const orva::Image& i) {
+inline bool isSameShape(const Image& a, const Image& b) {
+  const auto sizes = [](const Image& i) {
     return std::vector<int>{i.nx(), i.ny(), i.nz(), i.nc(), i.nt()};
   };
   return sizes(a) == sizes(b);
 }
 
-inline void requireSameImage(const orva::Image& a, const orva::Image& b, const char* what) {
+inline void requireSameImage(const Image& a, const Image& b, const char* what) {
   require(a.format() == b.format() && isSameShape(a, b) &&
               reference::pixelBytes(a) == reference::pixelBytes(b),
           what);
@@ -49,13 +49,13 @@ inline void requireSameImage(const orva::Image& a, const orva::Image& b, const c
 inline void requireSamePnm(const CommandRead& read, const PnmReference& expected, int format) {
   require(read.failure == expected.failure, "the failure of the reference");
   if (!read.img) return;
-  const orva::Image& img = *read.img;
+  const Image& img = *read.img;
   const std::vector<int> sizes{img.format(), img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
   require(sizes == std::vector<int>{format, expected.width, expected.height, 1, 1, 1},
           "the pixel type and the sizes of the reference");
   require(reference::pixelBytes(img) == expected.samples, "the pixels of the reference");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

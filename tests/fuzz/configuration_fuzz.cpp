@@ -8,20 +8,19 @@
 #include "tests/fuzz/number_reference.h"
 #include "tests/support/reference/text.h"
 
+namespace orva::test {
 namespace {
 
-using orva_fuzz::require;
-
 void requireSameNumbers(std::string text) {
-  const int whole = orva_fuzz::intOf(text);
-  const auto bits = std::bit_cast<std::uint32_t>(orva_fuzz::floatOf(text));
-  require(orva::toInt(text) == whole, "the whole number of a word");
-  require(std::bit_cast<std::uint32_t>(orva::toFloat(text)) == bits, "the number of a word");
+  const int whole = intOf(text);
+  const auto bits = std::bit_cast<std::uint32_t>(floatOf(text));
+  require(toInt(text) == whole, "the whole number of a word");
+  require(std::bit_cast<std::uint32_t>(toFloat(text)) == bits, "the number of a word");
 }
 
 // The table has the values of the reference implementation, and none for words that the reference
 // implementation has no value for.
-void requireSameTable(const std::string& content, const orva::Configure& table) {
+void requireSameTable(const std::string& content, const Configure& table) {
   const auto expected = reference::tableOf(content);
   for (const auto& [key, value] : expected) {
     require(table.property(key) == value, "the value of a key");
@@ -42,17 +41,18 @@ void requireSameTable(const std::string& content, const orva::Configure& table) 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string content(orva_fuzz::textOf(data, size));
-  const orva_fuzz::ContentFile file(content);
-  requireSameTable(content, orva::Configure(file.name()));
+  const std::string content(textOf(data, size));
+  const ContentFile file(content);
+  requireSameTable(content, Configure(file.name()));
   for (const char* delimiters : {" \t=", ",;", ""}) {
-    require(orva::fnp::parseTextFile(file.name(), delimiters) ==
-                reference::linesOf(content, delimiters),
+    require(fnp::parseTextFile(file.name(), delimiters) == reference::linesOf(content, delimiters),
             "the words of the lines");
-    require(orva::fnp::parseLine(content, delimiters) == reference::wordsOf(content, delimiters),
+    require(fnp::parseLine(content, delimiters) == reference::wordsOf(content, delimiters),
             "the words of a line");
   }
   requireSameNumbers(content);
   for (const std::string& word : reference::wordsOf(content, " \t=\n")) requireSameNumbers(word);
   return 0;
 }
+
+}  // namespace orva::test

@@ -2,9 +2,7 @@
 #include "orva/util/fnp.h"
 #include "tests/fuzz/fuzz_target.h"
 
-namespace fnp = orva::fnp;
-using orva_fuzz::require;
-
+namespace orva::test {
 namespace {
 
 void checkParts(const std::string& name) {
@@ -25,7 +23,7 @@ void checkParts(const std::string& name) {
 }
 
 void checkJoined(const std::string& directory, const std::string& name) {
-  const orva_fuzz::Captured captured;
+  const Captured captured;
   const std::string joined = fnp::fullname(directory, name);
   const std::string cleanName = fnp::clean(name);
   if (cleanName.starts_with('/')) {
@@ -40,7 +38,7 @@ void checkJoined(const std::string& directory, const std::string& name) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orva_fuzz::Input input(data, size);
+  Input input(data, size);
   const int from = input.take<std::int8_t>();
   const int to = input.take<std::int8_t>();
   const std::string whole(input.rest());
@@ -56,3 +54,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   checkJoined(name.substr(0, name.size() / 2), name.substr(name.size() / 2));
   return 0;
 }
+
+}  // namespace orva::test

@@ -17,9 +17,9 @@
 #include <string>
 #include <string_view>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+namespace orva::test {
 
-namespace orva_fuzz {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
@@ -96,6 +96,6 @@ class Input {
   std::string_view rest_;
 };
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

@@ -5,6 +5,7 @@
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/support/reference/image_io.h"
 
+namespace orva::test {
 namespace {
 
 struct Free {
@@ -18,10 +19,10 @@ bool isSame(const char* text, const std::optional<std::string>& expected) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view content = orva_fuzz::textOf(data, size);
+  const std::string_view content = textOf(data, size);
   const reference::IcsHeader expected = reference::icsHeader(std::string(content));
-  const orva_fuzz::ContentFile file(content);
-  const orva_fuzz::Captured captured;
+  const ContentFile file(content);
+  const Captured captured;
   char* dataset = nullptr;
   char* type = nullptr;
   int x = 0;
@@ -34,7 +35,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
       parse_ics_header_file(file.name().c_str(), &dataset, &type, &x, &y, &z, &c, &t, &bigEndian);
   const std::unique_ptr<char, Free> ownedDataset(dataset);
   const std::unique_ptr<char, Free> ownedType(type);
-  using orva_fuzz::require;
   require(result == expected.result, "the result of the reference");
   require(isSame(dataset, expected.dataset), "its data set");
   require(isSame(type, expected.type), "its pixel type");
@@ -43,3 +43,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   require(bigEndian == expected.bigEndian, "its byte order");
   return 0;
 }
+
+}  // namespace orva::test

@@ -7,14 +7,9 @@
 #include "tests/fuzz/operations/compare.h"
 #include "tests/support/reference/image.h"
 
+namespace orva::test {
 namespace {
 
-using orva::formats::ColourUse;
-using orva_fuzz::CommandRead;
-using orva_fuzz::require;
-using orva_fuzz::requireSameImage;
-using reference::Rgb;
-using reference::Typed;
 using Frame = std::optional<int>;
 
 // Pixels of an image that is read once only: a few bytes of a file may hold very many.
@@ -24,37 +19,36 @@ class Reader {
  public:
   explicit Reader(std::string_view content) : file_(content) {}
 
-  CommandRead read(Frame frame, ColourUse colour) const {
-    return orva_fuzz::commandRead(
-        [&] { return orva::formats::readImageFile(file_.name(), frame, colour); });
+  CommandRead read(Frame frame, formats::ColourUse colour) const {
+    return commandRead([&] { return formats::readImageFile(file_.name(), frame, colour); });
   }
 
  private:
-  orva_fuzz::ContentFile file_;
+  ContentFile file_;
 };
 
 // Grey stays as it is, and colour becomes its brightness.
-void requireBrightness(const orva::Image& img, const orva::Image& kept) {
-  if (kept.format() != orva::RGB) {
+void requireBrightness(const Image& img, const Image& kept) {
+  if (kept.format() != RGB) {
     return requireSameImage(img, kept, "grey whatever is asked of colour");
   }
-  require(img.format() == orva::FLOAT && orva_fuzz::isSameShape(img, kept), "brightness in floats");
+  require(img.format() == FLOAT && isSameShape(img, kept), "brightness in floats");
   const auto* brightness = static_cast<const float*>(img.data());
-  const auto* colours = static_cast<const Rgb*>(kept.data());
+  const auto* colours = static_cast<const reference::Rgb*>(kept.data());
   for (int i = 0; i < kept.npix(); ++i) {
     // The reference implementation weighs blue, green, red; a file's colour begins with red.
-    const float expected = Typed<Rgb>::toFloat({colours[i].c2, colours[i].c1, colours[i].c0});
-    require(orva_fuzz::isSame(brightness[i], expected),
-            "the brightness of the colour that is kept");
+    const float expected =
+        reference::Typed<reference::Rgb>::toFloat({colours[i].c2, colours[i].c1, colours[i].c0});
+    require(isSame(brightness[i], expected), "the brightness of the colour that is kept");
   }
 }
 
 // The three uses of colour agree on a frame or a stack. Gives the image with its colours.
 CommandRead readInEachWay(const Reader& reader, Frame frame) {
-  CommandRead kept = reader.read(frame, ColourUse::kKept);
+  CommandRead kept = reader.read(frame, formats::ColourUse::kKept);
   if (kept.img && kept.img->npix() > kLarge) return kept;
-  const CommandRead brightness = reader.read(frame, ColourUse::kLuminance);
-  const CommandRead either = reader.read(frame, ColourUse::kKeptIfBytes);
+  const CommandRead brightness = reader.read(frame, formats::ColourUse::kLuminance);
+  const CommandRead either = reader.read(frame, formats::ColourUse::kKeptIfBytes);
   if (kept.img) {
     require(brightness.img && either.img, "an image in each way");
     requireBrightness(*brightness.img, *kept.img);
@@ -63,7 +57,7 @@ CommandRead readInEachWay(const Reader& reader, Frame frame) {
     // Pages of a stack may fit together in one way and not in another.
     if (!frame) return kept;
     require(brightness.img && either.img, "the brightness of wide colour");
-    require(brightness.img->format() == orva::FLOAT, "the brightness of wide colour in floats");
+    require(brightness.img->format() == FLOAT, "the brightness of wide colour in floats");
     requireSameImage(*either.img, *brightness.img, "the brightness of colour that is not kept");
   } else if (frame) {
     require(brightness.failure == kept.failure && either.failure == kept.failure,
@@ -73,8 +67,8 @@ CommandRead readInEachWay(const Reader& reader, Frame frame) {
 }
 
 // Frame k is plane k of all, and there are no others.
-void requirePlane(const Reader& reader, const orva::Image& all, int k) {
-  const CommandRead one = reader.read(k, ColourUse::kKept);
+void requirePlane(const Reader& reader, const Image& all, int k) {
+  const CommandRead one = reader.read(k, formats::ColourUse::kKept);
   require((one.img != nullptr) == (k < all.nz()), "a frame for each plane");
   if (!one.img) return;
   const std::string planes = reference::pixelBytes(all);
@@ -90,7 +84,7 @@ void requirePlane(const Reader& reader, const orva::Image& all, int k) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orva_fuzz::Input input(data, size);
+  Input input(data, size);
   const int choice = input.take<std::uint8_t>();
   const std::string content(input.rest());
   const Reader reader(content);
@@ -102,8 +96,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const CommandRead all = readInEachWay(reader, std::nullopt);
   const bool isPgm = content.starts_with("P5");
   if (isPgm || content.starts_with("P6")) {
-    orva_fuzz::requireSamePnm(all, orva_fuzz::readPnm(content, isPgm ? 1 : 3),
-                              isPgm ? orva::BYTE : orva::RGB);
+    requireSamePnm(all, readPnm(content, isPgm ? 1 : 3), isPgm ? BYTE : RGB);
   }
   if (!all.img || all.img->npix() > kLarge) return 0;
   requirePlane(reader, *all.img, k);
@@ -111,3 +104,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   requirePlane(reader, *all.img, all.img->nz());
   return 0;
 }
+
+}  // namespace orva::test

@@ -9,7 +9,7 @@
 #include <limits>
 #include <string>
 
-namespace orva_fuzz {
+namespace orva::test {
 
 // A text taken from the front; behind its end stand zeros.
 class Scanned {
@@ -70,6 +70,6 @@ inline float floatOf(const std::string& text) {
   return std::isinf(value) ? std::copysign(kMost, value) : value;
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

@@ -4,10 +4,14 @@
 #include "formats/image_file.h"
 #include "tests/fuzz/command_read.h"
 
+namespace orva::test {
+
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string content = "P5" + std::string(orva_fuzz::textOf(data, size));
-  const orva_fuzz::ContentFile file(content);
-  const auto read = orva_fuzz::commandRead([&] { return orva::formats::readPgmFile(file.name()); });
-  orva_fuzz::requireSamePnm(read, orva_fuzz::readPnm(content, 1), orva::BYTE);
+  const std::string content = "P5" + std::string(textOf(data, size));
+  const ContentFile file(content);
+  const auto read = commandRead([&] { return formats::readPgmFile(file.name()); });
+  requireSamePnm(read, readPnm(content, 1), BYTE);
   return 0;
 }
+
+}  // namespace orva::test

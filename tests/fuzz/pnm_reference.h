@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace orva_fuzz {
+namespace orva::test {
 
 struct PnmReference {
   int width = 0;
@@ -73,6 +73,6 @@ inline PnmReference readPnm(const std::string& content, std::size_t channels) {
           ""};
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

@@ -7,10 +7,8 @@
 #include "formats/image_file.h"
 #include "tests/fuzz/command_read.h"
 
+namespace orva::test {
 namespace {
-
-using orva_fuzz::CommandRead;
-using orva_fuzz::require;
 
 // Places of the numbers in a header.
 struct Format {
@@ -59,19 +57,20 @@ std::string failureOf(const std::string& content, const Format& format) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orva_fuzz::Input input(data, size);
+  Input input(data, size);
   const bool isUif = input.take<std::uint8_t>() % 2 == 1;
   const std::string content(input.rest());
-  const orva_fuzz::ContentFile file(content);
-  const CommandRead read = orva_fuzz::commandRead([&] {
-    return isUif ? orva::formats::readUifFile(file.name())
-                 : orva::formats::readIhtFile(file.name());
+  const ContentFile file(content);
+  const CommandRead read = commandRead([&] {
+    return isUif ? formats::readUifFile(file.name()) : formats::readIhtFile(file.name());
   });
   require(read.failure == failureOf(content, isUif ? uif : iht), "the failure of the reference");
   if (!read.img) return 0;
   const reference::RawRead expected =
       isUif ? reference::readUIF(content) : reference::readIHT(content);
   require(expected.img != nullptr, "an image where the reference has one");
-  orva_fuzz::requireSameImage(*read.img, *expected.img, "the image of the reference");
+  requireSameImage(*read.img, *expected.img, "the image of the reference");
   return 0;
 }
+
+}  // namespace orva::test

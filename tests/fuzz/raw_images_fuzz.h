@@ -11,7 +11,7 @@
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/support/reference/image_io.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 
 // True where the sizes at these places of the header ask for many pixels: they would only try the
 // patience of who waits.
@@ -32,7 +32,7 @@ template <class Read>
 void compareWithReference(std::string_view content, const Read& read,
                           const reference::RawRead& expected) {
   const ContentFile file(content);
-  std::unique_ptr<orva::Image> img;
+  std::unique_ptr<Image> img;
   std::string reported;
   {
     const Captured captured;
@@ -47,6 +47,6 @@ void compareWithReference(std::string_view content, const Read& read,
   require(reference::pixelBytes(*img) == reference::pixelBytes(*expected.img), "its pixels");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

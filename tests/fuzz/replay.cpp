@@ -10,6 +10,7 @@
 
 #include "tests/fuzz/fuzz_target.h"
 
+namespace orva::test {
 namespace {
 
 std::vector<std::filesystem::path> filesIn(const std::filesystem::path& path) {
@@ -29,19 +30,21 @@ bool isOfFindings(const std::filesystem::path& folder) {
 }
 
 }  // namespace
+}  // namespace orva::test
 
 int main(int argc, char** argv) {
   std::size_t inputs = 0;
   for (int i = 1; i < argc; ++i) {
-    const std::vector<std::filesystem::path> files = filesIn(argv[i]);
-    if (files.empty() && !isOfFindings(argv[i])) {
+    const std::vector<std::filesystem::path> files = orva::test::filesIn(argv[i]);
+    if (files.empty() && !orva::test::isOfFindings(argv[i])) {
       std::cerr << argv[i] << ": no inputs\n";
       return 1;
     }
     for (const std::filesystem::path& file : files) {
       std::ifstream in(file, std::ios::binary);
       const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-      LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+      orva::test::LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                         bytes.size());
       ++inputs;
     }
   }

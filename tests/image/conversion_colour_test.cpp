@@ -11,20 +11,8 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::toRgbImage;
-using orva_test::imageOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::RawImage;
-using orva_test::Rgb;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::sizesOf;
-using testing::ElementsAre;
 
 // Components one after the other.
 std::vector<int> componentsOf(const image<Rgb>& img) {
@@ -34,11 +22,11 @@ std::vector<int> componentsOf(const image<Rgb>& img) {
 
 template <class T>
 class ToRgb : public testing::Test {};
-TYPED_TEST_SUITE(ToRgb, orva_test::PixelTypes);
+TYPED_TEST_SUITE(ToRgb, PixelTypes);
 
 TYPED_TEST(ToRgb, AgreesWithItsDefinitionAndKeepsTheSizes) {
   Random random(81);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const image<Rgb> rgb = toRgbImage(img);
     EXPECT_TRUE(sameImage(rgb, reference::toRgbImage(img)));
@@ -48,14 +36,14 @@ TYPED_TEST(ToRgb, AgreesWithItsDefinitionAndKeepsTheSizes) {
 
 TEST(ToRgbImage, StretchesGreyAlways) {
   EXPECT_THAT(componentsOf(toRgbImage(imageOf<short>({3, 1}, {0, 1000, 500}))),
-              ElementsAre(0, 0, 0, 255, 255, 255, 127, 127, 127));
+              testing::ElementsAre(0, 0, 0, 255, 255, 255, 127, 127, 127));
   EXPECT_THAT(componentsOf(toRgbImage(imageOf<unsigned char>({2, 1}, {10, 20}))),
-              ElementsAre(0, 0, 0, 255, 255, 255));
+              testing::ElementsAre(0, 0, 0, 255, 255, 255));
 }
 
 TEST(ToRgbImage, BlackForAConstantGreyImageIsIntended) {
   EXPECT_THAT(componentsOf(toRgbImage(imageOf<float>({2, 1}, {9, 9}))),
-              ElementsAre(0, 0, 0, 0, 0, 0));
+              testing::ElementsAre(0, 0, 0, 0, 0, 0));
 }
 
 TEST(ToRgbImage, CopiesColourBytes) {
@@ -67,16 +55,16 @@ TEST(ToRgbImage, CopiesColourBytes) {
 }
 
 TEST(ToRgbImage, StretchesUnsignedShorts) {
-  const RawImage img({2, 1}, orva::USHORT, std::vector<std::uint16_t>{65535, 40000},
-                     {65535, 40000});
-  EXPECT_THAT(componentsOf(toRgbImage(img)), ElementsAre(255, 255, 255, 0, 0, 0));
+  const RawImage img({2, 1}, USHORT, std::vector<std::uint16_t>{65535, 40000}, {65535, 40000});
+  EXPECT_THAT(componentsOf(toRgbImage(img)), testing::ElementsAre(255, 255, 255, 0, 0, 0));
 }
 
 TEST(ToRgbImage, LaysColourWithAlphaOverWhite) {
   const std::vector<unsigned char> samples = {9, 99, 199, 0, 9, 99, 199, 255, 0, 100, 255, 51};
-  const RawImage img({3, 1}, orva::RGBA, samples, {0, 0, 0});
+  const RawImage img({3, 1}, RGBA, samples, {0, 0, 0});
   // An alpha of a fifth leaves four fifths of white.
-  EXPECT_THAT(componentsOf(toRgbImage(img)), ElementsAre(255, 255, 255, 9, 99, 199, 204, 224, 255));
+  EXPECT_THAT(componentsOf(toRgbImage(img)),
+              testing::ElementsAre(255, 255, 255, 9, 99, 199, 204, 224, 255));
 }
 
 TEST(ToRgbImage, AgreesWithItsDefinitionForEveryColourAndAlpha) {
@@ -87,7 +75,7 @@ TEST(ToRgbImage, AgreesWithItsDefinitionForEveryColourAndAlpha) {
         samples.push_back(static_cast<unsigned char>(v));
       }
     }
-  const RawImage img({256, 16, 2, 2, 4}, orva::RGBA, samples, std::vector<float>(65536));
+  const RawImage img({256, 16, 2, 2, 4}, RGBA, samples, std::vector<float>(65536));
   EXPECT_TRUE(sameImage(toRgbImage(img), reference::toRgbImage(img)));
 }
 
@@ -95,44 +83,42 @@ TEST(ToRgbImage, StretchesTheLuminanceOfWideColour) {
   // Luminances 100 and 200 are stretched to 0 and 255, factors 0 and 1.275.
   const std::vector<float> luminances = {100, 200};
   const std::vector<std::int16_t> samples = {50, 60, 70, 100, 200, 40};
-  const auto expected = ElementsAre(0, 0, 0, 127, 255, 51);
-  EXPECT_THAT(componentsOf(toRgbImage(RawImage({2, 1}, orva::SHORTRGB, samples, luminances))),
+  const auto expected = testing::ElementsAre(0, 0, 0, 127, 255, 51);
+  EXPECT_THAT(componentsOf(toRgbImage(RawImage({2, 1}, SHORTRGB, samples, luminances))), expected);
+  EXPECT_THAT(componentsOf(toRgbImage(RawImage(
+                  {2, 1}, INTRGB, std::vector<int>(samples.begin(), samples.end()), luminances))),
               expected);
   EXPECT_THAT(
       componentsOf(toRgbImage(RawImage(
-          {2, 1}, orva::INTRGB, std::vector<int>(samples.begin(), samples.end()), luminances))),
-      expected);
-  EXPECT_THAT(
-      componentsOf(toRgbImage(RawImage(
-          {2, 1}, orva::FLOATRGB, std::vector<float>(samples.begin(), samples.end()), luminances))),
+          {2, 1}, FLOATRGB, std::vector<float>(samples.begin(), samples.end()), luminances))),
       expected);
 }
 
 TEST(ToRgbImage, KeepsTheLowBitsOfWideColourPastAByte) {
   // A factor of 1 on the second pixel.
-  const RawImage img({2, 1}, orva::INTRGB, std::vector<int>{0, 0, 0, 256, 300, -1}, {-255, 255});
-  EXPECT_THAT(componentsOf(toRgbImage(img)), ElementsAre(0, 0, 0, 0, 44, 255));
+  const RawImage img({2, 1}, INTRGB, std::vector<int>{0, 0, 0, 256, 300, -1}, {-255, 255});
+  EXPECT_THAT(componentsOf(toRgbImage(img)), testing::ElementsAre(0, 0, 0, 0, 44, 255));
 }
 
 TEST(ToRgbImage, HasNoGuardForLuminanceZeroAsIsIntended) {
   // 127 / 0 is infinite: a positive component saturates (low byte 255), a negative one too (low
   // byte 0), and infinity times 0 is no number (0).
-  const RawImage img({3, 1}, orva::SHORTRGB, std::vector<short>{0, 0, 0, 5, -5, 0, 1, 1, 1},
+  const RawImage img({3, 1}, SHORTRGB, std::vector<short>{0, 0, 0, 5, -5, 0, 1, 1, 1},
                      {-10, 0, 10});
-  EXPECT_THAT(componentsOf(toRgbImage(img)), ElementsAre(0, 0, 0, 255, 0, 0, 25, 25, 25));
+  EXPECT_THAT(componentsOf(toRgbImage(img)), testing::ElementsAre(0, 0, 0, 255, 0, 0, 25, 25, 25));
   // 0 / 0 is no number.
-  const RawImage dark({2, 1}, orva::SHORTRGB, std::vector<short>{5, -5, 0, 1, 1, 1}, {0, 255});
-  EXPECT_THAT(componentsOf(toRgbImage(dark)), ElementsAre(0, 0, 0, 1, 1, 1));
+  const RawImage dark({2, 1}, SHORTRGB, std::vector<short>{5, -5, 0, 1, 1, 1}, {0, 255});
+  EXPECT_THAT(componentsOf(toRgbImage(dark)), testing::ElementsAre(0, 0, 0, 1, 1, 1));
 }
 
 template <class Sample>
 void expectReferenceOfWideColour(Random& random, int format) {
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     std::vector<float> luminances;
     std::vector<Sample> samples;
     for (int i = 0; i < s.nx * s.ny * s.nz * s.nc * s.nt; ++i) {
       luminances.push_back(static_cast<float>(randomInt(random, -3, 400)));
-      for (int n = 0; n < 3; ++n) samples.push_back(orva_test::randomPixel<Sample>(random));
+      for (int n = 0; n < 3; ++n) samples.push_back(randomPixel<Sample>(random));
     }
     const RawImage img(s, format, samples, luminances);
     const image<Rgb> rgb = toRgbImage(img);
@@ -143,9 +129,10 @@ void expectReferenceOfWideColour(Random& random, int format) {
 
 TEST(ToRgbImage, AgreesWithItsDefinitionForWideColour) {
   Random random(83);
-  expectReferenceOfWideColour<short>(random, orva::SHORTRGB);
-  expectReferenceOfWideColour<int>(random, orva::INTRGB);
-  expectReferenceOfWideColour<float>(random, orva::FLOATRGB);
+  expectReferenceOfWideColour<short>(random, SHORTRGB);
+  expectReferenceOfWideColour<int>(random, INTRGB);
+  expectReferenceOfWideColour<float>(random, FLOATRGB);
 }
 
 }  // namespace
+}  // namespace orva::test

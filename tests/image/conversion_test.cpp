@@ -14,24 +14,8 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::toByteImage;
-using orva::toFloatImage;
-using orva_test::imageOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::RawImage;
-using orva_test::Rgb;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::sizesOf;
-using testing::Each;
-using testing::ElementsAre;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -51,21 +35,21 @@ RawImage valuesOnly(int format, const std::vector<float>& values) {
 
 template <class T>
 class Conversion : public testing::Test {};
-TYPED_TEST_SUITE(Conversion, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Conversion, PixelTypes);
 
 TYPED_TEST(Conversion, OfANullImageIsTheNullImage) {
   for (const Shape& s : {Shape{0, 1}, Shape{5, 5, 0}, Shape{0, 0, 0, 0, 0}}) {
     const image<TypeParam> none(s.nx, s.ny, s.nz, s.nc, s.nt);
-    EXPECT_THAT(sizesOf(toFloatImage(none)), ElementsAre(0, 1, 1, 1, 1));
-    EXPECT_THAT(sizesOf(toByteImage(none, false)), ElementsAre(0, 1, 1, 1, 1));
-    EXPECT_THAT(sizesOf(toByteImage(none, true)), ElementsAre(0, 1, 1, 1, 1));
-    EXPECT_THAT(sizesOf(orva::toRgbImage(none)), ElementsAre(0, 1, 1, 1, 1));
+    EXPECT_THAT(sizesOf(toFloatImage(none)), testing::ElementsAre(0, 1, 1, 1, 1));
+    EXPECT_THAT(sizesOf(toByteImage(none, false)), testing::ElementsAre(0, 1, 1, 1, 1));
+    EXPECT_THAT(sizesOf(toByteImage(none, true)), testing::ElementsAre(0, 1, 1, 1, 1));
+    EXPECT_THAT(sizesOf(toRgbImage(none)), testing::ElementsAre(0, 1, 1, 1, 1));
   }
 }
 
 TYPED_TEST(Conversion, ToBytesAgreesWithItsDefinition) {
   Random random(71);
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     for (const bool scale : {false, true}) {
       EXPECT_TRUE(sameImage(toByteImage(img, scale), reference::toByteImage(img, scale)));
@@ -90,7 +74,7 @@ TYPED_TEST(Conversion, ToBytesAgreesWithItsDefinitionInNarrowRanges) {
 
 TYPED_TEST(Conversion, ToFloatsAgreesWithItsDefinition) {
   Random random(73);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const image<float> f = toFloatImage(img);
     EXPECT_TRUE(sameImage(f, reference::toFloatImage(img)));
@@ -111,37 +95,37 @@ TEST(ToByteImage, OfBytesWithScalingIsANewStretchedImage) {
   const image<unsigned char> img = imageOf<unsigned char>({3, 1}, {10, 15, 20});
   const image<unsigned char> stretched = toByteImage(img, true);
   EXPECT_NE(stretched.data(), img.data());
-  EXPECT_THAT(pixelsOf(stretched), ElementsAre(0, 127, 255));
-  EXPECT_THAT(pixelsOf(img), ElementsAre(10, 15, 20));
+  EXPECT_THAT(pixelsOf(stretched), testing::ElementsAre(0, 127, 255));
+  EXPECT_THAT(pixelsOf(img), testing::ElementsAre(10, 15, 20));
 }
 
 TEST(ToByteImage, BlackForAConstantImageIsIntended) {
-  EXPECT_THAT(bytesOf<float>({0.5F, 0.5F, 0.5F}, false), Each(0));
-  EXPECT_THAT(bytesOf<short>({200, 200}, false), Each(0));
-  EXPECT_THAT(bytesOf<unsigned char>({200, 200}, true), Each(0));
-  EXPECT_THAT(bytesOf<float>({0.50002F, 0.5F}, true), Each(0));
-  EXPECT_THAT(bytesOf<int>({7}, true), Each(0));
-  EXPECT_THAT(bytesOf<float>({0, 0.00009F}, true), Each(0));
-  EXPECT_THAT(bytesOf<float>({0, 0.00011F}, true), ElementsAre(0, 255));
+  EXPECT_THAT(bytesOf<float>({0.5F, 0.5F, 0.5F}, false), testing::Each(0));
+  EXPECT_THAT(bytesOf<short>({200, 200}, false), testing::Each(0));
+  EXPECT_THAT(bytesOf<unsigned char>({200, 200}, true), testing::Each(0));
+  EXPECT_THAT(bytesOf<float>({0.50002F, 0.5F}, true), testing::Each(0));
+  EXPECT_THAT(bytesOf<int>({7}, true), testing::Each(0));
+  EXPECT_THAT(bytesOf<float>({0, 0.00009F}, true), testing::Each(0));
+  EXPECT_THAT(bytesOf<float>({0, 0.00011F}, true), testing::ElementsAre(0, 255));
   // This float lies just below the limit, which is a double.
-  EXPECT_THAT(bytesOf<float>({0, 0.0001F}, true), Each(0));
+  EXPECT_THAT(bytesOf<float>({0, 0.0001F}, true), testing::Each(0));
 }
 
 TEST(ToByteImage, StretchesFractionsOnlyWhenAsked) {
-  EXPECT_THAT(bytesOf<float>({0.2F, 0.8F}, true), ElementsAre(0, 255));
-  EXPECT_THAT(bytesOf<float>({0.2F, 1.8F, 254.9F}, false), ElementsAre(0, 1, 254));
+  EXPECT_THAT(bytesOf<float>({0.2F, 0.8F}, true), testing::ElementsAre(0, 255));
+  EXPECT_THAT(bytesOf<float>({0.2F, 1.8F, 254.9F}, false), testing::ElementsAre(0, 1, 254));
 }
 
 TEST(ToByteImage, KeepsValuesOfTheByteRange) {
-  EXPECT_THAT(bytesOf<short>({10, 200, 55}, false), ElementsAre(10, 200, 55));
-  EXPECT_THAT(bytesOf<short>({0, 255, 1}, false), ElementsAre(0, 255, 1));
-  EXPECT_THAT(bytesOf<short>({10, 200, 105}, true), ElementsAre(0, 255, 127));
+  EXPECT_THAT(bytesOf<short>({10, 200, 55}, false), testing::ElementsAre(10, 200, 55));
+  EXPECT_THAT(bytesOf<short>({0, 255, 1}, false), testing::ElementsAre(0, 255, 1));
+  EXPECT_THAT(bytesOf<short>({10, 200, 105}, true), testing::ElementsAre(0, 255, 127));
 }
 
 TEST(ToByteImage, StretchesValuesOutsideTheByteRange) {
-  EXPECT_THAT(bytesOf<short>({-1, 200, 100}, false), ElementsAre(0, 255, 101 * 255 / 201));
-  EXPECT_THAT(bytesOf<short>({0, 256, 128}, false), ElementsAre(0, 255, 127));
-  EXPECT_THAT(bytesOf<float>({0, 255.01F}, false), ElementsAre(0, 255));
+  EXPECT_THAT(bytesOf<short>({-1, 200, 100}, false), testing::ElementsAre(0, 255, 101 * 255 / 201));
+  EXPECT_THAT(bytesOf<short>({0, 256, 128}, false), testing::ElementsAre(0, 255, 127));
+  EXPECT_THAT(bytesOf<float>({0, 255.01F}, false), testing::ElementsAre(0, 255));
 }
 
 TEST(ToByteImage, GivesTheMaximumExactly255) {
@@ -151,7 +135,8 @@ TEST(ToByteImage, GivesTheMaximumExactly255) {
     const float a = value(random);
     const float b = value(random);
     if (a == b) continue;
-    EXPECT_THAT(bytesOf<float>({std::min(a, b), std::max(a, b)}, true), ElementsAre(0, 255))
+    EXPECT_THAT(bytesOf<float>({std::min(a, b), std::max(a, b)}, true),
+                testing::ElementsAre(0, 255))
         << a << " " << b;
   }
 }
@@ -182,37 +167,39 @@ TEST(ToByteImage, AgreesWithItsDefinitionNextToEveryByteBoundary) {
 }
 
 TEST(ToByteImage, FollowsTheFormulaForInfinities) {
-  EXPECT_THAT(bytesOf<float>({0, 5, kInfinity}, true), ElementsAre(0, 0, 255));
-  EXPECT_THAT(bytesOf<float>({-kInfinity, 5, 9}, true), ElementsAre(0, 0, 255));
-  EXPECT_THAT(bytesOf<float>({kInfinity, kInfinity}, true), ElementsAre(255, 255));
-  EXPECT_THAT(bytesOf<float>({kNaN}, false), ElementsAre(0));
+  EXPECT_THAT(bytesOf<float>({0, 5, kInfinity}, true), testing::ElementsAre(0, 0, 255));
+  EXPECT_THAT(bytesOf<float>({-kInfinity, 5, 9}, true), testing::ElementsAre(0, 0, 255));
+  EXPECT_THAT(bytesOf<float>({kInfinity, kInfinity}, true), testing::ElementsAre(255, 255));
+  EXPECT_THAT(bytesOf<float>({kNaN}, false), testing::ElementsAre(0));
 }
 
 TEST(ToByteImage, ReadsColourAsLuminance) {
   const image<Rgb> img = imageOf<Rgb>({3, 1}, {{10, 10, 10}, {0, 0, 100}, {0, 200, 0}});
   // Luminances 10, 21.2671 and 143.032, within the byte range.
-  EXPECT_THAT(pixelsOf(toByteImage(img, false)), ElementsAre(10, 21, 143));
-  EXPECT_THAT(pixelsOf(toByteImage(img, true)), ElementsAre(0, 21, 255));
+  EXPECT_THAT(pixelsOf(toByteImage(img, false)), testing::ElementsAre(10, 21, 143));
+  EXPECT_THAT(pixelsOf(toByteImage(img, true)), testing::ElementsAre(0, 21, 255));
 }
 
 TEST(ToByteImage, TakesAllFramesAsPlanes) {
   Random random(75);
   const image<short> img = randomImage<short>(random, {4, 3, 3, 2, 2});
-  EXPECT_THAT(sizesOf(toByteImage(img, false)), ElementsAre(4, 3, 12, 1, 1));
+  EXPECT_THAT(sizesOf(toByteImage(img, false)), testing::ElementsAre(4, 3, 12, 1, 1));
   const image<float> twoChannels = randomImage<float>(random, {4, 3, 5, 2, 1});
-  EXPECT_THAT(sizesOf(toByteImage(twoChannels, true)), ElementsAre(4, 3, 10, 1, 1));
+  EXPECT_THAT(sizesOf(toByteImage(twoChannels, true)), testing::ElementsAre(4, 3, 10, 1, 1));
 }
 
 TEST(ToByteImage, AcceptsEveryKnownFormat) {
-  for (int format = orva::INT; format <= orva::RGBA; ++format) {
+  for (int format = INT; format <= RGBA; ++format) {
     const RawImage img = valuesOnly(format, {-4, 0, 12, 4});
-    EXPECT_THAT(pixelsOf(toByteImage(img, false)), ElementsAre(0, 63, 255, 127)) << format;
-    EXPECT_THAT(pixelsOf(toByteImage(valuesOnly(format, {5, 8.7F}), false)), ElementsAre(5, 8));
+    EXPECT_THAT(pixelsOf(toByteImage(img, false)), testing::ElementsAre(0, 63, 255, 127)) << format;
+    EXPECT_THAT(pixelsOf(toByteImage(valuesOnly(format, {5, 8.7F}), false)),
+                testing::ElementsAre(5, 8));
   }
 }
 
 TEST(ToByteImage, ReadsBytesOfAnyImage) {
-  EXPECT_THAT(pixelsOf(toByteImage(valuesOnly(orva::BYTE, {5, 200}), false)), ElementsAre(5, 200));
+  EXPECT_THAT(pixelsOf(toByteImage(valuesOnly(BYTE, {5, 200}), false)),
+              testing::ElementsAre(5, 200));
 }
 
 TEST(ToByteImage, OfBytesOfAnyImageWithoutScalingKeepsValuesAndSizes) {
@@ -220,8 +207,7 @@ TEST(ToByteImage, OfBytesOfAnyImageWithoutScalingKeepsValuesAndSizes) {
        {std::vector<float>{7, 7}, {0, 0}, {255, 255}, {5, 200}}) {
     const Bytes bytes(values.begin(), values.end());
     for (const Shape& s : {Shape{2, 1}, Shape{1, 1, 1, 2}, Shape{1, 1, 1, 1, 2}}) {
-      const image<unsigned char> result =
-          toByteImage(RawImage(s, orva::BYTE, bytes, values), false);
+      const image<unsigned char> result = toByteImage(RawImage(s, BYTE, bytes, values), false);
       EXPECT_EQ(pixelsOf(result), bytes);
       EXPECT_EQ(sizesOf(result), (std::vector<int>{s.nx, s.ny, s.nz, s.nc, s.nt}));
     }
@@ -229,8 +215,8 @@ TEST(ToByteImage, OfBytesOfAnyImageWithoutScalingKeepsValuesAndSizes) {
 }
 
 TEST(ToByteImage, GivesZeroForNaN) {
-  EXPECT_THAT(bytesOf<float>({0, kNaN, 10}, false), ElementsAre(0, 0, 10));
-  EXPECT_THAT(bytesOf<float>({0, kNaN, 10}, true), ElementsAre(0, 0, 255));
+  EXPECT_THAT(bytesOf<float>({0, kNaN, 10}, false), testing::ElementsAre(0, 0, 10));
+  EXPECT_THAT(bytesOf<float>({0, kNaN, 10}, true), testing::ElementsAre(0, 0, 255));
 }
 
 TYPED_TEST(Conversion, OfTheReversedPixelsIsReversed) {
@@ -253,7 +239,7 @@ TEST(Conversions, OfAnUnknownFormatAreNull) {
     EXPECT_TRUE(toByteImage(img, false).isNull()) << format;
     EXPECT_TRUE(toByteImage(img, true).isNull()) << format;
     EXPECT_TRUE(toFloatImage(img).isNull()) << format;
-    EXPECT_TRUE(orva::toRgbImage(img).isNull()) << format;
+    EXPECT_TRUE(toRgbImage(img).isNull()) << format;
   }
 }
 
@@ -267,30 +253,30 @@ TEST(ToFloatImage, OfFloatsIsTheSameBits) {
 
 TEST(ToFloatImage, KeepsUnsignedValues) {
   EXPECT_THAT(pixelsOf(toFloatImage(imageOf<unsigned int>({2, 1}, {4294967295U, 3000000000U}))),
-              ElementsAre(4294967296.0F, 3000000000.0F));
-  const RawImage img({2, 1}, orva::USHORT, std::vector<std::uint16_t>{65535, 40000}, {0, 0});
-  EXPECT_THAT(pixelsOf(toFloatImage(img)), ElementsAre(65535.0F, 40000.0F));
+              testing::ElementsAre(4294967296.0F, 3000000000.0F));
+  const RawImage img({2, 1}, USHORT, std::vector<std::uint16_t>{65535, 40000}, {0, 0});
+  EXPECT_THAT(pixelsOf(toFloatImage(img)), testing::ElementsAre(65535.0F, 40000.0F));
 }
 
 TEST(ToFloatImage, RoundsLargeIntegersToTheNearestFloat) {
   EXPECT_THAT(pixelsOf(toFloatImage(imageOf<int>({2, 1}, {16777217, -2147483647}))),
-              ElementsAre(16777216.0F, -2147483648.0F));
+              testing::ElementsAre(16777216.0F, -2147483648.0F));
 }
 
 TEST(ToFloatImage, ReadsSamplesOfGreyAndPixelsOfColour) {
   Random random(76);
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     std::vector<float> values;
     std::vector<std::uint32_t> samples;
     for (int i = 0; i < s.nx * s.ny * s.nz * s.nc * s.nt; ++i) {
-      values.push_back(orva_test::randomPixel<float>(random));
-      for (int n = 0; n < 3; ++n) samples.push_back(orva_test::randomPixel<unsigned int>(random));
+      values.push_back(randomPixel<float>(random));
+      for (int n = 0; n < 3; ++n) samples.push_back(randomPixel<unsigned int>(random));
     }
-    for (int format = orva::BYTE; format <= orva::FLOATRGB; ++format) {
+    for (int format = BYTE; format <= FLOATRGB; ++format) {
       const RawImage img(s, format, samples, values);
       const image<float> f = toFloatImage(img);
       EXPECT_TRUE(sameImage(f, reference::toFloatImage(img))) << format;
-      if (format >= orva::RGB) {
+      if (format >= RGB) {
         EXPECT_EQ(pixelsOf(f), values) << format;
       }
     }
@@ -298,7 +284,8 @@ TEST(ToFloatImage, ReadsSamplesOfGreyAndPixelsOfColour) {
 }
 
 TEST(ToFloatImage, OfColourWithAlphaIsNull) {
-  EXPECT_THAT(sizesOf(toFloatImage(valuesOnly(orva::RGBA, {1, 2}))), ElementsAre(0, 1, 1, 1, 1));
+  EXPECT_THAT(sizesOf(toFloatImage(valuesOnly(RGBA, {1, 2}))), testing::ElementsAre(0, 1, 1, 1, 1));
 }
 
 }  // namespace
+}  // namespace orva::test

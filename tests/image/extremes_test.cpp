@@ -10,8 +10,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 bool sameColour(const Rgb& a, const Rgb& b) { return a.c0 == b.c0 && a.c1 == b.c1 && a.c2 == b.c2; }
 
 // Places around the ends of blocks of 32 and of 1024 pixels, and behind the last whole block.

@@ -10,8 +10,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 template <class T>
 RawImage foreign(int format, const std::vector<T>& samples, const std::vector<float>& pixels) {
   return {Shape{static_cast<int>(pixels.size()), 1}, format, samples, pixels};

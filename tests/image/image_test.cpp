@@ -14,15 +14,8 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::Image;
-using orva_test::BareImage;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::sizesOf;
-using testing::ElementsAre;
-using testing::ExitedWithCode;
 
 // nframes, frameSize, volumeSize, timepointSize, npix.
 std::vector<int> productsOf(const Image& img) {
@@ -35,15 +28,15 @@ int setEntries(const std::vector<bool>& mask) {
 
 TEST(ImageBase, KeepsSizesAndTheirProducts) {
   const BareImage img(2, 3, 5, 7, 11);
-  EXPECT_THAT(sizesOf(img), ElementsAre(2, 3, 5, 7, 11));
-  EXPECT_THAT(productsOf(img), ElementsAre(385, 6, 30, 210, 2310));
+  EXPECT_THAT(sizesOf(img), testing::ElementsAre(2, 3, 5, 7, 11));
+  EXPECT_THAT(productsOf(img), testing::ElementsAre(385, 6, 30, 210, 2310));
   EXPECT_FALSE(img.isNull());
 }
 
 TEST(ImageBase, IsAllZeroByDefault) {
   const BareImage img;
-  EXPECT_THAT(sizesOf(img), ElementsAre(0, 0, 0, 0, 0));
-  EXPECT_THAT(productsOf(img), ElementsAre(0, 0, 0, 0, 0));
+  EXPECT_THAT(sizesOf(img), testing::ElementsAre(0, 0, 0, 0, 0));
+  EXPECT_THAT(productsOf(img), testing::ElementsAre(0, 0, 0, 0, 0));
   EXPECT_TRUE(img.isNull());
 }
 
@@ -51,31 +44,32 @@ TEST(ImageBase, IsNullWithoutPixels) {
   EXPECT_TRUE(BareImage(0, 1, 1, 1, 1).isNull());
   const BareImage stack(5, 5, 0, 1, 1);
   EXPECT_TRUE(stack.isNull());
-  EXPECT_THAT(sizesOf(stack), ElementsAre(5, 5, 0, 1, 1));
-  EXPECT_THAT(productsOf(stack), ElementsAre(0, 25, 0, 0, 0));
+  EXPECT_THAT(sizesOf(stack), testing::ElementsAre(5, 5, 0, 1, 1));
+  EXPECT_THAT(productsOf(stack), testing::ElementsAre(0, 25, 0, 0, 0));
 }
 
 TEST(ImageBase, ProductsOfNegativeSizesAsPassedAreIntended) {
   const BareImage img(-2, 3, 1, 1, 1);
-  EXPECT_THAT(sizesOf(img), ElementsAre(0, 3, 1, 1, 1));
-  EXPECT_THAT(productsOf(img), ElementsAre(1, -6, -6, -6, -6));
+  EXPECT_THAT(sizesOf(img), testing::ElementsAre(0, 3, 1, 1, 1));
+  EXPECT_THAT(productsOf(img), testing::ElementsAre(1, -6, -6, -6, -6));
   EXPECT_FALSE(img.isNull());
 
   const BareImage all(-2, -3, -5, -7, -11);
-  EXPECT_THAT(sizesOf(all), ElementsAre(0, 0, 0, 0, 0));
-  EXPECT_THAT(productsOf(all), ElementsAre(-385, 6, -30, 210, -2310));
+  EXPECT_THAT(sizesOf(all), testing::ElementsAre(0, 0, 0, 0, 0));
+  EXPECT_THAT(productsOf(all), testing::ElementsAre(-385, 6, -30, 210, -2310));
 }
 
 TEST(ImageBase, ProductsAreKeptModulo32Bits) {
   EXPECT_THAT(productsOf(BareImage(100000, 100000, 1, 1, 1)),
-              ElementsAre(1, 1410065408, 1410065408, 1410065408, 1410065408));
-  EXPECT_THAT(productsOf(BareImage(65536, 32768, 1, 1, 1)),
-              ElementsAre(1, -2147483647 - 1, -2147483647 - 1, -2147483647 - 1, -2147483647 - 1));
+              testing::ElementsAre(1, 1410065408, 1410065408, 1410065408, 1410065408));
+  EXPECT_THAT(
+      productsOf(BareImage(65536, 32768, 1, 1, 1)),
+      testing::ElementsAre(1, -2147483647 - 1, -2147483647 - 1, -2147483647 - 1, -2147483647 - 1));
   EXPECT_TRUE(BareImage(65536, 65536, 1, 1, 1).isNull());
 }
 
 TEST(ImageBase, FramesAreCountedOverDepthChannelsAndTime) {
-  for (const orva_test::Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const BareImage img(s.nx, s.ny, s.nz, s.nc, s.nt);
     EXPECT_EQ(img.nframes() * img.frameSize(), img.npix());
     EXPECT_EQ(img.nframes(), s.nz * s.nc * s.nt);
@@ -96,7 +90,7 @@ TEST(EqualSize, FailsForOtherWidthHeightOrFrames) {
 }
 
 TEST(EqualSize, DoesNotLookAtThePixelType) {
-  EXPECT_TRUE(orva::image<float>(3, 2, 1, 1, 1).equalSize(orva::image<short>(3, 2, 1, 1, 1)));
+  EXPECT_TRUE(image<float>(3, 2, 1, 1, 1).equalSize(image<short>(3, 2, 1, 1, 1)));
 }
 
 // Counts how often it is destroyed.
@@ -146,9 +140,9 @@ TEST(Reset, SetsANullPointer) {
 }
 
 TEST(Interior, OfOnePlaneLeavesOutRowsAndColumnsOfTheBorder) {
-  EXPECT_THAT(Image::interior(1, 1, 1), ElementsAre(false));
+  EXPECT_THAT(Image::interior(1, 1, 1), testing::ElementsAre(false));
   EXPECT_THAT(Image::interior(3, 3, 1),
-              ElementsAre(false, false, false, false, true, false, false, false, false));
+              testing::ElementsAre(false, false, false, false, true, false, false, false, false));
 }
 
 TEST(Interior, OfAStackLeavesOutTheOuterPlanes) {
@@ -186,7 +180,7 @@ TEST(Interior, AgreesWithItsDefinition) {
 }
 
 TEST(Interior, IsTheSameFromBothEnds) {
-  for (const orva_test::Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const std::vector<bool> mask = Image::interior(s.nx, s.ny, s.nz);
     EXPECT_EQ(std::vector<bool>(mask.rbegin(), mask.rend()), mask);
   }
@@ -201,19 +195,19 @@ TEST(Interior, OfAnImageTakingAllFramesAsPlanesIsIntended) {
 }
 
 TEST(RoundDouble, RoundsPositiveHalvesUp) {
-  EXPECT_EQ(orva::round_double(2.5), 3);
-  EXPECT_EQ(orva::round_double(2.49), 2);
-  EXPECT_EQ(orva::round_double(0.5), 1);
-  EXPECT_EQ(orva::round_double(0.49999999999999994), 0);
-  EXPECT_EQ(orva::round_double(7), 7);
-  EXPECT_EQ(orva::round_double(0), 0);
+  EXPECT_EQ(round_double(2.5), 3);
+  EXPECT_EQ(round_double(2.49), 2);
+  EXPECT_EQ(round_double(0.5), 1);
+  EXPECT_EQ(round_double(0.49999999999999994), 0);
+  EXPECT_EQ(round_double(7), 7);
+  EXPECT_EQ(round_double(0), 0);
 }
 
 TEST(RoundDouble, TruncatingNegativeValuesIsIntended) {
-  EXPECT_EQ(orva::round_double(-2.5), -2);
-  EXPECT_EQ(orva::round_double(-1.7), -1);
-  EXPECT_EQ(orva::round_double(-0.9), 0);
-  EXPECT_EQ(orva::round_double(-3), -3);
+  EXPECT_EQ(round_double(-2.5), -2);
+  EXPECT_EQ(round_double(-1.7), -1);
+  EXPECT_EQ(round_double(-0.9), 0);
+  EXPECT_EQ(round_double(-3), -3);
 }
 
 TEST(RoundDouble, AgreesWithItsDefinition) {
@@ -221,32 +215,32 @@ TEST(RoundDouble, AgreesWithItsDefinition) {
   std::uniform_real_distribution<double> value(-1e6, 1e6);
   for (int round = 0; round < 2000; ++round) {
     const double v = value(random);
-    EXPECT_EQ(orva::round_double(v), reference::round_double(v)) << v;
+    EXPECT_EQ(round_double(v), reference::round_double(v)) << v;
     const double half = std::trunc(v) + 0.5;
-    EXPECT_EQ(orva::round_double(half), reference::round_double(half)) << half;
+    EXPECT_EQ(round_double(half), reference::round_double(half)) << half;
   }
 }
 
 TEST(RoundDouble, HoldsValuesPast32BitsAtTheEnds) {
-  EXPECT_EQ(orva::round_double(1e300), std::numeric_limits<int>::max());
-  EXPECT_EQ(orva::round_double(2147483647.5), std::numeric_limits<int>::max());
-  EXPECT_EQ(orva::round_double(-1e300), std::numeric_limits<int>::min());
-  EXPECT_EQ(orva::round_double(std::numeric_limits<double>::quiet_NaN()), 0);
+  EXPECT_EQ(round_double(1e300), std::numeric_limits<int>::max());
+  EXPECT_EQ(round_double(2147483647.5), std::numeric_limits<int>::max());
+  EXPECT_EQ(round_double(-1e300), std::numeric_limits<int>::min());
+  EXPECT_EQ(round_double(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
 TEST(OutOfMemoryDeathTest, EndsTheProcess) {
-  EXPECT_EXIT(orva::out_of_memory(), ExitedWithCode(1), testing::Eq("Error: out of memory\n"));
+  EXPECT_EXIT(out_of_memory(), testing::ExitedWithCode(1), testing::Eq("Error: out of memory\n"));
 }
 
 TEST(ImageFormat, CodesAreFixed) {
   using namespace orva;
   EXPECT_THAT((std::vector<int>{BYTE, INT, USHORT, SHORT, FLOAT, UINT, RGB, SHORTRGB, INTRGB,
                                 FLOATRGB, RGBA}),
-              ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10));
+              testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10));
 }
 
 TEST(ArrayData, CountsItsUsers) {
-  orva::ArrayData data;
+  ArrayData data;
   data.ref();
   data.ref();
   EXPECT_FALSE(data.deref());
@@ -255,3 +249,4 @@ TEST(ArrayData, CountsItsUsers) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,8 +10,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // A pixel that differs from those around it, and from those 2^k away.
 unsigned char markOf(std::int64_t i) { return static_cast<unsigned char>(i * 131 / 97 + i / 256); }
 

@@ -14,8 +14,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // The ints of an object from byte `first` on.
 template <std::size_t N, class T>
 std::array<int, N> intsOf(const T& object, std::size_t first) {

@@ -6,17 +6,14 @@
 #include "tests/support/images.h"
 #include "tests/support/memory_limit.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva_test::blank;
 
 const char* const kMessage = "Error: out of memory\n";
 
 template <class Work>
 void expect(const char* name, const Work& work) {
-  orva_test::expectMemoryToRunOut(name, {kMessage}, work);
+  expectMemoryToRunOut(name, {kMessage}, work);
 }
 
 void drop(const Image* img) { const std::unique_ptr<const Image> owned(img); }
@@ -31,15 +28,15 @@ TEST(ImagesWithoutMemory, EndTheProcess) {
   expect("roi", [&] { drop(img.roi({0, 0, 0}, {999, 499, 3})); });
   expect("scale", [&] { drop(img.scale(1200, 1200, 1)); });
   expect("scale of a row", [&] { drop(img.scale(1500000, 1, 1)); });
-  expect("toFloatImage", [&] { orva::toFloatImage(img); });
-  expect("toRgbImage", [&] { orva::toRgbImage(img); });
-  expect("toByteImage", [&] { orva::toByteImage(img, true); });
+  expect("toFloatImage", [&] { toFloatImage(img); });
+  expect("toRgbImage", [&] { toRgbImage(img); });
+  expect("toByteImage", [&] { toByteImage(img, true); });
   expect("interior", [] { Image::interior(4000, 4000, 1); });
 }
 
 template <class T>
 class Oversized : public testing::Test {};
-TYPED_TEST_SUITE(Oversized, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Oversized, PixelTypes);
 
 TYPED_TEST(Oversized, ScaledImagesEndTheProcess) {
   const auto img = blank<TypeParam>({3, 2, 2});
@@ -54,3 +51,4 @@ TYPED_TEST(Oversized, ScaledImagesEndTheProcess) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -7,12 +7,8 @@
 #include "orva/image/image.h"
 #include "orva/image/truncate.h"
 
+namespace orva::test {
 namespace {
-
-using orva::GenericRgb;
-using orva::luminance;
-using orva::truncateTo;
-using orva::wrapTo16;
 
 TEST(Luminance, IntendedOrderOfTheWeightsIsBlueGreenRed) {
   EXPECT_EQ(luminance(GenericRgb<unsigned char>{100, 0, 0}), static_cast<float>(7.2169));
@@ -51,3 +47,4 @@ TEST(WrapTo16, KeepsTheLowBits) {
 }
 
 }  // namespace
+}  // namespace orva::test

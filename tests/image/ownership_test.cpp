@@ -10,8 +10,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // Bytes that the process has from its allocator, large blocks included.
 std::size_t allocated() {
   const auto info = mallinfo2();

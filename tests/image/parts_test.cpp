@@ -7,19 +7,8 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::Point3D;
-using orva_test::imageOf;
-using orva_test::oddShapes;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomShape;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 template <class T>
 class Parts : public testing::Test {
@@ -39,7 +28,7 @@ class Parts : public testing::Test {
     return sameImage(*owned, *expected);
   }
 };
-TYPED_TEST_SUITE(Parts, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Parts, PixelTypes);
 
 TYPED_TEST(Parts, RoiAgreesWithItsDefinition) {
   Random random(41);
@@ -80,7 +69,7 @@ TYPED_TEST(Parts, RoiRunsThroughFramesOfAllChannelsAndTimePoints) {
   const image<TypeParam> img = randomImage<TypeParam>(random, {3, 2, 2, 3, 2});
   const std::unique_ptr<Image> part(img.roi({0, 0, 0}, {2, 1, 100}));
   ASSERT_NE(part, nullptr);
-  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({3, 2, 12}, orva_test::pixelsOf(img))));
+  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({3, 2, 12}, pixelsOf(img))));
 }
 
 TYPED_TEST(Parts, FrameAgreesWithItsDefinition) {
@@ -186,14 +175,14 @@ TYPED_TEST(Parts, ScaleBySizesBelowZeroStacksAllFrames) {
   Random random(49);
   const image<TypeParam> img = randomImage<TypeParam>(random, {4, 3, 2, 3, 2});
   const std::unique_ptr<Image> part(img.scale(-1, -7, -2));
-  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({4, 3, 12}, orva_test::pixelsOf(img))));
+  EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({4, 3, 12}, pixelsOf(img))));
 }
 
 TYPED_TEST(Parts, ScaleToSizeZeroHasNoPixels) {
   const image<TypeParam> img(4, 3, 2, 1, 1);
   const std::unique_ptr<Image> part(img.scale(0, 5, 5));
   ASSERT_NE(part, nullptr);
-  EXPECT_EQ(orva_test::sizesOf(*part), (std::vector<int>{0, 5, 5, 1, 1}));
+  EXPECT_EQ(sizesOf(*part), (std::vector<int>{0, 5, 5, 1, 1}));
   EXPECT_TRUE(part->isNull());
 }
 
@@ -208,9 +197,10 @@ TYPED_TEST(Parts, ScaleOfANullImageIsBlack) {
 TEST(Scale, TakesTheLowerNeighbour) {
   const image<int> img = imageOf<int>({5, 1}, {10, 11, 12, 13, 14});
   const std::unique_ptr<image<int>> smaller(img.scale(3, 1, 1));
-  EXPECT_EQ(orva_test::pixelsOf(*smaller), (std::vector<int>{10, 11, 13}));
+  EXPECT_EQ(pixelsOf(*smaller), (std::vector<int>{10, 11, 13}));
   const std::unique_ptr<image<int>> larger(img.scale(8, 1, 1));
-  EXPECT_EQ(orva_test::pixelsOf(*larger), (std::vector<int>{10, 10, 11, 11, 12, 13, 13, 14}));
+  EXPECT_EQ(pixelsOf(*larger), (std::vector<int>{10, 10, 11, 11, 12, 13, 13, 14}));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -13,14 +13,8 @@
 
 #include "tests/support/images.h"
 
+namespace orva::test {
 namespace {
-
-using orva::Point;
-using orva::Point3D;
-using orva_test::Random;
-using orva_test::randomInt;
-using testing::Eq;
-using testing::ExitedWithCode;
 
 constexpr int kLow = std::numeric_limits<std::int16_t>::min();
 constexpr int kHigh = std::numeric_limits<std::int16_t>::max();
@@ -253,12 +247,12 @@ TEST(PointDivision, CutsTheDivisorTo16BitsOnlyInPlaceAsIsIntended) {
 TYPED_TEST(Points, DivisionByZeroEndsTheProcess) {
   const TypeParam p = pointOf<TypeParam>(1, 2, 3);
   TypeParam r = p;
-  const auto message = Eq("Warning: divided by 0\n");
-  EXPECT_EXIT(p / 0, ExitedWithCode(1), message);
-  EXPECT_EXIT(p / 0.0, ExitedWithCode(1), message);
-  EXPECT_EXIT(p / -0.0, ExitedWithCode(1), message);
-  EXPECT_EXIT(r /= 0, ExitedWithCode(1), message);
-  EXPECT_EXIT(r /= 0.0, ExitedWithCode(1), message);
+  const auto message = testing::Eq("Warning: divided by 0\n");
+  EXPECT_EXIT(p / 0, testing::ExitedWithCode(1), message);
+  EXPECT_EXIT(p / 0.0, testing::ExitedWithCode(1), message);
+  EXPECT_EXIT(p / -0.0, testing::ExitedWithCode(1), message);
+  EXPECT_EXIT(r /= 0, testing::ExitedWithCode(1), message);
+  EXPECT_EXIT(r /= 0.0, testing::ExitedWithCode(1), message);
 }
 
 TYPED_TEST(Points, DivisionInPlaceByAMultipleOf65536FailingInTheDivisionIsIntended) {
@@ -267,7 +261,7 @@ TYPED_TEST(Points, DivisionInPlaceByAMultipleOf65536FailingInTheDivisionIsIntend
     std::signal(SIGFPE, SIG_DFL);
     r /= 65536;
   };
-  EXPECT_EXIT(divide(), testing::KilledBySignal(SIGFPE), Eq(""));
+  EXPECT_EXIT(divide(), testing::KilledBySignal(SIGFPE), testing::Eq(""));
 }
 
 TYPED_TEST(Points, AreEqualWhenAllCoordinatesAre) {
@@ -298,3 +292,4 @@ TYPED_TEST(Points, DoublesPast32BitsSaturateBeforeTheLowBitsAreKept) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,31 +12,23 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::Point;
-using orva::Roi;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using testing::ElementsAre;
 
 static_assert(!std::is_polymorphic_v<Roi> && std::is_trivially_destructible_v<Roi>);
 
 std::vector<int> boundsOf(const Roi& r) { return {r.xmin(), r.ymin(), r.xmax(), r.ymax()}; }
 
 TEST(Roi, IsEmptyByDefault) {
-  EXPECT_THAT(boundsOf(Roi()), ElementsAre(0, 0, -1, -1));
+  EXPECT_THAT(boundsOf(Roi()), testing::ElementsAre(0, 0, -1, -1));
   EXPECT_TRUE(Roi().isEmpty());
 }
 
 TEST(Roi, StoresBoundsUnchanged) {
-  EXPECT_THAT(boundsOf(Roi(9, -8, 100000, 5)), ElementsAre(9, -8, 100000, 5));
+  EXPECT_THAT(boundsOf(Roi(9, -8, 100000, 5)), testing::ElementsAre(9, -8, 100000, 5));
   Roi r;
   r.set(5, 6, -7, -8);
-  EXPECT_THAT(boundsOf(r), ElementsAre(5, 6, -7, -8));
+  EXPECT_THAT(boundsOf(r), testing::ElementsAre(5, 6, -7, -8));
 }
 
 TEST(Roi, IsEmptyWhenAMaximumLiesBelowItsMinimum) {
@@ -47,10 +39,11 @@ TEST(Roi, IsEmptyWhenAMaximumLiesBelowItsMinimum) {
 }
 
 TEST(Roi, BoundsPoints) {
-  EXPECT_THAT(boundsOf(Roi(std::vector<Point>{{3, 8}, {1, 9}, {5, 2}})), ElementsAre(1, 2, 5, 9));
-  EXPECT_THAT(boundsOf(Roi(std::vector<Point>{{-4, 7}})), ElementsAre(-4, 7, -4, 7));
+  EXPECT_THAT(boundsOf(Roi(std::vector<Point>{{3, 8}, {1, 9}, {5, 2}})),
+              testing::ElementsAre(1, 2, 5, 9));
+  EXPECT_THAT(boundsOf(Roi(std::vector<Point>{{-4, 7}})), testing::ElementsAre(-4, 7, -4, 7));
   const Roi none{std::vector<Point>()};
-  EXPECT_THAT(boundsOf(none), ElementsAre(0, 0, -1, -1));
+  EXPECT_THAT(boundsOf(none), testing::ElementsAre(0, 0, -1, -1));
   EXPECT_TRUE(none.isEmpty());
 }
 
@@ -72,21 +65,22 @@ TEST(Roi, BoundsRandomPointsTightly) {
       xs.push_back(points.back().x);
       ys.push_back(points.back().y);
     }
-    EXPECT_THAT(boundsOf(Roi(points)), ElementsAre(*std::min_element(xs.begin(), xs.end()),
-                                                   *std::min_element(ys.begin(), ys.end()),
-                                                   *std::max_element(xs.begin(), xs.end()),
-                                                   *std::max_element(ys.begin(), ys.end())));
+    EXPECT_THAT(boundsOf(Roi(points)),
+                testing::ElementsAre(*std::min_element(xs.begin(), xs.end()),
+                                     *std::min_element(ys.begin(), ys.end()),
+                                     *std::max_element(xs.begin(), xs.end()),
+                                     *std::max_element(ys.begin(), ys.end())));
   }
 }
 
 template <class T>
 class SubImage : public testing::Test {};
-TYPED_TEST_SUITE(SubImage, orva_test::PixelTypes);
+TYPED_TEST_SUITE(SubImage, PixelTypes);
 
 TYPED_TEST(SubImage, IsTheRectangleOfTheFirstFrame) {
   Random random(62);
   for (int round = 0; round < 100; ++round) {
-    const auto img = orva_test::randomImage<TypeParam>(random, orva_test::randomShape(random));
+    const auto img = randomImage<TypeParam>(random, randomShape(random));
     const auto bound = [&random] { return randomInt(random, -4, 15); };
     const Roi r(bound(), bound(), bound(), bound());
     const auto expected =
@@ -116,7 +110,7 @@ TYPED_TEST(SubImage, OfARectangleBesideTheImageIsNull) {
 
 TEST(SubImageCorners, PassingThrough16BitsIsIntended) {
   Random random(63);
-  const auto img = orva_test::randomImage<int>(random, {20, 10});
+  const auto img = randomImage<int>(random, {20, 10});
   const std::unique_ptr<Image> wrapped(
       Roi(65536 + 2, -65536 + 1, 65536 + 7, 65536 + 4).getSubImage(img));
   const std::unique_ptr<Image> plain(Roi(2, 1, 7, 4).getSubImage(img));
@@ -127,3 +121,4 @@ TEST(SubImageCorners, PassingThrough16BitsIsIntended) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,16 +10,8 @@
 #include "tests/support/sanitizer.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::sameImage;
-using orva_test::Shape;
-using testing::Eq;
-using testing::ExitedWithCode;
 
 template <class T>
 class Sharing : public testing::Test {
@@ -30,7 +22,7 @@ class Sharing : public testing::Test {
  private:
   Random random_{31};
 };
-TYPED_TEST_SUITE(Sharing, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Sharing, PixelTypes);
 
 // Writes through `a` are seen through `b`, and the other way round.
 template <class T>
@@ -130,7 +122,7 @@ TYPED_TEST(Sharing, CloneAndDuplicateOwnTheirPixels) {
 
 TYPED_TEST(Sharing, CloneAndDuplicateHoldEveryPixelOfEveryShape) {
   Random random(32);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, s);
     const std::unique_ptr<Image> clone(img.clone());
     const image<TypeParam> duplicate = img.duplicate();
@@ -156,7 +148,7 @@ TYPED_TEST(Sharing, NullImagesCopyAndCloneToNullImages) {
 }
 
 TYPED_TEST(Sharing, BlockOwnersAreMadeWithOneUserAndDeletedToNull) {
-  orva::ArrayData* data = image<TypeParam>::newData();
+  ArrayData* data = image<TypeParam>::newData();
   ASSERT_NE(data, nullptr);
   EXPECT_TRUE(data->deref());
   image<TypeParam>::deleteData(data);
@@ -178,8 +170,8 @@ const Shape kTooLarge[] = {{65536, 65536},         {65536, 32768}, {100000, 1000
 
 TYPED_TEST(Sharing, CountsThatDoNotFit32BitsEndTheProcess) {
   for (const Shape& s : kTooLarge) {
-    EXPECT_EXIT(image<TypeParam>(s.nx, s.ny, s.nz, s.nc, s.nt), ExitedWithCode(1),
-                Eq("Error: out of memory\n"));
+    EXPECT_EXIT(image<TypeParam>(s.nx, s.ny, s.nz, s.nc, s.nt), testing::ExitedWithCode(1),
+                testing::Eq("Error: out of memory\n"));
   }
 }
 
@@ -188,14 +180,15 @@ TEST(Memory, LargeSizesWithAZeroAmongThemAreANullImage) {
 }
 
 TEST(MemoryDeathTest, FailedAllocationEndsTheProcess) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
   const auto starve = [] {
     constexpr rlim_t kLimit = rlim_t{1} << 30;
     const rlimit limit{kLimit, kLimit};
     setrlimit(RLIMIT_AS, &limit);
     const image<float> img(32768, 32768, 1, 1, 1);
   };
-  EXPECT_EXIT(starve(), ExitedWithCode(1), Eq("Error: out of memory\n"));
+  EXPECT_EXIT(starve(), testing::ExitedWithCode(1), testing::Eq("Error: out of memory\n"));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,15 +10,8 @@
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva_test::blank;
-using orva_test::isWhole;
-using orva_test::Shape;
-using orva_test::sizesOf;
-using orva_test::smallShapes;
 
 using Sizes = std::vector<int>;
 
@@ -56,7 +49,7 @@ class SmallImage : public testing::Test {
     return img;
   }
 };
-TYPED_TEST_SUITE(SmallImage, orva_test::PixelTypes);
+TYPED_TEST_SUITE(SmallImage, PixelTypes);
 
 TYPED_TEST(SmallImage, HasThePixelsOfItsSizesAsPassed) {
   for (const Shape& s : smallShapes()) {
@@ -76,7 +69,7 @@ TYPED_TEST(SmallImage, IsCopiedAsItIsAndClonedWithTheSizesItShows) {
     SCOPED_TRACE(described(s));
     const auto img = this->ramp(s);
     const std::unique_ptr<Image> copy(img.copy());
-    EXPECT_TRUE(orva_test::sameImage(*copy, img));
+    EXPECT_TRUE(sameImage(*copy, img));
     EXPECT_EQ(copy->data(), img.data());
     EXPECT_TRUE(isPart(img, img.clone(), true, sizesOf(img)));
     EXPECT_TRUE(isStartOf(img, img.duplicate(), sizesOf(img)));
@@ -119,17 +112,18 @@ TYPED_TEST(SmallImage, IsConvertedToTheSizesItShows) {
     SCOPED_TRACE(described(s));
     const auto img = this->ramp(s);
     const Sizes stack = {img.nx(), img.ny(), std::max(img.nframes(), 0), 1, 1};
-    EXPECT_TRUE(isStartOf(img, orva::toFloatImage(img), img.isNull() ? none : sizesOf(img)));
-    EXPECT_TRUE(isWhole(orva::toRgbImage(img), img.isNull() ? none : sizesOf(img)));
-    EXPECT_TRUE(isWhole(orva::toByteImage(img, true), img.isNull() ? none : stack));
-    if (img.format() == orva::BYTE) {
-      const image<unsigned char> bytes = orva::toByteImage(img, false);
+    EXPECT_TRUE(isStartOf(img, toFloatImage(img), img.isNull() ? none : sizesOf(img)));
+    EXPECT_TRUE(isWhole(toRgbImage(img), img.isNull() ? none : sizesOf(img)));
+    EXPECT_TRUE(isWhole(toByteImage(img, true), img.isNull() ? none : stack));
+    if (img.format() == BYTE) {
+      const image<unsigned char> bytes = toByteImage(img, false);
       EXPECT_EQ(sizesOf(bytes), img.isNull() ? none : sizesOf(img));
       EXPECT_EQ(bytes.data(), img.data());
     } else {
-      EXPECT_TRUE(isWhole(orva::toByteImage(img, false), img.isNull() ? none : stack));
+      EXPECT_TRUE(isWhole(toByteImage(img, false), img.isNull() ? none : stack));
     }
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -13,19 +13,8 @@
 #include "tests/support/shapes.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::flipped;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::reordered;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::transposed;
-using orva_test::upsideDown;
-using orva_test::volumeTurns;
 
 template <class T>
 image<T> owned(image<T>* part) {
@@ -36,13 +25,13 @@ image<T> owned(image<T>* part) {
 
 template <class T>
 class Rearranged : public testing::Test {};
-TYPED_TEST_SUITE(Rearranged, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Rearranged, PixelTypes);
 
 TYPED_TEST(Rearranged, PixelsHaveTheSameExtremes) {
   Random random(501);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     const auto img = randomImage<TypeParam>(random, shape);
-    const auto shuffled = reordered(img, orva_test::shuffledFrames(random, img));
+    const auto shuffled = reordered(img, shuffledFrames(random, img));
     EXPECT_EQ(shuffled.fmin(), img.fmin());
     EXPECT_EQ(shuffled.fmax(), img.fmax());
     for (const auto turn : volumeTurns<TypeParam>()) {
@@ -54,22 +43,20 @@ TYPED_TEST(Rearranged, PixelsHaveTheSameExtremes) {
 
 TYPED_TEST(Rearranged, PixelsAreConvertedAlike) {
   Random random(502);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     const auto img = randomImage<TypeParam>(random, shape);
-    const auto order = orva_test::shuffledFrames(random, img);
+    const auto order = shuffledFrames(random, img);
     const auto shuffled = reordered(img, order);
-    EXPECT_TRUE(sameImage(orva::toFloatImage(shuffled), reordered(orva::toFloatImage(img), order)));
-    EXPECT_TRUE(sameImage(orva::toRgbImage(shuffled), reordered(orva::toRgbImage(img), order)));
+    EXPECT_TRUE(sameImage(toFloatImage(shuffled), reordered(toFloatImage(img), order)));
+    EXPECT_TRUE(sameImage(toRgbImage(shuffled), reordered(toRgbImage(img), order)));
     for (std::size_t t = 0; t < 4; ++t) {
       const auto turned = volumeTurns<TypeParam>()[t](img);
       for (const bool scale : {false, true}) {
-        EXPECT_TRUE(sameImage(orva::toByteImage(turned, scale),
-                              volumeTurns<unsigned char>()[t](orva::toByteImage(img, scale))));
+        EXPECT_TRUE(sameImage(toByteImage(turned, scale),
+                              volumeTurns<unsigned char>()[t](toByteImage(img, scale))));
       }
-      EXPECT_TRUE(
-          sameImage(orva::toFloatImage(turned), volumeTurns<float>()[t](orva::toFloatImage(img))));
-      EXPECT_TRUE(sameImage(orva::toRgbImage(turned),
-                            volumeTurns<orva_test::Rgb>()[t](orva::toRgbImage(img))));
+      EXPECT_TRUE(sameImage(toFloatImage(turned), volumeTurns<float>()[t](toFloatImage(img))));
+      EXPECT_TRUE(sameImage(toRgbImage(turned), volumeTurns<Rgb>()[t](toRgbImage(img))));
     }
   }
 }
@@ -77,7 +64,7 @@ TYPED_TEST(Rearranged, PixelsAreConvertedAlike) {
 TYPED_TEST(Rearranged, FramesAreTakenFromTheirNewPlaces) {
   Random random(503);
   const auto img = randomImage<TypeParam>(random, {6, 5, 2, 3, 2});
-  const auto order = orva_test::shuffledFrames(random, img);
+  const auto order = shuffledFrames(random, img);
   const auto shuffled = reordered(img, order);
   for (int f = 0; f < img.nframes(); ++f) {
     EXPECT_TRUE(
@@ -113,8 +100,8 @@ TYPED_TEST(Rearranged, BoxesAreThoseOfTheTurnedCorners) {
     EXPECT_TRUE(sameImage(owned(transposed(img).roi({y0, x0, 1}, {y1, x1, 2})), transposed(box)));
 
     const auto cut = [](const image<TypeParam>& from, int xmin, int ymin, int xmax, int ymax) {
-      return owned(dynamic_cast<image<TypeParam>*>(
-          orva::Roi::getSubImage(from, orva::Roi(xmin, ymin, xmax, ymax))));
+      return owned(
+          dynamic_cast<image<TypeParam>*>(Roi::getSubImage(from, Roi(xmin, ymin, xmax, ymax))));
     };
     const auto part = cut(img, x0, y0, x1, y1);
     EXPECT_TRUE(sameImage(cut(flipped(img), nx - 1 - x1, y0, nx - 1 - x0, y1), flipped(part)));
@@ -122,7 +109,7 @@ TYPED_TEST(Rearranged, BoxesAreThoseOfTheTurnedCorners) {
         sameImage(cut(upsideDown(img), x0, ny - 1 - y1, x1, ny - 1 - y0), upsideDown(part)));
     EXPECT_TRUE(sameImage(cut(transposed(img), y0, x0, y1, x1), transposed(part)));
     EXPECT_TRUE(sameImage(cut(reordered(img, {0, 3, 1, 2}), x0, y0, x1, y1), part));
-    const auto moved = orva_test::framed(img, nx + 6, ny + 5, 4, 3, img.pixels()[0]);
+    const auto moved = framed(img, nx + 6, ny + 5, 4, 3, img.pixels()[0]);
     EXPECT_TRUE(sameImage(cut(moved, x0 + 4, y0 + 3, x1 + 4, y1 + 3), part));
   }
 }
@@ -143,8 +130,7 @@ TYPED_TEST(Rearranged, ImagesAreEnlargedByWholeNumbersToTheTurnedPixels) {
   Random random(506);
   const auto img = randomImage<TypeParam>(random, {7, 5, 3});
   for (int factor = 1; factor <= 4; ++factor) {
-    for (const auto turn :
-         {flipped<TypeParam>, upsideDown<TypeParam>, orva_test::backToFront<TypeParam>}) {
+    for (const auto turn : {flipped<TypeParam>, upsideDown<TypeParam>, backToFront<TypeParam>}) {
       EXPECT_TRUE(sameImage(owned(turn(img).scale(7 * factor, 5 * factor, 3 * factor)),
                             turn(owned(img.scale(7 * factor, 5 * factor, 3 * factor)))));
     }
@@ -153,21 +139,21 @@ TYPED_TEST(Rearranged, ImagesAreEnlargedByWholeNumbersToTheTurnedPixels) {
 
 // The border of a turned image is the turned border. All frames count as planes.
 TEST(Interior, IsTheSameForEveryTurn) {
-  for (const Shape& shape : orva_test::oddShapes()) {
-    const auto interiorOf = [](const orva::Image& img) {
+  for (const Shape& shape : oddShapes()) {
+    const auto interiorOf = [](const Image& img) {
       const std::vector<bool> inside = img.interior();
-      return orva_test::imageOf<unsigned char>(orva_test::shapeOf(img),
-                                               {inside.begin(), inside.end()});
+      return imageOf<unsigned char>(shapeOf(img), {inside.begin(), inside.end()});
     };
-    const auto img = orva_test::blank<unsigned char>(shape);
+    const auto img = blank<unsigned char>(shape);
     const auto inside = interiorOf(img);
     for (const auto turn : volumeTurns<unsigned char>()) {
       EXPECT_TRUE(sameImage(interiorOf(turn(img)), turn(inside)));
     }
     if (shape.nx > 1 && shape.nz > 1 && shape.nc * shape.nt == 1) {  // one plane has no z border
-      EXPECT_TRUE(sameImage(interiorOf(orva_test::onItsSide(img)), orva_test::onItsSide(inside)));
+      EXPECT_TRUE(sameImage(interiorOf(onItsSide(img)), onItsSide(inside)));
     }
   }
 }
 
 }  // namespace
+}  // namespace orva::test

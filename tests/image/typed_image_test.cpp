@@ -13,25 +13,18 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva_test::imageOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::Rgb;
-using orva_test::Shape;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 static_assert(std::is_aggregate_v<Rgb> && sizeof(Rgb) == 3 && std::is_trivially_copyable_v<Rgb>);
-static_assert(sizeof(orva::GenericRgb<float>) == 3 * sizeof(float));
+static_assert(sizeof(GenericRgb<float>) == 3 * sizeof(float));
 
 template <class T>
 class TypedImage : public testing::Test {};
-TYPED_TEST_SUITE(TypedImage, orva_test::PixelTypes);
+TYPED_TEST_SUITE(TypedImage, PixelTypes);
 
 // What `v` becomes in a pixel of type T.
 template <class T>
@@ -57,9 +50,9 @@ bool sameBits(const T& a, const T& b) {
 }
 
 TYPED_TEST(TypedImage, StartsBlackWithItsSizes) {
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const image<TypeParam> img(s.nx, s.ny, s.nz, s.nc, s.nt);
-    EXPECT_EQ(orva_test::sizesOf(img), (std::vector<int>{s.nx, s.ny, s.nz, s.nc, s.nt}));
+    EXPECT_EQ(sizesOf(img), (std::vector<int>{s.nx, s.ny, s.nz, s.nc, s.nt}));
     EXPECT_EQ(img.data(), img.pixels());
     ASSERT_NE(img.pixels(), nullptr);
     const auto* bytes = static_cast<const unsigned char*>(img.data());
@@ -73,12 +66,12 @@ TEST(TypedImageFormat, HasCodeAndSizeOfItsType) {
     EXPECT_EQ(img.format(), format);
     EXPECT_EQ(img.pixelSize(), size);
   };
-  check(image<unsigned char>(1, 1, 1, 1, 1), orva::BYTE, 1);
-  check(image<int>(1, 1, 1, 1, 1), orva::INT, 4);
-  check(image<short>(1, 1, 1, 1, 1), orva::SHORT, 2);
-  check(image<float>(1, 1, 1, 1, 1), orva::FLOAT, 4);
-  check(image<unsigned int>(1, 1, 1, 1, 1), orva::UINT, 4);
-  check(image<Rgb>(1, 1, 1, 1, 1), orva::RGB, 3);
+  check(image<unsigned char>(1, 1, 1, 1, 1), BYTE, 1);
+  check(image<int>(1, 1, 1, 1, 1), INT, 4);
+  check(image<short>(1, 1, 1, 1, 1), SHORT, 2);
+  check(image<float>(1, 1, 1, 1, 1), FLOAT, 4);
+  check(image<unsigned int>(1, 1, 1, 1, 1), UINT, 4);
+  check(image<Rgb>(1, 1, 1, 1, 1), RGB, 3);
 }
 
 TYPED_TEST(TypedImage, WithoutPixelsHasNoData) {
@@ -96,7 +89,7 @@ TYPED_TEST(TypedImage, WithoutPixelsHasNoData) {
 TYPED_TEST(TypedImage, ReadsEveryPixelAtItsLinearIndex) {
   Random random(21);
   for (int round = 0; round < 20; ++round) {
-    const Shape s = orva_test::randomShape(random);
+    const Shape s = randomShape(random);
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const auto expected = [&img](int i) {
       return reference::Typed<TypeParam>::toFloat(img.pixels()[i]);
@@ -115,7 +108,7 @@ TYPED_TEST(TypedImage, ReadsEveryPixelAtItsLinearIndex) {
       EXPECT_EQ(img.pixel(s.nx - 1, 0, f), expected(f * s.nx * s.ny + s.nx - 1));
     }
     EXPECT_EQ(img.pixel(s.nx - 1, s.ny - 1), expected(s.nx * s.ny - 1));
-    EXPECT_EQ(img.pixel(orva::Point(0, s.ny - 1)), expected((s.ny - 1) * s.nx));
+    EXPECT_EQ(img.pixel(Point(0, s.ny - 1)), expected((s.ny - 1) * s.nx));
   }
 }
 
@@ -124,9 +117,8 @@ TYPED_TEST(TypedImage, StoresEveryPixelAtItsLinearIndex) {
   const auto check = [](const image<TypeParam>& img, int index) {
     image<TypeParam> expected(4, 3, 2, 3, 2);
     expected.pixels()[index] = reference::Typed<TypeParam>::fromFloat(77);
-    EXPECT_TRUE(orva_test::sameImage(img, expected)) << index;
+    EXPECT_TRUE(sameImage(img, expected)) << index;
   };
-  using orva_test::blank;
   image<TypeParam> img = blank<TypeParam>(s);
   img.setPixel(143, 77);
   check(img, 143);
@@ -226,7 +218,7 @@ TEST(Pixel, RoundsLargeIntegersToFloat) {
 
 TYPED_TEST(TypedImage, FindsTheSmallestAndTheLargest) {
   Random random(23);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
     const TypeParam low = reference::Typed<TypeParam>::smallest(img);
     const TypeParam high = reference::Typed<TypeParam>::largest(img);
@@ -258,7 +250,7 @@ TEST(MinMax, TakeTheFirstOfColoursWithTheSameLuminance) {
   Random random(24);
   std::vector<std::pair<float, Rgb>> colours;
   for (int i = 0; i < 20000; ++i) {
-    const Rgb colour = orva_test::randomPixel<Rgb>(random);
+    const Rgb colour = randomPixel<Rgb>(random);
     colours.emplace_back(reference::Typed<Rgb>::toFloat(colour), colour);
   }
   std::stable_sort(colours.begin(), colours.end(),
@@ -300,3 +292,4 @@ TEST(GenericRgb, IsOrderedByLuminance) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,37 +12,23 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::image_io::adjust_byte_order_for_read;
-using orva::image_io::adjust_byte_order_for_write;
-using orva::image_io::extractLongDataFromBuffer;
-using orva::image_io::extractShortDataFromBuffer;
-using orva::image_io::reverse_byte_order;
-using orva_test::BareImage;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::RawImage;
-using orva_test::sameImage;
-using orva_test::Shape;
-using reference::pixelBytes;
-using reference::reversedBytes;
 
 template <class T>
 class ByteOrder : public testing::Test {};
-TYPED_TEST_SUITE(ByteOrder, orva_test::PixelTypes);
+TYPED_TEST_SUITE(ByteOrder, PixelTypes);
 
 TYPED_TEST(ByteOrder, IsReversedAsDefined) {
   Random random(301);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     image<TypeParam> img = randomImage<TypeParam>(random, s);
     const image<TypeParam> before = img.duplicate();
-    reverse_byte_order(img);
-    EXPECT_EQ(pixelBytes(img), reversedBytes(img.format(), pixelBytes(before)));
-    EXPECT_EQ(orva_test::sizesOf(img), orva_test::sizesOf(before));
-    reverse_byte_order(img);
+    image_io::reverse_byte_order(img);
+    EXPECT_EQ(reference::pixelBytes(img),
+              reference::reversedBytes(img.format(), reference::pixelBytes(before)));
+    EXPECT_EQ(sizesOf(img), sizesOf(before));
+    image_io::reverse_byte_order(img);
     EXPECT_TRUE(sameImage(img, before));
   }
 }
@@ -51,17 +37,18 @@ TYPED_TEST(ByteOrder, IsAdjustedForReadingOnlyWhenItDiffers) {
   Random random(302);
   image<TypeParam> img = randomImage<TypeParam>(random, {9, 4, 2, 1, 3});
   const image<TypeParam> before = img.duplicate();
-  adjust_byte_order_for_read(img, true);
+  image_io::adjust_byte_order_for_read(img, true);
   EXPECT_TRUE(sameImage(img, before));
-  adjust_byte_order_for_read(img, false);
-  EXPECT_EQ(pixelBytes(img), reversedBytes(img.format(), pixelBytes(before)));
+  image_io::adjust_byte_order_for_read(img, false);
+  EXPECT_EQ(reference::pixelBytes(img),
+            reference::reversedBytes(img.format(), reference::pixelBytes(before)));
 }
 
 TYPED_TEST(ByteOrder, IsNotAdjustedForWritingAsIsIntended) {
   Random random(303);
   image<TypeParam> img = randomImage<TypeParam>(random, {9, 4, 2, 1, 3});
   const image<TypeParam> before = img.duplicate();
-  adjust_byte_order_for_write(img);
+  image_io::adjust_byte_order_for_write(img);
   EXPECT_TRUE(sameImage(img, before));
 }
 
@@ -69,17 +56,17 @@ TYPED_TEST(ByteOrder, OfSharedPixelsChangesForAll) {
   Random random(304);
   image<TypeParam> img = randomImage<TypeParam>(random, {7, 3});
   const image<TypeParam> sharing = img;
-  reverse_byte_order(img);
+  image_io::reverse_byte_order(img);
   EXPECT_TRUE(sameImage(sharing, img));
   EXPECT_EQ(sharing.data(), img.data());
 }
 
 TYPED_TEST(ByteOrder, OfANullImageIsNothing) {
   for (const Shape& s : {Shape{0, 1}, Shape{5, 5, 0}, Shape{0, 0, 0, 0, 0}}) {
-    image<TypeParam> none = orva_test::blank<TypeParam>(s);
-    reverse_byte_order(none);
-    adjust_byte_order_for_read(none, false);
-    adjust_byte_order_for_write(none);
+    image<TypeParam> none = blank<TypeParam>(s);
+    image_io::reverse_byte_order(none);
+    image_io::adjust_byte_order_for_read(none, false);
+    image_io::adjust_byte_order_for_write(none);
     EXPECT_TRUE(none.isNull());
     EXPECT_EQ(none.data(), nullptr);
   }
@@ -98,13 +85,14 @@ TEST(ReverseByteOrder, GoesByTheFormatCode) {
       std::vector<unsigned char> bytes;
       const int npix = s.nx * s.ny * s.nz * s.nc * s.nt;
       for (int i = 0; i < npix * row.pixelSize; ++i) {
-        bytes.push_back(orva_test::randomPixel<unsigned char>(random));
+        bytes.push_back(randomPixel<unsigned char>(random));
       }
       RawImage img(s, row.format, bytes, std::vector<float>(static_cast<std::size_t>(npix)));
       ASSERT_EQ(img.pixelSize(), row.pixelSize);
-      const std::string before = pixelBytes(img);
-      reverse_byte_order(img);
-      EXPECT_EQ(pixelBytes(img), reversedBytes(row.format, before)) << row.format;
+      const std::string before = reference::pixelBytes(img);
+      image_io::reverse_byte_order(img);
+      EXPECT_EQ(reference::pixelBytes(img), reference::reversedBytes(row.format, before))
+          << row.format;
     }
   }
 }
@@ -113,7 +101,7 @@ TEST(ReverseByteOrder, TurnsKnownNumbers) {
   const auto turned = [](auto v) {
     image<decltype(v)> img(1, 1, 1, 1, 1);
     img.pixels()[0] = v;
-    reverse_byte_order(img);
+    image_io::reverse_byte_order(img);
     return img.pixels()[0];
   };
   EXPECT_EQ(turned(short{0x0102}), 0x0201);
@@ -128,11 +116,11 @@ TEST(ReverseByteOrder, OfAnImageWithoutMemoryIsNothing) {
     class Numbers : public BareImage {
      public:
       using BareImage::BareImage;
-      int format() const override { return orva::INT; }
+      int format() const override { return INT; }
       int pixelSize() const override { return 4; }
     };
     Numbers img(s.nx, s.ny, s.nz, s.nc, s.nt);
-    reverse_byte_order(img);
+    image_io::reverse_byte_order(img);
     EXPECT_EQ(img.npix(), s.nx * s.ny);
   }
 }
@@ -141,7 +129,7 @@ TEST(ReverseByteOrder, OfANegativePixelCountIsNothing) {
   class Backward : public BareImage {
    public:
     Backward() : BareImage(-1, 2, 1, 1, 1) {}
-    int format() const override { return orva::SHORT; }
+    int format() const override { return SHORT; }
     int pixelSize() const override { return 2; }
     void* data() const override { return bytes_->data() + 4; }
 
@@ -151,7 +139,7 @@ TEST(ReverseByteOrder, OfANegativePixelCountIsNothing) {
   };
   Backward img;
   ASSERT_EQ(img.npix(), -2);
-  reverse_byte_order(img);
+  image_io::reverse_byte_order(img);
   EXPECT_EQ(std::string(static_cast<const char*>(img.data()) - 4, 8), "abcdefgh");
 }
 
@@ -164,7 +152,7 @@ TEST(ExtractShort, TakesTheFirstTwoBytesLeastFirst) {
       const std::vector<unsigned char> buffer = {static_cast<unsigned char>(low),
                                                  static_cast<unsigned char>(high)};
       short result = 77;
-      extractShortDataFromBuffer(buffer.data(), kLeastFirst, 0, result);
+      image_io::extractShortDataFromBuffer(buffer.data(), kLeastFirst, 0, result);
       const int expected = low + 256 * high;
       ASSERT_EQ(result, expected < 32768 ? expected : expected - 65536);
     }
@@ -178,7 +166,7 @@ TEST(ExtractShort, TakesTheLastTwoOfFourBytesMostFirstAsIsIntended) {
         const std::array<unsigned char, 4> buffer = {0xAB, 0xCD, static_cast<unsigned char>(high),
                                                      static_cast<unsigned char>(low)};
         short result = 77;
-        extractShortDataFromBuffer(buffer.data(), flag, 0, result);
+        image_io::extractShortDataFromBuffer(buffer.data(), flag, 0, result);
         const int expected = low + 256 * high;
         ASSERT_EQ(result, expected < 32768 ? expected : expected - 65536);
       }
@@ -190,15 +178,15 @@ TEST(ExtractLong, TakesFourBytesInEitherOrder) {
   Random random(306);
   for (int round = 0; round < 2000; ++round) {
     std::array<unsigned char, 4> b{};
-    for (unsigned char& byte : b) byte = orva_test::randomPixel<unsigned char>(random);
+    for (unsigned char& byte : b) byte = randomPixel<unsigned char>(random);
     const std::int64_t leastFirst = b[0] + 256LL * b[1] + 65536LL * b[2] + 16777216LL * b[3];
     const std::int64_t mostFirst = b[3] + 256LL * b[2] + 65536LL * b[1] + 16777216LL * b[0];
     const auto signedOf = [](std::int64_t v) { return v < 2147483648LL ? v : v - 4294967296LL; };
     int result = 77;
-    extractLongDataFromBuffer(b.data(), kLeastFirst, 0, result);
+    image_io::extractLongDataFromBuffer(b.data(), kLeastFirst, 0, result);
     EXPECT_EQ(result, signedOf(leastFirst));
     for (const int flag : {0, 2, -1, 256}) {
-      extractLongDataFromBuffer(b.data(), flag, 0, result);
+      image_io::extractLongDataFromBuffer(b.data(), flag, 0, result);
       EXPECT_EQ(result, signedOf(mostFirst));
     }
   }
@@ -208,16 +196,17 @@ TEST(Extract, StartsAtTheOffset) {
   const std::array<unsigned char, 9> buffer = {9, 8, 7, 6, 5, 4, 3, 2, 1};
   short s = 0;
   int v = 0;
-  extractShortDataFromBuffer(buffer.data(), kLeastFirst, 7, s);
+  image_io::extractShortDataFromBuffer(buffer.data(), kLeastFirst, 7, s);
   EXPECT_EQ(s, 0x0102);
-  extractShortDataFromBuffer(buffer.data(), 0, 5, s);
+  image_io::extractShortDataFromBuffer(buffer.data(), 0, 5, s);
   EXPECT_EQ(s, 0x0201);
-  extractLongDataFromBuffer(buffer.data(), kLeastFirst, 5, v);
+  image_io::extractLongDataFromBuffer(buffer.data(), kLeastFirst, 5, v);
   EXPECT_EQ(v, 0x01020304);
-  extractLongDataFromBuffer(buffer.data(), 0, 5, v);
+  image_io::extractLongDataFromBuffer(buffer.data(), 0, 5, v);
   EXPECT_EQ(v, 0x04030201);
-  extractShortDataFromBuffer(buffer.data() + 8, kLeastFirst, -8, s);
+  image_io::extractShortDataFromBuffer(buffer.data() + 8, kLeastFirst, -8, s);
   EXPECT_EQ(s, 0x0809);
 }
 
 }  // namespace
+}  // namespace orva::test

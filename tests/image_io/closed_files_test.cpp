@@ -17,8 +17,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 std::ptrdiff_t openFiles() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
   return std::distance(begin(all), end(all));

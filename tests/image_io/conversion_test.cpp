@@ -12,29 +12,8 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::image_io::convertToByteImage;
-using orva::image_io::convertToFloatImage;
-using orva::image_io::convertToIntImage;
-using orva::image_io::convertToShortImage;
-using orva::image_io::convertToUIntImage;
-using orva_test::BareImage;
-using orva_test::imageOf;
-using orva_test::isWhole;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::RawImage;
-using orva_test::Rgb;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::sizesOf;
-using testing::Each;
-using testing::ElementsAre;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -59,24 +38,25 @@ RawImage valuesOnly(const Shape& s, int format, const std::vector<float>& values
 }
 
 void expectAll(const Image& img) {
-  EXPECT_TRUE(sameImage(convertToUIntImage(img), reference::converted<unsigned int>(img)));
-  EXPECT_TRUE(sameImage(convertToIntImage(img), reference::converted<int>(img)));
-  EXPECT_TRUE(sameImage(convertToFloatImage(img), reference::converted<float>(img)));
-  EXPECT_TRUE(sameImage(convertToShortImage(img), reference::converted<short>(img)));
+  EXPECT_TRUE(
+      sameImage(image_io::convertToUIntImage(img), reference::converted<unsigned int>(img)));
+  EXPECT_TRUE(sameImage(image_io::convertToIntImage(img), reference::converted<int>(img)));
+  EXPECT_TRUE(sameImage(image_io::convertToFloatImage(img), reference::converted<float>(img)));
+  EXPECT_TRUE(sameImage(image_io::convertToShortImage(img), reference::converted<short>(img)));
   for (const bool rescale : {false, true}) {
-    EXPECT_TRUE(
-        sameImage(convertToByteImage(img, rescale), reference::convertToByteImage(img, rescale)))
+    EXPECT_TRUE(sameImage(image_io::convertToByteImage(img, rescale),
+                          reference::convertToByteImage(img, rescale)))
         << rescale;
   }
 }
 
 template <class T>
 class ConvertTo : public testing::Test {};
-TYPED_TEST_SUITE(ConvertTo, orva_test::PixelTypes);
+TYPED_TEST_SUITE(ConvertTo, PixelTypes);
 
 TYPED_TEST(ConvertTo, EveryTypeAgreesWithItsDefinition) {
   Random random(311);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     expectAll(randomImage<TypeParam>(random, s));
   }
 }
@@ -98,23 +78,23 @@ TYPED_TEST(ConvertTo, EveryTypeTakesAllFramesAsPlanes) {
   Random random(313);
   const image<TypeParam> img = randomImage<TypeParam>(random, {4, 3, 3, 2, 2});
   const std::vector<int> sizes = {4, 3, 12, 1, 1};
-  EXPECT_TRUE(isWhole(convertToUIntImage(img), sizes));
-  EXPECT_TRUE(isWhole(convertToIntImage(img), sizes));
-  EXPECT_TRUE(isWhole(convertToFloatImage(img), sizes));
-  EXPECT_TRUE(isWhole(convertToShortImage(img), sizes));
-  EXPECT_TRUE(isWhole(convertToByteImage(img, true), sizes));
+  EXPECT_TRUE(isWhole(image_io::convertToUIntImage(img), sizes));
+  EXPECT_TRUE(isWhole(image_io::convertToIntImage(img), sizes));
+  EXPECT_TRUE(isWhole(image_io::convertToFloatImage(img), sizes));
+  EXPECT_TRUE(isWhole(image_io::convertToShortImage(img), sizes));
+  EXPECT_TRUE(isWhole(image_io::convertToByteImage(img, true), sizes));
 }
 
 TYPED_TEST(ConvertTo, EveryTypeOfANullImageIsTheNullImage) {
   for (const Shape& s : {Shape{0, 1}, Shape{5, 5, 0}, Shape{0, 0, 0, 0, 0}}) {
-    const image<TypeParam> none = orva_test::blank<TypeParam>(s);
+    const image<TypeParam> none = blank<TypeParam>(s);
     const std::vector<int> sizes = {0, 1, 1, 1, 1};
-    EXPECT_TRUE(isWhole(convertToUIntImage(none), sizes));
-    EXPECT_TRUE(isWhole(convertToIntImage(none), sizes));
-    EXPECT_TRUE(isWhole(convertToFloatImage(none), sizes));
-    EXPECT_TRUE(isWhole(convertToShortImage(none), sizes));
-    EXPECT_TRUE(isWhole(convertToByteImage(none, false), sizes));
-    EXPECT_TRUE(isWhole(convertToByteImage(none, true), sizes));
+    EXPECT_TRUE(isWhole(image_io::convertToUIntImage(none), sizes));
+    EXPECT_TRUE(isWhole(image_io::convertToIntImage(none), sizes));
+    EXPECT_TRUE(isWhole(image_io::convertToFloatImage(none), sizes));
+    EXPECT_TRUE(isWhole(image_io::convertToShortImage(none), sizes));
+    EXPECT_TRUE(isWhole(image_io::convertToByteImage(none, false), sizes));
+    EXPECT_TRUE(isWhole(image_io::convertToByteImage(none, true), sizes));
   }
 }
 
@@ -123,11 +103,11 @@ TYPED_TEST(ConvertTo, ANewImageLeavesTheOldAlone) {
   image<TypeParam> img = randomImage<TypeParam>(random, {6, 5});
   const image<TypeParam> before = img.duplicate();
   const auto expectApart = [&](const Image& converted) { EXPECT_NE(converted.data(), img.data()); };
-  expectApart(convertToUIntImage(img));
-  expectApart(convertToIntImage(img));
-  expectApart(convertToFloatImage(img));
-  expectApart(convertToShortImage(img));
-  expectApart(convertToByteImage(img, true));
+  expectApart(image_io::convertToUIntImage(img));
+  expectApart(image_io::convertToIntImage(img));
+  expectApart(image_io::convertToFloatImage(img));
+  expectApart(image_io::convertToShortImage(img));
+  expectApart(image_io::convertToByteImage(img, true));
   EXPECT_TRUE(sameImage(img, before));
 }
 
@@ -158,47 +138,50 @@ TEST(ConvertToAll, AgreesWithItsDefinitionForAwkwardFloats) {
 TEST(ConvertToUInt, TruncatesAndHoldsAtTheEnds) {
   const image<float> img =
       imageOf<float>({8, 1}, {1.9F, -0.9F, -1, -5e9F, 4294967040.F, 4294967296.F, kInfinity, kNaN});
-  EXPECT_THAT(pixelsOf(convertToUIntImage(img)),
-              ElementsAre(1U, 0U, 0U, 0U, 4294967040U, 4294967295U, 4294967295U, 0U));
+  EXPECT_THAT(pixelsOf(image_io::convertToUIntImage(img)),
+              testing::ElementsAre(1U, 0U, 0U, 0U, 4294967040U, 4294967295U, 4294967295U, 0U));
 }
 
 TEST(ConvertToInt, TruncatesTowardZeroAndHoldsAtTheEnds) {
   const image<float> img = imageOf<float>(
       {8, 1}, {1.9F, -1.9F, 2147483520.F, 2147483648.F, -2147483648.F, -1e30F, -kInfinity, kNaN});
-  EXPECT_THAT(pixelsOf(convertToIntImage(img)),
-              ElementsAre(1, -1, 2147483520, 2147483647, -2147483647 - 1, -2147483647 - 1,
-                          -2147483647 - 1, 0));
+  EXPECT_THAT(pixelsOf(image_io::convertToIntImage(img)),
+              testing::ElementsAre(1, -1, 2147483520, 2147483647, -2147483647 - 1, -2147483647 - 1,
+                                   -2147483647 - 1, 0));
 }
 
 TEST(ConvertToInt, GoesByWayOfFloatsAsIsIntended) {
   const image<int> img = imageOf<int>({3, 1}, {16777217, -16777217, 2147483647});
-  EXPECT_THAT(pixelsOf(convertToIntImage(img)), ElementsAre(16777216, -16777216, 2147483647));
-  EXPECT_THAT(pixelsOf(convertToFloatImage(img)),
-              ElementsAre(16777216.F, -16777216.F, 2147483648.F));
+  EXPECT_THAT(pixelsOf(image_io::convertToIntImage(img)),
+              testing::ElementsAre(16777216, -16777216, 2147483647));
+  EXPECT_THAT(pixelsOf(image_io::convertToFloatImage(img)),
+              testing::ElementsAre(16777216.F, -16777216.F, 2147483648.F));
 }
 
 TEST(ConvertToShort, KeepsTheLow16BitsAsIsIntended) {
   const image<float> img = imageOf<float>(
       {10, 1}, {1.9F, -1.9F, 32767.9F, 32768, -32769, 65535, 65536, 65537.9F, 1e30F, -1e30F});
-  EXPECT_THAT(pixelsOf(convertToShortImage(img)),
-              ElementsAre(1, -1, 32767, -32768, 32767, -1, 0, 1, -1, 0));
+  EXPECT_THAT(pixelsOf(image_io::convertToShortImage(img)),
+              testing::ElementsAre(1, -1, 32767, -32768, 32767, -1, 0, 1, -1, 0));
 }
 
 TEST(ConvertToFloat, KeepsValuesAsTheyAre) {
   const std::vector<float>& values = awkwardFloats();
-  EXPECT_EQ(pixelsOf(convertToFloatImage(imageOf<float>(rowOf(values.size()), values))), values);
-  const image<float> nan = convertToFloatImage(imageOf<float>({1, 1}, {kNaN}));
+  EXPECT_EQ(pixelsOf(image_io::convertToFloatImage(imageOf<float>(rowOf(values.size()), values))),
+            values);
+  const image<float> nan = image_io::convertToFloatImage(imageOf<float>({1, 1}, {kNaN}));
   EXPECT_TRUE(std::isnan(nan.pixels()[0]));
 }
 
 TEST(ConvertToFloat, ReadsColourAsLuminance) {
   const image<Rgb> img = imageOf<Rgb>({3, 1}, {{10, 10, 10}, {0, 0, 100}, {0, 200, 0}});
-  EXPECT_THAT(pixelsOf(convertToFloatImage(img)), ElementsAre(10.F, 21.2671F, 143.032F));
+  EXPECT_THAT(pixelsOf(image_io::convertToFloatImage(img)),
+              testing::ElementsAre(10.F, 21.2671F, 143.032F));
 }
 
 TEST(ConvertToByte, OfBytesWithoutRescalingShares) {
   image<unsigned char> img = imageOf<unsigned char>({2, 1, 1, 2, 1}, {5, 9, 20, 30});
-  const image<unsigned char> same = convertToByteImage(img, false);
+  const image<unsigned char> same = image_io::convertToByteImage(img, false);
   EXPECT_EQ(same.data(), img.data());
   EXPECT_TRUE(sameImage(same, img));
   img.setPixel(1, 77);
@@ -206,29 +189,30 @@ TEST(ConvertToByte, OfBytesWithoutRescalingShares) {
 }
 
 std::vector<unsigned char> bytesOf(const std::vector<float>& values, bool rescale) {
-  return pixelsOf(convertToByteImage(imageOf<float>(rowOf(values.size()), values), rescale));
+  return pixelsOf(
+      image_io::convertToByteImage(imageOf<float>(rowOf(values.size()), values), rescale));
 }
 
 TEST(ConvertToByte, OfAConstantImageIsBlackAsIsIntended) {
-  EXPECT_THAT(bytesOf({7.5F, 7.5F, 7.5F}, false), ElementsAre(0, 0, 0));
-  EXPECT_THAT(bytesOf({300, 300}, false), ElementsAre(0, 0));
-  EXPECT_THAT(bytesOf({200}, true), ElementsAre(0));
-  EXPECT_THAT(bytesOf({0, 0.00009F}, true), Each(0));
-  EXPECT_THAT(bytesOf({0, 0.0001F}, true), Each(0));  // this float lies below the limit
-  EXPECT_THAT(bytesOf({0, 0.00011F}, true), ElementsAre(0, 255));
+  EXPECT_THAT(bytesOf({7.5F, 7.5F, 7.5F}, false), testing::ElementsAre(0, 0, 0));
+  EXPECT_THAT(bytesOf({300, 300}, false), testing::ElementsAre(0, 0));
+  EXPECT_THAT(bytesOf({200}, true), testing::ElementsAre(0));
+  EXPECT_THAT(bytesOf({0, 0.00009F}, true), testing::Each(0));
+  EXPECT_THAT(bytesOf({0, 0.0001F}, true), testing::Each(0));  // this float lies below the limit
+  EXPECT_THAT(bytesOf({0, 0.00011F}, true), testing::ElementsAre(0, 255));
 }
 
 TEST(ConvertToByte, TruncatesWithinTheByteRangeUnlessAsked) {
-  EXPECT_THAT(bytesOf({0.9F, 10.9F, 255}, false), ElementsAre(0, 10, 255));
-  EXPECT_THAT(bytesOf({10.9F, 0.9F, 20}, false), ElementsAre(10, 0, 20));
-  EXPECT_THAT(bytesOf({10, 20, 15}, true), ElementsAre(0, 255, 127));
-  EXPECT_THAT(bytesOf({20, 10, 15}, true), ElementsAre(255, 0, 127));
+  EXPECT_THAT(bytesOf({0.9F, 10.9F, 255}, false), testing::ElementsAre(0, 10, 255));
+  EXPECT_THAT(bytesOf({10.9F, 0.9F, 20}, false), testing::ElementsAre(10, 0, 20));
+  EXPECT_THAT(bytesOf({10, 20, 15}, true), testing::ElementsAre(0, 255, 127));
+  EXPECT_THAT(bytesOf({20, 10, 15}, true), testing::ElementsAre(255, 0, 127));
 }
 
 TEST(ConvertToByte, StretchesOutsideTheByteRange) {
-  EXPECT_THAT(bytesOf({-1, 254, 100}, false), ElementsAre(0, 255, 101));
-  EXPECT_THAT(bytesOf({0, 255.5F}, false), ElementsAre(0, 255));
-  EXPECT_THAT(bytesOf({0, 510, 101}, false), ElementsAre(0, 255, 50));
+  EXPECT_THAT(bytesOf({-1, 254, 100}, false), testing::ElementsAre(0, 255, 101));
+  EXPECT_THAT(bytesOf({0, 255.5F}, false), testing::ElementsAre(0, 255));
+  EXPECT_THAT(bytesOf({0, 510, 101}, false), testing::ElementsAre(0, 255, 50));
 }
 
 TEST(ConvertToByte, GivesTheMaximumExactly255) {
@@ -237,7 +221,7 @@ TEST(ConvertToByte, GivesTheMaximumExactly255) {
   for (int round = 0; round < 2000; ++round) {
     const float low = value(random);
     const float high = low + 1 + std::fabs(value(random));
-    ASSERT_THAT(bytesOf({low, high}, true), ElementsAre(0, 255)) << low << " " << high;
+    ASSERT_THAT(bytesOf({low, high}, true), testing::ElementsAre(0, 255)) << low << " " << high;
   }
 }
 
@@ -258,8 +242,10 @@ TEST(ConvertToByte, AgreesWithItsDefinitionNextToEveryByteBoundary) {
 
 TEST(ConvertToAll, OfAnImageClassOfItsOwnWithoutPixelsIsNull) {
   const BareImage none(0, 3, 1, 1, 1);
-  EXPECT_THAT(sizesOf(convertToByteImage(none, false)), ElementsAre(0, 1, 1, 1, 1));
-  EXPECT_THAT(sizesOf(convertToShortImage(none)), ElementsAre(0, 1, 1, 1, 1));
+  EXPECT_THAT(sizesOf(image_io::convertToByteImage(none, false)),
+              testing::ElementsAre(0, 1, 1, 1, 1));
+  EXPECT_THAT(sizesOf(image_io::convertToShortImage(none)), testing::ElementsAre(0, 1, 1, 1, 1));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -11,54 +11,43 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::image_io::readImage;
-using orva::image_io::writeImage;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::readFile;
-using orva_test::sameImage;
-using orva_test::Shape;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 using Names = std::set<std::string>;
 
 class Dispatch : public testing::Test {
  protected:
-  const orva_test::TempDir& dir() const { return dir_; }
+  const TempDir& dir() const { return dir_; }
 
   // Reads without a message.
   std::unique_ptr<Image> read(const std::string& name) const {
-    CaptureStdout();
-    CaptureStderr();
-    std::unique_ptr<Image> img(readImage(dir_.file(name)));
-    EXPECT_EQ(GetCapturedStdout() + GetCapturedStderr(), "") << name;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    std::unique_ptr<Image> img(image_io::readImage(dir_.file(name)));
+    EXPECT_EQ(testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr(), "")
+        << name;
     return img;
   }
 
   // Writes without a message.
   void write(const std::string& name, const Image& img) const {
-    CaptureStdout();
-    CaptureStderr();
-    writeImage(dir_.file(name), img);
-    EXPECT_EQ(GetCapturedStdout() + GetCapturedStderr(), "") << name;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    image_io::writeImage(dir_.file(name), img);
+    EXPECT_EQ(testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr(), "")
+        << name;
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 const std::string kPgm = "P5\n2 1\n255\nab";
 
 TEST_F(Dispatch, ReadsPgmInAnyLetterCase) {
   for (const char* name : {"a.pgm", "a.PGM", "a.PgM", "a.b.pgm", ".pgm"}) {
-    orva_test::writeFile(dir().file(name), kPgm);
+    writeFile(dir().file(name), kPgm);
     const auto img = read(name);
     ASSERT_NE(img, nullptr) << name;
     EXPECT_EQ(reference::pixelBytes(*img), "ab");
@@ -69,7 +58,7 @@ TEST_F(Dispatch, ReadsIhtInAnyLetterCase) {
   Random random(341);
   const auto pixels = randomImage<short>(random, {3, 2, 2});
   for (const char* name : {"a.iht", "a.IHT", "a.iHt"}) {
-    orva_test::writeFile(dir().file(name), reference::fileIHT(pixels));
+    writeFile(dir().file(name), reference::fileIHT(pixels));
     const auto img = read(name);
     ASSERT_NE(img, nullptr) << name;
     EXPECT_TRUE(sameImage(*img, pixels));
@@ -77,9 +66,9 @@ TEST_F(Dispatch, ReadsIhtInAnyLetterCase) {
 }
 
 TEST_F(Dispatch, ReadsNoIcsAsIsIntended) {
-  orva::image_io::writeICS(dir().file("a"), image<unsigned char>(2, 1, 1, 1, 1));
+  image_io::writeICS(dir().file("a"), image<unsigned char>(2, 1, 1, 1, 1));
   EXPECT_EQ(read("a.ics"), nullptr);
-  orva_test::writeFile(dir().file("b.ICS"), kPgm);
+  writeFile(dir().file("b.ICS"), kPgm);
   EXPECT_EQ(read("b.ICS"), nullptr);
   EXPECT_EQ(read("missing.ics"), nullptr);
 }
@@ -87,37 +76,37 @@ TEST_F(Dispatch, ReadsNoIcsAsIsIntended) {
 TEST_F(Dispatch, ReadsNothingElseAsIsIntended) {
   const image<unsigned char> img(2, 1, 1, 1, 1);
   for (const char* name : {"a.uif", "a.ppm", "a.tif", "a.pg", "a.pgmx", "pgm", "iht", "a."}) {
-    orva_test::writeFile(dir().file(name), kPgm);
+    writeFile(dir().file(name), kPgm);
     EXPECT_EQ(read(name), nullptr) << name;
-    orva_test::writeFile(dir().file(name), reference::fileIHT(img));
+    writeFile(dir().file(name), reference::fileIHT(img));
     EXPECT_EQ(read(name), nullptr) << name;
   }
   EXPECT_EQ(read("missing.xyz"), nullptr);
-  EXPECT_EQ(readImage(""), nullptr);
+  EXPECT_EQ(image_io::readImage(""), nullptr);
 }
 
 TEST_F(Dispatch, TakesTheExtensionOfTheLastComponentWhenReading) {
-  orva_test::writeFile(dir().file("a.pgm"), kPgm);
+  writeFile(dir().file("a.pgm"), kPgm);
   // Unlike a name that is written, one that is read keeps its slash, and so has no extension.
   EXPECT_EQ(read("a.pgm/"), nullptr);
   EXPECT_EQ(read("a.pgm/b"), nullptr);
 }
 
 TEST_F(Dispatch, GivesTheMessagesOfTheFormatsForMissingFiles) {
-  EXPECT_EXIT(delete readImage("/missing/a.pgm"), testing::ExitedWithCode(1),
+  EXPECT_EXIT(delete image_io::readImage("/missing/a.pgm"), testing::ExitedWithCode(1),
               "^Can't input image /missing/a.pgm.\n$");
-  CaptureStdout();
-  EXPECT_EQ(readImage("/missing/a.iht"), nullptr);
-  EXPECT_EQ(GetCapturedStdout(), "Can not open the file /missing/a.iht\n");
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(image_io::readImage("/missing/a.iht"), nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Can not open the file /missing/a.iht\n");
 }
 
 template <class T>
 class DispatchOf : public Dispatch {};
-TYPED_TEST_SUITE(DispatchOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(DispatchOf, PixelTypes);
 
 TYPED_TEST(DispatchOf, WritesIhtInAnyLetterCase) {
   Random random(342);
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const auto img = randomImage<TypeParam>(random, s);
     for (const char* name : {"a.iht", "b.IHT", "c.Iht"}) {
       this->write(name, img);
@@ -141,7 +130,7 @@ TYPED_TEST(DispatchOf, WritesIcsInSmallLettersOnlyAsIsIntended) {
   const std::string header = readFile(this->dir().file("a.ics"));
   EXPECT_EQ(readFile(this->dir().file("a.ids")), reference::pixelBytes(img));
   // The plain form, not one with a record.
-  orva::image_io::writeICS(this->dir().file("a.ics"), img);
+  image_io::writeICS(this->dir().file("a.ics"), img);
   EXPECT_EQ(readFile(this->dir().file("a.ics")), header);
 }
 
@@ -152,7 +141,7 @@ TEST_F(Dispatch, WritesNothingElseAsIsIntended) {
     write(name, img);
     EXPECT_EQ(dir().names(), Names{}) << name;
   }
-  writeImage("", img);
+  image_io::writeImage("", img);
 }
 
 TEST_F(Dispatch, PassesOverATrailingSlashWhenWriting) {
@@ -165,17 +154,18 @@ TEST_F(Dispatch, PassesOverATrailingSlashWhenWriting) {
 
 TEST_F(Dispatch, HandsIhtTheNameUnchanged) {
   const image<unsigned char> img(3, 3, 1, 1, 1);
-  CaptureStdout();
-  CaptureStderr();
-  writeImage(dir().file("a.iht/"), img);
-  EXPECT_EQ(GetCapturedStdout(), "Can not open file" + dir().file("a.iht/") + "\n");
-  EXPECT_EQ(GetCapturedStderr(), "");
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  image_io::writeImage(dir().file("a.iht/"), img);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Can not open file" + dir().file("a.iht/") + "\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   EXPECT_EQ(dir().names(), Names{});
 }
 
 TEST_F(Dispatch, ReadsBackWhatItWrote) {
   Random random(344);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const auto img = randomImage<float>(random, {s.nx, s.ny, s.nz * s.nc * s.nt});
     write("a.iht", img);
     const auto same = read("a.iht");
@@ -185,3 +175,4 @@ TEST_F(Dispatch, ReadsBackWhatItWrote) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,19 +10,12 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/reference/statistics.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 template <class T>
 class EveryWidthOf : public ::testing::Test {};
-TYPED_TEST_SUITE(EveryWidthOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(EveryWidthOf, PixelTypes);
 
 // Rows of every width, and an image of several blocks.
 std::vector<Shape> shapes() {
@@ -32,15 +25,15 @@ std::vector<Shape> shapes() {
   return all;
 }
 
-void expectSameConversions(const orva::Image& img) {
+void expectSameConversions(const Image& img) {
   for (const bool scale : {true, false}) {
-    ASSERT_TRUE(sameImage(orva::toByteImage(img, scale), reference::toByteImage(img, scale)));
-    ASSERT_TRUE(sameImage(orva::image_io::convertToByteImage(img, scale),
+    ASSERT_TRUE(sameImage(toByteImage(img, scale), reference::toByteImage(img, scale)));
+    ASSERT_TRUE(sameImage(image_io::convertToByteImage(img, scale),
                           reference::convertToByteImage(img, scale)));
   }
-  ASSERT_TRUE(sameImage(orva::toRgbImage(img), reference::toRgbImage(img)));
-  ASSERT_TRUE(sameImage(orva::toFloatImage(img), reference::toFloatImage(img)));
-  namespace io = orva::image_io;
+  ASSERT_TRUE(sameImage(toRgbImage(img), reference::toRgbImage(img)));
+  ASSERT_TRUE(sameImage(toFloatImage(img), reference::toFloatImage(img)));
+  namespace io = image_io;
   ASSERT_TRUE(sameImage(io::convertToUIntImage(img), reference::converted<unsigned int>(img)));
   ASSERT_TRUE(sameImage(io::convertToIntImage(img), reference::converted<int>(img)));
   ASSERT_TRUE(sameImage(io::convertToShortImage(img), reference::converted<short>(img)));
@@ -54,7 +47,7 @@ TYPED_TEST(EveryWidthOf, Conversions) {
 
 template <class T>
 ::testing::AssertionResult samePixel(T a, T b) {
-  return sameImage(orva_test::imageOf<T>({1, 1}, {a}), orva_test::imageOf<T>({1, 1}, {b}));
+  return sameImage(imageOf<T>({1, 1}, {a}), imageOf<T>({1, 1}, {b}));
 }
 
 TYPED_TEST(EveryWidthOf, ExtremesAreTheFirstOfEquals) {
@@ -62,7 +55,7 @@ TYPED_TEST(EveryWidthOf, ExtremesAreTheFirstOfEquals) {
   using Typed = reference::Typed<TypeParam>;
   for (const Shape& shape : shapes()) {
     image<TypeParam> img = randomImage<TypeParam>(random, shape);
-    if constexpr (std::is_same_v<TypeParam, orva_test::Rgb>) {
+    if constexpr (std::is_same_v<TypeParam, Rgb>) {
       // Different colours of nearly the same luminance, and equal ones.
       for (int i = 0; i < img.npix(); ++i) img.pixels()[i].c1 = 7;
     }
@@ -139,23 +132,23 @@ TEST(EveryWidth, Statistics) {
     const image<float> a = randomImage<float>(random, shape);
     const image<short> b = randomImage<short>(random, shape);
     for (const float p : {0.0F, 0.1F, 0.5F, 0.9F}) {
-      ASSERT_EQ(orva::image_math::topByPercentage(a, p), reference::topByPercentage(a, p));
-      ASSERT_EQ(orva::image_math::topByPercentage(b, p), reference::topByPercentage(b, p));
-      ASSERT_EQ(orva::image_math::meanOfTopByPercentage(a, p),
-                reference::meanOfTopByPercentage(a, p));
-      ASSERT_EQ(orva::image_math::meanOfTopByPercentage(orva_test::pixelsOf(a), p),
-                reference::meanOfTopByPercentage(orva_test::pixelsOf(a), p));
+      ASSERT_EQ(image_math::topByPercentage(a, p), reference::topByPercentage(a, p));
+      ASSERT_EQ(image_math::topByPercentage(b, p), reference::topByPercentage(b, p));
+      ASSERT_EQ(image_math::meanOfTopByPercentage(a, p), reference::meanOfTopByPercentage(a, p));
+      ASSERT_EQ(image_math::meanOfTopByPercentage(pixelsOf(a), p),
+                reference::meanOfTopByPercentage(pixelsOf(a), p));
     }
-    ASSERT_TRUE(orva::image_math::findZeros(a) == reference::findZeros(a));
-    ASSERT_TRUE(orva::image_math::findZeros(a, b) == reference::findZeros(a, b));
+    ASSERT_TRUE(image_math::findZeros(a) == reference::findZeros(a));
+    ASSERT_TRUE(image_math::findZeros(a, b) == reference::findZeros(a, b));
   }
 }
 
 TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
   Random random(37);
-  const orva_test::NegativeImage img(randomImage<short>(random, {70, 40}));
-  EXPECT_TRUE(sameImage(orva::toByteImage(img, true), reference::toByteImage(img, true)));
-  EXPECT_TRUE(sameImage(orva::image_io::convertToIntImage(img), reference::converted<int>(img)));
+  const NegativeImage img(randomImage<short>(random, {70, 40}));
+  EXPECT_TRUE(sameImage(toByteImage(img, true), reference::toByteImage(img, true)));
+  EXPECT_TRUE(sameImage(image_io::convertToIntImage(img), reference::converted<int>(img)));
 }
 
 }  // namespace
+}  // namespace orva::test

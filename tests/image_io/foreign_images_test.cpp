@@ -12,8 +12,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 RawImage foreign() {
   return {Shape{3, 1}, SHORT, std::vector<short>{258, 2, 3}, {10.5F, 20.0F, 300.0F}};
 }

@@ -11,17 +11,8 @@
 #include "tests/support/images.h"
 #include "tests/support/resource_limit.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::image_io::IcsInfo;
-using orva::image_io::MultiChannelIcsInfo;
-using orva_test::heardFrom;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::readFile;
-using orva_test::ResourceLimit;
-using orva_test::TempDir;
 
 // What write() says while no file grows past `most` bytes.
 std::string heardWithin(long most, const std::function<void()>& write) {
@@ -72,21 +63,21 @@ image<float> largePicture() {
 TEST(AHalfWrittenFile, IsReportedByWritePpm) {
   for (const int planes : {1, 3}) {
     const image<unsigned char> img = picture(planes);
-    expectEachCutIsReported([&](const std::string& name) { orva::image_io::writePPM(name, img); },
-                            {""}, "Can not write file: ");
+    expectEachCutIsReported([&](const std::string& name) { image_io::writePPM(name, img); }, {""},
+                            "Can not write file: ");
   }
 }
 
 TEST(AHalfWrittenFile, IsReportedByWriteUif) {
   const image<unsigned char> img = picture(2);
-  expectEachCutIsReported([&](const std::string& name) { orva::image_io::writeUIF(name, img); },
-                          {""}, "In image_io::writeUIF\nError in writing ");
+  expectEachCutIsReported([&](const std::string& name) { image_io::writeUIF(name, img); }, {""},
+                          "In image_io::writeUIF\nError in writing ");
 }
 
 TEST(AHalfWrittenFile, IsReportedByWriteIht) {
   const image<unsigned char> img = picture(2);
-  expectEachCutIsReported([&](const std::string& name) { orva::image_io::writeIHT(name, img); },
-                          {""}, "In image_io::writeIHT\nError in writing ");
+  expectEachCutIsReported([&](const std::string& name) { image_io::writeIHT(name, img); }, {""},
+                          "In image_io::writeIHT\nError in writing ");
 }
 
 const std::string kIcsMessage = "In image_io::writeICS\n   Error in writing ";
@@ -102,17 +93,19 @@ Info recordOf(const std::string& name) {
 // Once with pixels that end before the header does, and once with the other way round.
 TEST(AHalfWrittenFile, IsReportedByAllFormsOfWriteIcs) {
   Random random(9);
-  for (const orva_test::Shape& shape : {orva_test::Shape{5, 4}, orva_test::Shape{40, 20}}) {
+  for (const Shape& shape : {Shape{5, 4}, Shape{40, 20}}) {
     const auto img = randomImage<unsigned char>(random, shape);
     const std::vector<std::string> pair{".ics", ".ids"};
-    expectEachCutIsReported([&](const std::string& name) { orva::image_io::writeICS(name, img); },
-                            pair, kIcsMessage);
+    expectEachCutIsReported([&](const std::string& name) { image_io::writeICS(name, img); }, pair,
+                            kIcsMessage);
     expectEachCutIsReported(
-        [&](const std::string& name) { orva::image_io::writeICS(recordOf<IcsInfo>(name), img); },
+        [&](const std::string& name) {
+          image_io::writeICS(recordOf<image_io::IcsInfo>(name), img);
+        },
         pair, kIcsMessage);
     expectEachCutIsReported(
         [&](const std::string& name) {
-          orva::image_io::writeICS(recordOf<MultiChannelIcsInfo>(name), img);
+          image_io::writeICS(recordOf<image_io::MultiChannelIcsInfo>(name), img);
         },
         pair, kIcsMessage);
   }
@@ -125,15 +118,16 @@ TEST(AHalfWrittenFile, IsReportedWhenItIsLarge) {
   for (const long room : {4095L, 4096L, 8192L, 19999L}) {
     SCOPED_TRACE(room);
     const std::string name = dir.file("b");
-    EXPECT_EQ(heardWithin(room, [&] { orva::image_io::writeIHT(name, img); }),
+    EXPECT_EQ(heardWithin(room, [&] { image_io::writeIHT(name, img); }),
               "In image_io::writeIHT\nError in writing " + name + "\n");
-    EXPECT_EQ(heardWithin(room, [&] { orva::image_io::writeUIF(name, img); }),
+    EXPECT_EQ(heardWithin(room, [&] { image_io::writeUIF(name, img); }),
               "In image_io::writeUIF\nError in writing " + name + "\n");
-    EXPECT_EQ(heardWithin(room, [&] { orva::image_io::writePPM(name, bytes); }),
+    EXPECT_EQ(heardWithin(room, [&] { image_io::writePPM(name, bytes); }),
               "Can not write file: " + name + "\n");
-    EXPECT_EQ(heardWithin(room, [&] { orva::image_io::writeICS(name, img); }),
+    EXPECT_EQ(heardWithin(room, [&] { image_io::writeICS(name, img); }),
               kIcsMessage + name + ".ids\n");
   }
 }
 
 }  // namespace
+}  // namespace orva::test

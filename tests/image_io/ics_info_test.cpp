@@ -11,16 +11,13 @@
 
 #include "orva/image_io/image_io.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image_io::IcsInfo;
-using orva::image_io::MultiChannelIcsInfo;
-using testing::ElementsAre;
-using testing::HasSubstr;
-
-static_assert(std::has_virtual_destructor_v<IcsInfo> &&
-              std::has_virtual_destructor_v<MultiChannelIcsInfo>);
-static_assert(std::is_copy_assignable_v<IcsInfo> && std::is_copy_assignable_v<MultiChannelIcsInfo>);
+static_assert(std::has_virtual_destructor_v<image_io::IcsInfo> &&
+              std::has_virtual_destructor_v<image_io::MultiChannelIcsInfo>);
+static_assert(std::is_copy_assignable_v<image_io::IcsInfo> &&
+              std::is_copy_assignable_v<image_io::MultiChannelIcsInfo>);
 
 constexpr const char* kNoHistory =
     "history\tdate\tUNDEFINED\n"
@@ -46,18 +43,18 @@ class Records : public testing::Test {
  protected:
   // What every record of the class writes before its history when it has no channel.
   static std::string defaults() {
-    return std::is_same_v<Info, IcsInfo> ? std::string() : std::string(kNoFilters);
+    return std::is_same_v<Info, image_io::IcsInfo> ? std::string() : std::string(kNoFilters);
   }
 };
-using RecordTypes = testing::Types<IcsInfo, MultiChannelIcsInfo>;
+using RecordTypes = testing::Types<image_io::IcsInfo, image_io::MultiChannelIcsInfo>;
 TYPED_TEST_SUITE(Records, RecordTypes);
 
 TEST(IcsInfo, FreshWritesThreeUndefinedLinesAndNoAnnotation) {
-  EXPECT_EQ(written(IcsInfo("d")), std::string(kNoHistory) + kNoAnnotation);
+  EXPECT_EQ(written(image_io::IcsInfo("d")), std::string(kNoHistory) + kNoAnnotation);
 }
 
 TEST(MultiChannelIcsInfo, FreshWritesFilterDefaultsUnlikeIcsInfoAsIsIntended) {
-  EXPECT_EQ(written(MultiChannelIcsInfo("d")),
+  EXPECT_EQ(written(image_io::MultiChannelIcsInfo("d")),
             std::string(kNoFilters) + kNoHistory + kNoAnnotation);
 }
 
@@ -68,7 +65,7 @@ TYPED_TEST(Records, StartEmpty) {
 }
 
 TEST(IcsInfo, NamesTheDataSetWithItsChannel) {
-  IcsInfo info("d");
+  image_io::IcsInfo info("d");
   EXPECT_EQ(info.channelName(), "");
   info.setWithChannelInfo("488", "20 ms", 'c');
   EXPECT_EQ(info.channelName(), "c");
@@ -82,11 +79,11 @@ TEST(IcsInfo, NamesTheDataSetWithItsChannel) {
 }
 
 TEST(MultiChannelIcsInfo, CollectsItsChannels) {
-  MultiChannelIcsInfo info("d");
+  image_io::MultiChannelIcsInfo info("d");
   EXPECT_TRUE(info.channelNames().empty());
   info.setWithChannelInfo("488", "20 ms", 'g');
   info.setWithChannelInfo("561", "5 ms", 'r');
-  EXPECT_THAT(info.channelNames(), ElementsAre("g", "r"));
+  EXPECT_THAT(info.channelNames(), testing::ElementsAre("g", "r"));
   EXPECT_EQ(info.datasetName(), "d");
   EXPECT_EQ(written(info), std::string("parameter\tex_filter\t488\nparameter\texp_time\t20 ms\n"
                                        "parameter\tex_filter\t561\nparameter\texp_time\t5 ms\n") +
@@ -100,7 +97,7 @@ TYPED_TEST(Records, ConvertsFromADataSetName) {
 }
 
 TEST(IcsInfo, LeavesOutEmptyItems) {
-  IcsInfo info("d");
+  image_io::IcsInfo info("d");
   info.setWithChannelInfo("", "", 'c');
   info.setScope("");
   info.setSample("", "cells", "", 0.5F, -2, "");
@@ -113,7 +110,7 @@ TEST(IcsInfo, LeavesOutEmptyItems) {
 }
 
 TEST(MultiChannelIcsInfo, WritesEmptyItemsUnlikeIcsInfoAsIsIntended) {
-  MultiChannelIcsInfo info("d");
+  image_io::MultiChannelIcsInfo info("d");
   info.setWithChannelInfo("", "", 'c');
   info.setScope("");
   info.setSample("", "cells", "", 0.5F, -2, "");
@@ -175,7 +172,7 @@ TEST(IcsInfo, AnnotatesEveryLine) {
       {"\n", prefix + "\n"},
       {"", kNoAnnotation}};
   for (const auto& [text, lines] : rows) {
-    IcsInfo info("d");
+    image_io::IcsInfo info("d");
     info.annotate("an earlier text");
     info.annotate(text);
     EXPECT_EQ(written(info), kNoHistory + lines) << text;
@@ -184,14 +181,14 @@ TEST(IcsInfo, AnnotatesEveryLine) {
 
 TEST(MultiChannelIcsInfo, AnnotatesTheWholeTextOnceAsIsIntended) {
   for (const std::string text : {"one", "one\ntwo\n", ""}) {
-    MultiChannelIcsInfo info("d");
+    image_io::MultiChannelIcsInfo info("d");
     info.annotate(text);
     EXPECT_EQ(written(info), std::string(kNoFilters) + kNoHistory + "history\tAnnotation\t" + text);
   }
 }
 
 TEST(IcsInfo, WritesTheParagraphAsItIsBeforeTheAnnotation) {
-  IcsInfo info("d");
+  image_io::IcsInfo info("d");
   info.addParagraph("free ");
   info.addParagraph("text");
   info.addProperty({"p"});
@@ -209,7 +206,7 @@ TYPED_TEST(Records, CopyEveryField) {
   info.setSample("a", "b", "c", 1, 2, "d");
   info.addProperty({"p"});
   info.annotate("text");
-  if constexpr (std::is_same_v<TypeParam, IcsInfo>) info.addParagraph("free");
+  if constexpr (std::is_same_v<TypeParam, image_io::IcsInfo>) info.addParagraph("free");
   const TypeParam copy(info);
   TypeParam assigned("other");
   assigned = info;
@@ -272,10 +269,11 @@ TYPED_TEST(Records, KeepTheDateWithin30Characters) {
   info.setWithCurrentTime();
   const std::string text = written(info);
   const std::string label = "history\tdate\t";
-  ASSERT_THAT(text, HasSubstr(label));
+  ASSERT_THAT(text, testing::HasSubstr(label));
   const std::size_t start = text.find(label) + label.size();
   EXPECT_LE(text.find('\n', start) - start, 30U);
-  EXPECT_THAT(text, HasSubstr("\nhistory\tUTC_seconds\t" + std::to_string(info.getUTCseconds())));
+  EXPECT_THAT(
+      text, testing::HasSubstr("\nhistory\tUTC_seconds\t" + std::to_string(info.getUTCseconds())));
 }
 
 TYPED_TEST(Records, WriteAllLinesInTheirOrder) {
@@ -296,3 +294,4 @@ TYPED_TEST(Records, WriteAllLinesInTheirOrder) {
 }
 
 }  // namespace
+}  // namespace orva::test

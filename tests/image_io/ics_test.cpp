@@ -14,23 +14,8 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::image_io::IcsInfo;
-using orva::image_io::MultiChannelIcsInfo;
-using orva::image_io::writeICS;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::RawImage;
-using orva_test::readFile;
-using orva_test::Rgb;
-using orva_test::Shape;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 std::string n(int v) { return std::to_string(v); }
 
@@ -89,7 +74,7 @@ std::string recordHeader(const std::string& baseName, const Image& img, const st
          bits +
          "\n"
          "representation\tformat\t" +
-         (img.format() == orva::FLOAT ? "float" : "integer") +
+         (img.format() == FLOAT ? "float" : "integer") +
          "\n"
          "representation\tsign\tsigned\n"
          "representation\tcompression\tuncompressed\n"
@@ -119,15 +104,15 @@ const std::vector<FormatRow> kFormats = {
 template <class T>
 class WriteIcs : public testing::Test {
  protected:
-  orva_test::TempDir dir_;
+  TempDir dir_;
   Random random_{101};
 };
-TYPED_TEST_SUITE(WriteIcs, orva_test::PixelTypes);
+TYPED_TEST_SUITE(WriteIcs, PixelTypes);
 
 TYPED_TEST(WriteIcs, WritesHeaderAndPixels) {
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(this->random_, s);
-    writeICS(this->dir_.file("b"), img);
+    image_io::writeICS(this->dir_.file("b"), img);
     const FormatRow& row = kFormats[static_cast<std::size_t>(img.format())];
     EXPECT_EQ(readFile(this->dir_.file("b.ics")), plainHeader("b", img, row.word, row.sign));
     EXPECT_EQ(readFile(this->dir_.file("b.ids")), rawBytes(img));
@@ -135,20 +120,20 @@ TYPED_TEST(WriteIcs, WritesHeaderAndPixels) {
 }
 
 TYPED_TEST(WriteIcs, HeightBeforeWidthAndOneStackWithARecordAreIntended) {
-  for (const Shape& s : orva_test::oddShapes()) {
+  for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(this->random_, s);
     const auto check = [&](auto info) {
       info.setScope("scope");
       info.addProperty({"a", "b"});
       info.annotate("note");
-      writeICS(info, img);
+      image_io::writeICS(info, img);
       std::ostringstream text;
       text << info;
       EXPECT_EQ(readFile(this->dir_.file("r.ics")), recordHeader("r", img, text.str()));
       EXPECT_EQ(readFile(this->dir_.file("r.ids")), rawBytes(img));
     };
-    check(IcsInfo(this->dir_.file("r")));
-    check(MultiChannelIcsInfo(this->dir_.file("r")));
+    check(image_io::IcsInfo(this->dir_.file("r")));
+    check(image_io::MultiChannelIcsInfo(this->dir_.file("r")));
   }
 }
 
@@ -158,26 +143,26 @@ class IcsFiles : public testing::Test {
   std::set<std::string> files() const { return dir_.names(); }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 TEST_F(IcsFiles, NameTheFormatOfEveryCode) {
   for (const FormatRow& row : kFormats) {
     const RawImage img({2, 1}, row.code, std::vector<unsigned char>{1, 2, 3, 4, 5, 6, 7, 8},
                        {0, 0});
-    writeICS(file("b"), img);
+    image_io::writeICS(file("b"), img);
     EXPECT_EQ(readFile(file("b.ics")), plainHeader("b", img, row.word, row.sign));
     EXPECT_EQ(readFile(file("b.ids")), "\1\2\3\4\5\6\7\10");
-    writeICS(IcsInfo(file("r")), img);
+    image_io::writeICS(image_io::IcsInfo(file("r")), img);
     std::ostringstream text;
-    text << IcsInfo("");
+    text << image_io::IcsInfo("");
     EXPECT_EQ(readFile(file("r.ics")), recordHeader("r", img, text.str())) << row.code;
   }
 }
 
 TEST_F(IcsFiles, HoldTheLinesOfAByteImage) {
-  const image<unsigned char> img = orva_test::imageOf<unsigned char>({3, 2}, {1, 2, 3, 4, 5, 255});
-  writeICS(file("b"), img);
+  const image<unsigned char> img = imageOf<unsigned char>({3, 2}, {1, 2, 3, 4, 5, 255});
+  image_io::writeICS(file("b"), img);
   EXPECT_EQ(readFile(file("b.ics")),
             "\t\n"
             "ics_version\t1.0\n"
@@ -201,9 +186,9 @@ TEST_F(IcsFiles, HoldTheLinesOfAByteImage) {
 
 TEST_F(IcsFiles, HoldTheLinesOfARecord) {
   const image<float> img(5, 4, 2, 3, 1);
-  MultiChannelIcsInfo info(file("b.ics"));
+  image_io::MultiChannelIcsInfo info(file("b.ics"));
   info.setWithChannelInfo("488", "20", 'g');
-  writeICS(info, img);
+  image_io::writeICS(info, img);
   EXPECT_EQ(readFile(file("b.ics")),
             "\t\n"
             "ics_version\t1.0\n"
@@ -243,12 +228,12 @@ TEST_F(IcsFiles, AreNamedFromTheNameWithOrWithoutExtension) {
                                                  {"f.tif", "f.tif.ics", "f.tif.ids", "f.tif"},
                                                  {"g.ICS", "g.ICS.ics", "g.ICS.ids", "g.ICS"},
                                                  {"dir.d/b", "dir.d/b.ics", "dir.d/b.ids", "b"}}) {
-    writeICS(file(name), img);
+    image_io::writeICS(file(name), img);
     EXPECT_EQ(readFile(file(header)), plainHeader(base, img, "integer", "signed")) << name;
     EXPECT_EQ(readFile(file(data)), std::string(8, '\0')) << name;
     for (const char* made : {header, data}) std::filesystem::remove(file(made));
-    writeICS(IcsInfo(file(name)), img);
-    writeICS(MultiChannelIcsInfo(file(name)), img);
+    image_io::writeICS(image_io::IcsInfo(file(name)), img);
+    image_io::writeICS(image_io::MultiChannelIcsInfo(file(name)), img);
     EXPECT_TRUE(std::filesystem::remove(file(header))) << name;
     EXPECT_TRUE(std::filesystem::remove(file(data))) << name;
   }
@@ -256,16 +241,16 @@ TEST_F(IcsFiles, AreNamedFromTheNameWithOrWithoutExtension) {
 }
 
 TEST_F(IcsFiles, OfARecordWithAChannelCarryItsName) {
-  IcsInfo info(file("plate"));
+  image_io::IcsInfo info(file("plate"));
   info.setWithChannelInfo("488", "20", 'g');
-  writeICS(info, image<short>(2, 2, 1, 1, 1));
+  image_io::writeICS(info, image<short>(2, 2, 1, 1, 1));
   EXPECT_THAT(files(), testing::ElementsAre("plate_g.ics", "plate_g.ids"));
   EXPECT_THAT(readFile(file("plate_g.ics")), testing::HasSubstr("\nfilename\tplate_g\n"));
 }
 
 TEST_F(IcsFiles, OfStacksAreG3d) {
   const auto dimension = [this](const Image& img) {
-    writeICS(file("b"), img);
+    image_io::writeICS(file("b"), img);
     const std::string text = readFile(file("b.ics"));
     const std::string label = "SCIL_TYPE\t";
     return text.substr(text.find(label) + label.size(), 3);
@@ -278,15 +263,15 @@ TEST_F(IcsFiles, OfStacksAreG3d) {
 
 TEST_F(IcsFiles, OfANullImageHoldNoPixels) {
   const image<float> none(0, 1, 1, 1, 1);
-  writeICS(file("b"), none);
+  image_io::writeICS(file("b"), none);
   EXPECT_EQ(readFile(file("b.ics")), plainHeader("b", none, "float", "signed"));
   EXPECT_EQ(readFile(file("b.ids")), "");
 }
 
 TEST_F(IcsFiles, OfSmallSizesHoldTheSizesShownAndAllPixels) {
-  for (const Shape& s : orva_test::smallShapes()) {
-    const image<short> img = orva_test::blank<short>(s);
-    writeICS(file("b"), img);
+  for (const Shape& s : smallShapes()) {
+    const image<short> img = blank<short>(s);
+    image_io::writeICS(file("b"), img);
     EXPECT_EQ(readFile(file("b.ics")), plainHeader("b", img, "integer", "signed"));
     EXPECT_EQ(readFile(file("b.ids")), rawBytes(img));
     // New files are written much faster than old ones are replaced.
@@ -295,10 +280,10 @@ TEST_F(IcsFiles, OfSmallSizesHoldTheSizesShownAndAllPixels) {
 }
 
 TEST_F(IcsFiles, ReplaceLongerOnes) {
-  orva_test::writeFile(file("b.ics"), std::string(5000, 'x'));
-  orva_test::writeFile(file("b.ids"), std::string(5000, 'x'));
+  writeFile(file("b.ics"), std::string(5000, 'x'));
+  writeFile(file("b.ids"), std::string(5000, 'x'));
   const image<unsigned char> img(2, 2, 1, 1, 1);
-  writeICS(file("b"), img);
+  image_io::writeICS(file("b"), img);
   EXPECT_EQ(readFile(file("b.ics")), plainHeader("b", img, "integer", "unsigned"));
   EXPECT_EQ(readFile(file("b.ids")), std::string(4, '\0'));
 }
@@ -307,15 +292,15 @@ TEST_F(IcsFiles, ReplaceLongerOnes) {
 template <class Check>
 void forAllForms(const std::string& name, const Image& img, Check check) {
   const auto run = [&](const auto& write) {
-    CaptureStderr();
-    CaptureStdout();
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
     write();
-    const std::string out = GetCapturedStdout();
-    check(GetCapturedStderr(), out);
+    const std::string out = testing::internal::GetCapturedStdout();
+    check(testing::internal::GetCapturedStderr(), out);
   };
-  run([&] { writeICS(name, img); });
-  run([&] { writeICS(IcsInfo(name), img); });
-  run([&] { writeICS(MultiChannelIcsInfo(name), img); });
+  run([&] { image_io::writeICS(name, img); });
+  run([&] { image_io::writeICS(image_io::IcsInfo(name), img); });
+  run([&] { image_io::writeICS(image_io::MultiChannelIcsInfo(name), img); });
 }
 
 TEST_F(IcsFiles, ThatCanNotBeOpenedAreReported) {
@@ -357,7 +342,7 @@ TEST_F(IcsFiles, WhosePixelsCanNotBeWrittenAreReported) {
 TEST_F(IcsFiles, WhoseHeaderCanNotBeWrittenAreReportedAndHoldThePixels) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
   std::filesystem::create_symlink("/dev/full", file("b.ics"));
-  const auto img = orva_test::imageOf<unsigned char>({2, 2}, {'a', 'b', 'c', 'd'});
+  const auto img = imageOf<unsigned char>({2, 2}, {'a', 'b', 'c', 'd'});
   forAllForms(file("b"), img, [&](const std::string& err, const std::string& out) {
     EXPECT_EQ(err, "In image_io::writeICS\n   Error in writing " + file("b.ics") + "\n");
     EXPECT_EQ(out, "");
@@ -375,9 +360,10 @@ TEST_F(IcsFiles, WrittenWellAreNotReported) {
 }
 
 TEST_F(IcsFiles, AreNotReadAsIsIntended) {
-  EXPECT_EQ(orva::image_io::readICS(file("none.ics")), nullptr);
-  writeICS(file("b"), image<short>(2, 2, 1, 1, 1));
-  EXPECT_EQ(orva::image_io::readICS(file("b.ics")), nullptr);
+  EXPECT_EQ(image_io::readICS(file("none.ics")), nullptr);
+  image_io::writeICS(file("b"), image<short>(2, 2, 1, 1, 1));
+  EXPECT_EQ(image_io::readICS(file("b.ics")), nullptr);
 }
 
 }  // namespace
+}  // namespace orva::test

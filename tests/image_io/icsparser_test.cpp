@@ -20,17 +20,8 @@
 extern "C" int product_of_sizes_from_c(const char* filename, const char* dataset_wanted,
                                        const char* type_wanted);
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::Shape;
-using reference::IcsHeader;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 std::optional<std::string> taken(char* text) {
   if (text == nullptr) return std::nullopt;
@@ -42,9 +33,9 @@ std::optional<std::string> taken(char* text) {
 constexpr int kUnset = -99;
 
 // Every field starts with a value that the parser does not give.
-IcsHeader parseFile(const std::string& file) {
+reference::IcsHeader parseFile(const std::string& file) {
   static char used[] = "used";
-  IcsHeader h;
+  reference::IcsHeader h;
   char* dataset = used;
   char* type = used;
   h.x = h.y = h.z = h.c = h.t = h.bigEndian = kUnset;
@@ -55,7 +46,7 @@ IcsHeader parseFile(const std::string& file) {
   return h;
 }
 
-std::string textOf(const IcsHeader& h) {
+std::string textOf(const reference::IcsHeader& h) {
   std::ostringstream text;
   text << h.result << ' ' << h.dataset.value_or("(null)") << ' ' << h.type.value_or("(null)");
   for (const int v : {h.x, h.y, h.z, h.c, h.t, h.bigEndian}) text << ' ' << v;
@@ -67,12 +58,12 @@ class IcsParser : public testing::Test {
   std::string file() const { return dir_.file("some.ics"); }
 
   // Parses without a message, and compares with the definition.
-  IcsHeader parse(const std::string& content) const {
-    orva_test::writeFile(file(), content);
-    CaptureStdout();
-    CaptureStderr();
-    const IcsHeader h = parseFile(file());
-    EXPECT_EQ(GetCapturedStdout() + GetCapturedStderr(), "");
+  reference::IcsHeader parse(const std::string& content) const {
+    writeFile(file(), content);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const reference::IcsHeader h = parseFile(file());
+    EXPECT_EQ(testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(textOf(h), textOf(reference::icsHeader(content))) << content;
     return h;
   }
@@ -87,10 +78,10 @@ class IcsParser : public testing::Test {
 
   std::string fieldsOf(const std::string& content) const { return textOf(parse(content)); }
 
-  const orva_test::TempDir& dir() const { return dir_; }
+  const TempDir& dir() const { return dir_; }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 TEST_F(IcsParser, ReadsAPlainHeader) {
@@ -261,11 +252,10 @@ TEST_F(IcsParser, ReadsWhatTheLibraryWrites) {
   for (std::size_t code = 0; code < types.size(); ++code) {
     for (const Shape& s : {Shape{3, 2}, Shape{1, 5, 2, 3, 4}}) {
       const int npix = s.nx * s.ny * s.nz * s.nc * s.nt;
-      const orva_test::RawImage img(
-          s, static_cast<int>(code),
-          std::vector<unsigned char>(static_cast<std::size_t>(npix * sizes[code])),
-          std::vector<float>(static_cast<std::size_t>(npix)));
-      orva::image_io::writeICS(dir().file("a"), img);
+      const RawImage img(s, static_cast<int>(code),
+                         std::vector<unsigned char>(static_cast<std::size_t>(npix * sizes[code])),
+                         std::vector<float>(static_cast<std::size_t>(npix)));
+      image_io::writeICS(dir().file("a"), img);
       std::ostringstream expected;
       expected << "1 a " << types[code];
       for (const int size : {s.nx, s.ny, s.nz, s.nc, s.nt}) expected << ' ' << size;
@@ -276,9 +266,9 @@ TEST_F(IcsParser, ReadsWhatTheLibraryWrites) {
 }
 
 TEST_F(IcsParser, IsCalledFromC) {
-  orva_test::writeFile(file(),
-                       "filename fromC\nlayout order bytes x y z c t\n"
-                       "layout sizes 2 3 5 7 11 13\n");
+  writeFile(file(),
+            "filename fromC\nlayout order bytes x y z c t\n"
+            "layout sizes 2 3 5 7 11 13\n");
   EXPECT_EQ(product_of_sizes_from_c(file().c_str(), "fromC", "SHORT"), 3 * 5 * 7 * 11 * 13);
   EXPECT_EQ(product_of_sizes_from_c(file().c_str(), "fromC", "BYTE"), -1);
 }
@@ -287,11 +277,12 @@ TEST_F(IcsParser, ReportsAFileThatItCanNotRead) {
   // Nor a directory, which opens.
   for (const std::string& name :
        {dir().file("missing.ics"), dir().file("no/some.ics"), dir().file("")}) {
-    CaptureStderr();
-    CaptureStdout();
-    const IcsHeader h = parseFile(name);
-    EXPECT_EQ(GetCapturedStdout(), "");
-    EXPECT_EQ(GetCapturedStderr(), "In parse_ics_header_file: \ncould not open " + name + "\n");
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    const reference::IcsHeader h = parseFile(name);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "In parse_ics_header_file: \ncould not open " + name + "\n");
     // The byte order is not written.
     EXPECT_EQ(textOf(h), "0 (null) (null) 0 0 1 0 0 " + std::to_string(kUnset));
   }
@@ -303,7 +294,7 @@ TEST_F(IcsParser, ParsesAtTheSameTime) {
     const std::string name = dir().file("thread" + std::to_string(k));
     std::string content = "filename d" + std::to_string(k) + "\nlayout order bytes x y\n";
     content.append("layout sizes 1 ").append(std::to_string(k)).append(" 5\n");
-    orva_test::writeFile(name, content);
+    writeFile(name, content);
     threads.emplace_back([name, expected = textOf(reference::icsHeader(content))] {
       for (int round = 0; round < 200; ++round) EXPECT_EQ(textOf(parseFile(name)), expected);
     });
@@ -312,14 +303,15 @@ TEST_F(IcsParser, ParsesAtTheSameTime) {
 }
 
 TEST_F(IcsParser, PassesOverNullPointers) {
-  CaptureStderr();
+  testing::internal::CaptureStderr();
   int x = kUnset;
   EXPECT_EQ(parse_ics_header_file(nullptr, nullptr, nullptr, &x, nullptr, nullptr, nullptr, nullptr,
                                   nullptr),
             0);
   EXPECT_EQ(x, 0);
-  EXPECT_EQ(GetCapturedStderr(), "In parse_ics_header_file: \ncould not open \n");
-  orva_test::writeFile(file(), "filename a\nlayout order bits x\nlayout sizes 8 5\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "In parse_ics_header_file: \ncould not open \n");
+  writeFile(file(), "filename a\nlayout order bits x\nlayout sizes 8 5\n");
   EXPECT_EQ(parse_ics_header_file(file().c_str(), nullptr, nullptr, nullptr, nullptr, nullptr,
                                   nullptr, nullptr, nullptr),
             1);
@@ -380,3 +372,4 @@ TEST_F(IcsParser, AgreesWithItsDefinitionForRandomBytes) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -31,19 +31,8 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::image_io::IcsInfo;
-using orva::image_io::MultiChannelIcsInfo;
-using orva::image_io::writeICS;
-using orva_test::Random;
-using orva_test::RawImage;
-using orva_test::readFile;
-using orva_test::Shape;
-using orva_test::writeFile;
-using reference::pixelBytes;
 
 constexpr bool kLittleEndian = std::endian::native == std::endian::little;
 
@@ -124,7 +113,7 @@ const std::vector<FormatRow> kFormats = {
 RawImage randomRaw(Random& random, const Shape& s, const FormatRow& row) {
   const auto npix = static_cast<std::size_t>(s.nx * s.ny * s.nz * s.nc * s.nt);
   std::vector<unsigned char> bytes(npix * static_cast<std::size_t>(row.pixelSize));
-  for (auto& byte : bytes) byte = orva_test::randomPixel<unsigned char>(random);
+  for (auto& byte : bytes) byte = randomPixel<unsigned char>(random);
   return {s, row.code, bytes, std::vector<float>(npix)};
 }
 
@@ -141,9 +130,9 @@ class Libics : public testing::Test {
   std::string name() const { return dir_.file("some"); }
 
   void write(const Image& img, Form form) const {
-    if (form == kPlain) writeICS(name(), img);
-    if (form == kRecord) writeICS(IcsInfo(name()), img);
-    if (form == kMultiChannel) writeICS(MultiChannelIcsInfo(name()), img);
+    if (form == kPlain) image_io::writeICS(name(), img);
+    if (form == kRecord) image_io::writeICS(image_io::IcsInfo(name()), img);
+    if (form == kMultiChannel) image_io::writeICS(image_io::MultiChannelIcsInfo(name()), img);
   }
 
   // Replaces a piece of the header.
@@ -165,7 +154,7 @@ class Libics : public testing::Test {
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 TEST_F(Libics, ReadsSizesAndTypesOfThePlainForm) {
@@ -227,12 +216,12 @@ TEST_F(Libics, ReadsPixelsOfFourBytesAsTheyAreInSpiteOfTheByteOrderLine) {
   Random random(385);
   for (const FormatRow& row : kFormats) {
     if (row.pixelSize != 4) continue;
-    for (const Shape& s : orva_test::oddShapesAndWidths()) {
+    for (const Shape& s : oddShapesAndWidths()) {
       const RawImage img = randomRaw(random, s, row);
       for (const Form form : kForms) {
         if ((form == kPlain ? row.plain : row.record) == Ics_unknown) continue;
         write(img, form);
-        EXPECT_EQ(OpenPair(name()).pixels(), pixelBytes(img)) << row.code;
+        EXPECT_EQ(OpenPair(name()).pixels(), reference::pixelBytes(img)) << row.code;
       }
     }
   }
@@ -242,46 +231,46 @@ TEST_F(Libics, ReadsPixelsOfTwoBytesWithTheMostSignificantByteFirst) {
   // So on a machine that has the least significant byte first, every pixel comes with its bytes
   // exchanged.
   Random random(386);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
-    image<short> img = orva_test::randomImage<short>(random, s);
-    const std::string reversed = reference::reversedBytes(orva::SHORT, pixelBytes(img));
+  for (const Shape& s : oddShapesAndWidths()) {
+    image<short> img = randomImage<short>(random, s);
+    const std::string reversed = reference::reversedBytes(SHORT, reference::pixelBytes(img));
     for (const Form form : kForms) {
       write(img, form);
-      EXPECT_EQ(OpenPair(name()).pixels(), kLittleEndian ? reversed : pixelBytes(img));
+      EXPECT_EQ(OpenPair(name()).pixels(), kLittleEndian ? reversed : reference::pixelBytes(img));
     }
   }
 }
 
 TEST_F(Libics, ReadsPixelsOfTwoBytesThatWereReversedBeforeWriting) {
   Random random(387);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
-    const image<short> img = orva_test::randomImage<short>(random, s);
+  for (const Shape& s : oddShapesAndWidths()) {
+    const image<short> img = randomImage<short>(random, s);
     image<short> reversed = img.duplicate();
-    if (kLittleEndian) orva::image_io::reverse_byte_order(reversed);
+    if (kLittleEndian) image_io::reverse_byte_order(reversed);
     for (const Form form : kForms) {
       write(reversed, form);
-      EXPECT_EQ(OpenPair(name()).pixels(), pixelBytes(img));
+      EXPECT_EQ(OpenPair(name()).pixels(), reference::pixelBytes(img));
     }
   }
 }
 
 TEST_F(Libics, ReadsNoPixelOfOneByte) {
   Random random(388);
-  const image<unsigned char> img = orva_test::randomImage<unsigned char>(random, {16, 9, 2});
+  const image<unsigned char> img = randomImage<unsigned char>(random, {16, 9, 2});
   for (const Form form : kForms) {
     write(img, form);
     const std::string read = OpenPair(name()).pixels();
     ASSERT_EQ(read.size(), 16U * 9U * 2U);
     // Nothing of the image, but one byte over and over; which one is not defined.
     EXPECT_EQ(std::set<char>(read.begin(), read.end()).size(), 1U);
-    EXPECT_NE(read, pixelBytes(img));
+    EXPECT_NE(read, reference::pixelBytes(img));
   }
 }
 
 TEST_F(Libics, ReadsEveryPixelWhenTheByteOrderLineIsMended) {
   Random random(389);
   for (const FormatRow& row : kFormats) {
-    for (const Shape& s : orva_test::oddShapesAndWidths()) {
+    for (const Shape& s : oddShapesAndWidths()) {
       const RawImage img = randomRaw(random, s, row);
       for (const Form form : kForms) {
         const Ics_DataType type = form == kPlain ? row.plain : row.record;
@@ -290,7 +279,7 @@ TEST_F(Libics, ReadsEveryPixelWhenTheByteOrderLineIsMended) {
         mendByteOrder(row.pixelSize);
         const OpenPair pair(name());
         EXPECT_EQ(pair.type(), type);
-        EXPECT_EQ(pair.pixels(), pixelBytes(img)) << row.code;
+        EXPECT_EQ(pair.pixels(), reference::pixelBytes(img)) << row.code;
       }
     }
   }
@@ -305,20 +294,20 @@ TEST_F(Libics, ReadsUnsignedPixelsWhenTheFormatWordIsMendedToo) {
     mendByteOrder(row.pixelSize);
     const OpenPair pair(name());
     EXPECT_EQ(pair.type(), row.plain);
-    EXPECT_EQ(pair.pixels(), pixelBytes(img));
+    EXPECT_EQ(pair.pixels(), reference::pixelBytes(img));
   };
-  expectRead({orva::USHORT, 2, Ics_uint16, Ics_unknown}, "unshort");
-  expectRead({orva::UINT, 4, Ics_uint32, Ics_unknown}, "unint");
+  expectRead({USHORT, 2, Ics_uint16, Ics_unknown}, "unshort");
+  expectRead({UINT, 4, Ics_uint32, Ics_unknown}, "unint");
 }
 
 TEST_F(Libics, ReadsTheHistoryLines) {
   const image<unsigned char> img(3, 2, 1, 1, 1);
-  writeICS(name(), img);
+  image_io::writeICS(name(), img);
   EXPECT_EQ(OpenPair(name()).history(),
             (std::vector<std::string>{"date\tUNDEFINED", "UTC_seconds\tUNDEFINED"}));
-  IcsInfo info(name());
+  image_io::IcsInfo info(name());
   info.annotate("first line\nsecond line");
-  writeICS(info, img);
+  image_io::writeICS(info, img);
   const std::vector<std::string> lines = OpenPair(name()).history();
   ASSERT_GE(lines.size(), 2U);
   EXPECT_EQ(lines[lines.size() - 2], "Annotation\tfirst line");
@@ -326,3 +315,4 @@ TEST_F(Libics, ReadsTheHistoryLines) {
 }
 
 }  // namespace
+}  // namespace orva::test

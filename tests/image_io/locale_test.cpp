@@ -16,15 +16,8 @@
 #include "tests/support/files.h"
 #include "tests/support/images.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::image_io::IcsInfo;
-using orva::image_io::MultiChannelIcsInfo;
-using orva_test::ForeignLocale;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::readFile;
 
 // Numbers that a locale would group: a width of 2000, a height of 1001.
 image<unsigned char> wide() {
@@ -55,23 +48,21 @@ class FilesInAForeignLocale : public testing::Test {
     }
   }
 
-  const orva_test::TempDir& dir() const { return dir_; }
+  const TempDir& dir() const { return dir_; }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 TEST_F(FilesInAForeignLocale, OfPpmAreTheSame) {
   const image<unsigned char> img = wide();
-  expectSame([&](const std::string& name) { orva::image_io::writePPM(name + ".ppm", img); },
-             {".ppm"});
+  expectSame([&](const std::string& name) { image_io::writePPM(name + ".ppm", img); }, {".ppm"});
   EXPECT_EQ(readFile(dir().file("foreign/b.ppm")).substr(0, 17), "P6\n2000 1001\n255\n");
 }
 
 TEST_F(FilesInAForeignLocale, OfIcsAreTheSame) {
   const image<unsigned char> img = wide();
-  expectSame([&](const std::string& name) { orva::image_io::writeICS(name, img); },
-             {".ics", ".ids"});
+  expectSame([&](const std::string& name) { image_io::writeICS(name, img); }, {".ics", ".ids"});
   EXPECT_NE(readFile(dir().file("foreign/b.ics")).find("\t2000\t1001\t"), std::string::npos);
 }
 
@@ -86,11 +77,12 @@ Info filled(const std::string& name) {
 
 TEST_F(FilesInAForeignLocale, OfIcsWithARecordAreTheSame) {
   const image<unsigned char> img = wide();
-  expectSame([&](const std::string& name) { orva::image_io::writeICS(filled<IcsInfo>(name), img); },
-             {"_g.ics", "_g.ids"});
+  expectSame(
+      [&](const std::string& name) { image_io::writeICS(filled<image_io::IcsInfo>(name), img); },
+      {"_g.ics", "_g.ids"});
   expectSame(
       [&](const std::string& name) {
-        orva::image_io::writeICS(filled<MultiChannelIcsInfo>(name), img);
+        image_io::writeICS(filled<image_io::MultiChannelIcsInfo>(name), img);
       },
       {".ics", ".ids"});
   for (const char* name : {"foreign/b_g.ics", "foreign/b.ics"}) {
@@ -104,15 +96,15 @@ TEST_F(FilesInAForeignLocale, OfPgmAreReadTheSame) {
   const image<unsigned char> img = wide();
   const std::string pixels(reinterpret_cast<const char*>(img.pixels()),
                            static_cast<std::size_t>(img.npix()));
-  orva_test::writeFile(dir().file("b.pgm"), "P5\n2000 1001\n255\n" + pixels);
+  writeFile(dir().file("b.pgm"), "P5\n2000 1001\n255\n" + pixels);
   const ForeignLocale foreign;
-  const std::unique_ptr<image<unsigned char>> read(orva::image_io::readPGM(dir().file("b.pgm")));
+  const std::unique_ptr<image<unsigned char>> read(image_io::readPGM(dir().file("b.pgm")));
   ASSERT_NE(read, nullptr);
-  EXPECT_TRUE(orva_test::sameImage(*read, img));
+  EXPECT_TRUE(sameImage(*read, img));
 }
 
 TEST_F(FilesInAForeignLocale, OfIcsAreParsedTheSame) {
-  orva::image_io::writeICS(dir().file("b"), wide());
+  image_io::writeICS(dir().file("b"), wide());
   const ForeignLocale foreign;
   char* dataset = nullptr;
   char* type = nullptr;
@@ -130,19 +122,19 @@ TEST_F(FilesInAForeignLocale, OfUifAndIhtAreTheSame) {
   const image<unsigned char> img = wide();
   expectSame(
       [&](const std::string& name) {
-        orva::image_io::writeUIF(name + ".uif", img);
-        orva::image_io::writeIHT(name + ".iht", img);
+        image_io::writeUIF(name + ".uif", img);
+        image_io::writeIHT(name + ".iht", img);
       },
       {".uif", ".iht"});
   const ForeignLocale foreign;
-  const std::unique_ptr<orva::Image> read(orva::image_io::readIHT(dir().file("foreign/b.iht")));
+  const std::unique_ptr<Image> read(image_io::readIHT(dir().file("foreign/b.iht")));
   ASSERT_NE(read, nullptr);
-  EXPECT_TRUE(orva_test::sameImage(*read, img));
+  EXPECT_TRUE(sameImage(*read, img));
 }
 
 template <class Info>
 class RecordInAForeignLocale : public testing::Test {};
-using RecordTypes = testing::Types<IcsInfo, MultiChannelIcsInfo>;
+using RecordTypes = testing::Types<image_io::IcsInfo, image_io::MultiChannelIcsInfo>;
 TYPED_TEST_SUITE(RecordInAForeignLocale, RecordTypes);
 
 // The stream a record is written to is the caller's, so only what the record itself made is fixed.
@@ -158,3 +150,4 @@ TYPED_TEST(RecordInAForeignLocale, HoldsTheSampleWithDecimalPoints) {
 }
 
 }  // namespace
+}  // namespace orva::test

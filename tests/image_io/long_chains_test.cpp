@@ -14,8 +14,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 std::pair<int, int> sizesOfPgm(const std::string& content) {
   const TempDir dir;
   writeFile(dir.file("b.pgm"), content);

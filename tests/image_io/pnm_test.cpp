@@ -12,19 +12,8 @@
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::image_io::readPGM;
-using orva::image_io::writePPM;
-using orva_test::imageOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::readFile;
-using orva_test::sameImage;
-using orva_test::Shape;
-using testing::Eq;
-using testing::ExitedWithCode;
 
 class Pgm : public testing::Test {
  protected:
@@ -32,8 +21,8 @@ class Pgm : public testing::Test {
 
   // The image that a file with this content holds.
   std::unique_ptr<image<unsigned char>> read(const std::string& content) const {
-    orva_test::writeFile(name_, content);
-    return std::unique_ptr<image<unsigned char>>(readPGM(name_));
+    writeFile(name_, content);
+    return std::unique_ptr<image<unsigned char>>(image_io::readPGM(name_));
   }
 
   void expectRead(const std::string& content, const image<unsigned char>& expected) const {
@@ -44,14 +33,14 @@ class Pgm : public testing::Test {
 
   // Reading a file with this content ends the process.
   void expectExit(const std::string& content, const std::string& message) const {
-    orva_test::writeFile(name_, content);
-    EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(readPGM(name_)), ExitedWithCode(1),
-                Eq(message))
+    writeFile(name_, content);
+    EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(image_io::readPGM(name_)),
+                testing::ExitedWithCode(1), testing::Eq(message))
         << content;
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
   std::string name_ = dir_.file("some.pgm");
 };
 
@@ -126,12 +115,12 @@ TEST_F(Pgm, WithoutPixelsIsANullImage) {
   const auto img = read("P5 0 3 255 ");
   ASSERT_NE(img, nullptr);
   EXPECT_TRUE(img->isNull());
-  EXPECT_EQ(orva_test::sizesOf(*img), (std::vector<int>{0, 3, 1, 1, 1}));
+  EXPECT_EQ(sizesOf(*img), (std::vector<int>{0, 3, 1, 1, 1}));
 }
 
 TEST_F(Pgm, ThatDoesNotExistEndsTheProcessAsIsIntended) {
-  EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(readPGM(name() + ".none")), ExitedWithCode(1),
-              Eq("Can't input image " + name() + ".none.\n"));
+  EXPECT_EXIT(std::unique_ptr<image<unsigned char>>(image_io::readPGM(name() + ".none")),
+              testing::ExitedWithCode(1), testing::Eq("Can't input image " + name() + ".none.\n"));
 }
 
 TEST_F(Pgm, OfAnotherKindEndsTheProcessAsIsIntended) {
@@ -168,13 +157,13 @@ class Ppm : public testing::Test {
   // Writes `img`, which must give no message, and returns the file's content.
   std::string written(const image<unsigned char>& img) const {
     testing::internal::CaptureStderr();
-    writePPM(file("some.ppm"), img);
+    image_io::writePPM(file("some.ppm"), img);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     return readFile(file("some.ppm"));
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 TEST_F(Ppm, RepeatsGreyThreeTimes) {
@@ -205,7 +194,7 @@ TEST_F(Ppm, OfRandomImagesHoldsEveryPixel) {
 }
 
 TEST_F(Ppm, ReplacesALongerFile) {
-  orva_test::writeFile(file("some.ppm"), std::string(1000, 'x'));
+  writeFile(file("some.ppm"), std::string(1000, 'x'));
   EXPECT_EQ(written(imageOf<unsigned char>({1, 1}, {'a'})), "P6\n1 1\n255\naaa");
 }
 
@@ -214,8 +203,8 @@ TEST_F(Ppm, OfAnImageWithoutWidthHoldsTheHeader) {
 }
 
 TEST_F(Ppm, OfSmallSizesOfOneFrameHoldsThePixelsOfTheSizesShown) {
-  for (const Shape& s : orva_test::smallShapes()) {
-    const auto img = orva_test::blank<unsigned char>(s);
+  for (const Shape& s : smallShapes()) {
+    const auto img = blank<unsigned char>(s);
     if (img.nframes() != 1) continue;
     EXPECT_EQ(written(img),
               "P6\n" + std::to_string(img.nx()) + " " + std::to_string(img.ny()) + "\n255\n" +
@@ -227,7 +216,7 @@ TEST_F(Ppm, RefusesOtherNumbersOfPlanes) {
   for (const Shape& s : {Shape{2, 2, 2}, Shape{2, 2, 1, 2}, Shape{2, 2, 4}, Shape{2, 2, 3, 3},
                          Shape{2, 2, 3, 1, 2}, Shape{2, 2, 0}}) {
     testing::internal::CaptureStderr();
-    writePPM(file("refused.ppm"), orva_test::blank<unsigned char>(s));
+    image_io::writePPM(file("refused.ppm"), blank<unsigned char>(s));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "image_io::writePPM -> img must be a grayscale or color image\n");
     EXPECT_FALSE(std::filesystem::exists(file("refused.ppm")));
@@ -236,7 +225,7 @@ TEST_F(Ppm, RefusesOtherNumbersOfPlanes) {
 
 TEST_F(Ppm, ThatCanNotBeOpenedIsReported) {
   testing::internal::CaptureStderr();
-  writePPM(file("none/some.ppm"), image<unsigned char>(2, 2, 1, 1, 1));
+  image_io::writePPM(file("none/some.ppm"), image<unsigned char>(2, 2, 1, 1, 1));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "Can not open file: " + file("none/some.ppm") + "\n");
 }
@@ -245,9 +234,10 @@ TEST_F(Ppm, ThatCanNotBeWrittenIsReported) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
   for (const int width : {2, 40000}) {
     testing::internal::CaptureStderr();
-    writePPM("/dev/full", image<unsigned char>(width, 2, 1, 1, 1));
+    image_io::writePPM("/dev/full", image<unsigned char>(width, 2, 1, 1, 1));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can not write file: /dev/full\n");
   }
 }
 
 }  // namespace
+}  // namespace orva::test

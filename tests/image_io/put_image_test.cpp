@@ -15,27 +15,22 @@
 #define readPGM readPGMOfThisFile
 #define writePPM writePPMOfThisFile
 #include "orva/image_io/pnm.cpp"  // NOLINT(bugprone-suspicious-include)
+
 #undef readPGM
 #undef writePPM
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::image_io::put_image;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::readFile;
-using testing::ExitedWithCode;
 
 class PutImage : public testing::Test {
  protected:
-  orva_test::TempDir dir_;
+  TempDir dir_;
   std::string file_ = dir_.file("some.pgm");
 };
 
 TEST_F(PutImage, WritesHeaderAndPixels) {
   const std::vector<unsigned char> pixels = {'a', 0, '\n', 255, '\r', 26};
-  put_image(file_, pixels.data(), 3, 2);
+  image_io::put_image(file_, pixels.data(), 3, 2);
   EXPECT_EQ(readFile(file_), std::string("P5\n3 2\n255\na\0\n\377\r\32", 17));
 }
 
@@ -43,24 +38,24 @@ TEST_F(PutImage, IsReadBackByReadPgm) {
   Random random(351);
   for (int width = 1; width <= 130; ++width) {
     const auto img = randomImage<unsigned char>(random, {width, 1 + width % 7});
-    put_image(file_, img.pixels(), img.nx(), img.ny());
-    const std::unique_ptr<image<unsigned char>> back(orva::image_io::readPGM(file_));
-    EXPECT_TRUE(orva_test::sameImage(*back, img));
+    image_io::put_image(file_, img.pixels(), img.nx(), img.ny());
+    const std::unique_ptr<image<unsigned char>> back(image_io::readPGM(file_));
+    EXPECT_TRUE(sameImage(*back, img));
   }
 }
 
 TEST_F(PutImage, ReplacesAFile) {
-  orva_test::writeFile(file_, std::string(1000, 'x'));
+  writeFile(file_, std::string(1000, 'x'));
   const unsigned char pixel = 'p';
-  put_image(file_, &pixel, 1, 1);
+  image_io::put_image(file_, &pixel, 1, 1);
   EXPECT_EQ(readFile(file_), "P5\n1 1\n255\np");
 }
 
 TEST_F(PutImage, WritesAHeaderAloneForNoPixels) {
   const unsigned char none = 0;
-  put_image(file_, &none, 0, 5);
+  image_io::put_image(file_, &none, 0, 5);
   EXPECT_EQ(readFile(file_), "P5\n0 5\n255\n");
-  put_image(file_, &none, 7, 0);
+  image_io::put_image(file_, &none, 7, 0);
   EXPECT_EQ(readFile(file_), "P5\n7 0\n255\n");
 }
 
@@ -68,7 +63,7 @@ TEST_F(PutImage, EndsTheProcessWhenTheFileCanNotBeOpened) {
   const std::string nowhere = dir_.file("missing/some.pgm");
   const unsigned char pixel = 0;
   // No blank stands before the name; this is intended.
-  EXPECT_EXIT(put_image(nowhere, &pixel, 1, 1), ExitedWithCode(1),
+  EXPECT_EXIT(image_io::put_image(nowhere, &pixel, 1, 1), testing::ExitedWithCode(1),
               testing::Eq("Can't output image" + nowhere + ".\n"));
 }
 
@@ -76,22 +71,25 @@ TEST_F(PutImage, EndsTheProcessWhenTheFileCanNotBeWrittenWhole) {
   const std::vector<unsigned char> pixels(100000);
   const testing::Matcher<const std::string&> message =
       testing::Eq("Can't write image /dev/full.\n");
-  EXPECT_EXIT(put_image("/dev/full", pixels.data(), 1000, 100), ExitedWithCode(1), message);
+  EXPECT_EXIT(image_io::put_image("/dev/full", pixels.data(), 1000, 100),
+              testing::ExitedWithCode(1), message);
   // So few bytes that they only leave when the file is closed.
-  EXPECT_EXIT(put_image("/dev/full", pixels.data(), 1, 1), ExitedWithCode(1), message);
+  EXPECT_EXIT(image_io::put_image("/dev/full", pixels.data(), 1, 1), testing::ExitedWithCode(1),
+              message);
 }
 
 // The second copy of the source reads and writes as the library does.
 TEST_F(PutImage, StandsInTheSameSourceAsTheLibrarysReader) {
   Random random(352);
   const auto img = randomImage<unsigned char>(random, {9, 4});
-  orva::image_io::writePPMOfThisFile(file_, img);
+  image_io::writePPMOfThisFile(file_, img);
   const std::string colour = readFile(file_);
-  orva::image_io::writePPM(file_, img);
+  image_io::writePPM(file_, img);
   EXPECT_EQ(readFile(file_), colour);
-  put_image(file_, img.pixels(), 9, 4);
-  const std::unique_ptr<image<unsigned char>> back(orva::image_io::readPGMOfThisFile(file_));
-  EXPECT_TRUE(orva_test::sameImage(*back, img));
+  image_io::put_image(file_, img.pixels(), 9, 4);
+  const std::unique_ptr<image<unsigned char>> back(image_io::readPGMOfThisFile(file_));
+  EXPECT_TRUE(sameImage(*back, img));
 }
 
 }  // namespace
+}  // namespace orva::test

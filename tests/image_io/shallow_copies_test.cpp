@@ -7,8 +7,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 TEST(ReversedBytes, AreSeenThroughShallowCopies) {
   image<short> img = imageOf<short>({2, 1}, {1, 0x1234});
   const image<short> copy(img);

@@ -19,27 +19,18 @@
 #include "tests/support/shapes.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::flipped;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::reordered;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::volumeTurns;
-namespace image_io = orva::image_io;
 
 template <class T>
 class Rearranged : public testing::Test {};
-TYPED_TEST_SUITE(Rearranged, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Rearranged, PixelTypes);
 
 TYPED_TEST(Rearranged, PixelsAreConvertedAlike) {
   Random random(701);
-  for (const Shape& shape : orva_test::oddShapes()) {
+  for (const Shape& shape : oddShapes()) {
     const auto img = randomImage<TypeParam>(random, shape);
-    const auto order = orva_test::shuffledFrames(random, img);
+    const auto order = shuffledFrames(random, img);
     const auto some = reordered(img, order);
     EXPECT_TRUE(sameImage(image_io::convertToByteImage(some, true),
                           reordered(image_io::convertToByteImage(img, true), order)));
@@ -73,14 +64,14 @@ TYPED_TEST(Rearranged, PixelsHaveTheirBytesReversedAlike) {
 // The bytes behind a header are the pixels, frame after frame. A header does not depend on them.
 TYPED_TEST(Rearranged, FramesAreWrittenInTheirNewOrder) {
   Random random(703);
-  const orva_test::TempDir dir;
+  const TempDir dir;
   const image_io::IcsInfo info(dir.file("one"));
   const image_io::MultiChannelIcsInfo channels(dir.file("many"));
   const std::string plain = dir.file("plain");
   struct Format {
     std::string header;
     std::string pixels;
-    std::function<void(const orva::Image&)> write;
+    std::function<void(const Image&)> write;
   };
   const std::vector<Format> formats = {
       {plain + ".uif", plain + ".uif",
@@ -93,15 +84,15 @@ TYPED_TEST(Rearranged, FramesAreWrittenInTheirNewOrder) {
       {channels.datasetName() + ".ics", channels.datasetName() + ".ids",
        [&](const auto& i) { image_io::writeICS(channels, i); }}};
   const auto img = randomImage<TypeParam>(random, {4, 3, 2, 2, 2});
-  const auto order = orva_test::shuffledFrames(random, img);
-  for (const auto& some : {reordered(img, order), flipped(img), orva_test::upsideDown(img)}) {
+  const auto order = shuffledFrames(random, img);
+  for (const auto& some : {reordered(img, order), flipped(img), upsideDown(img)}) {
     const std::string expected = reference::pixelBytes(some);
     for (const Format& format : formats) {
       SCOPED_TRACE(format.header);
-      const auto written = [&format](const orva::Image& i) {
+      const auto written = [&format](const Image& i) {
         format.write(i);
         // Both files of a pair, or twice the same.
-        return std::pair(orva_test::readFile(format.header), orva_test::readFile(format.pixels));
+        return std::pair(readFile(format.header), readFile(format.pixels));
       };
       const auto [headerBefore, before] = written(img);
       const auto [headerAfter, after] = written(some);
@@ -121,15 +112,15 @@ TYPED_TEST(Rearranged, FramesAreWrittenInTheirNewOrder) {
 // that order, and a turned image the turned pixels.
 TEST(RearrangedPixels, AreWrittenAsRearrangedPpm) {
   Random random(704);
-  const orva_test::TempDir dir;
+  const TempDir dir;
   const std::string name = dir.file("image.ppm");
   // As frames of the components, behind the header "P6\nX Y\n255\n".
   const auto written = [&name](const image<unsigned char>& img) {
     image_io::writePPM(name, img);
-    const std::string bytes = orva_test::readFile(name);
+    const std::string bytes = readFile(name);
     const auto pixels = static_cast<std::size_t>(3 * img.frameSize());
     EXPECT_EQ(bytes.size(), 11 + pixels);
-    return orva_test::composed<unsigned char>({img.nx(), img.ny(), 3}, [&](int x, int y, int c) {
+    return composed<unsigned char>({img.nx(), img.ny(), 3}, [&](int x, int y, int c) {
       return static_cast<unsigned char>(
           bytes.at(11 + static_cast<std::size_t>(3 * (x + img.nx() * y) + c)));
     });
@@ -141,7 +132,7 @@ TEST(RearrangedPixels, AreWrittenAsRearrangedPpm) {
     EXPECT_TRUE(sameImage(written(reordered(colour, order)), reordered(written(colour), order)));
     EXPECT_TRUE(sameImage(reordered(written(grey), order), written(grey)));
   } while (std::next_permutation(order.begin(), order.end()));
-  for (const auto turn : orva_test::planeTurns<unsigned char>()) {
+  for (const auto turn : planeTurns<unsigned char>()) {
     EXPECT_TRUE(sameImage(written(turn(colour)), turn(written(colour))));
     EXPECT_TRUE(sameImage(written(turn(grey)), turn(written(grey))));
   }
@@ -155,12 +146,12 @@ TYPED_TEST_SUITE(RearrangedFiles, ReadTypes);
 // What was written rearranged is read rearranged.
 TYPED_TEST(RearrangedFiles, AreReadAsRearrangedPixels) {
   Random random(705);
-  const orva_test::TempDir dir;
+  const TempDir dir;
   const auto img = randomImage<TypeParam>(random, {4, 3, 2, 2, 2});
-  const auto order = orva_test::shuffledFrames(random, img);
-  const auto throughIht = [&dir](const orva::Image& i) {
+  const auto order = shuffledFrames(random, img);
+  const auto throughIht = [&dir](const Image& i) {
     image_io::writeIHT(dir.file("image.iht"), i);
-    const std::unique_ptr<orva::Image> back(image_io::readIHT(dir.file("image.iht")));
+    const std::unique_ptr<Image> back(image_io::readIHT(dir.file("image.iht")));
     return dynamic_cast<const image<TypeParam>&>(*back);
   };
   const auto whole = throughIht(img);
@@ -172,27 +163,28 @@ TYPED_TEST(RearrangedFiles, AreReadAsRearrangedPixels) {
 
 TEST(RearrangedByteFiles, AreReadAsRearrangedPixels) {
   Random random(706);
-  const orva_test::TempDir dir;
+  const TempDir dir;
   const auto img = randomImage<unsigned char>(random, {6, 4});
   const auto throughUif = [&dir](const image<unsigned char>& i) {
     image_io::writeUIF(dir.file("image.uif"), i);
-    const std::unique_ptr<orva::Image> back(image_io::readUIF(dir.file("image.uif")));
+    const std::unique_ptr<Image> back(image_io::readUIF(dir.file("image.uif")));
     return dynamic_cast<const image<unsigned char>&>(*back);
   };
   const auto throughPgm = [&dir](const image<unsigned char>& i) {
-    orva_test::writeFile(dir.file("image.pgm"), "P5\n" + std::to_string(i.nx()) + " " +
-                                                    std::to_string(i.ny()) + "\n255\n" +
-                                                    reference::pixelBytes(i));
+    writeFile(dir.file("image.pgm"), "P5\n" + std::to_string(i.nx()) + " " +
+                                         std::to_string(i.ny()) + "\n255\n" +
+                                         reference::pixelBytes(i));
     const std::unique_ptr<image<unsigned char>> back(image_io::readPGM(dir.file("image.pgm")));
     return *back;
   };
-  for (const auto turn : orva_test::planeTurns<unsigned char>()) {
+  for (const auto turn : planeTurns<unsigned char>()) {
     EXPECT_TRUE(sameImage(throughUif(turn(img)), turn(throughUif(img))));
     EXPECT_TRUE(sameImage(throughPgm(turn(img)), turn(throughPgm(img))));
   }
   const auto stack = randomImage<unsigned char>(random, {6, 4, 5});
-  const auto order = orva_test::shuffledFrames(random, stack);
+  const auto order = shuffledFrames(random, stack);
   EXPECT_TRUE(sameImage(throughUif(reordered(stack, order)), reordered(throughUif(stack), order)));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,17 +10,17 @@
 #include "orva/image_io/icsparser.h"
 #include "tests/support/files.h"
 
+namespace orva::test {
 namespace {
 
 TEST(Threads, ParsingDifferentHeadersGetTheirOwnSizes) {
   constexpr int kRounds = 200;
-  const orva_test::TempDir dir;
+  const TempDir dir;
   const std::array<std::string, 2> names{dir.file("a.ics"), dir.file("b.ics")};
   const std::array<int, 2> widths{31, 77};
   for (std::size_t i = 0; i < names.size(); ++i) {
-    orva_test::writeFile(names[i], "layout\torder\tbits\tx\ty\nlayout\tsizes\t8\t" +
-                                       std::to_string(widths[i]) +
-                                       "\t5\nrepresentation\tformat\tinteger\n");
+    writeFile(names[i], "layout\torder\tbits\tx\ty\nlayout\tsizes\t8\t" +
+                            std::to_string(widths[i]) + "\t5\nrepresentation\tformat\tinteger\n");
   }
   std::array<std::vector<int>, 2> found;
   std::vector<std::thread> threads;
@@ -44,3 +44,4 @@ TEST(Threads, ParsingDifferentHeadersGetTheirOwnSizes) {
 }
 
 }  // namespace
+}  // namespace orva::test

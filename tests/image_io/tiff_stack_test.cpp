@@ -10,15 +10,8 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/image_io.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image_io::returnStackCount;
-using orva_test::Random;
-using orva_test::randomInt;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 constexpr unsigned kStackTag = 33629;
 
@@ -61,15 +54,15 @@ class StackCount : public testing::Test {
 
   // The result and what went to standard output.
   static std::pair<int, std::string> countIn(const std::string& name) {
-    CaptureStdout();
-    CaptureStderr();
-    const int count = returnStackCount(name);
-    EXPECT_EQ(GetCapturedStderr(), "");
-    return {count, GetCapturedStdout()};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int count = image_io::returnStackCount(name);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    return {count, testing::internal::GetCapturedStdout()};
   }
 
   std::pair<int, std::string> count(const std::string& content) const {
-    orva_test::writeFile(file(), content);
+    writeFile(file(), content);
     return countIn(file());
   }
 
@@ -80,7 +73,7 @@ class StackCount : public testing::Test {
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 using Result = std::pair<int, std::string>;
@@ -279,3 +272,4 @@ TEST_F(StackCount, OfRandomBytesIsAsDefined) {
 }
 
 }  // namespace
+}  // namespace orva::test

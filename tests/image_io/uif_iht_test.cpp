@@ -13,28 +13,8 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::image_io::readIHT;
-using orva::image_io::readUIF;
-using orva::image_io::writeIHT;
-using orva::image_io::writeUIF;
-using orva_test::isWhole;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::RawImage;
-using orva_test::readFile;
-using orva_test::Rgb;
-using orva_test::sameImage;
-using orva_test::Shape;
-using reference::int32Bytes;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 // Both formats, so that what holds for the two is tested once.
 struct Format {
@@ -51,20 +31,22 @@ struct Format {
 };
 
 std::string headerUIF(int width, int height, int planes, int format) {
-  return int32Bytes(width) + int32Bytes(height) + int32Bytes(planes) + int32Bytes(4) +
-         int32Bytes(format);
+  return reference::int32Bytes(width) + reference::int32Bytes(height) +
+         reference::int32Bytes(planes) + reference::int32Bytes(4) + reference::int32Bytes(format);
 }
 
 // Fields that a reader passes over hold numbers of no use.
 std::string headerIHT(int width, int height, int planes, int format) {
-  return int32Bytes(height) + int32Bytes(width) + int32Bytes(-7) + int32Bytes(99) +
-         int32Bytes(12345) + int32Bytes(-1) + int32Bytes(format) + int32Bytes(planes) +
-         int32Bytes(-3) + int32Bytes(0x7FFFFFFF);
+  return reference::int32Bytes(height) + reference::int32Bytes(width) + reference::int32Bytes(-7) +
+         reference::int32Bytes(99) + reference::int32Bytes(12345) + reference::int32Bytes(-1) +
+         reference::int32Bytes(format) + reference::int32Bytes(planes) + reference::int32Bytes(-3) +
+         reference::int32Bytes(0x7FFFFFFF);
 }
 
 const std::vector<Format>& formats() {
-  static const std::vector<Format> both = {{"UIF", readUIF, reference::readUIF, 20, headerUIF},
-                                           {"IHT", readIHT, reference::readIHT, 40, headerIHT}};
+  static const std::vector<Format> both = {
+      {"UIF", image_io::readUIF, reference::readUIF, 20, headerUIF},
+      {"IHT", image_io::readIHT, reference::readIHT, 40, headerIHT}};
   return both;
 }
 
@@ -74,42 +56,43 @@ class Raw : public testing::Test {
 
   // Reads a file with this content and compares with the definition, messages included.
   void expectAsDefined(const Format& format, const std::string& content) const {
-    orva_test::writeFile(file(), content);
+    writeFile(file(), content);
     const reference::RawRead expected = format.expected(content);
-    CaptureStderr();
-    CaptureStdout();
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
     const std::unique_ptr<Image> img(format.read(file()));
-    EXPECT_EQ(GetCapturedStdout(), "");
-    EXPECT_EQ(GetCapturedStderr(), expected.badSizes ? format.badSizes(file()) : "");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              expected.badSizes ? format.badSizes(file()) : "");
     ASSERT_EQ(img == nullptr, expected.img == nullptr) << format.name;
     if (img == nullptr) return;
     EXPECT_TRUE(sameImage(*img, *expected.img)) << format.name;
   }
 
-  const orva_test::TempDir& dir() const { return dir_; }
+  const TempDir& dir() const { return dir_; }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 template <class T>
 class RawOf : public Raw {};
-TYPED_TEST_SUITE(RawOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(RawOf, PixelTypes);
 
 TYPED_TEST(RawOf, UifIsWrittenAsDefined) {
   Random random(321);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
-    writeUIF(this->file(), img);
+    image_io::writeUIF(this->file(), img);
     EXPECT_EQ(readFile(this->file()), reference::fileUIF(img));
   }
 }
 
 TYPED_TEST(RawOf, IhtIsWrittenAsDefined) {
   Random random(322);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
-    writeIHT(this->file(), img);
+    image_io::writeIHT(this->file(), img);
     std::string content = readFile(this->file());
     ASSERT_GE(content.size(), 40U);
     content.replace(36, 4, 4, '\0');  // any address will do
@@ -127,15 +110,15 @@ image<T> asStack(const image<T>& img) {
 
 TYPED_TEST(RawOf, UifComesBackAsBytesAsIsIntended) {
   Random random(323);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
-    writeUIF(this->file(), img);
-    const std::unique_ptr<Image> back(readUIF(this->file()));
+    image_io::writeUIF(this->file(), img);
+    const std::unique_ptr<Image> back(image_io::readUIF(this->file()));
     if constexpr (std::is_same_v<TypeParam, unsigned int> || std::is_same_v<TypeParam, Rgb>) {
       EXPECT_EQ(back, nullptr);
     } else {
       ASSERT_NE(back, nullptr);
-      EXPECT_EQ(back->format(), orva::BYTE);
+      EXPECT_EQ(back->format(), BYTE);
       EXPECT_TRUE(isWhole(*back, {s.nx, s.ny, s.nz * s.nc * s.nt, 1, 1}));
       const auto count = static_cast<std::size_t>(img.npix());
       EXPECT_EQ(reference::pixelBytes(*back), reference::pixelBytes(img).substr(0, count));
@@ -145,10 +128,10 @@ TYPED_TEST(RawOf, UifComesBackAsBytesAsIsIntended) {
 
 TYPED_TEST(RawOf, IhtComesBackAsItWas) {
   Random random(324);
-  for (const Shape& s : orva_test::oddShapesAndWidths()) {
+  for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
-    writeIHT(this->file(), img);
-    const std::unique_ptr<Image> back(readIHT(this->file()));
+    image_io::writeIHT(this->file(), img);
+    const std::unique_ptr<Image> back(image_io::readIHT(this->file()));
     if constexpr (std::is_same_v<TypeParam, unsigned int> || std::is_same_v<TypeParam, Rgb>) {
       EXPECT_EQ(back, nullptr);
     } else {
@@ -160,29 +143,30 @@ TYPED_TEST(RawOf, IhtComesBackAsItWas) {
 
 TYPED_TEST(RawOf, NullImagesAreAHeaderAlone) {
   for (const Shape& s : {Shape{0, 1}, Shape{5, 4, 0}, Shape{0, 0, 0, 0, 0}, Shape{3, 0, 2, 1, 1}}) {
-    const image<TypeParam> none = orva_test::blank<TypeParam>(s);
-    writeUIF(this->file(), none);
+    const image<TypeParam> none = blank<TypeParam>(s);
+    image_io::writeUIF(this->file(), none);
     EXPECT_EQ(readFile(this->file()), reference::fileUIF(none));
     this->expectAsDefined(formats()[0], readFile(this->file()));
-    writeIHT(this->file(), none);
+    image_io::writeIHT(this->file(), none);
     EXPECT_EQ(readFile(this->file()).size(), 40U);
     this->expectAsDefined(formats()[1], readFile(this->file()));
   }
 }
 
 TEST_F(Raw, FormatsWithoutAnImageClassAreWrittenToo) {
-  const RawImage img({2, 1}, orva::FLOATRGB, std::vector<float>{1, 2, 3, 4, 5, 6}, {0, 0});
-  writeUIF(file(), img);
-  EXPECT_EQ(readFile(file()), int32Bytes(2) + int32Bytes(1) + int32Bytes(1) + int32Bytes(12) +
-                                  int32Bytes(9) + reference::pixelBytes(img));
-  writeIHT(file(), img);
+  const RawImage img({2, 1}, FLOATRGB, std::vector<float>{1, 2, 3, 4, 5, 6}, {0, 0});
+  image_io::writeUIF(file(), img);
+  EXPECT_EQ(readFile(file()), reference::int32Bytes(2) + reference::int32Bytes(1) +
+                                  reference::int32Bytes(1) + reference::int32Bytes(12) +
+                                  reference::int32Bytes(9) + reference::pixelBytes(img));
+  image_io::writeIHT(file(), img);
   EXPECT_EQ(readFile(file()).substr(40), reference::pixelBytes(img));
 }
 
 TEST_F(Raw, WritersReplaceAFile) {
   const image<unsigned char> img(2, 2, 1, 1, 1);
-  for (const auto write : {writeUIF, writeIHT}) {
-    orva_test::writeFile(file(), std::string(1000, 'x'));
+  for (const auto write : {image_io::writeUIF, image_io::writeIHT}) {
+    writeFile(file(), std::string(1000, 'x'));
     write(file(), img);
     EXPECT_LT(readFile(file()).size(), 50U);
   }
@@ -192,7 +176,7 @@ TEST_F(Raw, OnlyFourFormatCodesAreRead) {
   for (int code = -2; code <= 12; ++code) {
     for (const Format& f : formats()) {
       const std::string content = f.header(2, 3, 1, code) + "abcdefghijklmnopqrstuvwxyz";
-      orva_test::writeFile(file(), content);
+      writeFile(file(), content);
       const std::unique_ptr<Image> img(f.read(file()));
       const bool isRead = code == 0 || code == 1 || code == 3 || code == 4;
       ASSERT_EQ(img != nullptr, isRead) << f.name << code;
@@ -206,9 +190,10 @@ TEST_F(Raw, OnlyFourFormatCodesAreRead) {
 TEST_F(Raw, FieldsWithoutUseAreNotLookedAt) {
   // The stored pixel size of a UIF file is one of them; the IHT header above holds the others.
   for (const int pixelSize : {-1, 0, 1, 8, 0x7FFFFFFF}) {
-    orva_test::writeFile(file(), int32Bytes(2) + int32Bytes(1) + int32Bytes(1) +
-                                     int32Bytes(pixelSize) + int32Bytes(0) + "ab");
-    const std::unique_ptr<Image> img(readUIF(file()));
+    writeFile(file(), reference::int32Bytes(2) + reference::int32Bytes(1) +
+                          reference::int32Bytes(1) + reference::int32Bytes(pixelSize) +
+                          reference::int32Bytes(0) + "ab");
+    const std::unique_ptr<Image> img(image_io::readUIF(file()));
     ASSERT_NE(img, nullptr);
     EXPECT_EQ(reference::pixelBytes(*img), "ab");
   }
@@ -288,11 +273,11 @@ TEST_F(Raw, SizesWithAZeroGiveANullImage) {
       for (const Shape& s : {Shape{0, 0, 0}, Shape{0, kMost, kMost}, Shape{kMost, 0, kMost},
                              Shape{kMost, kMost, 0}, Shape{4, 3, 0}, Shape{0, 1, 1}}) {
         const std::string content = f.header(s.nx, s.ny, s.nz, code) + "pixels";
-        orva_test::writeFile(file(), content);
+        writeFile(file(), content);
         const std::unique_ptr<Image> img(f.read(file()));
         ASSERT_NE(img, nullptr);
         EXPECT_TRUE(img->isNull());
-        EXPECT_EQ(orva_test::sizesOf(*img), (std::vector<int>{s.nx, s.ny, s.nz, 1, 1}));
+        EXPECT_EQ(sizesOf(*img), (std::vector<int>{s.nx, s.ny, s.nz, 1, 1}));
         expectAsDefined(f, content);
       }
     }
@@ -327,31 +312,34 @@ TEST_F(Raw, FilesThatCanNotBeOpenedAreReportedAndEndTheCall) {
   const std::string nowhere = dir().file("missing/some.raw");
   const image<unsigned char> img(2, 2, 1, 1, 1);
   const auto messages = [](const std::function<void()>& call) {
-    CaptureStdout();
-    CaptureStderr();
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
     call();
-    const std::string out = GetCapturedStdout();
-    return "out:" + out + "err:" + GetCapturedStderr();
+    const std::string out = testing::internal::GetCapturedStdout();
+    return "out:" + out + "err:" + testing::internal::GetCapturedStderr();
   };
-  EXPECT_EQ(messages([&] { writeUIF(nowhere, img); }),
+  EXPECT_EQ(messages([&] { image_io::writeUIF(nowhere, img); }),
             "out:err:In image_io::writeUIF\nCan not open file" + nowhere + "\nIgnored.\n");
-  EXPECT_EQ(messages([&] { writeIHT(nowhere, img); }),
+  EXPECT_EQ(messages([&] { image_io::writeIHT(nowhere, img); }),
             "out:Can not open file" + nowhere + "\nerr:");
-  EXPECT_EQ(messages([&] { EXPECT_EQ(readUIF(nowhere), nullptr); }),
+  EXPECT_EQ(messages([&] { EXPECT_EQ(image_io::readUIF(nowhere), nullptr); }),
             "out:Can not open the file " + nowhere + "\nerr:In image_io::readUIF\n");
-  EXPECT_EQ(messages([&] { EXPECT_EQ(readIHT(nowhere), nullptr); }),
+  EXPECT_EQ(messages([&] { EXPECT_EQ(image_io::readIHT(nowhere), nullptr); }),
             "out:Can not open the file " + nowhere + "\nerr:");
   EXPECT_TRUE(dir().names().empty());
 }
 
 TEST_F(Raw, AFileThatCanNotBeWrittenWholeIsReported) {
   const image<unsigned char> img(100, 100, 1, 1, 1);
-  CaptureStderr();
-  writeUIF("/dev/full", img);
-  EXPECT_EQ(GetCapturedStderr(), "In image_io::writeUIF\nError in writing /dev/full\n");
-  CaptureStderr();
-  writeIHT("/dev/full", img);
-  EXPECT_EQ(GetCapturedStderr(), "In image_io::writeIHT\nError in writing /dev/full\n");
+  testing::internal::CaptureStderr();
+  image_io::writeUIF("/dev/full", img);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "In image_io::writeUIF\nError in writing /dev/full\n");
+  testing::internal::CaptureStderr();
+  image_io::writeIHT("/dev/full", img);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "In image_io::writeIHT\nError in writing /dev/full\n");
 }
 
 }  // namespace
+}  // namespace orva::test

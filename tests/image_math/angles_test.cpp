@@ -9,11 +9,8 @@
 
 #include "orva/image_math/image_math.h"
 
+namespace orva::test {
 namespace {
-
-namespace image_math = orva::image_math;
-using image_math::angle;
-using image_math::direction;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -73,69 +70,72 @@ TEST(Norm, IsComputedInSinglePrecision) {
 }
 
 TEST(Angle, IsInDegreesABitPast180AsIsIntended) {
-  EXPECT_EQ(angle(0, 0), 0.0F);
-  EXPECT_EQ(angle(-0.0F, -0.0F), 0.0F);
-  EXPECT_EQ(angle(0, 1), 0.0F);
-  EXPECT_EQ(angle(1, 0), 90.00003814697266F);
-  EXPECT_EQ(angle(0, -1), 180.00008F);
-  EXPECT_EQ(angle(-0.0F, -1), -180.00008F);
-  EXPECT_EQ(angle(-1, 0), -90.00003814697266F);
+  EXPECT_EQ(image_math::angle(0, 0), 0.0F);
+  EXPECT_EQ(image_math::angle(-0.0F, -0.0F), 0.0F);
+  EXPECT_EQ(image_math::angle(0, 1), 0.0F);
+  EXPECT_EQ(image_math::angle(1, 0), 90.00003814697266F);
+  EXPECT_EQ(image_math::angle(0, -1), 180.00008F);
+  EXPECT_EQ(image_math::angle(-0.0F, -1), -180.00008F);
+  EXPECT_EQ(image_math::angle(-1, 0), -90.00003814697266F);
 }
 
 TEST(Angle, AgreesWithItsDefinition) {
-  for (const auto& [y, x] : randomVectors()) EXPECT_EQ(angle(y, x), angleOf(y, x)) << y << " " << x;
+  for (const auto& [y, x] : randomVectors())
+    EXPECT_EQ(image_math::angle(y, x), angleOf(y, x)) << y << " " << x;
 }
 
 TEST(Angle, ChangesItsSignWithY) {
-  for (const auto& [y, x] : randomVectors()) EXPECT_EQ(angle(-y, x), -angle(y, x));
+  for (const auto& [y, x] : randomVectors())
+    EXPECT_EQ(image_math::angle(-y, x), -image_math::angle(y, x));
 }
 
 TEST(Direction, OfBoundariesIsTheSectorNearerToZero) {
   const std::vector<std::pair<float, int>> rows = {
       {-180.0F, 4}, {-157.5F, 5}, {-112.5F, 6}, {-67.5F, 7}, {-22.5F, 0}, {0.0F, 0},  {-0.0F, 0},
       {22.5F, 0},   {67.5F, 1},   {112.5F, 2},  {157.5F, 3}, {180.0F, 4}, {360.0F, 4}};
-  for (const auto& [degrees, code] : rows) EXPECT_EQ(direction(degrees), code) << degrees;
-  EXPECT_EQ(direction(22.50001F), 1);
-  EXPECT_EQ(direction(above(157.5F)), 4);
-  EXPECT_EQ(direction(below(-22.5F)), 7);
+  for (const auto& [degrees, code] : rows)
+    EXPECT_EQ(image_math::direction(degrees), code) << degrees;
+  EXPECT_EQ(image_math::direction(22.50001F), 1);
+  EXPECT_EQ(image_math::direction(above(157.5F)), 4);
+  EXPECT_EQ(image_math::direction(below(-22.5F)), 7);
 }
 
 TEST(Direction, FiveBelowMinus180IsIntended) {
-  EXPECT_EQ(direction(-180.1F), 5);
-  EXPECT_EQ(direction(below(-180.0F)), 5);
-  EXPECT_EQ(direction(-kInfinity), 5);
-  EXPECT_EQ(direction(angle(-0.0F, -1)), 5);
-  EXPECT_EQ(direction(-0.0F, -1.0F), 5);
-  EXPECT_EQ(direction(0.0F, -1.0F), 4);
+  EXPECT_EQ(image_math::direction(-180.1F), 5);
+  EXPECT_EQ(image_math::direction(below(-180.0F)), 5);
+  EXPECT_EQ(image_math::direction(-kInfinity), 5);
+  EXPECT_EQ(image_math::direction(image_math::angle(-0.0F, -1)), 5);
+  EXPECT_EQ(image_math::direction(-0.0F, -1.0F), 5);
+  EXPECT_EQ(image_math::direction(0.0F, -1.0F), 4);
 }
 
 TEST(Direction, OfNaNIsFour) {
-  EXPECT_EQ(direction(kNaN), 4);
-  EXPECT_EQ(direction(-kNaN), 4);
-  EXPECT_EQ(direction(kInfinity), 4);
+  EXPECT_EQ(image_math::direction(kNaN), 4);
+  EXPECT_EQ(image_math::direction(-kNaN), 4);
+  EXPECT_EQ(image_math::direction(kInfinity), 4);
 }
 
 TEST(Direction, FollowsItsTable) {
   for (float base = -202.5F; base <= 202.5F; base += 7.5F) {
     for (const float d : {below(base), base, above(base), base + 1}) {
-      EXPECT_EQ(direction(d), directionOf(d)) << d;
+      EXPECT_EQ(image_math::direction(d), directionOf(d)) << d;
     }
   }
 }
 
 TEST(Direction, OfAVectorIsThatOfItsAngle) {
   for (const auto& [y, x] : randomVectors()) {
-    EXPECT_EQ(direction(y, x), directionOf(angleOf(y, x))) << y << " " << x;
+    EXPECT_EQ(image_math::direction(y, x), directionOf(angleOf(y, x))) << y << " " << x;
   }
-  EXPECT_EQ(direction(0.0F, 0.0F), 0);
-  EXPECT_EQ(direction(-0.0F, -0.0F), 0);
+  EXPECT_EQ(image_math::direction(0.0F, 0.0F), 0);
+  EXPECT_EQ(image_math::direction(-0.0F, -0.0F), 0);
 }
 
 TEST(Direction, RunsCounterClockwise) {
   const std::vector<std::pair<float, float>> around = {{0, 1},  {1, 1},   {1, 0},  {1, -1},
                                                        {0, -1}, {-1, -1}, {-1, 0}, {-1, 1}};
   for (std::size_t code = 0; code < around.size(); ++code) {
-    EXPECT_EQ(direction(around[code].first, around[code].second), code);
+    EXPECT_EQ(image_math::direction(around[code].first, around[code].second), code);
   }
 }
 
@@ -180,3 +180,4 @@ TEST(ArrayStatistics, AgreeWithTheirDefinitions) {
 }
 
 }  // namespace
+}  // namespace orva::test

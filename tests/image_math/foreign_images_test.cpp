@@ -9,8 +9,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 const std::vector<float> kPixels = {40, 10, 30, 20};
 
 RawImage foreign() { return {Shape{2, 2}, BYTE, std::vector<unsigned char>{1, 2, 3, 4}, kPixels}; }

@@ -7,14 +7,12 @@
 #include "tests/support/images.h"
 #include "tests/support/memory_limit.h"
 
+namespace orva::test {
 namespace {
-
-using orva_test::Random;
-using orva_test::randomImage;
 
 template <class Work>
 void expect(const char* name, const Work& work) {
-  orva_test::expectMemoryToRunOut(name, {"Error: out of memory\n"}, work);
+  expectMemoryToRunOut(name, {"Error: out of memory\n"}, work);
 }
 
 TEST(StatisticsWithoutMemory, EndTheProcess) {
@@ -25,10 +23,11 @@ TEST(StatisticsWithoutMemory, EndTheProcess) {
   auto narrow = randomImage<float>(random, {300, 300});
   narrow.setPixel(0, 900000.0F);
   const auto signs = randomImage<float>(random, {1000, 800});
-  expect("sorted", [&] { orva::image_math::topByPercentage(wide, 0.5F); });
-  expect("counted", [&] { orva::image_math::meanOfTopByPercentage(narrow, 0.5F); });
-  expect("zeros", [&] { orva::image_math::findZeros(signs); });
-  expect("zeros of two", [&] { orva::image_math::findZeros(signs, signs); });
+  expect("sorted", [&] { image_math::topByPercentage(wide, 0.5F); });
+  expect("counted", [&] { image_math::meanOfTopByPercentage(narrow, 0.5F); });
+  expect("zeros", [&] { image_math::findZeros(signs); });
+  expect("zeros of two", [&] { image_math::findZeros(signs, signs); });
 }
 
 }  // namespace
+}  // namespace orva::test

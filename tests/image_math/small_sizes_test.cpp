@@ -8,13 +8,8 @@
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::Shape;
-using orva_test::smallShapes;
-namespace image_math = orva::image_math;
 
 // Pixel i is 10 i.
 image<float> ramp(const Shape& shape) {
@@ -50,3 +45,4 @@ TEST(SmallImage, HasNoZeroCrossings) {
 }
 
 }  // namespace
+}  // namespace orva::test

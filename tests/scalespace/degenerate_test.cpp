@@ -10,16 +10,8 @@
 #include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
 
+namespace orva::test {
 namespace {
-
-using orva::FeatureType;
-using orva::image;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::sameImage;
-using orva_test::sameValues;
-using orva_test::Shape;
-namespace scalespace = orva::scalespace;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -76,7 +68,7 @@ TEST_P(DegenerateSigma, CutsAndReductionsFollowTheirDefinition) {
                          reference::harmonicCut(img, s, true, 2)));
   EXPECT_TRUE(sameImage(scalespace::hcut(img, s, 1.0F), reference::hcut(img, s, 1.0F)));
   EXPECT_TRUE(sameImage(scalespace::hcut(img, 1.0F, s), reference::hcut(img, 1.0F, s)));
-  const std::unique_ptr<orva::Image> reduced(scalespace::reduce(img, 0.5F, s));
+  const std::unique_ptr<Image> reduced(scalespace::reduce(img, 0.5F, s));
   ASSERT_NE(reduced, nullptr);
   EXPECT_TRUE(sameImage(*reduced, reference::reduce(img, 0.5F, s)));
 }
@@ -105,7 +97,7 @@ TEST(DegenerateScale, ARatioOfZeroMakesSmoothingAlongTheFramesBlackIsIntended) {
   // The infinite sigma has five taps of 0.
   Random random(86);
   const auto img = randomImage<unsigned char>(random, {4, 3, 3});
-  EXPECT_TRUE(sameValues(scalespace::smooth(img, 1.0F, 0.0F), orva_test::blank<float>({4, 3, 3})));
+  EXPECT_TRUE(sameValues(scalespace::smooth(img, 1.0F, 0.0F), blank<float>({4, 3, 3})));
 }
 
 TEST(DegeneratePixels, SpreadAsTheDefinitionSpreadsThem) {
@@ -113,8 +105,7 @@ TEST(DegeneratePixels, SpreadAsTheDefinitionSpreadsThem) {
   for (const Shape& shape : {Shape{17, 9}, Shape{9, 6, 4}}) {
     auto img = randomImage<float>(random, shape);
     const float values[] = {kNaN, kInfinity, -kInfinity, 3e38F, -3e38F, 1e-40F};
-    for (int i = 0; i < 6; ++i)
-      img.setPixel(orva_test::randomInt(random, 0, img.npix() - 1), values[i]);
+    for (int i = 0; i < 6; ++i) img.setPixel(randomInt(random, 0, img.npix() - 1), values[i]);
     const reference::Triple s{0.6F, 0.6F, 0.6F};
     EXPECT_TRUE(sameValues(scalespace::gaussian(img, 0.6F, 1, 0, 2),
                            reference::gaussian(img, s, {1, 0, 2})));
@@ -127,21 +118,21 @@ TEST(DegeneratePixels, SpreadAsTheDefinitionSpreadsThem) {
 }
 
 TEST(DegenerateFactor, ThatIsNoNumberGivesOnePixel) {
-  const std::unique_ptr<orva::Image> result(
-      scalespace::reduce(orva_test::blank<float>({5, 5}), kNaN, 1.0F));
+  const std::unique_ptr<Image> result(scalespace::reduce(blank<float>({5, 5}), kNaN, 1.0F));
   ASSERT_NE(result, nullptr);
   EXPECT_EQ(result->npix(), 1);
 }
 
 TEST(DegenerateSigmaDeathTest, ATapCountPast32BitsEndsTheProcess) {
-  const auto img = orva_test::blank<unsigned char>({5, 5});
+  const auto img = blank<unsigned char>({5, 5});
   const auto exits = testing::ExitedWithCode(1);
   const char* message = "^Out of memory\n$";
   EXPECT_EXIT(scalespace::gaussian(img, 4e8F, 0, 0, 0), exits, message);
   EXPECT_EXIT(scalespace::smooth(img, 4e8F, 1.0F), exits, message);
   EXPECT_EXIT(scalespace::gradient(img, 4e8F, 1.0F), exits, message);
-  EXPECT_EXIT(scalespace::features(img, 4e8F, orva::LAPLACIAN_NEGATIVE, 1.0F), exits, message);
-  EXPECT_EXIT(scalespace::features(img, 4e8F, orva::HESSIAN_MAXIMUM, 1.0F), exits, message);
+  EXPECT_EXIT(scalespace::features(img, 4e8F, LAPLACIAN_NEGATIVE, 1.0F), exits, message);
+  EXPECT_EXIT(scalespace::features(img, 4e8F, HESSIAN_MAXIMUM, 1.0F), exits, message);
 }
 
 }  // namespace
+}  // namespace orva::test

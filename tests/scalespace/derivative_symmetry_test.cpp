@@ -19,23 +19,10 @@
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::backToFront;
-using orva_test::flipped;
-using orva_test::framed;
-using orva_test::near;
-using orva_test::onItsSide;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::sameImage;
-using orva_test::sameValues;
-using orva_test::scaled;
-using orva_test::transposed;
-using orva_test::unframed;
-using orva_test::upsideDown;
-using namespace orva::scalespace;
+using namespace scalespace;
 
 using Floats = image<float>;
 using Filter = std::function<Floats(const Floats&)>;
@@ -45,15 +32,15 @@ constexpr float kA = 1.0F;
 constexpr float kB = 0.8F;
 constexpr float kC = 0.9F;
 
-Filter by(Floats (*f)(const orva::Image&, float)) {
+Filter by(Floats (*f)(const Image&, float)) {
   return [f](const Floats& img) { return f(img, kA); };
 }
 
-Filter by(Floats (*f)(const orva::Image&, float, float), float s1, float s2) {
+Filter by(Floats (*f)(const Image&, float, float), float s1, float s2) {
   return [f, s1, s2](const Floats& img) { return f(img, s1, s2); };
 }
 
-Filter by(Floats (*f)(const orva::Image&, float, float, float), float s1, float s2, float s3) {
+Filter by(Floats (*f)(const Image&, float, float, float), float s1, float s2, float s3) {
   return [f, s1, s2, s3](const Floats& img) { return f(img, s1, s2, s3); };
 }
 
@@ -111,7 +98,7 @@ void expectTurned(const Derivative& d, const Floats& img, const Same& same) {
 }
 
 TEST(NamedDerivatives, OfBrightPixelsAreExactlyTurned) {
-  const Floats img = orva_test::brightPixels(true);
+  const Floats img = brightPixels(true);
   int row = 0;
   for (const Derivative& d : derivatives()) {
     SCOPED_TRACE(row++);
@@ -129,7 +116,7 @@ TEST(NamedDerivatives, AreTurnedUpToTheErrorOfTheirSums) {
   int row = 0;
   for (const Derivative& d : derivatives()) {
     SCOPED_TRACE(row++);
-    const float error = orva_test::errorOf(d.orders, true, 1000.0F, {kA, kB, kC});
+    const float error = errorOf(d.orders, true, 1000.0F, {kA, kB, kC});
     const Floats result = d.filter(img);
     ASSERT_GT(result.max(), 100.0F * error);
     const auto same = [error](const Floats& a, const Floats& b) { return near(a, b, error); };
@@ -154,8 +141,8 @@ TEST(Gradient, OfThreeImagesDoesNotDependOnTheirOrderOrSigns) {
   Random random(413);
   std::vector<Floats> parts;
   for (int i = 0; i < 3; ++i) {
-    parts.push_back(orva_test::composed<float>({9, 8, 6}, [&random](int, int, int) {
-      return static_cast<float>(orva_test::randomInt(random, -1000, 1000));
+    parts.push_back(composed<float>({9, 8, 6}, [&random](int, int, int) {
+      return static_cast<float>(randomInt(random, -1000, 1000));
     }));
   }
   const image<short> norm = gradient(parts[0], parts[1], parts[2]);
@@ -167,11 +154,10 @@ TEST(Gradient, OfThreeImagesDoesNotDependOnTheirOrderOrSigns) {
   EXPECT_TRUE(sameImage(gradient(parts[0], parts[1], scaled(parts[2], -1.0F)), norm));
   EXPECT_TRUE(sameImage(gradient(parts[1], parts[0]), gradient(parts[0], parts[1])));
 
-  const auto order = orva_test::shuffledFrames(random, norm);
-  const auto some = [&order](const auto& img) {
-    return transposed(orva_test::reordered(img, order));
-  };
+  const auto order = shuffledFrames(random, norm);
+  const auto some = [&order](const auto& img) { return transposed(reordered(img, order)); };
   EXPECT_TRUE(sameImage(gradient(some(parts[0]), some(parts[1]), some(parts[2])), some(norm)));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -4,16 +4,8 @@
 #include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomSigma;
-using orva_test::sameImage;
-using orva_test::Shape;
-namespace scalespace = orva::scalespace;
 
 struct OneSigma {
   const char* name;
@@ -54,7 +46,7 @@ const Shape kShapes[] = {{9, 7, 4}, {8, 6}, {5, 4, 1, 3, 2}, {11, 1, 3}, {1, 12,
 
 template <class T>
 class Derivatives : public testing::Test {};
-TYPED_TEST_SUITE(Derivatives, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Derivatives, PixelTypes);
 
 TYPED_TEST(Derivatives, WithOneSigmaUseItOnAllAxes) {
   Random random(21);
@@ -103,8 +95,8 @@ TEST(DerivativeForms, OfANullImageAreNull) {
 TEST(DerivativeForms, OfAFormWithoutChangeAlongTheAxisAreNearlyZero) {
   Random random(24);
   const Shape shape{20, 15};
-  auto rows = orva_test::blank<unsigned char>(shape);
-  auto columns = orva_test::blank<unsigned char>(shape);
+  auto rows = blank<unsigned char>(shape);
+  auto columns = blank<unsigned char>(shape);
   for (int y = 0; y < shape.ny; ++y) {
     for (int x = 0; x < shape.nx; ++x) {
       rows.setPixel(x, y, static_cast<float>(y * 17));
@@ -121,7 +113,7 @@ TEST(DerivativeForms, OfAFormWithoutChangeAlongTheAxisAreNearlyZero) {
 
 TEST(DerivativeForms, ArePositiveWhereBrightnessGrows) {
   const Shape shape{9, 9, 9};
-  auto ramp = orva_test::blank<float>(shape);
+  auto ramp = blank<float>(shape);
   for (int z = 0; z < 9; ++z)
     for (int y = 0; y < 9; ++y)
       for (int x = 0; x < 9; ++x)
@@ -143,3 +135,4 @@ TEST(DerivativeForms, AlongZOfASingleFrameAreTheSmoothedImageIsIntended) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -7,26 +7,15 @@
 #include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
 
+namespace orva::test {
 namespace {
 
-using orva::FeatureType;
-using orva::image;
-using orva::scalespace::features;
-using orva_test::blank;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomSigma;
-using orva_test::sameImage;
-using orva_test::Shape;
-
-const FeatureType kTypes[] = {orva::LAPLACIAN_NEGATIVE, orva::LAPLACIAN_POSITIVE,
-                              orva::HESSIAN_MAXIMUM,    orva::HESSIAN_MINIMUM,
-                              orva::GRADIENT_CONCAVE,   orva::GRADIENT_CONVEX};
+const FeatureType kTypes[] = {LAPLACIAN_NEGATIVE, LAPLACIAN_POSITIVE, HESSIAN_MAXIMUM,
+                              HESSIAN_MINIMUM,    GRADIENT_CONCAVE,   GRADIENT_CONVEX};
 const int kUnknownTypes[] = {0, 3, 5, 12, 48, 63, 64, -1};
 
 int countMarked(const image<unsigned char>& mask) {
-  const auto pixels = orva_test::pixelsOf(mask);
+  const auto pixels = pixelsOf(mask);
   return static_cast<int>(std::count(pixels.begin(), pixels.end(), 255));
 }
 
@@ -41,7 +30,7 @@ image<unsigned char> disc() {
 
 template <class T>
 class FeaturesOf : public testing::Test {};
-TYPED_TEST_SUITE(FeaturesOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(FeaturesOf, PixelTypes);
 
 TYPED_TEST(FeaturesOf, APlaneMatchTheirDefinition) {
   Random random(41);
@@ -49,8 +38,8 @@ TYPED_TEST(FeaturesOf, APlaneMatchTheirDefinition) {
     const auto img = randomImage<TypeParam>(random, {nx, randomInt(random, 1, 7)});
     const float sigma = randomSigma(random, 0.4F, 3.0F);
     for (const FeatureType type : kTypes)
-      EXPECT_TRUE(
-          sameImage(features(img, sigma, type, 1.0F), reference::features(img, sigma, type, 1.0F)))
+      EXPECT_TRUE(sameImage(scalespace::features(img, sigma, type, 1.0F),
+                            reference::features(img, sigma, type, 1.0F)))
           << "width " << nx << " type " << type;
   }
 }
@@ -64,7 +53,7 @@ TYPED_TEST(FeaturesOf, AStackMatchTheirDefinition) {
     const float sigma = randomSigma(random, 0.4F, 3.0F);
     const float ratio = nx % 4 == 0 ? 0.0F : randomSigma(random, 0.5F, 3.0F);
     for (const FeatureType type : kTypes)
-      EXPECT_TRUE(sameImage(features(img, sigma, type, ratio),
+      EXPECT_TRUE(sameImage(scalespace::features(img, sigma, type, ratio),
                             reference::features(img, sigma, type, ratio)))
           << "width " << nx << " type " << type << " ratio " << ratio;
   }
@@ -76,17 +65,17 @@ TEST(Features, WithTiesMatchTheirDefinition) {
     // At 0.05 the kernel has one tap that is not 0, so that equal pixels stay equal.
     const float sigma = round % 2 == 0 ? 0.05F : 0.5F;
     const Shape shape{randomInt(random, 1, 20), randomInt(random, 1, 12), randomInt(random, 1, 4)};
-    const auto img = orva_test::imageWithTies(random, shape);
+    const auto img = imageWithTies(random, shape);
     for (const FeatureType type : kTypes)
-      EXPECT_TRUE(
-          sameImage(features(img, sigma, type, 1.0F), reference::features(img, sigma, type, 1.0F)))
+      EXPECT_TRUE(sameImage(scalespace::features(img, sigma, type, 1.0F),
+                            reference::features(img, sigma, type, 1.0F)))
           << "type " << type;
   }
 }
 
 TEST(Features, OfABrightDiscSeparateItsInsideFromItsSurroundings) {
-  const auto bright = features(disc(), 2.0F, orva::LAPLACIAN_NEGATIVE, 1.0F);
-  const auto dark = features(disc(), 2.0F, orva::LAPLACIAN_POSITIVE, 1.0F);
+  const auto bright = scalespace::features(disc(), 2.0F, LAPLACIAN_NEGATIVE, 1.0F);
+  const auto dark = scalespace::features(disc(), 2.0F, LAPLACIAN_POSITIVE, 1.0F);
   for (const int x : {12, 13, 14, 26, 27, 28}) {  // inside, near the rim
     EXPECT_EQ(bright.pixel(x, 20), 255) << x;
     EXPECT_EQ(dark.pixel(x, 20), 0) << x;
@@ -98,15 +87,15 @@ TEST(Features, OfABrightDiscSeparateItsInsideFromItsSurroundings) {
 }
 
 TEST(Features, OfABrightDiscSeeItsMiddleAtAScaleOfItsOwnSize) {
-  EXPECT_EQ(features(disc(), 5.0F, orva::LAPLACIAN_NEGATIVE, 1.0F).pixel(20, 20), 255);
-  EXPECT_EQ(features(disc(), 5.0F, orva::LAPLACIAN_POSITIVE, 1.0F).pixel(20, 20), 0);
+  EXPECT_EQ(scalespace::features(disc(), 5.0F, LAPLACIAN_NEGATIVE, 1.0F).pixel(20, 20), 255);
+  EXPECT_EQ(scalespace::features(disc(), 5.0F, LAPLACIAN_POSITIVE, 1.0F).pixel(20, 20), 0);
 }
 
 TEST(Features, OfBothLaplacianSignsAreComplementsExceptWhereTheSumIsZero) {
   const auto img = disc();
-  const auto sum = orva::scalespace::laplacian(img, 1.5F);
-  const auto bright = features(img, 1.5F, orva::LAPLACIAN_NEGATIVE, 1.0F);
-  const auto dark = features(img, 1.5F, orva::LAPLACIAN_POSITIVE, 1.0F);
+  const auto sum = scalespace::laplacian(img, 1.5F);
+  const auto bright = scalespace::features(img, 1.5F, LAPLACIAN_NEGATIVE, 1.0F);
+  const auto dark = scalespace::features(img, 1.5F, LAPLACIAN_POSITIVE, 1.0F);
   int zeros = 0;
   for (int i = 0; i < img.npix(); ++i) {
     EXPECT_EQ(bright.pixel(i), sum.pixel(i) < 0 ? 255 : 0) << i;
@@ -127,24 +116,25 @@ TEST(Features, MarkCapsAndCups) {
       saddle.setPixel(x, y, xx - yy);
     }
   }
-  const auto cup = orva_test::scaled(cap, -1.0F);
+  const auto cup = scaled(cap, -1.0F);
   const struct {
     const image<float>& img;
     int maximum, minimum, concave, convex;
   } rows[] = {{cap, 255, 0, 255, 0}, {cup, 0, 255, 0, 255}, {saddle, 0, 0, 0, 255}};
   for (const auto& row : rows) {
     // At (5, 4) the gradient is along x.
-    EXPECT_EQ(features(row.img, 0.3F, orva::HESSIAN_MAXIMUM, 1.0F).pixel(5, 4), row.maximum);
-    EXPECT_EQ(features(row.img, 0.3F, orva::HESSIAN_MINIMUM, 1.0F).pixel(5, 4), row.minimum);
-    EXPECT_EQ(features(row.img, 0.3F, orva::GRADIENT_CONCAVE, 1.0F).pixel(5, 4), row.concave);
-    EXPECT_EQ(features(row.img, 0.3F, orva::GRADIENT_CONVEX, 1.0F).pixel(5, 4), row.convex);
+    EXPECT_EQ(scalespace::features(row.img, 0.3F, HESSIAN_MAXIMUM, 1.0F).pixel(5, 4), row.maximum);
+    EXPECT_EQ(scalespace::features(row.img, 0.3F, HESSIAN_MINIMUM, 1.0F).pixel(5, 4), row.minimum);
+    EXPECT_EQ(scalespace::features(row.img, 0.3F, GRADIENT_CONCAVE, 1.0F).pixel(5, 4), row.concave);
+    EXPECT_EQ(scalespace::features(row.img, 0.3F, GRADIENT_CONVEX, 1.0F).pixel(5, 4), row.convex);
   }
 }
 
 TEST(Features, OfABlackImageAreEmpty) {
   for (const Shape& shape : {Shape{9, 8}, Shape{9, 8, 5}, Shape{9, 8, 1, 2, 2}}) {
     for (const FeatureType type : kTypes)
-      EXPECT_EQ(countMarked(features(blank<short>(shape), 1.0F, type, 1.0F)), 0) << type;
+      EXPECT_EQ(countMarked(scalespace::features(blank<short>(shape), 1.0F, type, 1.0F)), 0)
+          << type;
   }
 }
 
@@ -154,8 +144,8 @@ TEST(Features, OfAConstantImageFollowTheRoundingOfTheFiltersIsIntended) {
       auto img = blank<float>(shape);
       std::fill_n(img.pixels(), img.npix(), v);
       for (const FeatureType type : kTypes)
-        EXPECT_TRUE(
-            sameImage(features(img, 1.3F, type, 1.0F), reference::features(img, 1.3F, type, 1.0F)))
+        EXPECT_TRUE(sameImage(scalespace::features(img, 1.3F, type, 1.0F),
+                              reference::features(img, 1.3F, type, 1.0F)))
             << v << " type " << type;
     }
   }
@@ -168,7 +158,7 @@ TEST(Features, ByDifferencesLeaveTheBorderEmpty) {
     const std::vector<bool> interior = img.interior();
     int marked = 0;
     for (const int type : {4, 8, 16, 32}) {
-      const auto mask = features(img, 0.5F, static_cast<FeatureType>(type), 1.0F);
+      const auto mask = scalespace::features(img, 0.5F, static_cast<FeatureType>(type), 1.0F);
       for (int i = 0; i < mask.npix(); ++i) {
         if (!interior[static_cast<std::size_t>(i)]) {
           EXPECT_EQ(mask.pixel(i), 0) << type;
@@ -183,8 +173,8 @@ TEST(Features, ByDifferencesLeaveTheBorderEmpty) {
 TEST(Features, ByLaplacianDecideTheBorderToo) {
   Random random(45);
   const auto img = randomImage<short>(random, {15, 13});
-  const auto sum = orva::scalespace::laplacian(img, 1.0F);
-  const auto mask = features(img, 1.0F, orva::LAPLACIAN_NEGATIVE, 1.0F);
+  const auto sum = scalespace::laplacian(img, 1.0F);
+  const auto mask = scalespace::features(img, 1.0F, LAPLACIAN_NEGATIVE, 1.0F);
   int marked = 0;
   for (int x = 0; x < 15; ++x) {
     EXPECT_EQ(mask.pixel(x, 0), sum.pixel(x, 0) < 0 ? 255 : 0) << x;
@@ -200,7 +190,9 @@ TEST(Features, ByDifferencesOfANarrowImageAreEmpty) {
         Shape{9, 9, 2}, Shape{9, 9, 1, 2}, Shape{2, 9, 5}, Shape{9, 1, 5}}) {
     const auto img = randomImage<short>(random, shape);
     for (const int type : {4, 8, 16, 32})
-      EXPECT_EQ(countMarked(features(img, 0.5F, static_cast<FeatureType>(type), 1.0F)), 0) << type;
+      EXPECT_EQ(countMarked(scalespace::features(img, 0.5F, static_cast<FeatureType>(type), 1.0F)),
+                0)
+          << type;
   }
 }
 
@@ -209,7 +201,7 @@ TEST(Features, OfAnUnknownTypeOrACombinationAreEmpty) {
   for (const Shape& shape : {Shape{9, 7}, Shape{9, 7, 4}}) {
     const auto img = randomImage<unsigned char>(random, shape);
     for (const int type : kUnknownTypes)
-      EXPECT_TRUE(sameImage(features(img, 1.0F, static_cast<FeatureType>(type), 1.0F),
+      EXPECT_TRUE(sameImage(scalespace::features(img, 1.0F, static_cast<FeatureType>(type), 1.0F),
                             blank<unsigned char>(shape)))
           << type;
   }
@@ -218,7 +210,7 @@ TEST(Features, OfAnUnknownTypeOrACombinationAreEmpty) {
 TEST(Features, OfANullImageAreTheNullByteImage) {
   for (const Shape& shape : {Shape{0, 1}, Shape{0, 0}, Shape{5, 5, 0}, Shape{5, 5, 1, 1, 0}}) {
     for (const FeatureType type : kTypes)
-      EXPECT_TRUE(sameImage(features(blank<float>(shape), 1.0F, type, 1.0F),
+      EXPECT_TRUE(sameImage(scalespace::features(blank<float>(shape), 1.0F, type, 1.0F),
                             image<unsigned char>(0, 1, 1, 1, 1)));
   }
 }
@@ -227,9 +219,9 @@ TEST(Features, OfAPlaneDoNotUseTheRatio) {
   Random random(48);
   const auto img = randomImage<unsigned char>(random, {19, 13});
   for (const FeatureType type : kTypes) {
-    const auto expected = features(img, 1.0F, type, 1.0F);
+    const auto expected = scalespace::features(img, 1.0F, type, 1.0F);
     for (const float ratio : {0.0F, -1.0F, 9.0F, std::numeric_limits<float>::quiet_NaN()})
-      EXPECT_TRUE(sameImage(features(img, 1.0F, type, ratio), expected)) << type;
+      EXPECT_TRUE(sameImage(scalespace::features(img, 1.0F, type, ratio), expected)) << type;
   }
 }
 
@@ -237,7 +229,8 @@ TEST(Features, OfAStackTakeARatioOfZeroAsOne) {
   Random random(49);
   const auto img = randomImage<unsigned char>(random, {13, 11, 6});
   for (const FeatureType type : kTypes)
-    EXPECT_TRUE(sameImage(features(img, 1.2F, type, 0.0F), features(img, 1.2F, type, 1.0F)))
+    EXPECT_TRUE(sameImage(scalespace::features(img, 1.2F, type, 0.0F),
+                          scalespace::features(img, 1.2F, type, 1.0F)))
         << type;
 }
 
@@ -245,9 +238,10 @@ TEST(Features, OfAStackDoNotDependOnWhatItsFramesAre) {
   Random random(50);
   const auto planes = randomImage<short>(random, {8, 7, 12});
   for (const Shape& shape : {Shape{8, 7, 1, 12, 1}, Shape{8, 7, 1, 1, 12}, Shape{8, 7, 3, 2, 2}}) {
-    const auto img = orva_test::imageOf<short>(shape, orva_test::pixelsOf(planes));
+    const auto img = imageOf<short>(shape, pixelsOf(planes));
     for (const FeatureType type : kTypes)
-      EXPECT_TRUE(sameImage(features(img, 1.0F, type, 2.0F), features(planes, 1.0F, type, 2.0F)))
+      EXPECT_TRUE(sameImage(scalespace::features(img, 1.0F, type, 2.0F),
+                            scalespace::features(planes, 1.0F, type, 2.0F)))
           << type;
   }
 }
@@ -266,31 +260,31 @@ TEST(Features, OfAStackSeeASphereAndAShell) {
     }
   }
   const auto at = [](const image<float>& img, FeatureType type, int x, int z) {
-    return features(img, 0.3F, type, 1.0F).pixel(x, 4, z);
+    return scalespace::features(img, 0.3F, type, 1.0F).pixel(x, 4, z);
   };
-  const auto cup = orva_test::scaled(cap, -1.0F);
-  EXPECT_EQ(at(cap, orva::HESSIAN_MAXIMUM, 4, 4), 255);
-  EXPECT_EQ(at(cap, orva::HESSIAN_MINIMUM, 4, 4), 0);
-  EXPECT_EQ(at(cup, orva::HESSIAN_MINIMUM, 4, 4), 255);
-  EXPECT_EQ(at(cup, orva::HESSIAN_MAXIMUM, 4, 4), 0);
+  const auto cup = scaled(cap, -1.0F);
+  EXPECT_EQ(at(cap, HESSIAN_MAXIMUM, 4, 4), 255);
+  EXPECT_EQ(at(cap, HESSIAN_MINIMUM, 4, 4), 0);
+  EXPECT_EQ(at(cup, HESSIAN_MINIMUM, 4, 4), 255);
+  EXPECT_EQ(at(cup, HESSIAN_MAXIMUM, 4, 4), 0);
   // A cap in each plane that grows along z is no cap of the stack.
-  EXPECT_EQ(at(ridge, orva::HESSIAN_MAXIMUM, 4, 4), 0);
-  EXPECT_EQ(at(ridge, orva::HESSIAN_MINIMUM, 4, 4), 0);
-  EXPECT_EQ(at(ridge, orva::LAPLACIAN_POSITIVE, 4, 4), 255);
+  EXPECT_EQ(at(ridge, HESSIAN_MAXIMUM, 4, 4), 0);
+  EXPECT_EQ(at(ridge, HESSIAN_MINIMUM, 4, 4), 0);
+  EXPECT_EQ(at(ridge, LAPLACIAN_POSITIVE, 4, 4), 255);
   // The curvature along the gradient is that of the axis along which it points.
-  EXPECT_EQ(at(ridge, orva::GRADIENT_CONCAVE, 6, 4), 255);
-  EXPECT_EQ(at(ridge, orva::GRADIENT_CONVEX, 4, 6), 255);
+  EXPECT_EQ(at(ridge, GRADIENT_CONCAVE, 6, 4), 255);
+  EXPECT_EQ(at(ridge, GRADIENT_CONVEX, 4, 6), 255);
 }
 
 TEST(Features, OfTheNegatedImageAreThoseOfTheOppositeType) {
   Random random(51);
   for (const Shape& shape : {Shape{31, 22}, Shape{12, 10, 7}}) {
     const auto img = randomImage<float>(random, shape);
-    const auto negated = orva_test::scaled(img, -1.0F);
+    const auto negated = scaled(img, -1.0F);
     for (const int type : {1, 4, 16}) {
       const auto opposite = static_cast<FeatureType>(2 * type);
-      const auto mask = features(img, 1.0F, static_cast<FeatureType>(type), 1.5F);
-      EXPECT_TRUE(sameImage(features(negated, 1.0F, opposite, 1.5F), mask)) << type;
+      const auto mask = scalespace::features(img, 1.0F, static_cast<FeatureType>(type), 1.5F);
+      EXPECT_TRUE(sameImage(scalespace::features(negated, 1.0F, opposite, 1.5F), mask)) << type;
       EXPECT_GT(countMarked(mask), 0) << type;
     }
   }
@@ -300,9 +294,10 @@ TEST(Features, DoNotChangeWhenTheImageIsDoubled) {
   Random random(52);
   for (const Shape& shape : {Shape{31, 22}, Shape{12, 10, 7}}) {
     const auto img = randomImage<float>(random, shape);
-    const auto doubled = orva_test::scaled(img, 2.0F);
+    const auto doubled = scaled(img, 2.0F);
     for (const FeatureType type : kTypes)
-      EXPECT_TRUE(sameImage(features(doubled, 1.0F, type, 1.0F), features(img, 1.0F, type, 1.0F)))
+      EXPECT_TRUE(sameImage(scalespace::features(doubled, 1.0F, type, 1.0F),
+                            scalespace::features(img, 1.0F, type, 1.0F)))
           << type;
   }
 }
@@ -313,8 +308,9 @@ TEST(Features, ANaNMarksNothing) {
     auto img = blank<float>(shape);
     std::fill_n(img.pixels(), img.npix(), nan);
     for (const FeatureType type : kTypes)
-      EXPECT_EQ(countMarked(features(img, 1.0F, type, 1.0F)), 0) << type;
+      EXPECT_EQ(countMarked(scalespace::features(img, 1.0F, type, 1.0F)), 0) << type;
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,8 +12,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 const Shape kShape{9, 7};
 
 // The floats that are seen pixel by pixel, and others that lie in memory.

@@ -6,20 +6,8 @@
 #include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::scalespace::gaussian;
-using orva::scalespace::smooth;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomSigma;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 reference::Triple randomSigmas(Random& random) {
   return {randomSigma(random), randomSigma(random), randomSigma(random)};
@@ -33,21 +21,20 @@ template <class T>
 class Gaussian : public testing::Test {};
 template <class T>
 class Smooth : public testing::Test {};
-TYPED_TEST_SUITE(Gaussian, orva_test::PixelTypes);
-TYPED_TEST_SUITE(Smooth, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Gaussian, PixelTypes);
+TYPED_TEST_SUITE(Smooth, PixelTypes);
 
 TYPED_TEST(Gaussian, MatchesItsDefinitionAtAllWidths) {
   Random random(11);
   for (int nx = 1; nx <= 130; ++nx) {
-    const image<TypeParam> img =
-        randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+    const image<TypeParam> img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const reference::Triple s = randomSigmas(random);
     const reference::Orders o = randomOrders(random);
-    EXPECT_TRUE(
-        sameImage(gaussian(img, s.x, s.y, s.z, o.x, o.y, o.z), reference::gaussian(img, s, o)))
+    EXPECT_TRUE(sameImage(scalespace::gaussian(img, s.x, s.y, s.z, o.x, o.y, o.z),
+                          reference::gaussian(img, s, o)))
         << "width " << nx;
-    EXPECT_TRUE(
-        sameImage(gaussian(img, s.x, o.x, o.y, o.z), reference::gaussian(img, {s.x, s.x, s.x}, o)))
+    EXPECT_TRUE(sameImage(scalespace::gaussian(img, s.x, o.x, o.y, o.z),
+                          reference::gaussian(img, {s.x, s.x, s.x}, o)))
         << "width " << nx;
   }
 }
@@ -55,12 +42,13 @@ TYPED_TEST(Gaussian, MatchesItsDefinitionAtAllWidths) {
 TYPED_TEST(Smooth, MatchesItsDefinitionAtAllWidths) {
   Random random(12);
   for (int nx = 1; nx <= 130; ++nx) {
-    const image<TypeParam> img =
-        randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+    const image<TypeParam> img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const reference::Triple s = randomSigmas(random);
-    EXPECT_TRUE(sameImage(smooth(img, s.x, s.y, s.z), reference::smooth(img, s))) << "width " << nx;
+    EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, s.y, s.z), reference::smooth(img, s)))
+        << "width " << nx;
     const float ratio = randomSigma(random, 0.5F, 3.0F);
-    EXPECT_TRUE(sameImage(smooth(img, s.x, ratio), reference::smooth(img, {s.x, s.x, s.x / ratio})))
+    EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, ratio),
+                          reference::smooth(img, {s.x, s.x, s.x / ratio})))
         << "width " << nx;
   }
 }
@@ -69,8 +57,8 @@ TYPED_TEST(Gaussian, OfOnePixelIsItsValue) {
   Random random(13);
   const auto img = randomImage<TypeParam>(random, {1, 1});
   for (int order = 0; order <= 3; ++order)
-    EXPECT_EQ(gaussian(img, 2.0F, order, order, order).pixel(0), img.pixel(0));
-  EXPECT_EQ(smooth(img, 2.0F, 1.0F).pixel(0), img.pixel(0));
+    EXPECT_EQ(scalespace::gaussian(img, 2.0F, order, order, order).pixel(0), img.pixel(0));
+  EXPECT_EQ(scalespace::smooth(img, 2.0F, 1.0F).pixel(0), img.pixel(0));
 }
 
 TYPED_TEST(Gaussian, KeepsTheFiveSizesAndTheInput) {
@@ -78,7 +66,8 @@ TYPED_TEST(Gaussian, KeepsTheFiveSizesAndTheInput) {
   const Shape shape{7, 5, 2, 3, 2};
   const auto img = randomImage<TypeParam>(random, shape);
   const auto before = img.duplicate();
-  const std::vector<image<float>> results = {gaussian(img, 1.0F, 1, 0, 0), smooth(img, 1.0F, 1.0F)};
+  const std::vector<image<float>> results = {scalespace::gaussian(img, 1.0F, 1, 0, 0),
+                                             scalespace::smooth(img, 1.0F, 1.0F)};
   for (const image<float>& result : results) {
     EXPECT_EQ(result.nx(), 7);
     EXPECT_EQ(result.ny(), 5);
@@ -92,10 +81,10 @@ TYPED_TEST(Gaussian, KeepsTheFiveSizesAndTheInput) {
 TYPED_TEST(Gaussian, OfANullImageIsANullFloatImage) {
   for (const Shape& shape : {Shape{0, 1}, Shape{0, 0}, Shape{5, 5, 0}, Shape{5, 5, 1, 0}}) {
     const auto img = blank<TypeParam>(shape);
-    EXPECT_TRUE(gaussian(img, 2.0F, 1, 1, 1).isNull());
-    EXPECT_TRUE(gaussian(img, 1.0F, 2.0F, 3.0F, 0, 0, 0).isNull());
-    EXPECT_TRUE(smooth(img, 2.0F, 1.0F).isNull());
-    EXPECT_TRUE(smooth(img, 1.0F, 2.0F, 3.0F).isNull());
+    EXPECT_TRUE(scalespace::gaussian(img, 2.0F, 1, 1, 1).isNull());
+    EXPECT_TRUE(scalespace::gaussian(img, 1.0F, 2.0F, 3.0F, 0, 0, 0).isNull());
+    EXPECT_TRUE(scalespace::smooth(img, 2.0F, 1.0F).isNull());
+    EXPECT_TRUE(scalespace::smooth(img, 1.0F, 2.0F, 3.0F).isNull());
   }
 }
 
@@ -108,10 +97,10 @@ TEST(SeparableFilters, MatchTheirDefinitionAtAllHeightsAndDepths) {
       const auto img = randomImage<float>(random, shape);
       const reference::Triple s = randomSigmas(random);
       const reference::Orders o = randomOrders(random);
-      EXPECT_TRUE(
-          sameImage(gaussian(img, s.x, s.y, s.z, o.x, o.y, o.z), reference::gaussian(img, s, o)))
+      EXPECT_TRUE(sameImage(scalespace::gaussian(img, s.x, s.y, s.z, o.x, o.y, o.z),
+                            reference::gaussian(img, s, o)))
           << "length " << n;
-      EXPECT_TRUE(sameImage(smooth(img, s.x, s.y, s.z), reference::smooth(img, s)))
+      EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, s.y, s.z), reference::smooth(img, s)))
           << "length " << n;
     }
   }
@@ -124,8 +113,9 @@ TEST(SeparableFilters, MatchTheirDefinitionWithKernelsLongerThanTheLine) {
     const auto img = randomImage<float>(random, shape);
     const float s = randomSigma(random, 3.0F, 40.0F);
     const reference::Orders o = randomOrders(random);
-    EXPECT_TRUE(sameImage(gaussian(img, s, o.x, o.y, o.z), reference::gaussian(img, {s, s, s}, o)));
-    EXPECT_TRUE(sameImage(smooth(img, s, s, s), reference::smooth(img, {s, s, s})));
+    EXPECT_TRUE(sameImage(scalespace::gaussian(img, s, o.x, o.y, o.z),
+                          reference::gaussian(img, {s, s, s}, o)));
+    EXPECT_TRUE(sameImage(scalespace::smooth(img, s, s, s), reference::smooth(img, {s, s, s})));
   }
 }
 
@@ -134,7 +124,7 @@ TEST(SeparableFilters, GiveTheKernelForOneBrightPixel) {
     const reference::Kernel kernel = reference::gaussianKernel(1.5F, order);
     auto row = blank<float>({21, 1});
     row.setPixel(10, 1.0F);
-    const auto result = gaussian(row, 1.5F, order, 0, 0);
+    const auto result = scalespace::gaussian(row, 1.5F, order, 0, 0);
     for (int k = -kernel.radius; k <= kernel.radius; ++k)
       EXPECT_EQ(result.pixel(10 + k), kernel.tap(k)) << "order " << order << " tap " << k;
     EXPECT_EQ(result.pixel(10 - kernel.radius - 1), 0.0F);
@@ -148,8 +138,8 @@ TEST(SeparableFilters, OfAConstantLine) {
   float sum = 0;
   for (const float tap : kernel.taps) sum += tap;
   const auto line = imageOf<float>({12, 1}, std::vector<float>(12, v));
-  const auto repeated = gaussian(line, 1.0F, 0, 0, 0);
-  const auto dropped = smooth(line, 1.0F, 1.0F);
+  const auto repeated = scalespace::gaussian(line, 1.0F, 0, 0, 0);
+  const auto dropped = scalespace::smooth(line, 1.0F, 1.0F);
   float lost = 0;
   for (int i = kernel.radius; i >= 0; --i) {
     EXPECT_NEAR(repeated.pixel(i), v * sum, 1e-4) << i;
@@ -165,20 +155,20 @@ TEST(SeparableFilters, SkipAnAxisOfLengthOneWhateverItsOrderAndSigma) {
   const auto row = randomImage<float>(random, {9, 1});
   const auto column = imageOf<float>({1, 9}, pixelsOf(row));
   const auto depth = imageOf<float>({1, 1, 9}, pixelsOf(row));
-  const auto filtered = pixelsOf(gaussian(row, 1.2F, nan, nan, 1, 3, 2));
+  const auto filtered = pixelsOf(scalespace::gaussian(row, 1.2F, nan, nan, 1, 3, 2));
   EXPECT_EQ(filtered, pixelsOf(reference::gaussian(row, {1.2F, 1, 1}, {1, 0, 0})));
-  EXPECT_EQ(filtered, pixelsOf(gaussian(column, nan, 1.2F, nan, 2, 1, 3)));
-  EXPECT_EQ(filtered, pixelsOf(gaussian(depth, nan, nan, 1.2F, 3, 2, 1)));
-  const auto smoothed = pixelsOf(smooth(row, 1.2F, nan, nan));
-  EXPECT_EQ(smoothed, pixelsOf(smooth(column, nan, 1.2F, nan)));
-  EXPECT_EQ(smoothed, pixelsOf(smooth(depth, nan, nan, 1.2F)));
+  EXPECT_EQ(filtered, pixelsOf(scalespace::gaussian(column, nan, 1.2F, nan, 2, 1, 3)));
+  EXPECT_EQ(filtered, pixelsOf(scalespace::gaussian(depth, nan, nan, 1.2F, 3, 2, 1)));
+  const auto smoothed = pixelsOf(scalespace::smooth(row, 1.2F, nan, nan));
+  EXPECT_EQ(smoothed, pixelsOf(scalespace::smooth(column, nan, 1.2F, nan)));
+  EXPECT_EQ(smoothed, pixelsOf(scalespace::smooth(depth, nan, nan, 1.2F)));
 }
 
 TEST(SeparableFilters, MakeNoKernelForASkippedAxisOfADerivative) {
   // A sigma of 4e8 would end the process.
   const auto row = imageOf<float>({3, 1}, {1, 2, 3});
-  EXPECT_EQ(pixelsOf(gaussian(row, 1.0F, 4e8F, 4e8F, 0, 0, 0)),
-            pixelsOf(gaussian(row, 1.0F, 1.0F, 1.0F, 0, 0, 0)));
+  EXPECT_EQ(pixelsOf(scalespace::gaussian(row, 1.0F, 4e8F, 4e8F, 0, 0, 0)),
+            pixelsOf(scalespace::gaussian(row, 1.0F, 1.0F, 1.0F, 0, 0, 0)));
 }
 
 // A sigma of 4e8 has more taps than 32 bits count.
@@ -187,12 +177,12 @@ TEST(SeparableFilters, SmoothMakesTheKernelsOfAllAxesFirst) {
   const image<float> null(0, 1, 1, 1, 1);
   const auto ends = testing::ExitedWithCode(1);
   const char* const message = "^Out of memory\n$";
-  EXPECT_EXIT(smooth(pixel, 4e8F, 1.0F, 1.0F), ends, message);
-  EXPECT_EXIT(smooth(pixel, 1.0F, 4e8F, 1.0F), ends, message);
-  EXPECT_EXIT(smooth(pixel, 1.0F, 1.0F, 4e8F), ends, message);
-  EXPECT_EXIT(smooth(pixel, 4e8F, 1e9F), ends, message);
-  EXPECT_EXIT(smooth(pixel, 1.0F, 2.5e-9F), ends, message);
-  EXPECT_EXIT(smooth(null, 4e8F, 1e9F), ends, message);
+  EXPECT_EXIT(scalespace::smooth(pixel, 4e8F, 1.0F, 1.0F), ends, message);
+  EXPECT_EXIT(scalespace::smooth(pixel, 1.0F, 4e8F, 1.0F), ends, message);
+  EXPECT_EXIT(scalespace::smooth(pixel, 1.0F, 1.0F, 4e8F), ends, message);
+  EXPECT_EXIT(scalespace::smooth(pixel, 4e8F, 1e9F), ends, message);
+  EXPECT_EXIT(scalespace::smooth(pixel, 1.0F, 2.5e-9F), ends, message);
+  EXPECT_EXIT(scalespace::smooth(null, 4e8F, 1e9F), ends, message);
 }
 
 TEST(SeparableFilters, CountChannelsAndTimePointsAsPlanesIsIntended) {
@@ -200,8 +190,10 @@ TEST(SeparableFilters, CountChannelsAndTimePointsAsPlanesIsIntended) {
   const auto stack = randomImage<short>(random, {5, 4, 12});
   for (const Shape& shape : {Shape{5, 4, 1, 12, 1}, Shape{5, 4, 1, 1, 12}, Shape{5, 4, 2, 3, 2}}) {
     const auto folded = imageOf<short>(shape, pixelsOf(stack));
-    EXPECT_EQ(pixelsOf(gaussian(folded, 1.1F, 0, 1, 2)), pixelsOf(gaussian(stack, 1.1F, 0, 1, 2)));
-    EXPECT_EQ(pixelsOf(smooth(folded, 1.1F, 2.0F)), pixelsOf(smooth(stack, 1.1F, 2.0F)));
+    EXPECT_EQ(pixelsOf(scalespace::gaussian(folded, 1.1F, 0, 1, 2)),
+              pixelsOf(scalespace::gaussian(stack, 1.1F, 0, 1, 2)));
+    EXPECT_EQ(pixelsOf(scalespace::smooth(folded, 1.1F, 2.0F)),
+              pixelsOf(scalespace::smooth(stack, 1.1F, 2.0F)));
   }
 }
 
@@ -213,8 +205,8 @@ TEST(SeparableFilters, ShiftWithTheImageAwayFromTheBorder) {
   for (int i = shift; i < 60; ++i) moved.setPixel(i, img.pixel(i - shift));
   const int margin = 8;  // the radius for a sigma of 2
   for (int order = 0; order <= 3; ++order) {
-    const auto a = gaussian(img, 2.0F, order, 0, 0);
-    const auto b = gaussian(moved, 2.0F, order, 0, 0);
+    const auto a = scalespace::gaussian(img, 2.0F, order, 0, 0);
+    const auto b = scalespace::gaussian(moved, 2.0F, order, 0, 0);
     for (int i = shift + margin; i < 60 - margin; ++i)
       EXPECT_EQ(b.pixel(i), a.pixel(i - shift)) << i;
   }
@@ -223,11 +215,12 @@ TEST(SeparableFilters, ShiftWithTheImageAwayFromTheBorder) {
 TEST(SeparableFilters, ScaleExactlyWithANegativePowerOfTwo) {
   Random random(20);
   const auto img = randomImage<float>(random, {23, 17, 3});
-  const auto opposite = orva_test::scaled(img, -4.0F);
-  EXPECT_TRUE(orva_test::sameValues(gaussian(opposite, 1.3F, 1, 2, 0),
-                                    orva_test::scaled(gaussian(img, 1.3F, 1, 2, 0), -4.0F)));
-  EXPECT_TRUE(orva_test::sameValues(smooth(opposite, 1.3F, 1.0F),
-                                    orva_test::scaled(smooth(img, 1.3F, 1.0F), -4.0F)));
+  const auto opposite = scaled(img, -4.0F);
+  EXPECT_TRUE(sameValues(scalespace::gaussian(opposite, 1.3F, 1, 2, 0),
+                         scaled(scalespace::gaussian(img, 1.3F, 1, 2, 0), -4.0F)));
+  EXPECT_TRUE(sameValues(scalespace::smooth(opposite, 1.3F, 1.0F),
+                         scaled(scalespace::smooth(img, 1.3F, 1.0F), -4.0F)));
 }
 
 }  // namespace
+}  // namespace orva::test

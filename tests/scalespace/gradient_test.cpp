@@ -7,30 +7,20 @@
 #include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomSigma;
-using orva_test::sameImage;
-using orva_test::Shape;
-namespace scalespace = orva::scalespace;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 template <class T>
 class GradientImage : public testing::Test {};
-TYPED_TEST_SUITE(GradientImage, orva_test::PixelTypes);
+TYPED_TEST_SUITE(GradientImage, PixelTypes);
 
 TYPED_TEST(GradientImage, OfOneImageMatchesItsDefinition) {
   Random random(31);
   for (int nx = 1; nx <= 130; ++nx) {
-    const auto img = randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+    const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.5F);
     const float ratio = nx % 3 == 0 ? 0.0F : randomSigma(random, 0.5F, 3.0F);
     EXPECT_TRUE(
@@ -42,7 +32,7 @@ TYPED_TEST(GradientImage, OfOneImageMatchesItsDefinition) {
 TYPED_TEST(GradientImage, LaplacianMatchesItsDefinition) {
   Random random(32);
   for (int nx = 1; nx <= 130; ++nx) {
-    const auto img = randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+    const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.5F);
     EXPECT_TRUE(sameImage(scalespace::laplacian(img, sigma), reference::laplacian(img, sigma)))
         << "width " << nx;
@@ -52,7 +42,7 @@ TYPED_TEST(GradientImage, LaplacianMatchesItsDefinition) {
 TYPED_TEST(GradientImage, PixelwiseFormsMatchTheirDefinitions) {
   Random random(33);
   for (int nx = 1; nx <= 130; ++nx) {
-    const Shape shape = orva_test::shapeOfWidth(random, nx);
+    const Shape shape = shapeOfWidth(random, nx);
     const auto a = randomImage<TypeParam>(random, shape);
     const auto b = randomImage<TypeParam>(random, shape);
     const auto c = randomImage<float>(random, shape);
@@ -94,7 +84,7 @@ TEST(GradientOfOneImage, KeepsTheFiveSizes) {
 TEST(GradientOfOneImage, DoesNotChangeWhenTheImageIsNegated) {
   Random random(36);
   const auto img = randomImage<float>(random, {17, 11, 3});
-  EXPECT_TRUE(sameImage(scalespace::gradient(orva_test::scaled(img, -1.0F), 1.2F, 2.0F),
+  EXPECT_TRUE(sameImage(scalespace::gradient(scaled(img, -1.0F), 1.2F, 2.0F),
                         scalespace::gradient(img, 1.2F, 2.0F)));
 }
 
@@ -194,8 +184,9 @@ TEST(Laplacian, OfASingleFrameHasNoFrameTerm) {
 TEST(Laplacian, ChangesItsSignWithTheImage) {
   Random random(39);
   const auto img = randomImage<float>(random, {13, 8, 4});
-  EXPECT_TRUE(orva_test::sameValues(scalespace::laplacian(orva_test::scaled(img, -1.0F), 1.5F),
-                                    orva_test::scaled(scalespace::laplacian(img, 1.5F), -1.0F)));
+  EXPECT_TRUE(sameValues(scalespace::laplacian(scaled(img, -1.0F), 1.5F),
+                         scaled(scalespace::laplacian(img, 1.5F), -1.0F)));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -15,22 +15,10 @@
 #include "tests/support/images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::framed;
-using orva_test::kRadius;
-using orva_test::near;
-using orva_test::planeTurns;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomMask;
-using orva_test::sameImage;
-using orva_test::unframed;
-namespace scalespace = orva::scalespace;
-
 using Floats = image<float>;
-using Mask = image<unsigned char>;
 
 Floats relaxed(const Floats& img, const Mask& mask) {
   Floats result = img.duplicate();
@@ -39,7 +27,7 @@ Floats relaxed(const Floats& img, const Mask& mask) {
 }
 
 Floats reduced(const Floats& img, float factor) {
-  const std::unique_ptr<orva::Image> result(scalespace::reduce(img, factor, 1.0F));
+  const std::unique_ptr<Image> result(scalespace::reduce(img, factor, 1.0F));
   return dynamic_cast<const Floats&>(*result);
 }
 
@@ -71,10 +59,9 @@ TEST(TurnedImages, AreFlattenedToTheTurnedImage) {
 TEST(NegativeImages, AreFlattenedToTheExactNegative) {
   Random random(422);
   const Floats img = randomImage<float>(random, {33, 26});
-  const Floats negative = orva_test::scaled(img, -1.0F);
-  EXPECT_TRUE(
-      orva_test::sameValues(scalespace::harmonicCut(negative, 1.0F, false, 3),
-                            orva_test::scaled(scalespace::harmonicCut(img, 1.0F, true, 3), -1.0F)));
+  const Floats negative = scaled(img, -1.0F);
+  EXPECT_TRUE(sameValues(scalespace::harmonicCut(negative, 1.0F, false, 3),
+                         scaled(scalespace::harmonicCut(img, 1.0F, true, 3), -1.0F)));
 }
 
 // On a ground of 0, which stays 0 when it is smoothed at the border. Each flattening reaches no
@@ -132,13 +119,13 @@ TEST(FramedImages, AreReducedToTheShiftedPixels) {
 TEST(ReorderedFrames, BehindTheFirstDoNotChangeAFlattenedOne) {
   Random random(426);
   const Floats img = randomImage<float>(random, {16, 15, 4});
-  const Floats some = orva_test::reordered(img, {0, 3, 1, 2});
+  const Floats some = reordered(img, {0, 3, 1, 2});
   const Mask mask = randomMask(random, {16, 15}, 0.7);
   EXPECT_TRUE(sameImage(scalespace::harmonicCut(some, 1.0F, true, 2),
                         scalespace::harmonicCut(img, 1.0F, true, 2)));
   EXPECT_TRUE(sameImage(scalespace::hcut(some, 1.0F, 1.0F), scalespace::hcut(img, 1.0F, 1.0F)));
-  EXPECT_TRUE(
-      sameImage(relaxed(some, mask), orva_test::reordered(relaxed(img, mask), {0, 3, 1, 2})));
+  EXPECT_TRUE(sameImage(relaxed(some, mask), reordered(relaxed(img, mask), {0, 3, 1, 2})));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,35 +12,21 @@
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/sanitizer.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva::scalespace::harmonicCut;
-using orva::scalespace::hcut;
-using orva::scalespace::laplaceEquation;
-using orva_test::blank;
-using orva_test::imageOf;
-using orva_test::pixelsOf;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::randomSigma;
-using orva_test::sameImage;
-using orva_test::Shape;
 
 template <class T>
 class HarmonicCut : public testing::Test {};
-TYPED_TEST_SUITE(HarmonicCut, orva_test::PixelTypes);
+TYPED_TEST_SUITE(HarmonicCut, PixelTypes);
 
 TYPED_TEST(HarmonicCut, MatchesItsDefinition) {
   Random random(61);
   for (int nx = 1; nx <= 130; nx += 1 + nx / 20) {
-    const auto img = randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+    const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.0F);
     const int iterations = randomInt(random, 0, 4);
     for (const bool bright : {true, false})
-      EXPECT_TRUE(sameImage(harmonicCut(img, sigma, bright, iterations),
+      EXPECT_TRUE(sameImage(scalespace::harmonicCut(img, sigma, bright, iterations),
                             reference::harmonicCut(img, sigma, bright, iterations)))
           << "width " << nx;
   }
@@ -50,10 +36,10 @@ TYPED_TEST(HarmonicCut, FollowedByTheBrightMaskIsHcut) {
   Random random(62);
   for (const Shape& shape : {Shape{23, 17}, Shape{9, 12, 2}, Shape{1, 7}, Shape{40, 3}}) {
     const auto img = randomImage<TypeParam>(random, shape);
-    EXPECT_TRUE(sameImage(hcut(img, 0.8F, 1.6F), reference::hcut(img, 0.8F, 1.6F)));
-    EXPECT_TRUE(sameImage(hcut(img, 0.8F, 1.6F),
-                          orva::scalespace::features(harmonicCut(img, 0.8F, true, 10), 1.6F,
-                                                     orva::LAPLACIAN_NEGATIVE, 1.0F)));
+    EXPECT_TRUE(sameImage(scalespace::hcut(img, 0.8F, 1.6F), reference::hcut(img, 0.8F, 1.6F)));
+    EXPECT_TRUE(sameImage(scalespace::hcut(img, 0.8F, 1.6F),
+                          scalespace::features(scalespace::harmonicCut(img, 0.8F, true, 10), 1.6F,
+                                               LAPLACIAN_NEGATIVE, 1.0F)));
   }
 }
 
@@ -61,7 +47,7 @@ TYPED_TEST(HarmonicCut, WithoutIterationsIsTheFirstFrameAsFloats) {
   Random random(63);
   const auto img = randomImage<TypeParam>(random, {6, 5, 2, 2, 1});
   for (const int iterations : {0, -1, -1000}) {
-    const auto result = harmonicCut(img, 1.0F, true, iterations);
+    const auto result = scalespace::harmonicCut(img, 1.0F, true, iterations);
     EXPECT_EQ(result.npix(), 30);
     EXPECT_EQ(result.nz(), 1);
     for (int i = 0; i < result.npix(); ++i) EXPECT_EQ(result.pixel(i), img.pixel(i)) << i;
@@ -71,13 +57,16 @@ TYPED_TEST(HarmonicCut, WithoutIterationsIsTheFirstFrameAsFloats) {
 TEST(HarmonicCutForms, OfAnImageWithoutPixelsAreBlackOfItsWidthAndHeight) {
   for (const Shape& shape : {Shape{5, 5, 0}, Shape{4, 3, 1, 0}, Shape{3, 4, 1, 1, 0}}) {
     const auto img = blank<short>(shape);
-    EXPECT_TRUE(sameImage(harmonicCut(img, 1.0F, true, 3), blank<float>({shape.nx, shape.ny})));
-    EXPECT_TRUE(sameImage(hcut(img, 1.0F, 2.0F), blank<unsigned char>({shape.nx, shape.ny})));
+    EXPECT_TRUE(
+        sameImage(scalespace::harmonicCut(img, 1.0F, true, 3), blank<float>({shape.nx, shape.ny})));
+    EXPECT_TRUE(
+        sameImage(scalespace::hcut(img, 1.0F, 2.0F), blank<unsigned char>({shape.nx, shape.ny})));
   }
   for (const Shape& shape : {Shape{0, 1}, Shape{0, 7}, Shape{7, 0}, Shape{0, 0, 0, 0, 0}}) {
     const auto img = blank<short>(shape);
-    EXPECT_TRUE(sameImage(harmonicCut(img, 1.0F, true, 3), blank<float>({shape.nx, shape.ny})));
-    EXPECT_TRUE(sameImage(hcut(img, 1.0F, 2.0F), blank<unsigned char>({0, 1})));
+    EXPECT_TRUE(
+        sameImage(scalespace::harmonicCut(img, 1.0F, true, 3), blank<float>({shape.nx, shape.ny})));
+    EXPECT_TRUE(sameImage(scalespace::hcut(img, 1.0F, 2.0F), blank<unsigned char>({0, 1})));
   }
 }
 
@@ -87,25 +76,25 @@ TEST(HarmonicCutForms, FlattenAPeakAndLeaveAPit) {
     img.setPixel(7, 7, height);
     return img;
   };
-  EXPECT_LT(harmonicCut(bump(100), 1.0F, true, 5).pixel(7, 7), 50.0F);
-  EXPECT_GT(harmonicCut(bump(-100), 1.0F, false, 5).pixel(7, 7), -50.0F);
-  EXPECT_EQ(harmonicCut(bump(-100), 1.0F, true, 1).pixel(7, 7), -100.0F);
-  EXPECT_EQ(harmonicCut(bump(100), 1.0F, false, 1).pixel(7, 7), 100.0F);
+  EXPECT_LT(scalespace::harmonicCut(bump(100), 1.0F, true, 5).pixel(7, 7), 50.0F);
+  EXPECT_GT(scalespace::harmonicCut(bump(-100), 1.0F, false, 5).pixel(7, 7), -50.0F);
+  EXPECT_EQ(scalespace::harmonicCut(bump(-100), 1.0F, true, 1).pixel(7, 7), -100.0F);
+  EXPECT_EQ(scalespace::harmonicCut(bump(100), 1.0F, false, 1).pixel(7, 7), 100.0F);
 }
 
 TEST(HarmonicCutForms, OfTheNegatedImageCutTheOtherWay) {
   Random random(64);
   const auto img = randomImage<float>(random, {21, 16});
-  EXPECT_TRUE(orva_test::sameValues(harmonicCut(orva_test::scaled(img, -1.0F), 0.9F, false, 3),
-                                    orva_test::scaled(harmonicCut(img, 0.9F, true, 3), -1.0F)));
+  EXPECT_TRUE(sameValues(scalespace::harmonicCut(scaled(img, -1.0F), 0.9F, false, 3),
+                         scaled(scalespace::harmonicCut(img, 0.9F, true, 3), -1.0F)));
 }
 
 TEST(HarmonicCutForms, DoNotChangeTheirInput) {
   Random random(65);
   const auto img = randomImage<float>(random, {21, 16});
   const auto before = img.duplicate();
-  harmonicCut(img, 1.0F, true, 2);
-  hcut(img, 1.0F, 2.0F);
+  scalespace::harmonicCut(img, 1.0F, true, 2);
+  scalespace::hcut(img, 1.0F, 2.0F);
   EXPECT_TRUE(sameImage(img, before));
 }
 
@@ -115,8 +104,8 @@ TEST(LaplaceEquation, MatchesItsDefinition) {
     const Shape shape{nx, randomInt(random, 1, 9), randomInt(random, 1, 2)};
     auto f = randomImage<float>(random, shape);
     auto expected = f.duplicate();
-    const auto mask = orva_test::randomMask(random, {shape.nx, shape.ny}, 0.6);
-    laplaceEquation(f, mask);
+    const auto mask = randomMask(random, {shape.nx, shape.ny}, 0.6);
+    scalespace::laplaceEquation(f, mask);
     reference::laplaceEquation(expected, mask);
     EXPECT_TRUE(sameImage(f, expected)) << "width " << nx;
   }
@@ -128,10 +117,10 @@ TEST(LaplaceEquation, ChangesOnlyWhereTheMaskIs255) {
   auto mask = blank<unsigned char>({16, 17});
   for (int i = 0; i < mask.npix(); ++i) mask.setPixel(i, static_cast<float>(i % 255));  // to 254
   auto f = before.duplicate();
-  laplaceEquation(f, mask);
+  scalespace::laplaceEquation(f, mask);
   EXPECT_TRUE(sameImage(f, before));
   mask.setPixel(5, 6, 255);
-  laplaceEquation(f, mask);
+  scalespace::laplaceEquation(f, mask);
   const float mean =
       0.25F * (before.pixel(4, 6) + before.pixel(6, 6) + before.pixel(5, 5) + before.pixel(5, 7));
   EXPECT_EQ(f.pixel(5, 6), mean);
@@ -145,7 +134,7 @@ TEST(LaplaceEquation, LeavesTheBorderAndFurtherFrames) {
   auto f = before.duplicate();
   auto mask = blank<unsigned char>({8, 7, 3});
   std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
-  laplaceEquation(f, mask);
+  scalespace::laplaceEquation(f, mask);
   const std::vector<bool> interior = Image::interior(8, 7, 1);
   for (int i = 0; i < f.npix(); ++i) {
     if (i >= 56 || !interior[static_cast<std::size_t>(i)])
@@ -162,7 +151,7 @@ TEST(LaplaceEquation, TakesExactlyFiftyStepsFromTheOldValues) {
   auto mask = blank<unsigned char>({4, 3});
   mask.setPixel(1, 1, 255);
   mask.setPixel(2, 1, 255);
-  laplaceEquation(f, mask);
+  scalespace::laplaceEquation(f, mask);
   EXPECT_EQ(f.pixel(1, 1), std::ldexp(1.0F, -100));
   EXPECT_EQ(f.pixel(2, 1), 0.0F);
 }
@@ -172,15 +161,15 @@ TEST(LaplaceEquation, FlipsWithTheImage) {
   Random random(69);
   const Shape shape{19, 12};
   auto f = randomImage<float>(random, shape);
-  auto mask = orva_test::randomMask(random, shape, 0.7);
+  auto mask = randomMask(random, shape, 0.7);
   auto flippedF = f.duplicate();
   auto flippedMask = mask.duplicate();
   for (int y = 0; y < shape.ny; ++y) {
     std::reverse(flippedF.pixels() + y * shape.nx, flippedF.pixels() + (y + 1) * shape.nx);
     std::reverse(flippedMask.pixels() + y * shape.nx, flippedMask.pixels() + (y + 1) * shape.nx);
   }
-  laplaceEquation(f, mask);
-  laplaceEquation(flippedF, flippedMask);
+  scalespace::laplaceEquation(f, mask);
+  scalespace::laplaceEquation(flippedF, flippedMask);
   for (int y = 0; y < shape.ny; ++y)
     for (int x = 0; x < shape.nx; ++x)
       EXPECT_EQ(flippedF.pixel(shape.nx - 1 - x, y), f.pixel(x, y)) << x << ", " << y;
@@ -193,25 +182,25 @@ TEST(LaplaceEquation, OfAMaskOfAnotherSizeOrNullChangesNothing) {
     auto f = before.duplicate();
     auto mask = blank<unsigned char>(shape);
     std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
-    laplaceEquation(f, mask);
+    scalespace::laplaceEquation(f, mask);
     EXPECT_TRUE(sameImage(f, before));
   }
   image<float> null(0, 1, 1, 1, 1);
-  laplaceEquation(null, blank<unsigned char>({3, 3}));
+  scalespace::laplaceEquation(null, blank<unsigned char>({3, 3}));
   EXPECT_TRUE(null.isNull());
 }
 
 template <class T>
 class Reduce : public testing::Test {};
-TYPED_TEST_SUITE(Reduce, orva_test::PixelTypes);
+TYPED_TEST_SUITE(Reduce, PixelTypes);
 
 TYPED_TEST(Reduce, MatchesItsDefinition) {
   Random random(71);
   for (int nx = 1; nx <= 130; ++nx) {
-    const auto img = randomImage<TypeParam>(random, orva_test::shapeOfWidth(random, nx));
+    const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.0F);
     const float factor = randomSigma(random, 0.01F, 1.6F);
-    const std::unique_ptr<Image> result(orva::scalespace::reduce(img, factor, sigma));
+    const std::unique_ptr<Image> result(scalespace::reduce(img, factor, sigma));
     ASSERT_NE(result, nullptr);
     EXPECT_TRUE(sameImage(*result, reference::reduce(img, factor, sigma))) << "width " << nx;
   }
@@ -225,7 +214,7 @@ TYPED_TEST(Reduce, RoundsSizesDownAndKeepsOnePixel) {
               {1.0F, 5, 1}, {1.9F, 9, 1}, {2.0F, 10, 2}};
   for (const auto& row : rows) {
     const std::unique_ptr<Image> result(
-        orva::scalespace::reduce(blank<TypeParam>({5, 5}), row.factor, 1.0F));
+        scalespace::reduce(blank<TypeParam>({5, 5}), row.factor, 1.0F));
     ASSERT_NE(result, nullptr);
     EXPECT_TRUE(sameImage(*result, blank<TypeParam>({row.width, row.width, row.depth})))
         << row.factor;
@@ -235,39 +224,40 @@ TYPED_TEST(Reduce, RoundsSizesDownAndKeepsOnePixel) {
 TEST(ReduceBy, NothingOrLessGivesNone) {
   const auto img = blank<unsigned char>({5, 5});
   for (const float factor : {0.0F, -0.0F, -1.0F, -std::numeric_limits<float>::infinity()})
-    EXPECT_EQ(orva::scalespace::reduce(img, factor, 1.0F), nullptr) << factor;
+    EXPECT_EQ(scalespace::reduce(img, factor, 1.0F), nullptr) << factor;
 }
 
 TEST(ReduceBy, ANullImageGivesNone) {
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}})
-    EXPECT_EQ(orva::scalespace::reduce(blank<short>(shape), 0.5F, 1.0F), nullptr);
+    EXPECT_EQ(scalespace::reduce(blank<short>(shape), 0.5F, 1.0F), nullptr);
 }
 
 TEST(ReduceBy, ChannelsAndTimePointsBecomePlanes) {
   const std::unique_ptr<Image> result(
-      orva::scalespace::reduce(blank<float>({4, 4, 2, 3, 2}), 0.5F, 1.0F));
+      scalespace::reduce(blank<float>({4, 4, 2, 3, 2}), 0.5F, 1.0F));
   EXPECT_TRUE(sameImage(*result, blank<float>({2, 2, 6})));
 }
 
 TEST(ReduceDeathTest, AFactorWhoseSizesDoNotFitEndsAsMemoryThatHasRunOut) {
   const auto img = blank<unsigned char>({5, 5});
   for (const float factor : {1e9F, std::numeric_limits<float>::infinity()})
-    EXPECT_EXIT(orva::scalespace::reduce(img, factor, 1.0F), testing::ExitedWithCode(1),
+    EXPECT_EXIT(scalespace::reduce(img, factor, 1.0F), testing::ExitedWithCode(1),
                 "^Error: out of memory\n$")
         << factor;
 }
 
 TEST(LaplaceEquationDeathTest, NoMemoryForTheScratchCopyEndsTheProcess) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
   auto f = blank<float>({4000, 4000});
   const auto mask = blank<unsigned char>({4000, 4000});
   const auto solve = [&] {
     // Less than the process has already: nothing more of this size can be had.
     const rlimit limit{rlim_t{1} << 20, rlim_t{1} << 20};
     if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(7);
-    laplaceEquation(f, mask);
+    scalespace::laplaceEquation(f, mask);
   };
   EXPECT_EXIT(solve(), testing::ExitedWithCode(1), "^Out of memory\n$");
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -16,16 +16,8 @@
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/reference/selection.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::sameImage;
-using orva_test::sameValues;
-using orva_test::Shape;
-namespace scalespace = orva::scalespace;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -106,8 +98,9 @@ TEST(HugeSigma, OfAThresholdFollowsItsDefinition) {
   Random random(94);
   const auto img = randomImage<unsigned char>(random, {6, 5});
   for (const float s : {kNaN, kInfinity, -kInfinity, 0.0F, -2.0F, 1e9F, 25000.0F}) {
-    EXPECT_EQ(orva::bip::computeThreshold(img, s), reference::computeThreshold(img, s)) << s;
+    EXPECT_EQ(bip::computeThreshold(img, s), reference::computeThreshold(img, s)) << s;
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -12,35 +12,30 @@
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/sanitizer.h"
 
+namespace orva::test {
 namespace {
-
-using orva::scalespace::dog;
-using orva::scalespace::gaussianKernel;
-using orva::scalespace::polyval;
-using orva_test::Random;
-using orva_test::randomSigma;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 reference::Kernel kernelOf(float sigma, int order) {
   reference::Kernel kernel;
-  const std::unique_ptr<float[]> taps(gaussianKernel(sigma, kernel.radius, order));
+  const std::unique_ptr<float[]> taps(scalespace::gaussianKernel(sigma, kernel.radius, order));
   kernel.taps.assign(taps.get(), taps.get() + 2 * kernel.radius + 1);
   return kernel;
 }
 
 TEST(Dog, OrderZeroIsTheNormalisingConstant) {
   const float c0 = static_cast<float>(std::sqrt(1.0 / (4.0 * 6.2831854)));
-  EXPECT_EQ(dog(0, 2.0F), std::vector<float>{c0});
+  EXPECT_EQ(scalespace::dog(0, 2.0F), std::vector<float>{c0});
 }
 
 TEST(Dog, LowOrdersHaveTheirClosedForms) {
   const float sigma = 2.0F;
-  const float c0 = dog(0, sigma)[0];
-  EXPECT_EQ(dog(1, sigma), (std::vector<float>{0, -c0 / 4}));
-  EXPECT_EQ(dog(2, sigma), (std::vector<float>{-c0 / 4, 0, c0 / 16}));
-  EXPECT_EQ(dog(3, sigma), (std::vector<float>{0, 3 * c0 / 16, 0, -c0 / 64}));
+  const float c0 = scalespace::dog(0, sigma)[0];
+  EXPECT_EQ(scalespace::dog(1, sigma), (std::vector<float>{0, -c0 / 4}));
+  EXPECT_EQ(scalespace::dog(2, sigma), (std::vector<float>{-c0 / 4, 0, c0 / 16}));
+  EXPECT_EQ(scalespace::dog(3, sigma), (std::vector<float>{0, 3 * c0 / 16, 0, -c0 / 64}));
 }
 
 TEST(Dog, MatchesItsDefinition) {
@@ -48,31 +43,34 @@ TEST(Dog, MatchesItsDefinition) {
   for (int round = 0; round < 2000; ++round) {
     const float sigma = randomSigma(random, 0.05F, 60.0F);
     const int order = round % 8;
-    EXPECT_EQ(dog(order, sigma), reference::dog(order, sigma)) << sigma << " order " << order;
+    EXPECT_EQ(scalespace::dog(order, sigma), reference::dog(order, sigma))
+        << sigma << " order " << order;
   }
 }
 
-TEST(Dog, ANegativeOrderCountsAsZero) { EXPECT_EQ(dog(-3, 1.5F), dog(0, 1.5F)); }
+TEST(Dog, ANegativeOrderCountsAsZero) {
+  EXPECT_EQ(scalespace::dog(-3, 1.5F), scalespace::dog(0, 1.5F));
+}
 
 TEST(Polyval, SumsPowersFromTheLowest) {
-  EXPECT_EQ(polyval({}, 3.0F), 0.0F);
-  EXPECT_EQ(polyval({7.0F}, 3.0F), 7.0F);
-  EXPECT_EQ(polyval({1.0F, 2.0F, 3.0F}, 2.0F), 17.0F);
-  EXPECT_EQ(polyval({1.0F, 2.0F, 3.0F}, -2.0F), 9.0F);
+  EXPECT_EQ(scalespace::polyval({}, 3.0F), 0.0F);
+  EXPECT_EQ(scalespace::polyval({7.0F}, 3.0F), 7.0F);
+  EXPECT_EQ(scalespace::polyval({1.0F, 2.0F, 3.0F}, 2.0F), 17.0F);
+  EXPECT_EQ(scalespace::polyval({1.0F, 2.0F, 3.0F}, -2.0F), 9.0F);
 }
 
 TEST(Polyval, AddsInSinglePrecisionFromTheLowest) {
   // Each 1 is lost beside 2^25; added together first they would not be.
-  EXPECT_EQ(polyval({33554432.0F, 1.0F, 1.0F, 1.0F, 1.0F}, 1.0F), 33554432.0F);
+  EXPECT_EQ(scalespace::polyval({33554432.0F, 1.0F, 1.0F, 1.0F, 1.0F}, 1.0F), 33554432.0F);
 }
 
 TEST(Polyval, MatchesItsDefinition) {
   Random random(2);
   for (int round = 0; round < 500; ++round) {
-    std::vector<float> c(static_cast<std::size_t>(orva_test::randomInt(random, 0, 7)));
-    for (float& v : c) v = orva_test::randomPixel<float>(random);
+    std::vector<float> c(static_cast<std::size_t>(randomInt(random, 0, 7)));
+    for (float& v : c) v = randomPixel<float>(random);
     const float x = randomSigma(random, -9.0F, 9.0F);
-    EXPECT_EQ(polyval(c, x), reference::polyval(c, x));
+    EXPECT_EQ(scalespace::polyval(c, x), reference::polyval(c, x));
   }
 }
 
@@ -111,7 +109,7 @@ TEST(GaussianKernel, EvenOrdersAreSymmetricOddOnesAntisymmetric) {
 TEST(GaussianKernel, IsSampledAndNotNormalised) {
   for (const float sigma : {0.3F, 1.0F, 3.0F}) {
     const reference::Kernel kernel = kernelOf(sigma, 0);
-    EXPECT_EQ(kernel.tap(0), dog(0, sigma)[0]);
+    EXPECT_EQ(kernel.tap(0), scalespace::dog(0, sigma)[0]);
   }
   // At 0.3 the samples are too sparse: they sum to 1.3.
   float sum = 0;
@@ -174,22 +172,23 @@ TEST(GaussianKernelDeathTest, ATapCountPast32BitsEndsTheProcessWithoutAllocating
     const auto make = [sigma] {
       std::set_new_handler([] { std::_Exit(7); });
       int radius = 0;
-      delete[] gaussianKernel(sigma, radius, 0);
+      delete[] scalespace::gaussianKernel(sigma, radius, 0);
     };
     EXPECT_EXIT(make(), testing::ExitedWithCode(1), "^Out of memory\n$") << sigma;
   }
 }
 
 TEST(GaussianKernelDeathTest, NoMemoryForTheTapsEndsTheProcess) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer answers failed allocations";
   const auto make = [] {
     constexpr rlim_t kLimit = rlim_t{1} << 30;
     const rlimit limit{kLimit, kLimit};
     if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(7);
     int radius = 0;
-    delete[] gaussianKernel(1e8F, radius, 0);
+    delete[] scalespace::gaussianKernel(1e8F, radius, 0);
   };
   EXPECT_EXIT(make(), testing::ExitedWithCode(1), "^Out of memory\n$");
 }
 
 }  // namespace
+}  // namespace orva::test

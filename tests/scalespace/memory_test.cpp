@@ -7,16 +7,13 @@
 #include "tests/support/images.h"
 #include "tests/support/memory_limit.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-namespace scalespace = orva::scalespace;
 
 // The first for pixels, the second for a kernel or a line.
 template <class Work>
 void expect(const char* name, const Work& work) {
-  orva_test::expectMemoryToRunOut(name, {"Error: out of memory\n", "Out of memory\n"}, work);
+  expectMemoryToRunOut(name, {"Error: out of memory\n", "Out of memory\n"}, work);
 }
 
 TEST(FiltersWithoutMemory, EndTheProcess) {
@@ -27,14 +24,13 @@ TEST(FiltersWithoutMemory, EndTheProcess) {
   expect("laplacian", [&] { scalespace::laplacian(img, 1.0F); });
   expect("dXY", [&] { scalespace::dXY(img, 1.0F); });
   expect("pixelwise", [&] { scalespace::angle(img, img); });
-  expect("reduce",
-         [&] { std::unique_ptr<orva::Image>(scalespace::reduce(img, 0.5F, 1.0F)).reset(); });
+  expect("reduce", [&] { std::unique_ptr<Image>(scalespace::reduce(img, 0.5F, 1.0F)).reset(); });
 }
 
 TEST(FiltersWithoutMemory, OfFeaturesEndTheProcess) {
   const image<unsigned char> img = blank<unsigned char>({700, 500});
-  expect("by Laplacian", [&] { scalespace::features(img, 1.0F, orva::LAPLACIAN_NEGATIVE, 1.0F); });
-  expect("by differences", [&] { scalespace::features(img, 1.0F, orva::HESSIAN_MAXIMUM, 1.0F); });
+  expect("by Laplacian", [&] { scalespace::features(img, 1.0F, LAPLACIAN_NEGATIVE, 1.0F); });
+  expect("by differences", [&] { scalespace::features(img, 1.0F, HESSIAN_MAXIMUM, 1.0F); });
   expect("harmonicCut", [&] { scalespace::harmonicCut(img, 1.0F, true, 1); });
 }
 
@@ -54,11 +50,12 @@ TEST(FiltersWithoutMemory, OfLongKernelsEndTheProcess) {
 
 // Where it would take a day if there were memory.
 TEST(FiltersWithoutMemory, OfAnAbsurdOrderEndTheProcess) {
-  orva_test::expectNoMemory("dog", [] { scalespace::dog(2000000, 1.0F); });
-  orva_test::expectNoMemory("gaussianKernel", [] {
+  expectNoMemory("dog", [] { scalespace::dog(2000000, 1.0F); });
+  expectNoMemory("gaussianKernel", [] {
     int radius = 0;
     const std::unique_ptr<float[]> taps(scalespace::gaussianKernel(1.0F, radius, 2000000));
   });
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -8,8 +8,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 TEST(LaplaceEquationInPlace, IsSeenThroughCopies) {
   Random random(64);
   image<float> img = randomImage<float>(random, {20, 15});

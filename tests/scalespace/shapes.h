@@ -5,7 +5,7 @@
 
 #include "tests/support/images.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // A shape of the given width with few rows, and with planes, channels and time points at times.
 inline Shape shapeOfWidth(Random& random, int nx) {
@@ -23,23 +23,22 @@ inline float randomSigma(Random& random, float low = 0.3F, float high = 4.0F) {
 }
 
 // An image of few grey levels, so that differences are often exactly 0.
-inline orva::image<float> imageWithTies(Random& random, const Shape& shape) {
-  orva::image<float> img = blank<float>(shape);
+inline image<float> imageWithTies(Random& random, const Shape& shape) {
+  image<float> img = blank<float>(shape);
   std::generate_n(img.pixels(), img.npix(),
                   [&random] { return static_cast<float>(randomInt(random, 0, 2)); });
   return img;
 }
 
 // Every pixel times `factor`.
-inline orva::image<float> scaled(const orva::image<float>& img, float factor) {
-  orva::image<float> result = img.duplicate();
+inline image<float> scaled(const image<float>& img, float factor) {
+  image<float> result = img.duplicate();
   for (int i = 0; i < img.npix(); ++i) result.pixels()[i] *= factor;
   return result;
 }
 
 // As sameImage, but any NaN equals any other and 0 equals -0.
-inline ::testing::AssertionResult sameValues(const orva::image<float>& a,
-                                             const orva::image<float>& b) {
+inline ::testing::AssertionResult sameValues(const image<float>& a, const image<float>& b) {
   if (a.npix() != b.npix()) return ::testing::AssertionFailure() << "pixel counts differ";
   for (int i = 0; i < a.npix(); ++i) {
     const float x = a.pixels()[i];
@@ -51,6 +50,6 @@ inline ::testing::AssertionResult sameValues(const orva::image<float>& a,
   return ::testing::AssertionSuccess();
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

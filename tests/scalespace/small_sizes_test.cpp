@@ -10,19 +10,8 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/shapes.h"
 
+namespace orva::test {
 namespace {
-
-using orva::FeatureType;
-using orva::image;
-using orva::Image;
-using orva_test::blank;
-using orva_test::isWhole;
-using orva_test::RawImage;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::sizesOf;
-using orva_test::smallShapes;
-namespace scalespace = orva::scalespace;
 
 using Sizes = std::vector<int>;
 
@@ -71,7 +60,7 @@ class ForeignFormat : public testing::TestWithParam<int> {
     return RawImage(s, GetParam(), std::vector<int>(count), values);
   }
 };
-INSTANTIATE_TEST_SUITE_P(All, ForeignFormat, testing::Values(int{orva::RGBA}, 11, 99, -1));
+INSTANTIATE_TEST_SUITE_P(All, ForeignFormat, testing::Values(int{RGBA}, 11, 99, -1));
 
 TEST_P(ForeignFormat, HasNoFilteredForm) {
   for (const Shape& s : {Shape{6, 5}, Shape{6, 5, 4}}) {
@@ -122,3 +111,4 @@ TEST_P(ForeignFormat, IsNotReducedWithoutBeingSmoothed) {
 }
 
 }  // namespace
+}  // namespace orva::test

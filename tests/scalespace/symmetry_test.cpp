@@ -21,30 +21,8 @@
 #include "tests/support/images.h"
 #include "tests/support/turns.h"
 
+namespace orva::test {
 namespace {
-
-using orva::FeatureType;
-using orva::image;
-using orva_test::backToFront;
-using orva_test::brightPixels;
-using orva_test::errorOf;
-using orva_test::flipped;
-using orva_test::framed;
-using orva_test::kRadius;
-using orva_test::near;
-using orva_test::planeTurns;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::reordered;
-using orva_test::sameImage;
-using orva_test::sameValues;
-using orva_test::scaled;
-using orva_test::Shape;
-using orva_test::transposed;
-using orva_test::unframed;
-using orva_test::upsideDown;
-using orva_test::volumeTurns;
-namespace scalespace = orva::scalespace;
 
 using Floats = image<float>;
 using Filter = std::function<Floats(const Floats&)>;
@@ -92,7 +70,7 @@ TEST(BrightPixels, ChangeTheSignOfOddOrdersWithTheAxis) {
 TEST(BrightPixels, HaveExactlyTurnedFeaturesByLaplacian) {
   for (const bool stack : {false, true}) {
     const Floats img = brightPixels(stack);
-    for (const auto type : {orva::LAPLACIAN_NEGATIVE, orva::LAPLACIAN_POSITIVE}) {
+    for (const auto type : {LAPLACIAN_NEGATIVE, LAPLACIAN_POSITIVE}) {
       const auto mask = scalespace::features(img, 1.0F, type, 1.0F);
       ASSERT_EQ(mask.fmax(), 255.0F);
       for (std::size_t t = 0; t < 4; ++t) {
@@ -106,8 +84,8 @@ TEST(BrightPixels, HaveExactlyTurnedFeaturesByLaplacian) {
 TEST(BrightPixels, AreReducedToTheTransposedPixels) {
   const Floats img = brightPixels(false);
   for (const float factor : {0.5F, 0.3F, 1.7F}) {
-    const std::unique_ptr<orva::Image> a(scalespace::reduce(img, factor, 1.0F));
-    const std::unique_ptr<orva::Image> b(scalespace::reduce(transposed(img), factor, 1.0F));
+    const std::unique_ptr<Image> a(scalespace::reduce(img, factor, 1.0F));
+    const std::unique_ptr<Image> b(scalespace::reduce(transposed(img), factor, 1.0F));
     EXPECT_TRUE(
         sameValues(dynamic_cast<const Floats&>(*b), transposed(dynamic_cast<const Floats&>(*a))));
   }
@@ -179,8 +157,8 @@ TEST(FramedImages, AreFilteredAlikeWhereverTheyLie) {
       EXPECT_TRUE(sameImage(unframed(scalespace::gradient(b, 1.0F, 1.0F), 13, 12, dx, dy),
                             unframed(scalespace::gradient(a, 1.0F, 1.0F), 13, 12, 13, 11)));
       EXPECT_TRUE(sameImage(
-          unframed(scalespace::features(b, 1.0F, orva::LAPLACIAN_NEGATIVE, 1.0F), 13, 12, dx, dy),
-          unframed(scalespace::features(a, 1.0F, orva::LAPLACIAN_NEGATIVE, 1.0F), 13, 12, 13, 11)));
+          unframed(scalespace::features(b, 1.0F, LAPLACIAN_NEGATIVE, 1.0F), 13, 12, dx, dy),
+          unframed(scalespace::features(a, 1.0F, LAPLACIAN_NEGATIVE, 1.0F), 13, 12, 13, 11)));
     }
   }
 }
@@ -209,7 +187,7 @@ TEST(FramedImages, AreSmoothedAlikeFarFromTheBorder) {
 TEST(TurnedImages, RelaxToTheTurnedImageUpToTheErrorOfTheirSums) {
   Random random(406);
   const Floats img = randomImage<float>(random, {24, 19});
-  const auto mask = orva_test::randomMask(random, {24, 19}, 0.7);
+  const auto mask = randomMask(random, {24, 19}, 0.7);
   Floats relaxed = img.duplicate();
   scalespace::laplaceEquation(relaxed, mask);
   for (std::size_t t = 0; t < 3; ++t) {
@@ -224,7 +202,7 @@ TEST(RearrangedPixels, HaveTheRearrangedNormsAndAngles) {
   Random random(407);
   const Floats a = randomImage<float>(random, {9, 8, 6});
   const Floats b = randomImage<float>(random, {9, 8, 6});
-  const auto order = orva_test::shuffledFrames(random, a);
+  const auto order = shuffledFrames(random, a);
   const auto some = [&order](const Floats& img) { return flipped(reordered(img, order)); };
   EXPECT_TRUE(sameImage(scalespace::angle(some(a), some(b)),
                         flipped(reordered(scalespace::angle(a, b), order))));
@@ -237,3 +215,4 @@ TEST(RearrangedPixels, HaveTheRearrangedNormsAndAngles) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -13,8 +13,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // Wide planes, tall planes, and stacks of hundreds of frames.
 const std::vector<Shape>& partedShapes() {
   static const std::vector<Shape> all = {{6001, 9},         {20011, 3},   {49170, 1},

@@ -10,14 +10,14 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 
-namespace orva_test {
+namespace orva::test {
 
 inline constexpr int kRadius = 4;  // of the kernel for a sigma of 1
 
 // Two bright pixels with no row, column or line of frames in common once they are spread by
 // kRadius, which stay off the border then.
-inline orva::image<float> brightPixels(bool stack) {
-  orva::image<float> img = blank<float>({40, 44, stack ? 18 : 1});
+inline image<float> brightPixels(bool stack) {
+  image<float> img = blank<float>({40, 44, stack ? 18 : 1});
   img.setPixel(9, 10, stack ? 8 : 0, 64.0F);
   img.setPixel(28, 31, stack ? 9 : 0, -0.5F);
   return img;
@@ -47,8 +47,7 @@ inline float errorOf(const reference::Orders& orders, bool stack, float largest,
   return 2.0F * static_cast<float>(terms) * std::ldexp(size, -24);
 }
 
-inline ::testing::AssertionResult near(const orva::image<float>& a, const orva::image<float>& b,
-                                       float error) {
+inline ::testing::AssertionResult near(const image<float>& a, const image<float>& b, float error) {
   if (a.npix() != b.npix()) return ::testing::AssertionFailure() << "sizes differ";
   for (int i = 0; i < a.npix(); ++i) {
     if (!(std::abs(a.pixels()[i] - b.pixels()[i]) <= error)) {
@@ -59,6 +58,6 @@ inline ::testing::AssertionResult near(const orva::image<float>& a, const orva::
   return ::testing::AssertionSuccess();
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

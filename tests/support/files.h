@@ -11,7 +11,7 @@
 #include <set>
 #include <string>
 
-namespace orva_test {
+namespace orva::test {
 
 // A directory of its own, removed with its content at the end of the scope.
 class TempDir {
@@ -56,6 +56,6 @@ inline void writeFile(const std::string& path, const std::string& content) {
   EXPECT_TRUE(out) << path;
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-namespace orva_test {
+namespace orva::test {
 
 // The text that call() puts into std::cout and std::cerr, in its order.
 template <class Call>
@@ -20,6 +20,6 @@ std::string heardFrom(Call call) {
   return text.str();
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

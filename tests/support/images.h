@@ -14,9 +14,11 @@
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
-using Rgb = orva::GenericRgb<unsigned char>;
+using Rgb = GenericRgb<unsigned char>;
+using Mask = image<unsigned char>;
+using Labels = image<short>;
 
 // The pixel types of the library, for TYPED_TEST_SUITE.
 using PixelTypes = ::testing::Types<unsigned char, short, int, unsigned int, float, Rgb>;
@@ -30,14 +32,14 @@ struct Shape {
 };
 
 template <class T>
-orva::image<T> blank(const Shape& s) {
-  return orva::image<T>(s.nx, s.ny, s.nz, s.nc, s.nt);
+image<T> blank(const Shape& s) {
+  return image<T>(s.nx, s.ny, s.nz, s.nc, s.nt);
 }
 
 // An image with the given pixels in linear order.
 template <class T>
-orva::image<T> imageOf(const Shape& shape, const std::vector<T>& pixels) {
-  orva::image<T> img = blank<T>(shape);
+image<T> imageOf(const Shape& shape, const std::vector<T>& pixels) {
+  image<T> img = blank<T>(shape);
   EXPECT_EQ(static_cast<std::size_t>(img.npix()), pixels.size());
   std::copy_n(pixels.begin(),
               std::min<std::size_t>(pixels.size(), static_cast<std::size_t>(img.npix())),
@@ -46,7 +48,7 @@ orva::image<T> imageOf(const Shape& shape, const std::vector<T>& pixels) {
 }
 
 template <class T>
-std::vector<T> pixelsOf(const orva::image<T>& img) {
+std::vector<T> pixelsOf(const image<T>& img) {
   return std::vector<T>(img.pixels(), img.pixels() + img.npix());
 }
 
@@ -80,15 +82,15 @@ T randomPixel(Random& random) {
 }
 
 template <class T>
-orva::image<T> randomImage(Random& random, const Shape& shape) {
-  orva::image<T> img = blank<T>(shape);
+image<T> randomImage(Random& random, const Shape& shape) {
+  image<T> img = blank<T>(shape);
   std::generate_n(img.pixels(), img.npix(), [&random] { return randomPixel<T>(random); });
   return img;
 }
 
 // A mask of 0 and 255 in which about `share` of the pixels are 255.
-inline orva::image<unsigned char> randomMask(Random& random, const Shape& shape, double share) {
-  orva::image<unsigned char> mask = blank<unsigned char>(shape);
+inline image<unsigned char> randomMask(Random& random, const Shape& shape, double share) {
+  image<unsigned char> mask = blank<unsigned char>(shape);
   std::bernoulli_distribution object(share);
   std::generate_n(mask.pixels(), mask.npix(),
                   [&] { return static_cast<unsigned char>(object(random) ? 255 : 0); });
@@ -96,8 +98,8 @@ inline orva::image<unsigned char> randomMask(Random& random, const Shape& shape,
 }
 
 // Same type, five sizes and bytes.
-inline ::testing::AssertionResult sameImage(const orva::Image& a, const orva::Image& b) {
-  const auto sizes = [](const orva::Image& i) {
+inline ::testing::AssertionResult sameImage(const Image& a, const Image& b) {
+  const auto sizes = [](const Image& i) {
     return std::vector<int>{i.nx(), i.ny(), i.nz(), i.nc(), i.nt()};
   };
   if (a.format() != b.format()) return ::testing::AssertionFailure() << "formats differ";
@@ -117,6 +119,6 @@ inline ::testing::AssertionResult sameImage(const orva::Image& a, const orva::Im
          << ::testing::PrintToString(b.pixel(i));
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -11,7 +11,7 @@
 
 #include "tests/support/files.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // Digits in groups of three with '.' between them, and a decimal comma.
 class ForeignDigits : public std::numpunct<char> {
@@ -92,6 +92,6 @@ class ForeignLocale {
   std::string previousC_;
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -15,7 +15,7 @@
 
 #include "tests/support/sanitizer.h"
 
-namespace orva_test {
+namespace orva::test {
 
 constexpr long kMebibyte = 1L << 20;
 
@@ -101,6 +101,6 @@ void expectNoMemory(const char* name, const Work& work, long more = kMebibyte) {
   EXPECT_EQ(ending.err, "Error: out of memory\n");
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -4,16 +4,16 @@
 
 #include "orva/image/image.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // Shows other values than it stores.
-class NegativeImage : public orva::image<short> {
+class NegativeImage : public image<short> {
  public:
-  explicit NegativeImage(const orva::image<short>& img) : orva::image<short>(img) {}
-  using orva::image<short>::pixel;
-  float pixel(int index) const override { return -orva::image<short>::pixel(index); }
+  explicit NegativeImage(const image<short>& img) : image<short>(img) {}
+  using image<short>::pixel;
+  float pixel(int index) const override { return -image<short>::pixel(index); }
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -9,15 +9,15 @@
 
 #include "tests/support/images.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // The sizes and nothing behind them.
-class BareImage : public orva::Image {
+class BareImage : public Image {
  public:
   using Image::Image;
 
   Image* copy() const override { return nullptr; }
-  Image* roi(const orva::Point3D&, const orva::Point3D&) const override { return nullptr; }
+  Image* roi(const Point3D&, const Point3D&) const override { return nullptr; }
   Image* clone() const override { return nullptr; }
   Image* frame(int) const override { return nullptr; }
   Image* channel(int, int) const override { return nullptr; }
@@ -25,7 +25,7 @@ class BareImage : public orva::Image {
   Image* scale(int, int, int) const override { return nullptr; }
 
   void* data() const override { return nullptr; }
-  int format() const override { return orva::BYTE; }
+  int format() const override { return BYTE; }
   int pixelSize() const override { return 1; }
 
   float pixel(int x, int y, int z, int c, int t) const override {
@@ -33,7 +33,7 @@ class BareImage : public orva::Image {
   }
   float pixel(int x, int y, int z) const override { return pixel(x, y, z, 0, 0); }
   float pixel(int x, int y) const override { return pixel(x, y, 0); }
-  float pixel(const orva::Point& p) const override { return pixel(p.x, p.y); }
+  float pixel(const Point& p) const override { return pixel(p.x, p.y); }
   float pixel(int) const override { return 0; }
 
   void setPixel(int, float) override {}
@@ -85,6 +85,6 @@ class ForeignImage : public RawImage {
       : RawImage({4, 4}, format, std::vector<int>(16), std::vector<float>(16)) {}
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <system_error>
 
-namespace orva_test {
+namespace orva::test {
 
 // To the end of its scope this process, and for ever a child that it starts, can have no more than
 // `most` of a resource such as RLIMIT_FSIZE, the bytes of a file. Nothing for a negative `most`.
@@ -43,6 +43,6 @@ class ResourceLimit {
   void (*action_)(int) = SIG_DFL;
 };
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

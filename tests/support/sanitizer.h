@@ -10,7 +10,7 @@
 #define ORVA_ADDRESS_SANITIZER
 #endif
 
-namespace orva_test {
+namespace orva::test {
 
 #if defined(ORVA_ADDRESS_SANITIZER)
 inline constexpr bool addressSanitizer = true;
@@ -18,6 +18,6 @@ inline constexpr bool addressSanitizer = true;
 inline constexpr bool addressSanitizer = false;
 #endif
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -8,7 +8,7 @@
 
 #include "tests/support/images.h"
 
-namespace orva_test {
+namespace orva::test {
 
 // A single pixel, single rows and columns, plain and odd planes, stacks, channels and time points.
 inline std::vector<Shape> oddShapes() {
@@ -46,12 +46,12 @@ inline std::vector<Shape> smallShapes() {
   return shapes;
 }
 
-inline std::vector<int> sizesOf(const orva::Image& img) {
+inline std::vector<int> sizesOf(const Image& img) {
   return {img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
 }
 
 // The given sizes, as many pixels, and memory exactly when there are some.
-inline ::testing::AssertionResult isWhole(const orva::Image& img, const std::vector<int>& sizes) {
+inline ::testing::AssertionResult isWhole(const Image& img, const std::vector<int>& sizes) {
   if (sizesOf(img) != sizes) {
     return ::testing::AssertionFailure() << "sizes are " << ::testing::PrintToString(sizesOf(img))
                                          << ", not " << ::testing::PrintToString(sizes);
@@ -65,6 +65,6 @@ inline ::testing::AssertionResult isWhole(const orva::Image& img, const std::vec
   return ::testing::AssertionSuccess();
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

@@ -9,16 +9,16 @@
 
 #include "tests/support/images.h"
 
-namespace orva_test {
+namespace orva::test {
 
-inline Shape shapeOf(const orva::Image& img) {
+inline Shape shapeOf(const Image& img) {
   return {img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
 }
 
 // An image of the given shape whose pixel (x, y, frame) is source(x, y, frame).
 template <class T, class Source>
-orva::image<T> composed(const Shape& shape, const Source& source) {
-  orva::image<T> result = blank<T>(shape);
+image<T> composed(const Shape& shape, const Source& source) {
+  image<T> result = blank<T>(shape);
   for (int f = 0, i = 0; f < result.nframes(); ++f) {
     for (int y = 0; y < result.ny(); ++y) {
       for (int x = 0; x < result.nx(); ++x, ++i) result.pixels()[i] = source(x, y, f);
@@ -29,27 +29,27 @@ orva::image<T> composed(const Shape& shape, const Source& source) {
 
 // Pixel (x, y) of a frame.
 template <class T>
-T pixelAt(const orva::image<T>& img, int x, int y, int frame) {
+T pixelAt(const image<T>& img, int x, int y, int frame) {
   return img.pixels()[x + img.nx() * y + std::ptrdiff_t{img.frameSize()} * frame];
 }
 
 // Every frame with its columns in reverse order.
 template <class T>
-orva::image<T> flipped(const orva::image<T>& img) {
+image<T> flipped(const image<T>& img) {
   return composed<T>(shapeOf(img),
                      [&](int x, int y, int f) { return pixelAt(img, img.nx() - 1 - x, y, f); });
 }
 
 // Every frame with its rows in reverse order.
 template <class T>
-orva::image<T> upsideDown(const orva::image<T>& img) {
+image<T> upsideDown(const image<T>& img) {
   return composed<T>(shapeOf(img),
                      [&](int x, int y, int f) { return pixelAt(img, x, img.ny() - 1 - y, f); });
 }
 
 // Every frame with rows and columns exchanged.
 template <class T>
-orva::image<T> transposed(const orva::image<T>& img) {
+image<T> transposed(const image<T>& img) {
   Shape shape = shapeOf(img);
   std::swap(shape.nx, shape.ny);
   return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, y, x, f); });
@@ -57,13 +57,13 @@ orva::image<T> transposed(const orva::image<T>& img) {
 
 // Frame i of the result is frame order[i].
 template <class T>
-orva::image<T> reordered(const orva::image<T>& img, const std::vector<int>& order) {
+image<T> reordered(const image<T>& img, const std::vector<int>& order) {
   return composed<T>(shapeOf(img), [&](int x, int y, int f) {
     return pixelAt(img, x, y, order.at(static_cast<std::size_t>(f)));
   });
 }
 
-inline std::vector<int> shuffledFrames(Random& random, const orva::Image& img) {
+inline std::vector<int> shuffledFrames(Random& random, const Image& img) {
   std::vector<int> order(static_cast<std::size_t>(img.nframes()));
   std::iota(order.begin(), order.end(), 0);
   std::shuffle(order.begin(), order.end(), random);
@@ -72,14 +72,14 @@ inline std::vector<int> shuffledFrames(Random& random, const orva::Image& img) {
 
 // All frames in reverse order.
 template <class T>
-orva::image<T> backToFront(const orva::image<T>& img) {
+image<T> backToFront(const image<T>& img) {
   return composed<T>(
       shapeOf(img), [&](int x, int y, int f) { return pixelAt(img, x, y, img.nframes() - 1 - f); });
 }
 
 // A volume with columns and planes exchanged.
 template <class T>
-orva::image<T> onItsSide(const orva::image<T>& img) {
+image<T> onItsSide(const image<T>& img) {
   Shape shape = shapeOf(img);
   std::swap(shape.nx, shape.nz);
   return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, f, y, x); });
@@ -87,7 +87,7 @@ orva::image<T> onItsSide(const orva::image<T>& img) {
 
 // The turns that an operation without a preferred direction follows, each its own inverse.
 template <class T>
-using Turned = orva::image<T> (*)(const orva::image<T>&);
+using Turned = image<T> (*)(const image<T>&);
 template <class T>
 std::vector<Turned<T>> planeTurns() {
   return {flipped<T>, upsideDown<T>, transposed<T>};
@@ -99,7 +99,7 @@ std::vector<Turned<T>> volumeTurns() {
 
 // The image on a ground of `value`, its first pixel at (dx, dy) of every frame.
 template <class T>
-orva::image<T> framed(const orva::image<T>& img, int nx, int ny, int dx, int dy, T value) {
+image<T> framed(const image<T>& img, int nx, int ny, int dx, int dy, T value) {
   Shape shape = shapeOf(img);
   shape.nx = nx;
   shape.ny = ny;
@@ -111,13 +111,13 @@ orva::image<T> framed(const orva::image<T>& img, int nx, int ny, int dx, int dy,
 
 // The pixels that framed() took the image to.
 template <class T>
-orva::image<T> unframed(const orva::image<T>& img, int nx, int ny, int dx, int dy) {
+image<T> unframed(const image<T>& img, int nx, int ny, int dx, int dy) {
   Shape shape = shapeOf(img);
   shape.nx = nx;
   shape.ny = ny;
   return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, x + dx, y + dy, f); });
 }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

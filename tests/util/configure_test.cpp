@@ -11,40 +11,28 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/text.h"
 
+namespace orva::test {
 namespace {
-
-using orva::Configure;
-using orva::fnp::parseLine;
-using orva::fnp::parseTextFile;
-using orva_test::Random;
-using orva_test::randomInt;
-using reference::linesOf;
-using reference::tableOf;
-using reference::wordsOf;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
 
 using Words = std::vector<std::string>;
 using Lines = std::vector<Words>;
 
 TEST(ParseLine, SplitsAtRunsOfDelimiters) {
-  EXPECT_EQ(parseLine("", " "), Words{});
-  EXPECT_EQ(parseLine(" ", " "), Words{});
-  EXPECT_EQ(parseLine(" =\t==", " \t="), Words{});
-  EXPECT_EQ(parseLine("a", " "), Words{"a"});
-  EXPECT_EQ(parseLine("a b", " "), (Words{"a", "b"}));
-  EXPECT_EQ(parseLine("  a   bc  ", " "), (Words{"a", "bc"}));
-  EXPECT_EQ(parseLine("a=b = c", " ="), (Words{"a", "b", "c"}));
-  EXPECT_EQ(parseLine("a\tb", " "), Words{"a\tb"});
-  EXPECT_EQ(parseLine("a,b;c", ",;"), (Words{"a", "b", "c"}));
+  EXPECT_EQ(fnp::parseLine("", " "), Words{});
+  EXPECT_EQ(fnp::parseLine(" ", " "), Words{});
+  EXPECT_EQ(fnp::parseLine(" =\t==", " \t="), Words{});
+  EXPECT_EQ(fnp::parseLine("a", " "), Words{"a"});
+  EXPECT_EQ(fnp::parseLine("a b", " "), (Words{"a", "b"}));
+  EXPECT_EQ(fnp::parseLine("  a   bc  ", " "), (Words{"a", "bc"}));
+  EXPECT_EQ(fnp::parseLine("a=b = c", " ="), (Words{"a", "b", "c"}));
+  EXPECT_EQ(fnp::parseLine("a\tb", " "), Words{"a\tb"});
+  EXPECT_EQ(fnp::parseLine("a,b;c", ",;"), (Words{"a", "b", "c"}));
 }
 
 TEST(ParseLine, KeepsALineWholeWithoutDelimiters) {
-  EXPECT_EQ(parseLine(" a b ", ""), Words{" a b "});
-  EXPECT_EQ(parseLine(" a b ", nullptr), Words{" a b "});
-  EXPECT_EQ(parseLine("", ""), Words{});
+  EXPECT_EQ(fnp::parseLine(" a b ", ""), Words{" a b "});
+  EXPECT_EQ(fnp::parseLine(" a b ", nullptr), Words{" a b "});
+  EXPECT_EQ(fnp::parseLine("", ""), Words{});
 }
 
 TEST(ParseLine, AgreesWithItsDefinition) {
@@ -57,7 +45,8 @@ TEST(ParseLine, AgreesWithItsDefinition) {
     for (int n = randomInt(random, 0, 20); n > 0; --n) {
       line += letters[static_cast<std::size_t>(randomInt(random, 0, 5))];
     }
-    EXPECT_EQ(parseLine(line, delimiters.c_str()), wordsOf(line, delimiters)) << line;
+    EXPECT_EQ(fnp::parseLine(line, delimiters.c_str()), reference::wordsOf(line, delimiters))
+        << line;
   }
 }
 
@@ -65,23 +54,24 @@ class TextFile : public testing::Test {
  protected:
   // Reads the file with this content without a message.
   Lines parse(const std::string& content, const char* delimiters = " ") const {
-    orva_test::writeFile(file_, content);
-    CaptureStderr();
-    CaptureStdout();
-    const Lines lines = parseTextFile(file_, delimiters);
-    EXPECT_EQ(GetCapturedStdout() + GetCapturedStderr(), "");
-    EXPECT_EQ(lines, linesOf(content, delimiters));
+    writeFile(file_, content);
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    const Lines lines = fnp::parseTextFile(file_, delimiters);
+    EXPECT_EQ(testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(lines, reference::linesOf(content, delimiters));
     return lines;
   }
 
   Configure configure(const std::string& content) const {
-    orva_test::writeFile(file_, content);
+    writeFile(file_, content);
     Configure table(file_);
-    for (const auto& [key, value] : tableOf(content)) EXPECT_EQ(table.property(key), value) << key;
+    for (const auto& [key, value] : reference::tableOf(content))
+      EXPECT_EQ(table.property(key), value) << key;
     return table;
   }
 
-  orva_test::TempDir dir_;
+  TempDir dir_;
   std::string file_ = dir_.file("some.txt");
 };
 
@@ -113,11 +103,11 @@ TEST_F(TextFile, EndsAtALineOf1024CharactersAsIsIntended) {
 
 TEST_F(TextFile, ThatCanNotBeOpenedIsReported) {
   const std::string name = dir_.file("missing.txt");
-  CaptureStderr();
-  CaptureStdout();
-  EXPECT_EQ(parseTextFile(name, " "), Lines{});
-  EXPECT_EQ(GetCapturedStdout(), "");
-  EXPECT_EQ(GetCapturedStderr(), "Cannot open file: " + name + "\n");
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(fnp::parseTextFile(name, " "), Lines{});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Cannot open file: " + name + "\n");
 }
 
 TEST_F(TextFile, OfRandomBytesIsSplitAsDefined) {
@@ -180,8 +170,8 @@ TEST_F(TextFile, OfRandomLinesIsATableAsDefined) {
     }
     const Configure table = configure(content);
     // And no other keys: all words of the file.
-    const std::map<std::string, std::string> expected = tableOf(content);
-    for (const std::string& word : wordsOf(content, " \t=\n")) {
+    const std::map<std::string, std::string> expected = reference::tableOf(content);
+    for (const std::string& word : reference::wordsOf(content, " \t=\n")) {
       const auto found = expected.find(word);
       EXPECT_EQ(table.property(word), found == expected.end() ? "" : found->second) << content;
     }
@@ -192,15 +182,15 @@ TEST(Configure, IsEmptyFromTheStart) { EXPECT_EQ(Configure().property("a"), "");
 
 TEST_F(TextFile, ConvertsToATableByItsName) {
   static_assert(std::is_convertible_v<std::string, Configure>);
-  orva_test::writeFile(file_, "sigma = 2.5\n");
+  writeFile(file_, "sigma = 2.5\n");
   const Configure table = file_;
   EXPECT_EQ(table.property("sigma"), "2.5");
 }
 
 TEST(Configure, OfAFileThatCanNotBeOpenedIsEmpty) {
-  CaptureStderr();
+  testing::internal::CaptureStderr();
   const Configure table("/missing/some.txt");
-  EXPECT_EQ(GetCapturedStderr(), "Cannot open file: /missing/some.txt\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Cannot open file: /missing/some.txt\n");
   EXPECT_EQ(table.property("a"), "");
 }
 
@@ -216,3 +206,4 @@ TEST_F(TextFile, GivesTablesThatAreCopied) {
 static_assert(std::has_virtual_destructor_v<Configure>);
 
 }  // namespace
+}  // namespace orva::test

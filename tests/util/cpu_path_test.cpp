@@ -5,10 +5,8 @@
 #include <cstdlib>
 #include <string>
 
+namespace orva::test {
 namespace {
-
-using orva::cpuPath;
-using orva::CpuPath;
 
 TEST(CpuPath, FollowsTheEnvironmentAndTheMachine) {
   const char* wanted = std::getenv("ORVA_CPU_PATH");
@@ -25,8 +23,9 @@ TEST(CpuPath, FollowsTheEnvironmentAndTheMachine) {
 
 TEST(CpuPath, RunsTheBodyOnce) {
   int runs = 0;
-  orva::onWidestPath([&runs] { ++runs; });
+  onWidestPath([&runs] { ++runs; });
   EXPECT_EQ(runs, 1);
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -11,9 +11,8 @@
 
 #include "tests/support/files.h"
 
+namespace orva::test {
 namespace {
-
-namespace fnp = orva::fnp;
 
 struct Row {
   std::string in;
@@ -45,11 +44,11 @@ std::vector<std::string> randomNames() {
 }
 
 TEST(Exists, TellsWhetherAPathNamesSomething) {
-  const orva_test::TempDir dir;
+  const TempDir dir;
   const std::string file = dir.file("some.txt");
   EXPECT_FALSE(fnp::exists(file));
   EXPECT_FALSE(fnp::exists(file.c_str()));
-  orva_test::writeFile(file, "");
+  writeFile(file, "");
   EXPECT_TRUE(fnp::exists(file));
   EXPECT_TRUE(fnp::exists(file.c_str()));
   EXPECT_TRUE(fnp::exists(dir.file("")));
@@ -201,3 +200,4 @@ TEST(CopySubString, CutsPositionsPastTheEnd) {
 }
 
 }  // namespace
+}  // namespace orva::test

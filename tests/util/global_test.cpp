@@ -14,11 +14,8 @@
 #include <stdexcept>
 #include <string>
 
+namespace orva::test {
 namespace {
-
-using orva::toFloat;
-using orva::toInt;
-using orva::toString;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
@@ -156,33 +153,33 @@ TEST(FromText, ReadsBackWhatToStringWrote) {
 
 TEST(GetEnv, GivesTheValue) {
   setenv("ORVA_TEST_VARIABLE", "some value", 1);
-  EXPECT_EQ(orva::getEnv("ORVA_TEST_VARIABLE"), "some value");
+  EXPECT_EQ(getEnv("ORVA_TEST_VARIABLE"), "some value");
   setenv("ORVA_TEST_VARIABLE", "", 1);
-  EXPECT_EQ(orva::getEnv("ORVA_TEST_VARIABLE"), "");
+  EXPECT_EQ(getEnv("ORVA_TEST_VARIABLE"), "");
   unsetenv("ORVA_TEST_VARIABLE");
 }
 
 TEST(GetEnv, ThrowsForAVariableThatIsNotSet) {
   unsetenv("ORVA_TEST_VARIABLE");
-  EXPECT_THROW(orva::getEnv("ORVA_TEST_VARIABLE"), std::logic_error);
+  EXPECT_THROW(getEnv("ORVA_TEST_VARIABLE"), std::logic_error);
 }
 
 TEST(ExecSysCmd, ReturnsTheStatus) {
-  EXPECT_EQ(orva::execSysCmd("true"), 0);
-  const int status = orva::execSysCmd("exit 3");
+  EXPECT_EQ(execSysCmd("true"), 0);
+  const int status = execSysCmd("exit 3");
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 3);
 }
 
 TEST(ExecSysCmd, RunsInTheShell) {
   testing::internal::CaptureStdout();
-  EXPECT_EQ(orva::execSysCmd("for i in 1 2; do echo line $i; done"), 0);
+  EXPECT_EQ(execSysCmd("for i in 1 2; do echo line $i; done"), 0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "line 1\nline 2\n");
 }
 
 TEST(ReportBugInfo, WritesTheNoticeAndReturns) {
   testing::internal::CaptureStderr();
-  orva::reportBugInfo("foo()");
+  reportBugInfo("foo()");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "There is an unexpected bug in \n"
             "* foo() *\n"
@@ -191,3 +188,4 @@ TEST(ReportBugInfo, WritesTheNoticeAndReturns) {
 }
 
 }  // namespace
+}  // namespace orva::test

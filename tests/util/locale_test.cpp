@@ -13,10 +13,8 @@
 #include "orva/util/global.h"
 #include "tests/support/files.h"
 
+namespace orva::test {
 namespace {
-
-using orva::toString;
-using orva_test::ForeignLocale;
 
 std::string streamed(double v) {
   std::ostringstream out;
@@ -62,21 +60,22 @@ TEST(FromText, IsTheSameInEveryLocale) {
                            {"12,345,678", 12, 12.0F}};
   const ForeignLocale foreign;
   for (Row& row : rows) {
-    EXPECT_EQ(orva::toInt(row.text), row.whole) << row.text;
-    EXPECT_EQ(orva::toFloat(row.text), row.number) << row.text;
+    EXPECT_EQ(toInt(row.text), row.whole) << row.text;
+    EXPECT_EQ(toFloat(row.text), row.number) << row.text;
   }
 }
 
 TEST(Configure, IsTheSameInEveryLocale) {
-  const orva_test::TempDir dir;
-  orva_test::writeFile(dir.file("c"), "sigma = 1234.5\nlevels = 1.234.567\nshare\t-0,25\n");
+  const TempDir dir;
+  writeFile(dir.file("c"), "sigma = 1234.5\nlevels = 1.234.567\nshare\t-0,25\n");
   const ForeignLocale foreign;
-  const orva::Configure configuration(dir.file("c"));
+  const Configure configuration(dir.file("c"));
   std::string sigma = configuration.property("sigma");
   EXPECT_EQ(sigma, "1234.5");
-  EXPECT_EQ(orva::toFloat(sigma), 1234.5F);
+  EXPECT_EQ(toFloat(sigma), 1234.5F);
   EXPECT_EQ(configuration.property("levels"), "1.234.567");
   EXPECT_EQ(configuration.property("share"), "-0,25");
 }
 
 }  // namespace
+}  // namespace orva::test

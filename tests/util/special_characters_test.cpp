@@ -11,7 +11,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
 using Words = std::vector<std::string>;
 
 // Printable characters other than letters, digits and those in `without`.

@@ -14,29 +14,8 @@
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::voting::CircularVoting;
-using orva::voting::Cone2D;
-using orva::voting::ConePlane2D;
-using orva::voting::WPoint2D;
-using orva_test::absolute;
-using orva_test::blank;
-using orva_test::computed;
-using orva_test::Coordinates;
-using orva_test::coordinates;
-using orva_test::Disc;
-using orva_test::discImage;
-using orva_test::oneDisc;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::sameFloats;
-using orva_test::sameImage;
-using orva_test::samePoints;
-using orva_test::Shape;
-using orva_test::VotingParams;
 
 TEST(Compute, HasItsStrongestCenterInTheMiddleOfADisc) {
   VotingParams params;
@@ -50,7 +29,7 @@ TEST(Compute, HasItsStrongestCenterInTheMiddleOfADisc) {
     const std::vector<float>& weights = probe.center_weights();
     ASSERT_FALSE(weights.empty());
     const auto strongest = std::max_element(weights.begin(), weights.end()) - weights.begin();
-    const orva::Point center = probe.centers()[static_cast<std::size_t>(strongest)];
+    const Point center = probe.centers()[static_cast<std::size_t>(strongest)];
     EXPECT_LE(std::abs(center.x - 25), 1);
     EXPECT_LE(std::abs(center.y - 18), 1);
   }
@@ -125,8 +104,10 @@ TEST(Compute, SetsTheWidthsOfAllConeTypesToThoseOfTheAccumulator) {
   EXPECT_EQ(probe.margin_, 25);
   EXPECT_EQ(probe.acc_.nx(), 81);
   EXPECT_EQ(probe.acc_.ny(), 67);
-  for (const int width : {WPoint2D::nx, ConePlane2D::nx, Cone2D::nx}) EXPECT_EQ(width, 81);
-  for (const int height : {WPoint2D::ny, ConePlane2D::ny, Cone2D::ny}) EXPECT_EQ(height, 67);
+  for (const int width : {voting::WPoint2D::nx, voting::ConePlane2D::nx, voting::Cone2D::nx})
+    EXPECT_EQ(width, 81);
+  for (const int height : {voting::WPoint2D::ny, voting::ConePlane2D::ny, voting::Cone2D::ny})
+    EXPECT_EQ(height, 67);
   EXPECT_EQ(probe.nx_, 31);
   EXPECT_EQ(probe.ny_, 17);
   EXPECT_EQ(probe.npix_, 31 * 17);
@@ -152,7 +133,7 @@ TEST(Compute, SelectsVotesAboveTheThreshold) {
         }
       }
       int regions = 0;
-      orva::bip::regions(mask, regions, 255, 1, orva::NEIGHBORHOOD_4);
+      bip::regions(mask, regions, 255, 1, NEIGHBORHOOD_4);
       EXPECT_GT(regions, 0);
       EXPECT_EQ(static_cast<int>(probe.centers().size()), regions);
     }
@@ -173,8 +154,8 @@ TEST(Compute, DropsVotesInTheMargin) {
     params.gradThreshold = 0.0F;
     Probe probe = computed(params, ramp);
     const std::unique_ptr<image<float>> inside(
-        probe.acc_.roi(orva::Point3D(probe.margin_, probe.margin_, 0),
-                       orva::Point3D(probe.margin_ + 11, probe.margin_ + 11, 0)));
+        probe.acc_.roi(Point3D(probe.margin_, probe.margin_, 0),
+                       Point3D(probe.margin_ + 11, probe.margin_ + 11, 0)));
     const auto sumOf = [](const image<float>& votes) {
       return std::accumulate(votes.pixels(), votes.pixels() + votes.npix(), 0.0);
     };
@@ -186,13 +167,13 @@ TEST(Compute, DropsVotesInTheMargin) {
     const image<short> labels = reference::regions(mask, n, 255, 1, 4);
     Coordinates centers;
     std::vector<float> weights;
-    for (const orva::RegionFeature& f : reference::regionFeatures(labels, n, inside.get())) {
+    for (const RegionFeature& f : reference::regionFeatures(labels, n, inside.get())) {
       centers.emplace_back(f.cx, f.cy);
       weights.push_back(f.mean);
     }
     EXPECT_EQ(coordinates(probe.centers()), centers);
     EXPECT_TRUE(sameFloats(probe.center_weights(), weights));
-    orva_test::expectSameVoting(probe, reference::compute(params, ramp));
+    expectSameVoting(probe, reference::compute(params, ramp));
   }
 }
 
@@ -205,7 +186,7 @@ TEST(Compute, OfAPointInTheCornerVotesWithoutFault) {
       const auto img = discImage<float>({20, 15}, {{x, y, 0}}, 90.0F, 0.0F);
       Probe probe = computed(params, img);
       EXPECT_FALSE(probe.points_.empty());
-      orva_test::expectSameVoting(probe, reference::compute(params, img));
+      expectSameVoting(probe, reference::compute(params, img));
     }
   }
 }
@@ -308,3 +289,4 @@ TEST(Compute, WithANegativeThresholdTakesTheWholeImageAsOneRegion) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -6,32 +6,28 @@
 
 #include "orva/voting/circularvoting.h"
 
+namespace orva::test {
 namespace {
-
-using orva::voting::Cone2D;
-using orva::voting::ConePlane2D;
-using orva::voting::VPoint2D;
-using orva::voting::WPoint2D;
 
 using Floats = std::vector<float>;
 
-VPoint2D pointOfWeight(float weight) {
-  VPoint2D p;
+voting::VPoint2D pointOfWeight(float weight) {
+  voting::VPoint2D p;
   p.weight = weight;
   return p;
 }
 
 // Two planes of cells at the offsets 1, 2 and 4, the last of them twice.
-Cone2D exampleCone() {
-  Cone2D cone;
+voting::Cone2D exampleCone() {
+  voting::Cone2D cone;
   cone.planes.resize(2);
-  cone.planes[0].points = {WPoint2D(1, 0, 1, 1.0F), WPoint2D(2, 0, 2, 0.5F)};
-  cone.planes[1].points = {WPoint2D(4, 0, 4, 1.0F), WPoint2D(4, 0, 4, 1.0F)};
+  cone.planes[0].points = {voting::WPoint2D(1, 0, 1, 1.0F), voting::WPoint2D(2, 0, 2, 0.5F)};
+  cone.planes[1].points = {voting::WPoint2D(4, 0, 4, 1.0F), voting::WPoint2D(4, 0, 4, 1.0F)};
   return cone;
 }
 
 TEST(WPoint2D, HoldsItsArguments) {
-  const WPoint2D p(3, -4, 17, 0.25F);
+  const voting::WPoint2D p(3, -4, 17, 0.25F);
   EXPECT_EQ(p.x, 3);
   EXPECT_EQ(p.y, -4);
   EXPECT_EQ(p.offset, 17);
@@ -39,7 +35,7 @@ TEST(WPoint2D, HoldsItsArguments) {
 }
 
 TEST(VPoint2D, StartsAsZeroWithCoordinatesOfSixteenBits) {
-  const VPoint2D p;
+  const voting::VPoint2D p;
   EXPECT_EQ(p.x, 0);
   EXPECT_EQ(p.y, 0);
   EXPECT_EQ(p.cx, 0);
@@ -55,24 +51,25 @@ TEST(VPoint2D, StartsAsZeroWithCoordinatesOfSixteenBits) {
 }
 
 TEST(ConePlane2D, HoldsCopiesOfACell) {
-  const ConePlane2D plane(3, WPoint2D(1, 2, 3, 4.0F));
+  const voting::ConePlane2D plane(3, voting::WPoint2D(1, 2, 3, 4.0F));
   ASSERT_EQ(plane.points.size(), 3U);
-  for (const WPoint2D& p : plane.points) {
+  for (const voting::WPoint2D& p : plane.points) {
     EXPECT_EQ(p.x, 1);
     EXPECT_EQ(p.y, 2);
     EXPECT_EQ(p.offset, 3);
     EXPECT_EQ(p.weight, 4.0F);
   }
-  EXPECT_TRUE(ConePlane2D(0, WPoint2D()).points.empty());
-  EXPECT_TRUE(ConePlane2D(-2, WPoint2D()).points.empty());
+  EXPECT_TRUE(voting::ConePlane2D(0, voting::WPoint2D()).points.empty());
+  EXPECT_TRUE(voting::ConePlane2D(-2, voting::WPoint2D()).points.empty());
 }
 
 TEST(ConePlane2D, SetPosUsesTheWidthOfWPoint2D) {
-  ConePlane2D plane;
-  plane.points = {WPoint2D(2, -1, 99, 1.0F), WPoint2D(-3, 2, 0, 1.0F), WPoint2D(0, 0, 5, 1.0F)};
-  WPoint2D::nx = 100;
-  ConePlane2D::nx = 7;
-  Cone2D::nx = 9;
+  voting::ConePlane2D plane;
+  plane.points = {voting::WPoint2D(2, -1, 99, 1.0F), voting::WPoint2D(-3, 2, 0, 1.0F),
+                  voting::WPoint2D(0, 0, 5, 1.0F)};
+  voting::WPoint2D::nx = 100;
+  voting::ConePlane2D::nx = 7;
+  voting::Cone2D::nx = 9;
   plane.setPos();
   EXPECT_EQ(plane.points[0].offset, -98);
   EXPECT_EQ(plane.points[1].offset, 197);
@@ -80,23 +77,24 @@ TEST(ConePlane2D, SetPosUsesTheWidthOfWPoint2D) {
 }
 
 TEST(Cone2D, StartsEmptyAlongX) {
-  const Cone2D cone;
+  const voting::Cone2D cone;
   EXPECT_TRUE(cone.planes.empty());
   EXPECT_EQ(cone.dx, 1.0F);
   EXPECT_EQ(cone.dy, 0.0F);
 }
 
 TEST(Cone2D, StoresADirectionUnchanged) {
-  Cone2D cone;
+  voting::Cone2D cone;
   cone.setDirection(3.0F, -4.0F);
   EXPECT_EQ(cone.dx, 3.0F);
   EXPECT_EQ(cone.dy, -4.0F);
 }
 
 TEST(Cone2D, InitSetsTheOffsetsOfAllPlanes) {
-  Cone2D cone;
-  cone.planes = {ConePlane2D(2, WPoint2D(1, 1, 0, 1.0F)), ConePlane2D(1, WPoint2D(0, -2, 0, 1.0F))};
-  WPoint2D::nx = 10;
+  voting::Cone2D cone;
+  cone.planes = {voting::ConePlane2D(2, voting::WPoint2D(1, 1, 0, 1.0F)),
+                 voting::ConePlane2D(1, voting::WPoint2D(0, -2, 0, 1.0F))};
+  voting::WPoint2D::nx = 10;
   cone.init();
   EXPECT_EQ(cone.planes[0].points[0].offset, 11);
   EXPECT_EQ(cone.planes[0].points[1].offset, 11);
@@ -104,8 +102,8 @@ TEST(Cone2D, InitSetsTheOffsetsOfAllPlanes) {
 }
 
 TEST(Cone2D, CopiesOwnTheirCells) {
-  const Cone2D cone = exampleCone();
-  Cone2D other = cone;
+  const voting::Cone2D cone = exampleCone();
+  voting::Cone2D other = cone;
   other.planes[0].points[0].offset = 77;
   other.planes.pop_back();
   EXPECT_EQ(cone.planes.size(), 2U);
@@ -120,8 +118,8 @@ TEST(Cone2D, PlainVoteAddsTheWeightOfThePointTimesThatOfTheCell) {
 
 TEST(Cone2D, PlainVoteCountsFromThePointer) {
   Floats acc(7, 0.0F);
-  Cone2D cone;
-  cone.planes = {ConePlane2D(1, WPoint2D(-3, 0, -3, 1.0F))};
+  voting::Cone2D cone;
+  cone.planes = {voting::ConePlane2D(1, voting::WPoint2D(-3, 0, -3, 1.0F))};
   cone.vote(acc.data() + 4, pointOfWeight(2.0F));
   EXPECT_EQ(acc, (Floats{0, 2, 0, 0, 0, 0, 0}));
 }
@@ -136,9 +134,9 @@ TEST(Cone2D, RedistributingVoteSharesByThePreviousVotes) {
 }
 
 TEST(Cone2D, RedistributingVoteIgnoresTheWeightsOfCellsWhichIsIntended) {
-  Cone2D cone = exampleCone();
-  for (ConePlane2D& plane : cone.planes) {
-    for (WPoint2D& cell : plane.points) cell.weight = 0.0F;
+  voting::Cone2D cone = exampleCone();
+  for (voting::ConePlane2D& plane : cone.planes) {
+    for (voting::WPoint2D& cell : plane.points) cell.weight = 0.0F;
   }
   Floats acc(6, 0.0F);
   Floats prev = {0, 1, 1, 0, 1, 0};
@@ -160,9 +158,9 @@ TEST(Cone2D, RedistributingVoteIsDroppedBelowOneThousandth) {
 }
 
 TEST(Cone2D, WithoutCellsVotesForNothing) {
-  Cone2D noCells;
+  voting::Cone2D noCells;
   noCells.planes.resize(3);
-  for (const Cone2D& cone : {Cone2D(), noCells}) {
+  for (const voting::Cone2D& cone : {voting::Cone2D(), noCells}) {
     Floats acc = {1, 2, 3};
     Floats prev = {4, 5, 6};
     cone.vote(acc.data(), pointOfWeight(1.0F));
@@ -172,3 +170,4 @@ TEST(Cone2D, WithoutCellsVotesForNothing) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,22 +10,8 @@
 #include "tests/support/raw_image.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::voting::Cone2D;
-using orva::voting::ConePlane2D;
-using orva::voting::WPoint2D;
-using orva_test::absolute;
-using orva_test::blank;
-using orva_test::computed;
-using orva_test::Coordinates;
-using orva_test::coordinates;
-using orva_test::oneDisc;
-using orva_test::Probe;
-using orva_test::sameCones;
-using orva_test::sameImage;
-using orva_test::Shape;
-using orva_test::VotingParams;
 
 const std::string tooLargeMessage =
     "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
@@ -73,14 +59,16 @@ TEST(Compute, OfANullImageGoesThroughAllItsSteps) {
       Probe probe = fresh ? Probe() : computed({}, oneDisc());
       probe.centers_.clear();
       probe.set(params);
-      WPoint2D::nx = ConePlane2D::nx = Cone2D::nx = -1;
-      WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = -1;
+      voting::WPoint2D::nx = voting::ConePlane2D::nx = voting::Cone2D::nx = -1;
+      voting::WPoint2D::ny = voting::ConePlane2D::ny = voting::Cone2D::ny = -1;
       probe.compute(blank<float>(shape));
       const int nx = shape.nx + 50;
       const int ny = shape.ny + 50;
       EXPECT_EQ(probe.margin_, 25);
-      for (const int width : {WPoint2D::nx, ConePlane2D::nx, Cone2D::nx}) EXPECT_EQ(width, nx);
-      for (const int height : {WPoint2D::ny, ConePlane2D::ny, Cone2D::ny}) EXPECT_EQ(height, ny);
+      for (const int width : {voting::WPoint2D::nx, voting::ConePlane2D::nx, voting::Cone2D::nx})
+        EXPECT_EQ(width, nx);
+      for (const int height : {voting::WPoint2D::ny, voting::ConePlane2D::ny, voting::Cone2D::ny})
+        EXPECT_EQ(height, ny);
       EXPECT_TRUE(sameImage(probe.acc_, blank<float>({nx, ny})));
       EXPECT_TRUE(sameImage(probe.prevAcc_, blank<float>({nx, ny})));
       EXPECT_TRUE(sameCones(probe.cones_, reference::cones(0, 1, 20, 0, nx)));
@@ -96,11 +84,11 @@ TEST(Compute, OfANullImageGoesThroughAllItsSteps) {
 }
 
 TEST(Compute, OfAFormatWithoutFloatFormFindsNoCenters) {
-  for (const int format : {static_cast<int>(orva::RGBA), 11, -1}) {
+  for (const int format : {static_cast<int>(RGBA), 11, -1}) {
     for (const bool useEdges : {false, true}) {
       VotingParams params;
       params.useEdges = useEdges;
-      const Probe probe = computed(params, orva_test::ForeignImage(format));
+      const Probe probe = computed(params, ForeignImage(format));
       EXPECT_TRUE(probe.points_.empty());
       EXPECT_TRUE(probe.centers().empty());
     }
@@ -185,9 +173,10 @@ TEST(Compute, OfATooLargeImageKeepsEarlierCentersButNoWeights) {
 
 TEST(Compute, OfWidthAndHeightThatNoImageHasLeavesNoVotingImage) {
   Probe voting(marginOf25());
-  voting.compute(orva::image<unsigned char>(70000, 70000, 0, 1, 1));
+  voting.compute(image<unsigned char>(70000, 70000, 0, 1, 1));
   EXPECT_TRUE(voting.centers().empty());
   EXPECT_TRUE(voting.votingImage().isNull());
 }
 
 }  // namespace
+}  // namespace orva::test

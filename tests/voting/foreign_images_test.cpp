@@ -11,8 +11,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 TEST(ComputeOfAForeignImage, TakesTheSamples) {
   const image<float> samples = oneDisc();
   const RawImage img({40, 36}, FLOAT, pixelsOf(samples), std::vector<float>(40 * 36, 1.0F));

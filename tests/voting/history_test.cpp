@@ -12,25 +12,17 @@
 #include "tests/support/resource_limit.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::blank;
-using orva_test::discImage;
-using orva_test::Probe;
-using orva_test::Shape;
-using orva_test::VotingParams;
 
 class History : public testing::Test {
  protected:
   std::string prefix(const std::string& start) const { return dir_.file(start); }
 
   std::set<std::string> names() const { return dir_.names(); }
-  std::string content(const std::string& name) const {
-    return orva_test::readFile(dir_.file(name));
-  }
+  std::string content(const std::string& name) const { return readFile(dir_.file(name)); }
 
-  Probe computed(const VotingParams& params, const std::string& start, const orva::Image& img) {
+  Probe computed(const VotingParams& params, const std::string& start, const Image& img) {
     Probe probe(params);
     probe.setPrefix(prefix(start));
     probe.saveHistory(true);
@@ -39,7 +31,7 @@ class History : public testing::Test {
   }
 
  private:
-  orva_test::TempDir dir_;
+  TempDir dir_;
 };
 
 VotingParams paramsOf(int maxRadius, int coneWidth) {
@@ -169,7 +161,7 @@ TEST_F(History, ThatCannotBeWrittenDoesNotChangeTheResult) {
   Probe probe = computed(params, "missing/", img);
   EXPECT_NE(testing::internal::GetCapturedStderr().find("In image_io::writeICS\n"),
             std::string::npos);
-  orva_test::expectSameVoting(probe, reference::compute(params, img));
+  expectSameVoting(probe, reference::compute(params, img));
   EXPECT_TRUE(names().empty());
 }
 
@@ -192,12 +184,12 @@ TEST_F(History, ThatIsCutOffIsReportedPairByPairAndDoesNotChangeTheResult) {
     Probe probe(params);
     probe.setPrefix(prefix("cut_"));
     probe.saveHistory(true);
-    const std::string heard = orva_test::heardFrom([&] {
-      const orva_test::ResourceLimit limit(RLIMIT_FSIZE, static_cast<long>(room));
+    const std::string heard = heardFrom([&] {
+      const ResourceLimit limit(RLIMIT_FSIZE, static_cast<long>(room));
       probe.compute(img);
     });
     EXPECT_EQ(heard, messages);
-    orva_test::expectSameVoting(probe, expected);
+    expectSameVoting(probe, expected);
   }
 }
 
@@ -206,7 +198,8 @@ TEST_F(History, DoesNotChangeTheResult) {
   params.regionType = 2;
   const auto img = discImage<unsigned char>({30, 26}, {{12, 11, 6}}, 200, 30);
   Probe probe = computed(params, "", img);
-  orva_test::expectSameVoting(probe, reference::compute(params, img));
+  expectSameVoting(probe, reference::compute(params, img));
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -17,11 +17,8 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
+namespace orva::test {
 namespace {
-
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::Shape;
 
 // An int array of the fake Java machine.
 struct Array : _jintArray {
@@ -128,12 +125,12 @@ std::vector<jint> discs(const Arguments& a, int count, unsigned seed) {
 
 // The same by the reference implementations.
 std::vector<jint> expected(const std::vector<jint>& pixels, const Arguments& a) {
-  orva::image<unsigned char> img(a.width, a.height, 1, 1, 1);
+  image<unsigned char> img(a.width, a.height, 1, 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
     img.pixels()[i] = static_cast<unsigned char>(pixels[static_cast<std::size_t>(i)] % 256);
   }
   const auto sigma = static_cast<float>(a.scale);
-  const std::vector<float> slopes = orva_test::pixelsOf(reference::gradient(img, sigma, 1.0F));
+  const std::vector<float> slopes = pixelsOf(reference::gradient(img, sigma, 1.0F));
   const double strongest = *std::max_element(slopes.begin(), slopes.end());
   // Bright, not weighted, without an edge mask, absolute votes.
   const reference::VotingParams params = {.maxRadius = a.maxRadius,
@@ -278,7 +275,7 @@ std::size_t inUse() {
 }
 
 TEST_F(JavaEntry, KeepsTwoImagesOfEveryCallAsIntended) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
   const Arguments a = {.height = 1000, .width = 1500, .maxRadius = 1};
   const std::vector<jint> black(1'500'000);
   call(black, a);
@@ -294,12 +291,11 @@ TEST_F(JavaEntry, KeepsTwoImagesOfEveryCallAsIntended) {
 std::size_t bytesOfImage(std::size_t pixels) {
   constexpr std::size_t kAlignment = 64;
   constexpr std::size_t kHeap = 8 + 15;
-  return sizeof(orva::image<unsigned char>) + sizeof(orva::ArrayData) + pixels + 2 * kAlignment +
-         3 * kHeap;
+  return sizeof(image<unsigned char>) + sizeof(ArrayData) + pixels + 2 * kAlignment + 3 * kHeap;
 }
 
 TEST_F(JavaEntry, KeepsNoMoreThanTheTwoImagesOf2000Calls) {
-  if (orva_test::addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
+  if (addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
   std::vector<std::vector<jint>> first;
   std::size_t before = 0;
   std::size_t least = 0;
@@ -326,3 +322,4 @@ TEST_F(JavaEntry, KeepsNoMoreThanTheTwoImagesOf2000Calls) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -15,19 +15,8 @@
 #include "tests/support/turns.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::absolute;
-using orva_test::blank;
-using orva_test::computed;
-using orva_test::discImage;
-using orva_test::oneDisc;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::Shape;
-using orva_test::VotingParams;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -36,7 +25,7 @@ constexpr int kLongestSide = 32767;
 const std::string kTooLarge =
     "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
 
-std::string errorsOf(Probe& probe, const orva::Image& img) {
+std::string errorsOf(Probe& probe, const Image& img) {
   testing::internal::CaptureStderr();
   probe.compute(img);
   return testing::internal::GetCapturedStderr();
@@ -54,13 +43,13 @@ TEST(LongestImage, HasCentersAtItsFarEnd) {
   EXPECT_EQ(errorsOf(probe, wide), "");
   ASSERT_EQ(probe.margin_, margin);
   const auto isNear = [&](const Probe& p, int x, int y) {
-    return std::any_of(p.centers().begin(), p.centers().end(), [=](const orva::Point& c) {
+    return std::any_of(p.centers().begin(), p.centers().end(), [=](const Point& c) {
       return std::abs(c.x - x) <= 2 && std::abs(c.y - y) <= 2;
     });
   };
   EXPECT_TRUE(isNear(probe, length - 13, 12));
   Probe other(params);
-  EXPECT_EQ(errorsOf(other, orva_test::transposed(wide)), "");
+  EXPECT_EQ(errorsOf(other, transposed(wide)), "");
   EXPECT_TRUE(isNear(other, 12, length - 13));
   for (const auto& p : probe.points_) {
     ASSERT_GE(p.x, 0);
@@ -134,10 +123,10 @@ TEST(DegenerateSigma, VotesAsItsDefinitionSays) {
       params.maxRadius = 5;
       params.coneWidth = 2;
       const image<float> disc = oneDisc();
-      for (const orva::Image* img :
-           {static_cast<const orva::Image*>(&disc), static_cast<const orva::Image*>(&noise)}) {
+      for (const Image* img :
+           {static_cast<const Image*>(&disc), static_cast<const Image*>(&noise)}) {
         Probe probe = computed(params, *img);
-        orva_test::expectSameVoting(probe, reference::compute(params, *img));
+        expectSameVoting(probe, reference::compute(params, *img));
       }
     }
   }
@@ -150,21 +139,21 @@ TEST(HugeSigma, VotesAsItsDefinitionSays) {
   params.gradThreshold = 0.0F;
   const auto img = randomImage<float>(random, {6, 5});
   Probe probe = computed(params, img);
-  orva_test::expectSameVoting(probe, reference::compute(params, img));
+  expectSameVoting(probe, reference::compute(params, img));
 }
 
 TEST(SmallImage, IsVotedOnWithTheSizesItShows) {
-  for (const Shape& s : orva_test::smallShapes()) {
+  for (const Shape& s : smallShapes()) {
     const image<short> img = blank<short>(s);
     Probe probe = computed(absolute(-1.0F), img);
     // Of an image whose votes all exceed the threshold the whole is one region.
     const bool hasPixels = !img.isNull() && img.nx() > 0 && img.ny() > 0;
     EXPECT_EQ(probe.centers().size(), hasPixels ? 1U : 0U);
-    EXPECT_TRUE(orva_test::isWhole(probe.votingImage(), {img.nx(), img.ny(), 1, 1, 1}));
+    EXPECT_TRUE(isWhole(probe.votingImage(), {img.nx(), img.ny(), 1, 1, 1}));
   }
 }
 
-void computeWith(int maxRadius, int coneWidth, const orva::Image& img) {
+void computeWith(int maxRadius, int coneWidth, const Image& img) {
   VotingParams params;
   params.maxRadius = maxRadius;
   params.coneWidth = coneWidth;
@@ -176,29 +165,29 @@ TEST(VotingWithoutMemory, EndsTheProcess) {
   // Of a large image, and of large cones for a small one.
   Random random(903);
   const auto large = randomImage<unsigned char>(random, {300, 250});
-  orva_test::expectMemoryToRunOut("image", {"Error: out of memory\n", "Out of memory\n"},
-                                  [&] { computeWith(2, 1, large); });
-  orva_test::expectMemoryToRunOut("cones", {"Error: out of memory\n", "Out of memory\n"},
-                                  [&] { computeWith(80, 40, oneDisc()); });
+  expectMemoryToRunOut("image", {"Error: out of memory\n", "Out of memory\n"},
+                       [&] { computeWith(2, 1, large); });
+  expectMemoryToRunOut("cones", {"Error: out of memory\n", "Out of memory\n"},
+                       [&] { computeWith(80, 40, oneDisc()); });
 }
 
 TEST(VotingWithoutMemory, ForTheLargestRadiusEndsTheProcess) {
   for (const int radius : {12000, 16380}) {
-    orva_test::expectNoMemory(
+    expectNoMemory(
         "voting",
         [&] {
           computeWith(radius, 10, blank<float>({1, 1}));
         },
-        300 * orva_test::kMebibyte);
+        300 * kMebibyte);
   }
 }
 
 TEST(VotingWithoutMemory, ForConesOfACallersEndsTheProcess) {
   Probe probe{VotingParams()};
-  orva_test::expectNoMemory("computeCones", [&] { probe.computeCones(1, 200, 200); });
-  orva_test::expectNoMemory("ConePlane2D", [] {
-    const orva::voting::ConePlane2D plane(2000000, orva::voting::WPoint2D());
-  });
+  expectNoMemory("computeCones", [&] { probe.computeCones(1, 200, 200); });
+  expectNoMemory("ConePlane2D",
+                 [] { const voting::ConePlane2D plane(2000000, voting::WPoint2D()); });
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -10,8 +10,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 const float kNaN = std::nanf("");
 
 TEST(ComputeWithNaN, MatchesReferenceForEverySetting) {

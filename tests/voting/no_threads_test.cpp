@@ -32,8 +32,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 // From here on this process dies of SIGSYS when it starts a thread or a process.
 bool forbidThreads() {
   sock_filter rules[] = {

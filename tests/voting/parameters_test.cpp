@@ -12,23 +12,14 @@
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::voting::CircularVoting;
-using orva::voting::Cone2D;
-using orva::voting::ConePlane2D;
-using orva::voting::WPoint2D;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::VotingParams;
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
 TEST(CircularVoting, StartsWithItsDefaults) {
   Probe p;
-  const auto empty = orva_test::blank<float>({0, 1});
+  const auto empty = blank<float>({0, 1});
   EXPECT_TRUE(p.centers().empty());
   EXPECT_TRUE(p.center_weights().empty());
   EXPECT_TRUE(sameImage(p.acc_, empty));
@@ -46,7 +37,7 @@ TEST(CircularVoting, StartsWithItsDefaults) {
   EXPECT_EQ(p.minRadius, 1);
   EXPECT_EQ(p.maxRadius, 20);
   EXPECT_EQ(p.coneWidth, 10);
-  EXPECT_EQ(p.regionType, CircularVoting::Both);
+  EXPECT_EQ(p.regionType, voting::CircularVoting::Both);
   EXPECT_EQ(p.centerThreshold, 0.0F);
   EXPECT_EQ(p.sigma, 0.0F);
   EXPECT_EQ(p.weighting, 0);
@@ -58,25 +49,25 @@ TEST(CircularVoting, StartsWithItsDefaults) {
 }
 
 TEST(CircularVoting, CodesOfTypesAndMethods) {
-  EXPECT_EQ(static_cast<int>(CircularVoting::Bright), 0);
-  EXPECT_EQ(static_cast<int>(CircularVoting::Dark), 1);
-  EXPECT_EQ(static_cast<int>(CircularVoting::Both), 2);
-  EXPECT_EQ(static_cast<int>(CircularVoting::Power), 0);
-  EXPECT_EQ(static_cast<int>(CircularVoting::Exponential), 1);
+  EXPECT_EQ(static_cast<int>(voting::CircularVoting::Bright), 0);
+  EXPECT_EQ(static_cast<int>(voting::CircularVoting::Dark), 1);
+  EXPECT_EQ(static_cast<int>(voting::CircularVoting::Both), 2);
+  EXPECT_EQ(static_cast<int>(voting::CircularVoting::Power), 0);
+  EXPECT_EQ(static_cast<int>(voting::CircularVoting::Exponential), 1);
 }
 
 TEST(SetParams, StoresValidArgumentsUnchanged) {
   Probe p;
-  p.setParams(CircularVoting::Dark, 4, 9, 3, -2.5F, 0.3F, 1.5F, CircularVoting::Exponential, -7.0F,
-              true, false);
-  EXPECT_EQ(p.regionType, CircularVoting::Dark);
+  p.setParams(voting::CircularVoting::Dark, 4, 9, 3, -2.5F, 0.3F, 1.5F,
+              voting::CircularVoting::Exponential, -7.0F, true, false);
+  EXPECT_EQ(p.regionType, voting::CircularVoting::Dark);
   EXPECT_EQ(p.minRadius, 4);
   EXPECT_EQ(p.maxRadius, 9);
   EXPECT_EQ(p.coneWidth, 3);
   EXPECT_EQ(p.gradThreshold, -2.5F);
   EXPECT_EQ(p.centerThreshold, 0.3F);
   EXPECT_EQ(p.sigma, 1.5F);
-  EXPECT_EQ(p.weighting, CircularVoting::Exponential);
+  EXPECT_EQ(p.weighting, voting::CircularVoting::Exponential);
   EXPECT_EQ(p.weightParam, -7.0F);
   EXPECT_TRUE(p.useEdges);
   EXPECT_FALSE(p.absoluteValues);
@@ -117,7 +108,7 @@ TEST(SetParams, ClampsTheCenterThresholdUnlessAbsolute) {
     params.absoluteValues = false;
     EXPECT_EQ(Probe(params).centerThreshold, kept) << given;
     params.absoluteValues = true;
-    EXPECT_TRUE(orva_test::sameFloats({Probe(params).centerThreshold}, {given}));
+    EXPECT_TRUE(sameFloats({Probe(params).centerThreshold}, {given}));
   }
 }
 
@@ -126,7 +117,7 @@ TEST(SetParams, MakesSigmaZeroUnlessPositive) {
            {-1.0F, 0.0F}, {0.0F, 0.0F}, {-0.0F, 0.0F}, {nan, 0.0F}, {1e-6F, 1e-6F}, {3.0F, 3.0F}}) {
     VotingParams params;
     params.sigma = given;
-    EXPECT_TRUE(orva_test::sameFloats({Probe(params).sigma}, {kept})) << given;
+    EXPECT_TRUE(sameFloats({Probe(params).sigma}, {kept})) << given;
   }
 }
 
@@ -144,14 +135,14 @@ TEST(CircularVoting, KeepsACopyOfPrefixAndTheHistorySwitch) {
 
 using Cells = std::vector<std::vector<std::pair<int, int>>>;
 
-Cells cellsOf(const Cone2D& cone) {
+Cells cellsOf(const voting::Cone2D& cone) {
   Cells result;
-  for (const ConePlane2D& plane : cone.planes) {
+  for (const voting::ConePlane2D& plane : cone.planes) {
     result.emplace_back();
-    for (const WPoint2D& cell : plane.points) {
+    for (const voting::WPoint2D& cell : plane.points) {
       result.back().emplace_back(cell.x, cell.y);
       EXPECT_EQ(cell.weight, 1.0F);
-      EXPECT_EQ(cell.offset, cell.y * WPoint2D::nx + cell.x);
+      EXPECT_EQ(cell.offset, cell.y * voting::WPoint2D::nx + cell.x);
     }
   }
   return result;
@@ -159,8 +150,8 @@ Cells cellsOf(const Cone2D& cone) {
 
 TEST(ComputeCones, OpenAlongTheirDirection) {
   Probe p;
-  p.regionType = CircularVoting::Bright;
-  WPoint2D::nx = 50;
+  p.regionType = voting::CircularVoting::Bright;
+  voting::WPoint2D::nx = 50;
   p.computeCones(1, 3, 2);
   ASSERT_EQ(p.cones_.size(), 256U);
   EXPECT_EQ(cellsOf(p.cones_[0]),
@@ -174,8 +165,8 @@ TEST(ComputeCones, OpenAlongTheirDirection) {
 
 TEST(ComputeCones, OfBothHaveTheBackwardPlanesAfterTheForwardPlanes) {
   Probe p;
-  p.regionType = CircularVoting::Both;
-  WPoint2D::nx = 50;
+  p.regionType = voting::CircularVoting::Both;
+  voting::WPoint2D::nx = 50;
   p.computeCones(2, 3, 2);
   EXPECT_EQ(cellsOf(p.cones_[0]), (Cells{{{2, 0}, {2, -1}, {2, 1}},
                                          {{3, 0}, {3, -1}, {3, 1}},
@@ -184,30 +175,31 @@ TEST(ComputeCones, OfBothHaveTheBackwardPlanesAfterTheForwardPlanes) {
 }
 
 TEST(ComputeCones, OfWidthZeroAreLinesOfOneCellPerDistance) {
-  for (const auto type : {CircularVoting::Bright, CircularVoting::Dark, CircularVoting::Both}) {
+  for (const auto type : {voting::CircularVoting::Bright, voting::CircularVoting::Dark,
+                          voting::CircularVoting::Both}) {
     Probe p;
     p.regionType = type;
-    WPoint2D::nx = 77;
+    voting::WPoint2D::nx = 77;
     p.computeCones(3, 12, 0);
-    for (const Cone2D& cone : p.cones_) {
-      EXPECT_EQ(cone.planes.size(), type == CircularVoting::Both ? 20U : 10U);
-      for (const ConePlane2D& plane : cone.planes) EXPECT_EQ(plane.points.size(), 1U);
+    for (const voting::Cone2D& cone : p.cones_) {
+      EXPECT_EQ(cone.planes.size(), type == voting::CircularVoting::Both ? 20U : 10U);
+      for (const voting::ConePlane2D& plane : cone.planes) EXPECT_EQ(plane.points.size(), 1U);
     }
   }
 }
 
 TEST(ComputeCones, KeepCellsThatLandOnTheSamePixelWhichIsIntended) {
   Probe p;
-  p.regionType = CircularVoting::Bright;
-  WPoint2D::nx = 50;
+  p.regionType = voting::CircularVoting::Bright;
+  voting::WPoint2D::nx = 50;
   p.computeCones(1, 12, 9);
-  const auto count = [](const Cone2D& cone) {
+  const auto count = [](const voting::Cone2D& cone) {
     std::size_t n = 0;
     for (const auto& plane : cellsOf(cone)) n += plane.size();
     return n;
   };
   bool shared = false;
-  for (const Cone2D& cone : p.cones_) {
+  for (const voting::Cone2D& cone : p.cones_) {
     EXPECT_EQ(count(cone), count(p.cones_[0]));
     std::vector<std::pair<int, int>> all;
     for (const auto& plane : cellsOf(cone)) all.insert(all.end(), plane.begin(), plane.end());
@@ -220,8 +212,8 @@ TEST(ComputeCones, KeepCellsThatLandOnTheSamePixelWhichIsIntended) {
 // Cells half-way between the axes, at 0.7, 1.4 and 2.1 along both.
 TEST(ComputeCones, TruncateCellsLeftOfAndAboveThePointWhichIsIntended) {
   Probe p;
-  p.regionType = CircularVoting::Bright;
-  WPoint2D::nx = 50;
+  p.regionType = voting::CircularVoting::Bright;
+  voting::WPoint2D::nx = 50;
   p.computeCones(1, 3, 0);
   EXPECT_EQ(cellsOf(p.cones_[32]), (Cells{{{1, 1}}, {{1, 1}}, {{2, 2}}}));
   EXPECT_EQ(cellsOf(p.cones_[160]), (Cells{{{0, 0}}, {{-1, -1}}, {{-2, -2}}}));
@@ -231,15 +223,15 @@ TEST(ComputeCones, MatchReference) {
   Random random(1);
   for (int round = 0; round < 60; ++round) {
     Probe p;
-    p.regionType = static_cast<CircularVoting::RegionType>(round % 3);
+    p.regionType = static_cast<voting::CircularVoting::RegionType>(round % 3);
     const int r0 = randomInt(random, 1, 12);
     const int R = r0 + (round % 5 == 0 ? 0 : randomInt(random, 0, 12));
     // From lines to fans wider than long.
     const int w = randomInt(random, -1, 3 * R);
-    WPoint2D::nx = randomInt(random, 1, 3000);
+    voting::WPoint2D::nx = randomInt(random, 1, 3000);
     p.computeCones(r0, R, w);
-    EXPECT_TRUE(orva_test::sameCones(
-        p.cones_, reference::cones(static_cast<int>(p.regionType), r0, R, w, WPoint2D::nx)))
+    EXPECT_TRUE(sameCones(
+        p.cones_, reference::cones(static_cast<int>(p.regionType), r0, R, w, voting::WPoint2D::nx)))
         << "radii " << r0 << " to " << R << ", width " << w;
   }
 }
@@ -316,7 +308,7 @@ TEST(ComputeCones, HoldsWildDistances) {
   constexpr int kMost = std::numeric_limits<int>::max();
   Probe p;
   p.angleBins_ = 2;
-  orva::voting::WPoint2D::nx = 32767;
+  voting::WPoint2D::nx = 32767;
   for (const auto type : {Probe::Bright, Probe::Both}) {
     const std::size_t fans = type == Probe::Both ? 2 : 1;
     p.regionType = type;
@@ -330,7 +322,8 @@ TEST(ComputeCones, HoldsWildDistances) {
     p.computeCones(3, 2, 1);
     EXPECT_TRUE(p.cones_.at(0).planes.empty());
   }
-  orva::voting::WPoint2D::nx = 0;
+  voting::WPoint2D::nx = 0;
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -14,11 +14,11 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
 
-namespace orva_test {
+namespace orva::test {
 
 using reference::VotingParams;
 
-class Probe : public orva::voting::CircularVoting {
+class Probe : public voting::CircularVoting {
  public:
   using CircularVoting::absoluteValues;
   using CircularVoting::acc_;
@@ -58,7 +58,7 @@ class Probe : public orva::voting::CircularVoting {
   }
 };
 
-inline Probe computed(const VotingParams& params, const orva::Image& img) {
+inline Probe computed(const VotingParams& params, const Image& img) {
   Probe probe(params);
   probe.compute(img);
   return probe;
@@ -74,9 +74,9 @@ inline VotingParams absolute(float centerThreshold) {
 
 using Coordinates = std::vector<std::pair<int, int>>;
 
-inline Coordinates coordinates(const std::vector<orva::Point>& points) {
+inline Coordinates coordinates(const std::vector<Point>& points) {
   Coordinates result;
-  for (const orva::Point& p : points) result.emplace_back(p.x, p.y);
+  for (const Point& p : points) result.emplace_back(p.x, p.y);
   return result;
 }
 
@@ -91,13 +91,13 @@ inline ::testing::AssertionResult sameFloats(const std::vector<float>& a,
          << ::testing::PrintToString(a) << " and " << ::testing::PrintToString(b);
 }
 
-inline ::testing::AssertionResult samePoints(const std::vector<orva::voting::VPoint2D>& a,
-                                             const std::vector<orva::voting::VPoint2D>& b) {
+inline ::testing::AssertionResult samePoints(const std::vector<voting::VPoint2D>& a,
+                                             const std::vector<voting::VPoint2D>& b) {
   if (a.size() != b.size()) {
     return ::testing::AssertionFailure() << a.size() << " and " << b.size() << " points";
   }
   for (std::size_t i = 0; i < a.size(); ++i) {
-    const auto fields = [](const orva::voting::VPoint2D& p) {
+    const auto fields = [](const voting::VPoint2D& p) {
       return std::vector<int>{p.x, p.y, p.cx, p.cy, p.angle, p.offset};
     };
     if (fields(a[i]) != fields(b[i]) || !sameFloats({a[i].weight}, {b[i].weight})) {
@@ -110,8 +110,8 @@ inline ::testing::AssertionResult samePoints(const std::vector<orva::voting::VPo
   return ::testing::AssertionSuccess();
 }
 
-inline ::testing::AssertionResult sameCones(const std::vector<orva::voting::Cone2D>& a,
-                                            const std::vector<orva::voting::Cone2D>& b) {
+inline ::testing::AssertionResult sameCones(const std::vector<voting::Cone2D>& a,
+                                            const std::vector<voting::Cone2D>& b) {
   if (a.size() != b.size()) {
     return ::testing::AssertionFailure() << a.size() << " and " << b.size() << " cones";
   }
@@ -154,9 +154,9 @@ struct Disc {
 
 // Discs of value `inside` on a ground of value `outside`, in every frame.
 template <class T>
-orva::image<T> discImage(const Shape& shape, const std::vector<Disc>& discs, float inside,
-                         float outside) {
-  orva::image<T> img = blank<T>(shape);
+image<T> discImage(const Shape& shape, const std::vector<Disc>& discs, float inside,
+                   float outside) {
+  image<T> img = blank<T>(shape);
   for (int i = 0; i < img.npix(); ++i) {
     const int x = i % img.nx();
     const int y = i / img.nx() % img.ny();
@@ -169,10 +169,8 @@ orva::image<T> discImage(const Shape& shape, const std::vector<Disc>& discs, flo
   return img;
 }
 
-inline orva::image<float> oneDisc() {
-  return discImage<float>({40, 36}, {{21, 17, 8}}, 100.0F, 0.0F);
-}
+inline image<float> oneDisc() { return discImage<float>({40, 36}, {{21, 17, 8}}, 100.0F, 0.0F); }
 
-}  // namespace orva_test
+}  // namespace orva::test
 
 #endif

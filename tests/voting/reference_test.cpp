@@ -11,22 +11,11 @@
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
 
-using orva::image;
-using orva_test::blank;
-using orva_test::Disc;
-using orva_test::discImage;
-using orva_test::expectSameVoting;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomImage;
-using orva_test::randomInt;
-using orva_test::Shape;
-using orva_test::VotingParams;
-
 // Returns the number of centres.
-std::size_t expectMatchesReference(const VotingParams& params, const orva::Image& img) {
+std::size_t expectMatchesReference(const VotingParams& params, const Image& img) {
   Probe probe(params);
   probe.compute(img);
   expectSameVoting(probe, reference::compute(params, img));
@@ -77,7 +66,7 @@ std::string described(const VotingParams& p) {
 
 // A NaN is the largest magnitude where it is the first, and then the others are not divided by it.
 TEST(Voting, OfAnImageWithANanMatchesReference) {
-  const image<float> img = orva_test::oneDisc();
+  const image<float> img = oneDisc();
   for (const int at : {0, 1, img.npix() - 1}) {
     image<float> marked = img.duplicate();
     marked.pixels()[at] = std::numeric_limits<float>::quiet_NaN();
@@ -240,7 +229,7 @@ TEST(Voting, OfMoreCentersThanLabelsKeepsTheFirst) {
 
 template <class T>
 class VotingOf : public testing::Test {};
-TYPED_TEST_SUITE(VotingOf, orva_test::PixelTypes);
+TYPED_TEST_SUITE(VotingOf, PixelTypes);
 
 TYPED_TEST(VotingOf, EveryPixelTypeMatchesReference) {
   Random random(6);
@@ -256,3 +245,4 @@ TYPED_TEST(VotingOf, EveryPixelTypeMatchesReference) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -13,15 +13,8 @@
 #include "tests/support/sanitizer.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva_test::Disc;
-using orva_test::discImage;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::Shape;
-using orva_test::VotingParams;
 
 constexpr int kInputs = 50;
 constexpr int kPasses = 40;
@@ -45,30 +38,28 @@ long residentBytes() {
 
 struct Input {
   VotingParams params;
-  std::unique_ptr<orva::Image> img;
+  std::unique_ptr<Image> img;
 };
 
-std::unique_ptr<orva::Image> pictureOf(Random& random, int type, const Shape& shape) {
+std::unique_ptr<Image> pictureOf(Random& random, int type, const Shape& shape) {
   const std::vector<Disc> discs{
       {shape.nx / 3, shape.ny / 2, randomInt(random, 2, 9)},
       {2 * shape.nx / 3, randomInt(random, 0, shape.ny), randomInt(random, 2, 6)}};
   const auto inside = static_cast<float>(randomInt(random, 150, 250));
   switch (type) {
     case 0:
-      return std::make_unique<orva::image<unsigned char>>(
+      return std::make_unique<image<unsigned char>>(
           discImage<unsigned char>(shape, discs, inside, 20));
     case 1:
-      return std::make_unique<orva::image<short>>(discImage<short>(shape, discs, inside, -20));
+      return std::make_unique<image<short>>(discImage<short>(shape, discs, inside, -20));
     case 2:
-      return std::make_unique<orva::image<int>>(discImage<int>(shape, discs, inside, 20));
+      return std::make_unique<image<int>>(discImage<int>(shape, discs, inside, 20));
     case 3:
-      return std::make_unique<orva::image<unsigned>>(discImage<unsigned>(shape, discs, inside, 20));
+      return std::make_unique<image<unsigned>>(discImage<unsigned>(shape, discs, inside, 20));
     case 4:
-      return std::make_unique<orva::image<orva_test::Rgb>>(
-          discImage<orva_test::Rgb>(shape, discs, inside, 20));
+      return std::make_unique<image<Rgb>>(discImage<Rgb>(shape, discs, inside, 20));
     default:
-      return std::make_unique<orva::image<float>>(
-          discImage<float>(shape, discs, inside / 255, 0.1F));
+      return std::make_unique<image<float>>(discImage<float>(shape, discs, inside / 255, 0.1F));
   }
 }
 
@@ -112,11 +103,11 @@ class Hash {
 };
 
 std::uint64_t resultOf(const Input& input) {
-  const Probe probe = orva_test::computed(input.params, *input.img);
+  const Probe probe = computed(input.params, *input.img);
   Hash hash;
-  hash.add(orva_test::pixelsOf(probe.acc_));
+  hash.add(pixelsOf(probe.acc_));
   hash.add(probe.center_weights());
-  for (const orva::Point& p : probe.centers()) hash.add(std::vector<int>{p.x, p.y});
+  for (const Point& p : probe.centers()) hash.add(std::vector<int>{p.x, p.y});
   return hash.value();
 }
 
@@ -138,7 +129,7 @@ TEST(Soak, TakesNoMoreMemoryAndFindsTheSame) {
       ASSERT_EQ(resultOf(all[i]), expected[i]) << "input " << i << " in pass " << pass;
     }
   }
-  if (orva_test::addressSanitizer) return;  // it keeps what is released
+  if (addressSanitizer) return;  // it keeps what is released
   EXPECT_LE(allocatedBytes(), allocatedBefore + kMostAllocated);
   EXPECT_LE(residentBytes() - residentBefore, kMostResident);
 }
@@ -149,7 +140,7 @@ TEST(Soak, HasInputsThatFindDifferentThings) {
   int withCentres = 0;
   for (const Input& input : inputs()) {
     results.push_back(resultOf(input));
-    if (!orva_test::computed(input.params, *input.img).centers().empty()) ++withCentres;
+    if (!computed(input.params, *input.img).centers().empty()) ++withCentres;
   }
   EXPECT_GT(withCentres, kInputs / 2);
   std::sort(results.begin(), results.end());
@@ -157,3 +148,4 @@ TEST(Soak, HasInputsThatFindDifferentThings) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -22,17 +22,8 @@
 #include "tests/support/turns.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::computed;
-using orva_test::Disc;
-using orva_test::discImage;
-using orva_test::planeTurns;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::VotingParams;
 
 constexpr int kWidth = 94;
 constexpr int kHeight = 62;
@@ -192,18 +183,18 @@ TEST(Cones, CastShiftedVotesFromAShiftedPoint) {
   VotingParams params;
   params.regionType = 2;
   Probe probe(params);
-  orva::voting::WPoint2D::nx = kSide;
+  voting::WPoint2D::nx = kSide;
   probe.computeCones(2, 11, 5);
   const auto at = [](int x, int y) { return std::ptrdiff_t{y} * kSide + x; };
-  orva::voting::VPoint2D point;
+  voting::VPoint2D point;
   point.weight = 3.7F;
   // Votes from the middle of a square, which has its first cell at (dx, dy).
-  const auto background = orva_test::randomMask(random, {2 * kReach + 1, 2 * kReach + 1}, 0.5);
+  const auto background = randomMask(random, {2 * kReach + 1, 2 * kReach + 1}, 0.5);
   for (const int bin : {0, 1, 37, 64, 128, 200, 255}) {
     const auto& cone = probe.cones_.at(static_cast<std::size_t>(bin));
     const auto votes = [&](int dx, int dy, bool isPlain) {
-      auto acc = orva_test::blank<float>({kSide, kSide});
-      auto prev = orva_test::framed(orva::toFloatImage(background), kSide, kSide, dx, dy, 0.0F);
+      auto acc = blank<float>({kSide, kSide});
+      auto prev = framed(toFloatImage(background), kSide, kSide, dx, dy, 0.0F);
       const std::ptrdiff_t own = at(dx + kReach, dy + kReach);
       if (isPlain) {
         cone.vote(acc.pixels() + own, point);
@@ -213,12 +204,10 @@ TEST(Cones, CastShiftedVotesFromAShiftedPoint) {
       return acc;
     };
     for (const bool isPlain : {true, false}) {
-      const auto here =
-          orva_test::unframed(votes(0, 0, isPlain), 2 * kReach + 1, 2 * kReach + 1, 0, 0);
+      const auto here = unframed(votes(0, 0, isPlain), 2 * kReach + 1, 2 * kReach + 1, 0, 0);
       ASSERT_GT(here.max(), 0.0F);
       for (const auto& [dx, dy] : {std::pair{1, 0}, {0, 1}, {37, 22}, {60, 61}}) {
-        EXPECT_TRUE(orva_test::sameImage(votes(dx, dy, isPlain),
-                                         orva_test::framed(here, kSide, kSide, dx, dy, 0.0F)));
+        EXPECT_TRUE(sameImage(votes(dx, dy, isPlain), framed(here, kSide, kSide, dx, dy, 0.0F)));
       }
     }
   }
@@ -244,3 +233,4 @@ TEST(ComputeAngleIndex, OfMirroredDirectionsIsTheMirroredBin) {
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -9,16 +9,8 @@
 #include "tests/support/images.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::voting::Cone2D;
-using orva::voting::ConePlane2D;
-using orva::voting::WPoint2D;
-using orva_test::coordinates;
-using orva_test::discImage;
-using orva_test::Probe;
-using orva_test::Shape;
-using orva_test::VotingParams;
 
 struct Result {
   std::vector<std::pair<int, int>> centers;
@@ -33,7 +25,7 @@ Result resultOf(const Shape& shape) {
   params.centerThreshold = 0.3F;
   Probe probe(params);
   probe.compute(discImage<unsigned char>(shape, {{10, 9, 5}, {24, 17, 7}}, 190, 25));
-  return {coordinates(probe.centers()), probe.center_weights(), orva_test::pixelsOf(probe.acc_)};
+  return {coordinates(probe.centers()), probe.center_weights(), pixelsOf(probe.acc_)};
 }
 
 TEST(Threads, VotingOnImagesOfDifferentSizesGetTheResultsOfOneThread) {
@@ -54,20 +46,21 @@ TEST(Threads, VotingOnImagesOfDifferentSizesGetTheResultsOfOneThread) {
     EXPECT_FALSE(alone[i].centers.empty());
     for (const Result& result : together[i]) {
       EXPECT_EQ(result.centers, alone[i].centers);
-      EXPECT_TRUE(orva_test::sameFloats(result.weights, alone[i].weights));
-      EXPECT_TRUE(orva_test::sameFloats(result.votes, alone[i].votes));
+      EXPECT_TRUE(sameFloats(result.weights, alone[i].weights));
+      EXPECT_TRUE(sameFloats(result.votes, alone[i].votes));
     }
   }
 }
 
 TEST(Threads, HaveTheirOwnWidthsAndHeights) {
-  const std::vector<int*> mine = {&WPoint2D::nx,    &WPoint2D::ny, &ConePlane2D::nx,
-                                  &ConePlane2D::ny, &Cone2D::nx,   &Cone2D::ny};
+  const std::vector<int*> mine = {&voting::WPoint2D::nx,    &voting::WPoint2D::ny,
+                                  &voting::ConePlane2D::nx, &voting::ConePlane2D::ny,
+                                  &voting::Cone2D::nx,      &voting::Cone2D::ny};
   for (int* size : mine) *size = 123;
   std::vector<int*> theirs;
   std::thread([&theirs] {
-    theirs = {&WPoint2D::nx,    &WPoint2D::ny, &ConePlane2D::nx,
-              &ConePlane2D::ny, &Cone2D::nx,   &Cone2D::ny};
+    theirs = {&voting::WPoint2D::nx,    &voting::WPoint2D::ny, &voting::ConePlane2D::nx,
+              &voting::ConePlane2D::ny, &voting::Cone2D::nx,   &voting::Cone2D::ny};
     for (int* size : theirs) *size = 456;
   }).join();
   for (std::size_t i = 0; i < mine.size(); ++i) {
@@ -77,3 +70,4 @@ TEST(Threads, HaveTheirOwnWidthsAndHeights) {
 }
 
 }  // namespace
+}  // namespace orva::test

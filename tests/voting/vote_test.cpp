@@ -9,25 +9,13 @@
 #include "tests/support/reference/voting.h"
 #include "tests/voting/probe.h"
 
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::voting::CircularVoting;
-using orva::voting::Cone2D;
-using orva::voting::VPoint2D;
-using orva::voting::WPoint2D;
-using orva_test::blank;
-using orva_test::Probe;
-using orva_test::Random;
-using orva_test::randomInt;
-using orva_test::sameImage;
-using orva_test::samePoints;
-using orva_test::VotingParams;
 
 constexpr int side = 40;
 
-VPoint2D pointAt(int x, int y, int angle, float weight) {
-  VPoint2D p;
+voting::VPoint2D pointAt(int x, int y, int angle, float weight) {
+  voting::VPoint2D p;
   p.x = static_cast<std::int16_t>(x);
   p.y = static_cast<std::int16_t>(y);
   p.cx = -1;
@@ -44,7 +32,7 @@ Probe atWork(const VotingParams& params) {
   probe.nx_ = side;
   probe.ny_ = side;
   probe.npix_ = side * side;
-  WPoint2D::nx = side;
+  voting::WPoint2D::nx = side;
   probe.acc_ = blank<float>({side, side});
   return probe;
 }
@@ -52,7 +40,7 @@ Probe atWork(const VotingParams& params) {
 // With one cone, for angle 0, of the given cells in one plane.
 Probe withCells(const std::vector<std::pair<int, int>>& cells) {
   Probe probe = atWork({});
-  Cone2D cone;
+  voting::Cone2D cone;
   cone.planes.resize(1);
   for (const auto& [x, y] : cells) cone.planes[0].points.emplace_back(x, y, y * side + x, 1.0F);
   probe.cones_ = {cone};
@@ -65,7 +53,7 @@ TEST(GetMaxDirection, TurnsToTheStrongestCell) {
   probe.acc_.setPixel(20, 23, 7.0F);
   probe.acc_.setPixel(20, 15, 3.0F);
   probe.acc_.setPixel(20, 20, 99.0F);
-  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = pointAt(20, 20, 0, 1.0F);
   probe.getMaxDirection(p);
   EXPECT_EQ(p.cx, 20);
   EXPECT_EQ(p.cy, 23);
@@ -78,7 +66,7 @@ TEST(GetMaxDirection, KeepsTheEarlierOfEqualCells) {
   Probe probe = withCells({{1, 0}, {0, -3}, {-2, 0}});
   probe.acc_.setPixel(20, 17, 5.0F);
   probe.acc_.setPixel(18, 20, 5.0F);
-  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = pointAt(20, 20, 0, 1.0F);
   probe.getMaxDirection(p);
   EXPECT_EQ(p.angle, 192);
 }
@@ -87,14 +75,14 @@ TEST(GetMaxDirection, LeavesThePointBelowOneThousandth) {
   for (const float vote : {0.0F, 0.000999F, -8.0F}) {
     Probe probe = withCells({{0, 3}});
     probe.acc_.setPixel(20, 23, vote);
-    const VPoint2D before = pointAt(20, 20, 0, 1.0F);
-    VPoint2D p = before;
+    const voting::VPoint2D before = pointAt(20, 20, 0, 1.0F);
+    voting::VPoint2D p = before;
     probe.getMaxDirection(p);
     EXPECT_TRUE(samePoints({p}, {before})) << vote;
   }
   Probe probe = withCells({{0, 3}});
   probe.acc_.setPixel(20, 23, 0.001001F);
-  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = pointAt(20, 20, 0, 1.0F);
   probe.getMaxDirection(p);
   EXPECT_EQ(p.angle, 64);
 }
@@ -103,8 +91,8 @@ TEST(GetMaxDirection, LeavesThePointWhenItsOwnCellIsStrongest) {
   Probe probe = withCells({{0, 3}, {0, 0}});
   probe.acc_.setPixel(20, 23, 4.0F);
   probe.acc_.setPixel(20, 20, 5.0F);
-  const VPoint2D before = pointAt(20, 20, 0, 1.0F);
-  VPoint2D p = before;
+  const voting::VPoint2D before = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = before;
   probe.getMaxDirection(p);
   EXPECT_TRUE(samePoints({p}, {before}));
 }
@@ -113,7 +101,7 @@ TEST(GetMaxDirection, WrapsWhatItLooksAtTo16Bits) {
   Probe probe = withCells({{1, 0}});
   probe.cones_[0].planes[0].points[0].x = 32767;  // its offset stays
   probe.acc_.setPixel(21, 20, 2.0F);
-  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = pointAt(20, 20, 0, 1.0F);
   probe.getMaxDirection(p);
   EXPECT_EQ(p.cx, 20 + 32767 - 65536);
   EXPECT_EQ(p.cy, 20);
@@ -123,7 +111,7 @@ TEST(GetMeanDirection, DividesByTheNumberOfCellsWhichIsIntended) {
   Probe probe = withCells({{4, 0}, {0, 4}, {-4, 0}, {0, -4}});
   // (0, 4) with votes 0.5 gives a mean of (0, 0.5), which rounds to (0, 1).
   probe.acc_.setPixel(20, 24, 0.5F);
-  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = pointAt(20, 20, 0, 1.0F);
   probe.getMeanDirection(p);
   EXPECT_EQ(p.angle, 64);
   EXPECT_EQ(p.cx, -1);
@@ -138,7 +126,7 @@ TEST(GetMeanDirection, DividesByTheNumberOfCellsWhichIsIntended) {
 TEST(GetMeanDirection, TruncatesNegativeMeansWhichIsIntended) {
   Probe probe = withCells({{-1, 0}});
   probe.acc_.setPixel(19, 20, 0.9F);
-  VPoint2D p = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = pointAt(20, 20, 0, 1.0F);
   probe.getMeanDirection(p);
   EXPECT_EQ(p.angle, 0);
   probe.acc_.setPixel(19, 20, 1.0F);
@@ -148,8 +136,8 @@ TEST(GetMeanDirection, TruncatesNegativeMeansWhichIsIntended) {
 
 TEST(GetMeanDirection, OfAConeWithoutCellsLeavesThePoint) {
   Probe probe = withCells({});
-  const VPoint2D before = pointAt(20, 20, 0, 1.0F);
-  VPoint2D p = before;
+  const voting::VPoint2D before = pointAt(20, 20, 0, 1.0F);
+  voting::VPoint2D p = before;
   probe.getMeanDirection(p);
   probe.getMaxDirection(p);
   EXPECT_TRUE(samePoints({p}, {before}));
@@ -168,9 +156,10 @@ TEST(Directions, MatchReference) {
                                    : std::uniform_real_distribution<float>(-0.5F, 20.0F)(random);
     }
     for (int i = 0; i < 300; ++i) {
-      VPoint2D p = pointAt(randomInt(random, 11, side - 12), randomInt(random, 11, side - 12),
-                           randomInt(random, 0, 255), 1.0F);
-      VPoint2D expected = p;
+      voting::VPoint2D p =
+          pointAt(randomInt(random, 11, side - 12), randomInt(random, 11, side - 12),
+                  randomInt(random, 0, 255), 1.0F);
+      voting::VPoint2D expected = p;
       probe.getMaxDirection(p);
       reference::turnToMax(expected, probe.cones_, probe.acc_);
       ASSERT_TRUE(samePoints({p}, {expected}));
@@ -187,7 +176,7 @@ TEST(Vote, WithoutPointsLeavesZeros) {
   probe.vote();
   EXPECT_TRUE(sameImage(probe.acc_, blank<float>({side, side})));
   EXPECT_TRUE(sameImage(probe.prevAcc_, blank<float>({side, side})));
-  EXPECT_TRUE(orva_test::sameCones(probe.cones_, reference::cones(0, 1, 10, 0, side)));
+  EXPECT_TRUE(sameCones(probe.cones_, reference::cones(0, 1, 10, 0, side)));
 }
 
 // Of width 0: the plain vote is 1 on each of ten cells, and so is its redistribution's tenth.
@@ -258,8 +247,9 @@ TEST(Vote, OfPlacedPointsMatchesReference) {
     EXPECT_TRUE(sameImage(probe.acc_, expected.acc));
     EXPECT_TRUE(sameImage(probe.prevAcc_, expected.prevAcc));
     EXPECT_TRUE(samePoints(probe.points_, expected.points));
-    EXPECT_TRUE(orva_test::sameCones(probe.cones_, expected.cones));
+    EXPECT_TRUE(sameCones(probe.cones_, expected.cones));
   }
 }
 
 }  // namespace
+}  // namespace orva::test

@@ -7,8 +7,6 @@
 namespace orva::test {
 namespace {
 
-using namespace orva_test;
-
 TEST(VotingImage, TakenEarlierStaysAsItIs) {
   Probe probe = computed({}, oneDisc());
   image<float> taken = probe.votingImage();

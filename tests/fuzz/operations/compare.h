@@ -9,19 +9,19 @@
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/support/images.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 
 inline bool isSame(float a, float b) {
   return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b) || (a != a && b != b);
 }
 
-inline bool isSame(const orva::Image& a, const orva::Image& b) {
-  const auto shape = [](const orva::Image& i) {
+inline bool isSame(const Image& a, const Image& b) {
+  const auto shape = [](const Image& i) {
     return std::vector<int>{i.format(), i.nx(), i.ny(), i.nz(), i.nc(), i.nt()};
   };
   if (shape(a) != shape(b)) return false;
   if (a.npix() == 0) return true;
-  if (a.format() == orva::FLOAT) {
+  if (a.format() == FLOAT) {
     const auto* pixels = static_cast<const float*>(a.data());
     return std::equal(pixels, pixels + a.npix(), static_cast<const float*>(b.data()),
                       [](float v, float w) { return isSame(v, w); });
@@ -33,7 +33,7 @@ inline bool isSame(const orva::Image& a, const orva::Image& b) {
 
 inline bool isSame(int a, int b) { return a == b; }
 inline bool isSame(bool a, bool b) { return a == b; }
-inline bool isSame(const orva::Point& a, const orva::Point& b) { return a == b; }
+inline bool isSame(const Point& a, const Point& b) { return a == b; }
 
 template <class T>
 bool isSame(const std::vector<T>& a, const std::vector<T>& b) {
@@ -42,7 +42,7 @@ bool isSame(const std::vector<T>& a, const std::vector<T>& b) {
 }
 
 // No image where the reference implementation has none.
-inline bool isSame(const orva::Image* a, const orva::Image* b) {
+inline bool isSame(const Image* a, const Image* b) {
   return a == nullptr || b == nullptr ? a == b : isSame(*a, *b);
 }
 
@@ -52,6 +52,6 @@ void requireSame(const Result& result, const Reference& expected, const char* op
     require(false, (std::string(operation) + " as the reference").c_str());
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

@@ -11,12 +11,8 @@
 #include "tests/fuzz/operations/pictures.h"
 #include "tests/support/reference/image_io.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
-using reference::Typed;
 
 template <class T>
 std::unique_ptr<Image> owned(image<T>* part) {
@@ -24,7 +20,7 @@ std::unique_ptr<Image> owned(image<T>* part) {
 }
 
 template <class T>
-void requireSamePart(image<T>* part, const typename Typed<T>::Part& expected,
+void requireSamePart(image<T>* part, const typename reference::Typed<T>::Part& expected,
                      const char* operation) {
   const std::unique_ptr<Image> result = owned(part);
   requireSame<const Image*>(result.get(), expected.get(), operation);
@@ -41,10 +37,10 @@ bool isSamePixel(T a, T b) {
 }
 
 void convert(const Image& img, bool scale) {
-  requireSame(orva::toByteImage(img, scale), reference::toByteImage(img, scale), "toByteImage");
-  requireSame(orva::toRgbImage(img), reference::toRgbImage(img), "toRgbImage");
-  requireSame(orva::toFloatImage(img), reference::toFloatImage(img), "toFloatImage");
-  namespace io = orva::image_io;
+  requireSame(toByteImage(img, scale), reference::toByteImage(img, scale), "toByteImage");
+  requireSame(toRgbImage(img), reference::toRgbImage(img), "toRgbImage");
+  requireSame(toFloatImage(img), reference::toFloatImage(img), "toFloatImage");
+  namespace io = image_io;
   requireSame(io::convertToUIntImage(img), reference::converted<unsigned int>(img),
               "convertToUIntImage");
   requireSame(io::convertToIntImage(img), reference::converted<int>(img), "convertToIntImage");
@@ -63,9 +59,10 @@ void pixels(Input& in) {
   withPicture(in, shape, [=]<class T>(const image<T>& picture) {
     image<T> img = picture.duplicate();
     const int i = number % img.npix();
-    requireSame(img.pixel(i), Typed<T>::toFloat(img.pixels()[i]), "pixel");
+    requireSame(img.pixel(i), reference::Typed<T>::toFloat(img.pixels()[i]), "pixel");
     img.setPixel(i, value);
-    require(isSamePixel(img.pixels()[i], Typed<T>::fromFloat(value)), "setPixel as the reference");
+    require(isSamePixel(img.pixels()[i], reference::Typed<T>::fromFloat(value)),
+            "setPixel as the reference");
     img.pixels()[i] = picture.pixels()[i];
     requireSame<Image>(img, picture, "setPixel of one pixel alone");
   });
@@ -74,12 +71,12 @@ void pixels(Input& in) {
 void extremes(Input& in) {
   const Shape shape = takeFilledShape(in);
   withPicture(in, shape, []<class T>(const image<T>& img) {
-    const T least = Typed<T>::smallest(img);
-    const T most = Typed<T>::largest(img);
+    const T least = reference::Typed<T>::smallest(img);
+    const T most = reference::Typed<T>::largest(img);
     require(isSamePixel(img.min(), least), "min as the reference");
     require(isSamePixel(img.max(), most), "max as the reference");
-    requireSame(img.fmin(), Typed<T>::toFloat(least), "fmin");
-    requireSame(img.fmax(), Typed<T>::toFloat(most), "fmax");
+    requireSame(img.fmin(), reference::Typed<T>::toFloat(least), "fmin");
+    requireSame(img.fmax(), reference::Typed<T>::toFloat(most), "fmax");
   });
 }
 
@@ -104,11 +101,11 @@ void byteOrder(Input& in) {
       hasAlpha ? takeAlphaPicture(in, shape) : takeAnyPicture(in, shape);
   const std::string before = reference::pixelBytes(*img);
   const std::string reversed = reference::reversedBytes(img->format(), before);
-  orva::image_io::adjust_byte_order_for_write(*img);
+  image_io::adjust_byte_order_for_write(*img);
   require(reference::pixelBytes(*img) == before, "no other byte order for writing");
-  orva::image_io::adjust_byte_order_for_read(*img, inOrder);
+  image_io::adjust_byte_order_for_read(*img, inOrder);
   require(reference::pixelBytes(*img) == (inOrder ? before : reversed), "a byte order for reading");
-  if (inOrder) orva::image_io::reverse_byte_order(*img);
+  if (inOrder) image_io::reverse_byte_order(*img);
   require(reference::pixelBytes(*img) == reversed, "reverse_byte_order as the reference");
 }
 
@@ -118,7 +115,7 @@ void scale(Input& in) {
   const int sz = in.between(-1, 6);
   const Shape shape = takeFilledShape(in);
   withPicture(in, shape, [=]<class T>(const image<T>& img) {
-    requireSamePart(img.scale(sx, sy, sz), Typed<T>::scale(img, sx, sy, sz), "scale");
+    requireSamePart(img.scale(sx, sy, sz), reference::Typed<T>::scale(img, sx, sy, sz), "scale");
   });
 }
 
@@ -130,30 +127,30 @@ void parts(Input& in) {
   const int t = in.between(-1, 3);
   const Shape shape = takeShape(in);
   withPicture(in, shape, [&]<class T>(const image<T>& img) {
-    const orva::Point3D first(bounds[0], bounds[1], bounds[2]);
-    const orva::Point3D last(bounds[3], bounds[4], bounds[5]);
-    requireSamePart(img.roi(first, last), Typed<T>::roi(img, first, last), "roi");
-    requireSamePart(img.frame(f), Typed<T>::frame(img, f), "frame");
-    requireSamePart(img.channel(c, t), Typed<T>::channel(img, c, t), "channel");
-    requireSamePart(img.timepoint(t), Typed<T>::timepoint(img, t), "timepoint");
+    const Point3D first(bounds[0], bounds[1], bounds[2]);
+    const Point3D last(bounds[3], bounds[4], bounds[5]);
+    requireSamePart(img.roi(first, last), reference::Typed<T>::roi(img, first, last), "roi");
+    requireSamePart(img.frame(f), reference::Typed<T>::frame(img, f), "frame");
+    requireSamePart(img.channel(c, t), reference::Typed<T>::channel(img, c, t), "channel");
+    requireSamePart(img.timepoint(t), reference::Typed<T>::timepoint(img, t), "timepoint");
     requireSamePart(img.clone(), std::make_unique<image<T>>(img), "clone");
     requireSamePart(img.copy(), std::make_unique<image<T>>(img), "copy");
 
-    const orva::Roi rectangle(bounds[0], bounds[1], bounds[3], bounds[4]);
+    const Roi rectangle(bounds[0], bounds[1], bounds[3], bounds[4]);
     const std::unique_ptr<Image> sub(rectangle.getSubImage(img));
-    const auto expected = Typed<T>::roi(img, orva::Point3D(bounds[0], bounds[1], 0),
-                                        orva::Point3D(bounds[3], bounds[4], 0));
+    const auto expected = reference::Typed<T>::roi(img, Point3D(bounds[0], bounds[1], 0),
+                                                   Point3D(bounds[3], bounds[4], 0));
     requireSame<const Image*>(sub.get(), expected.get(), "getSubImage");
   });
 }
 
 void interior(Input& in) {
   const Shape s = takeShape(in);
-  const image<unsigned char> img = orva_test::blank<unsigned char>(s);
+  const image<unsigned char> img = blank<unsigned char>(s);
   const int frames = s.nz * s.nc * s.nt;
   require(img.interior() == reference::interior(s.nx, s.ny, frames), "interior as the reference");
   require(Image::interior(s.nx, s.ny, s.nz) == reference::interior(s.nx, s.ny, s.nz),
           "interior of three sizes as the reference");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

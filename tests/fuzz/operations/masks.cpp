@@ -10,28 +10,25 @@
 #include "tests/support/reference/distance.h"
 #include "tests/support/reference/selection.h"
 
-namespace orva_fuzz {
-
-using orva::image;
+namespace orva::test {
 
 void histogram(Input& in) {
   const int low = takeInt(in);
   const int high = takeInt(in);
   const Shape shape = takeShape(in);
   const auto img = takePicture<unsigned char>(in, shape);
-  requireSame(orva::bip::histogram(img, low, high), reference::histogram(img, low, high),
-              "histogram");
+  requireSame(bip::histogram(img, low, high), reference::histogram(img, low, high), "histogram");
 }
 
 void binaryImages(Input& in) {
   const Shape shape = takeShape(in);
-  const std::unique_ptr<orva::Image> any = takeAnyPicture(in, shape);
-  requireSame(orva::bip::isBinaryImage(*any), reference::isBinaryImage(*any),
+  const std::unique_ptr<Image> any = takeAnyPicture(in, shape);
+  requireSame(bip::isBinaryImage(*any), reference::isBinaryImage(*any),
               "isBinaryImage of any image");
   image<unsigned char> mask = takeMask(in, shape);
-  requireSame(orva::bip::isBinaryImage(mask), reference::isBinaryImage(mask), "isBinaryImage");
+  requireSame(bip::isBinaryImage(mask), reference::isBinaryImage(mask), "isBinaryImage");
   image<unsigned char> expected = mask.duplicate();
-  orva::bip::reverse(mask);
+  bip::reverse(mask);
   reference::reverse(expected);
   requireSame(mask, expected, "reverse");
 }
@@ -42,17 +39,17 @@ void erodeAndDilate(Input& in) {
   image<unsigned char> expectedMask = mask.duplicate();
   for (int n = in.between(1, 4); n > 0; --n) {
     if (takeBool(in)) {
-      orva::bip::dilate(mask);
+      bip::dilate(mask);
       reference::dilate(expectedMask);
     } else {
-      orva::bip::erode(mask);
+      bip::erode(mask);
       reference::erode(expectedMask);
     }
     requireSame(mask, expectedMask, "erode or dilate of a mask");
   }
   image<short> labels = takeLabels(in, shape, 32767);
   image<short> expectedLabels = labels.duplicate();
-  orva::bip::erode(labels);
+  bip::erode(labels);
   reference::erode(expectedLabels);
   requireSame(labels, expectedLabels, "erode of labels");
 }
@@ -61,9 +58,9 @@ void edge(Input& in) {
   const Shape shape = takeShape(in);
   withPicture(in, shape, []<class T>(const image<T>& img) {
     if constexpr (std::is_same_v<T, Rgb> || std::is_same_v<T, unsigned int>) {
-      require(orva::bip::edge(img).isNull(), "no edges of these pixel types");
+      require(bip::edge(img).isNull(), "no edges of these pixel types");
     } else {
-      requireSame(orva::bip::edge(img), reference::edge(img), "edge");
+      requireSame(bip::edge(img), reference::edge(img), "edge");
     }
   });
 }
@@ -72,7 +69,7 @@ void removeInternalStructures(Input& in) {
   const Shape shape = takeShape(in);
   image<unsigned char> mask = takeMask(in, shape);
   image<unsigned char> expected = mask.duplicate();
-  orva::bip::removeInternalStructures(mask);
+  bip::removeInternalStructures(mask);
   reference::removeInternalStructures(expected);
   requireSame(mask, expected, "removeInternalStructures");
 }
@@ -81,14 +78,13 @@ void chamfer(Input& in) {
   const bool invert = takeBool(in);
   const int kind = in.between(0, 7);
   const Shape shape = takeShape(in);
-  const auto check = [invert](const orva::Image& img, const image<float>& expected) {
-    requireSame(orva::bip::fchamfer(img), expected, "fchamfer");
-    requireSame(orva::bip::chamfer(img, invert), reference::chamferBytes(expected, invert),
-                "chamfer");
+  const auto check = [invert](const Image& img, const image<float>& expected) {
+    requireSame(bip::fchamfer(img), expected, "fchamfer");
+    requireSame(bip::chamfer(img, invert), reference::chamferBytes(expected, invert), "chamfer");
   };
   if (kind == 7) {
     const auto img = takePicture<float>(in, shape);
-    require(orva::bip::fchamfer(img).isNull() && orva::bip::chamfer(img, invert).isNull(),
+    require(bip::fchamfer(img).isNull() && bip::chamfer(img, invert).isNull(),
             "no distances of floats");
   } else if (kind % 2 == 0) {
     const image<unsigned char> mask = takeMask(in, shape);
@@ -106,7 +102,7 @@ void propagate(Input& in) {
   const Shape shape = takeShape(in);
   image<short> labels = takeLabels(in, shape, 32767);
   image<short> expected = labels.duplicate();
-  orva::bip::propagate(labels, maxDistance);
+  bip::propagate(labels, maxDistance);
   reference::propagate(expected, maxDistance);
   requireSame(labels, expected, "propagate");
 }
@@ -114,16 +110,16 @@ void propagate(Input& in) {
 void threshold(Input& in) {
   const float t = takeFloat(in);
   const Shape shape = takeShape(in);
-  const std::unique_ptr<orva::Image> img = takeAnyPicture(in, shape);
-  requireSame(orva::bip::threshold(*img, t), reference::threshold(*img, t), "threshold");
+  const std::unique_ptr<Image> img = takeAnyPicture(in, shape);
+  requireSame(bip::threshold(*img, t), reference::threshold(*img, t), "threshold");
 }
 
 void computeThreshold(Input& in) {
   const float scale = takeSigma(in);
   const Shape shape = takeFilledShape(in);
-  const std::unique_ptr<orva::Image> img = takeAnyPicture(in, shape);
-  requireSame(orva::bip::computeThreshold(*img, scale), reference::computeThreshold(*img, scale),
+  const std::unique_ptr<Image> img = takeAnyPicture(in, shape);
+  requireSame(bip::computeThreshold(*img, scale), reference::computeThreshold(*img, scale),
               "computeThreshold");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

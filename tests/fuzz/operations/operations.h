@@ -6,7 +6,7 @@
 
 #include "tests/fuzz/fuzz_target.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 
 // Scale space.
 void kernels(Input& in);
@@ -63,6 +63,6 @@ void voting(Input& in);
 void votingTwice(Input& in);
 void cones(Input& in);
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

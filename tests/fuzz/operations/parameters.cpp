@@ -3,7 +3,7 @@
 #include <array>
 #include <limits>
 
-namespace orva_fuzz {
+namespace orva::test {
 namespace {
 
 using Limits = std::numeric_limits<float>;
@@ -206,4 +206,4 @@ Shape takeOther(Input& in, const Shape& shape) {
   return in.between(0, 7) == 7 ? takeShape(in) : shape;
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

@@ -6,9 +6,7 @@
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/support/images.h"
 
-namespace orva_fuzz {
-
-using orva_test::Shape;
+namespace orva::test {
 
 inline bool takeBool(Input& in) { return in.take<std::uint8_t>() % 2 != 0; }
 
@@ -42,6 +40,6 @@ Shape takeSmallShape(Input& in);
 // The same shape, or now and then another.
 Shape takeOther(Input& in, const Shape& shape);
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

@@ -7,11 +7,8 @@
 
 #include "tests/support/raw_image.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva_test::Random;
 
 // A whole number as a pixel; a type that is too narrow keeps the low bits.
 template <class T>
@@ -115,12 +112,9 @@ void mix(Input& in, image<T>& img, const std::vector<T>& some, const std::vector
   Random random = takeRandom(in);
   const int share = in.between(0, 255);
   const auto any = [&random](const std::vector<T>& of) {
-    return of[static_cast<std::size_t>(
-        orva_test::randomInt(random, 0, static_cast<int>(of.size()) - 1))];
+    return of[static_cast<std::size_t>(randomInt(random, 0, static_cast<int>(of.size()) - 1))];
   };
-  fill(img, [&](int, int, int) {
-    return any(orva_test::randomInt(random, 0, 255) < share ? some : more);
-  });
+  fill(img, [&](int, int, int) { return any(randomInt(random, 0, 255) < share ? some : more); });
 }
 
 template <class T>
@@ -132,28 +126,27 @@ std::vector<T> upwards(int count) {
 
 // Samples and what a pixel of them counts.
 template <class Sample, class ValueOf>
-std::unique_ptr<orva::Image> rawImage(Input& in, const Shape& s, int format, int components,
-                                      ValueOf valueOf) {
+std::unique_ptr<Image> rawImage(Input& in, const Shape& s, int format, int components,
+                                ValueOf valueOf) {
   const image<Sample> samples =
       takePicture<Sample>(in, {s.nx * components, s.ny, s.nz, s.nc, s.nt});
   std::vector<float> values;
   for (int i = 0; i < samples.npix(); i += components) {
     values.push_back(valueOf(samples.pixels() + i));
   }
-  return std::make_unique<orva_test::RawImage>(s, format, orva_test::pixelsOf(samples),
-                                               std::move(values));
+  return std::make_unique<RawImage>(s, format, pixelsOf(samples), std::move(values));
 }
 
 template <class Sample>
 float luminanceAt(const Sample* p) {
-  return orva::luminance(orva::GenericRgb<Sample>{p[0], p[1], p[2]});
+  return luminance(GenericRgb<Sample>{p[0], p[1], p[2]});
 }
 
 }  // namespace
 
 template <class T>
 image<T> takePicture(Input& in, const Shape& shape) {
-  image<T> img = orva_test::blank<T>(shape);
+  image<T> img = blank<T>(shape);
   if (img.isNull()) return img;
   switch (in.between(0, 8)) {
     case 0: {
@@ -173,7 +166,7 @@ image<T> takePicture(Input& in, const Shape& shape) {
       break;
     case 4: {
       Random random = takeRandom(in);
-      return orva_test::randomImage<T>(random, shape);
+      return randomImage<T>(random, shape);
     }
     case 5: {
       const std::vector<T> some = takePixels<T>(in, 8);
@@ -236,30 +229,30 @@ image<short> takeLabels(Input& in, const Shape& shape, int most) {
   return labels;
 }
 
-std::unique_ptr<orva::Image> takeAnyPicture(Input& in, const Shape& shape) {
+std::unique_ptr<Image> takeAnyPicture(Input& in, const Shape& shape) {
   if (in.between(0, 7) == 7 && hasPixels(shape)) return takeWidePicture(in, shape);
-  std::unique_ptr<orva::Image> result;
+  std::unique_ptr<Image> result;
   withPicture(in, shape, [&result](const auto& img) { result.reset(img.copy()); });
   return result;
 }
 
-std::unique_ptr<orva::Image> takeWidePicture(Input& in, const Shape& shape) {
+std::unique_ptr<Image> takeWidePicture(Input& in, const Shape& shape) {
   switch (in.between(0, 3)) {
     case 0:
-      return rawImage<short>(in, shape, orva::USHORT, 1, [](const short* p) {
+      return rawImage<short>(in, shape, USHORT, 1, [](const short* p) {
         return static_cast<float>(static_cast<unsigned short>(*p));
       });
     case 1:
-      return rawImage<short>(in, shape, orva::SHORTRGB, 3, luminanceAt<short>);
+      return rawImage<short>(in, shape, SHORTRGB, 3, luminanceAt<short>);
     case 2:
-      return rawImage<int>(in, shape, orva::INTRGB, 3, luminanceAt<int>);
+      return rawImage<int>(in, shape, INTRGB, 3, luminanceAt<int>);
     default:
-      return rawImage<float>(in, shape, orva::FLOATRGB, 3, luminanceAt<float>);
+      return rawImage<float>(in, shape, FLOATRGB, 3, luminanceAt<float>);
   }
 }
 
-std::unique_ptr<orva::Image> takeAlphaPicture(Input& in, const Shape& shape) {
-  return rawImage<unsigned char>(in, shape, orva::RGBA, 4, luminanceAt<unsigned char>);
+std::unique_ptr<Image> takeAlphaPicture(Input& in, const Shape& shape) {
+  return rawImage<unsigned char>(in, shape, RGBA, 4, luminanceAt<unsigned char>);
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

@@ -7,19 +7,17 @@
 #include "orva/image/image.h"
 #include "tests/fuzz/operations/parameters.h"
 
-namespace orva_fuzz {
-
-using orva_test::Rgb;
+namespace orva::test {
 
 // One value or two, bytes of the input over and over, ramps, discs, noise, odd values.
 template <class T>
-orva::image<T> takePicture(Input& in, const Shape& shape);
+image<T> takePicture(Input& in, const Shape& shape);
 
 // Most often of 0 and 255 only.
-orva::image<unsigned char> takeMask(Input& in, const Shape& shape);
+image<unsigned char> takeMask(Input& in, const Shape& shape);
 
 // Labels from below 0 up to `most`.
-orva::image<short> takeLabels(Input& in, const Shape& shape, int most);
+image<short> takeLabels(Input& in, const Shape& shape, int most);
 
 // Calls visit() with an image of one of the six pixel types.
 template <class Visit>
@@ -41,14 +39,14 @@ void withPicture(Input& in, const Shape& shape, Visit visit) {
 }
 
 // Of one of these types, or one that is no image<T>.
-std::unique_ptr<orva::Image> takeAnyPicture(Input& in, const Shape& shape);
+std::unique_ptr<Image> takeAnyPicture(Input& in, const Shape& shape);
 
 // An image with pixels that is no image<T>: of unsigned shorts or of wider colour.
-std::unique_ptr<orva::Image> takeWidePicture(Input& in, const Shape& shape);
+std::unique_ptr<Image> takeWidePicture(Input& in, const Shape& shape);
 
 // Colour with alpha, which has no form in floats.
-std::unique_ptr<orva::Image> takeAlphaPicture(Input& in, const Shape& shape);
+std::unique_ptr<Image> takeAlphaPicture(Input& in, const Shape& shape);
 
-}  // namespace orva_fuzz
+}  // namespace orva::test
 
 #endif

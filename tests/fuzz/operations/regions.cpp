@@ -12,10 +12,7 @@
 #include "tests/support/reference/hull.h"
 #include "tests/support/reference/selection.h"
 
-namespace orva_fuzz {
-
-using orva::image;
-using orva::RegionFeature;
+namespace orva::test {
 
 namespace {
 
@@ -64,12 +61,11 @@ void regionsOfBytes(Input& in) {
   const image<unsigned char> img = takeMask(in, shape);
   int n = 0;
   int count = 0;
-  const auto neighbourhood = static_cast<orva::NeighborhoodType>(type);
-  requireSame(orva::bip::regions(img, n, value, reach, neighbourhood),
+  const auto neighbourhood = static_cast<NeighborhoodType>(type);
+  requireSame(bip::regions(img, n, value, reach, neighbourhood),
               reference::regions(img, count, value, reach, type), "regions");
   requireSame(n, count, "the number of regions");
-  requireSame(orva::bip::regions(img), reference::regions(img, count, 255, 1, 4),
-              "regions of a mask");
+  requireSame(bip::regions(img), reference::regions(img, count, 255, 1, 4), "regions of a mask");
 }
 
 void regionsOfLabels(Input& in) {
@@ -78,17 +74,17 @@ void regionsOfLabels(Input& in) {
   int n = 0;
   int count = 0;
   const image<short> expected = reference::regions(labels, count);
-  requireSame(orva::bip::regions(labels, n), expected, "regions of shorts");
+  requireSame(bip::regions(labels, n), expected, "regions of shorts");
   requireSame(n, count, "the number of regions of shorts");
-  requireSame(orva::bip::regions(labels), expected, "regions of shorts without their number");
+  requireSame(bip::regions(labels), expected, "regions of shorts without their number");
 }
 
 void relabel(Input& in) {
   const Shape shape = takeShape(in);
   image<short> labels = takePicture<short>(in, shape);
   image<short> expected = labels.duplicate();
-  requireSame(orva::bip::regionNumber(labels), reference::regionNumber(labels), "regionNumber");
-  orva::bip::relabel(labels);
+  requireSame(bip::regionNumber(labels), reference::regionNumber(labels), "regionNumber");
+  bip::relabel(labels);
   reference::relabel(expected);
   requireSame(labels, expected, "relabel");
 }
@@ -98,10 +94,10 @@ void regionFeatures(Input& in) {
   const Shape shape = takeShape(in);
   const Shape other = takeOther(in, shape);
   const image<short> labels = takeLabels(in, shape, 32767);
-  const std::unique_ptr<orva::Image> brightness = takeAnyPicture(in, other);
+  const std::unique_ptr<Image> brightness = takeAnyPicture(in, other);
   const int given = std::max(n, 0);
   const int all = reference::regionNumber(labels);
-  using orva::bip::regionFeatures;
+  using bip::regionFeatures;
   using Table = std::vector<RegionFeature>;
   const Table table = reference::regionFeatures(labels, given, brightness.get());
   require(isSameTable(regionFeatures(labels, n, *brightness), table), "regionFeatures");
@@ -132,7 +128,7 @@ void regionIntensityArrays(Input& in) {
   const Shape shape = takeShape(in);
   const Shape other = takeOther(in, shape);
   const image<short> labels = takeLabels(in, shape, 32767);
-  const std::unique_ptr<orva::Image> brightness = takeAnyPicture(in, other);
+  const std::unique_ptr<Image> brightness = takeAnyPicture(in, other);
   const auto check = [&](const std::vector<std::vector<float>>& lists, int count) {
     const auto expected = reference::regionIntensityArrays(labels, count, *brightness, sorted);
     require(lists.size() == expected.size(), "as many lists of brightness");
@@ -141,7 +137,7 @@ void regionIntensityArrays(Input& in) {
               "the lists of brightness");
     }
   };
-  using orva::bip::regionIntensityArrays;
+  using bip::regionIntensityArrays;
   check(regionIntensityArrays(labels, n, *brightness, sorted), std::max(n, 0));
   check(regionIntensityArrays(labels, *brightness, sorted), reference::regionNumber(labels));
 }
@@ -152,9 +148,9 @@ void selectRegions(Input& in) {
   const Shape shape = takeShape(in);
   const Shape other = takeOther(in, shape);
   image<unsigned char> mask = takeMask(in, shape);
-  const std::unique_ptr<orva::Image> brightness = takeAnyPicture(in, other);
+  const std::unique_ptr<Image> brightness = takeAnyPicture(in, other);
   image<unsigned char> expected = mask.duplicate();
-  orva::bip::selectRegions(mask, *brightness, minMean, minSize);
+  bip::selectRegions(mask, *brightness, minMean, minSize);
   reference::selectRegions(expected, *brightness, minMean, minSize);
   requireSame(mask, expected, "selectRegions");
 }
@@ -165,7 +161,7 @@ void selectRegionsBySize(Input& in) {
   const Shape shape = takeShape(in);
   image<unsigned char> mask = takeMask(in, shape);
   image<unsigned char> expected = mask.duplicate();
-  orva::bip::selectRegionsBySize(mask, minSize, maxSize);
+  bip::selectRegionsBySize(mask, minSize, maxSize);
   reference::selectRegionsBySize(expected, minSize, maxSize);
   requireSame(mask, expected, "selectRegionsBySize");
 }
@@ -173,7 +169,7 @@ void selectRegionsBySize(Input& in) {
 void boundaries(Input& in) {
   const Shape shape = takeShape(in);
   const image<short> labels = takeLabels(in, shape, 100);
-  requireSame(orva::bip::boundaries(labels), reference::boundaries(labels), "boundaries");
+  requireSame(bip::boundaries(labels), reference::boundaries(labels), "boundaries");
 }
 
 void convexHull(Input& in) {
@@ -186,13 +182,13 @@ void convexHull(Input& in) {
   image<short> expected = labels.duplicate();
   if (ofMask) {
     const image<unsigned char> mask = takeMask(in, shape);
-    labels = orva::bip::convexHull(mask, precision);
+    labels = bip::convexHull(mask, precision);
     expected = reference::convexHull(mask, precision);
   } else {
-    orva::bip::convexHull(labels, precision);
+    bip::convexHull(labels, precision);
     reference::convexHull(expected, precision);
   }
   requireSame(labels, expected, "convexHull");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

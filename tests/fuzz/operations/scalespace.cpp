@@ -9,11 +9,8 @@
 #include "tests/fuzz/operations/pictures.h"
 #include "tests/support/reference/scalespace.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 namespace {
-
-using orva::image;
-using orva::Image;
 
 using Picture = std::unique_ptr<Image>;
 
@@ -22,9 +19,9 @@ Picture takePictureAndShape(Input& in) {
   return takeAnyPicture(in, shape);
 }
 
-orva::FeatureType takeFeature(Input& in) {
+FeatureType takeFeature(Input& in) {
   constexpr int types[] = {1, 2, 4, 8, 16, 32, 0, 3, -1, 64};
-  return static_cast<orva::FeatureType>(types[in.between(0, 9)]);
+  return static_cast<FeatureType>(types[in.between(0, 9)]);
 }
 
 struct Axis {
@@ -44,7 +41,7 @@ struct TwoAxes {
 }  // namespace
 
 void kernels(Input& in) {
-  namespace library = orva::scalespace;
+  namespace library = scalespace;
   const float sigma = takeSigma(in);
   const int order = in.between(-2, 8);
   const int knownOrder = std::max(order, 0);
@@ -68,7 +65,7 @@ void gaussian(Input& in) {
   const reference::Triple sigma{takeSigma(in), takeSigma(in), takeSigma(in)};
   const reference::Orders order{in.between(0, 4), in.between(0, 4), in.between(0, 4)};
   const Picture img = takePictureAndShape(in);
-  using orva::scalespace::gaussian;
+  using scalespace::gaussian;
   requireSame(gaussian(*img, sigma.x, sigma.y, sigma.z, order.x, order.y, order.z),
               reference::gaussian(*img, sigma, order), "gaussian");
   requireSame(gaussian(*img, sigma.x, order.x, order.y, order.z),
@@ -80,14 +77,14 @@ void smooth(Input& in) {
   const reference::Triple sigma{takeSigma(in), takeSigma(in), takeSigma(in)};
   const float ratio = takeRatio(in, sigma.x);
   const Picture img = takePictureAndShape(in);
-  using orva::scalespace::smooth;
+  using scalespace::smooth;
   requireSame(smooth(*img, sigma.x, sigma.y, sigma.z), reference::smooth(*img, sigma), "smooth");
   requireSame(smooth(*img, sigma.x, ratio),
               reference::smooth(*img, {sigma.x, sigma.x, sigma.x / ratio}), "smooth with a ratio");
 }
 
 void derivatives(Input& in) {
-  namespace library = orva::scalespace;
+  namespace library = scalespace;
   const Axis one[] = {
       {library::dX, {1, 0, 0}},   {library::dY, {0, 1, 0}},   {library::dZ, {0, 0, 1}},
       {library::dXX, {2, 0, 0}},  {library::dYY, {0, 2, 0}},  {library::dZZ, {0, 0, 2}},
@@ -116,8 +113,8 @@ void gradientOfImage(Input& in) {
   const float sigma = takeSigma(in);
   const float ratio = takeRatio(in, sigma);
   const Picture img = takePictureAndShape(in);
-  requireSame(orva::scalespace::gradient(*img, sigma, ratio),
-              reference::gradient(*img, sigma, ratio), "gradient");
+  requireSame(scalespace::gradient(*img, sigma, ratio), reference::gradient(*img, sigma, ratio),
+              "gradient");
 }
 
 void gradientOfDerivatives(Input& in) {
@@ -126,13 +123,13 @@ void gradientOfDerivatives(Input& in) {
   const Picture a = takeAnyPicture(in, shape);
   const Picture b = takeAnyPicture(in, other);
   const Picture c = takeAnyPicture(in, shape);
-  using orva::scalespace::gradient;
+  using scalespace::gradient;
   requireSame(gradient(*a, *b), reference::gradient(*a, *b), "gradient of two images");
   requireSame(gradient(*a, *b, *c), reference::gradient(*a, *b, *c), "gradient of three images");
 }
 
 void anglesOfDerivatives(Input& in) {
-  namespace library = orva::scalespace;
+  namespace library = scalespace;
   const Shape shape = takeFilledShape(in);
   const Shape other = takeOther(in, shape);
   const Picture a = takeAnyPicture(in, shape);
@@ -145,16 +142,15 @@ void anglesOfDerivatives(Input& in) {
 void laplacian(Input& in) {
   const float sigma = takeSigma(in);
   const Picture img = takePictureAndShape(in);
-  requireSame(orva::scalespace::laplacian(*img, sigma), reference::laplacian(*img, sigma),
-              "laplacian");
+  requireSame(scalespace::laplacian(*img, sigma), reference::laplacian(*img, sigma), "laplacian");
 }
 
 void features(Input& in) {
-  const orva::FeatureType type = takeFeature(in);
+  const FeatureType type = takeFeature(in);
   const float sigma = takeSigma(in);
   const float ratio = takeRatio(in, sigma);
   const Picture img = takePictureAndShape(in);
-  requireSame(orva::scalespace::features(*img, sigma, type, ratio),
+  requireSame(scalespace::features(*img, sigma, type, ratio),
               reference::features(*img, sigma, type, ratio), "features");
 }
 
@@ -164,7 +160,7 @@ void laplaceEquation(Input& in) {
   const image<unsigned char> mask = takeMask(in, other);
   image<float> f = takePicture<float>(in, shape);
   image<float> expected = f.duplicate();
-  orva::scalespace::laplaceEquation(f, mask);
+  scalespace::laplaceEquation(f, mask);
   // The reference implementation knows pixels and masks of the same width and height only; another
   // changes nothing.
   const bool fits = mask.nx() == f.nx() && mask.ny() == f.ny();
@@ -178,7 +174,7 @@ void harmonicCut(Input& in) {
   const int iterations = in.between(-1, 3);
   const Shape shape = takeFilledShape(in);
   const Picture img = takeAnyPicture(in, shape);
-  requireSame(orva::scalespace::harmonicCut(*img, sigma, bright, iterations),
+  requireSame(scalespace::harmonicCut(*img, sigma, bright, iterations),
               reference::harmonicCut(*img, sigma, bright, iterations), "harmonicCut");
 }
 
@@ -187,7 +183,7 @@ void hcut(Input& in) {
   const float sigma2 = takeSigma(in);
   const Shape shape = takeSmallShape(in);
   const Picture img = takeAnyPicture(in, shape);
-  requireSame(orva::scalespace::hcut(*img, sigma1, sigma2), reference::hcut(*img, sigma1, sigma2),
+  requireSame(scalespace::hcut(*img, sigma1, sigma2), reference::hcut(*img, sigma1, sigma2),
               "hcut");
 }
 
@@ -197,10 +193,10 @@ void reduce(Input& in) {
   const float factor = wanted > 3.0F ? 3.0F : wanted;
   const Shape shape = takeFilledShape(in);
   withPicture(in, shape, [=](const auto& img) {
-    const Picture result(orva::scalespace::reduce(img, factor, sigma));
+    const Picture result(scalespace::reduce(img, factor, sigma));
     require((result == nullptr) == (factor <= 0.0F), "reduce for factors above 0");
     if (result) requireSame<Image>(*result, reference::reduce(img, factor, sigma), "reduce");
   });
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

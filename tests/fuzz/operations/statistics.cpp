@@ -10,7 +10,7 @@
 #include "tests/fuzz/operations/operations.h"
 #include "tests/fuzz/operations/pictures.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 namespace {
 
 // 0 .. 1 or a NaN: any other ends the process.
@@ -22,11 +22,11 @@ float takeShare(Input& in) {
 }  // namespace
 
 void topOfImage(Input& in) {
-  namespace library = orva::image_math;
+  namespace library = image_math;
   const float share = takeShare(in);
   const int number = in.take<std::uint16_t>();
   const Shape shape = takeFilledShape(in);
-  const std::unique_ptr<orva::Image> img = takeAnyPicture(in, shape);
+  const std::unique_ptr<Image> img = takeAnyPicture(in, shape);
   const int n = number % img->npix();
   requireSame(library::topByPixelNumber(*img, n), reference::topByPixelNumber(*img, n),
               "topByPixelNumber");
@@ -42,19 +42,19 @@ void topOfArray(Input& in) {
   const float share = takeShare(in);
   const int count = in.between(0, 200);
   std::vector<float> values;
-  if (count > 0) values = orva_test::pixelsOf(takePicture<float>(in, {count, 1}));
-  requireSame(orva::image_math::meanOfTopByPercentage(values, share),
+  if (count > 0) values = pixelsOf(takePicture<float>(in, {count, 1}));
+  requireSame(image_math::meanOfTopByPercentage(values, share),
               reference::meanOfTopByPercentage(values, share), "meanOfTopByPercentage of an array");
 }
 
 void findZeros(Input& in) {
-  using orva::image_math::findZeros;
+  using image_math::findZeros;
   const Shape shape = takeShape(in);
   const Shape other = takeOther(in, shape);
-  const std::unique_ptr<orva::Image> a = takeAnyPicture(in, shape);
-  const std::unique_ptr<orva::Image> b = takeAnyPicture(in, other);
+  const std::unique_ptr<Image> a = takeAnyPicture(in, shape);
+  const std::unique_ptr<Image> b = takeAnyPicture(in, other);
   requireSame(findZeros(*a), reference::findZeros(*a), "findZeros");
   requireSame(findZeros(*a, *b), reference::findZeros(*a, *b), "findZeros of two images");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

@@ -14,11 +14,8 @@
 #include "tests/fuzz/operations/pictures.h"
 #include "tests/voting/probe.h"
 
-namespace orva_fuzz {
+namespace orva::test {
 namespace {
-
-using orva_test::Probe;
-using reference::VotingParams;
 
 // A length in -1 .. most, or now and then one whose margin no image has room for, or one far below
 // 0. None in between: the voting would take long.
@@ -44,8 +41,8 @@ int takeLength(Input& in, int most) {
   return byte % (most + 2) - 1;
 }
 
-VotingParams takeParams(Input& in) {
-  VotingParams p;
+reference::VotingParams takeParams(Input& in) {
+  reference::VotingParams p;
   p.regionType = in.between(0, 2);
   p.minRadius = takeLength(in, 8);
   p.maxRadius = takeLength(in, 12);
@@ -60,16 +57,16 @@ VotingParams takeParams(Input& in) {
   return p;
 }
 
-std::unique_ptr<orva::Image> takeVotingPicture(Input& in) {
+std::unique_ptr<Image> takeVotingPicture(Input& in) {
   const Shape s = takeShape(in);
   // Lines of 200 pixels have few points and a wide margin.
   return takeAnyPicture(in, {std::min(s.nx, 60), std::min(s.ny, 60), s.nz, s.nc, s.nt});
 }
 
-void requireSamePoints(const std::vector<orva::voting::VPoint2D>& points,
-                       const std::vector<orva::voting::VPoint2D>& expected) {
+void requireSamePoints(const std::vector<voting::VPoint2D>& points,
+                       const std::vector<voting::VPoint2D>& expected) {
   require(points.size() == expected.size(), "as many voting points");
-  const auto fields = [](const orva::voting::VPoint2D& p) {
+  const auto fields = [](const voting::VPoint2D& p) {
     return std::vector<int>{p.x, p.y, p.cx, p.cy, p.angle, p.offset};
   };
   for (std::size_t i = 0; i < points.size(); ++i) {
@@ -79,32 +76,32 @@ void requireSamePoints(const std::vector<orva::voting::VPoint2D>& points,
 }
 
 // True where a side with its margin does not fit the 16 bits of a voting point.
-bool isTooLarge(const VotingParams& params, const orva::Image& img) {
-  const VotingParams p = reference::repaired(params);
+bool isTooLarge(const reference::VotingParams& params, const Image& img) {
+  const reference::VotingParams p = reference::repaired(params);
   const double margin =
       std::floor(std::hypot(double{1} * p.coneWidth, double{1} * p.maxRadius) + 3.0);
   return std::max(img.nx(), img.ny()) + 2.0 * margin > 32767.0;
 }
 
 // No centres of an image without pixels, nor of one with too wide a margin, which is reported.
-bool hasNoVotes(const VotingParams& params, const orva::Image& img) {
+bool hasNoVotes(const reference::VotingParams& params, const Image& img) {
   return img.isNull() || isTooLarge(params, img);
 }
 
-void requireNoVotes(Probe& probe, const orva::Image& img, const std::string& reported) {
+void requireNoVotes(Probe& probe, const Image& img, const std::string& reported) {
   const std::string warning =
       "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
   require(reported == (img.isNull() ? "" : warning), "a warning of images that are too large");
   require(probe.center_weights().empty() && probe.points_.empty(), "no centres and no points");
-  const orva::image<float> none(0, 1, 1, 1, 1);
+  const image<float> none(0, 1, 1, 1, 1);
   requireSame(probe.acc_, none, "no accumulator");
   requireSame(probe.prevAcc_, none, "no previous accumulator");
-  requireSame(probe.votingImage(), orva::image<float>(img.nx(), img.ny(), 1, 1, 1),
+  requireSame(probe.votingImage(), image<float>(img.nx(), img.ny(), 1, 1, 1),
               "a black voting image");
 }
 
 // Computes; what was reported meanwhile.
-std::string compute(Probe& probe, const VotingParams& params, const orva::Image& img) {
+std::string compute(Probe& probe, const reference::VotingParams& params, const Image& img) {
   const Captured captured;
   probe.set(params);
   probe.compute(img);
@@ -118,14 +115,14 @@ void requireSameVoting(Probe& probe, const reference::Voting& expected) {
   requireSame(probe.prevAcc_, expected.prevAcc, "the previous accumulator");
   requireSame(probe.votingImage(), expected.votingImage, "the voting image");
   requireSame(probe.center_weights(), expected.weights, "the weights of the centres");
-  require(orva_test::sameCones(probe.cones_, expected.cones), "the cones as the references");
+  require(sameCones(probe.cones_, expected.cones), "the cones as the references");
 }
 
 }  // namespace
 
 void voting(Input& in) {
-  const VotingParams params = takeParams(in);
-  const std::unique_ptr<orva::Image> img = takeVotingPicture(in);
+  const reference::VotingParams params = takeParams(in);
+  const std::unique_ptr<Image> img = takeVotingPicture(in);
   Probe probe;
   const std::string reported = compute(probe, params, *img);
   if (hasNoVotes(params, *img)) {
@@ -140,14 +137,14 @@ void voting(Input& in) {
 
 // With the same engine; the centres of both computations stay.
 void votingTwice(Input& in) {
-  const VotingParams first = takeParams(in);
-  const std::unique_ptr<orva::Image> a = takeVotingPicture(in);
-  const VotingParams second = takeParams(in);
-  const std::unique_ptr<orva::Image> b = takeVotingPicture(in);
+  const reference::VotingParams first = takeParams(in);
+  const std::unique_ptr<Image> a = takeVotingPicture(in);
+  const reference::VotingParams second = takeParams(in);
+  const std::unique_ptr<Image> b = takeVotingPicture(in);
   Probe probe;
   compute(probe, first, *a);
   const std::string reported = compute(probe, second, *b);
-  std::vector<orva::Point> centers;
+  std::vector<Point> centers;
   if (!hasNoVotes(first, *a)) centers = reference::compute(first, *a).centers;
   if (hasNoVotes(second, *b)) {
     requireNoVotes(probe, *b, reported);
@@ -163,14 +160,14 @@ void cones(Input& in) {
   const int nearest = in.between(1, 12);
   const int farthest = nearest + in.between(0, 14);
   const int width = in.between(0, 20);
-  VotingParams params;
+  reference::VotingParams params;
   params.regionType = in.between(0, 2);
   Probe probe(params);
-  orva::voting::WPoint2D::nx = in.between(1, 120);
+  voting::WPoint2D::nx = in.between(1, 120);
   probe.computeCones(nearest, farthest, width);
-  const std::vector<orva::voting::Cone2D> expected =
-      reference::cones(params.regionType, nearest, farthest, width, orva::voting::WPoint2D::nx);
-  require(orva_test::sameCones(probe.cones_, expected), "computeCones as the reference");
+  const std::vector<voting::Cone2D> expected =
+      reference::cones(params.regionType, nearest, farthest, width, voting::WPoint2D::nx);
+  require(sameCones(probe.cones_, expected), "computeCones as the reference");
   requireSame(probe.nextConeRadius(farthest, width), reference::nextConeRadius(farthest, width),
               "nextConeRadius");
   const float cosine = takeFloat(in);
@@ -179,4 +176,4 @@ void cones(Input& in) {
               "computeAngleIndex");
 }
 
-}  // namespace orva_fuzz
+}  // namespace orva::test

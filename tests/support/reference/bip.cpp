@@ -6,11 +6,8 @@
 #include <cstdint>
 #include <set>
 
-namespace reference {
+namespace orva::reference {
 namespace {
-
-using orva::image;
-using orva::RegionFeature;
 
 struct Voxel {
   int x;
@@ -21,7 +18,7 @@ struct Voxel {
 constexpr int unlabelled = -2;
 
 // The neighbours of p, which may include p and the same pixel more than once.
-std::vector<Voxel> neighbours(const orva::Image& img, const Voxel& p, int reach, int type) {
+std::vector<Voxel> neighbours(const Image& img, const Voxel& p, int reach, int type) {
   const std::int64_t d = std::max(reach, 0);
   const auto low = [d](int at) { return static_cast<int>(std::max<std::int64_t>(at - d, 0)); };
   const auto high = [d](int at, int size) {
@@ -108,7 +105,7 @@ std::vector<T> ring(const image<T>& img, int x, int y) {
 }
 
 // Of plane 0, where all of a stack's first plane is border.
-bool isInterior(const orva::Image& img, int x, int y) {
+bool isInterior(const Image& img, int x, int y) {
   return img.nframes() == 1 && x > 0 && x < img.nx() - 1 && y > 0 && y < img.ny() - 1;
 }
 
@@ -156,8 +153,8 @@ void relabel(image<short>& labels) {
   }
 }
 
-bool isBinaryImage(const orva::Image& img) {
-  if (img.format() != orva::BYTE) return false;
+bool isBinaryImage(const Image& img) {
+  if (img.format() != BYTE) return false;
   const auto* bytes = static_cast<const unsigned char*>(img.data());
   return std::all_of(bytes, bytes + img.npix(), [](int v) { return v == 0 || v == 255; });
 }
@@ -169,7 +166,7 @@ void reverse(image<unsigned char>& img) {
 }
 
 std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
-                                          const orva::Image* brightness) {
+                                          const Image* brightness) {
   if (labels.isNull()) return {};
   const bool measured = brightness != nullptr && !brightness->isNull() &&
                         brightness->nx() == labels.nx() && brightness->ny() == labels.ny() &&
@@ -218,7 +215,7 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
 }
 
 std::vector<std::vector<float>> regionIntensityArrays(const image<short>& labels, int n,
-                                                      const orva::Image& brightness, bool sorted) {
+                                                      const Image& brightness, bool sorted) {
   if (labels.isNull() || brightness.nx() != labels.nx() || brightness.ny() != labels.ny() ||
       brightness.nframes() != labels.nframes()) {
     return {};
@@ -304,11 +301,11 @@ bool isEdge(const image<short>& labels, int x, int y, int z) {
   });
 }
 
-std::vector<std::vector<orva::Point>> boundaries(const image<short>& labels) {
+std::vector<std::vector<Point>> boundaries(const image<short>& labels) {
   const image<unsigned char> e = reference::edge(labels);
-  std::vector<std::vector<orva::Point>> result;
+  std::vector<std::vector<Point>> result;
   for (int k = 0; k < reference::regionNumber(labels); ++k) {
-    std::vector<orva::Point> points;
+    std::vector<Point> points;
     for (int i = 0; i < e.npix(); ++i) {
       if (labels.pixels()[i] == k && e.pixels()[i] == 255) {
         points.emplace_back(i % e.nx(), i / e.nx());
@@ -343,4 +340,4 @@ void removeInternalStructures(image<unsigned char>& mask) {
   });
 }
 
-}  // namespace reference
+}  // namespace orva::reference

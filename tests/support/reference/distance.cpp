@@ -6,10 +6,8 @@
 
 #include "tests/support/reference/bip.h"
 
-namespace reference {
+namespace orva::reference {
 namespace {
-
-using orva::image;
 
 constexpr float unknown = 10000.0F;
 
@@ -38,7 +36,7 @@ Steps stepsOf(bool volume, bool forward) {
   return steps;
 }
 
-int at(const orva::Image& img, int x, int y, int z) { return x + img.nx() * (y + img.ny() * z); }
+int at(const Image& img, int x, int y, int z) { return x + img.nx() * (y + img.ny() * z); }
 
 // Where the cheapest of the steps from (x, y, z) leads, the first of equals, if its cost is below
 // both the unknown distance and the present one, which it then replaces; else -1.
@@ -173,4 +171,4 @@ void propagate(image<short>& labels, float maxDistance) {
   }
 }
 
-}  // namespace reference
+}  // namespace orva::reference

@@ -4,16 +4,16 @@
 
 #include "orva/image/image.h"
 
-namespace reference {
+namespace orva::reference {
 
-orva::image<float> fchamfer(const orva::image<unsigned char>& mask);
-orva::image<float> fchamfer(const orva::image<short>& labels);
+image<float> fchamfer(const image<unsigned char>& mask);
+image<float> fchamfer(const image<short>& labels);
 
 // Distances stretched to 0..255, and complemented on demand.
-orva::image<unsigned char> chamferBytes(const orva::image<float>& distance, bool invert);
+image<unsigned char> chamferBytes(const image<float>& distance, bool invert);
 
-void propagate(orva::image<short>& labels, float maxDistance);
+void propagate(image<short>& labels, float maxDistance);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

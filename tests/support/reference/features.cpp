@@ -1,10 +1,7 @@
 #include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/scalespace.h"
 
-namespace reference {
-
-using orva::image;
-using orva::Image;
+namespace orva::reference {
 
 namespace {
 
@@ -108,4 +105,4 @@ image<unsigned char> features(const Image& img, float sigma, int type, float rat
   return mask;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

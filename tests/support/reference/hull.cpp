@@ -7,11 +7,8 @@
 
 #include "tests/support/reference/bip.h"
 
-namespace reference {
+namespace orva::reference {
 namespace {
-
-using orva::image;
-using orva::RegionFeature;
 
 constexpr float pi = 3.1415927F;
 
@@ -100,4 +97,4 @@ image<short> convexHull(const image<unsigned char>& mask, int precision) {
   return labels;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

@@ -4,12 +4,12 @@
 
 #include "orva/image/image.h"
 
-namespace reference {
+namespace orva::reference {
 
 // Silent: the number of regions is not printed.
-void convexHull(orva::image<short>& labels, int precision);
-orva::image<short> convexHull(const orva::image<unsigned char>& mask, int precision);
+void convexHull(image<short>& labels, int precision);
+image<short> convexHull(const image<unsigned char>& mask, int precision);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

@@ -5,7 +5,7 @@
 
 #include "tests/support/reference/image_io.h"
 
-namespace reference {
+namespace orva::reference {
 namespace {
 
 enum class State { initial, filename, order, sizes, format, byteOrder };
@@ -158,4 +158,4 @@ IcsHeader icsHeader(const std::string& content) {
   return h;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

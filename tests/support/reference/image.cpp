@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace reference {
+namespace orva::reference {
 namespace {
 
 // v truncated toward zero and held within low .. high; a NaN is 0.
@@ -23,7 +23,7 @@ unsigned char byteFrom(float v) { return static_cast<unsigned char>(truncatedTo3
 
 // A new image of which pixel (x, y, z, c, t) is source(x, y, z, c, t).
 template <class T, class F>
-std::unique_ptr<image<T>> filled(const orva_test::Shape& s, F source) {
+std::unique_ptr<image<T>> filled(const test::Shape& s, F source) {
   auto result = std::make_unique<image<T>>(s.nx, s.ny, s.nz, s.nc, s.nt);
   for (int t = 0; t < s.nt; ++t)
     for (int c = 0; c < s.nc; ++c)
@@ -36,7 +36,7 @@ std::unique_ptr<image<T>> filled(const orva_test::Shape& s, F source) {
 
 // Sample number i of the raw data.
 template <class Sample>
-Sample sample(const orva::Image& img, int i) {
+Sample sample(const Image& img, int i) {
   Sample v;
   const auto at = static_cast<std::size_t>(i) * sizeof v;
   std::memcpy(&v, static_cast<const unsigned char*>(img.data()) + at, sizeof v);
@@ -44,14 +44,14 @@ Sample sample(const orva::Image& img, int i) {
 }
 
 template <class Sample>
-void copyAsFloat(const orva::Image& img, image<float>& result) {
+void copyAsFloat(const Image& img, image<float>& result) {
   for (int i = 0; i < img.npix(); ++i) {
     result.pixels()[i] = static_cast<float>(sample<Sample>(img, i));
   }
 }
 
 template <class Sample>
-void stretchColour(const orva::Image& img, image<Rgb>& result) {
+void stretchColour(const Image& img, image<Rgb>& result) {
   image<float> f(img.nx(), img.ny(), img.nframes(), 1, 1);
   for (int i = 0; i < img.npix(); ++i) f.pixels()[i] = img.pixel(i);
   const image<unsigned char> b = reference::toByteImage(f, true);
@@ -64,7 +64,7 @@ void stretchColour(const orva::Image& img, image<Rgb>& result) {
   }
 }
 
-void layOverWhite(const orva::Image& img, image<Rgb>& result) {
+void layOverWhite(const Image& img, image<Rgb>& result) {
   for (int i = 0; i < img.npix(); ++i) {
     const float a = static_cast<float>(sample<unsigned char>(img, 4 * i + 3)) / 255.0F;
     const auto component = [&](int n) {
@@ -86,7 +86,7 @@ bool isLess(T p, T q) {
 
 }  // namespace
 
-int indexOf(const orva::Image& img, int x, int y, int z, int c, int t) {
+int indexOf(const Image& img, int x, int y, int z, int c, int t) {
   return x + y * img.nx() + z * img.nx() * img.ny() + c * img.nx() * img.ny() * img.nz() +
          t * img.nx() * img.ny() * img.nz() * img.nc();
 }
@@ -132,8 +132,7 @@ T Typed<T>::largest(const image<T>& img) {
 }
 
 template <class T>
-std::unique_ptr<image<T>> Typed<T>::roi(const image<T>& img, const orva::Point3D& p1,
-                                        const orva::Point3D& p2) {
+std::unique_ptr<image<T>> Typed<T>::roi(const image<T>& img, const Point3D& p1, const Point3D& p2) {
   const int x0 = std::max<int>(p1.x, 0);
   const int x1 = std::min<int>(p2.x, img.nx() - 1);
   const int y0 = std::max<int>(p1.y, 0);
@@ -201,14 +200,14 @@ int round_double(double v) {
   return static_cast<int>(v - whole >= 0.5 ? whole + 1 : whole);
 }
 
-image<unsigned char> toByteImage(const orva::Image& img, bool scale) {
-  if (img.format() < 0 || img.format() > orva::RGBA) return {0, 1, 1, 1, 1};
+image<unsigned char> toByteImage(const Image& img, bool scale) {
+  if (img.format() < 0 || img.format() > RGBA) return {0, 1, 1, 1, 1};
   return convertToByteImage(img, scale);
 }
 
-image<unsigned char> convertToByteImage(const orva::Image& img, bool scale) {
+image<unsigned char> convertToByteImage(const Image& img, bool scale) {
   if (img.npix() == 0) return {0, 1, 1, 1, 1};
-  if (img.format() == orva::BYTE && !scale) {
+  if (img.format() == BYTE && !scale) {
     image<unsigned char> same(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
     for (int i = 0; i < img.npix(); ++i) same.pixels()[i] = byteFrom(img.pixel(i));
     return same;
@@ -239,33 +238,33 @@ image<unsigned char> convertToByteImage(const orva::Image& img, bool scale) {
   return result;
 }
 
-image<float> toFloatImage(const orva::Image& img) {
+image<float> toFloatImage(const Image& img) {
   const image<float> none(0, 1, 1, 1, 1);
   if (img.npix() == 0) return none;
   image<float> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
   switch (img.format()) {
-    case orva::BYTE:
+    case BYTE:
       copyAsFloat<unsigned char>(img, result);
       break;
-    case orva::SHORT:
+    case SHORT:
       copyAsFloat<short>(img, result);
       break;
-    case orva::INT:
+    case INT:
       copyAsFloat<int>(img, result);
       break;
-    case orva::USHORT:
+    case USHORT:
       copyAsFloat<unsigned short>(img, result);
       break;
-    case orva::UINT:
+    case UINT:
       copyAsFloat<unsigned int>(img, result);
       break;
-    case orva::FLOAT:
+    case FLOAT:
       std::memcpy(result.data(), img.data(), sizeof(float) * static_cast<std::size_t>(img.npix()));
       break;
-    case orva::RGB:
-    case orva::SHORTRGB:
-    case orva::INTRGB:
-    case orva::FLOATRGB:
+    case RGB:
+    case SHORTRGB:
+    case INTRGB:
+    case FLOATRGB:
       for (int i = 0; i < img.npix(); ++i) result.pixels()[i] = img.pixel(i);
       break;
     default:
@@ -274,36 +273,36 @@ image<float> toFloatImage(const orva::Image& img) {
   return result;
 }
 
-image<Rgb> toRgbImage(const orva::Image& img) {
+image<Rgb> toRgbImage(const Image& img) {
   const image<Rgb> none(0, 1, 1, 1, 1);
   if (img.npix() == 0) return none;
   image<Rgb> result(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
   switch (img.format()) {
-    case orva::BYTE:
-    case orva::INT:
-    case orva::USHORT:
-    case orva::SHORT:
-    case orva::FLOAT:
-    case orva::UINT: {
+    case BYTE:
+    case INT:
+    case USHORT:
+    case SHORT:
+    case FLOAT:
+    case UINT: {
       const image<unsigned char> b = reference::toByteImage(img, true);
       for (int i = 0; i < img.npix(); ++i) {
         result.pixels()[i] = {b.pixels()[i], b.pixels()[i], b.pixels()[i]};
       }
       break;
     }
-    case orva::RGB:
+    case RGB:
       std::memcpy(result.data(), img.data(), 3 * static_cast<std::size_t>(img.npix()));
       break;
-    case orva::RGBA:
+    case RGBA:
       layOverWhite(img, result);
       break;
-    case orva::SHORTRGB:
+    case SHORTRGB:
       stretchColour<short>(img, result);
       break;
-    case orva::INTRGB:
+    case INTRGB:
       stretchColour<int>(img, result);
       break;
-    case orva::FLOATRGB:
+    case FLOATRGB:
       stretchColour<float>(img, result);
       break;
     default:
@@ -319,4 +318,4 @@ template struct Typed<unsigned int>;
 template struct Typed<float>;
 template struct Typed<Rgb>;
 
-}  // namespace reference
+}  // namespace orva::reference

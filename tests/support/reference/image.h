@@ -8,13 +8,12 @@
 
 #include "tests/support/images.h"
 
-namespace reference {
+namespace orva::reference {
 
-using orva::image;
-using orva_test::Rgb;
+using test::Rgb;
 
 // Where pixel (x, y, z, c, t) lies.
-int indexOf(const orva::Image& img, int x, int y, int z, int c, int t);
+int indexOf(const Image& img, int x, int y, int z, int c, int t);
 
 // What depends on the pixel type.
 template <class T>
@@ -29,7 +28,7 @@ struct Typed {
   static T largest(const image<T>& img);
 
   // Null where there is no such part.
-  static Part roi(const image<T>& img, const orva::Point3D& p1, const orva::Point3D& p2);
+  static Part roi(const image<T>& img, const Point3D& p1, const Point3D& p2);
   static Part frame(const image<T>& img, int f);
   static Part channel(const image<T>& img, int c, int t);
   static Part timepoint(const image<T>& img, int t);
@@ -39,12 +38,12 @@ struct Typed {
 std::vector<bool> interior(int nx, int ny, int nz);
 int round_double(double v);
 
-image<unsigned char> toByteImage(const orva::Image& img, bool scale);
+image<unsigned char> toByteImage(const Image& img, bool scale);
 // The same for any format code.
-image<unsigned char> convertToByteImage(const orva::Image& img, bool scale);
-image<float> toFloatImage(const orva::Image& img);
-image<Rgb> toRgbImage(const orva::Image& img);
+image<unsigned char> convertToByteImage(const Image& img, bool scale);
+image<float> toFloatImage(const Image& img);
+image<Rgb> toRgbImage(const Image& img);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

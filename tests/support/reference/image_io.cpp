@@ -8,7 +8,7 @@
 
 #include "orva/image/image.h"
 
-namespace reference {
+namespace orva::reference {
 namespace {
 
 unsigned char byteAt(const std::string& text, std::size_t i) {
@@ -25,8 +25,8 @@ int fieldOf(const std::string& content, std::size_t field) {
 }
 
 template <class T>
-std::unique_ptr<orva::Image> pixelsFrom(const std::string& content, std::size_t start, int width,
-                                        int height, int planes) {
+std::unique_ptr<Image> pixelsFrom(const std::string& content, std::size_t start, int width,
+                                  int height, int planes) {
   auto img = std::make_unique<image<T>>(width, height, planes, 1, 1);
   auto* bytes = static_cast<unsigned char*>(img->data());
   const std::size_t count = static_cast<std::size_t>(img->npix()) * sizeof(T);
@@ -84,18 +84,18 @@ std::string int32Bytes(int v) {
   return {bytes, 4};
 }
 
-std::string pixelBytes(const orva::Image& img) {
+std::string pixelBytes(const Image& img) {
   if (img.npix() < 1) return "";
   const auto count = static_cast<std::size_t>(img.npix());
   return {static_cast<const char*>(img.data()), count * static_cast<std::size_t>(img.pixelSize())};
 }
 
-std::string fileUIF(const orva::Image& img) {
+std::string fileUIF(const Image& img) {
   return int32Bytes(img.nx()) + int32Bytes(img.ny()) + int32Bytes(img.nz() * img.nc() * img.nt()) +
          int32Bytes(img.pixelSize()) + int32Bytes(img.format()) + pixelBytes(img);
 }
 
-std::string fileIHT(const orva::Image& img) {
+std::string fileIHT(const Image& img) {
   return int32Bytes(img.ny()) + int32Bytes(img.nx()) + int32Bytes(0) + int32Bytes(0) +
          int32Bytes(img.ny()) + int32Bytes(img.nx()) + int32Bytes(img.format()) +
          int32Bytes(img.nz() * img.nc() * img.nt()) + int32Bytes(img.npix()) + int32Bytes(0) +
@@ -164,4 +164,4 @@ StackCount stackCount(const std::string& content) {
   return result;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

@@ -10,11 +10,11 @@
 
 #include "tests/support/reference/image.h"
 
-namespace reference {
+namespace orva::reference {
 
 // With all frames as planes, each pixel by way of a float.
 template <class T>
-image<T> converted(const orva::Image& img) {
+image<T> converted(const Image& img) {
   if (img.npix() == 0) return {0, 1, 1, 1, 1};
   image<T> result(img.nx(), img.ny(), img.nz() * img.nc() * img.nt(), 1, 1);
   for (int i = 0; i < img.npix(); ++i) {
@@ -29,15 +29,15 @@ std::string reversedBytes(int format, const std::string& bytes);
 // The machine's own bytes of a number.
 std::string int32Bytes(int v);
 // The pixels as they lie in memory.
-std::string pixelBytes(const orva::Image& img);
+std::string pixelBytes(const Image& img);
 
-std::string fileUIF(const orva::Image& img);
+std::string fileUIF(const Image& img);
 // With an address of 0.
-std::string fileIHT(const orva::Image& img);
+std::string fileIHT(const Image& img);
 
 // What a file holds: an image, nothing, or sizes that no image may have.
 struct RawRead {
-  std::unique_ptr<orva::Image> img;
+  std::unique_ptr<Image> img;
   bool badSizes = false;
 };
 RawRead readUIF(const std::string& content);
@@ -62,6 +62,6 @@ struct IcsHeader {
 };
 IcsHeader icsHeader(const std::string& content);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

@@ -2,10 +2,7 @@
 
 #include <cmath>
 
-namespace reference {
-
-using orva::image;
-using orva::Image;
+namespace orva::reference {
 
 namespace {
 
@@ -233,13 +230,12 @@ image<float> harmonicCut(const Image& img, float sigma, bool bright, int iterati
   image<float> r(img.nx(), img.ny(), 1, 1, 1);
   for (int i = 0; i < img.nx() * img.ny(); ++i) r.setPixel(i, img.pixel(i));
   for (int step = 0; step < iterations; ++step)
-    laplaceEquation(
-        r, features(r, sigma, bright ? orva::HESSIAN_MAXIMUM : orva::HESSIAN_MINIMUM, 1.0F));
+    laplaceEquation(r, features(r, sigma, bright ? HESSIAN_MAXIMUM : HESSIAN_MINIMUM, 1.0F));
   return r;
 }
 
 image<unsigned char> hcut(const Image& img, float sigma1, float sigma2) {
-  return features(harmonicCut(img, sigma1, true, 10), sigma2, orva::LAPLACIAN_NEGATIVE, 1.0F);
+  return features(harmonicCut(img, sigma1, true, 10), sigma2, LAPLACIAN_NEGATIVE, 1.0F);
 }
 
 int reducedSize(int size, float factor) {
@@ -247,4 +243,4 @@ int reducedSize(int size, float factor) {
   return product >= 2.0F ? static_cast<int>(product) : 1;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

@@ -9,7 +9,7 @@
 #include "orva/image/image.h"
 #include "orva/scalespace/scalespace.h"
 
-namespace reference {
+namespace orva::reference {
 
 // The taps -radius .. radius, in this order.
 struct Kernel {
@@ -40,37 +40,37 @@ struct Orders {
   int z;
 };
 
-orva::image<float> toFloat(const orva::Image& img);
-orva::image<float> gaussian(const orva::Image& img, Triple sigma, Orders order);
-orva::image<float> smooth(const orva::Image& img, Triple sigma);
-orva::image<float> laplacian(const orva::Image& img, float sigma);
+image<float> toFloat(const Image& img);
+image<float> gaussian(const Image& img, Triple sigma, Orders order);
+image<float> smooth(const Image& img, Triple sigma);
+image<float> laplacian(const Image& img, float sigma);
 
-orva::image<float> gradient(const orva::Image& img, float sigma, float ratio);
-orva::image<short> gradient(const orva::Image& a, const orva::Image& b);
-orva::image<short> gradient(const orva::Image& a, const orva::Image& b, const orva::Image& c);
-orva::image<unsigned char> direction(const orva::Image& a, const orva::Image& b);
-orva::image<short> angle(const orva::Image& a, const orva::Image& b);
-orva::image<float> angleInRadian(const orva::Image& a, const orva::Image& b);
+image<float> gradient(const Image& img, float sigma, float ratio);
+image<short> gradient(const Image& a, const Image& b);
+image<short> gradient(const Image& a, const Image& b, const Image& c);
+image<unsigned char> direction(const Image& a, const Image& b);
+image<short> angle(const Image& a, const Image& b);
+image<float> angleInRadian(const Image& a, const Image& b);
 
-orva::image<unsigned char> features(const orva::Image& img, float sigma, int type, float ratio);
+image<unsigned char> features(const Image& img, float sigma, int type, float ratio);
 
 // Fifty relaxations of the interior pixels of the first frame where the mask is 255.
-void laplaceEquation(orva::image<float>& f, const orva::image<unsigned char>& mask);
-orva::image<float> harmonicCut(const orva::Image& img, float sigma, bool bright, int iterations);
-orva::image<unsigned char> hcut(const orva::Image& img, float sigma1, float sigma2);
+void laplaceEquation(image<float>& f, const image<unsigned char>& mask);
+image<float> harmonicCut(const Image& img, float sigma, bool bright, int iterations);
+image<unsigned char> hcut(const Image& img, float sigma1, float sigma2);
 
 // `size` times `factor`, rounded toward zero, and 1 where that is below 2.
 int reducedSize(int size, float factor);
 
 template <class T>
-orva::image<T> reduce(const orva::image<T>& img, float factor, float sigma) {
-  const orva::image<float> smoothed = smooth(img, {sigma, sigma, sigma});
-  orva::image<T> stored = img.duplicate();
+image<T> reduce(const image<T>& img, float factor, float sigma) {
+  const image<float> smoothed = smooth(img, {sigma, sigma, sigma});
+  image<T> stored = img.duplicate();
   for (int i = 0; i < img.npix(); ++i) stored.setPixel(i, smoothed.pixel(i));
   const int sx = reducedSize(img.nx(), factor);
   const int sy = reducedSize(img.ny(), factor);
   const int sz = reducedSize(img.nframes(), factor);
-  orva::image<T> result(sx, sy, sz, 1, 1);
+  image<T> result(sx, sy, sz, 1, 1);
   for (int z = 0; z < sz; ++z) {
     for (int y = 0; y < sy; ++y) {
       for (int x = 0; x < sx; ++x) {
@@ -83,6 +83,6 @@ orva::image<T> reduce(const orva::image<T>& img, float factor, float sigma) {
   return result;
 }
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

@@ -6,12 +6,9 @@
 #include "tests/support/reference/bip.h"
 #include "tests/support/reference/scalespace.h"
 
-namespace reference {
+namespace orva::reference {
 
-using orva::image;
-using orva::RegionFeature;
-
-image<unsigned char> threshold(const orva::Image& img, float t) {
+image<unsigned char> threshold(const Image& img, float t) {
   if (img.isNull()) return {0, 1, 1, 1, 1};
   image<unsigned char> mask(img.nx(), img.ny(), img.nz(), 1, 1);
   for (int i = 0; i < mask.npix(); ++i) {
@@ -20,7 +17,7 @@ image<unsigned char> threshold(const orva::Image& img, float t) {
   return mask;
 }
 
-float computeThreshold(const orva::Image& img, float scale) {
+float computeThreshold(const Image& img, float scale) {
   const image<unsigned char> f = reference::features(img, scale, 1, 1.0F);
   const auto meanOf = [&](bool inside) {
     float sum = 0.0F;
@@ -36,7 +33,7 @@ float computeThreshold(const orva::Image& img, float scale) {
   return sum * 0.5F;
 }
 
-void selectRegions(image<unsigned char>& mask, const orva::Image& brightness, float minMean,
+void selectRegions(image<unsigned char>& mask, const Image& brightness, float minMean,
                    int minSize) {
   if (mask.isNull()) return;
   int n = 0;
@@ -64,4 +61,4 @@ void selectRegionsBySize(image<unsigned char>& mask, int minSize, int maxSize) {
   }
 }
 
-}  // namespace reference
+}  // namespace orva::reference

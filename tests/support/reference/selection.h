@@ -4,17 +4,16 @@
 
 #include "orva/image/image.h"
 
-namespace reference {
+namespace orva::reference {
 
-orva::image<unsigned char> threshold(const orva::Image& img, float t);
+image<unsigned char> threshold(const Image& img, float t);
 // Of an image that is not null.
-float computeThreshold(const orva::Image& img, float scale);
+float computeThreshold(const Image& img, float scale);
 
 // Silent.
-void selectRegions(orva::image<unsigned char>& mask, const orva::Image& brightness, float minMean,
-                   int minSize);
-void selectRegionsBySize(orva::image<unsigned char>& mask, int minSize, int maxSize);
+void selectRegions(image<unsigned char>& mask, const Image& brightness, float minMean, int minSize);
+void selectRegionsBySize(image<unsigned char>& mask, int minSize, int maxSize);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

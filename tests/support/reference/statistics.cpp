@@ -10,10 +10,10 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/reference/selection.h"
 
-namespace reference {
+namespace orva::reference {
 namespace {
 
-std::vector<float> valuesOf(const orva::Image& img) {
+std::vector<float> valuesOf(const Image& img) {
   std::vector<float> values;
   for (int i = 0; i < img.npix(); ++i) values.push_back(img.pixel(i));
   return values;
@@ -64,13 +64,13 @@ float meanOfTop(const std::vector<float>& values, float p) {
   return static_cast<float>(static_cast<std::int32_t>(sum)) / static_cast<float>(count);
 }
 
-orva::image<unsigned char> crossings(const orva::Image& img) {
+image<unsigned char> crossings(const Image& img) {
   return reference::edge(reference::threshold(img, 0.0F));
 }
 
 }  // namespace
 
-float topByPixelNumber(const orva::Image& img, int numpix) {
+float topByPixelNumber(const Image& img, int numpix) {
   if (img.isNull()) return 0.0F;
   const Levels levels = levelsOf(valuesOf(img));
   if (numpix == 0) return static_cast<float>(levels.high);
@@ -78,11 +78,11 @@ float topByPixelNumber(const orva::Image& img, int numpix) {
   return static_cast<float>(levels.low + above);
 }
 
-float topByPercentage(const orva::Image& img, float p) {
+float topByPercentage(const Image& img, float p) {
   return reference::topByPixelNumber(img, shareOf(static_cast<std::size_t>(img.npix()), p));
 }
 
-float meanOfTopByPercentage(const orva::Image& img, float p) {
+float meanOfTopByPercentage(const Image& img, float p) {
   return img.isNull() ? 0.0F : meanOfTop(valuesOf(img), p);
 }
 
@@ -96,15 +96,13 @@ float meanOfTopByPercentage(const std::vector<float>& values, float p) {
   return meanOfTop(values, p);
 }
 
-std::vector<orva::Point> findZeros(const orva::Image& img) {
-  return reference::findZeros(img, img);
-}
+std::vector<Point> findZeros(const Image& img) { return reference::findZeros(img, img); }
 
-std::vector<orva::Point> findZeros(const orva::Image& a, const orva::Image& b) {
-  std::vector<orva::Point> points;
+std::vector<Point> findZeros(const Image& a, const Image& b) {
+  std::vector<Point> points;
   if (a.nx() != b.nx() || a.ny() != b.ny() || a.nframes() != b.nframes()) return points;
-  const orva::image<unsigned char> ea = crossings(a);
-  const orva::image<unsigned char> eb = crossings(b);
+  const image<unsigned char> ea = crossings(a);
+  const image<unsigned char> eb = crossings(b);
   for (int x = 0; x < ea.nx(); ++x) {
     for (int y = 0; y < ea.ny(); ++y) {
       const int i = x + y * ea.nx();
@@ -114,4 +112,4 @@ std::vector<orva::Point> findZeros(const orva::Image& a, const orva::Image& b) {
   return points;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

@@ -6,17 +6,17 @@
 
 #include "orva/image/image.h"
 
-namespace reference {
+namespace orva::reference {
 
 // For numbers and shares in range.
-float topByPixelNumber(const orva::Image& img, int numpix);
-float topByPercentage(const orva::Image& img, float p);
-float meanOfTopByPercentage(const orva::Image& img, float p);
+float topByPixelNumber(const Image& img, int numpix);
+float topByPercentage(const Image& img, float p);
+float meanOfTopByPercentage(const Image& img, float p);
 float meanOfTopByPercentage(const std::vector<float>& values, float p);
 
-std::vector<orva::Point> findZeros(const orva::Image& img);
-std::vector<orva::Point> findZeros(const orva::Image& a, const orva::Image& b);
+std::vector<Point> findZeros(const Image& img);
+std::vector<Point> findZeros(const Image& a, const Image& b);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

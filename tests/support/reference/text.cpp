@@ -1,6 +1,6 @@
 #include "tests/support/reference/text.h"
 
-namespace reference {
+namespace orva::reference {
 
 std::vector<std::string> wordsOf(const std::string& line, const std::string& delimiters) {
   std::vector<std::string> words;
@@ -38,4 +38,4 @@ std::map<std::string, std::string> tableOf(const std::string& content) {
   return table;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

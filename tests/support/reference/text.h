@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace reference {
+namespace orva::reference {
 
 // One character at a time.
 std::vector<std::string> wordsOf(const std::string& line, const std::string& delimiters);
@@ -19,6 +19,6 @@ std::vector<std::vector<std::string>> linesOf(const std::string& content,
 // The keys and values of a configuration file.
 std::map<std::string, std::string> tableOf(const std::string& content);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif

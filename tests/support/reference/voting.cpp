@@ -10,14 +10,8 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/reference/scalespace.h"
 
-namespace reference {
+namespace orva::reference {
 namespace {
-
-using orva::image;
-using orva::voting::Cone2D;
-using orva::voting::ConePlane2D;
-using orva::voting::VPoint2D;
-using orva::voting::WPoint2D;
 
 constexpr int bins = 256;
 constexpr float pi = 3.14159265358979F;
@@ -31,8 +25,8 @@ int rounded(double v) {
 }
 
 // The planes of a cone along +x for a sign of 1, along -x for a sign of -1.
-std::vector<ConePlane2D> prototype(int sign, int r0, int R, int w) {
-  std::vector<ConePlane2D> planes;
+std::vector<voting::ConePlane2D> prototype(int sign, int r0, int R, int w) {
+  std::vector<voting::ConePlane2D> planes;
   for (int d = r0; d <= R; ++d) {
     planes.emplace_back();
     planes.back().points.emplace_back(sign * d, 0, 0, 1.0F);
@@ -50,28 +44,31 @@ std::vector<ConePlane2D> prototype(int sign, int r0, int R, int w) {
   return planes;
 }
 
-const Cone2D& coneOf(const VPoint2D& p, const std::vector<Cone2D>& cones) {
+const voting::Cone2D& coneOf(const voting::VPoint2D& p, const std::vector<voting::Cone2D>& cones) {
   return cones[static_cast<std::size_t>(p.angle)];
 }
 
 template <class Action>
-void forEachCell(const Cone2D& cone, Action action) {
-  for (const ConePlane2D& plane : cone.planes) {
-    for (const WPoint2D& cell : plane.points) action(cell);
+void forEachCell(const voting::Cone2D& cone, Action action) {
+  for (const voting::ConePlane2D& plane : cone.planes) {
+    for (const voting::WPoint2D& cell : plane.points) action(cell);
   }
 }
 
-void castPlain(const VPoint2D& p, const Cone2D& cone, float* acc) {
-  forEachCell(cone, [&](const WPoint2D& c) { acc[p.offset + c.offset] += p.weight * c.weight; });
+void castPlain(const voting::VPoint2D& p, const voting::Cone2D& cone, float* acc) {
+  forEachCell(cone,
+              [&](const voting::WPoint2D& c) { acc[p.offset + c.offset] += p.weight * c.weight; });
 }
 
-void castAgain(const VPoint2D& p, const Cone2D& cone, float* acc, const float* prev) {
+void castAgain(const voting::VPoint2D& p, const voting::Cone2D& cone, float* acc,
+               const float* prev) {
   float sum = 0.0F;
-  forEachCell(cone, [&](const WPoint2D& c) { sum += prev[p.offset + c.offset]; });
+  forEachCell(cone, [&](const voting::WPoint2D& c) { sum += prev[p.offset + c.offset]; });
   if (sum < 0.001) return;
   const float k = p.weight / sum;
-  forEachCell(
-      cone, [&](const WPoint2D& c) { acc[p.offset + c.offset] += k * prev[p.offset + c.offset]; });
+  forEachCell(cone, [&](const voting::WPoint2D& c) {
+    acc[p.offset + c.offset] += k * prev[p.offset + c.offset];
+  });
 }
 
 // The border around the image that holds all votes.
@@ -83,7 +80,7 @@ int margin(const VotingParams& s) {
 std::int16_t to16(int v) { return static_cast<std::int16_t>(v); }
 
 // The weights of all pixels of plane 0, with the unit directions in gx and gy.
-image<float> magnitudes(const VotingParams& s, const orva::Image& img, image<float>& gx,
+image<float> magnitudes(const VotingParams& s, const Image& img, image<float>& gx,
                         image<float>& gy) {
   image<float> m(img.nx(), img.ny(), 1, 1, 1);
   const float sign = s.regionType == 1 ? -1.0F : 1.0F;
@@ -111,7 +108,7 @@ image<float> magnitudes(const VotingParams& s, const orva::Image& img, image<flo
   }
   if (s.useEdges) {
     const image<unsigned char> e =
-        reference::edge(reference::features(img, s.sigma, orva::LAPLACIAN_NEGATIVE, 1.0F));
+        reference::edge(reference::features(img, s.sigma, LAPLACIAN_NEGATIVE, 1.0F));
     for (int i = 0; i < m.npix(); ++i) {
       if (e.pixels()[i] == 0) m.pixels()[i] = 0.0F;
     }
@@ -140,7 +137,7 @@ void extractCenters(const VotingParams& s, int nx, int ny, Voting& v) {
   for (int i = 0; i < mask.npix(); ++i) mask.pixels()[i] = votes.pixels()[i] > threshold ? 255 : 0;
   const image<short> labels = reference::regions(mask, v.regions, 255, 1, 4);
   v.votingImage = image<float>(nx, ny, 1, 1, 1);
-  for (const orva::RegionFeature& f : reference::regionFeatures(labels, v.regions, &votes)) {
+  for (const RegionFeature& f : reference::regionFeatures(labels, v.regions, &votes)) {
     v.votingImage.pixels()[f.cx + f.cy * nx] = f.mean;
     v.centers.emplace_back(f.cx, f.cy);
     v.weights.push_back(f.mean);
@@ -161,24 +158,25 @@ VotingParams repaired(VotingParams p) {
   return p;
 }
 
-std::vector<Cone2D> cones(int regionType, int minRadius, int maxRadius, int coneWidth, int width) {
-  std::vector<ConePlane2D> along = prototype(1, minRadius, maxRadius, coneWidth);
+std::vector<voting::Cone2D> cones(int regionType, int minRadius, int maxRadius, int coneWidth,
+                                  int width) {
+  std::vector<voting::ConePlane2D> along = prototype(1, minRadius, maxRadius, coneWidth);
   if (regionType == 2) {
-    for (const ConePlane2D& plane : prototype(-1, minRadius, maxRadius, coneWidth)) {
+    for (const voting::ConePlane2D& plane : prototype(-1, minRadius, maxRadius, coneWidth)) {
       along.push_back(plane);
     }
   }
-  std::vector<Cone2D> result;
+  std::vector<voting::Cone2D> result;
   for (int a = 0; a < bins; ++a) {
     const float angle = static_cast<float>(a) * angleStep;
     const float c = std::cos(angle);
     const float s = std::sin(angle);
-    Cone2D cone;
+    voting::Cone2D cone;
     cone.planes = along;
     cone.dx = c;
     cone.dy = s;
-    for (ConePlane2D& plane : cone.planes) {
-      for (WPoint2D& cell : plane.points) {
+    for (voting::ConePlane2D& plane : cone.planes) {
+      for (voting::WPoint2D& cell : plane.points) {
         const auto x = static_cast<float>(cell.x);
         const auto y = static_cast<float>(cell.y);
         cell.x = rounded(c * x - s * y);
@@ -202,11 +200,12 @@ int angleIndex(float cosine, float sine) {
   return std::clamp(rounded(angle / angleStep), 0, bins - 1);
 }
 
-void turnToMax(VPoint2D& p, const std::vector<Cone2D>& cones, const image<float>& acc) {
+void turnToMax(voting::VPoint2D& p, const std::vector<voting::Cone2D>& cones,
+               const image<float>& acc) {
   float best = 0.0F;
   int bx = 0;
   int by = 0;
-  forEachCell(coneOf(p, cones), [&](const WPoint2D& c) {
+  forEachCell(coneOf(p, cones), [&](const voting::WPoint2D& c) {
     const float v = acc.pixels()[p.offset + c.offset];
     if (v > best) {
       best = v;
@@ -222,11 +221,12 @@ void turnToMax(VPoint2D& p, const std::vector<Cone2D>& cones, const image<float>
   p.angle = to16(angleIndex(static_cast<float>(bx) / length, static_cast<float>(by) / length));
 }
 
-void turnToMean(VPoint2D& p, const std::vector<Cone2D>& cones, const image<float>& acc) {
+void turnToMean(voting::VPoint2D& p, const std::vector<voting::Cone2D>& cones,
+                const image<float>& acc) {
   float sx = 0.0F;
   float sy = 0.0F;
   int n = 0;
-  forEachCell(coneOf(p, cones), [&](const WPoint2D& c) {
+  forEachCell(coneOf(p, cones), [&](const voting::WPoint2D& c) {
     const float v = acc.pixels()[p.offset + c.offset];
     sx += static_cast<float>(c.x) * v;
     sy += static_cast<float>(c.y) * v;
@@ -240,7 +240,7 @@ void turnToMean(VPoint2D& p, const std::vector<Cone2D>& cones, const image<float
   p.angle = to16(angleIndex(static_cast<float>(mx) / length, static_cast<float>(my) / length));
 }
 
-Voting vote(const VotingParams& s, std::vector<VPoint2D> points, int nx, int ny) {
+Voting vote(const VotingParams& s, std::vector<voting::VPoint2D> points, int nx, int ny) {
   Voting v;
   v.margin = margin(s);
   v.points = std::move(points);
@@ -250,17 +250,17 @@ Voting vote(const VotingParams& s, std::vector<VPoint2D> points, int nx, int ny)
     return reference::cones(s.regionType, s.minRadius, s.maxRadius, w, nx);
   };
   v.cones = conesOf(s.coneWidth);
-  for (VPoint2D& p : v.points) {
+  for (voting::VPoint2D& p : v.points) {
     p.offset = p.x + p.y * nx;
     castPlain(p, coneOf(p, v.cones), v.acc.pixels());
   }
   for (int w = s.coneWidth; w >= 0; w = reference::nextConeRadius(s.maxRadius, w)) {
     v.cones = conesOf(w);
     v.history.emplace_back(w, v.acc.duplicate());
-    for (VPoint2D& p : v.points) turnToMax(p, v.cones, v.acc);
+    for (voting::VPoint2D& p : v.points) turnToMax(p, v.cones, v.acc);
     v.prevAcc = v.acc;
     v.acc = image<float>(nx, ny, 1, 1, 1);
-    for (const VPoint2D& p : v.points) {
+    for (const voting::VPoint2D& p : v.points) {
       castAgain(p, coneOf(p, v.cones), v.acc.pixels(), v.prevAcc.pixels());
     }
     if (w == 0) break;
@@ -269,17 +269,17 @@ Voting vote(const VotingParams& s, std::vector<VPoint2D> points, int nx, int ny)
   return v;
 }
 
-Voting compute(const VotingParams& params, const orva::Image& img) {
+Voting compute(const VotingParams& params, const Image& img) {
   const VotingParams s = repaired(params);
   const Triple scale{s.sigma, s.sigma, s.sigma};
   image<float> gx = reference::gaussian(img, scale, {1, 0, 0});
   image<float> gy = reference::gaussian(img, scale, {0, 1, 0});
   const image<float> m = magnitudes(s, img, gx, gy);
   const int border = margin(s);
-  std::vector<VPoint2D> points;
+  std::vector<voting::VPoint2D> points;
   for (int i = 0; i < m.npix(); ++i) {
     if (!(m.pixels()[i] > 0.001)) continue;
-    VPoint2D p;
+    voting::VPoint2D p;
     p.x = to16(i % img.nx() + border);
     p.y = to16(i / img.nx() + border);
     p.angle = to16(angleIndex(gx.pixels()[i], gy.pixels()[i]));
@@ -288,7 +288,7 @@ Voting compute(const VotingParams& params, const orva::Image& img) {
   }
   Voting v = reference::vote(s, points, img.nx() + 2 * border, img.ny() + 2 * border);
   extractCenters(s, img.nx(), img.ny(), v);
-  for (VPoint2D& p : v.points) {
+  for (voting::VPoint2D& p : v.points) {
     p.x = to16(p.x - border);
     p.y = to16(p.y - border);
     p.cx = to16(p.cx - border);
@@ -297,4 +297,4 @@ Voting compute(const VotingParams& params, const orva::Image& img) {
   return v;
 }
 
-}  // namespace reference
+}  // namespace orva::reference

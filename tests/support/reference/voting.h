@@ -9,7 +9,7 @@
 #include "orva/image/image.h"
 #include "orva/voting/circularvoting.h"
 
-namespace reference {
+namespace orva::reference {
 
 // The arguments of CircularVoting::setParams(), in its order.
 struct VotingParams {
@@ -32,34 +32,34 @@ VotingParams repaired(VotingParams params);
 // What a computation leaves behind.
 struct Voting {
   int margin = 0;
-  std::vector<orva::voting::VPoint2D> points;
-  std::vector<orva::voting::Cone2D> cones;
-  orva::image<float> acc = {0, 1, 1, 1, 1};
-  orva::image<float> prevAcc = {0, 1, 1, 1, 1};
-  orva::image<float> votingImage = {0, 1, 1, 1, 1};
-  std::vector<orva::Point> centers;
+  std::vector<voting::VPoint2D> points;
+  std::vector<voting::Cone2D> cones;
+  image<float> acc = {0, 1, 1, 1, 1};
+  image<float> prevAcc = {0, 1, 1, 1, 1};
+  image<float> votingImage = {0, 1, 1, 1, 1};
+  std::vector<Point> centers;
   std::vector<float> weights;
   int regions = 0;  // of the final mask
   // The cone width and the accumulator before every narrowing pass.
-  std::vector<std::pair<int, orva::image<float>>> history;
+  std::vector<std::pair<int, image<float>>> history;
 };
 
 // One cone for each of 256 directions, for an accumulator `width` pixels wide.
-std::vector<orva::voting::Cone2D> cones(int regionType, int minRadius, int maxRadius, int coneWidth,
-                                        int width);
+std::vector<voting::Cone2D> cones(int regionType, int minRadius, int maxRadius, int coneWidth,
+                                  int width);
 int nextConeRadius(int maxRadius, int width);
 int angleIndex(float cosine, float sine);
-void turnToMax(orva::voting::VPoint2D& p, const std::vector<orva::voting::Cone2D>& cones,
-               const orva::image<float>& acc);
-void turnToMean(orva::voting::VPoint2D& p, const std::vector<orva::voting::Cone2D>& cones,
-                const orva::image<float>& acc);
+void turnToMax(voting::VPoint2D& p, const std::vector<voting::Cone2D>& cones,
+               const image<float>& acc);
+void turnToMean(voting::VPoint2D& p, const std::vector<voting::Cone2D>& cones,
+                const image<float>& acc);
 
 // All passes over points that lie in an accumulator of the given size.
-Voting vote(const VotingParams& params, std::vector<orva::voting::VPoint2D> points, int nx, int ny);
+Voting vote(const VotingParams& params, std::vector<voting::VPoint2D> points, int nx, int ny);
 
 // The voting of an image with pixels.
-Voting compute(const VotingParams& params, const orva::Image& img);
+Voting compute(const VotingParams& params, const Image& img);
 
-}  // namespace reference
+}  // namespace orva::reference
 
 #endif
