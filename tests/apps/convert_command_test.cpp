@@ -62,7 +62,7 @@ TEST_F(ConvertCommand, StretchingChangesBytesToo) {
   EXPECT_EQ(readContent(box / "out.pgm").values, (std::vector<double>{0, 50, 255}));
 }
 
-TEST_F(ConvertCommand, ColourStaysWhereTheFormatHasItAndItsLuminanceIsStretchedElsewhere) {
+TEST_F(ConvertCommand, ColourStaysOrItsLuminanceIsStretched) {
   const Content c{RGB, 3, 1, 1, {10, 20, 30, 200, 100, 50, 90, 90, 90}};
   writeContent(box / "in.ppm", c);
   for (const std::string to : {".ppm", ".png", ".tif", ".ics"}) {

@@ -129,7 +129,7 @@ TEST_F(LittleMemory, ForWhatIsMadeFromTheImageIsReported) {
 }
 
 // The library writes these by name into a directory beside them, quietly.
-TEST_F(LittleMemory, ForWhatTheLibraryWritesIsReportedAndLeavesNoDirectoryBehind) {
+TEST_F(LittleMemory, ForTheLibrarysFilesIsReportedAndLeavesNothing) {
   for (const long more : {70, 110, 150, 250}) {
     expectNoMemory({"vote", "large.pgm", "--history", "out_", "--centers", "out.csv"},
                    kStart + more);

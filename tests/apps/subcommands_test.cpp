@@ -91,7 +91,7 @@ TEST(Subcommands, WrongCallsOfFilterAreRefusedAndWriteNothing) {
   });
 }
 
-TEST(Subcommands, WrongCallsOfInfoAndConvertAreRefusedAndWriteNothing) {
+TEST(Subcommands, UsageErrorsOfInfoAndConvertWriteNothing) {
   expectRefused({
       {{"info"}, "file is required"},
       {{"info", "a.pgm", "out.tif"}, "out.tif"},

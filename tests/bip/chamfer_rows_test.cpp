@@ -47,7 +47,7 @@ void forEveryWidth(Check check) {
   }
 }
 
-TEST(ChamferRows, MasksOfEveryWidthMatchReference) {
+TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.5, 0.97, 0.999}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
@@ -56,7 +56,7 @@ TEST(ChamferRows, MasksOfEveryWidthMatchReference) {
   });
 }
 
-TEST(ChamferRows, LabelsOfEveryWidthMatchReference) {
+TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const int most : {0, 3}) {
       const image<short> labels = randomLabels(random, shape, most);
@@ -65,7 +65,7 @@ TEST(ChamferRows, LabelsOfEveryWidthMatchReference) {
   });
 }
 
-TEST(ChamferRows, FarLabelsPropagateAsReference) {
+TEST(PropagationMatchesReferenceAtEveryWidth, ForDistantLabels) {
   forEveryWidth([](Random& random, const Shape& shape) {
     // Few seeds: many pixels at the same distance of two of them.
     image<short> labels = blank<short>(shape);
@@ -83,7 +83,7 @@ TEST(ChamferRows, FarLabelsPropagateAsReference) {
   });
 }
 
-TEST(ChamferRows, ASingleZeroInALargePlane) {
+TEST(ChamferMatchesReference, ForASingleZeroInALargePlane) {
   image<unsigned char> mask = blank<unsigned char>({301, 203});
   std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(9));
   mask.pixels()[17 + 301 * 90] = 0;

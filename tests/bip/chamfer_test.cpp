@@ -128,7 +128,7 @@ TEST(Fchamfer, TakesEveryNonZeroByteAsObject) {
 }
 
 // The passes leave the border out: it follows at 1 for every step, in one walk of rising index.
-TEST(Fchamfer, OfTheBorderAddsOneForEveryStepDiagonalsIncludedWhichIsIntended) {
+TEST(Fchamfer, AddingOneForEveryStepFromTheBorderIsIntended) {
   EXPECT_TRUE(sameImage(bip::fchamfer(maskOf({"####", "#..#", "#..#", "####"})),
                         imageOf<float>({4, 4}, {1, 1, 1, 1, 1, 0, 0, 1, 1, 0, 0, 1, 1, 1, 1, 1})));
   EXPECT_TRUE(
@@ -183,7 +183,7 @@ TEST(Fchamfer, OfLabelsStartsAtTheBoundaryWithOne) {
 }
 
 // One row of border pixels differs from the rest; values below 0 differ but all are background.
-TEST(Fchamfer, OfLabelsTakesTouchingRegionsAsBoundariesButNotTheImageBorder) {
+TEST(Fchamfer, OfLabelsMeetsOtherRegionsButNotTheImageBorder) {
   EXPECT_TRUE(sameImage(bip::fchamfer(labelsOf({"0000111",  //
                                                 "0000111",  //
                                                 "0000111"})),
@@ -310,7 +310,7 @@ void expectMatchesReference(const image<T>& img) {
   }
 }
 
-TEST(Chamfer, MatchesReferenceForOddShapesAndEveryWidth) {
+TEST(ChamferMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : oddShapesAndWidths()) {
     expectMatchesReference(randomObjects(random, shape));
@@ -319,7 +319,7 @@ TEST(Chamfer, MatchesReferenceForOddShapesAndEveryWidth) {
   }
 }
 
-TEST(Chamfer, MatchesReferenceForManyPlanes) {
+TEST(ChamferMatchesReferenceAtEveryWidth, ForObjectsAndBlocks) {
   Random random(4);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 40)};
@@ -328,7 +328,7 @@ TEST(Chamfer, MatchesReferenceForManyPlanes) {
   }
 }
 
-TEST(Chamfer, MatchesReferenceForManyVolumes) {
+TEST(ChamferMatchesReference, ForManyVolumes) {
   Random random(5);
   for (int round = 0; round < 100; ++round) {
     const Shape shape{randomInt(random, 1, 16), randomInt(random, 1, 16), randomInt(random, 1, 9)};

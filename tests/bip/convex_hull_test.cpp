@@ -198,7 +198,7 @@ TEST(ConvexHull, OfARegionAllOverTheImageChangesNothing) {
   EXPECT_TRUE(sameImage(hull(blank<short>({5, 4, 3}), 10), blank<short>({5, 4, 3})));
 }
 
-TEST(ConvexHull, OfLabelsWithGapsCountsTheGapsAndTakesNegativeValuesAsBackground) {
+TEST(ConvexHull, CountsUnusedLabelsAndSkipsNegativeOnes) {
   std::string printed;
   EXPECT_TRUE(
       sameImage(hull(imageOf<short>({7, 1}, {-3, 40, -32768, -2, 40, -2, 32767}), 10, printed),
@@ -319,7 +319,7 @@ void expectMatchesReference(const image<short>& labels, const Mask& mask,
   }
 }
 
-TEST(ConvexHull, MatchesReferenceForOddShapesAndEveryWidth) {
+TEST(ConvexHullMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : oddShapesAndWidths()) {
     const Mask mask = randomMask(random, shape, 0.1 * randomInt(random, 2, 8));
@@ -329,7 +329,7 @@ TEST(ConvexHull, MatchesReferenceForOddShapesAndEveryWidth) {
   }
 }
 
-TEST(ConvexHull, MatchesReferenceForManyPlanesAndVolumes) {
+TEST(ConvexHullMatchesReferenceAtEveryWidth, ForManyPlanesAndVolumes) {
   Random random(4);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 4, 30)};

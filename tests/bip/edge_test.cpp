@@ -48,7 +48,7 @@ TYPED_TEST(EdgeOf, AVerticalStepMarksBothItsSidesOffTheBorder) {
   EXPECT_TRUE(sameImage(bip::edge(img), maskOf({"........", "...##...", "...##...", "........"})));
 }
 
-TYPED_TEST(EdgeOf, ASingleOddPixelMarksItAndNotItsNeighboursWhichIsIntended) {
+TYPED_TEST(EdgeOf, MarkingASingleOddPixelAloneIsIntended) {
   image<TypeParam> img = blank<TypeParam>({5, 5});
   img.setPixel(2, 2, 1.0F);
   EXPECT_TRUE(sameImage(bip::edge(img), maskOf({".....", ".....", "..#..", ".....", "....."})));
@@ -77,7 +77,11 @@ TYPED_TEST(EdgeOf, ANullImageIsEmpty) {
   }
 }
 
-TYPED_TEST(EdgeOf, EveryWidthMatchesReference) {
+template <class T>
+class EdgeMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(EdgeMatchesReferenceAtEveryWidth, EdgeTypes);
+
+TYPED_TEST(EdgeMatchesReferenceAtEveryWidth, ForStepsAndNoise) {
   Random random(2);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 9)};
@@ -178,7 +182,7 @@ TEST(Boundaries, OfAStackAreThoseOfPlaneZeroWithAListForEveryLabel) {
   EXPECT_EQ(coordinates(lists), coordinates(reference::boundaries(labels)));
 }
 
-TEST(Boundaries, MatchReference) {
+TEST(BoundaryMatchesReferenceAtEveryWidth, ForRandomLabels) {
   Random random(6);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto labels = randomLabels(random, {nx, randomInt(random, 1, 10)}, 4);

@@ -39,7 +39,7 @@ void expectSameRegions(const image<T>& in, int value, NeighborhoodType type) {
   ASSERT_EQ(n, expected);
 }
 
-TEST(EveryWidth, RegionsOfMasks) {
+TEST(LabellingMatchesReferenceAtEveryWidth, ForMasks) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.02, 0.5, 0.7, 0.98}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
@@ -50,7 +50,7 @@ TEST(EveryWidth, RegionsOfMasks) {
   });
 }
 
-TEST(EveryWidth, AreasOfEqualValue) {
+TEST(LabellingMatchesReferenceAtEveryWidth, ForAreasOfEqualValue) {
   forEveryWidth([](Random& random, const Shape& shape) {
     image<unsigned char> bytes = blank<unsigned char>(shape);
     std::generate_n(bytes.pixels(), bytes.npix(),
@@ -97,7 +97,7 @@ image<unsigned char> spiral(int size) {
   }
 }
 
-TEST(EveryWidth, SpiralsAndCombs) {
+TEST(LabellingMatchesReference, ForSpiralsAndCombs) {
   for (const int size : {63, 64, 65, 127, 200}) {
     const image<unsigned char> mask = spiral(size);
     for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
@@ -132,7 +132,7 @@ void expectSameFeatures(const image<short>& labels, int n, const Image& brightne
             reference::regionIntensityArrays(labels, n, brightness, false));
 }
 
-TEST(EveryWidth, RegionFeaturesOfEveryPixelType) {
+TEST(RegionFeatureMatchesReferenceAtEveryWidth, ForEveryPixelType) {
   forEveryWidth([](Random& random, const Shape& plane) {
     Shape shape = plane;
     shape.nc = 1 + plane.nx % 2;  // the brightness of all channels counts, the geometry of one
@@ -157,7 +157,7 @@ void expectSameChange(const image<T>& img, Own own, Reference expected) {
   ASSERT_TRUE(sameImage(a, b)) << img.nx() << " x " << img.ny();
 }
 
-TEST(EveryWidth, ErosionAndDilation) {
+TEST(MorphologyMatchesReferenceAtEveryWidth, ForMasksAndLabels) {
   forEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.1, 0.9}) {
       image<unsigned char> mask = randomMask(random, shape, share);
@@ -189,7 +189,7 @@ void expectSameEdges(Random& random, const Shape& shape) {
   ASSERT_TRUE(sameImage(bip::edge(img), reference::edge(img))) << shape.nx;
 }
 
-TEST(EveryWidth, EdgesOfEveryPixelType) {
+TEST(EdgeMatchesReferenceAtEveryWidth, ForEveryPixelType) {
   forEveryWidth([](Random& random, const Shape& shape) {
     expectSameEdges<unsigned char>(random, shape);
     expectSameEdges<short>(random, shape);
@@ -212,7 +212,7 @@ void expectSameThresholds(Random& random, const Shape& shape) {
   ASSERT_TRUE(sameImage(bip::threshold(img, own), reference::threshold(img, own)));
 }
 
-TEST(EveryWidth, ThresholdsOfEveryPixelType) {
+TEST(ThresholdMatchesReferenceAtEveryWidth, ForEveryPixelType) {
   forEveryWidth([](Random& random, const Shape& shape) {
     expectSameThresholds<unsigned char>(random, shape);
     expectSameThresholds<short>(random, shape);
@@ -223,7 +223,7 @@ TEST(EveryWidth, ThresholdsOfEveryPixelType) {
   });
 }
 
-TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
+TEST(ForeignImageMatchesReference, ByItsPixelsNotItsData) {
   Random random(9);
   const NegativeImage img(randomImage<short>(random, {70, 40}));
   EXPECT_TRUE(sameImage(bip::threshold(img, 50.0F), reference::threshold(img, 50.0F)));

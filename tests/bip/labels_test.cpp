@@ -52,7 +52,7 @@ TEST(Relabel, LeavesANullImage) {
   EXPECT_TRUE(sameImage(labels, blank<short>({4, 0})));
 }
 
-TEST(Relabel, MatchesReference) {
+TEST(RelabelMatchesReference, ForRandomLabels) {
   Random random(5);
   for (const Shape& shape :
        {Shape{1, 1}, Shape{30, 1}, Shape{1, 30}, Shape{8, 7, 3}, Shape{5, 4, 1, 2, 2}}) {
@@ -101,7 +101,7 @@ TEST(IsBinaryImage, IsFalseForEveryOtherPixelType) {
   EXPECT_FALSE(bip::isBinaryImage(blank<short>({0, 1})));
 }
 
-TEST(IsBinaryImage, MatchesReference) {
+TEST(IsBinaryImageMatchesReference, WithAndWithoutAThirdValue) {
   Random random(6);
   for (int round = 0; round < 40; ++round) {
     auto img = randomMask(random, {randomInt(random, 1, 9), 3, 2}, 0.5);
@@ -126,7 +126,7 @@ TEST(Reverse, LeavesANullImage) {
   EXPECT_TRUE(sameImage(img, blank<unsigned char>({5, 5, 0})));
 }
 
-TEST(Reverse, MatchesReferenceAndUndoesItself) {
+TEST(ReverseMatchesReferenceAtEveryWidth, AndUndoesItself) {
   Random random(7);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto before = randomImage<unsigned char>(random, {nx, randomInt(random, 1, 3)});

@@ -70,7 +70,7 @@ TEST(Erode, OfLabelsKeepsOtherNegativeValues) {
   EXPECT_TRUE(sameImage(eroded(labels), expected));
 }
 
-TEST(Erode, OfAStackClearsPlaneZeroAndLeavesTheOthersWhichIsIntended) {
+TEST(Erode, ClearingPlaneZeroOfAStackAloneIsIntended) {
   for (const Shape& shape : {Shape{5, 5, 2}, Shape{5, 5, 1, 2}, Shape{5, 5, 1, 1, 3}}) {
     Mask mask = blank<unsigned char>(shape);
     std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
@@ -190,7 +190,7 @@ void expectMatchesReference(const Mask& mask, const image<short>& labels) {
   EXPECT_TRUE(sameImage(eroded(labels), after<short>(reference::erode, labels)));
 }
 
-TEST(Morphology, MatchesReferenceForEveryWidth) {
+TEST(MorphologyMatchesReferenceAtEveryWidth, ForRandomMasks) {
   Random random(1);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape{nx, randomInt(random, 1, 12)};
@@ -198,7 +198,7 @@ TEST(Morphology, MatchesReferenceForEveryWidth) {
   }
 }
 
-TEST(Morphology, MatchesReferenceForOddShapes) {
+TEST(MorphologyMatchesReference, ForOddShapes) {
   Random random(2);
   for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 10; ++round) {

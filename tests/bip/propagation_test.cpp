@@ -174,14 +174,14 @@ TEST(Propagate, OfAVolumeTakesTheDiagonalAtTheRootOfThree) {
   }
 }
 
-TEST(Propagate, WithADistanceOf0OrLessClearsEverythingWhichIsIntended) {
+TEST(Propagate, ClearingAllForADistanceOf0OrLessIsIntended) {
   const image<short> labels = labelsOf({"0..", ".12", "..."});
   for (const float d : {0.0F, -0.0F, -1.0F, -kInfinity}) {
     EXPECT_TRUE(sameImage(propagated(labels, d), labelsOf({"...", "...", "..."}))) << d;
   }
 }
 
-TEST(Propagate, Beyond10000KeepsTheValuesOfUnreachedPixelsWhichIsIntended) {
+TEST(Propagate, KeepingUnreachedPixelsBeyond10000IsIntended) {
   const auto labels = imageOf<short>({3, 3}, {-2, -3, -4, -5, -6, -7, -8, -9, 1});
   const auto cleared = imageOf<short>({3, 3}, {-1, -1, -1, -1, 1, -1, -1, -1, 1});
   const auto kept = imageOf<short>({3, 3}, {-2, -3, -4, -5, 1, -7, -8, -9, 1});
@@ -273,14 +273,14 @@ void expectMatchesReference(const image<short>& labels) {
   }
 }
 
-TEST(Propagate, MatchesReferenceForOddShapesAndEveryWidth) {
+TEST(PropagationMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : oddShapesAndWidths()) {
     expectMatchesReference(randomSeeds(random, shape));
   }
 }
 
-TEST(Propagate, MatchesReferenceForManyPlanesAndVolumes) {
+TEST(PropagationMatchesReferenceAtEveryWidth, ForManyPlanesAndVolumes) {
   Random random(4);
   for (int nx = 1; nx <= 130; ++nx) {
     expectMatchesReference(randomSeeds(random, {nx, randomInt(random, 3, 25)}));

@@ -189,7 +189,7 @@ TEST(RegionFeatures, OfNoLabelsStillWarnOfABrightnessOfAnotherSize) {
   expectWarning([&] { return bip::regionFeatures(labelsOf({"..."}), brightness); });
 }
 
-TEST(RegionFeatures, TakeABrightnessWhoseFramesAreMadeUpDifferentlyWhichIsIntended) {
+TEST(RegionFeatures, TakingBrightnessOfOtherFramesIsIntended) {
   Random random(2);
   const auto labels = randomLabels(random, {4, 3, 12}, 2);
   for (const Shape& shape : {Shape{4, 3, 1, 12}, Shape{4, 3, 2, 3, 2}, Shape{4, 3, 1, 1, 12}}) {
@@ -234,10 +234,10 @@ TEST(RegionFeatures, ColumnsKeepTheOrderOfTheList) {
 }
 
 template <class T>
-class RegionFeaturesOf : public testing::Test {};
-TYPED_TEST_SUITE(RegionFeaturesOf, PixelTypes);
+class RegionFeatureMatchesReference : public testing::Test {};
+TYPED_TEST_SUITE(RegionFeatureMatchesReference, PixelTypes);
 
-TYPED_TEST(RegionFeaturesOf, EveryPixelTypeMatchReference) {
+TYPED_TEST(RegionFeatureMatchesReference, ForEveryPixelType) {
   Random random(4);
   for (const Shape& shape : oddShapes()) {
     for (const int most : {0, 3, 30}) {
@@ -257,7 +257,7 @@ TYPED_TEST(RegionFeaturesOf, EveryPixelTypeMatchReference) {
   }
 }
 
-TYPED_TEST(RegionFeaturesOf, EveryPixelTypeListTheSameBrightness) {
+TYPED_TEST(RegionFeatureMatchesReference, ForListsOfBrightness) {
   Random random(5);
   for (const Shape& shape : oddShapes()) {
     for (const bool sorted : {false, true}) {
@@ -307,7 +307,7 @@ TEST(RegionIntensityArrays, ListsHaveNoSpareCapacity) {
   }
 }
 
-TEST(RegionIntensityArrays, SortListsOfEveryLength) {
+TEST(RegionIntensityArrayMatchesReference, ForSortedListsOfEveryLength) {
   Random random(11);
   std::vector<Shape> shapes = {{300, 200}};
   for (int n = 1; n <= 140; ++n) shapes.push_back({n, 1});
@@ -386,7 +386,7 @@ TEST(Histogram, HasAlways256Entries) {
   EXPECT_EQ(bip::histogram(img, -1000, 1000), all);
 }
 
-TEST(Histogram, MatchesReference) {
+TEST(HistogramMatchesReferenceAtEveryWidth, ForRandomRanges) {
   Random random(6);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto img = randomImage<unsigned char>(random, {nx, 3, 1, 2, 1});

@@ -91,7 +91,7 @@ TEST(Regions, WithReachTwoSkipDirectNeighbours) {
 
 // From x = 1 a reach of 2 ends at the border pixel 0; from 0 it goes to 2 and never to 1. So which
 // pixel comes first decides.
-TEST(Regions, WithReachTwoHoldTheNeighbourAtTheBorderWhichIsOneSided) {
+TEST(Regions, WithReachTwoAreOneSidedAtTheBorder) {
   int n = 0;
   EXPECT_EQ(pixelsOf(bip::regions(maskOf({"##......"}), n, 255, 2, NEIGHBORHOOD_4)),
             (std::vector<short>{0, 1, -1, -1, -1, -1, -1, -1}));
@@ -174,7 +174,7 @@ TEST(Regions, OfExactlyTheMostThatFitAreAllKept) {
   EXPECT_EQ(bip::regionNumber(labels), 32768);
 }
 
-TEST(Regions, BeyondTheMostThatFitAreIgnoredWithAWarning) {
+TEST(Regions, BeyondTheMaxAreIgnoredWithAWarning) {
   const image<unsigned char> board = chessboard(301, 301);
   int n = 0;
   testing::internal::CaptureStderr();
@@ -187,7 +187,7 @@ TEST(Regions, BeyondTheMostThatFitAreIgnoredWithAWarning) {
   EXPECT_EQ(labels.pixels()[65536], -1);
 }
 
-TEST(Regions, OfAPartitionBeyondTheMostThatFitAreIgnoredWithAWarning) {
+TEST(Regions, OfAPartitionBeyondTheMaxAreIgnoredWithAWarning) {
   image<short> in = blank<short>({200, 200});
   std::iota(in.pixels(), in.pixels() + in.npix(), short{-20000});
   int n = 0;
@@ -210,7 +210,7 @@ TEST(Regions, OfImagesWiderThanSixteenBitsAreConnectedThroughout) {
   }
 }
 
-TEST(Regions, MatchReference) {
+TEST(LabellingMatchesReference, ForRandomMasks) {
   Random random(1);
   for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 12; ++round) {
@@ -236,7 +236,7 @@ TEST(Regions, MatchReference) {
   }
 }
 
-TEST(Regions, OfShortImagesMatchReference) {
+TEST(LabellingMatchesReference, ForShortImages) {
   Random random(2);
   for (const Shape& shape : oddShapes()) {
     for (int round = 0; round < 12; ++round) {

@@ -101,10 +101,10 @@ TEST(Threshold, OfANullImageIsEmpty) {
 }
 
 template <class T>
-class ThresholdOf : public testing::Test {};
-TYPED_TEST_SUITE(ThresholdOf, PixelTypes);
+class ThresholdMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(ThresholdMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(ThresholdOf, MatchesReference) {
+TYPED_TEST(ThresholdMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(1);
   for (const Shape& shape : oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, shape);
@@ -198,10 +198,10 @@ TEST(ComputeThreshold, SumsInSinglePrecisionInLinearOrder) {
 }
 
 template <class T>
-class ComputeThresholdOf : public testing::Test {};
-TYPED_TEST_SUITE(ComputeThresholdOf, PixelTypes);
+class ComputeThresholdMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(ComputeThresholdMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(ComputeThresholdOf, MatchesReference) {
+TYPED_TEST(ComputeThresholdMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : oddShapesAndWidths()) {
     const auto img = randomImage<TypeParam>(random, shape);
@@ -242,7 +242,7 @@ TEST(SelectRegions, OfAMaskWithoutRegionsSaysSoAndLeavesIt) {
       selected(mask, blank<float>({2, 1}), 1.0F, 9, kSizeMessage + kFailedMessage), mask));
 }
 
-TEST(SelectRegions, WithBrightnessOfAnotherSizeTakesItAsZeroWithAWarning) {
+TEST(SelectRegions, TakesBrightnessOfAnotherSizeAsZeroAndWarns) {
   const Mask mask = maskOf({"##.#", "...#", "#..."});
   const auto other = imageOf<float>({3, 4}, std::vector<float>(12, 100.0F));
   EXPECT_TRUE(
@@ -325,7 +325,7 @@ TEST(SelectRegions, LeavesTheRegionsThatHaveNoLabel) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), overflow + overflow);
 }
 
-TEST(SelectRegions, MatchReferenceForOddShapesAndEveryWidth) {
+TEST(RegionSelectionMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(4);
   for (const Shape& shape : oddShapesAndWidths()) {
     const Mask mask = randomMix(random, shape);

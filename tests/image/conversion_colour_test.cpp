@@ -21,10 +21,10 @@ std::vector<int> componentsOf(const image<Rgb>& img) {
 }
 
 template <class T>
-class ToRgb : public testing::Test {};
-TYPED_TEST_SUITE(ToRgb, PixelTypes);
+class ToRgbMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(ToRgbMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(ToRgb, AgreesWithItsDefinitionAndKeepsTheSizes) {
+TYPED_TEST(ToRgbMatchesReferenceAtEveryWidth, AndKeepsTheSizes) {
   Random random(81);
   for (const Shape& s : oddShapesAndWidths()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -67,7 +67,7 @@ TEST(ToRgbImage, LaysColourWithAlphaOverWhite) {
               testing::ElementsAre(255, 255, 255, 9, 99, 199, 204, 224, 255));
 }
 
-TEST(ToRgbImage, AgreesWithItsDefinitionForEveryColourAndAlpha) {
+TEST(ToRgbImageMatchesReference, ForEveryColourAndAlpha) {
   std::vector<unsigned char> samples;
   for (int alpha = 0; alpha < 256; ++alpha)
     for (int c = 0; c < 256; ++c) {
@@ -127,7 +127,7 @@ void expectReferenceOfWideColour(Random& random, int format) {
   }
 }
 
-TEST(ToRgbImage, AgreesWithItsDefinitionForWideColour) {
+TEST(ToRgbImageMatchesReference, ForWideColour) {
   Random random(83);
   expectReferenceOfWideColour<short>(random, SHORTRGB);
   expectReferenceOfWideColour<int>(random, INTRGB);

@@ -168,7 +168,7 @@ TEST(Interior, HasNoEntriesForSizesThatAreNotPositive) {
   EXPECT_TRUE(Image::interior(-3, 3, 3).empty());
 }
 
-TEST(Interior, AgreesWithItsDefinition) {
+TEST(InteriorMatchesReferenceAtEveryWidth, ForRandomSizes) {
   Random random(12);
   for (int round = 0; round < 260; ++round) {
     const int nx = 1 + round % 130;
@@ -210,7 +210,7 @@ TEST(RoundDouble, TruncatingNegativeValuesIsIntended) {
   EXPECT_EQ(round_double(-3), -3);
 }
 
-TEST(RoundDouble, AgreesWithItsDefinition) {
+TEST(RoundDoubleMatchesReference, ForAnyValueAndForHalves) {
   Random random(13);
   std::uniform_real_distribution<double> value(-1e6, 1e6);
   for (int round = 0; round < 2000; ++round) {

@@ -30,7 +30,11 @@ class Parts : public testing::Test {
 };
 TYPED_TEST_SUITE(Parts, PixelTypes);
 
-TYPED_TEST(Parts, RoiAgreesWithItsDefinition) {
+template <class T>
+class PartMatchesReference : public Parts<T> {};
+TYPED_TEST_SUITE(PartMatchesReference, PixelTypes);
+
+TYPED_TEST(PartMatchesReference, ForRois) {
   Random random(41);
   for (int round = 0; round < 300; ++round) {
     const image<TypeParam> img = randomImage<TypeParam>(random, randomShape(random));
@@ -72,7 +76,7 @@ TYPED_TEST(Parts, RoiRunsThroughFramesOfAllChannelsAndTimePoints) {
   EXPECT_TRUE(sameImage(*part, imageOf<TypeParam>({3, 2, 12}, pixelsOf(img))));
 }
 
-TYPED_TEST(Parts, FrameAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForFrames) {
   Random random(44);
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -82,7 +86,7 @@ TYPED_TEST(Parts, FrameAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, ChannelAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForChannels) {
   Random random(45);
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -94,7 +98,7 @@ TYPED_TEST(Parts, ChannelAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, TimepointAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForTimePoints) {
   Random random(46);
   for (const Shape& s : oddShapes()) {
     const image<TypeParam> img = randomImage<TypeParam>(random, s);
@@ -104,7 +108,11 @@ TYPED_TEST(Parts, TimepointAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, AgreeWithTheirDefinitionForEveryWidth) {
+template <class T>
+class PartMatchesReferenceAtEveryWidth : public Parts<T> {};
+TYPED_TEST_SUITE(PartMatchesReferenceAtEveryWidth, PixelTypes);
+
+TYPED_TEST(PartMatchesReferenceAtEveryWidth, ForEveryKindOfPart) {
   Random random(50);
   for (int width = 1; width <= 130; ++width) {
     const auto img = randomImage<TypeParam>(random, {width, 1 + width % 3, 2, 2, 2});
@@ -150,7 +158,7 @@ TYPED_TEST(Parts, OwnTheirPixels) {
   }
 }
 
-TYPED_TEST(Parts, ScaleAgreesWithItsDefinition) {
+TYPED_TEST(PartMatchesReference, ForScaledImages) {
   Random random(47);
   for (int round = 0; round < 200; ++round) {
     const image<TypeParam> img = randomImage<TypeParam>(random, randomShape(random));
@@ -162,7 +170,7 @@ TYPED_TEST(Parts, ScaleAgreesWithItsDefinition) {
   }
 }
 
-TYPED_TEST(Parts, ScaleAgreesWithItsDefinitionForEveryWidth) {
+TYPED_TEST(PartMatchesReferenceAtEveryWidth, ForScaledImages) {
   Random random(48);
   for (int width = 1; width <= 130; ++width) {
     const image<TypeParam> img = randomImage<TypeParam>(random, {width, 2});

@@ -255,7 +255,7 @@ TYPED_TEST(Points, DivisionByZeroEndsTheProcess) {
   EXPECT_EXIT(r /= 0.0, testing::ExitedWithCode(1), message);
 }
 
-TYPED_TEST(Points, DivisionInPlaceByAMultipleOf65536FailingInTheDivisionIsIntended) {
+TYPED_TEST(Points, InPlaceDivisionByAMultipleOf65536TrapsAsIntended) {
   TypeParam r = pointOf<TypeParam>(5, 5, 5);
   const auto divide = [&r] {
     std::signal(SIGFPE, SIG_DFL);

@@ -13,10 +13,6 @@
 namespace orva::test {
 namespace {
 
-template <class T>
-class EveryWidthOf : public ::testing::Test {};
-TYPED_TEST_SUITE(EveryWidthOf, PixelTypes);
-
 // Rows of every width, and an image of several blocks.
 std::vector<Shape> shapes() {
   std::vector<Shape> all;
@@ -40,7 +36,11 @@ void expectSameConversions(const Image& img) {
   ASSERT_TRUE(sameImage(io::convertToFloatImage(img), reference::converted<float>(img)));
 }
 
-TYPED_TEST(EveryWidthOf, Conversions) {
+template <class T>
+class ImageMatchesReferenceAtEveryWidth : public ::testing::Test {};
+TYPED_TEST_SUITE(ImageMatchesReferenceAtEveryWidth, PixelTypes);
+
+TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenConverted) {
   Random random(31);
   for (const Shape& shape : shapes()) expectSameConversions(randomImage<TypeParam>(random, shape));
 }
@@ -50,7 +50,7 @@ template <class T>
   return sameImage(imageOf<T>({1, 1}, {a}), imageOf<T>({1, 1}, {b}));
 }
 
-TYPED_TEST(EveryWidthOf, ExtremesAreTheFirstOfEquals) {
+TYPED_TEST(ImageMatchesReferenceAtEveryWidth, ForTheFirstOfEqualExtremes) {
   Random random(32);
   using Typed = reference::Typed<TypeParam>;
   for (const Shape& shape : shapes()) {
@@ -64,7 +64,7 @@ TYPED_TEST(EveryWidthOf, ExtremesAreTheFirstOfEquals) {
   }
 }
 
-TYPED_TEST(EveryWidthOf, Scaling) {
+TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenScaled) {
   Random random(33);
   for (int width = 1; width <= 130; ++width) {
     const image<TypeParam> img = randomImage<TypeParam>(random, {1 + width % 40, 1 + width % 5, 2});
@@ -87,7 +87,7 @@ image<float> strangeFloats(Random& random, const Shape& shape, bool withNan) {
   return img;
 }
 
-TEST(EveryWidth, StrangeFloats) {
+TEST(FloatImageMatchesReferenceAtEveryWidth, ForStrangeFloats) {
   Random random(34);
   for (const Shape& shape : shapes()) {
     for (const bool withNan : {false, true}) {
@@ -105,7 +105,7 @@ TEST(EveryWidth, StrangeFloats) {
   }
 }
 
-TEST(EveryWidth, ANanAnywhereChangesTheRangeFromThereOn) {
+TEST(FloatImageMatchesReference, WithANanAnywhere) {
   Random random(35);
   image<float> img = randomImage<float>(random, {100, 60});
   for (const int i : {0, 1, 2047, 2048, 3000, 5999}) {
@@ -115,7 +115,7 @@ TEST(EveryWidth, ANanAnywhereChangesTheRangeFromThereOn) {
   }
 }
 
-TEST(EveryWidth, ZerosOfBothSignsKeepTheFirst) {
+TEST(FloatImageMatchesReference, ForZerosOfBothSigns) {
   image<float> img = blank<float>({70, 1});
   img.pixels()[0] = -0.0F;
   EXPECT_TRUE(std::signbit(img.min()));
@@ -126,7 +126,7 @@ TEST(EveryWidth, ZerosOfBothSignsKeepTheFirst) {
   EXPECT_FALSE(std::signbit(img.max()));
 }
 
-TEST(EveryWidth, Statistics) {
+TEST(FloatImageMatchesReferenceAtEveryWidth, ForItsStatistics) {
   Random random(36);
   for (const Shape& shape : shapes()) {
     const image<float> a = randomImage<float>(random, shape);
@@ -143,7 +143,7 @@ TEST(EveryWidth, Statistics) {
   }
 }
 
-TEST(EveryWidth, ImagesOfOtherClassesAreAskedForTheirPixels) {
+TEST(ForeignImageMatchesReference, ByItsPixelsNotItsData) {
   Random random(37);
   const NegativeImage img(randomImage<short>(random, {70, 40}));
   EXPECT_TRUE(sameImage(toByteImage(img, true), reference::toByteImage(img, true)));

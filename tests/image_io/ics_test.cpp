@@ -339,7 +339,7 @@ TEST_F(IcsFiles, WhosePixelsCanNotBeWrittenAreReported) {
   }
 }
 
-TEST_F(IcsFiles, WhoseHeaderCanNotBeWrittenAreReportedAndHoldThePixels) {
+TEST_F(IcsFiles, WithoutRoomForTheHeaderAreReportedAndHoldPixels) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
   std::filesystem::create_symlink("/dev/full", file("b.ics"));
   const auto img = imageOf<unsigned char>({2, 2}, {'a', 'b', 'c', 'd'});

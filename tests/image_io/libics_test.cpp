@@ -212,7 +212,7 @@ TEST_F(Libics, HasNoPixelsOfTypesThatItDoesNotKnow) {
   }
 }
 
-TEST_F(Libics, ReadsPixelsOfFourBytesAsTheyAreInSpiteOfTheByteOrderLine) {
+TEST_F(Libics, IgnoresTheByteOrderLineForPixelsOfFourBytes) {
   Random random(385);
   for (const FormatRow& row : kFormats) {
     if (row.pixelSize != 4) continue;
@@ -227,7 +227,7 @@ TEST_F(Libics, ReadsPixelsOfFourBytesAsTheyAreInSpiteOfTheByteOrderLine) {
   }
 }
 
-TEST_F(Libics, ReadsPixelsOfTwoBytesWithTheMostSignificantByteFirst) {
+TEST_F(Libics, ReadsPixelsOfTwoBytesAsBigEndian) {
   // So on a machine that has the least significant byte first, every pixel comes with its bytes
   // exchanged.
   Random random(386);

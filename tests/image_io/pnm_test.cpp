@@ -130,7 +130,7 @@ TEST_F(Pgm, OfAnotherKindEndsTheProcessAsIsIntended) {
   }
 }
 
-TEST_F(Pgm, WithAnIncompleteHeaderEndsTheProcessWithoutItsNameAsIsIntended) {
+TEST_F(Pgm, NotNamingItselfForACutHeaderIsIntended) {
   for (const char* content : {"P5", "P5\n", "P5 4", "P5 4 2", "P5 4 2 ", "P5 4 2 x",
                               "P5 # no newline 4 2 255", "P5 4 #\n", "P5 4 #"}) {
     expectExit(content, "Image is not binary PGM.\n");
@@ -202,7 +202,7 @@ TEST_F(Ppm, OfAnImageWithoutWidthHoldsTheHeader) {
   EXPECT_EQ(written(image<unsigned char>(0, 1, 1, 1, 1)), "P6\n0 1\n255\n");
 }
 
-TEST_F(Ppm, OfSmallSizesOfOneFrameHoldsThePixelsOfTheSizesShown) {
+TEST_F(Ppm, OfSmallSizesHoldsThePixelsOfTheSizesShown) {
   for (const Shape& s : smallShapes()) {
     const auto img = blank<unsigned char>(s);
     if (img.nframes() != 1) continue;

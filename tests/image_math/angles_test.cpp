@@ -79,7 +79,7 @@ TEST(Angle, IsInDegreesABitPast180AsIsIntended) {
   EXPECT_EQ(image_math::angle(-1, 0), -90.00003814697266F);
 }
 
-TEST(Angle, AgreesWithItsDefinition) {
+TEST(AngleMatchesReference, ForRandomVectors) {
   for (const auto& [y, x] : randomVectors())
     EXPECT_EQ(image_math::angle(y, x), angleOf(y, x)) << y << " " << x;
 }
@@ -159,7 +159,7 @@ TEST(Mean, SumsInSinglePrecision) {
   EXPECT_EQ(image_math::mean<float>({1e8F, -1e8F, 1.0F}), 1.0F / 3.0F);
 }
 
-TEST(ArrayStatistics, AgreeWithTheirDefinitions) {
+TEST(ArrayStatisticMatchesReferenceAtEveryWidth, ForMeanAndExtremes) {
   std::mt19937 random(98);
   std::uniform_real_distribution<float> value(-1000, 1000);
   for (std::size_t n = 1; n <= 130; ++n) {

@@ -80,7 +80,7 @@ TEST(TopByPixelNumber, IsAWholeLevel) {
 
 // The lowest level is truncated toward zero, so it lies above the lowest pixel; differences to it
 // are truncated toward zero as well.
-TEST(TopByPixelNumber, OfNegativePixelsCountsFromTheLowestLevelWhichIsIntended) {
+TEST(TopByPixelNumber, CountingNegativePixelsFromTheLowestIsIntended) {
   const image<float> img = rowOf({-3.5F, -0.5F, -1.25F, -3.9F});
   EXPECT_EQ(image_math::topByPixelNumber(img, 0), 0.0F);
   EXPECT_EQ(image_math::topByPixelNumber(img, 1), -1.0F);
@@ -131,7 +131,7 @@ TEST(TopByPixelNumber, OfAVeryWideRangeIsExactAsFarAsFloatsAre) {
   }
 }
 
-TEST(TopByPixelNumber, MatchesReferenceWhereTheRangeGetsWide) {
+TEST(TopByPixelNumberMatchesReference, WhereTheRangeGetsWide) {
   Random random(1);
   for (const int range : {1, 2, 1000, 65535, 1048574, 1048575, 1048576, 1048577, 10000000}) {
     for (const int low : {0, -range / 2, -range, 3}) {
@@ -276,7 +276,7 @@ TEST(MeanOfTopOfAnArray, OfOneLevelIsThatLevel) {
   EXPECT_EQ(image_math::meanOfTopByPercentage(Floats{-4.5F}, 0.0F), -4.0F);
 }
 
-TEST(MeanOfTopOfAnArray, MatchesReference) {
+TEST(MeanOfTopMatchesReferenceAtEveryWidth, ForArrays) {
   Random random(2);
   for (const float width : {1.0F, 30.0F, 3000.0F, 2e9F}) {
     std::uniform_real_distribution<float> value(-width, width);
@@ -334,10 +334,10 @@ image<T> randomBrightness(Random& random, const Shape& shape) {
 }
 
 template <class T>
-class BrightestPixelsOf : public testing::Test {};
-TYPED_TEST_SUITE(BrightestPixelsOf, PixelTypes);
+class BrightestPixelMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(BrightestPixelMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(BrightestPixelsOf, MatchReference) {
+TYPED_TEST(BrightestPixelMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : oddShapesAndWidths()) {
     const auto img = randomBrightness<TypeParam>(random, shape);

@@ -117,7 +117,7 @@ TEST(FindZerosOfBoth, OfDifferentSizesAreNone) {
   }
 }
 
-TEST(FindZerosOfBoth, OfImagesWhoseFramesAreMadeUpDifferentlyAreFoundWhichIsIntended) {
+TEST(FindZerosOfBoth, OfFramesOfDifferentKindsAreIntended) {
   Random random(2);
   const image<float> a = randomSigns(random, {12, 11, 4});
   for (const Shape& shape : {Shape{12, 11, 1, 4}, Shape{12, 11, 1, 1, 4}, Shape{12, 11, 2, 1, 2}}) {
@@ -145,7 +145,7 @@ TEST(FindZerosOfBoth, OfNegativeSizesWithAPositiveProductAreNone) {
   EXPECT_TRUE(image_math::findZeros(img, odd).empty());
 }
 
-TEST(FindZeros, MatchReferenceForOddShapesAndEveryWidth) {
+TEST(FindZerosMatchesReferenceAtEveryWidth, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : oddShapesAndWidths()) {
     for (const int rows : {shape.ny, shape.ny + 6}) {
@@ -160,10 +160,10 @@ TEST(FindZeros, MatchReferenceForOddShapesAndEveryWidth) {
 }
 
 template <class T>
-class FindZerosOf : public testing::Test {};
-TYPED_TEST_SUITE(FindZerosOf, PixelTypes);
+class FindZerosMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(FindZerosMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(FindZerosOf, MatchReference) {
+TYPED_TEST(FindZerosMatchesReferenceAtEveryWidth, ForEveryPixelType) {
   Random random(4);
   for (int nx = 1; nx <= 130; nx += 3) {
     const Shape shape{nx, 9};

@@ -25,7 +25,7 @@ INSTANTIATE_TEST_SUITE_P(All, DegenerateSigma,
 
 const Shape kShapes[] = {{7, 5}, {6, 4, 3}, {1, 1}, {3, 1, 1, 2}};
 
-TEST_P(DegenerateSigma, FiltersFollowTheirDefinition) {
+TEST_P(DegenerateSigma, FiltersMatchTheReference) {
   const float s = GetParam();
   Random random(81);
   for (const Shape& shape : kShapes) {
@@ -43,7 +43,7 @@ TEST_P(DegenerateSigma, FiltersFollowTheirDefinition) {
   }
 }
 
-TEST_P(DegenerateSigma, FeaturesFollowTheirDefinition) {
+TEST_P(DegenerateSigma, FeaturesMatchTheReference) {
   const float s = GetParam();
   Random random(82);
   for (const Shape& shape : kShapes) {
@@ -60,7 +60,7 @@ TEST_P(DegenerateSigma, FeaturesFollowTheirDefinition) {
   }
 }
 
-TEST_P(DegenerateSigma, CutsAndReductionsFollowTheirDefinition) {
+TEST_P(DegenerateSigma, CutsAndReductionsMatchTheReference) {
   const float s = GetParam();
   Random random(83);
   const auto img = randomImage<short>(random, {7, 5});
@@ -93,14 +93,14 @@ TEST(DegenerateScale, AHugeSigmaThatFitsIsConvolvedInFull) {
                         reference::gaussian(img, {s, s, s}, {1, 0, 0})));
 }
 
-TEST(DegenerateScale, ARatioOfZeroMakesSmoothingAlongTheFramesBlackIsIntended) {
+TEST(DegenerateScale, ARatioOfZeroSmoothingToBlackIsIntended) {
   // The infinite sigma has five taps of 0.
   Random random(86);
   const auto img = randomImage<unsigned char>(random, {4, 3, 3});
   EXPECT_TRUE(sameValues(scalespace::smooth(img, 1.0F, 0.0F), blank<float>({4, 3, 3})));
 }
 
-TEST(DegeneratePixels, SpreadAsTheDefinitionSpreadsThem) {
+TEST(FilterMatchesReference, ForPixelsThatAreNoNumbers) {
   Random random(87);
   for (const Shape& shape : {Shape{17, 9}, Shape{9, 6, 4}}) {
     auto img = randomImage<float>(random, shape);

@@ -60,7 +60,7 @@ TYPED_TEST(Derivatives, WithOneSigmaUseItOnAllAxes) {
   }
 }
 
-TYPED_TEST(Derivatives, WithTwoSigmasSmoothTheThirdAxisWithSigmaOneIsIntended) {
+TYPED_TEST(Derivatives, SmoothTheThirdAxisWithSigmaOneAsIntended) {
   Random random(22);
   for (const TwoSigmas& row : kTwoSigmas) {
     for (const Shape& shape : kShapes) {

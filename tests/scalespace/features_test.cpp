@@ -29,10 +29,10 @@ image<unsigned char> disc() {
 }
 
 template <class T>
-class FeaturesOf : public testing::Test {};
-TYPED_TEST_SUITE(FeaturesOf, PixelTypes);
+class FeatureMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(FeatureMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(FeaturesOf, APlaneMatchTheirDefinition) {
+TYPED_TEST(FeatureMatchesReferenceAtEveryWidth, ForPlanes) {
   Random random(41);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto img = randomImage<TypeParam>(random, {nx, randomInt(random, 1, 7)});
@@ -44,7 +44,11 @@ TYPED_TEST(FeaturesOf, APlaneMatchTheirDefinition) {
   }
 }
 
-TYPED_TEST(FeaturesOf, AStackMatchTheirDefinition) {
+template <class T>
+class FeatureMatchesReference : public testing::Test {};
+TYPED_TEST_SUITE(FeatureMatchesReference, PixelTypes);
+
+TYPED_TEST(FeatureMatchesReference, ForStacks) {
   Random random(42);
   for (int nx = 1; nx <= 40; ++nx) {
     Shape shape{nx, randomInt(random, 1, 7), randomInt(random, 1, 5), randomInt(random, 1, 2)};
@@ -59,7 +63,7 @@ TYPED_TEST(FeaturesOf, AStackMatchTheirDefinition) {
   }
 }
 
-TEST(Features, WithTiesMatchTheirDefinition) {
+TEST(FeatureMatchesReference, WithTies) {
   Random random(43);
   for (int round = 0; round < 100; ++round) {
     // At 0.05 the kernel has one tap that is not 0, so that equal pixels stay equal.
@@ -91,7 +95,7 @@ TEST(Features, OfABrightDiscSeeItsMiddleAtAScaleOfItsOwnSize) {
   EXPECT_EQ(scalespace::features(disc(), 5.0F, LAPLACIAN_POSITIVE, 1.0F).pixel(20, 20), 0);
 }
 
-TEST(Features, OfBothLaplacianSignsAreComplementsExceptWhereTheSumIsZero) {
+TEST(Features, OfBothLaplacianSignsAreComplementsOffZeroSums) {
   const auto img = disc();
   const auto sum = scalespace::laplacian(img, 1.5F);
   const auto bright = scalespace::features(img, 1.5F, LAPLACIAN_NEGATIVE, 1.0F);
@@ -138,7 +142,7 @@ TEST(Features, OfABlackImageAreEmpty) {
   }
 }
 
-TEST(Features, OfAConstantImageFollowTheRoundingOfTheFiltersIsIntended) {
+TEST(Features, FollowingTheRoundingOfFiltersIsIntended) {
   for (const Shape& shape : {Shape{33, 21}, Shape{17, 9, 6}}) {
     for (const float v : {1.0F, 100.0F, -3.7F}) {
       auto img = blank<float>(shape);

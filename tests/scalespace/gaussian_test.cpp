@@ -19,12 +19,12 @@ reference::Orders randomOrders(Random& random) {
 
 template <class T>
 class Gaussian : public testing::Test {};
-template <class T>
-class Smooth : public testing::Test {};
 TYPED_TEST_SUITE(Gaussian, PixelTypes);
-TYPED_TEST_SUITE(Smooth, PixelTypes);
+template <class T>
+class GaussianMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(GaussianMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(Gaussian, MatchesItsDefinitionAtAllWidths) {
+TYPED_TEST(GaussianMatchesReferenceAtEveryWidth, ForRandomSigmas) {
   Random random(11);
   for (int nx = 1; nx <= 130; ++nx) {
     const image<TypeParam> img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
@@ -39,7 +39,11 @@ TYPED_TEST(Gaussian, MatchesItsDefinitionAtAllWidths) {
   }
 }
 
-TYPED_TEST(Smooth, MatchesItsDefinitionAtAllWidths) {
+template <class T>
+class SmoothMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(SmoothMatchesReferenceAtEveryWidth, PixelTypes);
+
+TYPED_TEST(SmoothMatchesReferenceAtEveryWidth, ForRandomSigmas) {
   Random random(12);
   for (int nx = 1; nx <= 130; ++nx) {
     const image<TypeParam> img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
@@ -89,7 +93,7 @@ TYPED_TEST(Gaussian, OfANullImageIsANullFloatImage) {
 }
 
 // Columns and stacks run through other loops than rows do.
-TEST(SeparableFilters, MatchTheirDefinitionAtAllHeightsAndDepths) {
+TEST(SeparableFilterMatchesReferenceAtEveryWidth, AlongColumnsAndPlanes) {
   Random random(15);
   for (int n = 1; n <= 130; ++n) {
     const int few = randomInt(random, 1, 19);
@@ -106,7 +110,7 @@ TEST(SeparableFilters, MatchTheirDefinitionAtAllHeightsAndDepths) {
   }
 }
 
-TEST(SeparableFilters, MatchTheirDefinitionWithKernelsLongerThanTheLine) {
+TEST(SeparableFilterMatchesReference, WithKernelsLongerThanTheLine) {
   Random random(16);
   for (int round = 0; round < 60; ++round) {
     const Shape shape{randomInt(random, 1, 20), randomInt(random, 1, 20), randomInt(random, 1, 4)};

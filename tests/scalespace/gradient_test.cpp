@@ -14,10 +14,10 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 template <class T>
-class GradientImage : public testing::Test {};
-TYPED_TEST_SUITE(GradientImage, PixelTypes);
+class GradientMatchesReferenceAtEveryWidth : public testing::Test {};
+TYPED_TEST_SUITE(GradientMatchesReferenceAtEveryWidth, PixelTypes);
 
-TYPED_TEST(GradientImage, OfOneImageMatchesItsDefinition) {
+TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForOneImage) {
   Random random(31);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
@@ -29,7 +29,7 @@ TYPED_TEST(GradientImage, OfOneImageMatchesItsDefinition) {
   }
 }
 
-TYPED_TEST(GradientImage, LaplacianMatchesItsDefinition) {
+TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForTheLaplacian) {
   Random random(32);
   for (int nx = 1; nx <= 130; ++nx) {
     const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
@@ -39,7 +39,7 @@ TYPED_TEST(GradientImage, LaplacianMatchesItsDefinition) {
   }
 }
 
-TYPED_TEST(GradientImage, PixelwiseFormsMatchTheirDefinitions) {
+TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForPixelwiseForms) {
   Random random(33);
   for (int nx = 1; nx <= 130; ++nx) {
     const Shape shape = shapeOfWidth(random, nx);
@@ -62,7 +62,7 @@ TEST(GradientOfOneImage, OfASingleFrameDoesNotUseTheRatio) {
     EXPECT_TRUE(sameImage(scalespace::gradient(img, 1.5F, ratio), expected)) << ratio;
 }
 
-TEST(GradientOfOneImage, OfAStackDividesTheScaleOfAllAxesOfTheFrameTermIsIntended) {
+TEST(GradientOfOneImage, DividingAllAxesOfTheFrameTermIsIntended) {
   Random random(35);
   const auto img = randomImage<float>(random, {8, 7, 5});
   const auto gx = scalespace::gaussian(img, 2.0F, 1, 0, 0);

@@ -94,7 +94,7 @@ TEST(HugeSigma, ThatIsNoNumberOrDoesNotFitHasFiveTapsInEveryForm) {
   }
 }
 
-TEST(HugeSigma, OfAThresholdFollowsItsDefinition) {
+TEST(HugeSigma, OfAThresholdMatchesTheReference) {
   Random random(94);
   const auto img = randomImage<unsigned char>(random, {6, 5});
   for (const float s : {kNaN, kInfinity, -kInfinity, 0.0F, -2.0F, 1e9F, 25000.0F}) {

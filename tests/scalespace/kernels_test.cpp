@@ -38,7 +38,7 @@ TEST(Dog, LowOrdersHaveTheirClosedForms) {
   EXPECT_EQ(scalespace::dog(3, sigma), (std::vector<float>{0, 3 * c0 / 16, 0, -c0 / 64}));
 }
 
-TEST(Dog, MatchesItsDefinition) {
+TEST(DogMatchesReference, ForRandomSigmas) {
   Random random(1);
   for (int round = 0; round < 2000; ++round) {
     const float sigma = randomSigma(random, 0.05F, 60.0F);
@@ -64,7 +64,7 @@ TEST(Polyval, AddsInSinglePrecisionFromTheLowest) {
   EXPECT_EQ(scalespace::polyval({33554432.0F, 1.0F, 1.0F, 1.0F, 1.0F}, 1.0F), 33554432.0F);
 }
 
-TEST(Polyval, MatchesItsDefinition) {
+TEST(PolyvalMatchesReference, ForRandomCoefficients) {
   Random random(2);
   for (int round = 0; round < 500; ++round) {
     std::vector<float> c(static_cast<std::size_t>(randomInt(random, 0, 7)));
@@ -125,7 +125,7 @@ TEST(GaussianKernel, SumsToNearlyOne) {
   }
 }
 
-TEST(GaussianKernel, MatchesItsDefinition) {
+TEST(GaussianKernelMatchesReference, ForRandomSigmas) {
   Random random(3);
   for (int round = 0; round < 600; ++round) {
     const float sigma = randomSigma(random, 0.05F, round % 3 == 0 ? 50.0F : 3.0F);
@@ -143,7 +143,7 @@ TEST(GaussianKernel, SquaresPast32BitsAreRight) {
   EXPECT_NEAR(kernel.tap(48000) / kernel.tap(0), std::exp(-8.0), 1e-8);
 }
 
-TEST(GaussianKernel, ANegativeSigmaGivesTheTapsOfItsMagnitudeWithRadiusTwo) {
+TEST(GaussianKernel, OfANegativeSigmaHasTapsOfItsMagnitudeAndRadiusTwo) {
   const reference::Kernel negative = kernelOf(-5.0F, 1);
   const reference::Kernel positive = kernelOf(5.0F, 1);
   ASSERT_EQ(negative.radius, 2);

@@ -35,7 +35,7 @@ TEST(ParseLine, KeepsALineWholeWithoutDelimiters) {
   EXPECT_EQ(fnp::parseLine("", ""), Words{});
 }
 
-TEST(ParseLine, AgreesWithItsDefinition) {
+TEST(ParseLineMatchesReference, ForRandomLines) {
   Random random(371);
   for (int round = 0; round < 5000; ++round) {
     const std::string delimiters =
@@ -110,7 +110,9 @@ TEST_F(TextFile, ThatCanNotBeOpenedIsReported) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Cannot open file: " + name + "\n");
 }
 
-TEST_F(TextFile, OfRandomBytesIsSplitAsDefined) {
+class TextFileMatchesReference : public TextFile {};
+
+TEST_F(TextFileMatchesReference, ForRandomBytes) {
   Random random(372);
   for (int round = 0; round < 1500; ++round) {
     std::string content;
@@ -160,7 +162,7 @@ TEST_F(TextFile, GivesATableNothingBehindALongLine) {
   EXPECT_EQ(table.property("b"), "");
 }
 
-TEST_F(TextFile, OfRandomLinesIsATableAsDefined) {
+TEST_F(TextFileMatchesReference, ForTablesOfRandomLines) {
   Random random(373);
   for (int round = 0; round < 2000; ++round) {
     const std::string letters = "abc#[ \t==\n\n";

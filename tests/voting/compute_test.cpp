@@ -221,7 +221,7 @@ TEST(Compute, PowerWithinOneThousandthOfOneLeavesTheWeights) {
   }
 }
 
-TEST(Compute, TwiceCollectsCentersButKeepsOnlyTheLastWeightsWhichIsIntended) {
+TEST(Compute, CollectingCentersButNotWeightsIsIntended) {
   const auto first = oneDisc();
   const auto second = discImage<float>({70, 33}, {{14, 16, 6}, {50, 15, 7}}, 80.0F, 5.0F);
   const Probe a = computed({}, first);
@@ -251,7 +251,7 @@ TEST(Compute, OfAConstantImageFindsNothing) {
 }
 
 // Divided by the largest, no magnitude would reach 2.
-TEST(Compute, TakesTheGradientThresholdInGreyLevelsInBothCasesWhichIsIntended) {
+TEST(Compute, AlwaysAbsoluteGradientThresholdsAreIntended) {
   const auto voters = [](float gradThreshold, bool isAbsolute) {
     VotingParams params = absolute(0.1F);
     params.absoluteValues = isAbsolute;
@@ -279,7 +279,7 @@ TEST(Compute, WithGradientsBelowTheThresholdFindsNothing) {
 }
 
 // All votes, zeros included, are above it: one region, the whole image.
-TEST(Compute, WithANegativeThresholdTakesTheWholeImageAsOneRegion) {
+TEST(Compute, WithANegativeThresholdTakesAllAsOneRegion) {
   Probe probe = computed(absolute(-1.0F), blank<float>({30, 21}));
   EXPECT_EQ(coordinates(probe.centers()), (Coordinates{{14, 10}}));
   EXPECT_TRUE(sameFloats(probe.center_weights(), {0.0F}));

@@ -133,7 +133,7 @@ TEST(Cone2D, RedistributingVoteSharesByThePreviousVotes) {
   EXPECT_EQ(prev, (Floats{100, 1, 3, 100, 2, 100}));
 }
 
-TEST(Cone2D, RedistributingVoteIgnoresTheWeightsOfCellsWhichIsIntended) {
+TEST(Cone2D, RedistributingWithoutWeightsOfCellsIsIntended) {
   voting::Cone2D cone = exampleCone();
   for (voting::ConePlane2D& plane : cone.planes) {
     for (voting::WPoint2D& cell : plane.points) cell.weight = 0.0F;

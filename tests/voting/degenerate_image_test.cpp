@@ -40,7 +40,7 @@ TEST(Compute, OfAnImageWithoutPixelsFindsNoCenters) {
   }
 }
 
-TEST(Compute, OfAnImageWithoutPixelsKeepsEarlierCentersButNoWeights) {
+TEST(Compute, OfNoPixelsKeepsEarlierCentersButNoWeights) {
   Probe probe = computed({}, oneDisc());
   const Coordinates before = coordinates(probe.centers());
   ASSERT_FALSE(before.empty());
@@ -135,7 +135,7 @@ TEST(Compute, WithATooLargeMarginFindsNoCentersAndWarns) {
   }
 }
 
-TEST(Compute, OfAnImageWithoutPixelsSaysNothingOfRadiiThatDoNotFit) {
+TEST(Compute, OfNoPixelsDoesNotReportRadiiThatDoNotFit) {
   for (const Shape& shape : kWithoutPixels) {
     VotingParams params;
     params.maxRadius = 50000;

@@ -166,7 +166,7 @@ TEST_F(History, ThatCannotBeWrittenDoesNotChangeTheResult) {
 }
 
 // The pixels of a pair have 3848 bytes, its header some hundreds.
-TEST_F(History, ThatIsCutOffIsReportedPairByPairAndDoesNotChangeTheResult) {
+TEST_F(History, ThatIsCutOffIsReportedAndKeepsTheResult) {
   const VotingParams params = paramsOf(20, 10);
   const auto img = discImage<unsigned char>({37, 26}, {{12, 11, 6}, {28, 16, 5}}, 200, 30);
   const reference::Voting expected = reference::compute(params, img);

@@ -112,7 +112,7 @@ TEST(LargestRadius, BelowZeroIsOne) {
   }
 }
 
-TEST(DegenerateSigma, VotesAsItsDefinitionSays) {
+TEST(DegenerateSigma, VotesAsTheReference) {
   Random random(901);
   const auto noise = randomImage<unsigned char>(random, {9, 7});
   for (const float sigma : {kNaN, kInfinity, -kInfinity, 0.0F, -0.0F, -3.0F, 1e-30F, 1e9F, 3e38F}) {
@@ -132,7 +132,7 @@ TEST(DegenerateSigma, VotesAsItsDefinitionSays) {
   }
 }
 
-TEST(HugeSigma, VotesAsItsDefinitionSays) {
+TEST(HugeSigma, VotesAsTheReference) {
   Random random(902);
   VotingParams params;
   params.sigma = 25000.0F;

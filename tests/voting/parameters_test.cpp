@@ -219,7 +219,7 @@ TEST(ComputeCones, TruncateCellsLeftOfAndAboveThePointWhichIsIntended) {
   EXPECT_EQ(cellsOf(p.cones_[160]), (Cells{{{0, 0}}, {{-1, -1}}, {{-2, -2}}}));
 }
 
-TEST(ComputeCones, MatchReference) {
+TEST(ConeMatchesReference, ForRandomRadiiAndWidths) {
   Random random(1);
   for (int round = 0; round < 60; ++round) {
     Probe p;
@@ -250,7 +250,7 @@ TEST(NextConeRadius, NarrowsDownToZero) {
   }
 }
 
-TEST(NextConeRadius, MatchesReference) {
+TEST(NextConeRadiusMatchesReference, ForEveryRadiusAndWidth) {
   Probe p;
   for (int R = 1; R <= 60; ++R) {
     for (int w = 0; w <= 130; ++w) {
@@ -293,7 +293,7 @@ TEST(ComputeAngleIndex, OfACosineOutOfRangeIsZero) {
   }
 }
 
-TEST(ComputeAngleIndex, MatchesReference) {
+TEST(AngleIndexMatchesReference, AllAroundTheCircle) {
   const Probe p;
   for (int i = -20000; i <= 20000; ++i) {
     const double angle = i * 3.15e-4;

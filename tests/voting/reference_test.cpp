@@ -65,7 +65,7 @@ std::string described(const VotingParams& p) {
 }
 
 // A NaN is the largest magnitude where it is the first, and then the others are not divided by it.
-TEST(Voting, OfAnImageWithANanMatchesReference) {
+TEST(VotingMatchesReference, ForANanOffTheDisc) {
   const image<float> img = oneDisc();
   for (const int at : {0, 1, img.npix() - 1}) {
     image<float> marked = img.duplicate();
@@ -78,7 +78,7 @@ TEST(Voting, OfAnImageWithANanMatchesReference) {
   }
 }
 
-TEST(Voting, OfDiscsWithRandomSettingsMatchesReference) {
+TEST(VotingMatchesReference, ForDiscsWithRandomSettings) {
   Random random(1);
   int fruitful = 0;
   for (int round = 0; round < 60; ++round) {
@@ -91,7 +91,7 @@ TEST(Voting, OfDiscsWithRandomSettingsMatchesReference) {
   EXPECT_GT(fruitful, 20);
 }
 
-TEST(Voting, OfNoiseWithRandomSettingsMatchesReference) {
+TEST(VotingMatchesReference, ForNoiseWithRandomSettings) {
   Random random(2);
   for (int round = 0; round < 30; ++round) {
     const VotingParams params = randomParams(random);
@@ -102,7 +102,7 @@ TEST(Voting, OfNoiseWithRandomSettingsMatchesReference) {
 }
 
 // Every type of region, weighting, edge switch and kind of threshold with every other.
-TEST(Voting, InEveryModeMatchesReference) {
+TEST(VotingMatchesReference, InEveryMode) {
   const image<unsigned char> img =
       discImage<unsigned char>({41, 33}, {{12, 11, 6}, {28, 20, 8}}, 200, 40);
   for (int mode = 0; mode < 24; ++mode) {
@@ -118,7 +118,7 @@ TEST(Voting, InEveryModeMatchesReference) {
   }
 }
 
-TEST(Voting, WithEveryKindOfConeMatchesReference) {
+TEST(VotingMatchesReference, WithEveryKindOfCone) {
   struct Row {
     int minRadius, maxRadius, coneWidth;
   };
@@ -138,7 +138,7 @@ TEST(Voting, WithEveryKindOfConeMatchesReference) {
   }
 }
 
-TEST(Voting, OfOddShapesMatchesReference) {
+TEST(VotingMatchesReference, ForOddShapes) {
   Random random(3);
   for (const Shape& shape : {Shape{1, 1}, Shape{1, 50}, Shape{50, 1}, Shape{2, 2}, Shape{3, 40},
                              Shape{130, 2}, Shape{64, 3}, Shape{65, 4}}) {
@@ -152,7 +152,7 @@ TEST(Voting, OfOddShapesMatchesReference) {
 }
 
 // Votes are added in blocks of neighbours, which rows of every length cut in other places.
-TEST(Voting, OfEveryWidthMatchesReference) {
+TEST(VotingMatchesReferenceAtEveryWidth, ForDiscsAndNoise) {
   Random random(8);
   for (int width = 1; width <= 130; ++width) {
     const Shape shape{width, 5 + width % 13};
@@ -169,7 +169,7 @@ TEST(Voting, OfEveryWidthMatchesReference) {
 }
 
 // Very large cones are kept in another way.
-TEST(Voting, WithConesOfManyCellsMatchesReference) {
+TEST(VotingMatchesReference, WithConesOfManyCells) {
   VotingParams params;
   params.minRadius = 10;
   params.maxRadius = 260;
@@ -180,7 +180,7 @@ TEST(Voting, WithConesOfManyCellsMatchesReference) {
 }
 
 // Filters run along the frames; the points are those of plane 0.
-TEST(Voting, OfStacksMatchesReference) {
+TEST(VotingMatchesReference, ForStacks) {
   Random random(4);
   for (const Shape& shape :
        {Shape{30, 24, 3}, Shape{30, 24, 1, 2}, Shape{30, 24, 1, 1, 2}, Shape{20, 18, 2, 2, 2}}) {
@@ -197,7 +197,7 @@ TEST(Voting, OfStacksMatchesReference) {
   }
 }
 
-TEST(Voting, OfANaNPixelMatchesReference) {
+TEST(VotingMatchesReference, ForANanInADisc) {
   image<float> img = discImage<float>({40, 30}, {{10, 10, 6}, {29, 18, 7}}, 100.0F, 0.0F);
   img.setPixel(29, 18, std::numeric_limits<float>::quiet_NaN());
   for (const bool absolute : {false, true}) {
@@ -208,7 +208,7 @@ TEST(Voting, OfANaNPixelMatchesReference) {
 }
 
 // Most pixels of noise that vote next to themselves make a region of their own.
-TEST(Voting, OfMoreCentersThanLabelsKeepsTheFirst) {
+TEST(VotingMatchesReference, ForMoreCentersThanLabels) {
   Random random(5);
   const auto img = randomImage<float>(random, {640, 640});
   VotingParams params;
@@ -228,10 +228,10 @@ TEST(Voting, OfMoreCentersThanLabelsKeepsTheFirst) {
 }
 
 template <class T>
-class VotingOf : public testing::Test {};
-TYPED_TEST_SUITE(VotingOf, PixelTypes);
+class VotingMatchesReference : public testing::Test {};
+TYPED_TEST_SUITE(VotingMatchesReference, PixelTypes);
 
-TYPED_TEST(VotingOf, EveryPixelTypeMatchesReference) {
+TYPED_TEST(VotingMatchesReference, ForEveryPixelType) {
   Random random(6);
   for (int round = 0; round < 6; ++round) {
     VotingParams params = randomParams(random);

@@ -28,7 +28,7 @@ Result resultOf(const Shape& shape) {
   return {coordinates(probe.centers()), probe.center_weights(), pixelsOf(probe.acc_)};
 }
 
-TEST(Threads, VotingOnImagesOfDifferentSizesGetTheResultsOfOneThread) {
+TEST(Threads, VotingAtDifferentSizesGetTheResultsOfOneThread) {
   const std::vector<Shape> shapes = {{40, 30}, {71, 55}};
   constexpr int rounds = 8;
   std::vector<std::vector<Result>> together(shapes.size());

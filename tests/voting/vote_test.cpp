@@ -143,7 +143,7 @@ TEST(GetMeanDirection, OfAConeWithoutCellsLeavesThePoint) {
   EXPECT_TRUE(samePoints({p}, {before}));
 }
 
-TEST(Directions, MatchReference) {
+TEST(ConeDirectionMatchesReference, ForRandomVotes) {
   Random random(1);
   for (int round = 0; round < 20; ++round) {
     VotingParams params;
@@ -200,7 +200,7 @@ TEST(Vote, OfConeWidthZeroIsOnePlainAndOneRedistributingPass) {
   EXPECT_EQ(probe.points_[0].cy, 15);
 }
 
-TEST(Vote, OfAPointWithoutVotesKeepsItsDirectionAndCastsNothing) {
+TEST(Vote, OfAPointWithoutVotesKeepsItsDirection) {
   VotingParams params;
   params.maxRadius = 5;
   Probe alone = atWork(params);
@@ -227,7 +227,7 @@ TEST(Vote, OfANegativeConeWidthIsThePlainPassOnly) {
   EXPECT_TRUE(samePoints(probe.points_, expected.points));
 }
 
-TEST(Vote, OfPlacedPointsMatchesReference) {
+TEST(VoteMatchesReference, ForPlacedPoints) {
   Random random(2);
   for (int round = 0; round < 10; ++round) {
     VotingParams params;
