@@ -3,8 +3,9 @@
 #include <cmath>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/reference/distance.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -35,20 +36,20 @@ TEST(ChamferRows, OnesDoNotAddUpAtOnceForOtherNumbers) {
   EXPECT_GT(wrong, 0);  // so the distances below 2 have to be tried
 }
 
-// Masks of few and of many zeros, in planes and volumes of every width.
+// Calls check(random, shape) with a plane and a volume of every width.
 template <class Check>
-void forEveryWidth(Check check) {
+void forPlanesAndVolumesOfEveryWidth(Check check) {
   Random random(71);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     for (const Shape& shape :
          {Shape{width, 1 + width % 23}, Shape{width, 3 + width % 4, 3 + width % 2}}) {
       check(random, shape);
     }
-  }
+  });
 }
 
 TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.5, 0.97, 0.999}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
       ASSERT_TRUE(sameImage(bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
@@ -57,7 +58,7 @@ TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
 }
 
 TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const int most : {0, 3}) {
       const image<short> labels = randomLabels(random, shape, most);
       ASSERT_TRUE(sameImage(bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
@@ -66,7 +67,7 @@ TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
 }
 
 TEST(PropagationMatchesReferenceAtEveryWidth, ForDistantLabels) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     // Few seeds: many pixels at the same distance of two of them.
     image<short> labels = blank<short>(shape);
     for (int i = 0; i < labels.npix(); ++i) {

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -27,12 +27,6 @@ const std::string kEmptyMessage =
     "In bip::chamfer\n   Warning: input is empty, return null image\n";
 const std::string kFormatMessage =
     "In bip::chamfer\n   Warning: input is not BYTE or SHORT image, return null image\n";
-
-Mask full(const Shape& shape) {
-  Mask mask = blank<unsigned char>(shape);
-  std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
-  return mask;
-}
 
 // 0, 255 and some values between; few zeros or many.
 Mask randomObjects(Random& random, const Shape& shape) {
@@ -73,7 +67,7 @@ image<short> randomBlocks(Random& random, const Shape& shape) {
 }
 
 TEST(Fchamfer, CountsAxialAndDiagonalStepsAtTheirLength) {
-  Mask mask = full({7, 7});
+  Mask mask = fullMask({7, 7});
   mask.setPixel(3, 3, 0.0F);
   const image<float> distance = bip::fchamfer(mask);
   EXPECT_EQ(sizesOf(distance), (std::vector<int>{7, 7, 1, 1, 1}));
@@ -89,7 +83,7 @@ TEST(Fchamfer, CountsAxialAndDiagonalStepsAtTheirLength) {
 }
 
 TEST(Fchamfer, OfALonePlaneIsTheShortestPathOfSteps) {
-  Mask mask = full({61, 47});
+  Mask mask = fullMask({61, 47});
   mask.setPixel(13, 30, 0.0F);
   const image<float> distance = bip::fchamfer(mask);
   for (int y = 1; y < 46; ++y) {
@@ -103,7 +97,7 @@ TEST(Fchamfer, OfALonePlaneIsTheShortestPathOfSteps) {
 }
 
 TEST(Fchamfer, OfAVolumeGivesThe26NeighboursTheLengthOfTheirSteps) {
-  Mask mask = full({7, 6, 5});
+  Mask mask = fullMask({7, 6, 5});
   mask.setPixel(3, 3, 2, 0.0F);
   const image<float> distance = bip::fchamfer(mask);
   EXPECT_EQ(sizesOf(distance), (std::vector<int>{7, 6, 5, 1, 1}));
@@ -141,17 +135,17 @@ TEST(Fchamfer, AddingOneForEveryStepFromTheBorderIsIntended) {
 TEST(Fchamfer, OfARowIsReachedOnlyFromTheLeftWhichIsIntended) {
   const Floats row = {kUnknown, kUnknown, 1, 0, 1, 2, 3};
   EXPECT_EQ(pixelsOf(bip::fchamfer(maskOf({"###.###"}))), row);
-  Mask column = full({1, 7});
+  Mask column = fullMask({1, 7});
   column.setPixel(3, 0.0F);
   EXPECT_EQ(pixelsOf(bip::fchamfer(column)), row);
-  Mask depth = full({1, 1, 7});
+  Mask depth = fullMask({1, 1, 7});
   depth.setPixel(3, 0.0F);
   EXPECT_EQ(pixelsOf(bip::fchamfer(depth)), row);
 }
 
 TEST(Fchamfer, WithoutBackgroundStaysUnknown) {
   for (const Shape& shape : {Shape{1, 1}, Shape{6, 5}, Shape{6, 5, 2}, Shape{5, 5, 5}}) {
-    const image<float> distance = bip::fchamfer(full(shape));
+    const image<float> distance = bip::fchamfer(fullMask(shape));
     EXPECT_EQ(pixelsOf(distance), Floats(static_cast<std::size_t>(distance.npix()), kUnknown));
     image<short> labels = blank<short>(shape);
     EXPECT_EQ(pixelsOf(bip::fchamfer(labels)), pixelsOf(distance));
@@ -211,7 +205,7 @@ TEST(Fchamfer, OfALabelVolumeLooksForBoundariesInAllThreeAxes) {
 TEST(Fchamfer, FollowsItsNeighboursFrom9999OnWhichIsIntended) {
   for (const bool fromLeft : {true, false}) {
     const auto column = [fromLeft](int steps) { return fromLeft ? 1 + steps : 10018 - steps; };
-    Mask mask = full({10020, 5});
+    Mask mask = fullMask({10020, 5});
     mask.setPixel(column(0), 1, 0.0F);
     const image<float> distance = bip::fchamfer(mask);
     EXPECT_TRUE(sameImage(distance, reference::fchamfer(mask)));
@@ -295,7 +289,7 @@ TEST(Chamfer, StretchesTheDistancesTo255) {
 }
 
 TEST(Chamfer, OfEqualDistancesIsZeroOrInverted255) {
-  for (const Mask& mask : {full({4, 3}), blank<unsigned char>({4, 3})}) {
+  for (const Mask& mask : {fullMask({4, 3}), blank<unsigned char>({4, 3})}) {
     EXPECT_EQ(pixelsOf(bip::chamfer(mask, false)), std::vector<unsigned char>(12, 0));
     EXPECT_EQ(pixelsOf(bip::chamfer(mask, true)), std::vector<unsigned char>(12, 255));
   }
@@ -321,11 +315,11 @@ TEST(ChamferMatchesReferenceAtEveryWidth, ForOddShapes) {
 
 TEST(ChamferMatchesReferenceAtEveryWidth, ForObjectsAndBlocks) {
   Random random(4);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 1, 40)};
     expectMatchesReference(randomObjects(random, shape));
     expectMatchesReference(randomBlocks(random, shape));
-  }
+  });
 }
 
 TEST(ChamferMatchesReference, ForManyVolumes) {

@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/locale.h"
 #include "tests/support/reference/hull.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -331,11 +331,11 @@ TEST(ConvexHullMatchesReferenceAtEveryWidth, ForOddShapes) {
 
 TEST(ConvexHullMatchesReferenceAtEveryWidth, ForManyPlanesAndVolumes) {
   Random random(4);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 4, 30)};
     expectMatchesReference(randomDots(random, shape, 2), randomMask(random, shape, 0.6),
                            {1, 3, 49, 50, 1000, randomInt(random, 4, 48)});
-  }
+  });
   for (int round = 0; round < 12; ++round) {
     const Shape shape{randomInt(random, 2, 8), randomInt(random, 2, 8), randomInt(random, 2, 6)};
     expectMatchesReference(randomDots(random, shape, 2), randomMask(random, shape, 0.6),

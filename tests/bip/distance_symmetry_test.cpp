@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
 namespace orva::test {

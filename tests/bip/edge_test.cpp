@@ -4,10 +4,11 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
 namespace orva::test {
@@ -62,7 +63,7 @@ TYPED_TEST(EdgeOf, TwoDifferentNeighboursAreEnough) {
   EXPECT_TRUE(sameImage(bip::edge(img), maskOf({"...", ".#.", "..."})));
 }
 
-TYPED_TEST(EdgeOf, AStackLooksAtPlaneZeroOnly) {
+TYPED_TEST(EdgeOf, OfAStackReadsPlaneZeroOnly) {
   Random random(1);
   for (const Shape& shape : {Shape{7, 6, 3}, Shape{7, 6, 1, 2}, Shape{7, 6, 2, 2, 2}}) {
     const auto img = randomSteps<TypeParam>(random, shape);
@@ -83,13 +84,13 @@ TYPED_TEST_SUITE(EdgeMatchesReferenceAtEveryWidth, EdgeTypes);
 
 TYPED_TEST(EdgeMatchesReferenceAtEveryWidth, ForStepsAndNoise) {
   Random random(2);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 1, 9)};
     const auto steps = randomSteps<TypeParam>(random, shape);
     EXPECT_TRUE(sameImage(bip::edge(steps), reference::edge(steps)));
     const auto any = randomImage<TypeParam>(random, shape);
     EXPECT_TRUE(sameImage(bip::edge(any), reference::edge(any)));
-  }
+  });
 }
 
 TYPED_TEST(EdgeOf, ATurnedImageIsTurned) {
@@ -184,10 +185,10 @@ TEST(Boundaries, OfAStackAreThoseOfPlaneZeroWithAListForEveryLabel) {
 
 TEST(BoundaryMatchesReferenceAtEveryWidth, ForRandomLabels) {
   Random random(6);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto labels = randomLabels(random, {nx, randomInt(random, 1, 10)}, 4);
     EXPECT_EQ(coordinates(bip::boundaries(labels)), coordinates(reference::boundaries(labels)));
-  }
+  });
 }
 
 }  // namespace

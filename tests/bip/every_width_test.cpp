@@ -5,24 +5,25 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/negative_image.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/reference/selection.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {
 
-// Planes of every width, and volumes.
+// Calls check(random, shape) with a plane and a volume of every width.
 template <class Check>
-void forEveryWidth(Check check) {
+void forPlanesAndVolumesOfEveryWidth(Check check) {
   Random random(5);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     check(random, Shape{width, 1 + width % 7});
     check(random, Shape{width, 2 + width % 3, 2 + width % 2});
-  }
+  });
 }
 
 template <class T>
@@ -40,7 +41,7 @@ void expectSameRegions(const image<T>& in, int value, NeighborhoodType type) {
 }
 
 TEST(LabellingMatchesReferenceAtEveryWidth, ForMasks) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.02, 0.5, 0.7, 0.98}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
       for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
@@ -51,7 +52,7 @@ TEST(LabellingMatchesReferenceAtEveryWidth, ForMasks) {
 }
 
 TEST(LabellingMatchesReferenceAtEveryWidth, ForAreasOfEqualValue) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     image<unsigned char> bytes = blank<unsigned char>(shape);
     std::generate_n(bytes.pixels(), bytes.npix(),
                     [&] { return static_cast<unsigned char>(randomInt(random, 0, 2)); });
@@ -60,41 +61,6 @@ TEST(LabellingMatchesReferenceAtEveryWidth, ForAreasOfEqualValue) {
     expectSameRegions(bytes, 1, NEIGHBORHOOD_8);
     expectSameRegions(randomLabels(random, shape, 2), 0, NEIGHBORHOOD_8);
   });
-}
-
-// A path one pixel wide that winds inward, with one pixel between its turns.
-image<unsigned char> spiral(int size) {
-  image<unsigned char> mask = blank<unsigned char>({size, size});
-  int x = 0;
-  int y = 0;
-  int left = 0;
-  int top = 2;
-  int right = size - 1;
-  int bottom = size - 1;
-  const auto go = [&](int toX, int toY) {
-    const int dx = (toX > x) - (toX < x);
-    const int dy = (toY > y) - (toY < y);
-    mask.pixels()[x + y * size] = 255;
-    while (x != toX || y != toY) {
-      x += dx;
-      y += dy;
-      mask.pixels()[x + y * size] = 255;
-    }
-  };
-  for (;;) {
-    go(right, y);
-    if (y + 2 > bottom) return mask;
-    go(x, bottom);
-    right -= 2;
-    if (x - 2 < left) return mask;
-    go(left, y);
-    bottom -= 2;
-    if (y - 2 < top) return mask;
-    go(x, top);
-    left += 2;
-    top += 2;
-    if (x + 2 > right) return mask;
-  }
 }
 
 TEST(LabellingMatchesReference, ForSpiralsAndCombs) {
@@ -133,7 +99,7 @@ void expectSameFeatures(const image<short>& labels, int n, const Image& brightne
 }
 
 TEST(RegionFeatureMatchesReferenceAtEveryWidth, ForEveryPixelType) {
-  forEveryWidth([](Random& random, const Shape& plane) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& plane) {
     Shape shape = plane;
     shape.nc = 1 + plane.nx % 2;  // the brightness of all channels counts, the geometry of one
     const image<short> labels = randomLabels(random, shape, 5);
@@ -158,7 +124,7 @@ void expectSameChange(const image<T>& img, Own own, Reference expected) {
 }
 
 TEST(MorphologyMatchesReferenceAtEveryWidth, ForMasksAndLabels) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.1, 0.9}) {
       image<unsigned char> mask = randomMask(random, shape, share);
       for (const bool isMask : {true, false}) {
@@ -190,7 +156,7 @@ void expectSameEdges(Random& random, const Shape& shape) {
 }
 
 TEST(EdgeMatchesReferenceAtEveryWidth, ForEveryPixelType) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     expectSameEdges<unsigned char>(random, shape);
     expectSameEdges<short>(random, shape);
     expectSameEdges<int>(random, shape);
@@ -213,7 +179,7 @@ void expectSameThresholds(Random& random, const Shape& shape) {
 }
 
 TEST(ThresholdMatchesReferenceAtEveryWidth, ForEveryPixelType) {
-  forEveryWidth([](Random& random, const Shape& shape) {
+  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
     expectSameThresholds<unsigned char>(random, shape);
     expectSameThresholds<short>(random, shape);
     expectSameThresholds<int>(random, shape);

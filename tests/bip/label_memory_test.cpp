@@ -100,7 +100,7 @@ TEST(LabellingMemory, IsAtMostHalfOfThinImages) {
 }
 
 // On these pictures, and with reaches that fill the queue, the limit decides how labels are found.
-TEST(LabellingMemory, LimitKeepsTheLabels) {
+TEST(LabellingMatchesReference, ForManyRuns) {
   constexpr int side = 330;
   for (const auto& [name, picture] : pictures(side)) {
     const image<unsigned char> mask = drawn({side, side}, picture);
@@ -118,7 +118,7 @@ TEST(LabellingMemory, LimitKeepsTheLabels) {
 }
 
 // More than 65536 provisional labels, which end up in few enough regions.
-TEST(LabellingMemory, LimitKeepsManyProvisionalLabels) {
+TEST(LabellingMatchesReference, ForManyProvisionalLabels) {
   Random random(6);
   const auto mask = randomMask(random, {1900, 1900}, 0.5);
   for (const int value : {255, -1}) {
@@ -130,7 +130,7 @@ TEST(LabellingMemory, LimitKeepsManyProvisionalLabels) {
   }
 }
 
-TEST(LabellingMemory, LimitKeepsTheLabelsOfAFarReach) {
+TEST(LabellingMatchesReference, ForAFarReach) {
   Random random(5);
   for (const Shape& shape : {Shape{70, 60}, Shape{16, 15, 14}, Shape{9000, 1}}) {
     for (const double share : {0.02, 0.3, 1.0}) {

@@ -4,10 +4,11 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -128,7 +129,7 @@ TEST(Reverse, LeavesANullImage) {
 
 TEST(ReverseMatchesReferenceAtEveryWidth, AndUndoesItself) {
   Random random(7);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto before = randomImage<unsigned char>(random, {nx, randomInt(random, 1, 3)});
     image<unsigned char> img = before.duplicate();
     image<unsigned char> expected = before.duplicate();
@@ -137,7 +138,7 @@ TEST(ReverseMatchesReferenceAtEveryWidth, AndUndoesItself) {
     EXPECT_TRUE(sameImage(img, expected));
     bip::reverse(img);
     EXPECT_TRUE(sameImage(img, before));
-  }
+  });
 }
 
 }  // namespace

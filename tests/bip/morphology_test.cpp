@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -192,10 +192,10 @@ void expectMatchesReference(const Mask& mask, const image<short>& labels) {
 
 TEST(MorphologyMatchesReferenceAtEveryWidth, ForRandomMasks) {
   Random random(1);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 1, 12)};
     expectMatchesReference(randomMix(random, shape), randomLabels(random, shape, 2));
-  }
+  });
 }
 
 TEST(MorphologyMatchesReference, ForOddShapes) {

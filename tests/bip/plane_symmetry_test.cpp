@@ -12,9 +12,9 @@
 
 #include "orva/bip/bip.h"
 #include "orva/image_math/image_math.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
 namespace orva::test {

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -282,9 +282,9 @@ TEST(PropagationMatchesReferenceAtEveryWidth, ForOddShapes) {
 
 TEST(PropagationMatchesReferenceAtEveryWidth, ForManyPlanesAndVolumes) {
   Random random(4);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     expectMatchesReference(randomSeeds(random, {nx, randomInt(random, 3, 25)}));
-  }
+  });
   for (int round = 0; round < 60; ++round) {
     expectMatchesReference(randomSeeds(
         random, {randomInt(random, 1, 14), randomInt(random, 1, 14), randomInt(random, 1, 8)}));

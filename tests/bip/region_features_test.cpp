@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -240,10 +240,10 @@ TYPED_TEST_SUITE(RegionFeatureMatchesReference, PixelTypes);
 TYPED_TEST(RegionFeatureMatchesReference, ForEveryPixelType) {
   Random random(4);
   for (const Shape& shape : oddShapes()) {
-    for (const int most : {0, 3, 30}) {
-      const auto labels = randomLabels(random, shape, most);
+    for (const int maxLabel : {0, 3, 30}) {
+      const auto labels = randomLabels(random, shape, maxLabel);
       const auto brightness = randomImage<TypeParam>(random, shape);
-      const int n = most + 1 + randomInt(random, 0, 2);
+      const int n = maxLabel + 1 + randomInt(random, 0, 2);
       expectSame(bip::regionFeatures(labels, n, brightness),
                  reference::regionFeatures(labels, n, &brightness));
       expectSame(bip::regionFeatures(labels, brightness),
@@ -388,12 +388,12 @@ TEST(Histogram, HasAlways256Entries) {
 
 TEST(HistogramMatchesReferenceAtEveryWidth, ForRandomRanges) {
   Random random(6);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto img = randomImage<unsigned char>(random, {nx, 3, 1, 2, 1});
     const int low = randomInt(random, -10, 265);
     const int high = randomInt(random, -10, 265);
     EXPECT_EQ(bip::histogram(img, low, high), reference::histogram(img, low, high));
-  }
+  });
 }
 
 }  // namespace

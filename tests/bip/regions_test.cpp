@@ -6,23 +6,15 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
 
 // A chessboard of isolated 255 pixels: (nx * ny + 1) / 2 of them.
-image<unsigned char> chessboard(int nx, int ny) {
-  image<unsigned char> board = blank<unsigned char>({nx, ny});
-  for (int i = 0; i < board.npix(); ++i) {
-    board.pixels()[i] = (i % nx + i / nx) % 2 == 0 ? 255 : 0;
-  }
-  return board;
-}
-
 const std::string overflowMessage =
     "In bip::regions\n   Warning: more than 32768 regions, the rest are ignored\n";
 

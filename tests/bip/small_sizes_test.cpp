@@ -9,6 +9,7 @@
 #include "orva/bip/bip.h"
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -17,15 +18,9 @@ using Sizes = std::vector<int>;
 
 const Sizes kNone = {0, 1, 1, 1, 1};
 
-image<unsigned char> full(const Shape& shape) {
-  image<unsigned char> mask = blank<unsigned char>(shape);
-  std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
-  return mask;
-}
-
 TEST(SmallMask, IsLabelledAsOneRegionOfTheVolumeItShows) {
   for (const Shape& s : smallShapes()) {
-    const image<unsigned char> mask = full(s);
+    const image<unsigned char> mask = fullMask(s);
     for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
       int n = 0;
       const image<short> labels = bip::regions(mask, n, 255, 1, type);
@@ -39,7 +34,7 @@ TEST(SmallMask, IsLabelledAsOneRegionOfTheVolumeItShows) {
 
 TEST(SmallMask, ErodesToNothingInItsFirstPlane) {
   for (const Shape& s : smallShapes()) {
-    image<unsigned char> mask = full(s);
+    image<unsigned char> mask = fullMask(s);
     std::vector<unsigned char> pixels = pixelsOf(mask);
     const int plane = std::min(mask.nx() * mask.ny(), mask.npix());
     std::fill_n(pixels.begin(), plane, static_cast<unsigned char>(0));
@@ -54,7 +49,7 @@ TEST(SmallMask, ErodesToNothingInItsFirstPlane) {
 // All its pixels are at the border.
 TEST(SmallMask, DoesNotGrowAndHasNoEdgesAndNoHoles) {
   for (const Shape& s : smallShapes()) {
-    image<unsigned char> mask = full(s);
+    image<unsigned char> mask = fullMask(s);
     if (!mask.isNull()) mask.setPixel(0, 0.0F);
     const std::vector<unsigned char> before = pixelsOf(mask);
     bip::dilate(mask);
@@ -71,12 +66,12 @@ TEST(SmallMask, DoesNotGrowAndHasNoEdgesAndNoHoles) {
 TEST(SmallMask, IsMeasuredInTheVolumeItShowsAndCountedInAllOfIt) {
   for (const Shape& s : smallShapes()) {
     const image<short> labels = blank<short>(s);
-    const auto features = bip::regionFeatures(labels, full(s));
+    const auto features = bip::regionFeatures(labels, fullMask(s));
     ASSERT_EQ(features.size(), labels.isNull() ? 0U : 1U);
     if (!labels.isNull()) {
       EXPECT_EQ(features[0].npix, labels.nx() * labels.ny() * labels.nz());
     }
-    const std::vector<int> counts = bip::histogram(full(s), 0, 255);
+    const std::vector<int> counts = bip::histogram(fullMask(s), 0, 255);
     EXPECT_EQ(counts[255], labels.npix());
     EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), 0), labels.npix());
   }
@@ -85,7 +80,7 @@ TEST(SmallMask, IsMeasuredInTheVolumeItShowsAndCountedInAllOfIt) {
 // What is left of a mask that is shown is object all over.
 TEST(SmallMask, HasNoBackgroundToMeasureTheDistanceTo) {
   for (const Shape& s : smallShapes()) {
-    const image<unsigned char> mask = full(s);
+    const image<unsigned char> mask = fullMask(s);
     const image<short> labels = blank<short>(s);
     testing::internal::CaptureStderr();
     for (const image<float>& distance : {bip::fchamfer(mask), bip::fchamfer(labels)}) {
@@ -106,7 +101,7 @@ TEST(SmallMask, HasNoBackgroundToFill) {
     EXPECT_EQ(pixelsOf(labels), before);
     testing::internal::CaptureStdout();
     bip::convexHull(labels, 3);
-    const image<short> filled = bip::convexHull(full(s), 3);
+    const image<short> filled = bip::convexHull(fullMask(s), 3);
     testing::internal::GetCapturedStdout();
     EXPECT_EQ(pixelsOf(labels), before);
     EXPECT_EQ(pixelsOf(filled), std::vector<short>(static_cast<std::size_t>(filled.npix()), 0));
@@ -115,7 +110,7 @@ TEST(SmallMask, HasNoBackgroundToFill) {
 
 TEST(SmallMask, IsThresholdedAndSelectedInTheVolumeItShows) {
   for (const Shape& s : smallShapes()) {
-    image<unsigned char> mask = full(s);
+    image<unsigned char> mask = fullMask(s);
     const image<unsigned char> above = bip::threshold(mask, 255.0F);
     EXPECT_TRUE(
         isWhole(above, mask.isNull() ? kNone : Sizes({mask.nx(), mask.ny(), mask.nz(), 1, 1})));
@@ -161,7 +156,7 @@ TEST(SmallLabels, AreOneAreaWithOneNameAndOneList) {
 
 TEST(SmallMask, IsReversedInAllOfItAndHasBlackDistances) {
   for (const Shape& s : smallShapes()) {
-    image<unsigned char> mask = full(s);
+    image<unsigned char> mask = fullMask(s);
     testing::internal::CaptureStderr();
     const image<unsigned char> distance = bip::chamfer(mask, false);
     const image<unsigned char> inverted = bip::chamfer(mask, true);

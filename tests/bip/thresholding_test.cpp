@@ -9,11 +9,11 @@
 
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
-#include "tests/bip/pictures.h"
 #include "tests/support/images.h"
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/selection.h"
 #include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {

@@ -67,7 +67,7 @@ TYPED_TEST_SUITE(ConversionMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(ConversionMatchesReferenceAtEveryWidth, ToBytesInNarrowRanges) {
   Random random(72);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     image<TypeParam> img(width, 2, 1, 1, 1);
     const int low = randomInt(random, -20, 250);
     const int high = low + randomInt(random, 0, 60);
@@ -77,7 +77,7 @@ TYPED_TEST(ConversionMatchesReferenceAtEveryWidth, ToBytesInNarrowRanges) {
     for (const bool scale : {false, true}) {
       EXPECT_TRUE(sameImage(toByteImage(img, scale), reference::toByteImage(img, scale)));
     }
-  }
+  });
 }
 
 TYPED_TEST(ConversionMatchesReferenceAtEveryWidth, ToFloats) {

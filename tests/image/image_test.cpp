@@ -171,7 +171,7 @@ TEST(Interior, HasNoEntriesForSizesThatAreNotPositive) {
 TEST(InteriorMatchesReferenceAtEveryWidth, ForRandomSizes) {
   Random random(12);
   for (int round = 0; round < 260; ++round) {
-    const int nx = 1 + round % 130;
+    const int nx = 1 + round % kMaxSweepWidth;
     const int ny = randomInt(random, 1, 9);
     const int nz = randomInt(random, 1, 5);
     EXPECT_EQ(Image::interior(nx, ny, nz), reference::interior(nx, ny, nz))

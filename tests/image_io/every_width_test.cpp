@@ -9,14 +9,15 @@
 #include "tests/support/reference/image.h"
 #include "tests/support/reference/image_io.h"
 #include "tests/support/reference/statistics.h"
+#include "tests/support/shapes.h"
 
 namespace orva::test {
 namespace {
 
 // Rows of every width, and an image of several blocks.
-std::vector<Shape> shapes() {
+std::vector<Shape> widthsAndALargeImage() {
   std::vector<Shape> all;
-  for (int width = 1; width <= 130; ++width) all.push_back({width, 1 + width % 3, 1 + width % 2});
+  forEveryWidth([&](int width) { all.push_back({width, 1 + width % 3, 1 + width % 2}); });
   all.push_back({211, 47});
   return all;
 }
@@ -42,7 +43,8 @@ TYPED_TEST_SUITE(ImageMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenConverted) {
   Random random(31);
-  for (const Shape& shape : shapes()) expectSameConversions(randomImage<TypeParam>(random, shape));
+  for (const Shape& shape : widthsAndALargeImage())
+    expectSameConversions(randomImage<TypeParam>(random, shape));
 }
 
 template <class T>
@@ -53,7 +55,7 @@ template <class T>
 TYPED_TEST(ImageMatchesReferenceAtEveryWidth, ForTheFirstOfEqualExtremes) {
   Random random(32);
   using Typed = reference::Typed<TypeParam>;
-  for (const Shape& shape : shapes()) {
+  for (const Shape& shape : widthsAndALargeImage()) {
     image<TypeParam> img = randomImage<TypeParam>(random, shape);
     if constexpr (std::is_same_v<TypeParam, Rgb>) {
       // Different colours of nearly the same luminance, and equal ones.
@@ -66,11 +68,11 @@ TYPED_TEST(ImageMatchesReferenceAtEveryWidth, ForTheFirstOfEqualExtremes) {
 
 TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenScaled) {
   Random random(33);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const image<TypeParam> img = randomImage<TypeParam>(random, {1 + width % 40, 1 + width % 5, 2});
     const std::unique_ptr<image<TypeParam>> own(img.scale(width, 1 + width % 9, 3));
     ASSERT_TRUE(sameImage(*own, *reference::Typed<TypeParam>::scale(img, width, 1 + width % 9, 3)));
-  }
+  });
 }
 
 // Floats of which some are no numbers, infinite, zeros of both signs, or past 32 bits.
@@ -89,7 +91,7 @@ image<float> strangeFloats(Random& random, const Shape& shape, bool withNan) {
 
 TEST(FloatImageMatchesReferenceAtEveryWidth, ForStrangeFloats) {
   Random random(34);
-  for (const Shape& shape : shapes()) {
+  for (const Shape& shape : widthsAndALargeImage()) {
     for (const bool withNan : {false, true}) {
       const image<float> img = strangeFloats(random, shape, withNan);
       expectSameConversions(img);
@@ -128,7 +130,7 @@ TEST(FloatImageMatchesReference, ForZerosOfBothSigns) {
 
 TEST(FloatImageMatchesReferenceAtEveryWidth, ForItsStatistics) {
   Random random(36);
-  for (const Shape& shape : shapes()) {
+  for (const Shape& shape : widthsAndALargeImage()) {
     const image<float> a = randomImage<float>(random, shape);
     const image<short> b = randomImage<short>(random, shape);
     for (const float p : {0.0F, 0.1F, 0.5F, 0.9F}) {

@@ -102,13 +102,13 @@ TEST_F(Pgm, IgnoresWhatFollowsThePixels) { expectRead("P5 4 2 255 " + kPixels + 
 
 TEST_F(Pgm, OfRandomImagesIsReadBack) {
   Random random(111);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const auto img = randomImage<unsigned char>(random, {width, 1 + width % 4});
     const std::string bytes(static_cast<const char*>(img.data()),
                             static_cast<std::size_t>(img.npix()));
     expectRead("P5\n" + std::to_string(width) + " " + std::to_string(img.ny()) + "\n255\n" + bytes,
                img);
-  }
+  });
 }
 
 TEST_F(Pgm, WithoutPixelsIsANullImage) {
@@ -180,7 +180,7 @@ TEST_F(Ppm, TakesThreePlanesAsRedGreenAndBlue) {
 
 TEST_F(Ppm, OfRandomImagesHoldsEveryPixel) {
   Random random(112);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const bool colour = width % 2 == 0;
     const auto img = randomImage<unsigned char>(random, {width, 1 + width % 5, colour ? 3 : 1});
     std::string expected =
@@ -190,7 +190,7 @@ TEST_F(Ppm, OfRandomImagesHoldsEveryPixel) {
         expected += static_cast<char>(img.pixels()[i + (colour ? plane * img.frameSize() : 0)]);
       }
     EXPECT_EQ(written(img), expected);
-  }
+  });
 }
 
 TEST_F(Ppm, ReplacesALongerFile) {

@@ -36,12 +36,12 @@ TEST_F(PutImage, WritesHeaderAndPixels) {
 
 TEST_F(PutImage, IsReadBackByReadPgm) {
   Random random(351);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const auto img = randomImage<unsigned char>(random, {width, 1 + width % 7});
     image_io::put_image(file_, img.pixels(), img.nx(), img.ny());
     const std::unique_ptr<image<unsigned char>> back(image_io::readPGM(file_));
     EXPECT_TRUE(sameImage(*back, img));
-  }
+  });
 }
 
 TEST_F(PutImage, ReplacesAFile) {

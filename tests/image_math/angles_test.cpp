@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orva/image_math/image_math.h"
+#include "tests/support/shapes.h"
 
 namespace orva::test {
 namespace {
@@ -162,7 +163,8 @@ TEST(Mean, SumsInSinglePrecision) {
 TEST(ArrayStatisticMatchesReferenceAtEveryWidth, ForMeanAndExtremes) {
   std::mt19937 random(98);
   std::uniform_real_distribution<float> value(-1000, 1000);
-  for (std::size_t n = 1; n <= 130; ++n) {
+  forEveryWidth([&](int width) {
+    const auto n = static_cast<std::size_t>(width);
     std::vector<float> values(n);
     for (float& v : values) v = value(random);
     float sum = 0;
@@ -176,7 +178,7 @@ TEST(ArrayStatisticMatchesReferenceAtEveryWidth, ForMeanAndExtremes) {
     EXPECT_EQ(image_math::mean<float>(values), sum / static_cast<float>(n));
     EXPECT_EQ(image_math::minimum<float>(values), low);
     EXPECT_EQ(image_math::maximum<float>(values), high);
-  }
+  });
 }
 
 }  // namespace

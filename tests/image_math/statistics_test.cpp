@@ -278,9 +278,10 @@ TEST(MeanOfTopOfAnArray, OfOneLevelIsThatLevel) {
 
 TEST(MeanOfTopMatchesReferenceAtEveryWidth, ForArrays) {
   Random random(2);
-  for (const float width : {1.0F, 30.0F, 3000.0F, 2e9F}) {
-    std::uniform_real_distribution<float> value(-width, width);
-    for (std::size_t n = 1; n <= 130; ++n) {
+  for (const float range : {1.0F, 30.0F, 3000.0F, 2e9F}) {
+    std::uniform_real_distribution<float> value(-range, range);
+    forEveryWidth([&](int width) {
+      const auto n = static_cast<std::size_t>(width);
       Floats values(n);
       for (float& v : values) v = value(random);
       for (const float p : kShares) {
@@ -291,7 +292,7 @@ TEST(MeanOfTopMatchesReferenceAtEveryWidth, ForArrays) {
                     image_math::meanOfTopByPercentage(rowOf(values), p));
         }
       }
-    }
+    });
   }
 }
 

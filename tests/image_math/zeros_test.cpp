@@ -165,13 +165,13 @@ TYPED_TEST_SUITE(FindZerosMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(FindZerosMatchesReferenceAtEveryWidth, ForEveryPixelType) {
   Random random(4);
-  for (int nx = 1; nx <= 130; nx += 3) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, 9};
     const auto a = randomImage<TypeParam>(random, shape);
     const auto b = randomImage<float>(random, shape);
     EXPECT_EQ(plain(image_math::findZeros(a)), plain(reference::findZeros(a)));
     EXPECT_EQ(plain(image_math::findZeros(a, b)), plain(reference::findZeros(a, b)));
-  }
+  });
 }
 
 }  // namespace

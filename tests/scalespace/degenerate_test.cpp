@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
+#include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 
 namespace orva::test {

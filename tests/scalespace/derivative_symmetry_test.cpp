@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/scalespace/turned.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
 namespace orva::test {

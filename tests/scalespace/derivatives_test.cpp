@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
+#include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 
 namespace orva::test {

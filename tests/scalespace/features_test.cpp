@@ -4,8 +4,9 @@
 #include <limits>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -34,14 +35,14 @@ TYPED_TEST_SUITE(FeatureMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(FeatureMatchesReferenceAtEveryWidth, ForPlanes) {
   Random random(41);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto img = randomImage<TypeParam>(random, {nx, randomInt(random, 1, 7)});
     const float sigma = randomSigma(random, 0.4F, 3.0F);
     for (const FeatureType type : kTypes)
       EXPECT_TRUE(sameImage(scalespace::features(img, sigma, type, 1.0F),
                             reference::features(img, sigma, type, 1.0F)))
-          << "width " << nx << " type " << type;
-  }
+          << "type " << type;
+  });
 }
 
 template <class T>

@@ -3,8 +3,9 @@
 #include <limits>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -18,25 +19,20 @@ reference::Orders randomOrders(Random& random) {
 }
 
 template <class T>
-class Gaussian : public testing::Test {};
-TYPED_TEST_SUITE(Gaussian, PixelTypes);
-template <class T>
 class GaussianMatchesReferenceAtEveryWidth : public testing::Test {};
 TYPED_TEST_SUITE(GaussianMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(GaussianMatchesReferenceAtEveryWidth, ForRandomSigmas) {
   Random random(11);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const image<TypeParam> img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const reference::Triple s = randomSigmas(random);
     const reference::Orders o = randomOrders(random);
     EXPECT_TRUE(sameImage(scalespace::gaussian(img, s.x, s.y, s.z, o.x, o.y, o.z),
-                          reference::gaussian(img, s, o)))
-        << "width " << nx;
+                          reference::gaussian(img, s, o)));
     EXPECT_TRUE(sameImage(scalespace::gaussian(img, s.x, o.x, o.y, o.z),
-                          reference::gaussian(img, {s.x, s.x, s.x}, o)))
-        << "width " << nx;
-  }
+                          reference::gaussian(img, {s.x, s.x, s.x}, o)));
+  });
 }
 
 template <class T>
@@ -45,17 +41,19 @@ TYPED_TEST_SUITE(SmoothMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(SmoothMatchesReferenceAtEveryWidth, ForRandomSigmas) {
   Random random(12);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const image<TypeParam> img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const reference::Triple s = randomSigmas(random);
-    EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, s.y, s.z), reference::smooth(img, s)))
-        << "width " << nx;
+    EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, s.y, s.z), reference::smooth(img, s)));
     const float ratio = randomSigma(random, 0.5F, 3.0F);
     EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, ratio),
-                          reference::smooth(img, {s.x, s.x, s.x / ratio})))
-        << "width " << nx;
-  }
+                          reference::smooth(img, {s.x, s.x, s.x / ratio})));
+  });
 }
+
+template <class T>
+class Gaussian : public testing::Test {};
+TYPED_TEST_SUITE(Gaussian, PixelTypes);
 
 TYPED_TEST(Gaussian, OfOnePixelIsItsValue) {
   Random random(13);
@@ -95,7 +93,7 @@ TYPED_TEST(Gaussian, OfANullImageIsANullFloatImage) {
 // Columns and stacks run through other loops than rows do.
 TEST(SeparableFilterMatchesReferenceAtEveryWidth, AlongColumnsAndPlanes) {
   Random random(15);
-  for (int n = 1; n <= 130; ++n) {
+  forEveryWidth([&](int n) {
     const int few = randomInt(random, 1, 19);
     for (const Shape& shape : {Shape{few, n}, Shape{few, 2, n}, Shape{3, few, 1, 1, n % 40 + 1}}) {
       const auto img = randomImage<float>(random, shape);
@@ -107,7 +105,7 @@ TEST(SeparableFilterMatchesReferenceAtEveryWidth, AlongColumnsAndPlanes) {
       EXPECT_TRUE(sameImage(scalespace::smooth(img, s.x, s.y, s.z), reference::smooth(img, s)))
           << "length " << n;
     }
-  }
+  });
 }
 
 TEST(SeparableFilterMatchesReference, WithKernelsLongerThanTheLine) {

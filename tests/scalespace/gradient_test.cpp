@@ -4,8 +4,9 @@
 #include <limits>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -19,29 +20,28 @@ TYPED_TEST_SUITE(GradientMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForOneImage) {
   Random random(31);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.5F);
     const float ratio = nx % 3 == 0 ? 0.0F : randomSigma(random, 0.5F, 3.0F);
     EXPECT_TRUE(
         sameImage(scalespace::gradient(img, sigma, ratio), reference::gradient(img, sigma, ratio)))
-        << "width " << nx << " ratio " << ratio;
-  }
+        << "ratio " << ratio;
+  });
 }
 
 TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForTheLaplacian) {
   Random random(32);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.5F);
-    EXPECT_TRUE(sameImage(scalespace::laplacian(img, sigma), reference::laplacian(img, sigma)))
-        << "width " << nx;
-  }
+    EXPECT_TRUE(sameImage(scalespace::laplacian(img, sigma), reference::laplacian(img, sigma)));
+  });
 }
 
 TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForPixelwiseForms) {
   Random random(33);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape = shapeOfWidth(random, nx);
     const auto a = randomImage<TypeParam>(random, shape);
     const auto b = randomImage<TypeParam>(random, shape);
@@ -51,7 +51,7 @@ TYPED_TEST(GradientMatchesReferenceAtEveryWidth, ForPixelwiseForms) {
     EXPECT_TRUE(sameImage(scalespace::direction(c, b), reference::direction(c, b)));
     EXPECT_TRUE(sameImage(scalespace::angle(c, a), reference::angle(c, a)));
     EXPECT_TRUE(sameImage(scalespace::angleInRadian(a, c), reference::angleInRadian(a, c)));
-  }
+  });
 }
 
 TEST(GradientOfOneImage, OfASingleFrameDoesNotUseTheRatio) {

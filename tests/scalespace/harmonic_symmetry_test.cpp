@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/scalespace/turned.h"
 #include "tests/support/images.h"
+#include "tests/support/test_images.h"
 #include "tests/support/turns.h"
 
 namespace orva::test {

@@ -8,9 +8,10 @@
 #include <memory>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/sanitizer.h"
+#include "tests/support/shapes.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
@@ -25,7 +26,7 @@ TYPED_TEST_SUITE(HarmonicCutMatchesReference, PixelTypes);
 
 TYPED_TEST(HarmonicCutMatchesReference, AtManyWidths) {
   Random random(61);
-  for (int nx = 1; nx <= 130; nx += 1 + nx / 20) {
+  for (int nx = 1; nx <= kMaxSweepWidth; nx += 1 + nx / 20) {
     const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.0F);
     const int iterations = randomInt(random, 0, 4);
@@ -104,15 +105,15 @@ TEST(HarmonicCutForms, DoNotChangeTheirInput) {
 
 TEST(LaplaceEquationMatchesReferenceAtEveryWidth, ForRandomMasks) {
   Random random(66);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const Shape shape{nx, randomInt(random, 1, 9), randomInt(random, 1, 2)};
     auto f = randomImage<float>(random, shape);
     auto expected = f.duplicate();
     const auto mask = randomMask(random, {shape.nx, shape.ny}, 0.6);
     scalespace::laplaceEquation(f, mask);
     reference::laplaceEquation(expected, mask);
-    EXPECT_TRUE(sameImage(f, expected)) << "width " << nx;
-  }
+    EXPECT_TRUE(sameImage(f, expected));
+  });
 }
 
 TEST(LaplaceEquation, ChangesOnlyWhereTheMaskIs255) {
@@ -204,14 +205,14 @@ TYPED_TEST_SUITE(ReduceMatchesReferenceAtEveryWidth, PixelTypes);
 
 TYPED_TEST(ReduceMatchesReferenceAtEveryWidth, ForRandomFactors) {
   Random random(71);
-  for (int nx = 1; nx <= 130; ++nx) {
+  forEveryWidth([&](int nx) {
     const auto img = randomImage<TypeParam>(random, shapeOfWidth(random, nx));
     const float sigma = randomSigma(random, 0.4F, 2.0F);
     const float factor = randomSigma(random, 0.01F, 1.6F);
     const std::unique_ptr<Image> result(scalespace::reduce(img, factor, sigma));
     ASSERT_NE(result, nullptr);
-    EXPECT_TRUE(sameImage(*result, reference::reduce(img, factor, sigma))) << "width " << nx;
-  }
+    EXPECT_TRUE(sameImage(*result, reference::reduce(img, factor, sigma)));
+  });
 }
 
 TYPED_TEST(Reduce, RoundsSizesDownAndKeepsOnePixel) {

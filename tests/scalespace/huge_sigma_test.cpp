@@ -12,7 +12,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
+#include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/reference/selection.h"
 

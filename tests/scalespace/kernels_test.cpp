@@ -8,7 +8,7 @@
 #include <new>
 
 #include "orva/scalespace/scalespace.h"
-#include "tests/scalespace/shapes.h"
+#include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/sanitizer.h"
 

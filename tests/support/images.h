@@ -59,6 +59,11 @@ inline int randomInt(Random& random, int low, int high) {
   return std::uniform_int_distribution<int>(low, high)(random);
 }
 
+// A scale of a Gaussian.
+inline float randomSigma(Random& random, float low = 0.3F, float high = 4.0F) {
+  return std::uniform_real_distribution<float>(low, high)(random);
+}
+
 // Every pixel random over values that stress the type: whole numbers small and large, both signs
 // where the type has them, fractions for float.
 template <class T>
@@ -117,6 +122,19 @@ inline ::testing::AssertionResult sameImage(const Image& a, const Image& b) {
   return ::testing::AssertionFailure()
          << "pixel " << i << " is " << ::testing::PrintToString(a.pixel(i)) << " and "
          << ::testing::PrintToString(b.pixel(i));
+}
+
+// As sameImage, but any NaN equals any other and 0 equals -0.
+inline ::testing::AssertionResult sameValues(const image<float>& a, const image<float>& b) {
+  if (a.npix() != b.npix()) return ::testing::AssertionFailure() << "pixel counts differ";
+  for (int i = 0; i < a.npix(); ++i) {
+    const float x = a.pixels()[i];
+    const float y = b.pixels()[i];
+    const bool bothNaN = x != x && y != y;
+    if (!(x == y) && !bothNaN)
+      return ::testing::AssertionFailure() << "pixel " << i << " is " << x << " and " << y;
+  }
+  return ::testing::AssertionSuccess();
 }
 
 }  // namespace orva::test

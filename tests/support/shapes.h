@@ -1,14 +1,28 @@
-// Image sizes that tests loop over.
+// Image sizes that tests loop over, and the sweep over all widths.
 #ifndef ORVA_TESTS_SUPPORT_SHAPES_H
 #define ORVA_TESTS_SUPPORT_SHAPES_H
 
 #include <functional>
 #include <numeric>
+#include <string>
 #include <vector>
 
 #include "tests/support/images.h"
 
 namespace orva::test {
+
+// Wide enough for every remainder of the loops that take several pixels per iteration.
+inline constexpr int kMaxSweepWidth = 130;
+
+// Calls check(width) for every width of the sweep; the first fatal failure ends it.
+template <class Check>
+void forEveryWidth(const Check& check) {
+  for (int width = 1; width <= kMaxSweepWidth; ++width) {
+    SCOPED_TRACE("width " + std::to_string(width));
+    check(width);
+    if (testing::Test::HasFatalFailure()) return;
+  }
+}
 
 // A single pixel, single rows and columns, plain and odd planes, stacks, channels and time points.
 inline std::vector<Shape> oddShapes() {
@@ -19,13 +33,22 @@ inline std::vector<Shape> oddShapes() {
           {33, 2, 1, 2, 2}};
 }
 
-// The same, and every width from 1 to 130 with few rows.
+// The same, and every width of a sweep with few rows.
 inline std::vector<Shape> oddShapesAndWidths() {
   std::vector<Shape> shapes = oddShapes();
-  for (int width = 1; width <= 130; ++width) {
-    shapes.push_back({width, 1 + width % 3, 1, 1 + width % 2});
-  }
+  forEveryWidth([&](int width) { shapes.push_back({width, 1 + width % 3, 1, 1 + width % 2}); });
   return shapes;
+}
+
+// A shape of the given width with few rows, and with planes, channels and time points at times.
+inline Shape shapeOfWidth(Random& random, int nx) {
+  Shape shape{nx, randomInt(random, 1, 6)};
+  if (randomInt(random, 0, 1) == 1) {
+    shape.nz = randomInt(random, 1, 3);
+    shape.nc = randomInt(random, 1, 2);
+    shape.nt = randomInt(random, 1, 2);
+  }
+  return shape;
 }
 
 // Sizes of x and y up to 12, of z, channel and time point up to 3.

@@ -101,7 +101,7 @@ TEST_F(TextFile, EndsAtALineOf1024CharactersAsIsIntended) {
   }
 }
 
-TEST_F(TextFile, ThatCanNotBeOpenedIsReported) {
+TEST_F(TextFile, ThatCannotBeOpenedIsReported) {
   const std::string name = dir_.file("missing.txt");
   testing::internal::CaptureStderr();
   testing::internal::CaptureStdout();
@@ -189,7 +189,7 @@ TEST_F(TextFile, ConvertsToATableByItsName) {
   EXPECT_EQ(table.property("sigma"), "2.5");
 }
 
-TEST(Configure, OfAFileThatCanNotBeOpenedIsEmpty) {
+TEST(Configure, OfAFileThatCannotBeOpenedIsEmpty) {
   testing::internal::CaptureStderr();
   const Configure table("/missing/some.txt");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Cannot open file: /missing/some.txt\n");

@@ -1,5 +1,4 @@
-// The voting engine with its state laid open, images for it, and comparison with the reference
-// implementation.
+// The voting engine with its state laid open, and its comparison with the reference implementation.
 #ifndef ORVA_TESTS_VOTING_PROBE_H
 #define ORVA_TESTS_VOTING_PROBE_H
 
@@ -13,6 +12,7 @@
 #include "orva/voting/circularvoting.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
+#include "tests/support/test_images.h"
 
 namespace orva::test {
 
@@ -145,31 +145,6 @@ inline void expectSameVoting(Probe& probe, const reference::Voting& expected) {
   EXPECT_TRUE(sameCones(probe.cones_, expected.cones));
   EXPECT_EQ(probe.margin_, expected.margin);
 }
-
-struct Disc {
-  int x;
-  int y;
-  int radius;
-};
-
-// Discs of value `inside` on a ground of value `outside`, in every frame.
-template <class T>
-image<T> discImage(const Shape& shape, const std::vector<Disc>& discs, float inside,
-                   float outside) {
-  image<T> img = blank<T>(shape);
-  for (int i = 0; i < img.npix(); ++i) {
-    const int x = i % img.nx();
-    const int y = i / img.nx() % img.ny();
-    float v = outside;
-    for (const Disc& d : discs) {
-      if ((x - d.x) * (x - d.x) + (y - d.y) * (y - d.y) <= d.radius * d.radius) v = inside;
-    }
-    img.setPixel(i, v);
-  }
-  return img;
-}
-
-inline image<float> oneDisc() { return discImage<float>({40, 36}, {{21, 17, 8}}, 100.0F, 0.0F); }
 
 }  // namespace orva::test
 

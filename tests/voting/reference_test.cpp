@@ -9,6 +9,7 @@
 #include "orva/voting/circularvoting.h"
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
+#include "tests/support/shapes.h"
 #include "tests/voting/probe.h"
 
 namespace orva::test {
@@ -154,18 +155,17 @@ TEST(VotingMatchesReference, ForOddShapes) {
 // Votes are added in blocks of neighbours, which rows of every length cut in other places.
 TEST(VotingMatchesReferenceAtEveryWidth, ForDiscsAndNoise) {
   Random random(8);
-  for (int width = 1; width <= 130; ++width) {
+  forEveryWidth([&](int width) {
     const Shape shape{width, 5 + width % 13};
     VotingParams params;
     params.regionType = width % 3;
     params.maxRadius = 1 + width % 9;
     params.coneWidth = width % 5;
     params.centerThreshold = 0.1F;
-    SCOPED_TRACE(width);
     expectMatchesReference(params,
                            discImage<unsigned char>(shape, randomDiscs(random, shape), 200, 30));
     expectMatchesReference(params, randomImage<unsigned char>(random, shape));
-  }
+  });
 }
 
 // Very large cones are kept in another way.
