@@ -49,7 +49,7 @@ TEST(Batch, EveryImageGetsATableAPictureAndARow) {
                                                                "in/one.pgm,66,50,2,S\n"
                                                                "two.png,40,44,1,S\n"
                                                                "in/three.of.3.tif,30,31,0,S\n");
-  // Each pair is what a run on its image alone writes.
+  // Each pair equals that of a run on its image alone.
   for (const std::string name : {"in/one.pgm", "two.png", "in/three.of.3.tif"}) {
     SCOPED_TRACE(name);
     EXPECT_TRUE(succeeded(
@@ -139,7 +139,7 @@ TEST(Batch, AnUnreachableNameIsReportedAndSkipped) {
   }
 }
 
-TEST(Batch, AResultThatCanNotBeWrittenIsTheImagesFailure) {
+TEST(Batch, AResultThatCannotBeWrittenIsTheImagesFailure) {
   for (const std::string taken : {"one.csv", "one.png"}) {
     SCOPED_TRACE(taken);
     const Sandbox box;
@@ -158,7 +158,7 @@ TEST(Batch, AResultThatCanNotBeWrittenIsTheImagesFailure) {
   }
 }
 
-TEST(Batch, ASummaryThatCanNotBeWrittenFails) {
+TEST(Batch, ASummaryThatCannotBeWrittenFails) {
   const Sandbox box;
   box.write("one.pgm", pgm(twoDiscs()));
   fs::create_directories(box / "out/summary.csv");

@@ -11,9 +11,9 @@ const std::vector<std::string> kOutputs{".pgm", ".ppm", ".png", ".tif", ".iht", 
 
 namespace {
 
-bool allWholeUpTo(const Content& c, double most) {
+bool allWholeUpTo(const Content& c, double max) {
   return std::all_of(c.values.begin(), c.values.end(),
-                     [most](double v) { return v >= 0 && v <= most && v == std::floor(v); });
+                     [max](double v) { return v >= 0 && v <= max && v == std::floor(v); });
 }
 
 Content retyped(Content c, ImageFormat type) {

@@ -22,17 +22,17 @@ struct Sizes {
   int planes;
 };
 
-// Random whole numbers from low to high, both of which occur where there is room.
+// Random integers from low to high; both ends occur where there are enough pixels.
 Content randomContent(ImageFormat type, const Sizes& s, double low, double high, unsigned seed);
 
 // The brightness of the pixels as floats.
 Content luminance(const Content& colour);
 // Bytes, or the rounded luminance of colour; none for other values.
 std::optional<Content> asBytes(const Content& c);
-// Three equal samples a pixel.
+// Three equal samples per pixel.
 Content asColour(const Content& bytes);
 
-// What a file with the extension holds of `c`; none where it can not be written.
+// The content of a file with the extension that holds `c`; none where it cannot be written.
 std::optional<Content> expectedIn(const std::string& extension, const Content& c);
 // Then the end of the message.
 std::string reasonOf(const std::string& extension, const Content& c);

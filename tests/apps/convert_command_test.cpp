@@ -123,7 +123,7 @@ TEST_F(ConvertCommand, NumbersTooLargeForIhtFail) {
   EXPECT_EQ(readContent(box / "out.iht"), (Content{INT, 2, 1, 1, {1, 2147483647}}));
 }
 
-TEST_F(ConvertCommand, WideColourCanNotBeKept) {
+TEST_F(ConvertCommand, WideColourCannotBeKept) {
   const Picture picture{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
   TiffFile(box / "wide.tif").page(picture, {.bits = 16, .photometric = PHOTOMETRIC_RGB});
   for (const std::string to : {".ppm", ".png", ".tif", ".ics"}) {

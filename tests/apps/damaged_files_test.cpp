@@ -8,8 +8,8 @@
 namespace orva::test {
 namespace {
 
-constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
 
 // The whole of them is good, so that the cut is what fails.
 class DamagedFiles : public Conversion {
@@ -66,7 +66,7 @@ TEST_F(DamagedFiles, EveryCutPpmFileFails) {
 TEST_F(DamagedFiles, EveryCutPgmPngAndTiffFileFails) {
   struct Case {
     std::string name;
-    std::size_t magic;  // bytes that tell the format
+    std::size_t magic;  // bytes that identify the format
     int planes;
   };
   box.write("old.iht", "an old result");
@@ -86,7 +86,7 @@ TEST_F(DamagedFiles, EveryCutPgmPngAndTiffFileFails) {
   }
 }
 
-TEST_F(DamagedFiles, TheMessageTellsHeaderFromPixels) {
+TEST_F(DamagedFiles, TheMessageDistinguishesHeaderAndPixels) {
   box.write("old.tif", "an old result");
   box.write("in.iht", std::string(39, '\0'));
   expectFailure("in.iht", "is a damaged IHT file: the header is cut off\n");
@@ -129,18 +129,18 @@ TEST_F(DamagedFiles, WildHeadersOfRawFilesFail) {
       {3, 3, -1, BYTE, "a size is negative"},
       {-3, -3, 1, BYTE, "a size is negative"},
       {-3, 1, -3, BYTE, "a size is negative"},
-      {kLeast, kLeast, kLeast, BYTE, "a size is negative"},
-      {kMost, kMost, kMost, BYTE, "its sizes are too large"},
-      {kMost, kMost, 1, BYTE, "its sizes are too large"},
-      {1, kMost, 2, BYTE, "its sizes are too large"},
+      {kMin, kMin, kMin, BYTE, "a size is negative"},
+      {kMax, kMax, kMax, BYTE, "its sizes are too large"},
+      {kMax, kMax, 1, BYTE, "its sizes are too large"},
+      {1, kMax, 2, BYTE, "its sizes are too large"},
       {65536, 65536, 1, BYTE, "its sizes are too large"},
       {65536, 65536, 65536, BYTE, "its sizes are too large"},
       {1 << 30, 1 << 30, 16, BYTE, "its sizes are too large"},  // 0 in 64 bits
       {1 << 30, 16, 1 << 30, BYTE, "its sizes are too large"},
       {65536, 32768, 1, BYTE, "its sizes are too large"},
       {32768, 32768, 2, BYTE, "its sizes are too large"},
-      {kMost, 1, 1, BYTE, "pixels are missing"},
-      {1, 1, kMost, FLOAT, "pixels are missing"},
+      {kMax, 1, 1, BYTE, "pixels are missing"},
+      {1, 1, kMax, FLOAT, "pixels are missing"},
       {46340, 46340, 1, INT, "pixels are missing"},
       {10, 10, 2, BYTE, "pixels are missing"},
       {3, 3, 1, USHORT, "its pixel type is unknown"},
@@ -148,8 +148,8 @@ TEST_F(DamagedFiles, WildHeadersOfRawFilesFail) {
       {3, 3, 1, RGB, "its pixel type is unknown"},
       {3, 3, 1, 11, "its pixel type is unknown"},
       {3, 3, 1, -1, "its pixel type is unknown"},
-      {3, 3, 1, kMost, "its pixel type is unknown"},
-      {3, 3, 1, kLeast, "its pixel type is unknown"},
+      {3, 3, 1, kMax, "its pixel type is unknown"},
+      {3, 3, 1, kMin, "its pixel type is unknown"},
   };
   box.write("old.tif", "an old result");
   const std::string pixels(199, 'x');
@@ -167,7 +167,7 @@ TEST_F(DamagedFiles, WildHeadersOfRawFilesFail) {
 
 // Of the fields that are written twice the first ones count.
 TEST_F(DamagedFiles, OtherFieldsOfAnIhtHeaderAreNotUsed) {
-  box.write("in.iht", fieldsAnd({2, 3, 9, -9, kMost, kLeast, BYTE, 1, -1, 77}, "abcdef"));
+  box.write("in.iht", fieldsAnd({2, 3, 9, -9, kMax, kMin, BYTE, 1, -1, 77}, "abcdef"));
   EXPECT_TRUE(succeeded(convert("in.iht", "out.pgm")));
   EXPECT_EQ(box.read("out.pgm"), "P5\n3 2\n255\nabcdef");
 }

@@ -74,21 +74,21 @@ class FullDisk : public ::testing::Test {
       }
       const auto before = box.state();
       EXPECT_TRUE(
-          failedWithOneLine(box.run(call.arguments, {.largestFile = static_cast<long>(room)}),
+          failedWithOneLine(box.run(call.arguments, {.maxFileBytes = static_cast<long>(room)}),
                             "in.iht", "can not be written"));
       EXPECT_EQ(box.state(), before);
     }
     // Just enough is enough, but for the longer line that a header has for a moment.
     const std::size_t enough = longest + 2;
     EXPECT_TRUE(succeeded(
-        withoutOutput(box.run(call.arguments, {.largestFile = static_cast<long>(enough)}))));
+        withoutOutput(box.run(call.arguments, {.maxFileBytes = static_cast<long>(enough)}))));
     for (std::size_t i = 0; i < wholes.size(); ++i) {
       EXPECT_EQ(box.read(call.results[i]), wholes[i]);
     }
     for (const std::string& name : call.results) fs::remove(box / name);
   }
 
-  // Of measure, which says what it found.
+  // Of measure, which reports the number of regions.
   static Outcome withoutOutput(Outcome outcome) {
     outcome.out.clear();
     return outcome;
@@ -113,7 +113,7 @@ TEST_F(FullDisk, OfSeveralImagesIsTheFailureOfEach) {
   box.write("a.pgm", pgm(twoDiscs()));
   box.write("b.pgm", pgm(twoDiscs()));
   const Arguments call{"vote", "--max-radius", "10", "--out", "out", "a.pgm", "b.pgm"};
-  const Outcome outcome = box.run(call, {.largestFile = 150});
+  const Outcome outcome = box.run(call, {.maxFileBytes = 150});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
             "orva: a.pgm: out/a.png can not be written: File too large\n"
@@ -121,7 +121,7 @@ TEST_F(FullDisk, OfSeveralImagesIsTheFailureOfEach) {
   EXPECT_EQ(box.names(), (std::vector<std::string>{"a.pgm", "b.pgm", "out", "out/summary.csv"}));
   EXPECT_EQ(box.read("out/summary.csv"), "file,width,height,centers,seconds\n");
 
-  const Outcome full = box.run(call, {.largestFile = 0});
+  const Outcome full = box.run(call, {.maxFileBytes = 0});
   EXPECT_EQ(full.status, 1);
   EXPECT_EQ(full.err,
             "orva: a.pgm: out/a.csv can not be written: File too large\n"
@@ -140,7 +140,7 @@ TEST_F(FullDisk, FailsStandardOutput) {
     box.write("stdout", "");
     const std::string file = box / "stdout";
     EXPECT_TRUE(failedWithOneLine(
-        box.run(call, {.out = file.c_str(), .largestFile = static_cast<long>(room)}), "discs.pgm",
+        box.run(call, {.out = file.c_str(), .maxFileBytes = static_cast<long>(room)}), "discs.pgm",
         "the table can not be written to standard output"));
   }
 }

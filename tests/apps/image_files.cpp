@@ -22,7 +22,7 @@ void require(bool good, const std::string& what) {
 
 std::string bytesOfFile(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
-  require(in.is_open(), "can not read " + path.string());
+  require(in.is_open(), "cannot read " + path.string());
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
@@ -90,9 +90,10 @@ Content readPnm(const fs::path& path, const std::string& magic, ImageFormat type
   std::istringstream in(bytesOfFile(path));
   std::string start;
   Content content{type, 0, 0, 1, {}};
-  int most = 0;
-  in >> start >> content.width >> content.height >> most;
-  require(in.good() && start == magic && most == 255 && in.get() == '\n', "not a file " + magic);
+  int maxValue = 0;
+  in >> start >> content.width >> content.height >> maxValue;
+  require(in.good() && start == magic && maxValue == 255 && in.get() == '\n',
+          "not a file " + magic);
   takePixels(content, {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()});
   return content;
 }
@@ -126,7 +127,7 @@ Content readUif(const fs::path& path) {
 // libpng ends the process on an error here, as no other end is prepared.
 Content readPng(const fs::path& path) {
   std::FILE* file = std::fopen(path.c_str(), "rb");
-  require(file != nullptr, "can not read " + path.string());
+  require(file != nullptr, "cannot read " + path.string());
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);
   png_init_io(png, file);

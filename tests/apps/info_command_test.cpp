@@ -89,7 +89,7 @@ TEST_F(InfoCommand, PagesMayDiffer) {
              "format: TIFF\npages: 4\nwidth: 3\nheight: 2\npixel type: BYTE\nrange: 4 to 70000\n");
 }
 
-// Colour that can not be kept shows as brightness.
+// Colour that cannot be kept shows as brightness.
 TEST_F(InfoCommand, WideColourCountsAsBrightness) {
   TiffFile(box / "in.tif")
       .page({2, 1, 3, {500, 500, 500, 1000, 1000, 1000}},
@@ -166,7 +166,7 @@ TEST_F(InfoCommand, WhatIsNoIcsHeaderFails) {
   }
 }
 
-// A name says IHT, UIF or ICS, and the content all others.
+// IHT, UIF and ICS are recognised by name, all others by content.
 TEST_F(InfoCommand, TheFormatIsThatOfTheContentOrTheName) {
   const Content c{BYTE, 2, 1, 1, {5, 6}};
   for (const std::string extension : {".pgm", ".png", ".tif"}) {

@@ -18,8 +18,8 @@ const std::string kHeader = "xmin,xmax,ymin,ymax,zmin,zmax,cx,cy,cz,radius,npix,
 struct Request {
   std::optional<float> threshold{};
   std::optional<float> scale{};
-  int least = 1;
-  int most = std::numeric_limits<int>::max();
+  int minSize = 1;
+  int maxSize = std::numeric_limits<int>::max();
   bool fill = false;
 
   std::vector<std::string> arguments() const {
@@ -32,8 +32,8 @@ struct Request {
     };
     if (threshold) add("--threshold", *threshold);
     if (scale) add("--auto", *scale);
-    if (least > 1) add("--min-size", least);
-    if (most < std::numeric_limits<int>::max()) add("--max-size", most);
+    if (minSize > 1) add("--min-size", minSize);
+    if (maxSize < std::numeric_limits<int>::max()) add("--max-size", maxSize);
     if (fill) result.emplace_back("--fill");
     return result;
   }
@@ -69,7 +69,7 @@ Measured measureDirectly(const Image& img, const Request& request) {
   Measured result{t, {}, {SHORT, img.nx(), img.ny(), img.nz(), {}}};
   std::vector<int> numbers;
   for (const RegionFeature& f : features) {
-    const bool isWanted = f.npix >= request.least && f.npix <= request.most;
+    const bool isWanted = f.npix >= request.minSize && f.npix <= request.maxSize;
     numbers.push_back(isWanted ? static_cast<int>(result.rows.size()) : -1);
     if (isWanted) result.rows.push_back(fieldsOf(f));
   }
@@ -155,19 +155,19 @@ TEST_F(MeasureCommand, ASmallPictureByHand) {
   EXPECT_EQ(box.read("table.csv"), kHeader + ring + dot + bar);
   EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97.5F})));
   EXPECT_EQ(box.read("table.csv"), kHeader + ring + bar);
-  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .least = 2})));
+  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .minSize = 2})));
   EXPECT_EQ(box.read("table.csv"), kHeader + ring + bar);
-  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .least = 4, .most = 4})));
+  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .minSize = 4, .maxSize = 4})));
   EXPECT_EQ(box.read("table.csv"), kHeader + bar);
-  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .least = 5, .most = 7})));
+  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .minSize = 5, .maxSize = 7})));
   EXPECT_EQ(box.read("table.csv"), kHeader);
-  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .most = 7}, {"--labels", "l.iht"})));
+  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .maxSize = 7}, {"--labels", "l.iht"})));
   EXPECT_EQ(box.read("table.csv"), kHeader + dot + bar);
   EXPECT_EQ(readContent(box / "l.iht"),
             (Content{SHORT, 7, 4, 1, {-1, -1, -1, -1, -1, -1, 0,  -1, -1, -1, -1, -1, -1, -1,
                                       -1, -1, -1, -1, 1,  1,  -1, -1, -1, -1, -1, -1, 1,  1}}));
   // The hole is filled before it is counted, with its own brightness: 122 eight times and 32.
-  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .least = 9, .fill = true})));
+  EXPECT_TRUE(succeeded(measure("in.pgm", {.threshold = 97, .minSize = 9, .fill = true})));
   EXPECT_EQ(box.read("table.csv"), kHeader + "0,2,0,2,0,0,1,1,0,1,9,112,900\n");
 }
 
@@ -200,8 +200,8 @@ TEST_F(MeasureCommand, EveryPixelTypeAtManyThresholds) {
         regions += expectMeasured("in.tif", *img, request);
       }
       regions += expectMeasured("in.tif", *img, {});
-      regions += expectMeasured("in.tif", *img, {.scale = 1.5F, .least = 2});
-      regions += expectMeasured("in.tif", *img, {.scale = 0.7F, .most = 3, .fill = true});
+      regions += expectMeasured("in.tif", *img, {.scale = 1.5F, .minSize = 2});
+      regions += expectMeasured("in.tif", *img, {.scale = 0.7F, .maxSize = 3, .fill = true});
     }
   }
   EXPECT_GT(regions, 1000U);
@@ -215,11 +215,13 @@ TEST_F(MeasureCommand, SizeLimitsIncludeTheirEnds) {
   }
   writeContent(box / "in.uif", bars);
   const AsImage img(bars);
-  for (int least = 1; least <= 7; ++least) {
-    for (int most = least; most <= 7; ++most) {
-      const auto expected = static_cast<std::size_t>(std::max(0, std::min(most, 6) - least + 1));
-      EXPECT_EQ(expectMeasured("in.uif", *img, {.threshold = 9, .least = least, .most = most}),
-                expected);
+  for (int minSize = 1; minSize <= 7; ++minSize) {
+    for (int maxSize = minSize; maxSize <= 7; ++maxSize) {
+      const auto expected =
+          static_cast<std::size_t>(std::max(0, std::min(maxSize, 6) - minSize + 1));
+      EXPECT_EQ(
+          expectMeasured("in.uif", *img, {.threshold = 9, .minSize = minSize, .maxSize = maxSize}),
+          expected);
     }
   }
 }
@@ -279,7 +281,7 @@ TEST_F(MeasureCommand, WithoutLabelsTheTableIsAllThatIsWritten) {
   EXPECT_EQ(box.names(), (std::vector<std::string>{"discs.pgm", "table.csv"}));
 }
 
-// Labels are shorts; the command says so, and what is kept is right.
+// Labels are shorts; the command reports more regions, and those that are kept are right.
 TEST_F(MeasureCommand, MoreRegionsThanLabelsFail) {
   Content dots{BYTE, 363, 363, 1, std::vector<double>(363 * 363)};
   for (int i = 0; i < 182 * 182; ++i) {  // 33124 single pixels
@@ -291,7 +293,7 @@ TEST_F(MeasureCommand, MoreRegionsThanLabelsFail) {
   EXPECT_EQ(box.names(), std::vector<std::string>{"in.pgm"});
 }
 
-// As many holes are filled without a word.
+// As many holes are filled silently.
 TEST_F(MeasureCommand, MoreHolesThanLabelsAreFilled) {
   Content holes{BYTE, 365, 365, 1, std::vector<double>(365 * 365, 200)};
   for (int i = 0; i < 182 * 182; ++i) {
@@ -321,11 +323,12 @@ TEST_F(MeasureCommand, PixelsThatAreNoNumbersNeedAThreshold) {
 TEST_F(MeasureCommand, SampleImages) {
   const std::vector<std::pair<std::string, std::size_t>> images{
       {"dsb_sparse_a", 6}, {"dsb_dense_a", 50}, {"dsb_large_a", 6}, {"dsb_histw_a", 1}};
-  for (const auto& [name, least] : images) {
+  for (const auto& [name, minRegions] : images) {
     const std::string file = ORVA_DATA "/images/" + name + ".pgm";
     const AsImage img(readContent(file));
-    EXPECT_GE(expectMeasured(file, *img, {.least = 30, .fill = true}), least);
-    EXPECT_GE(expectMeasured(file, *img, {.scale = 5.0F, .least = 10, .most = 2000}), least);
+    EXPECT_GE(expectMeasured(file, *img, {.minSize = 30, .fill = true}), minRegions);
+    EXPECT_GE(expectMeasured(file, *img, {.scale = 5.0F, .minSize = 10, .maxSize = 2000}),
+              minRegions);
   }
 }
 

@@ -26,7 +26,7 @@ void writeBlack(const Sandbox& box, const std::string& name, std::size_t width,
   fs::resize_file(box / name, header.size() + width * height);
 }
 
-// Has two good images, and two that do not fit: one is read and can not be voted on, one is not
+// Has two good images, and two that do not fit: one is read but too large for voting, one is not
 // even read.
 class Memory : public ::testing::Test {
  protected:
@@ -44,7 +44,7 @@ class Memory : public ::testing::Test {
 TEST_F(Memory, OfOneImageIsItsFailureAndTheOthersAreDone) {
   const Outcome outcome = box.run({"vote", "--max-radius", "10", "--history", "h_", "--out", "out",
                                    "a.pgm", "wide.pgm", "huge.pgm", "z.pgm"},
-                                  {.mostMemory = kRoom});
+                                  {.maxMemory = kRoom});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err,
@@ -68,7 +68,7 @@ TEST_F(Memory, OfTheOnlyImageEndsTheRunWithoutATrace) {
   const auto before = box.names();
   const Outcome outcome =
       box.run({"vote", "--max-radius", "10", "--history", "h_", "--centers", "old.csv", "wide.pgm"},
-              {.mostMemory = kRoom});
+              {.maxMemory = kRoom});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err, "Error: out of memory\n");
@@ -88,7 +88,7 @@ class LittleMemory : public ::testing::Test {
   // Either the command itself could not have memory, or the library within it.
   void expectNoMemory(const std::vector<std::string>& arguments, long mebibytes) const {
     SCOPED_TRACE(arguments.at(0) + " with " + std::to_string(mebibytes));
-    const Outcome outcome = box.run(arguments, {.mostMemory = mebibytes * kMebibyte});
+    const Outcome outcome = box.run(arguments, {.maxMemory = mebibytes * kMebibyte});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_TRUE(outcome.err == "orva: large.pgm: needs more memory than there is\n" ||
@@ -106,7 +106,7 @@ constexpr long kStart = 48;
 
 TEST_F(LittleMemory, IsEnoughForASmallImage) {
   box.write("small.pgm", pgm(twoDiscs()));
-  EXPECT_TRUE(succeeded(box.run({"info", "small.pgm"}, {.mostMemory = kStart * kMebibyte})));
+  EXPECT_TRUE(succeeded(box.run({"info", "small.pgm"}, {.maxMemory = kStart * kMebibyte})));
 }
 
 TEST_F(LittleMemory, ForTheImageAloneIsReported) {

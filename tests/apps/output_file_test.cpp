@@ -138,7 +138,7 @@ TEST_F(OutputFile, ThroughALinkToNothingItsTargetIsMade) {
                                                    "old", "taken", "taken/inside", "taken/new"}));
 }
 
-TEST_F(OutputFile, ALinkThatCanNotLeadToAFileFails) {
+TEST_F(OutputFile, ALinkThatCannotLeadToAFileFails) {
   fs::create_symlink("missing/new", box / "link");
   fs::create_symlink("turn", box / "round");
   fs::create_symlink("round", box / "turn");

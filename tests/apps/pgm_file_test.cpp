@@ -138,7 +138,7 @@ TEST(PgmFile, ImagesWithoutObjectsGiveAnEmptyTable) {
 }
 
 // The widest image that the library votes on, and the next.
-TEST(PgmFile, ASideThatVotingCanNotAddressFails) {
+TEST(PgmFile, ASideThatVotingCannotAddressFails) {
   const Sandbox box;
   // The margin of radius 3 and cone width 4 is 5 and 3 more.
   const int widest = 32767 - 2 * 8;

@@ -5,14 +5,14 @@
 
 namespace orva::test {
 
-Picture discs(int width, int height, const std::vector<Disc>& objects, double ground) {
+Picture discs(int width, int height, const std::vector<Disc>& objects, double background) {
   Picture result{width, height, 1, {}};
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
-      double value = ground;
+      double value = background;
       for (const Disc& d : objects) {
         const double inside = d.radius + 1.0 - std::hypot(x - d.x, y - d.y);
-        value += (d.level - ground) * std::clamp(inside / 2.0, 0.0, 1.0);
+        value += (d.level - background) * std::clamp(inside / 2.0, 0.0, 1.0);
       }
       result.values.push_back(std::round(value));
     }

@@ -9,7 +9,7 @@
 
 namespace orva::test {
 
-// Samples row by row; those of one pixel lie together.
+// Samples row by row; those of a pixel are adjacent.
 struct Picture {
   int width;
   int height;
@@ -29,10 +29,10 @@ struct Disc {
   double level = 220.0;
 };
 
-// Grey discs on a ground of `ground`, in whole numbers, their edges two pixels wide.
-Picture discs(int width, int height, const std::vector<Disc>& objects, double ground = 20.0);
+// Grey discs on a background, in integers, with edges two pixels wide.
+Picture discs(int width, int height, const std::vector<Disc>& objects, double background = 20.0);
 
-// Two bright discs, without any symmetry, and where they are. --max-radius 10 finds both.
+// Two bright discs without any symmetry, and their positions. --max-radius 10 finds both.
 extern const std::vector<Disc> kTwoDiscs;
 Picture twoDiscs();
 

@@ -85,10 +85,10 @@ TEST(PngFile, FewBitsSpanTheWholeGreyRange) {
   for (const int depth : {1, 2, 4}) {
     for (const bool interlaced : {false, true}) {
       SCOPED_TRACE(std::to_string(depth) + " bits" + (interlaced ? ", interlaced" : ""));
-      const double most = (1 << depth) - 1;
+      const double max = (1 << depth) - 1;
       Picture levels = twoDiscs();
-      for (double& v : levels.values) v = std::floor(v / 256 * (most + 1));
-      const std::string expected = expectedTable(scaled(levels, 255 / most));
+      for (double& v : levels.values) v = std::floor(v / 256 * (max + 1));
+      const std::string expected = expectedTable(scaled(levels, 255 / max));
       ASSERT_TRUE(marksEach(parseCsv(expected), kTwoDiscs));
       const Sandbox box;
       writePng(box / "discs", levels, {.depth = depth, .interlaced = interlaced});
@@ -142,7 +142,7 @@ TEST(PngFile, ColourCountsAsLuminance) {
 }
 
 // Red is nearly as bright as green is not: equal luminance hides a disc.
-TEST(PngFile, ADiscOfItsGroundsLuminanceIsNotSeen) {
+TEST(PngFile, ADiscOfTheBackgroundsLuminanceIsNotFound) {
   const Picture grey = discs(50, 50, {{24, 25, 8}}, 0);
   const auto colours = [](double v) {
     return v > 100 ? std::vector{250.0, 0.0, 0.0} : std::vector{0.0, 74.0, 4.0};

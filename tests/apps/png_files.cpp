@@ -32,7 +32,7 @@ std::vector<png_byte> rowOf(const Picture& picture, int y, int depth) {
 // libpng ends the process on an error here, as no other end is prepared.
 void writePng(const std::filesystem::path& path, const Picture& picture, const PngForm& form) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) throw std::runtime_error("can not write " + path.string());
+  if (file == nullptr) throw std::runtime_error("cannot write " + path.string());
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);
   png_init_io(png, file);

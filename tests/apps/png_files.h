@@ -22,7 +22,7 @@ struct PngForm {
   bool transparentBlack = false;
 };
 
-// Holds the chunks that decoding needs, and none besides.
+// Has only the chunks that decoding needs.
 void writePng(const std::filesystem::path& path, const Picture& picture, const PngForm& form = {});
 
 struct RgbPicture {

@@ -1,4 +1,4 @@
-// Results of measure, filter and convert that can not be written leave everything as it was.
+// Results of measure, filter and convert that cannot be written leave everything as it was.
 #include "tests/apps/conversions.h"
 
 namespace orva::test {
@@ -116,7 +116,7 @@ TEST_F(ResultFiles, AFullDiskFails) {
         SCOPED_TRACE(::testing::PrintToString(call));
         if (hasOld) box.write("out" + extension, "an old result");
         remember();
-        EXPECT_TRUE(failedWithOneLine(box.run(call, {.largestFile = 3000}), "in.tif",
+        EXPECT_TRUE(failedWithOneLine(box.run(call, {.maxFileBytes = 3000}), "in.tif",
                                       "can not be written"));
         expectUntouched();
       }
@@ -132,7 +132,7 @@ TEST_F(ResultFiles, AFullDiskFailsTheTable) {
   }());
   remember();
   const Arguments call{"measure", "dots.uif", "--threshold", "1", "--table", "table.csv"};
-  EXPECT_TRUE(failedWithOneLine(box.run(call, {.largestFile = 3000}), "dots.uif",
+  EXPECT_TRUE(failedWithOneLine(box.run(call, {.maxFileBytes = 3000}), "dots.uif",
                                 "table.csv can not be written: File too large\n"));
   expectUntouched();
   EXPECT_TRUE(succeeded(box.run(call)));

@@ -31,8 +31,8 @@ int checked(int result, const char* call) {
 class Capture {
  public:
   enum class Into {
-    kFile,  // so that nobody waits for a reader
-    kPipe,  // for few words, where files can not grow
+    kFile,  // so that no writer waits for a reader
+    kPipe,  // for few words, where files cannot grow
     kTerminal,
     kNothing,  // a pipe without a reader
   };
@@ -160,12 +160,12 @@ Sandbox::~Sandbox() {
 
 struct Running::Captures {
   explicit Captures(const Streams& streams)
-      : out(streams.noReader           ? Capture::Into::kNothing
-            : streams.largestFile >= 0 ? Capture::Into::kPipe
-                                       : Capture::Into::kFile),
-        err(streams.terminal           ? Capture::Into::kTerminal
-            : streams.largestFile >= 0 ? Capture::Into::kPipe
-                                       : Capture::Into::kFile) {}
+      : out(streams.noReader            ? Capture::Into::kNothing
+            : streams.maxFileBytes >= 0 ? Capture::Into::kPipe
+                                        : Capture::Into::kFile),
+        err(streams.terminal            ? Capture::Into::kTerminal
+            : streams.maxFileBytes >= 0 ? Capture::Into::kPipe
+                                        : Capture::Into::kFile) {}
 
   Capture out;
   Capture err;
@@ -213,8 +213,8 @@ Running Sandbox::start(const std::vector<std::string>& arguments, const Streams&
   int error = 0;
   {
     const Attributes attributes(streams.ignored);
-    const ResourceLimit files(RLIMIT_FSIZE, streams.largestFile);
-    const ResourceLimit memory(RLIMIT_AS, streams.mostMemory);
+    const ResourceLimit files(RLIMIT_FSIZE, streams.maxFileBytes);
+    const ResourceLimit memory(RLIMIT_AS, streams.maxMemory);
     error = ::posix_spawn(&child, ORVA_COMMAND, actions.get(), attributes.get(), argv.data(),
                           ::environ);
   }
@@ -230,12 +230,12 @@ void Sandbox::write(std::string_view name, std::string_view content) const {
   std::ofstream file(path_ / name, std::ios::binary);
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
   file.close();
-  if (!file) throw std::runtime_error("can not write " + std::string(name));
+  if (!file) throw std::runtime_error("cannot write " + std::string(name));
 }
 
 std::string Sandbox::read(std::string_view name) const {
   std::ifstream file(path_ / name, std::ios::binary);
-  if (!file) throw std::runtime_error("can not read " + std::string(name));
+  if (!file) throw std::runtime_error("cannot read " + std::string(name));
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

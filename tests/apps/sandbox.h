@@ -17,31 +17,31 @@ namespace fs = std::filesystem;
 
 using Arguments = std::vector<std::string>;
 
-// What a run of the command left behind.
+// The result of a run of the command.
 struct Outcome {
   int status;  // 128 and the signal's number for a crash
   std::string out;
   std::string err;
 };
 
-// Where a run's streams go; both are read back unless something else is said.
+// Where the streams of a run go, by default to buffers that are read back, and its limits.
 struct Streams {
   const char* in = "/dev/null";  // a file or a device to read
   const char* out = nullptr;     // a file or a device instead
   bool terminal = false;         // standard error is a terminal
-  bool noReader = false;         // standard output is a pipe that nobody reads
-  long largestFile = -1;         // no file grows past these bytes, as on a full disk
-  long mostMemory = -1;          // no more bytes of address space than these
+  bool noReader = false;         // standard output is a pipe without a reader
+  long maxFileBytes = -1;        // no file grows past these bytes, as on a full disk
+  long maxMemory = -1;           // no more bytes of address space than these
   int ignored = 0;               // a signal that is ignored
 };
 
-// A run of the command that is under way.
+// A run of the command that has not ended yet.
 class Running {
  public:
   ~Running();  // ends it if that has not happened
 
   void send(int signal) const;
-  // Waits for the end; to be called once.
+  // Waits for the end; call it once.
   Outcome outcome();
 
  private:
@@ -54,7 +54,7 @@ class Running {
   std::unique_ptr<Captures> captures_;
 };
 
-// A directory of its own, removed with everything in it in the end.
+// A fresh directory, removed with its content at the end of the scope.
 class Sandbox {
  public:
   Sandbox();

@@ -159,7 +159,7 @@ TEST_F(StandardStreams, WithoutRoomForTheCopyTheCommandFails) {
   EXPECT_TRUE(failedWithOneLine(runPiped({"info", "-"}, box.read("a.pgm")), "-",
                                 "standard input can not be copied"));
   ::setenv("TMPDIR", (box / "tmp").c_str(), 1);
-  EXPECT_TRUE(failedWithOneLine(box.run({"info", "-"}, {.in = "a.pgm", .largestFile = 1000}), "-",
+  EXPECT_TRUE(failedWithOneLine(box.run({"info", "-"}, {.in = "a.pgm", .maxFileBytes = 1000}), "-",
                                 "File too large"));
   expectNothingLeft();
 }

@@ -27,7 +27,7 @@ void expectRefused(const std::vector<Call>& calls) {
   EXPECT_EQ(box.read("out.tif"), "an old result");
 }
 
-TEST(Subcommands, WrongCallsOfMeasureAreRefusedAndWriteNothing) {
+TEST(Subcommands, UsageErrorsOfMeasureWriteNothing) {
   expectRefused({
       {{"measure"}, "image is required"},
       {{"measure", "a.pgm"}, "--table is required"},
@@ -64,7 +64,7 @@ TEST(Subcommands, WrongCallsOfMeasureAreRefusedAndWriteNothing) {
   });
 }
 
-TEST(Subcommands, WrongCallsOfFilterAreRefusedAndWriteNothing) {
+TEST(Subcommands, UsageErrorsOfFilterWriteNothing) {
   expectRefused({
       {{"filter"}, "is required"},
       {{"filter", "a.pgm", "--op", "dx", "--sigma", "1"}, "--output is required"},

@@ -1,4 +1,4 @@
-// The command's tables, and those that the library's voting gives directly.
+// The tables of the command, and those computed directly by the library.
 #ifndef ORVA_TESTS_APPS_TABLES_H
 #define ORVA_TESTS_APPS_TABLES_H
 
@@ -33,7 +33,7 @@ Table parseCsv(const std::string& text);
 // One row within two pixels of each disc, and no others.
 ::testing::AssertionResult marksEach(const Table& table, const std::vector<Disc>& objects);
 
-// What the command documents as its defaults.
+// The documented defaults of the command.
 struct Settings {
   voting::CircularVoting::RegionType polarity = voting::CircularVoting::Bright;
   int minRadius = 1;

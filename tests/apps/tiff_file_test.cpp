@@ -169,18 +169,18 @@ TEST(TiffFile, FewBitsSpanTheWholeGreyRange) {
   for (const int bits : {1, 2, 4}) {
     for (const int photometric : {PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_MINISWHITE}) {
       SCOPED_TRACE(std::to_string(bits) + " bits, photometric " + std::to_string(photometric));
-      const double most = (1 << bits) - 1;
+      const double max = (1 << bits) - 1;
       Picture levels = twoDiscs();
-      for (double& v : levels.values) v = static_cast<int>(v / 256 * (most + 1));
+      for (double& v : levels.values) v = static_cast<int>(v / 256 * (max + 1));
       const bool white = photometric == PHOTOMETRIC_MINISWHITE;
       const Sandbox box;
       TiffFile(box / "discs")
-          .page(white ? scaled(levels, -1, most) : levels,
+          .page(white ? scaled(levels, -1, max) : levels,
                 {.bits = static_cast<std::uint16_t>(bits),
                  .photometric = static_cast<std::uint16_t>(photometric)});
       const Outcome outcome = box.run(kVote);
       EXPECT_TRUE(succeeded(outcome));
-      EXPECT_EQ(outcome.out, expectedTable(scaled(levels, 255 / most)));
+      EXPECT_EQ(outcome.out, expectedTable(scaled(levels, 255 / max)));
     }
   }
 }
@@ -299,7 +299,7 @@ TEST(TiffFile, AFlippedByteIsNeverACrash) {
 }
 
 TEST(TiffFile, AbsurdSizesFail) {
-  const std::uint32_t most = 4294967295U;
+  const std::uint32_t max = 4294967295U;
   const auto tags = [](std::uint32_t width, std::uint32_t height, std::uint32_t bits,
                        std::uint32_t photometric, std::uint32_t samples) {
     return std::vector<TiffTag>{
@@ -329,9 +329,9 @@ TEST(TiffFile, AbsurdSizesFail) {
   const std::vector<Case> cases{
       {"no width", tags(0, 10, 8, grey, 1)},
       {"no height", tags(10, 0, 8, grey, 1)},
-      {"widest", tags(most, 10, 8, grey, 1)},
-      {"highest", tags(10, most, 8, grey, 1)},
-      {"widest and highest", tags(most, most, 8, grey, 1)},
+      {"widest", tags(max, 10, 8, grey, 1)},
+      {"highest", tags(10, max, 8, grey, 1)},
+      {"widest and highest", tags(max, max, 8, grey, 1)},
       {"as large as is allowed", tags(32767, 32767, 8, grey, 1)},
       {"as large as is allowed, floats", tags(32767, 32767, 32, grey, 1)},
       {"as large as is allowed, many samples", tags(32767, 32767, 32, grey, 65535)},
@@ -341,7 +341,7 @@ TEST(TiffFile, AbsurdSizesFail) {
       {"few samples of colour", tags(20, 20, 8, PHOTOMETRIC_RGB, 1)},
       {"a large palette image", tags(32767, 32767, 8, PHOTOMETRIC_PALETTE, 1)},
       {"a large bilevel image", tags(32767, 32767, 1, grey, 1)},
-      {"a huge bilevel image", tags(most, most, 1, grey, 1)},
+      {"a huge bilevel image", tags(max, max, 1, grey, 1)},
       {"no bits", tags(20, 20, 0, grey, 1)},
       {"many bits", tags(20, 20, 65535, grey, 1)},
       {"64 bits", tags(5, 2, 64, grey, 1)},

@@ -31,7 +31,7 @@ struct TiffForm {
   std::string description{};
 };
 
-// A file that is written page by page and complete with the end of this object.
+// Writes a file page by page; the file is complete when the object is destroyed.
 class TiffFile {
  public:
   // `mode` is libtiff's: "w", with "l" or "b" for the byte order and "8" for 64-bit offsets.
@@ -46,8 +46,8 @@ class TiffFile {
   std::unique_ptr<TIFF, Close> tiff_;
 };
 
-// A little-endian file of one page with the given tags and values, and no more than that: `pixels`
-// begin at byte 512.
+// A little-endian file of one page with exactly the given tags and values; `pixels` begin at byte
+// 512.
 struct TiffTag {
   std::uint16_t name;
   std::uint32_t value;  // or where the values lie

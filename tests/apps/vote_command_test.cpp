@@ -14,7 +14,7 @@ bool holds(const std::string& text, const std::string& words) {
   return text.find(words) != std::string::npos;
 }
 
-TEST(VoteCommand, WrongCallsAreRefusedAndWriteNothing) {
+TEST(VoteCommand, UsageErrorsWriteNothing) {
   struct Case {
     std::vector<std::string> arguments;
     const char* words;
@@ -103,7 +103,7 @@ TEST(VoteCommand, BordersOfTheRangesAreAllowed) {
   }
 }
 
-TEST(VoteCommand, TellsItsVersion) {
+TEST(VoteCommand, PrintsItsVersion) {
   const Outcome outcome = Sandbox().run({"--version"});
   EXPECT_TRUE(succeeded(outcome));
   EXPECT_EQ(outcome.out, "orva " ORVA_VERSION "\n");
@@ -193,7 +193,7 @@ TEST(VoteCommand, WhatIsNoImageFails) {
   EXPECT_EQ(box.names(), before);
 }
 
-// What a file is called does not matter.
+// The name of a file does not matter.
 TEST(VoteCommand, TheKindOfAFileIsTakenFromItsContent) {
   const Sandbox box;
   box.write("discs.tif", pgm(twoDiscs()));

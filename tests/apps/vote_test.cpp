@@ -8,7 +8,7 @@
 namespace orva::test {
 namespace {
 
-// Bright and dark discs of several sizes and levels on a ground that is not even, so that every
+// Bright and dark discs of several sizes and levels on a background that is not even, so that every
 // setting makes a difference.
 Picture scene() {
   Picture picture = discs(120, 90,

@@ -10,7 +10,7 @@
 namespace orva::test {
 namespace {
 
-// Whether up to eight ones, added one after the other, give what their number gives at once.
+// Whether adding up to eight ones one by one gives the same as adding their number.
 bool sumsAgree(float v) {
   float sum = v;
   for (int k = 1; k <= 8; ++k) {
@@ -59,8 +59,8 @@ TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
 
 TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
   forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
-    for (const int most : {0, 3}) {
-      const image<short> labels = randomLabels(random, shape, most);
+    for (const int maxLabel : {0, 3}) {
+      const image<short> labels = randomLabels(random, shape, maxLabel);
       ASSERT_TRUE(sameImage(bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
     }
   });
@@ -74,11 +74,11 @@ TEST(PropagationMatchesReferenceAtEveryWidth, ForDistantLabels) {
       labels.pixels()[i] =
           static_cast<short>(randomInt(random, 0, 40) == 0 ? randomInt(random, 0, 9) : -1);
     }
-    for (const float most : {3.5F, 20000.0F}) {
+    for (const float maxDistance : {3.5F, 20000.0F}) {
       image<short> own = labels.duplicate();
       image<short> expected = labels.duplicate();
-      bip::propagate(own, most);
-      reference::propagate(expected, most);
+      bip::propagate(own, maxDistance);
+      reference::propagate(expected, maxDistance);
       ASSERT_TRUE(sameImage(own, expected)) << shape.nx;
     }
   });

@@ -121,7 +121,7 @@ TEST(Fchamfer, TakesEveryNonZeroByteAsObject) {
                                                 0, 0, 0, 0, 0})));
 }
 
-// The passes leave the border out: it follows at 1 for every step, in one walk of rising index.
+// The passes leave the border out: it follows at 1 per step, in one pass of rising index.
 TEST(Fchamfer, AddingOneForEveryStepFromTheBorderIsIntended) {
   EXPECT_TRUE(sameImage(bip::fchamfer(maskOf({"####", "#..#", "#..#", "####"})),
                         imageOf<float>({4, 4}, {1, 1, 1, 1, 1, 0, 0, 1, 1, 0, 0, 1, 1, 1, 1, 1})));
@@ -188,7 +188,7 @@ TEST(Fchamfer, OfLabelsMeetsOtherRegionsButNotTheImageBorder) {
             (Floats{0, 0, 0, 1, 2}));
 }
 
-TEST(Fchamfer, OfALabelVolumeLooksForBoundariesInAllThreeAxes) {
+TEST(Fchamfer, OfALabelVolumeMeetsBoundariesAlongAllAxes) {
   image<short> labels = blank<short>({5, 5, 5});
   labels.setPixel(2, 2, 4, -1.0F);
   const image<float> distance = bip::fchamfer(labels);
@@ -271,7 +271,7 @@ TEST(Chamfer, OfOtherPixelTypesIsNullWithAWarning) {
   }
 }
 
-TEST(Chamfer, SaysNothingOfWhatItCanMeasure) {
+TEST(Chamfer, PrintsNothingForWhatItCanMeasure) {
   testing::internal::CaptureStderr();
   testing::internal::CaptureStdout();
   bip::chamfer(maskOf({"#.#"}), true);

@@ -17,12 +17,12 @@
 namespace orva::test {
 namespace {
 
-constexpr int kMost = std::numeric_limits<int>::max();
-constexpr int kLeast = std::numeric_limits<int>::min();
+constexpr int kMax = std::numeric_limits<int>::max();
+constexpr int kMin = std::numeric_limits<int>::min();
 
 // What the operation returns, and its console line in `printed`.
 template <class Operation>
-image<short> heard(Operation operation, std::string& printed) {
+image<short> resultAndPrint(Operation operation, std::string& printed) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   const image<short> result = operation();
@@ -32,7 +32,7 @@ image<short> heard(Operation operation, std::string& printed) {
 }
 
 image<short> hull(const image<short>& labels, int precision, std::string& printed) {
-  return heard(
+  return resultAndPrint(
       [&] {
         image<short> result = labels.duplicate();
         bip::convexHull(result, precision);
@@ -42,7 +42,7 @@ image<short> hull(const image<short>& labels, int precision, std::string& printe
 }
 
 image<short> hull(const Mask& mask, int precision, std::string& printed) {
-  return heard([&] { return bip::convexHull(mask, precision); }, printed);
+  return resultAndPrint([&] { return bip::convexHull(mask, precision); }, printed);
 }
 
 template <class T>
@@ -58,14 +58,14 @@ image<short> referenceHull(const image<short>& labels, int precision) {
 }
 
 // Some separate pixels of each label, so that hulls have many shapes and overlap.
-image<short> randomDots(Random& random, const Shape& shape, int most) {
+image<short> randomDots(Random& random, const Shape& shape, int maxLabel) {
   image<short> labels = blank<short>(shape);
   for (int i = 0; i < labels.npix(); ++i) {
     labels.pixels()[i] = static_cast<short>(randomInt(random, -5, -1));
   }
-  for (int dots = randomInt(random, 0, 3 * (most + 1)); dots > 0 && !labels.isNull(); --dots) {
+  for (int dots = randomInt(random, 0, 3 * (maxLabel + 1)); dots > 0 && !labels.isNull(); --dots) {
     labels.pixels()[randomInt(random, 0, labels.npix() - 1)] =
-        static_cast<short>(randomInt(random, 0, most));
+        static_cast<short>(randomInt(random, 0, maxLabel));
   }
   return labels;
 }
@@ -130,10 +130,10 @@ TEST(ConvexHull, BringsThePrecisionInto3To50) {
   for (const Shape& shape : {Shape{40, 33}, Shape{7, 6, 5}}) {
     for (int round = 0; round < 5; ++round) {
       const image<short> labels = randomDots(random, shape, 2);
-      for (const int few : {kLeast, -5, 0, 1, 2}) {
+      for (const int few : {kMin, -5, 0, 1, 2}) {
         EXPECT_TRUE(sameImage(hull(labels, few), hull(labels, 3))) << few;
       }
-      for (const int many : {51, 1000, kMost}) {
+      for (const int many : {51, 1000, kMax}) {
         EXPECT_TRUE(sameImage(hull(labels, many), hull(labels, 50))) << many;
       }
     }
@@ -141,7 +141,7 @@ TEST(ConvexHull, BringsThePrecisionInto3To50) {
 }
 
 // A ring: the more directions the rounder its hull.
-TEST(ConvexHull, TakesAsManyDirectionsAsThePrecisionSays) {
+TEST(ConvexHull, TakesThePrecisionAsTheNumberOfDirections) {
   image<short> disc = blank<short>({601, 601});
   for (int i = 0; i < disc.npix(); ++i) {
     const int x = i % 601 - 300;

@@ -28,11 +28,11 @@ constexpr float kPathError = 4e-4F;
 const Shape kInner[] = {{24, 19}, {30, 7}, {11, 10, 8}};
 
 template <class T>
-image<T> withGround(const image<T>& img, T ground) {
+image<T> withBackground(const image<T>& img, T background) {
   return composed<T>(shapeOf(img), [&](int x, int y, int f) {
     const bool border = x == 0 || y == 0 || x == img.nx() - 1 || y == img.ny() - 1 ||
                         (img.nz() > 1 && (f == 0 || f == img.nz() - 1));
-    return border ? ground : pixelAt(img, x, y, f);
+    return border ? background : pixelAt(img, x, y, f);
   });
 }
 
@@ -40,7 +40,7 @@ TEST(TurnedMasks, HaveTurnedDistances) {
   Random random(310);
   for (const Shape& shape : kInner) {
     for (int round = 0; round < 10; ++round) {
-      const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.97), 0);
+      const Mask mask = withBackground<unsigned char>(randomMask(random, shape, 0.97), 0);
       const image<float> distance = bip::fchamfer(mask);
       EXPECT_LT(distance.max(), 100.0F);
       for (std::size_t t = 0; t < 4; ++t) {
@@ -58,7 +58,7 @@ TEST(TurnedLabels, HaveTurnedDistances) {
   Random random(317);
   for (const Shape& shape : kInner) {
     for (int round = 0; round < 10; ++round) {
-      const Labels labels = withGround<short>(randomLabels(random, shape, 1), -1);
+      const Labels labels = withBackground<short>(randomLabels(random, shape, 1), -1);
       const image<float> distance = bip::fchamfer(labels);
       for (std::size_t t = 0; t < 4; ++t) {
         const image<float> turned = bip::fchamfer(volumeTurns<short>()[t](labels));
@@ -74,13 +74,13 @@ TEST(TurnedLabels, HaveTurnedDistances) {
 TEST(FramedMasks, HaveTheSameDistancesWhereverTheyLie) {
   Random random(311);
   for (int round = 0; round < 10; ++round) {
-    const Mask mask = withGround<unsigned char>(randomMask(random, {21, 16}, 0.95), 0);
+    const Mask mask = withBackground<unsigned char>(randomMask(random, {21, 16}, 0.95), 0);
     EXPECT_TRUE(sameImage(bip::fchamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0)),
                           framed(bip::fchamfer(mask), 33, 30, 6, round, 0.0F)));
-    for (const unsigned char ground : {std::uint8_t{0}, std::uint8_t{255}}) {
-      EXPECT_TRUE(
-          sameImage(bip::chamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0), ground == 255),
-                    framed(bip::chamfer(mask, ground == 255), 33, 30, 6, round, ground)));
+    for (const unsigned char background : {std::uint8_t{0}, std::uint8_t{255}}) {
+      EXPECT_TRUE(sameImage(
+          bip::chamfer(framed<unsigned char>(mask, 33, 30, 6, round, 0), background == 255),
+          framed(bip::chamfer(mask, background == 255), 33, 30, 6, round, background)));
     }
   }
 }
@@ -114,7 +114,7 @@ TEST(TurnedVolumes, OfMuchObjectHaveDistancesWithTheirDiagonal) {
   Random random(318);
   const Shape shape{15, 13, 12};
   for (int round = 0; round < 10; ++round) {
-    const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.998), 255);
+    const Mask mask = withBackground<unsigned char>(randomMask(random, shape, 0.998), 255);
     const image<float> distance = bip::fchamfer(mask);
     const auto isInner = Image::interior(shape.nx, shape.ny, shape.nz);
     const image<float> backs[] = {transposed(bip::fchamfer(transposed(mask))),
@@ -133,7 +133,7 @@ TEST(TurnedVolumes, OfMuchObjectHaveDistancesWithTheirDiagonal) {
 TEST(TurnedMasks, HaveTurnedBytesOfDistances) {
   Random random(319);
   for (const Shape& shape : kInner) {
-    const Mask mask = withGround<unsigned char>(randomMask(random, shape, 0.97), 0);
+    const Mask mask = withBackground<unsigned char>(randomMask(random, shape, 0.97), 0);
     for (const bool invert : {false, true}) {
       const Mask bytes = bip::chamfer(mask, invert);
       ASSERT_EQ(bytes.fmax() - bytes.fmin(), 255.0F);

@@ -64,7 +64,7 @@ std::vector<Direction> directionsOf(int precision, bool isVolume) {
   return result;
 }
 
-// Whether the projection of a pixel on none of the directions is, but for rounding, the least or
+// Whether the projection of a pixel on none of the directions is, but for rounding, the smallest or
 // the largest of the region's.
 std::vector<bool> areOffBounds(const Labels& labels, int precision) {
   const int nx = labels.nx();
@@ -74,16 +74,16 @@ std::vector<bool> areOffBounds(const Labels& labels, int precision) {
     const auto project = [&](int i) {
       return i % nx * d[0] + i / nx % ny * d[1] + i / (nx * ny) * d[2];
     };
-    double least = 1e9;
-    double most = -1e9;
+    double min = 1e9;
+    double max = -1e9;
     for (int i = 0; i < labels.npix(); ++i) {
       if (labels.pixels()[i] < 0) continue;
-      least = std::min(least, project(i));
-      most = std::max(most, project(i));
+      min = std::min(min, project(i));
+      max = std::max(max, project(i));
     }
     for (int i = 0; i < labels.npix(); ++i) {
       const double p = project(i);
-      if (std::abs(p - least) < 1e-4 || std::abs(p - most) < 1e-4) {
+      if (std::abs(p - min) < 1e-4 || std::abs(p - max) < 1e-4) {
         result[static_cast<std::size_t>(i)] = false;
       }
     }

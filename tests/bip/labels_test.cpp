@@ -57,10 +57,10 @@ TEST(RelabelMatchesReference, ForRandomLabels) {
   Random random(5);
   for (const Shape& shape :
        {Shape{1, 1}, Shape{30, 1}, Shape{1, 30}, Shape{8, 7, 3}, Shape{5, 4, 1, 2, 2}}) {
-    for (const int most : {0, 5, 40, 32767}) {
+    for (const int maxLabel : {0, 5, 40, 32767}) {
       image<short> labels = blank<short>(shape);
       for (int i = 0; i < labels.npix(); ++i) {
-        labels.pixels()[i] = static_cast<short>(randomInt(random, -2, most));
+        labels.pixels()[i] = static_cast<short>(randomInt(random, -2, maxLabel));
       }
       image<short> expected = labels.duplicate();
       bip::relabel(labels);
@@ -76,7 +76,7 @@ TEST(IsBinaryImage, NeedsEveryByteToBe0Or255) {
   EXPECT_FALSE(bip::isBinaryImage(imageOf<unsigned char>({1, 1}, {254})));
 }
 
-TEST(IsBinaryImage, LooksAtAllChannelsAndTimePoints) {
+TEST(IsBinaryImage, ReadsAllChannelsAndTimePoints) {
   EXPECT_FALSE(bip::isBinaryImage(imageOf<unsigned char>({1, 1, 1, 2, 2}, {0, 255, 0, 7})));
   EXPECT_TRUE(bip::isBinaryImage(imageOf<unsigned char>({1, 1, 1, 2, 2}, {0, 255, 0, 0})));
 }

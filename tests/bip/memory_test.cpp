@@ -1,4 +1,4 @@
-// Operations on masks and labels that can not have their memory.
+// Operations on masks and labels without enough memory.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -15,7 +15,7 @@ namespace {
 
 using Picture = std::vector<std::string>;
 
-// The result of an operation that works in place.
+// The result of an in-place operation.
 template <class T>
 image<T> after(void (*operation)(image<T>&), const image<T>& img) {
   image<T> result = img.duplicate();

@@ -1,6 +1,6 @@
 // Stacks with their planes in another order.
 //
-// What is done pixel by pixel follows any order. What looks at plane 0 alone (erode, dilate, edge,
+// What is done pixel by pixel follows any order. What reads plane 0 alone (erode, dilate, edge,
 // boundaries, findZeros) follows any order of the others. Exceptions, which have z for an axis and
 // follow at most the order from back to front (symmetry_test.cpp and others): regions and their
 // selection, bounds and centroids along z, the filling of holes, distances, propagation and hulls.

@@ -155,7 +155,7 @@ TEST(Regions, ShortFormsUseTheirDefaults) {
   EXPECT_TRUE(sameImage(bip::regions(values), reference::regions(values, n)));
 }
 
-TEST(Regions, OfExactlyTheMostThatFitAreAllKept) {
+TEST(Regions, OfExactlyTheMaxAreAllKept) {
   const image<unsigned char> board = chessboard(256, 256);
   int n = 0;
   testing::internal::CaptureStderr();

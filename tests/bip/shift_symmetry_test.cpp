@@ -1,8 +1,8 @@
-// What lies elsewhere on a wide ground is measured and selected alike, at its new place.
+// What lies elsewhere on a wide background is measured and selected alike, at its new place.
 //
-// No exceptions for whole regions; edges are not marked on the border, so that images have a ground
-// of two pixels around them where edges matter. Regions themselves, erosion, dilation and edges are
-// in symmetry_test.cpp, distances and hulls in files of their own.
+// No exceptions for whole regions; edges are not marked on the border, so that images have a
+// background of two pixels around them where edges matter. Regions themselves, erosion, dilation
+// and edges are in symmetry_test.cpp, distances and hulls in files of their own.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -27,14 +27,14 @@ struct Shift {
 Shift randomShift(Random& random) { return {randomInt(random, 0, 16), randomInt(random, 0, 17)}; }
 
 template <class T>
-image<T> shifted(const image<T>& img, const Shift& by, T ground) {
-  return framed<T>(img, kWidth, kHeight, by.dx, by.dy, ground);
+image<T> shifted(const image<T>& img, const Shift& by, T background) {
+  return framed<T>(img, kWidth, kHeight, by.dx, by.dy, background);
 }
 
-// The image with a ground of two pixels around it.
+// The image with a background of two pixels around it.
 template <class T>
-image<T> onGround(const image<T>& img, T ground) {
-  return framed<T>(img, img.nx() + 4, img.ny() + 4, 2, 2, ground);
+image<T> onBackground(const image<T>& img, T background) {
+  return framed<T>(img, img.nx() + 4, img.ny() + 4, 2, 2, background);
 }
 
 void expectShifted(const std::vector<Point>& there, const std::vector<Point>& here,
@@ -86,7 +86,7 @@ TEST(FramedLabels, HaveShiftedBoundariesInTheSameOrder) {
   Random random(332);
   for (int round = 0; round < 10; ++round) {
     const Shift by = randomShift(random);
-    const Labels labels = onGround<short>(randomLabels(random, {16, 12}, 3), -1);
+    const Labels labels = onBackground<short>(randomLabels(random, {16, 12}, 3), -1);
     const auto here = bip::boundaries(labels);
     const auto there = bip::boundaries(shifted<short>(labels, by, -1));
     ASSERT_EQ(there.size(), here.size());
@@ -96,15 +96,15 @@ TEST(FramedLabels, HaveShiftedBoundariesInTheSameOrder) {
 
 TEST(FramedImages, HaveShiftedZerosInTheSameOrder) {
   Random random(333);
-  for (const float ground : {-1.0F, 0.0F}) {
+  for (const float background : {-1.0F, 0.0F}) {
     for (int round = 0; round < 10; ++round) {
       const Shift by = randomShift(random);
-      const auto a = onGround(randomImage<float>(random, {16, 12}), ground);
-      const auto b = onGround(randomImage<float>(random, {16, 12}), ground);
+      const auto a = onBackground(randomImage<float>(random, {16, 12}), background);
+      const auto b = onBackground(randomImage<float>(random, {16, 12}), background);
       const auto here = image_math::findZeros(a);
       ASSERT_FALSE(here.empty());
-      expectShifted(image_math::findZeros(shifted(a, by, ground)), here, by);
-      expectShifted(image_math::findZeros(shifted(a, by, ground), shifted(b, by, ground)),
+      expectShifted(image_math::findZeros(shifted(a, by, background)), here, by);
+      expectShifted(image_math::findZeros(shifted(a, by, background), shifted(b, by, background)),
                     image_math::findZeros(a, b), by);
     }
   }

@@ -35,10 +35,10 @@ Labels renumbered(const Labels& labels) {
   return result;
 }
 
-Mask smallBytes(Random& random, const Shape& shape, int most) {
+Mask smallBytes(Random& random, const Shape& shape, int max) {
   Mask img = blank<unsigned char>(shape);
   std::generate_n(img.pixels(), img.npix(),
-                  [&] { return static_cast<unsigned char>(randomInt(random, 0, most)); });
+                  [&] { return static_cast<unsigned char>(randomInt(random, 0, max)); });
   return img;
 }
 
@@ -69,8 +69,8 @@ TEST(TurnedRegions, AreAsMany) {
 }
 
 // A pixel nearer to the border than the reach has the border pixel as its neighbour, which does not
-// have it: what such regions join depends on where they are begun. A ground keeps them apart.
-TEST(TurnedRegions, OfAxialNeighboursFartherAwayNeedAGroundAround) {
+// have it: what such regions join depends on where they are begun. A background keeps them apart.
+TEST(TurnedRegions, OfAxialNeighboursFartherAwayNeedABackground) {
   Random random(316);
   for (int round = 0; round < 10; ++round) {
     const Mask mask = framed<unsigned char>(randomMask(random, {15, 13}, 0.4), 19, 17, 2, 2, 0);
@@ -241,7 +241,7 @@ TEST(TurnedVolumes, AreFilledAlike) {
   }
 }
 
-// With a ground around them that is as wide as an operation looks.
+// With a background around them as wide as the reach of the operation.
 TEST(FramedMasks, AreErodedDilatedAndFilledAlikeWhereverTheyLie) {
   Random random(308);
   for (int round = 0; round < 10; ++round) {

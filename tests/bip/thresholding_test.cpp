@@ -22,8 +22,8 @@ using Bytes = std::vector<unsigned char>;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr int kMost = std::numeric_limits<int>::max();
-constexpr int kLeast = std::numeric_limits<int>::min();
+constexpr int kMax = std::numeric_limits<int>::max();
+constexpr int kMin = std::numeric_limits<int>::min();
 
 const std::string kSizeMessage =
     "In bip::regionFeatures\n   Warning: label and brightness must have the same size\n"
@@ -88,7 +88,7 @@ TEST(Threshold, ReadsPixelsAsFloats) {
   // As an int the pixel is below, as a float it rounds up to the threshold.
   EXPECT_EQ(pixelsOf(bip::threshold(imageOf<int>({2, 1}, {2000000000 - 1, 1999999000}), 2e9F)),
             (Bytes{255, 0}));
-  // Samples that differ from what pixel() says.
+  // Samples that differ from pixel().
   EXPECT_EQ(pixelsOf(bip::threshold(
                 RawImage({2, 1}, USHORT, std::vector<unsigned short>{9, 1}, {1.0F, 9.0F}), 5.0F)),
             (Bytes{0, 255}));
@@ -222,7 +222,7 @@ TEST(SelectRegions, ErasesWhatIsSmallOrDark) {
   EXPECT_TRUE(sameImage(selected(mask, brightness, 0.0F, 4), blank<unsigned char>({5, 3})));
   EXPECT_TRUE(sameImage(selected(mask, brightness, 9.5F, 1), blank<unsigned char>({5, 3})));
   EXPECT_TRUE(sameImage(selected(mask, brightness, 9.0F, 1), maskOf({"...#.", ".....", "....."})));
-  for (const int minSize : {1, 0, -1, kLeast}) {
+  for (const int minSize : {1, 0, -1, kMin}) {
     EXPECT_TRUE(sameImage(selected(mask, brightness, -kInfinity, minSize), mask));
     EXPECT_TRUE(sameImage(selected(mask, brightness, kNaN, minSize), mask));
   }
@@ -233,7 +233,7 @@ TEST(SelectRegions, LeavesValuesOtherThan255) {
   EXPECT_TRUE(sameImage(selected(mask, blank<int>({3, 2}), 1.0F, 1), maskOf({"1.9", "5.2"})));
 }
 
-TEST(SelectRegions, OfAMaskWithoutRegionsSaysSoAndLeavesIt) {
+TEST(SelectRegions, OfAMaskWithoutRegionsReportsItAndLeavesIt) {
   for (const Mask& mask : {maskOf({"...", "..."}), maskOf({"1.5", "9.3"})}) {
     EXPECT_TRUE(sameImage(selected(mask, blank<float>({3, 2}), 1.0F, 9, kFailedMessage), mask));
   }
@@ -282,21 +282,21 @@ TEST(SelectRegionsBySize, KeepsRegionsAsLargeAsEitherBound) {
   const Mask first = maskOf({"#.....", "......", "......", "......", "......"});
   EXPECT_TRUE(sameImage(selectedBySize(mask, 3, 2), first));
   EXPECT_TRUE(sameImage(selectedBySize(mask, 1, 0), first));
-  EXPECT_TRUE(sameImage(selectedBySize(mask, kMost, kMost), first));
+  EXPECT_TRUE(sameImage(selectedBySize(mask, kMax, kMax), first));
 }
 
-TEST(SelectRegionsBySize, OfANegativeMostHasNoLimit) {
+TEST(SelectRegionsBySize, OfANegativeMaxHasNoLimit) {
   const Mask mask = maskOf({"#.####", "......", "######"});
-  for (const int most : {-1, -9, kLeast, kMost, 18}) {
-    EXPECT_TRUE(sameImage(selectedBySize(mask, 1, most), mask));
+  for (const int maxSize : {-1, -9, kMin, kMax, 18}) {
+    EXPECT_TRUE(sameImage(selectedBySize(mask, 1, maxSize), mask));
   }
 }
 
-TEST(SelectRegionsBySize, OfALeastBelowOneDoesNothing) {
+TEST(SelectRegionsBySize, OfAMinBelowOneDoesNothing) {
   const Mask mask = maskOf({"#.####", "1..9.5", "######"});
-  for (const int least : {0, -1, kLeast}) {
-    for (const int most : {10, 0, -1}) {
-      EXPECT_TRUE(sameImage(selectedBySize(mask, least, most), mask));
+  for (const int minSize : {0, -1, kMin}) {
+    for (const int maxSize : {10, 0, -1}) {
+      EXPECT_TRUE(sameImage(selectedBySize(mask, minSize, maxSize), mask));
     }
   }
 }
@@ -331,19 +331,19 @@ TEST(RegionSelectionMatchesReferenceAtEveryWidth, ForOddShapes) {
     const Mask mask = randomMix(random, shape);
     const auto brightness = randomImage<float>(random, shape);
     for (int round = 0; round < 4; ++round) {
-      const int least = randomInt(random, -1, 6);
-      const int most = randomInt(random, -2, 9);
+      const int minSize = randomInt(random, -1, 6);
+      const int maxSize = randomInt(random, -2, 9);
       const auto mean = static_cast<float>(randomInt(random, -300, 300));
       Mask expected = mask.duplicate();
-      reference::selectRegions(expected, brightness, mean, least);
+      reference::selectRegions(expected, brightness, mean, minSize);
       testing::internal::CaptureStderr();
       Mask own = mask.duplicate();
-      bip::selectRegions(own, brightness, mean, least);
+      bip::selectRegions(own, brightness, mean, minSize);
       testing::internal::GetCapturedStderr();
       EXPECT_TRUE(sameImage(own, expected));
       expected = mask.duplicate();
-      reference::selectRegionsBySize(expected, least, most);
-      EXPECT_TRUE(sameImage(selectedBySize(mask, least, most), expected));
+      reference::selectRegionsBySize(expected, minSize, maxSize);
+      EXPECT_TRUE(sameImage(selectedBySize(mask, minSize, maxSize), expected));
     }
   }
 }

@@ -1,4 +1,4 @@
-// What a reader of the command makes of a file: an image, or words about what is wrong.
+// The result of a reader of the command: an image, or a message.
 #ifndef ORVA_TESTS_FUZZ_COMMAND_READ_H
 #define ORVA_TESTS_FUZZ_COMMAND_READ_H
 

@@ -1,5 +1,5 @@
-// What the fuzz targets share. A target takes any bytes; it aborts where the library breaks a
-// promise, and the sanitizers end it where memory or arithmetic goes wrong.
+// Shared by the fuzz targets. A target takes any bytes; it aborts where the library breaks a
+// promise, and the sanitizers end it for errors of memory or arithmetic.
 #ifndef ORVA_TESTS_FUZZ_FUZZ_TARGET_H
 #define ORVA_TESTS_FUZZ_FUZZ_TARGET_H
 
@@ -32,7 +32,7 @@ inline void require(bool holds, const char* promise) {
   std::abort();
 }
 
-// A file in memory that has a name while the object lives.
+// A file in memory with a name during the lifetime of the object.
 class ContentFile {
  public:
   explicit ContentFile(std::string_view content) : file_(memfd_create("fuzz", 0)) {
@@ -53,7 +53,7 @@ class ContentFile {
   int file_;
 };
 
-// Takes what goes to the standard streams while the object lives.
+// Captures the standard streams during the lifetime of the object.
 class Captured {
  public:
   Captured() : out_(std::cout.rdbuf(printed_.rdbuf())), err_(std::cerr.rdbuf(reported_.rdbuf())) {}
@@ -74,7 +74,7 @@ class Captured {
   std::streambuf* err_;
 };
 
-// Takes an input apart from the front; what is past its end is 0.
+// Consumes an input from the front; bytes past its end are 0.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : rest_(textOf(data, size)) {}

@@ -1,4 +1,4 @@
-// Reference implementations of toInt() and toFloat(): one character at a time.
+// Reference implementations of toInt() and toFloat(): character by character.
 #ifndef ORVA_TESTS_FUZZ_NUMBER_REFERENCE_H
 #define ORVA_TESTS_FUZZ_NUMBER_REFERENCE_H
 
@@ -11,7 +11,7 @@
 
 namespace orva::test {
 
-// A text taken from the front; behind its end stand zeros.
+// Consumes a text from the front; characters past its end are zeros.
 class Scanned {
  public:
   explicit Scanned(const std::string& text) : text_(text) {
@@ -66,8 +66,8 @@ inline float floatOf(const std::string& text) {
     if (scanned.takeDigits() == 0) return 0.0F;
   }
   const float value = std::strtof(scanned.taken().c_str(), nullptr);
-  constexpr float kMost = std::numeric_limits<float>::max();
-  return std::isinf(value) ? std::copysign(kMost, value) : value;
+  constexpr float kMax = std::numeric_limits<float>::max();
+  return std::isinf(value) ? std::copysign(kMax, value) : value;
 }
 
 }  // namespace orva::test

@@ -60,14 +60,14 @@ constexpr std::array<Operation, 45> operations{
 
 constexpr std::size_t places = 64;  // of which the last are still free
 static_assert(operations.size() <= places);
-constexpr int most = 40;  // operations of one input
+constexpr int maxOperations = 40;  // operations of one input
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input in(data, size);
   const Captured captured;
-  for (int n = 0; n < most && !in.isEmpty(); ++n) {
+  for (int n = 0; n < maxOperations && !in.isEmpty(); ++n) {
     const std::size_t place = in.take<std::uint8_t>() % places;
     if (place < operations.size()) operations.at(place)(in);
   }

@@ -1,5 +1,5 @@
-// Reference implementation of the command's readers of PGM and PPM: what a file of such a kind
-// holds, or what is wrong with it, byte by byte.
+// Reference implementation of the command's readers of PGM and PPM: the content of a file or a
+// message, byte by byte.
 #ifndef ORVA_TESTS_FUZZ_PNM_REFERENCE_H
 #define ORVA_TESTS_FUZZ_PNM_REFERENCE_H
 
@@ -36,7 +36,7 @@ inline std::optional<std::uint64_t> pnmNumber(const std::string& content, std::s
   }
   if (at >= content.size()) return std::nullopt;
   std::uint64_t value = 0;
-  // More than an image can have stays more.
+  // Saturates above the largest size of an image.
   for (; at < content.size() && isDigit(); ++at) {
     if (value <= std::numeric_limits<std::uint32_t>::max()) {
       value = 10 * value + static_cast<std::uint64_t>(content[at] - '0');
@@ -62,8 +62,8 @@ inline PnmReference readPnm(const std::string& content, std::size_t channels) {
   }
   if (numbers[2] > 255) return failed("is a 16-bit " + kind + " file; only 8-bit ones are read");
   if (numbers[0] == 0 || numbers[1] == 0) return failed("the image has no pixels");
-  constexpr std::uint64_t kMost = std::numeric_limits<std::int32_t>::max();
-  if (numbers[0] > kMost || numbers[1] > kMost || numbers[0] * numbers[1] > kMost) {
+  constexpr std::uint64_t kMax = std::numeric_limits<std::int32_t>::max();
+  if (numbers[0] > kMax || numbers[1] > kMax || numbers[0] * numbers[1] > kMax) {
     return failed("the image is too large");
   }
   const std::uint64_t bytes = numbers[0] * numbers[1] * channels;

@@ -1,4 +1,4 @@
-// What the targets of the raw formats share.
+// Shared by the targets of the raw formats.
 #ifndef ORVA_TESTS_FUZZ_RAW_IMAGES_FUZZ_H
 #define ORVA_TESTS_FUZZ_RAW_IMAGES_FUZZ_H
 
@@ -13,8 +13,8 @@
 
 namespace orva::test {
 
-// True where the sizes at these places of the header ask for many pixels: they would only try the
-// patience of who waits.
+// Whether the sizes at these offsets of the header declare so many pixels that an input only takes
+// long.
 inline bool isLarge(std::string_view content, const std::array<std::size_t, 3>& fields) {
   std::int64_t product = 1;
   for (const std::size_t field : fields) {

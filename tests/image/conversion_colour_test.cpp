@@ -14,7 +14,7 @@
 namespace orva::test {
 namespace {
 
-// Components one after the other.
+// Interleaved components.
 std::vector<int> componentsOf(const image<Rgb>& img) {
   const auto* bytes = static_cast<const unsigned char*>(img.data());
   return {bytes, bytes + std::ptrdiff_t{3} * img.npix()};

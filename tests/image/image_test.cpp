@@ -89,7 +89,7 @@ TEST(EqualSize, FailsForOtherWidthHeightOrFrames) {
   EXPECT_FALSE(img.equalSize(BareImage(9, 10, 4, 1, 1)));
 }
 
-TEST(EqualSize, DoesNotLookAtThePixelType) {
+TEST(EqualSize, IgnoresThePixelType) {
   EXPECT_TRUE(image<float>(3, 2, 1, 1, 1).equalSize(image<short>(3, 2, 1, 1, 1)));
 }
 

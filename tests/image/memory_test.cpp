@@ -1,4 +1,4 @@
-// Images that can not have their memory, and sizes that no image can have.
+// Images without enough memory, and sizes that no image can have.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -1,4 +1,4 @@
-// Copies share their pixels, clones own theirs, and memory that can not be had ends the process.
+// Copies share their pixels, clones own theirs, and failed allocations end the process.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>

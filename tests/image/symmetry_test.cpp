@@ -1,5 +1,5 @@
-// Parts, extremes and conversions work pixel by pixel: an image with its pixels rearranged gives
-// the result, rearranged.
+// Parts, extremes and conversions are computed pixel by pixel: an image with its pixels rearranged
+// gives the result, rearranged.
 //
 // Exception: scale() takes the lower neighbour, so that it follows a flip only where a size
 // grows by a whole number; it can always be transposed. A Roi is cut from the first frame alone, so

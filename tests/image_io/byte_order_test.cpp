@@ -147,23 +147,23 @@ TEST(ReverseByteOrder, OfANegativePixelCountIsNothing) {
   EXPECT_EQ(std::string(static_cast<const char*>(img.data()) - 4, 8), "abcdefgh");
 }
 
-constexpr int kLeastFirst = 1;
+constexpr int kLittleEndian = 1;
 
-TEST(ExtractShort, TakesTheFirstTwoBytesLeastFirst) {
+TEST(ExtractShort, ReadsTheFirstTwoBytesAsLittleEndian) {
   for (int low = 0; low < 256; ++low) {
     for (int high = 0; high < 256; ++high) {
       // Two bytes are enough: the address sanitizer sees a read of more.
       const std::vector<unsigned char> buffer = {static_cast<unsigned char>(low),
                                                  static_cast<unsigned char>(high)};
       short result = 77;
-      image_io::extractShortDataFromBuffer(buffer.data(), kLeastFirst, 0, result);
+      image_io::extractShortDataFromBuffer(buffer.data(), kLittleEndian, 0, result);
       const int expected = low + 256 * high;
       ASSERT_EQ(result, expected < 32768 ? expected : expected - 65536);
     }
   }
 }
 
-TEST(ExtractShort, TakesTheLastTwoOfFourBytesMostFirstAsIsIntended) {
+TEST(ExtractShort, ReadingTheLastTwoOfFourBytesIsIntended) {
   for (const int flag : {0, 2, -1, 256}) {
     for (int low = 0; low < 256; ++low) {
       for (int high = 0; high < 256; ++high) {
@@ -187,7 +187,7 @@ TEST(ExtractLong, TakesFourBytesInEitherOrder) {
     const std::int64_t mostFirst = b[3] + 256LL * b[2] + 65536LL * b[1] + 16777216LL * b[0];
     const auto signedOf = [](std::int64_t v) { return v < 2147483648LL ? v : v - 4294967296LL; };
     int result = 77;
-    image_io::extractLongDataFromBuffer(b.data(), kLeastFirst, 0, result);
+    image_io::extractLongDataFromBuffer(b.data(), kLittleEndian, 0, result);
     EXPECT_EQ(result, signedOf(leastFirst));
     for (const int flag : {0, 2, -1, 256}) {
       image_io::extractLongDataFromBuffer(b.data(), flag, 0, result);
@@ -200,15 +200,15 @@ TEST(Extract, StartsAtTheOffset) {
   const std::array<unsigned char, 9> buffer = {9, 8, 7, 6, 5, 4, 3, 2, 1};
   short s = 0;
   int v = 0;
-  image_io::extractShortDataFromBuffer(buffer.data(), kLeastFirst, 7, s);
+  image_io::extractShortDataFromBuffer(buffer.data(), kLittleEndian, 7, s);
   EXPECT_EQ(s, 0x0102);
   image_io::extractShortDataFromBuffer(buffer.data(), 0, 5, s);
   EXPECT_EQ(s, 0x0201);
-  image_io::extractLongDataFromBuffer(buffer.data(), kLeastFirst, 5, v);
+  image_io::extractLongDataFromBuffer(buffer.data(), kLittleEndian, 5, v);
   EXPECT_EQ(v, 0x01020304);
   image_io::extractLongDataFromBuffer(buffer.data(), 0, 5, v);
   EXPECT_EQ(v, 0x04030201);
-  image_io::extractShortDataFromBuffer(buffer.data() + 8, kLeastFirst, -8, s);
+  image_io::extractShortDataFromBuffer(buffer.data() + 8, kLittleEndian, -8, s);
   EXPECT_EQ(s, 0x0809);
 }
 

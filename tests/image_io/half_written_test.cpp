@@ -1,4 +1,4 @@
-// A file that is not written to its end is reported by every writer, wherever it is cut off.
+// Every writer reports an incomplete file, wherever it is cut off.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -7,17 +7,17 @@
 
 #include "orva/image_io/image_io.h"
 #include "tests/support/files.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 #include "tests/support/resource_limit.h"
 
 namespace orva::test {
 namespace {
 
-// What write() says while no file grows past `most` bytes.
-std::string heardWithin(long most, const std::function<void()>& write) {
-  return heardFrom([&] {
-    const ResourceLimit limit(RLIMIT_FSIZE, most);
+// What write() prints while no file can grow past `maxBytes`.
+std::string printedWithin(long maxBytes, const std::function<void()>& write) {
+  return printedBy([&] {
+    const ResourceLimit limit(RLIMIT_FSIZE, maxBytes);
     write();
   });
 }
@@ -42,7 +42,7 @@ void expectEachCutIsReported(const std::function<void(const std::string& name)>&
     for (std::size_t i = 0; i < files.size(); ++i) {
       if (room < wholes[i].size()) expected += message + files[i] + '\n';
     }
-    EXPECT_EQ(heardWithin(static_cast<long>(room), [&] { write(dir.file("b")); }), expected);
+    EXPECT_EQ(printedWithin(static_cast<long>(room), [&] { write(dir.file("b")); }), expected);
     for (std::size_t i = 0; i < files.size(); ++i) {
       EXPECT_EQ(readFile(files[i]), wholes[i].substr(0, room));
     }
@@ -118,13 +118,13 @@ TEST(AHalfWrittenFile, IsReportedWhenItIsLarge) {
   for (const long room : {4095L, 4096L, 8192L, 19999L}) {
     SCOPED_TRACE(room);
     const std::string name = dir.file("b");
-    EXPECT_EQ(heardWithin(room, [&] { image_io::writeIHT(name, img); }),
+    EXPECT_EQ(printedWithin(room, [&] { image_io::writeIHT(name, img); }),
               "In image_io::writeIHT\nError in writing " + name + "\n");
-    EXPECT_EQ(heardWithin(room, [&] { image_io::writeUIF(name, img); }),
+    EXPECT_EQ(printedWithin(room, [&] { image_io::writeUIF(name, img); }),
               "In image_io::writeUIF\nError in writing " + name + "\n");
-    EXPECT_EQ(heardWithin(room, [&] { image_io::writePPM(name, bytes); }),
+    EXPECT_EQ(printedWithin(room, [&] { image_io::writePPM(name, bytes); }),
               "Can not write file: " + name + "\n");
-    EXPECT_EQ(heardWithin(room, [&] { image_io::writeICS(name, img); }),
+    EXPECT_EQ(printedWithin(room, [&] { image_io::writeICS(name, img); }),
               kIcsMessage + name + ".ids\n");
   }
 }

@@ -303,7 +303,7 @@ void forAllForms(const std::string& name, const Image& img, Check check) {
   run([&] { image_io::writeICS(image_io::MultiChannelIcsInfo(name), img); });
 }
 
-TEST_F(IcsFiles, ThatCanNotBeOpenedAreReported) {
+TEST_F(IcsFiles, ThatCannotBeOpenedAreReported) {
   const image<short> img(2, 2, 1, 1, 1);
   for (const char* name : {"none/b", "none/b.ics", "none/b/"}) {
     const std::string given = file(name);
@@ -316,7 +316,7 @@ TEST_F(IcsFiles, ThatCanNotBeOpenedAreReported) {
   EXPECT_TRUE(files().empty());
 }
 
-TEST_F(IcsFiles, WhosePixelFileCanNotBeOpenedKeepTheHeader) {
+TEST_F(IcsFiles, WhosePixelFileCannotBeOpenedKeepTheHeader) {
   const image<short> img(2, 2, 1, 1, 1);
   std::filesystem::create_directory(file("b.ids"));
   forAllForms(file("b"), img, [&](const std::string& err, const std::string& out) {
@@ -326,7 +326,7 @@ TEST_F(IcsFiles, WhosePixelFileCanNotBeOpenedKeepTheHeader) {
   });
 }
 
-TEST_F(IcsFiles, WhosePixelsCanNotBeWrittenAreReported) {
+TEST_F(IcsFiles, WhosePixelsCannotBeWrittenAreReported) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
   std::filesystem::create_symlink("/dev/full", file("b.ids"));
   // Less and more than a stream's buffer.

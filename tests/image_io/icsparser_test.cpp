@@ -191,7 +191,7 @@ TEST_F(IcsParser, ReadsNumbersAsAtoiDoes) {
             "1 (null) BYTE -5 7 0 0 1 1");
 }
 
-TEST_F(IcsParser, TellsTheByteOrderByTheFirstNumber) {
+TEST_F(IcsParser, TakesTheByteOrderFromTheFirstNumber) {
   const auto orderOf = [&](const std::string& values) {
     return parse("representation\tbyte_order\t" + values + "\n").bigEndian;
   };
@@ -273,7 +273,7 @@ TEST_F(IcsParser, IsCalledFromC) {
   EXPECT_EQ(product_of_sizes_from_c(file().c_str(), "fromC", "BYTE"), -1);
 }
 
-TEST_F(IcsParser, ReportsAFileThatItCanNotRead) {
+TEST_F(IcsParser, ReportsAFileThatItCannotRead) {
   // Nor a directory, which opens.
   for (const std::string& name :
        {dir().file("missing.ics"), dir().file("no/some.ics"), dir().file("")}) {

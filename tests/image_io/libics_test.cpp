@@ -5,7 +5,7 @@
 //   height before width, so their x is the height.
 // - The format words that it knows are "integer" and "float". With the other words, and with
 //   three or more bytes of colour, the type is Ics_unknown and the data size 0: the file opens and
-//   its pixels can not be had. (Asked for bytes nevertheless, it divides by zero.)
+//   its pixels cannot be read. (Asked for bytes nevertheless, it divides by zero.)
 // - The line "byte_order 2 1" fits pixels of two bytes only, and there says that the most
 //   significant byte comes first. Pixels are written in the machine's own order. So where the least
 //   significant byte comes first:

@@ -58,7 +58,7 @@ TEST(FilesWithoutMemory, OfHeadersAloneEndTheProcess) {
   EXPECT_EQ(pgm.err, "out of memory\n");
 }
 
-// A value as long as the file, read by a C function, which can not throw.
+// A value as long as the file, read by a C function that cannot throw.
 TEST(FilesWithoutMemory, OfIcsHeadersEndTheProcess) {
   const TempDir dir;
   writeFile(dir.file("a.ics"), "filename\t" + std::string(3000000, 'x') + '\n');

@@ -223,14 +223,14 @@ TEST_F(Ppm, RefusesOtherNumbersOfPlanes) {
   }
 }
 
-TEST_F(Ppm, ThatCanNotBeOpenedIsReported) {
+TEST_F(Ppm, ThatCannotBeOpenedIsReported) {
   testing::internal::CaptureStderr();
   image_io::writePPM(file("none/some.ppm"), image<unsigned char>(2, 2, 1, 1, 1));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "Can not open file: " + file("none/some.ppm") + "\n");
 }
 
-TEST_F(Ppm, ThatCanNotBeWrittenIsReported) {
+TEST_F(Ppm, ThatCannotBeWrittenIsReported) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full";
   for (const int width : {2, 40000}) {
     testing::internal::CaptureStderr();

@@ -59,7 +59,7 @@ TEST_F(PutImage, WritesAHeaderAloneForNoPixels) {
   EXPECT_EQ(readFile(file_), "P5\n7 0\n255\n");
 }
 
-TEST_F(PutImage, EndsTheProcessWhenTheFileCanNotBeOpened) {
+TEST_F(PutImage, EndsTheProcessWhenTheFileCannotBeOpened) {
   const std::string nowhere = dir_.file("missing/some.pgm");
   const unsigned char pixel = 0;
   // No blank stands before the name; this is intended.
@@ -67,7 +67,7 @@ TEST_F(PutImage, EndsTheProcessWhenTheFileCanNotBeOpened) {
               testing::Eq("Can't output image" + nowhere + ".\n"));
 }
 
-TEST_F(PutImage, EndsTheProcessWhenTheFileCanNotBeWrittenWhole) {
+TEST_F(PutImage, EndsTheProcessWhenTheFileCannotBeWrittenWhole) {
   const std::vector<unsigned char> pixels(100000);
   const testing::Matcher<const std::string&> message =
       testing::Eq("Can't write image /dev/full.\n");

@@ -155,7 +155,7 @@ TEST_F(StackCount, TakesEveryFirstByteButAnIAsBigEndian) {
     if (first == 'I') continue;
     EXPECT_EQ(count(content), Result(21, "lsb0\n0\n")) << first;
   }
-  // Only the first byte tells.
+  // Only the first byte matters.
   const Tiff little{true};
   content = little.header(8) + little.directory({little.entry(kStackTag, 22)}, 0);
   content[1] = 'M';
@@ -233,7 +233,7 @@ TEST_F(StackCount, OfAFileCutAtEveryLengthIsWhatWasFoundBefore) {
   }
 }
 
-TEST_F(StackCount, OfAFileThatCanNotBeOpenedIsMinusOne) {
+TEST_F(StackCount, OfAFileThatCannotBeOpenedIsMinusOne) {
   EXPECT_EQ(countIn(file()), Result(-1, "lsb0\n"));
   EXPECT_EQ(countIn(""), Result(-1, "lsb0\n"));
   EXPECT_EQ(countIn(testing::TempDir()), Result(-1, "lsb0\n"));  // a directory

@@ -191,7 +191,7 @@ TEST_F(Raw, OnlyFourFormatCodesAreRead) {
   }
 }
 
-TEST_F(Raw, FieldsWithoutUseAreNotLookedAt) {
+TEST_F(Raw, UnusedFieldsAreIgnored) {
   // The stored pixel size of a UIF file is one of them; the IHT header above holds the others.
   for (const int pixelSize : {-1, 0, 1, 8, 0x7FFFFFFF}) {
     writeFile(file(), reference::int32Bytes(2) + reference::int32Bytes(1) +
@@ -221,7 +221,7 @@ TEST_F(Raw, WhatFollowsThePixelsIsNotRead) {
 }
 
 TEST_F(Raw, SizesThatNoImageMayHaveAreRefused) {
-  constexpr int kMost = 0x7FFFFFFF;
+  constexpr int kMax = 0x7FFFFFFF;
   struct Row {
     int width, height, planes;
   };
@@ -233,19 +233,19 @@ TEST_F(Raw, SizesThatNoImageMayHaveAreRefused) {
       {-5, 0, 1},
       {0, -5, 1},
       {0, 0, -5},
-      {-kMost - 1, 1, 1},
-      {-kMost - 1, -kMost - 1, 0},
+      {-kMax - 1, 1, 1},
+      {-kMax - 1, -kMax - 1, 0},
       {32768, 65536, 1},
       {1, 32768, 65536},
       {32768, 1, 65536},
       {65536, 65536, 1},
       {65536, 65536, 2},
       {65537, 65535, 1},
-      {kMost, 2, 1},
-      {2, 1, kMost},
-      {1, kMost, 2},
-      {kMost, kMost, 1},
-      {kMost, kMost, kMost},
+      {kMax, 2, 1},
+      {2, 1, kMax},
+      {1, kMax, 2},
+      {kMax, kMax, 1},
+      {kMax, kMax, kMax},
       {1 << 22, 1 << 22, 1 << 22},  // 2^66, of which the low 64 bits are 0
       {1 << 30, 1 << 30, 16}};      // 2^64
   for (const Format& f : formats()) {
@@ -271,11 +271,11 @@ TEST_F(Raw, TheLargestSizesPassTheCheck) {
 }
 
 TEST_F(Raw, SizesWithAZeroGiveANullImage) {
-  constexpr int kMost = 0x7FFFFFFF;
+  constexpr int kMax = 0x7FFFFFFF;
   for (const Format& f : formats()) {
     for (const int code : {0, 1, 3, 4}) {
-      for (const Shape& s : {Shape{0, 0, 0}, Shape{0, kMost, kMost}, Shape{kMost, 0, kMost},
-                             Shape{kMost, kMost, 0}, Shape{4, 3, 0}, Shape{0, 1, 1}}) {
+      for (const Shape& s : {Shape{0, 0, 0}, Shape{0, kMax, kMax}, Shape{kMax, 0, kMax},
+                             Shape{kMax, kMax, 0}, Shape{4, 3, 0}, Shape{0, 1, 1}}) {
         const std::string content = f.header(s.nx, s.ny, s.nz, code) + "pixels";
         writeFile(file(), content);
         const std::unique_ptr<Image> img(f.read(file()));
@@ -314,7 +314,7 @@ TEST_F(RawMatchesReference, ForRandomBytes) {
   }
 }
 
-TEST_F(Raw, FilesThatCanNotBeOpenedAreReportedAndEndTheCall) {
+TEST_F(Raw, FilesThatCannotBeOpenedAreReportedAndEndTheCall) {
   const std::string nowhere = dir().file("missing/some.raw");
   const image<unsigned char> img(2, 2, 1, 1, 1);
   const auto messages = [](const std::function<void()>& call) {
@@ -335,7 +335,7 @@ TEST_F(Raw, FilesThatCanNotBeOpenedAreReportedAndEndTheCall) {
   EXPECT_TRUE(dir().names().empty());
 }
 
-TEST_F(Raw, AFileThatCanNotBeWrittenWholeIsReported) {
+TEST_F(Raw, AFileThatCannotBeWrittenWholeIsReported) {
   const image<unsigned char> img(100, 100, 1, 1, 1);
   testing::internal::CaptureStderr();
   image_io::writeUIF("/dev/full", img);

@@ -1,4 +1,4 @@
-// Statistics that can not have their memory.
+// Statistics without enough memory.
 #include <gtest/gtest.h>
 
 #include <vector>

@@ -22,8 +22,8 @@ using Floats = std::vector<float>;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr int kMost = std::numeric_limits<int>::max();
-constexpr int kLeast = std::numeric_limits<int>::min();
+constexpr int kMax = std::numeric_limits<int>::max();
+constexpr int kMin = std::numeric_limits<int>::min();
 
 const std::string kNumberHeading = "In float topByPercentage(const Image &img, int numpix)\n";
 const std::string kNumberMessage = kNumberHeading + "Error: numpix must be in [0, img.npix()-1]\n";
@@ -105,7 +105,7 @@ TEST(TopByPixelNumber, CountsTheBrightnessOfColours) {
 
 TEST(TopByPixelNumber, OfANullImageIsZeroWithAWarningWhateverTheNumber) {
   for (const Shape& shape : {Shape{0, 1}, Shape{5, 5, 0}}) {
-    for (const int k : {0, 3, -1, kMost, kLeast}) {
+    for (const int k : {0, 3, -1, kMax, kMin}) {
       expectZeroAndMessage([&] { return image_math::topByPixelNumber(blank<float>(shape), k); },
                            kNumberHeading + kNullMessage);
     }
@@ -114,7 +114,7 @@ TEST(TopByPixelNumber, OfANullImageIsZeroWithAWarningWhateverTheNumber) {
 
 TEST(TopByPixelNumberDeathTest, OutOfRangeEndsTheProcess) {
   const image<float> flat = rowOf({7, 7, 7});
-  for (const int k : {-1, 3, kMost, kLeast}) {
+  for (const int k : {-1, 3, kMax, kMin}) {
     EXPECT_EXIT(image_math::topByPixelNumber(flat, k), testing::ExitedWithCode(2),
                 testing::Eq(kNumberMessage))
         << k;

@@ -64,15 +64,15 @@ TEST(ShuffledArrays, HaveTheSameExtremesAndNearlyTheSameMean) {
     // a 2^-24 share; on either side. One more share for the rounding of that bound.
     const auto share = static_cast<float>(n + 1) * std::ldexp(1.0F, -24);
     const float error = 2.0F * share * size / static_cast<float>(n);
-    const float least = image_math::minimum(values);
-    const float most = image_math::maximum(values);
+    const float min = image_math::minimum(values);
+    const float max = image_math::maximum(values);
     const float mean = image_math::mean(values);
     const float exactMean = image_math::mean(whole);
     for (int round = 0; round < 20; ++round) {
       std::shuffle(values.begin(), values.end(), random);
       std::shuffle(whole.begin(), whole.end(), random);
-      EXPECT_EQ(image_math::minimum(values), least);
-      EXPECT_EQ(image_math::maximum(values), most);
+      EXPECT_EQ(image_math::minimum(values), min);
+      EXPECT_EQ(image_math::maximum(values), max);
       EXPECT_NEAR(image_math::mean(values), mean, error);
       // Sums of whole numbers below 2^24 are exact in any order.
       EXPECT_EQ(image_math::mean(whole), exactMean);

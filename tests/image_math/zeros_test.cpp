@@ -72,7 +72,7 @@ TEST(FindZeros, OfImagesOfOneSignAreNone) {
   EXPECT_TRUE(image_math::findZeros(randomImage<unsigned char>(random, {7, 7})).empty());
 }
 
-TEST(FindZeros, LooksAtPlaneZero) {
+TEST(FindZeros, ReadsPlaneZero) {
   image<float> img = blank<float>({6, 5, 2, 2});
   const image<float> plane = step(2.0F);
   std::copy_n(plane.pixels(), 30, img.pixels() + 30);

@@ -89,7 +89,7 @@ class CircularVotingTest {
     assertArrayEquals(before, pixels);
   }
 
-  /** These sides and the margins of the votes just fit 16 bits; WrongCalls has the next size. */
+  /** These sides and the margins of the votes just fit 16 bits; UsageErrors has the next size. */
   @ParameterizedTest
   @ValueSource(ints = {1, 6, 10, 20, 30, 33})
   void theLargestImageIsSearchedToItsEnd(int radius) throws Exception {
@@ -117,13 +117,13 @@ class CircularVotingTest {
     assertEquals(expected, find(row, settings));
   }
 
-  static List<WrongCalls.Call> wrongCalls() {
-    return WrongCalls.all();
+  static List<UsageErrors.Call> usageErrors() {
+    return UsageErrors.all();
   }
 
   @ParameterizedTest
-  @MethodSource("wrongCalls")
-  void aWrongCallIsRefused(WrongCalls.Call call) {
+  @MethodSource("usageErrors")
+  void aUsageErrorIsRefused(UsageErrors.Call call) {
     Exception e = assertThrows(IllegalArgumentException.class, call.action()::run);
     assertEquals(call.refusal(), e.getMessage());
   }
@@ -131,9 +131,9 @@ class CircularVotingTest {
   @Test
   void aWrongCallNeedsNoLibrary() throws Exception {
     Program.Result result =
-        Program.run(Program.java(List.of("-Djava.io.tmpdir=/not/there"), "WrongCalls"));
+        Program.run(Program.java(List.of("-Djava.io.tmpdir=/not/there"), "UsageErrors"));
     String refusals =
-        wrongCalls().stream().map(c -> c.refusal() + "\n").collect(Collectors.joining());
+        usageErrors().stream().map(c -> c.refusal() + "\n").collect(Collectors.joining());
     assertEquals(new Program.Result(0, refusals + "no library\n", ""), result);
   }
 }

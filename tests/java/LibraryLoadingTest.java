@@ -44,7 +44,7 @@ class LibraryLoadingTest {
 
   private List<String> report(String jar, String libraryPath, Path temporaryFolder, int threads)
       throws Exception {
-    // The Java machine warns of what it can not load; here only the jar's own lines count.
+    // The Java machine warns of libraries that it cannot load; only the jar's own lines count here.
     List<String> options = List.of("-XX:+UnlockDiagnosticVMOptions", "-XX:-PrintWarnings",
         "-Djava.library.path=" + libraryPath, "-Djava.io.tmpdir=" + temporaryFolder);
     Program.Result result =
@@ -207,7 +207,7 @@ class LibraryLoadingTest {
     return copy.toString();
   }
 
-  /** The second of two can not load an installed library, because the first has it. */
+  /** The second of two cannot load an installed library, because the first has it. */
   @ParameterizedTest
   @ValueSource(booleans = {false, true})
   void twoClassLoadersOfOneProcessBothLoadTheLibrary(boolean installed) throws Exception {

@@ -21,7 +21,7 @@ final class Program {
     Path err = Files.createTempFile("orva-err-", ".txt");
     try {
       ProcessBuilder builder = new ProcessBuilder(command).directory(folder);
-      // A Java machine tells on standard error that it has seen one of these.
+      // A Java machine reports on standard error that it has read one of these.
       for (String name : List.of("JAVA_TOOL_OPTIONS", "_JAVA_OPTIONS", "JDK_JAVA_OPTIONS"))
         builder.environment().remove(name);
       Process process = builder.redirectOutput(out.toFile()).redirectError(err.toFile()).start();

@@ -13,7 +13,7 @@ class SoakTest {
 
   @Test
   void manyCallsKeepTwoImagesEachAndFindTheSame() throws Exception {
-    // One compiler and one collector without threads of their own grow the least.
+    // One compiler and one collector without threads of their own grow least.
     List<String> options = List.of(
         "-Xms32m", "-Xmx32m", "-XX:+AlwaysPreTouch", "-XX:+UseSerialGC", "-XX:TieredStopAtLevel=1");
     Program.Result result = Program.run(Program.java(options, "SoakCalls"));

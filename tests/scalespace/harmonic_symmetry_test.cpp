@@ -1,6 +1,6 @@
 // Flattened peaks, relaxation and reduction of turned and shifted images.
 //
-// Exceptions: all but reduce() look at the first frame alone, so that the others may come in any
+// Exceptions: all but reduce() read the first frame alone, so that the others may come in any
 // order, but not the first; an image is reduced to the shifted pixels only when it is shifted by a
 // whole number of the new ones, and off the border, where smoothing follows the border.
 #include <gtest/gtest.h>
@@ -64,7 +64,7 @@ TEST(NegativeImages, AreFlattenedToTheExactNegative) {
                          scaled(scalespace::harmonicCut(img, 1.0F, true, 3), -1.0F)));
 }
 
-// On a ground of 0, which stays 0 when it is smoothed at the border. Each flattening reaches no
+// On a background of 0, which stays 0 when it is smoothed at the border. Each flattening reaches no
 // farther than the kernel and its differences, and there are ten of them before a last kernel.
 TEST(FramedImages, AreFlattenedAlikeWhereverTheyLie) {
   Random random(423);

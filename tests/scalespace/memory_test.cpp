@@ -1,4 +1,4 @@
-// Filters that can not have their memory.
+// Filters without enough memory.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -34,7 +34,7 @@ TEST(FiltersWithoutMemory, OfFeaturesEndTheProcess) {
   expect("harmonicCut", [&] { scalespace::harmonicCut(img, 1.0F, true, 1); });
 }
 
-// Lines so long that they and what they are divided by take the most.
+// Lines so long that they and their divisors take most of the memory.
 TEST(FiltersWithoutMemory, OfLongLinesEndTheProcess) {
   const image<unsigned char> row = blank<unsigned char>({1500000, 1});
   expect("smooth", [&] { scalespace::smooth(row, 1.0F, 1.0F); });

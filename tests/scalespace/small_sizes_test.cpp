@@ -1,4 +1,4 @@
-// Images that the filters can not work on: every small one, with sizes below zero among them, and
+// Images that the filters cannot process: every small one, with sizes below zero among them, and
 // those of formats that have no float form.
 #include <gtest/gtest.h>
 

@@ -141,14 +141,14 @@ TEST(TurnedImages, HaveTurnedFeatures) {
   }
 }
 
-// The border of a constant ground repeats the ground.
+// The border of a constant background repeats the background.
 TEST(FramedImages, AreFilteredAlikeWhereverTheyLie) {
   Random random(404);
-  for (const float ground : {0.0F, 77.0F}) {
+  for (const float background : {0.0F, 77.0F}) {
     const Floats img = randomImage<float>(random, {13, 12, 3});
-    const Floats a = framed(img, 40, 38, 13, 11, ground);
+    const Floats a = framed(img, 40, 38, 13, 11, background);
     for (const auto& [dx, dy] : {std::pair{1, 1}, {26, 25}, {1, 20}}) {
-      const Floats b = framed(img, 40, 38, dx, dy, ground);
+      const Floats b = framed(img, 40, 38, dx, dy, background);
       for (int order = 0; order <= 3; ++order) {
         EXPECT_TRUE(sameImage(
             unframed(scalespace::gaussian(b, 1.0F, order, 3 - order, 0), 13, 12, dx, dy),
@@ -166,10 +166,11 @@ TEST(FramedImages, AreFilteredAlikeWhereverTheyLie) {
 TEST(FramedImages, AreSmoothedAlikeFarFromTheBorder) {
   Random random(405);
   const Floats img = randomImage<float>(random, {13, 12, 2});
-  const int least = kRadius + 1;
+  const int minOffset = kRadius + 1;
   const Floats a = framed(img, 40, 38, 13, 11, 5.0F);
-  for (const auto& [dx, dy] :
-       {std::pair{least, least}, {40 - 13 - least, 38 - 12 - least}, {least, 12}}) {
+  for (const auto& [dx, dy] : {std::pair{minOffset, minOffset},
+                               {40 - 13 - minOffset, 38 - 12 - minOffset},
+                               {minOffset, 12}}) {
     const Floats b = framed(img, 40, 38, dx, dy, 5.0F);
     EXPECT_TRUE(sameImage(unframed(scalespace::smooth(b, 1.0F, 1.0F), 13, 12, dx, dy),
                           unframed(scalespace::smooth(a, 1.0F, 1.0F), 13, 12, 13, 11)));

@@ -1,5 +1,5 @@
-// What the symmetry tests of filters share: images with one term to each sum, and the error of
-// sums.
+// Shared by the symmetry tests of filters: images in which every sum has a single term, and the
+// error bound of sums.
 #ifndef ORVA_TESTS_SCALESPACE_TURNED_H
 #define ORVA_TESTS_SCALESPACE_TURNED_H
 
@@ -14,8 +14,8 @@ namespace orva::test {
 
 inline constexpr int kRadius = 4;  // of the kernel for a sigma of 1
 
-// Two bright pixels with no row, column or line of frames in common once they are spread by
-// kRadius, which stay off the border then.
+// Two bright pixels that share no row, column or line of frames even when spread by kRadius, and
+// that do not reach the border then.
 inline image<float> brightPixels(bool stack) {
   image<float> img = blank<float>({40, 44, stack ? 18 : 1});
   img.setPixel(9, 10, stack ? 8 : 0, 64.0F);
@@ -23,9 +23,9 @@ inline image<float> brightPixels(bool stack) {
   return img;
 }
 
-// The error that a filter of these orders, with any of the sigmas for each axis, can have for
-// pixels of up to `largest`, and twice over as two results are compared. The ends of a smoothed
-// line are divided by no less than a third.
+// Twice the error bound of a filter of these orders, with any of the sigmas on each axis, for
+// pixels of up to `largest`: two results are compared. The ends of a smoothed line are divided by
+// at least a third.
 inline float errorOf(const reference::Orders& orders, bool stack, float largest,
                      const std::vector<float>& sigmas = {1.0F}) {
   float size = largest;

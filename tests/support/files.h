@@ -13,7 +13,7 @@
 
 namespace orva::test {
 
-// A directory of its own, removed with its content at the end of the scope.
+// A fresh directory, removed with its content at the end of the scope.
 class TempDir {
  public:
   TempDir() {
@@ -30,7 +30,7 @@ class TempDir {
 
   std::string file(const std::string& name) const { return path_ + "/" + name; }
 
-  // Of what stands in it now.
+  // The names of its current entries.
   std::set<std::string> names() const {
     std::set<std::string> result;
     for (const auto& entry : std::filesystem::directory_iterator(path_)) {

@@ -64,8 +64,8 @@ inline float randomSigma(Random& random, float low = 0.3F, float high = 4.0F) {
   return std::uniform_real_distribution<float>(low, high)(random);
 }
 
-// Every pixel random over values that stress the type: whole numbers small and large, both signs
-// where the type has them, fractions for float.
+// A random value over the range of the type: small and large integers, of both signs where the type
+// has them, fractions for float.
 template <class T>
 T randomPixel(Random& random) {
   if constexpr (std::is_same_v<T, unsigned char>) {
@@ -102,7 +102,7 @@ inline image<unsigned char> randomMask(Random& random, const Shape& shape, doubl
   return mask;
 }
 
-// Same type, five sizes and bytes.
+// The same type, sizes and bytes.
 inline ::testing::AssertionResult sameImage(const Image& a, const Image& b) {
   const auto sizes = [](const Image& i) {
     return std::vector<int>{i.nx(), i.ny(), i.nz(), i.nc(), i.nt()};

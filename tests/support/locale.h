@@ -1,4 +1,4 @@
-// A locale that writes numbers as no file format does.
+// A locale whose number format fits no file format.
 #ifndef ORVA_TESTS_SUPPORT_LOCALE_H
 #define ORVA_TESTS_SUPPORT_LOCALE_H
 
@@ -21,7 +21,7 @@ class ForeignDigits : public std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
 };
 
-// An environment variable with another value to the end of the scope.
+// Sets an environment variable to another value to the end of the scope.
 class Environment {
  public:
   Environment(const char* name, const std::string& value) : name_(name) {
@@ -46,8 +46,8 @@ class Environment {
   std::string before_;
 };
 
-// A locale with a decimal comma for the C functions of this process and its children, on a machine
-// that may have none: that of the C library for UTF-8, with its decimal point changed in a copy.
+// A locale with a decimal comma for the C functions of this process and its children: a copy of
+// C.UTF-8 with the decimal point changed, since the machine may have no such locale installed.
 class CommaLocale {
  public:
   static constexpr const char* kName = "xx_XX.utf8";
@@ -70,8 +70,7 @@ class CommaLocale {
   Environment path_;
 };
 
-// Makes these digits those of all new streams to the end of the scope, and those of the C functions
-// too.
+// Makes all new streams and the C functions use these digits to the end of the scope.
 class ForeignLocale {
  public:
   ForeignLocale()

@@ -1,4 +1,4 @@
-// Work in a process that can not have the memory it asks for.
+// Runs a function in a process whose memory is limited.
 #ifndef ORVA_TESTS_SUPPORT_MEMORY_LIMIT_H
 #define ORVA_TESTS_SUPPORT_MEMORY_LIMIT_H
 
@@ -19,16 +19,16 @@ namespace orva::test {
 
 constexpr long kMebibyte = 1L << 20;
 
-// Takes what memory this process has left over, and holds its address space to `more` bytes above
-// that. For child processes.
+// Limits the address space of this process to its current size and `more` bytes. For child
+// processes.
 inline void limitMemory(long more) {
   long pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
   const auto now = static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE));
-  const auto hold = [](rlim_t most) {
+  const auto hold = [](rlim_t max) {
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = most;
+    limit.rlim_cur = max;
     if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(7);
   };
   if (pages == 0) std::_Exit(7);
@@ -44,7 +44,7 @@ struct Ending {
   std::string err;
 };
 
-// How work() ends in a child process with `more` bytes of memory.
+// Exit status and standard error of work() in a child process with `more` bytes of memory.
 template <class Work>
 Ending endingWith(long more, const Work& work) {
   std::FILE* err = std::tmpfile();
@@ -67,8 +67,9 @@ Ending endingWith(long more, const Work& work) {
   return ending;
 }
 
-// With every amount of memory from next to none to plenty, work() either ends as one of the
-// messages says, with status 1, or it is done; at both ends it is clear which.
+// For amounts of memory from next to none to plenty, work() either ends the process with status 1
+// and one of the messages, or succeeds. It fails with the smallest amount and succeeds with the
+// largest.
 template <class Work>
 void expectMemoryToRunOut(const char* name, std::initializer_list<const char*> messages,
                           const Work& work) {
@@ -91,7 +92,7 @@ void expectMemoryToRunOut(const char* name, std::initializer_list<const char*> m
   }
 }
 
-// With `more` bytes of memory work() ends as the library does for want of pixels.
+// With `more` bytes of memory work() ends the process with the message of out_of_memory().
 template <class Work>
 void expectNoMemory(const char* name, const Work& work, long more = kMebibyte) {
   SCOPED_TRACE(name);

@@ -1,4 +1,4 @@
-// An image of a class that is not the library's own.
+// An image class other than image<T>.
 #ifndef ORVA_TESTS_SUPPORT_NEGATIVE_IMAGE_H
 #define ORVA_TESTS_SUPPORT_NEGATIVE_IMAGE_H
 
@@ -6,7 +6,7 @@
 
 namespace orva::test {
 
-// Shows other values than it stores.
+// pixel() returns the negative of the stored value.
 class NegativeImage : public image<short> {
  public:
   explicit NegativeImage(const image<short>& img) : image<short>(img) {}

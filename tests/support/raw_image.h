@@ -1,4 +1,4 @@
-// Images that image<T> does not have: without pixels, and of any format code.
+// Images that are no image<T>: without pixels, and with any format code.
 #ifndef ORVA_TESTS_SUPPORT_RAW_IMAGE_H
 #define ORVA_TESTS_SUPPORT_RAW_IMAGE_H
 
@@ -11,7 +11,7 @@
 
 namespace orva::test {
 
-// The sizes and nothing behind them.
+// Has sizes but no pixels.
 class BareImage : public Image {
  public:
   using Image::Image;
@@ -46,8 +46,8 @@ class BareImage : public Image {
   float fmax() const override { return 0; }
 };
 
-// Answers what type-blind readers ask for: the format code, the raw samples and every pixel as a
-// float. The floats are given apart from the samples, so that a test sees which of both was read.
+// Has a format code, raw samples, and every pixel as a float. The floats are independent of the
+// samples, so that a test sees which of the two was read.
 class RawImage : public BareImage {
  public:
   template <class Sample>
@@ -78,7 +78,7 @@ class RawImage : public BareImage {
   std::vector<float> values_;
 };
 
-// 4 x 4 zeros that claim a format and are no image<T>.
+// 4 x 4 zeros of any format code.
 class ForeignImage : public RawImage {
  public:
   explicit ForeignImage(int format)

@@ -1,4 +1,4 @@
-// Less room than usual: for files, as on a full disk, or for memory.
+// Limits the size of files, as a full disk does, or of memory.
 #ifndef ORVA_TESTS_SUPPORT_RESOURCE_LIMIT_H
 #define ORVA_TESTS_SUPPORT_RESOURCE_LIMIT_H
 
@@ -10,18 +10,18 @@
 
 namespace orva::test {
 
-// To the end of its scope this process, and for ever a child that it starts, can have no more than
-// `most` of a resource such as RLIMIT_FSIZE, the bytes of a file. Nothing for a negative `most`.
-// Writing more is an error and no signal.
+// Limits a resource of this process, such as RLIMIT_FSIZE (bytes of a file), to `max` until the end
+// of the scope; children keep the limit. A negative `max` sets no limit. Exceeding RLIMIT_FSIZE is
+// an error of the write, not a signal.
 class ResourceLimit {
  public:
-  ResourceLimit(__rlimit_resource_t resource, long most) : resource_(resource), isSet_(most >= 0) {
+  ResourceLimit(__rlimit_resource_t resource, long max) : resource_(resource), isSet_(max >= 0) {
     if (!isSet_) return;
     if (::getrlimit(resource_, &before_) != 0) {
       throw std::system_error(errno, std::generic_category(), "getrlimit");
     }
     action_ = std::signal(SIGXFSZ, SIG_IGN);
-    set(static_cast<rlim_t>(most));
+    set(static_cast<rlim_t>(max));
   }
   ResourceLimit(const ResourceLimit&) = delete;
   ResourceLimit& operator=(const ResourceLimit&) = delete;
@@ -32,8 +32,8 @@ class ResourceLimit {
   }
 
  private:
-  void set(rlim_t most) const {
-    const rlimit limit{most, before_.rlim_max};
+  void set(rlim_t max) const {
+    const rlimit limit{max, before_.rlim_max};
     ::setrlimit(resource_, &limit);
   }
 

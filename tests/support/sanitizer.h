@@ -1,4 +1,4 @@
-// Whether the address sanitizer watches: it answers an allocation that fails itself.
+// Whether the address sanitizer is active: it handles failed allocations itself.
 #ifndef ORVA_TESTS_SUPPORT_SANITIZER_H
 #define ORVA_TESTS_SUPPORT_SANITIZER_H
 

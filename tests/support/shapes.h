@@ -73,7 +73,7 @@ inline std::vector<int> sizesOf(const Image& img) {
   return {img.nx(), img.ny(), img.nz(), img.nc(), img.nt()};
 }
 
-// The given sizes, as many pixels, and memory exactly when there are some.
+// Has the given sizes and as many pixels, and memory if and only if there are any.
 inline ::testing::AssertionResult isWhole(const Image& img, const std::vector<int>& sizes) {
   if (sizesOf(img) != sizes) {
     return ::testing::AssertionFailure() << "sizes are " << ::testing::PrintToString(sizesOf(img))

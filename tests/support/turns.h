@@ -1,4 +1,4 @@
-// Images turned over, with their planes in another order, or set into a larger one.
+// Images flipped, transposed, with their planes reordered, or framed by a background.
 #ifndef ORVA_TESTS_SUPPORT_TURNS_H
 #define ORVA_TESTS_SUPPORT_TURNS_H
 
@@ -85,7 +85,7 @@ image<T> onItsSide(const image<T>& img) {
   return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, f, y, x); });
 }
 
-// The turns that an operation without a preferred direction follows, each its own inverse.
+// The symmetries of an operation without a preferred direction, each its own inverse.
 template <class T>
 using Turned = image<T> (*)(const image<T>&);
 template <class T>
@@ -97,7 +97,7 @@ std::vector<Turned<T>> volumeTurns() {
   return {flipped<T>, upsideDown<T>, transposed<T>, backToFront<T>};
 }
 
-// The image on a ground of `value`, its first pixel at (dx, dy) of every frame.
+// The image on a background of `value`, with its first pixel at (dx, dy) of every frame.
 template <class T>
 image<T> framed(const image<T>& img, int nx, int ny, int dx, int dy, T value) {
   Shape shape = shapeOf(img);
@@ -109,7 +109,7 @@ image<T> framed(const image<T>& img, int nx, int ny, int dx, int dy, T value) {
   });
 }
 
-// The pixels that framed() took the image to.
+// Undoes framed().
 template <class T>
 image<T> unframed(const image<T>& img, int nx, int ny, int dx, int dy) {
   Shape shape = shapeOf(img);

@@ -43,7 +43,7 @@ std::vector<std::string> randomNames() {
   return names;
 }
 
-TEST(Exists, TellsWhetherAPathNamesSomething) {
+TEST(Exists, IsTrueForAPathThatNamesSomething) {
   const TempDir dir;
   const std::string file = dir.file("some.txt");
   EXPECT_FALSE(fnp::exists(file));

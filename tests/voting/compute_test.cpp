@@ -121,11 +121,11 @@ TEST(Compute, SelectsVotesAboveTheThreshold) {
       params.absoluteValues = isAbsolute;
       const Probe probe = computed(params, oneDisc());
       const int m = probe.margin_;
-      float most = 0.0F;
+      float maxVote = 0.0F;
       for (int y = 0; y < 36; ++y) {
-        for (int x = 0; x < 40; ++x) most = std::max(most, probe.acc_.pixel(x + m, y + m));
+        for (int x = 0; x < 40; ++x) maxVote = std::max(maxVote, probe.acc_.pixel(x + m, y + m));
       }
-      const float limit = isAbsolute ? threshold : threshold * most;
+      const float limit = isAbsolute ? threshold : threshold * maxVote;
       image<unsigned char> mask = blank<unsigned char>({40, 36});
       for (int y = 0; y < 36; ++y) {
         for (int x = 0; x < 40; ++x) {

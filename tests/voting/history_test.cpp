@@ -6,8 +6,8 @@
 
 #include "orva/voting/circularvoting.h"
 #include "tests/support/files.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 #include "tests/support/reference/voting.h"
 #include "tests/support/resource_limit.h"
 #include "tests/voting/probe.h"
@@ -184,11 +184,11 @@ TEST_F(History, ThatIsCutOffIsReportedAndKeepsTheResult) {
     Probe probe(params);
     probe.setPrefix(prefix("cut_"));
     probe.saveHistory(true);
-    const std::string heard = heardFrom([&] {
+    const std::string printed = printedBy([&] {
       const ResourceLimit limit(RLIMIT_FSIZE, static_cast<long>(room));
       probe.compute(img);
     });
-    EXPECT_EQ(heard, messages);
+    EXPECT_EQ(printed, messages);
     expectSameVoting(probe, expected);
   }
 }

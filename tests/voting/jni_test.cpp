@@ -83,7 +83,7 @@ class JavaEntry : public testing::Test {
     env_.functions = &table_;
   }
 
-  // What a call returns to Java.
+  // The array that a call returns to Java.
   std::vector<jint> call(const std::vector<jint>& pixels, const Arguments& a) {
     Array array;
     array.values = pixels;
@@ -103,7 +103,7 @@ class JavaEntry : public testing::Test {
   JNIEnv env_ = {};
 };
 
-// Bright discs with grey levels and sizes of their own, on a ground that is not even.
+// Bright discs with grey levels and sizes of their own, on a background that is not even.
 std::vector<jint> discs(const Arguments& a, int count, unsigned seed) {
   Random random(seed);
   std::vector<jint> pixels(static_cast<std::size_t>(a.height) * static_cast<std::size_t>(a.width));
@@ -300,8 +300,8 @@ TEST_F(JavaEntry, KeepsNoMoreThanTheTwoImagesOf2000Calls) {
   if (addressSanitizer) GTEST_SKIP() << "the sanitizer has an allocator of its own";
   std::vector<std::vector<jint>> first;
   std::size_t before = 0;
-  std::size_t least = 0;
-  std::size_t most = 0;
+  std::size_t minKept = 0;
+  std::size_t maxKept = 0;
   for (int i = -100; i < 2000; ++i) {  // the C library keeps some for later in the first calls
     if (i == 0) before = inUse();
     const int k = (i + 100) % 20;
@@ -315,12 +315,12 @@ TEST_F(JavaEntry, KeepsNoMoreThanTheTwoImagesOf2000Calls) {
     }
     if (i < 0) continue;
     const auto pixels = static_cast<std::size_t>(a.height * a.width);
-    least += 2 * pixels;
-    most += 2 * bytesOfImage(pixels);
+    minKept += 2 * pixels;
+    maxKept += 2 * bytesOfImage(pixels);
   }
   const std::size_t kept = inUse() - before;
-  EXPECT_GE(kept, least);
-  EXPECT_LE(kept, most);
+  EXPECT_GE(kept, minKept);
+  EXPECT_LE(kept, maxKept);
 }
 
 }  // namespace

@@ -305,19 +305,19 @@ TEST(AngleIndexMatchesReference, AllAroundTheCircle) {
 
 // A fan at those ends would take more memory than there is, and its distances overflow.
 TEST(ComputeCones, HoldsWildDistances) {
-  constexpr int kMost = std::numeric_limits<int>::max();
+  constexpr int kMax = std::numeric_limits<int>::max();
   Probe p;
   p.angleBins_ = 2;
   voting::WPoint2D::nx = 32767;
   for (const auto type : {Probe::Bright, Probe::Both}) {
     const std::size_t fans = type == Probe::Both ? 2 : 1;
     p.regionType = type;
-    p.computeCones(kMost, kMost, 0);
+    p.computeCones(kMax, kMax, 0);
     EXPECT_EQ(p.cones_.at(0).planes.size(), fans);
     EXPECT_EQ(p.cones_.at(0).planes.at(0).points.at(0).x, 32767);
-    p.computeCones(-kMost - 1, -kMost - 1, 0);
+    p.computeCones(-kMax - 1, -kMax - 1, 0);
     EXPECT_EQ(p.cones_.at(0).planes.size(), fans);
-    p.computeCones(-2, 1, kMost);
+    p.computeCones(-2, 1, kMax);
     EXPECT_EQ(p.cones_.at(0).planes.size(), 4 * fans);
     p.computeCones(3, 2, 1);
     EXPECT_TRUE(p.cones_.at(0).planes.empty());

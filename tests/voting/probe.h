@@ -1,4 +1,4 @@
-// The voting engine with its state laid open, and its comparison with the reference implementation.
+// CircularVoting with its state accessible, and its comparison with the reference implementation.
 #ifndef ORVA_TESTS_VOTING_PROBE_H
 #define ORVA_TESTS_VOTING_PROBE_H
 
@@ -134,7 +134,7 @@ inline ::testing::AssertionResult sameCones(const std::vector<voting::Cone2D>& a
   return ::testing::AssertionSuccess();
 }
 
-// Everything that a first computation leaves behind.
+// Compares the whole state after a first computation.
 inline void expectSameVoting(Probe& probe, const reference::Voting& expected) {
   EXPECT_EQ(coordinates(probe.centers()), coordinates(expected.centers));
   EXPECT_TRUE(sameFloats(probe.center_weights(), expected.weights));

@@ -35,7 +35,7 @@ struct Place {
 
 double distanceOf(const Place& a, const Place& b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
-// As planeTurns(), of a pixel.
+// planeTurns() applied to a position.
 Place turned(const Place& p, std::size_t turn) {
   if (turn == 0) return {kWidth - 1 - p.x, p.y};
   if (turn == 1) return {p.x, kHeight - 1 - p.y};
@@ -45,11 +45,11 @@ Place turned(const Place& p, std::size_t turn) {
 // Of the centres in reach of a place.
 Place strongestNear(const Probe& probe, const Place& place, double reach) {
   Place best{-1000, -1000};
-  float most = 0.0F;
+  float maxWeight = 0.0F;
   for (std::size_t i = 0; i < probe.centers().size(); ++i) {
     const Place p{probe.centers()[i].x, probe.centers()[i].y};
-    if (distanceOf(p, place) > reach || probe.center_weights()[i] <= most) continue;
-    most = probe.center_weights()[i];
+    if (distanceOf(p, place) > reach || probe.center_weights()[i] <= maxWeight) continue;
+    maxWeight = probe.center_weights()[i];
     best = p;
   }
   return best;

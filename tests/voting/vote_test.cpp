@@ -26,8 +26,8 @@ voting::VPoint2D pointAt(int x, int y, int angle, float weight) {
   return p;
 }
 
-// An engine at work on an accumulator of side x side.
-Probe atWork(const VotingParams& params) {
+// Ready for passes on an accumulator of side x side.
+Probe probeOnAccumulator(const VotingParams& params) {
   Probe probe(params);
   probe.nx_ = side;
   probe.ny_ = side;
@@ -39,7 +39,7 @@ Probe atWork(const VotingParams& params) {
 
 // With one cone, for angle 0, of the given cells in one plane.
 Probe withCells(const std::vector<std::pair<int, int>>& cells) {
-  Probe probe = atWork({});
+  Probe probe = probeOnAccumulator({});
   voting::Cone2D cone;
   cone.planes.resize(1);
   for (const auto& [x, y] : cells) cone.planes[0].points.emplace_back(x, y, y * side + x, 1.0F);
@@ -97,7 +97,7 @@ TEST(GetMaxDirection, LeavesThePointWhenItsOwnCellIsStrongest) {
   EXPECT_TRUE(samePoints({p}, {before}));
 }
 
-TEST(GetMaxDirection, WrapsWhatItLooksAtTo16Bits) {
+TEST(GetMaxDirection, WrapsWhatItReadsTo16Bits) {
   Probe probe = withCells({{1, 0}});
   probe.cones_[0].planes[0].points[0].x = 32767;  // its offset stays
   probe.acc_.setPixel(21, 20, 2.0F);
@@ -148,7 +148,7 @@ TEST(ConeDirectionMatchesReference, ForRandomVotes) {
   for (int round = 0; round < 20; ++round) {
     VotingParams params;
     params.regionType = round % 3;
-    Probe probe = atWork(params);
+    Probe probe = probeOnAccumulator(params);
     probe.computeCones(randomInt(random, 1, 3), randomInt(random, 3, 9), randomInt(random, 0, 9));
     for (int i = 0; i < probe.npix_; ++i) {
       probe.acc_.pixels()[i] = round % 2 == 0
@@ -171,7 +171,7 @@ TEST(ConeDirectionMatchesReference, ForRandomVotes) {
 }
 
 TEST(Vote, WithoutPointsLeavesZeros) {
-  Probe probe = atWork({});
+  Probe probe = probeOnAccumulator({});
   probe.acc_.setPixel(3, 3, 5.0F);
   probe.vote();
   EXPECT_TRUE(sameImage(probe.acc_, blank<float>({side, side})));
@@ -185,7 +185,7 @@ TEST(Vote, OfConeWidthZeroIsOnePlainAndOneRedistributingPass) {
   params.coneWidth = 0;
   params.minRadius = 2;
   params.maxRadius = 9;
-  Probe probe = atWork(params);
+  Probe probe = probeOnAccumulator(params);
   probe.points_ = {pointAt(15, 15, 0, 16.0F)};
   probe.vote();
   image<float> plain = blank<float>({side, side});
@@ -203,10 +203,10 @@ TEST(Vote, OfConeWidthZeroIsOnePlainAndOneRedistributingPass) {
 TEST(Vote, OfAPointWithoutVotesKeepsItsDirection) {
   VotingParams params;
   params.maxRadius = 5;
-  Probe alone = atWork(params);
+  Probe alone = probeOnAccumulator(params);
   alone.points_ = {pointAt(10, 10, 3, 2.0F)};
   alone.vote();
-  Probe probe = atWork(params);
+  Probe probe = probeOnAccumulator(params);
   probe.points_ = {pointAt(10, 10, 3, 2.0F), pointAt(30, 30, 200, 0.0F)};
   probe.vote();
   EXPECT_TRUE(samePoints({probe.points_[1]}, {pointAt(30, 30, 200, 0.0F)}));
@@ -215,7 +215,7 @@ TEST(Vote, OfAPointWithoutVotesKeepsItsDirection) {
 
 TEST(Vote, OfANegativeConeWidthIsThePlainPassOnly) {
   VotingParams params;
-  Probe probe = atWork(params);
+  Probe probe = probeOnAccumulator(params);
   probe.coneWidth = -1;
   probe.points_ = {pointAt(15, 15, 0, 1.0F), pointAt(25, 20, 130, 3.0F)};
   VotingParams unrepaired = params;
@@ -235,7 +235,7 @@ TEST(VoteMatchesReference, ForPlacedPoints) {
     params.minRadius = 1 + round % 4;
     params.maxRadius = 8;
     params.coneWidth = round;
-    Probe probe = atWork(params);
+    Probe probe = probeOnAccumulator(params);
     for (int i = randomInt(random, 1, 60); i > 0; --i) {
       probe.points_.push_back(pointAt(randomInt(random, 12, 27), randomInt(random, 12, 27),
                                       randomInt(random, 0, 255),

@@ -71,12 +71,12 @@ void pixels(Input& in) {
 void extremes(Input& in) {
   const Shape shape = takeFilledShape(in);
   withPicture(in, shape, []<class T>(const image<T>& img) {
-    const T least = reference::Typed<T>::smallest(img);
-    const T most = reference::Typed<T>::largest(img);
-    require(isSamePixel(img.min(), least), "min as the reference");
-    require(isSamePixel(img.max(), most), "max as the reference");
-    requireSame(img.fmin(), reference::Typed<T>::toFloat(least), "fmin");
-    requireSame(img.fmax(), reference::Typed<T>::toFloat(most), "fmax");
+    const T min = reference::Typed<T>::smallest(img);
+    const T max = reference::Typed<T>::largest(img);
+    require(isSamePixel(img.min(), min), "min as the reference");
+    require(isSamePixel(img.max(), max), "max as the reference");
+    requireSame(img.fmin(), reference::Typed<T>::toFloat(min), "fmin");
+    requireSame(img.fmax(), reference::Typed<T>::toFloat(max), "fmax");
   });
 }
 

@@ -19,9 +19,9 @@ bool isOdd(int byte, const std::array<T, count>& odd, T& value, int& rest) {
 
 bool hasFewTaps(float sigma) {
   const float radius = sigma * 4.0F;
-  constexpr float kMost = 100.0F;
+  constexpr float kMax = 100.0F;
   constexpr float kNoInt = 2147483648.0F;  // a radius that is no number counts as 2
-  return !(radius > kMost) || radius >= kNoInt;
+  return !(radius > kMax) || radius >= kNoInt;
 }
 
 }  // namespace

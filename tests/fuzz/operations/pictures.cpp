@@ -43,8 +43,8 @@ T takePixel(Input& in) {
 }
 
 template <class T>
-std::vector<T> takePixels(Input& in, int most) {
-  std::vector<T> pixels(static_cast<std::size_t>(in.between(1, most)));
+std::vector<T> takePixels(Input& in, int max) {
+  std::vector<T> pixels(static_cast<std::size_t>(in.between(1, max)));
   for (T& v : pixels) v = takeOdd<T>(in);
   return pixels;
 }
@@ -89,8 +89,8 @@ void ramp(Input& in, image<T>& img) {
 
 template <class T>
 void discs(Input& in, image<T>& img) {
-  const T ground = takePixel<T>(in);
-  fill(img, [=](int, int, int) { return ground; });
+  const T background = takePixel<T>(in);
+  fill(img, [=](int, int, int) { return background; });
   for (int n = in.between(1, 6); n > 0; --n) {
     const int cx = in.between(0, img.nx() - 1);
     const int cy = in.between(0, img.ny() - 1);
@@ -207,19 +207,19 @@ template image<float> takePicture(Input& in, const Shape& shape);
 template image<Rgb> takePicture(Input& in, const Shape& shape);
 
 image<unsigned char> takeMask(Input& in, const Shape& shape) {
-  const int least = in.between(0, 255);
+  const int threshold = in.between(0, 255);
   image<unsigned char> mask = takePicture<unsigned char>(in, shape);
-  for (int i = 0; i < mask.npix() && least > 0; ++i) {
-    mask.pixels()[i] = mask.pixels()[i] >= least ? 255 : 0;
+  for (int i = 0; i < mask.npix() && threshold > 0; ++i) {
+    mask.pixels()[i] = mask.pixels()[i] >= threshold ? 255 : 0;
   }
   return mask;
 }
 
-image<short> takeLabels(Input& in, const Shape& shape, int most) {
-  const int least = in.between(0, 3);
-  const int low = least == 3 ? -100 : least == 2 ? 0 : -1;
+image<short> takeLabels(Input& in, const Shape& shape, int max) {
+  const int kind = in.between(0, 3);
+  const int low = kind == 3 ? -100 : kind == 2 ? 0 : -1;
   const int wanted = in.between(0, 255);
-  const int high = wanted < 250 ? std::min(wanted < 200 ? wanted : 20 * wanted, most) : most;
+  const int high = wanted < 250 ? std::min(wanted < 200 ? wanted : 20 * wanted, max) : max;
   image<short> labels = takePicture<short>(in, shape);
   for (int i = 0; i < labels.npix(); ++i) {
     const int range = high - low + 1;

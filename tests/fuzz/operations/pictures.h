@@ -16,8 +16,8 @@ image<T> takePicture(Input& in, const Shape& shape);
 // Most often of 0 and 255 only.
 image<unsigned char> takeMask(Input& in, const Shape& shape);
 
-// Labels from below 0 up to `most`.
-image<short> takeLabels(Input& in, const Shape& shape, int most);
+// Labels from below 0 up to `max`.
+image<short> takeLabels(Input& in, const Shape& shape, int max);
 
 // Calls visit() with an image of one of the six pixel types.
 template <class Visit>

@@ -17,9 +17,9 @@
 namespace orva::test {
 namespace {
 
-// A length in -1 .. most, or now and then one whose margin no image has room for, or one far below
+// A length in -1 .. max, or now and then one whose margin no image has room for, or one far below
 // 0. None in between: the voting would take long.
-int takeLength(Input& in, int most) {
+int takeLength(Input& in, int max) {
   constexpr std::array odd{std::numeric_limits<int>::max(),
                            std::numeric_limits<int>::min(),
                            16381,
@@ -38,7 +38,7 @@ int takeLength(Input& in, int most) {
                            std::numeric_limits<int>::min() + 1};
   const int byte = in.take<std::uint8_t>();
   if (byte >= 240) return odd[static_cast<std::size_t>(byte - 240)];
-  return byte % (most + 2) - 1;
+  return byte % (max + 2) - 1;
 }
 
 reference::VotingParams takeParams(Input& in) {
@@ -135,7 +135,7 @@ void voting(Input& in) {
   requireSame(probe.centers(), expected.centers, "the centres");
 }
 
-// With the same engine; the centres of both computations stay.
+// With the same object; the centres of both computations stay.
 void votingTwice(Input& in) {
   const reference::VotingParams first = takeParams(in);
   const std::unique_ptr<Image> a = takeVotingPicture(in);

@@ -74,11 +74,11 @@ image<short> label(const image<T>& in, int& n, int reach, int type, Candidate ca
       }
     }
   }
-  constexpr int most = 32768;
-  n = std::min(count, most);
+  constexpr int maxRegions = 32768;
+  n = std::min(count, maxRegions);
   image<short> result(in.nx(), in.ny(), in.nz(), 1, 1);
   std::transform(labels.begin(), labels.end(), result.pixels(),
-                 [](int k) { return static_cast<short>(k < most ? k : -1); });
+                 [](int k) { return static_cast<short>(k < maxRegions ? k : -1); });
   return result;
 }
 

@@ -1,5 +1,5 @@
-// Reference implementations of the operations of orva/bip/bip.h: one pixel at a time, straight from
-// the definition.
+// Reference implementations of the operations of orva/bip/bip.h: pixel by pixel, straight from the
+// definition.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_BIP_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_BIP_H
 
@@ -10,7 +10,7 @@
 
 namespace orva::reference {
 
-// Labels hold the first 32768 regions; n does not exceed that either.
+// Only the first 32768 regions get labels, and n is at most that.
 image<short> regions(const image<unsigned char>& in, int& n, int value, int reach, int type);
 image<short> regions(const image<short>& in, int& n);
 int regionNumber(const image<short>& labels);

@@ -41,24 +41,24 @@ int at(const Image& img, int x, int y, int z) { return x + img.nx() * (y + img.n
 // Where the cheapest of the steps from (x, y, z) leads, the first of equals, if its cost is below
 // both the unknown distance and the present one, which it then replaces; else -1.
 int lower(image<float>& distance, const Steps& steps, int x, int y, int z) {
-  float least = unknown;
+  float minCost = unknown;
   int from = -1;
   for (const Step& s : steps) {
     const int q = at(distance, x + s.dx, y + s.dy, z + s.dz);
     const float cost = distance.pixels()[q] + s.length;
-    if (cost < least) {
-      least = cost;
+    if (cost < minCost) {
+      minCost = cost;
       from = q;
     }
   }
   float& own = distance.pixels()[at(distance, x, y, z)];
-  if (from < 0 || own <= least) return -1;
-  own = least;
+  if (from < 0 || own <= minCost) return -1;
+  own = minCost;
   return from;
 }
 
 // Every pixel off the border, upward and with the forward steps, then downward with the others. The
-// action is told a pixel that was lowered and the one it was lowered from.
+// action gets a pixel that was lowered and the one it was lowered from.
 template <class Action>
 void twoPasses(image<float>& distance, Action action) {
   const bool volume = distance.nz() > 1;
@@ -79,7 +79,7 @@ void twoPasses(image<float>& distance, Action action) {
     const Steps steps = stepsOf(volume, forward);
     for (const Voxel& v : order) {
       const int p = at(distance, v.x, v.y, v.z);
-      // What is known as 0 or 1 can not be lowered by steps of at least 1.
+      // Values of 0 or 1 cannot be lowered by steps of at least 1.
       if (distance.pixels()[p] <= 1.0F) continue;
       const int from = lower(distance, steps, v.x, v.y, v.z);
       if (from >= 0) action(p, from);

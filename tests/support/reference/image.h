@@ -12,7 +12,7 @@ namespace orva::reference {
 
 using test::Rgb;
 
-// Where pixel (x, y, z, c, t) lies.
+// The linear index of pixel (x, y, z, c, t).
 int indexOf(const Image& img, int x, int y, int z, int c, int t);
 
 // What depends on the pixel type.

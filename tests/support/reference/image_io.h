@@ -1,5 +1,5 @@
-// Reference implementations of the operations of orva/image_io: files as texts of bytes, taken
-// apart from the front to the back. Bytes that are asked for past the end of a text are 0.
+// Reference implementations of the operations of orva/image_io: files as strings of bytes, parsed
+// front to back. Bytes past the end of a string read as 0.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_IO_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_IMAGE_IO_H
 
@@ -23,7 +23,7 @@ image<T> converted(const Image& img) {
   return result;
 }
 
-// The bytes of pixels of this format with each sample turned round.
+// The bytes of pixels of this format with the bytes of each sample reversed.
 std::string reversedBytes(int format, const std::string& bytes);
 
 // The machine's own bytes of a number.
@@ -35,7 +35,7 @@ std::string fileUIF(const Image& img);
 // With an address of 0.
 std::string fileIHT(const Image& img);
 
-// What a file holds: an image, nothing, or sizes that no image may have.
+// The content of a file: an image, nothing, or sizes that no image may have.
 struct RawRead {
   std::unique_ptr<Image> img;
   bool badSizes = false;

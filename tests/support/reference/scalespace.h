@@ -1,5 +1,5 @@
-// Reference implementations of the scale-space operations: written from their definitions, a pixel
-// at a time, in the stated order and precision, without regard to speed.
+// Reference implementations of the scale-space operations: written from their definitions, pixel by
+// pixel, in the stated order and precision, without regard to speed.
 #ifndef ORVA_TESTS_SUPPORT_REFERENCE_SCALESPACE_H
 #define ORVA_TESTS_SUPPORT_REFERENCE_SCALESPACE_H
 

@@ -30,10 +30,10 @@ Levels levelsOf(const std::vector<float>& values) {
   Levels levels;
   levels.low = Typed<int>::fromFloat(*std::min_element(values.begin(), values.end()));
   levels.high = Typed<int>::fromFloat(*std::max_element(values.begin(), values.end()));
-  const auto most = static_cast<double>(levels.high - levels.low);
+  const auto range = static_cast<double>(levels.high - levels.low);
   for (const float v : values) {
     const float above = v - static_cast<float>(levels.low);
-    const double held = std::isnan(above) ? 0.0 : std::clamp(double{above}, 0.0, most);
+    const double held = std::isnan(above) ? 0.0 : std::clamp(double{above}, 0.0, range);
     levels.aboveLow.push_back(static_cast<std::int64_t>(held));
   }
   std::sort(levels.aboveLow.begin(), levels.aboveLow.end(), std::greater<>());

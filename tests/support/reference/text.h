@@ -8,11 +8,11 @@
 
 namespace orva::reference {
 
-// One character at a time.
+// Character by character.
 std::vector<std::string> wordsOf(const std::string& line, const std::string& delimiters);
 
-// A line that does not fit a buffer of 1024 characters, of which the last is a zero, ends the file.
-// What stands behind a zero in a line is not seen.
+// A line that does not fit a buffer of 1024 characters, the terminating zero included, ends the
+// file. A zero within a line ends the line.
 std::vector<std::vector<std::string>> linesOf(const std::string& content,
                                               const std::string& delimiters);
 

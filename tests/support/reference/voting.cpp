@@ -97,13 +97,13 @@ image<float> magnitudes(const VotingParams& s, const Image& img, image<float>& g
     m.pixels()[i] = norm;
   }
   // From the first on: a NaN there is the largest, and none is selected.
-  const float most = Typed<float>::largest(m);
-  for (int i = 0; i < m.npix() && most > 0.001; ++i) {
+  const float maxMagnitude = Typed<float>::largest(m);
+  for (int i = 0; i < m.npix() && maxMagnitude > 0.001; ++i) {
     float& v = m.pixels()[i];
     if (v < s.gradThreshold) {
       v = 0.0F;
     } else if (!s.absoluteValues) {
-      v /= most;
+      v /= maxMagnitude;
     }
   }
   if (s.useEdges) {
@@ -124,15 +124,15 @@ image<float> magnitudes(const VotingParams& s, const Image& img, image<float>& g
 // The centres from the final votes; what was found before stays in the lists of points.
 void extractCenters(const VotingParams& s, int nx, int ny, Voting& v) {
   image<float> votes(nx, ny, 1, 1, 1);
-  float most = 0.0F;
+  float maxVote = 0.0F;
   for (int y = 0; y < ny; ++y) {
     for (int x = 0; x < nx; ++x) {
       const float vote = v.acc.pixels()[x + v.margin + (y + v.margin) * v.acc.nx()];
       votes.pixels()[x + y * nx] = vote;
-      most = std::max(most, vote);
+      maxVote = std::max(maxVote, vote);
     }
   }
-  const float threshold = s.absoluteValues ? s.centerThreshold : s.centerThreshold * most;
+  const float threshold = s.absoluteValues ? s.centerThreshold : s.centerThreshold * maxVote;
   image<unsigned char> mask(nx, ny, 1, 1, 1);
   for (int i = 0; i < mask.npix(); ++i) mask.pixels()[i] = votes.pixels()[i] > threshold ? 255 : 0;
   const image<short> labels = reference::regions(mask, v.regions, 255, 1, 4);

@@ -26,10 +26,10 @@ struct VotingParams {
   bool absoluteValues = false;
 };
 
-// The parameters as setParams() keeps them.
+// The parameters as setParams() stores them.
 VotingParams repaired(VotingParams params);
 
-// What a computation leaves behind.
+// The state after a computation.
 struct Voting {
   int margin = 0;
   std::vector<voting::VPoint2D> points;

@@ -1,4 +1,5 @@
-// As many regions as a label can number, one more, and many more, and what works on such labels.
+// As many regions as a label can number, one more, and many more, and the operations on such
+// labels.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +13,7 @@
 namespace orva::test {
 namespace {
 
-constexpr int kMost = 32768;
+constexpr int kMaxRegions = 32768;
 const std::string kWarning =
     "In bip::regions\n   Warning: more than 32768 regions, the rest are ignored\n";
 
@@ -29,7 +30,7 @@ Mask dots(int count, int step, int axis) {
 // The labels that dots have.
 std::vector<short> labelsOfDots(int count, int step) {
   std::vector<short> labels(static_cast<std::size_t>((count - 1) * step + 1), -1);
-  for (int k = 0; k < std::min(count, kMost); ++k) {
+  for (int k = 0; k < std::min(count, kMaxRegions); ++k) {
     labels[static_cast<std::size_t>(k * step)] = static_cast<short>(k);
   }
   return labels;
@@ -42,16 +43,17 @@ std::string errorsOf(const Work& work) {
   return testing::internal::GetCapturedStderr();
 }
 
-class MostRegions : public testing::TestWithParam<int> {
+class MaxRegions : public testing::TestWithParam<int> {
  protected:
-  static bool isTooMany() { return GetParam() > kMost; }
+  static bool isTooMany() { return GetParam() > kMaxRegions; }
   static std::string warning() { return isTooMany() ? kWarning : ""; }
 };
 
-INSTANTIATE_TEST_SUITE_P(All, MostRegions,
-                         testing::Values(kMost - 1, kMost, kMost + 1, kMost + 2, 100000));
+INSTANTIATE_TEST_SUITE_P(All, MaxRegions,
+                         testing::Values(kMaxRegions - 1, kMaxRegions, kMaxRegions + 1,
+                                         kMaxRegions + 2, 100000));
 
-TEST_P(MostRegions, AreNumberedUpToTheLastThatFitsForAllNeighbours) {
+TEST_P(MaxRegions, AreNumberedUpToTheLastThatFitsForAllNeighbours) {
   struct Neighbours {
     int reach;
     NeighborhoodType type;
@@ -67,14 +69,14 @@ TEST_P(MostRegions, AreNumberedUpToTheLastThatFitsForAllNeighbours) {
       Labels labels(0, 1, 1, 1, 1);
       EXPECT_EQ(errorsOf([&] { labels = bip::regions(mask, n, 255, by.reach, by.type); }),
                 warning());
-      EXPECT_EQ(n, std::min(GetParam(), kMost));
+      EXPECT_EQ(n, std::min(GetParam(), kMaxRegions));
       EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), by.step)) << by.step << ' ' << axis;
     }
   }
 }
 
 // Every pixel of a partition is an area: the dots and the gaps between them.
-TEST_P(MostRegions, OfPartitionsAreNumberedUpToTheLastThatFits) {
+TEST_P(MaxRegions, OfPartitionsAreNumberedUpToTheLastThatFits) {
   Mask bytes = blank<unsigned char>({GetParam(), 1});
   Labels shorts = blank<short>({1, GetParam()});
   for (int i = 0; i < GetParam(); ++i) {
@@ -86,27 +88,27 @@ TEST_P(MostRegions, OfPartitionsAreNumberedUpToTheLastThatFits) {
       int n = 0;
       Labels labels(0, 1, 1, 1, 1);
       EXPECT_EQ(errorsOf([&] { labels = bip::regions(bytes, n, -1, reach, type); }), warning());
-      EXPECT_EQ(n, std::min(GetParam(), kMost));
+      EXPECT_EQ(n, std::min(GetParam(), kMaxRegions));
       EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), 1));
     }
   }
   int n = 0;
   Labels labels(0, 1, 1, 1, 1);
   EXPECT_EQ(errorsOf([&] { labels = bip::regions(shorts, n); }), warning());
-  EXPECT_EQ(n, std::min(GetParam(), kMost));
+  EXPECT_EQ(n, std::min(GetParam(), kMaxRegions));
   EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), 1));
 }
 
-TEST_P(MostRegions, AreMeasured) {
+TEST_P(MaxRegions, AreMeasured) {
   const Mask mask = dots(GetParam(), 2, 0);
   Labels labels(0, 1, 1, 1, 1);
   errorsOf([&] { labels = bip::regions(mask); });
-  EXPECT_EQ(bip::regionNumber(labels), std::min(GetParam(), kMost));
+  EXPECT_EQ(bip::regionNumber(labels), std::min(GetParam(), kMaxRegions));
   image<float> brightness = blank<float>({mask.nx(), 1});
   for (int i = 0; i < mask.nx(); ++i) brightness.pixels()[i] = static_cast<float>(i);
   const auto features = bip::regionFeatures(labels, brightness);
   const auto lists = bip::regionIntensityArrays(labels, brightness, true);
-  ASSERT_EQ(static_cast<int>(features.size()), std::min(GetParam(), kMost));
+  ASSERT_EQ(static_cast<int>(features.size()), std::min(GetParam(), kMaxRegions));
   ASSERT_EQ(lists.size(), features.size());
   for (std::size_t k = 0; k < features.size(); ++k) {
     const int x = 2 * static_cast<int>(k);
@@ -117,28 +119,28 @@ TEST_P(MostRegions, AreMeasured) {
   }
 }
 
-TEST_P(MostRegions, AreSelectedBySizeAndTheRestStays) {
+TEST_P(MaxRegions, AreSelectedBySizeAndTheRestStays) {
   Mask mask = dots(GetParam(), 2, 0);
   EXPECT_EQ(errorsOf([&] { bip::selectRegionsBySize(mask, 2, -1); }), warning());
-  // The first always stays; those without a label can not be measured.
+  // The first always stays; those without a label cannot be measured.
   std::vector<unsigned char> expected(static_cast<std::size_t>(mask.npix()), 0);
   expected[0] = 255;
-  for (int k = kMost; k < GetParam(); ++k) expected[static_cast<std::size_t>(2 * k)] = 255;
+  for (int k = kMaxRegions; k < GetParam(); ++k) expected[static_cast<std::size_t>(2 * k)] = 255;
   EXPECT_EQ(pixelsOf(mask), expected);
 }
 
-TEST_P(MostRegions, HaveTheirHullsAndAreCounted) {
+TEST_P(MaxRegions, HaveTheirHullsAndAreCounted) {
   const Mask mask = dots(GetParam(), 2, 1);
   testing::internal::CaptureStdout();
   Labels labels(0, 1, 1, 1, 1);
   EXPECT_EQ(errorsOf([&] { labels = bip::convexHull(mask, 3); }), warning());
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            std::to_string(std::min(GetParam(), kMost)) + " regions detected.\n");
+            std::to_string(std::min(GetParam(), kMaxRegions)) + " regions detected.\n");
   EXPECT_EQ(pixelsOf(labels), labelsOfDots(GetParam(), 2));
 }
 
 // The background around the holes is a region too, the first.
-TEST_P(MostRegions, OfHolesAreFilled) {
+TEST_P(MaxRegions, OfHolesAreFilled) {
   const int holes = GetParam() - 1;
   Mask mask = blank<unsigned char>({2 * holes + 1, 3});
   std::fill_n(mask.pixels(), mask.npix(), static_cast<unsigned char>(255));
@@ -147,7 +149,7 @@ TEST_P(MostRegions, OfHolesAreFilled) {
   EXPECT_EQ(mask.fmin(), 255.0F);
 }
 
-TEST_P(MostRegions, SpreadOverTheirSurroundings) {
+TEST_P(MaxRegions, SpreadOverTheirSurroundings) {
   // Three rows, the dots in the middle one; the border is not reached.
   const int width = 2 * GetParam() + 1;
   Mask mask = blank<unsigned char>({width, 3});
@@ -158,14 +160,14 @@ TEST_P(MostRegions, SpreadOverTheirSurroundings) {
   bip::propagate(labels, 3.0F);
   reference::propagate(expected, 3.0F);
   EXPECT_TRUE(sameImage(labels, expected));
-  EXPECT_EQ(labels.max(), static_cast<short>(std::min(GetParam(), kMost) - 1));
+  EXPECT_EQ(labels.max(), static_cast<short>(std::min(GetParam(), kMaxRegions) - 1));
   if (isTooMany()) {
     // A dot without a label is background, and takes that of a neighbour.
-    EXPECT_EQ(labels.pixels()[width + 2 * kMost + 1], kMost - 1);
+    EXPECT_EQ(labels.pixels()[width + 2 * kMaxRegions + 1], kMaxRegions - 1);
   }
 }
 
-TEST(MostLabels, HaveBoundariesAndCloseTheirGaps) {
+TEST(MaxLabels, HaveBoundariesAndCloseTheirGaps) {
   // Two patches, of the first and of the last label there is.
   Labels labels = blank<short>({8, 5});
   for (int i = 0; i < 40; ++i) labels.pixels()[i] = i % 8 < 4 ? short{0} : short{32767};

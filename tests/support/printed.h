@@ -1,6 +1,6 @@
-// What the library says on the standard streams, without a file that would have to grow.
-#ifndef ORVA_TESTS_SUPPORT_HEARD_H
-#define ORVA_TESTS_SUPPORT_HEARD_H
+// Captures what the library prints on the standard streams, in memory rather than in a file.
+#ifndef ORVA_TESTS_SUPPORT_PRINTED_H
+#define ORVA_TESTS_SUPPORT_PRINTED_H
 
 #include <iostream>
 #include <sstream>
@@ -8,9 +8,9 @@
 
 namespace orva::test {
 
-// The text that call() puts into std::cout and std::cerr, in its order.
+// The text that call() writes to std::cout and std::cerr, in order.
 template <class Call>
-std::string heardFrom(Call call) {
+std::string printedBy(Call call) {
   std::stringbuf text;
   std::streambuf* out = std::cout.rdbuf(&text);
   std::streambuf* err = std::cerr.rdbuf(&text);

@@ -7,7 +7,7 @@ import orva.Settings;
  * Calls that must be refused before anything native happens. As a program it makes them all, and at
  * last a right one.
  */
-final class WrongCalls {
+final class UsageErrors {
   record Call(String refusal, Runnable action) {
     @Override
     public String toString() {
@@ -17,7 +17,7 @@ final class WrongCalls {
 
   private static final Settings SMALL = new Settings(1, 0, 1);
 
-  private WrongCalls() {}
+  private UsageErrors() {}
 
   static List<Call> all() {
     List<Call> calls = new ArrayList<>();
