@@ -16,6 +16,8 @@
 namespace orva::test {
 namespace {
 
+namespace fs = std::filesystem;
+
 void require(bool good, const std::string& what) {
   if (!good) throw std::runtime_error(what);
 }
