@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/support/heard.h"
 #include "tests/support/negative_image.h"
+#include "tests/support/printed.h"
 #include "tests/support/raw_image.h"
 
 namespace orva::test {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "orva/bip/bip.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 #include "tests/support/reference/hull.h"
 
 namespace orva::test {
@@ -76,7 +76,7 @@ image<short> farBlobs(Random& random, const Shape& shape, int x0, int y0, int z0
   return labels;
 }
 
-TEST(ConvexHullFarOff, OfAVolumeMatchesReference) {
+TEST(ConvexHullMatchesReference, ForAVolumeFarOff) {
   Random random(57);
   constexpr int kFar = 30000;
   constexpr int kAt = kFar - 11;
@@ -90,7 +90,7 @@ TEST(ConvexHullFarOff, OfAVolumeMatchesReference) {
       image<short> expected = labels.duplicate();
       reference::convexHull(expected, precision);
       EXPECT_FALSE(sameImage(labels, expected)) << "nothing to fill";
-      heardFrom([&] { bip::convexHull(labels, precision); });
+      printedBy([&] { bip::convexHull(labels, precision); });
       EXPECT_TRUE(sameImage(labels, expected)) << "axis " << axis << ", precision " << precision;
     }
   }

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "orva/bip/bip.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/reference/hull.h"
@@ -24,8 +24,8 @@ void expectSeenThroughCopies(const image<T>& original, const Change& change,
   const std::unique_ptr<Image> onHeap(img.copy());
   const void* pixels = img.data();
   image<T> apart = original.duplicate();
-  heardFrom([&] { change(img); });
-  heardFrom([&] { expected(apart); });
+  printedBy([&] { change(img); });
+  printedBy([&] { expected(apart); });
   EXPECT_FALSE(sameImage(apart, original)) << "nothing to see";
   EXPECT_EQ(img.data(), pixels);
   EXPECT_TRUE(sameImage(img, apart));

@@ -11,8 +11,8 @@
 #include "orva/image_io/image_io.h"
 #include "orva/util/fnp.h"
 #include "tests/support/files.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 
 namespace orva::test {
 namespace {
@@ -26,7 +26,7 @@ std::ptrdiff_t openFiles() {
 template <class Call>
 void expectClosed(const char* name, const Call& call) {
   const std::ptrdiff_t before = openFiles();
-  heardFrom([&] {
+  printedBy([&] {
     for (int round = 0; round < 3; ++round) call();
   });
   EXPECT_EQ(openFiles(), before) << name;

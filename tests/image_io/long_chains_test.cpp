@@ -8,8 +8,8 @@
 
 #include "orva/image_io/image_io.h"
 #include "tests/support/files.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 
 namespace orva::test {
 namespace {
@@ -59,7 +59,7 @@ TEST(StackCountOfLongChains, FollowsEveryDirectory) {
   const TempDir dir;
   writeFile(dir.file("b.tif"), content);
   int count = 0;
-  EXPECT_EQ(heardFrom([&] { count = image_io::returnStackCount(dir.file("b.tif")); }), pages);
+  EXPECT_EQ(printedBy([&] { count = image_io::returnStackCount(dir.file("b.tif")); }), pages);
   EXPECT_EQ(count, static_cast<int>(kDirectories));
 }
 

@@ -96,8 +96,8 @@ Call discs(jint width, jint height) {
     for (int x = 0; x < width; ++x) {
       const bool bright = std::hypot(x - 14, y - 12) <= 6;
       const bool dark = std::hypot(x - 34, y - 20) <= 6;
-      const float ground = 80.0F + 0.125F * static_cast<float>(x);
-      call.pixels.push_back(bright ? 200.0F : dark ? 10.5F : ground);
+      const float background = 80.0F + 0.125F * static_cast<float>(x);
+      call.pixels.push_back(bright ? 200.0F : dark ? 10.5F : background);
     }
   }
   return call;

@@ -25,8 +25,8 @@
 #include "orva/scalespace/scalespace.h"
 #include "orva/voting/circularvoting.h"
 #include "tests/support/files.h"
-#include "tests/support/heard.h"
 #include "tests/support/images.h"
+#include "tests/support/printed.h"
 #include "tests/voting/probe.h"
 
 namespace orva::test {
@@ -63,7 +63,7 @@ int endingAlone(const Work& work) {
   if (child == 0) {
     if (!forbidThreads()) std::_Exit(kNotForbidden);
     const std::ptrdiff_t before = threads();
-    heardFrom(work);
+    printedBy(work);
     std::_Exit(threads() == before ? kDone : kMoreThreads);
   }
   int status = 0;
