@@ -22,9 +22,6 @@
 namespace orva::test {
 namespace {
 
-namespace fs = std::filesystem;
-using Arguments = std::vector<std::string>;
-
 // TMPDIR of the commands that it runs is a directory of its own.
 class StandardStreams : public ::testing::Test {
  protected:
@@ -61,7 +58,7 @@ class StandardStreams : public ::testing::Test {
 };
 
 TEST_F(StandardStreams, EveryFormatKnownByItsBytesIsRead) {
-  const Content content{orva::BYTE, 60, 50, 1, discs(60, 50, {{20, 22, 7}}).values};
+  const Content content{BYTE, 60, 50, 1, discs(60, 50, {{20, 22, 7}}).values};
   for (const std::string name : {"b.pgm", "b.png", "b.tif"}) {
     SCOPED_TRACE(name);
     writeContent(box / name, content);
@@ -76,7 +73,7 @@ TEST_F(StandardStreams, EveryFormatKnownByItsBytesIsRead) {
 }
 
 TEST_F(StandardStreams, EverySubcommandReadsStandardInput) {
-  box.write("b.ppm", ppm({orva::RGB, 2, 2, 1, {9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1, 2}}));
+  box.write("b.ppm", ppm({RGB, 2, 2, 1, {9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1, 2}}));
   const Outcome info = runPiped({"info", "-"}, box.read("b.ppm"));
   EXPECT_TRUE(succeeded(info));
   EXPECT_EQ(info.out,
@@ -141,7 +138,7 @@ TEST_F(StandardStreams, WithOutTheResultsAreNamedStdin) {
 
 TEST_F(StandardStreams, WhatIsNoImageFailsWithOneLine) {
   EXPECT_TRUE(failedWithOneLine(box.run({"vote", "-"}), "-", "standard input is empty"));
-  const Content content{orva::BYTE, 3, 2, 1, {1, 2, 3, 4, 5, 6}};
+  const Content content{BYTE, 3, 2, 1, {1, 2, 3, 4, 5, 6}};
   for (const std::string& bytes :
        {std::string("no image"), iht(content), uif(content), std::string("\tics_version\t1.0\n")}) {
     for (const Arguments& call : {Arguments{"vote", "-"}, Arguments{"info", "-"}}) {
@@ -162,7 +159,7 @@ TEST_F(StandardStreams, WithoutRoomForTheCopyTheCommandFails) {
   EXPECT_TRUE(failedWithOneLine(runPiped({"info", "-"}, box.read("a.pgm")), "-",
                                 "standard input can not be copied"));
   ::setenv("TMPDIR", (box / "tmp").c_str(), 1);
-  EXPECT_TRUE(failedWithOneLine(box.run({"info", "-"}, {.in = "a.pgm", .largestFile = 1000}), "-",
+  EXPECT_TRUE(failedWithOneLine(box.run({"info", "-"}, {.in = "a.pgm", .maxFileBytes = 1000}), "-",
                                 "File too large"));
   expectNothingLeft();
 }

@@ -13,8 +13,6 @@
 namespace orva::test {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
 constexpr std::uint16_t kUnspecified = EXTRASAMPLE_UNSPECIFIED;
 constexpr std::uint16_t kPremultiplied = EXTRASAMPLE_ASSOCALPHA;
 constexpr std::uint16_t kAlpha = EXTRASAMPLE_UNASSALPHA;

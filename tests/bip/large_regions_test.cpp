@@ -76,7 +76,7 @@ image<short> farBlobs(Random& random, const Shape& shape, int x0, int y0, int z0
   return labels;
 }
 
-TEST(ConvexHullFarOff, OfAVolumeMatchesReference) {
+TEST(ConvexHullMatchesReference, ForAVolumeFarOff) {
   Random random(57);
   constexpr int kFar = 30000;
   constexpr int kAt = kFar - 11;

@@ -13,9 +13,6 @@
 namespace orva::test {
 namespace {
 
-using image_io::IcsInfo;
-using image_io::MultiChannelIcsInfo;
-
 template <class Record>
 std::string written(const Record& record) {
   std::ostringstream text;
@@ -24,11 +21,11 @@ std::string written(const Record& record) {
 }
 
 TEST(ZeroByteChannel, IsANameOfOneCharacter) {
-  IcsInfo one("d");
+  image_io::IcsInfo one("d");
   one.setWithChannelInfo("f", "e", '\0');
   EXPECT_EQ(one.channelName(), std::string(1, '\0'));
   EXPECT_EQ(one.datasetName(), std::string("d_\0", 3));
-  MultiChannelIcsInfo several("d");
+  image_io::MultiChannelIcsInfo several("d");
   several.setWithChannelInfo("f", "e", '\0');
   several.setWithChannelInfo("f", "e", 'c');
   EXPECT_EQ(several.channelNames(), (std::vector<std::string>{std::string(1, '\0'), "c"}));
@@ -57,12 +54,12 @@ TEST(TextsWithANewlineAtTheEnd, AreWrittenAsTheyAre) {
       "Sample\ta\n\tb\tc\t1.000000\t2.000000\td\n\n"
       "p\n\tq\n\n"
       "history\tAnnotation\tn\n";
-  EXPECT_EQ(withNewlines<IcsInfo>(), expected);
-  EXPECT_EQ(withNewlines<MultiChannelIcsInfo>(), expected);
+  EXPECT_EQ(withNewlines<image_io::IcsInfo>(), expected);
+  EXPECT_EQ(withNewlines<image_io::MultiChannelIcsInfo>(), expected);
 }
 
 TEST(TextsWithANewlineAtTheEnd, StandBeforeTheAnnotation) {
-  IcsInfo record("d");
+  image_io::IcsInfo record("d");
   record.addParagraph("free\n");
   EXPECT_EQ(written(record),
             "history\tdate\tUNDEFINED\n"
@@ -92,10 +89,10 @@ TEST(ImagesWithoutPlanes, AreWrittenAsPlanes) {
                                              "representation\tSCIL_TYPE\tg2d"};
   for (const Shape& shape : {Shape{5, 4, 0}, Shape{5, 4, 1, 0}, Shape{5, 4, 3, 1, 0}}) {
     const image<short> img = blank<short>(shape);
-    image_io::writeICS(IcsInfo(dir.file("one")), img);
+    image_io::writeICS(image_io::IcsInfo(dir.file("one")), img);
     EXPECT_EQ(layoutOf(readFile(dir.file("one.ics"))), expected);
     EXPECT_EQ(readFile(dir.file("one.ids")), "");
-    image_io::writeICS(MultiChannelIcsInfo(dir.file("several")), img);
+    image_io::writeICS(image_io::MultiChannelIcsInfo(dir.file("several")), img);
     EXPECT_EQ(layoutOf(readFile(dir.file("several.ics"))), expected);
     EXPECT_EQ(readFile(dir.file("several.ids")), "");
   }

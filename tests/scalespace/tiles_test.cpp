@@ -25,7 +25,7 @@ std::string nameOf(const Shape& s) {
   return std::to_string(s.nx) + " x " + std::to_string(s.ny) + " x " + std::to_string(s.nz);
 }
 
-TEST(FilterInParts, OfDerivativesMatchesReference) {
+TEST(SeparableFilterMatchesReference, ForDerivativesInParts) {
   Random random(61);
   const std::vector<reference::Orders> orders = {{0, 0, 0}, {1, 0, 2}, {0, 3, 1}, {2, 1, 0}};
   for (const Shape& shape : partedShapes()) {
@@ -41,7 +41,7 @@ TEST(FilterInParts, OfDerivativesMatchesReference) {
   }
 }
 
-TEST(FilterInParts, OfSmoothingMatchesReference) {
+TEST(SeparableFilterMatchesReference, ForSmoothingInParts) {
   Random random(62);
   for (const Shape& shape : partedShapes()) {
     const auto img = randomImage<float>(random, shape);

@@ -14,11 +14,6 @@
 namespace orva::test {
 namespace {
 
-using voting::Cone2D;
-using voting::ConePlane2D;
-using voting::VPoint2D;
-using voting::WPoint2D;
-
 constexpr int kWidth = 44;
 constexpr int kHeight = 41;
 
@@ -50,9 +45,9 @@ Probe withPoints(Random& random, const VotingParams& params, const Directions& d
   probe.nx_ = kWidth;
   probe.ny_ = kHeight;
   probe.npix_ = kWidth * kHeight;
-  WPoint2D::nx = kWidth;
+  voting::WPoint2D::nx = kWidth;
   for (int i = 0; i < 40; ++i) {
-    VPoint2D p;
+    voting::VPoint2D p;
     p.x = static_cast<std::int16_t>(randomInt(random, 14, kWidth - 15));
     p.y = static_cast<std::int16_t>(randomInt(random, 14, kHeight - 15));
     p.angle = static_cast<std::int16_t>(randomInt(random, 0, directions.bins - 1));
@@ -66,21 +61,21 @@ Probe withPoints(Random& random, const VotingParams& params, const Directions& d
 void voteByHand(Probe& probe) {
   probe.acc_ = blank<float>({kWidth, kHeight});
   probe.prevAcc_ = blank<float>({kWidth, kHeight});
-  const auto coneOf = [&probe](const VPoint2D& p) -> const Cone2D& {
+  const auto coneOf = [&probe](const voting::VPoint2D& p) -> const voting::Cone2D& {
     return probe.cones_[static_cast<std::size_t>(p.angle)];
   };
   probe.computeCones(probe.minRadius, probe.maxRadius, probe.coneWidth);
-  for (VPoint2D& p : probe.points_) {
+  for (voting::VPoint2D& p : probe.points_) {
     p.offset = p.x + p.y * kWidth;
     coneOf(p).vote(probe.acc_.pixels() + p.offset, p);
   }
   int w = probe.coneWidth;
   while (true) {
     probe.computeCones(probe.minRadius, probe.maxRadius, w);
-    for (VPoint2D& p : probe.points_) probe.getMaxDirection(p);
+    for (voting::VPoint2D& p : probe.points_) probe.getMaxDirection(p);
     probe.prevAcc_ = probe.acc_.duplicate();
     probe.acc_ = blank<float>({kWidth, kHeight});
-    for (const VPoint2D& p : probe.points_) {
+    for (const voting::VPoint2D& p : probe.points_) {
       coneOf(p).vote(probe.acc_.pixels() + p.offset, probe.prevAcc_.pixels() + p.offset, p);
     }
     if (w == 0) break;
@@ -129,7 +124,7 @@ TEST(VoteByHand, TwiceBeginsWithTurnedPoints) {
 }
 
 TEST(OtherDirections, HaveConesTurnedByTheirStep) {
-  WPoint2D::nx = kWidth;
+  voting::WPoint2D::nx = kWidth;
   for (const Directions& directions : otherDirections()) {
     for (int type = 0; type < 3; ++type) {
       Probe probe;
@@ -138,16 +133,16 @@ TEST(OtherDirections, HaveConesTurnedByTheirStep) {
       probe.angleStep_ = directions.step;
       probe.computeCones(2, 9, 5);
       // The first cone is not turned.
-      const Cone2D prototype = reference::cones(type, 2, 9, 5, kWidth).at(0);
-      std::vector<Cone2D> expected;
+      const voting::Cone2D prototype = reference::cones(type, 2, 9, 5, kWidth).at(0);
+      std::vector<voting::Cone2D> expected;
       for (int a = 0; a < directions.bins; ++a) {
         const float theta = static_cast<float>(a) * directions.step;
         const float c = std::cos(theta);
         const float s = std::sin(theta);
-        Cone2D cone = prototype;
+        voting::Cone2D cone = prototype;
         cone.setDirection(c, s);
-        for (ConePlane2D& plane : cone.planes) {
-          for (WPoint2D& cell : plane.points) {
+        for (voting::ConePlane2D& plane : cone.planes) {
+          for (voting::WPoint2D& cell : plane.points) {
             const auto x = static_cast<float>(cell.x);
             const auto y = static_cast<float>(cell.y);
             cell.x = round_double(c * x - s * y);

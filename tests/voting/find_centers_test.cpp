@@ -15,11 +15,6 @@
 namespace orva::test {
 namespace {
 
-using voting::CircularVoting;
-using voting::findCenters;
-using voting::VoteResult;
-using voting::VoteSettings;
-
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 // A bright disc of radius 6 at (24, 18).
@@ -31,22 +26,22 @@ image<unsigned char> disc() {
   return img;
 }
 
-VoteSettings ofRadius(int maxRadius) {
-  VoteSettings settings;
+voting::VoteSettings ofRadius(int maxRadius) {
+  voting::VoteSettings settings;
   settings.maxRadius = maxRadius;
   return settings;
 }
 
 TEST(FindCenters, IsComputeWithTheDerivedSettings) {
   const image<unsigned char> img = disc();
-  const VoteResult result = findCenters(img, ofRadius(9));
+  const voting::VoteResult result = voting::findCenters(img, ofRadius(9));
   EXPECT_EQ(result.used.coneWidth, 5);
   EXPECT_EQ(result.used.sigma, static_cast<float>(9.0 / 7));
   EXPECT_EQ(result.used.gradient,
             0.03F * scalespace::gradient(img, result.used.sigma, 1.0F).fmax());
-  CircularVoting voting;
-  voting.setParams(CircularVoting::Bright, 1, 9, 5, result.used.gradient, 0.3F, result.used.sigma,
-                   CircularVoting::Power, 0.5F, false, false);
+  voting::CircularVoting voting;
+  voting.setParams(voting::CircularVoting::Bright, 1, 9, 5, result.used.gradient, 0.3F,
+                   result.used.sigma, voting::CircularVoting::Power, 0.5F, false, false);
   voting.compute(img);
   ASSERT_EQ(result.centers.size(), 1U);
   ASSERT_EQ(voting.centers().size(), 1U);
@@ -56,11 +51,11 @@ TEST(FindCenters, IsComputeWithTheDerivedSettings) {
 }
 
 TEST(FindCenters, KeepsTheSettingsThatAreGiven) {
-  VoteSettings settings = ofRadius(9);
+  voting::VoteSettings settings = ofRadius(9);
   settings.coneWidth = 2;
   settings.sigma = 2.5F;
   settings.gradient = 1.5F;
-  const VoteResult result = findCenters(disc(), settings);
+  const voting::VoteResult result = voting::findCenters(disc(), settings);
   EXPECT_EQ(result.used.coneWidth, 2);
   EXPECT_EQ(result.used.sigma, 2.5F);
   EXPECT_EQ(result.used.gradient, 1.5F);
@@ -68,35 +63,36 @@ TEST(FindCenters, KeepsTheSettingsThatAreGiven) {
 
 TEST(FindCenters, ThrowsForASettingOutOfItsRange) {
   const auto refuses = [](const auto& change) {
-    VoteSettings settings = ofRadius(9);
+    voting::VoteSettings settings = ofRadius(9);
     change(settings);
-    EXPECT_THROW(findCenters(disc(), settings), std::invalid_argument);
-    EXPECT_THROW(findCenters(image<float>(0, 1, 1, 1, 1), settings), std::invalid_argument);
+    EXPECT_THROW(voting::findCenters(disc(), settings), std::invalid_argument);
+    EXPECT_THROW(voting::findCenters(image<float>(0, 1, 1, 1, 1), settings), std::invalid_argument);
   };
-  refuses([](VoteSettings& s) { s.minRadius = 0; });
-  refuses([](VoteSettings& s) { s.minRadius = 10; });
-  refuses([](VoteSettings& s) { s.coneWidth = -1; });
-  refuses([](VoteSettings& s) { s.sigma = 0.0F; });
-  refuses([](VoteSettings& s) { s.gradient = -1.0F; });
-  refuses([](VoteSettings& s) { s.relativeGradient = kNan; });
-  refuses([](VoteSettings& s) { s.threshold = kNan; });
-  refuses([](VoteSettings& s) { s.relativeThreshold = 0.04F; });
-  refuses([](VoteSettings& s) { s.relativeThreshold = 1.5F; });
-  refuses([](VoteSettings& s) { s.power = kNan; });
+  refuses([](voting::VoteSettings& s) { s.minRadius = 0; });
+  refuses([](voting::VoteSettings& s) { s.minRadius = 10; });
+  refuses([](voting::VoteSettings& s) { s.coneWidth = -1; });
+  refuses([](voting::VoteSettings& s) { s.sigma = 0.0F; });
+  refuses([](voting::VoteSettings& s) { s.gradient = -1.0F; });
+  refuses([](voting::VoteSettings& s) { s.relativeGradient = kNan; });
+  refuses([](voting::VoteSettings& s) { s.threshold = kNan; });
+  refuses([](voting::VoteSettings& s) { s.relativeThreshold = 0.04F; });
+  refuses([](voting::VoteSettings& s) { s.relativeThreshold = 1.5F; });
+  refuses([](voting::VoteSettings& s) { s.power = kNan; });
 }
 
 TEST(FindCenters, ThrowsForAnImageThatIsTooLarge) {
   const int side = 32767 - 2 * static_cast<int>(voting::voteMargin(5, 9));
-  EXPECT_TRUE(findCenters(image<unsigned char>(side, 1, 1, 1, 1), ofRadius(9)).centers.empty());
-  EXPECT_THROW(findCenters(image<unsigned char>(side + 1, 1, 1, 1, 1), ofRadius(9)),
+  EXPECT_TRUE(
+      voting::findCenters(image<unsigned char>(side, 1, 1, 1, 1), ofRadius(9)).centers.empty());
+  EXPECT_THROW(voting::findCenters(image<unsigned char>(side + 1, 1, 1, 1, 1), ofRadius(9)),
                std::length_error);
-  EXPECT_THROW(findCenters(image<unsigned char>(1, side + 1, 1, 1, 1), ofRadius(9)),
+  EXPECT_THROW(voting::findCenters(image<unsigned char>(1, side + 1, 1, 1, 1), ofRadius(9)),
                std::length_error);
 }
 
 TEST(FindCenters, PassesTheHistoryOn) {
   std::vector<int> widths;
-  findCenters(disc(), ofRadius(9), [&](int width, const image<float>& votes) {
+  voting::findCenters(disc(), ofRadius(9), [&](int width, const image<float>& votes) {
     widths.push_back(width);
     EXPECT_EQ(votes.nx(), 50);
     EXPECT_EQ(votes.ny(), 40);
@@ -120,7 +116,7 @@ TEST(VoteField, HoldsTheVotesOfTheCenters) {
     }
   }
   ASSERT_GT(count, 0);
-  const VoteResult result = findCenters(img, ofRadius(9));
+  const voting::VoteResult result = voting::findCenters(img, ofRadius(9));
   ASSERT_EQ(result.centers.size(), 1U);
   EXPECT_NEAR(result.centers[0].weight, sum / count, 1e-4 * sum / count);
 }

@@ -19,10 +19,6 @@
 namespace orva::test {
 namespace {
 
-using voting::CircularVoting;
-using voting::findCenters;
-using voting::VoteSettings;
-
 constexpr float kOpen = std::numeric_limits<float>::quiet_NaN();
 
 struct FloatArray : _jfloatArray {
@@ -78,7 +74,7 @@ struct Call {
   std::vector<jfloat> pixels;
   jint height = 0;
   jint width = 0;
-  jint polarity = CircularVoting::Bright;
+  jint polarity = voting::CircularVoting::Bright;
   jint minRadius = 1;
   jint maxRadius = 8;
   jint coneWidth = -1;
@@ -100,8 +96,8 @@ Call discs(jint width, jint height) {
     for (int x = 0; x < width; ++x) {
       const bool bright = std::hypot(x - 14, y - 12) <= 6;
       const bool dark = std::hypot(x - 34, y - 20) <= 6;
-      const float ground = 80.0F + 0.125F * static_cast<float>(x);
-      call.pixels.push_back(bright ? 200.0F : dark ? 10.5F : ground);
+      const float background = 80.0F + 0.125F * static_cast<float>(x);
+      call.pixels.push_back(bright ? 200.0F : dark ? 10.5F : background);
     }
   }
   return call;
@@ -151,11 +147,11 @@ class JavaFindCenters : public testing::Test {
   JNIEnv env_ = {};
 };
 
-std::vector<jfloat> expected(const Call& c, const VoteSettings& settings) {
+std::vector<jfloat> expected(const Call& c, const voting::VoteSettings& settings) {
   image<float> img(c.width, c.height, 1, 1, 1);
   std::copy(c.pixels.begin(), c.pixels.end(), img.pixels());
   std::vector<jfloat> triples;
-  for (const voting::Center& center : findCenters(img, settings).centers) {
+  for (const voting::Center& center : voting::findCenters(img, settings).centers) {
     triples.push_back(static_cast<jfloat>(center.x));
     triples.push_back(static_cast<jfloat>(center.y));
     triples.push_back(center.weight);
@@ -165,7 +161,7 @@ std::vector<jfloat> expected(const Call& c, const VoteSettings& settings) {
 
 TEST_F(JavaFindCenters, FindsColumnRowAndWeight) {
   const Call call = discs(50, 32);
-  VoteSettings settings;
+  voting::VoteSettings settings;
   settings.maxRadius = 8;
   const std::vector<jfloat> centers = found(call);
   ASSERT_FALSE(centers.empty());
@@ -176,7 +172,7 @@ TEST_F(JavaFindCenters, FindsColumnRowAndWeight) {
 
 TEST_F(JavaFindCenters, PassesEverySettingOn) {
   Call call = discs(50, 32);
-  VoteSettings settings;
+  voting::VoteSettings settings;
   settings.maxRadius = 8;
   const std::vector<jfloat> usual = found(call);
   const auto expectEffect = [&](const char* name) {
@@ -184,12 +180,12 @@ TEST_F(JavaFindCenters, PassesEverySettingOn) {
     EXPECT_EQ(centers, expected(call, settings)) << name;
     EXPECT_NE(centers, usual) << name;
     call = discs(50, 32);
-    settings = VoteSettings();
+    settings = voting::VoteSettings();
     settings.maxRadius = 8;
   };
-  call.polarity = settings.polarity = CircularVoting::Dark;
+  call.polarity = settings.polarity = voting::CircularVoting::Dark;
   expectEffect("dark");
-  call.polarity = settings.polarity = CircularVoting::Both;
+  call.polarity = settings.polarity = voting::CircularVoting::Both;
   expectEffect("both");
   call.minRadius = settings.minRadius = 5;
   expectEffect("minRadius");
@@ -225,7 +221,7 @@ TEST_F(JavaFindCenters, TakesPixelsThatAreNoNumbers) {
   Call call = discs(50, 32);
   call.pixels[3] = kOpen;
   call.pixels[400] = std::numeric_limits<float>::infinity();
-  VoteSettings settings;
+  voting::VoteSettings settings;
   settings.maxRadius = 8;
   EXPECT_EQ(found(call).size(), expected(call, settings).size());
 }

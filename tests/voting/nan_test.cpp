@@ -12,7 +12,7 @@ namespace {
 
 const float kNaN = std::nanf("");
 
-TEST(ComputeWithNaN, MatchesReferenceForEverySetting) {
+TEST(VotingMatchesReference, ForNansInEverySetting) {
   Random random(73);
   const auto img = randomImage<unsigned char>(random, {37, 29});
   for (float VotingParams::*setting : {&VotingParams::gradThreshold, &VotingParams::centerThreshold,
