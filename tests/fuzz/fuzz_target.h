@@ -12,10 +12,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
-#include <sstream>
 #include <string>
 #include <string_view>
+
+#include "tests/support/printed.h"
 
 namespace orva::test {
 
@@ -28,7 +28,7 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
 // Ends the program when a promise does not hold.
 inline void require(bool holds, const char* promise) {
   if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", promise);
+  ::dprintf(uncapturedError, "broken: %s\n", promise);
   std::abort();
 }
 
@@ -56,22 +56,12 @@ class ContentFile {
 // Captures the standard streams during the lifetime of the object.
 class Captured {
  public:
-  Captured() : out_(std::cout.rdbuf(printed_.rdbuf())), err_(std::cerr.rdbuf(reported_.rdbuf())) {}
-  Captured(const Captured&) = delete;
-  Captured& operator=(const Captured&) = delete;
-  ~Captured() {
-    std::cout.rdbuf(out_);
-    std::cerr.rdbuf(err_);
-  }
-
-  std::string printed() const { return printed_.str(); }
-  std::string reported() const { return reported_.str(); }
+  std::string printed() const { return out_.text(); }
+  std::string reported() const { return err_.text(); }
 
  private:
-  std::ostringstream printed_;
-  std::ostringstream reported_;
-  std::streambuf* out_;
-  std::streambuf* err_;
+  CapturedDescriptors out_{STDOUT_FILENO};
+  CapturedDescriptors err_{STDERR_FILENO};
 };
 
 // Consumes an input from the front; bytes past its end are 0.

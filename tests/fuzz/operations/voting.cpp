@@ -75,12 +75,14 @@ void requireSamePoints(const std::vector<voting::VPoint2D>& points,
   }
 }
 
+double marginOf(const reference::VotingParams& params) {
+  const reference::VotingParams p = reference::repaired(params);
+  return std::floor(std::hypot(double{1} * p.coneWidth, double{1} * p.maxRadius) + 3.0);
+}
+
 // True where a side with its margin does not fit the 16 bits of a voting point.
 bool isTooLarge(const reference::VotingParams& params, const Image& img) {
-  const reference::VotingParams p = reference::repaired(params);
-  const double margin =
-      std::floor(std::hypot(double{1} * p.coneWidth, double{1} * p.maxRadius) + 3.0);
-  return std::max(img.nx(), img.ny()) + 2.0 * margin > 32767.0;
+  return std::max(img.nx(), img.ny()) + 2.0 * marginOf(params) > 32767.0;
 }
 
 // No centres of an image without pixels, nor of one with too wide a margin, which is reported.
@@ -88,14 +90,19 @@ bool hasNoVotes(const reference::VotingParams& params, const Image& img) {
   return img.isNull() || isTooLarge(params, img);
 }
 
-void requireNoVotes(Probe& probe, const Image& img, const std::string& reported) {
+void requireNoVotes(Probe& probe, const reference::VotingParams& params, const Image& img,
+                    const std::string& reported) {
   const std::string warning =
       "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
   require(reported == (img.isNull() ? "" : warning), "a warning of images that are too large");
   require(probe.center_weights().empty() && probe.points_.empty(), "no centres and no points");
-  const image<float> none(0, 1, 1, 1, 1);
-  requireSame(probe.acc_, none, "no accumulator");
-  requireSame(probe.prevAcc_, none, "no previous accumulator");
+  // An image without pixels has accumulators of its size and margin, without votes.
+  const bool hasAccumulator = !isTooLarge(params, img);
+  const int pad = hasAccumulator ? 2 * static_cast<int>(marginOf(params)) : 0;
+  const image<float> empty = hasAccumulator ? image<float>(img.nx() + pad, img.ny() + pad, 1, 1, 1)
+                                            : image<float>(0, 1, 1, 1, 1);
+  requireSame(probe.acc_, empty, "an accumulator without votes");
+  requireSame(probe.prevAcc_, empty, "a previous accumulator without votes");
   requireSame(probe.votingImage(), image<float>(img.nx(), img.ny(), 1, 1, 1),
               "a black voting image");
 }
@@ -126,7 +133,7 @@ void voting(Input& in) {
   Probe probe;
   const std::string reported = compute(probe, params, *img);
   if (hasNoVotes(params, *img)) {
-    requireNoVotes(probe, *img, reported);
+    requireNoVotes(probe, params, *img, reported);
     require(probe.centers().empty(), "no centres");
     return;
   }
@@ -147,7 +154,7 @@ void votingTwice(Input& in) {
   std::vector<Point> centers;
   if (!hasNoVotes(first, *a)) centers = reference::compute(first, *a).centers;
   if (hasNoVotes(second, *b)) {
-    requireNoVotes(probe, *b, reported);
+    requireNoVotes(probe, second, *b, reported);
   } else {
     const reference::Voting expected = reference::compute(second, *b);
     requireSameVoting(probe, expected);
