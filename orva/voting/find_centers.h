@@ -67,6 +67,8 @@ ORVA_EXPORT std::int64_t voteMargin(int coneWidth, int maxRadius);
 /// Finds the centers in plane 0 of @p img, with CircularVoting::compute(). An image without pixels
 /// has no centers.
 ///
+/// @param img any image; of several channels and time points the first counts
+/// @param settings what to look for
 /// @param history called with the cone width in pixels and the votes so far, without the margin,
 ///        before every narrowing pass; what it throws ends the search
 /// @throws std::invalid_argument for a setting out of its range or not a number

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -113,6 +114,39 @@ TEST_F(History, HoldsTheAccumulatorWithoutItsMarginBeforeEveryPass) {
     EXPECT_TRUE(content(name + ".ids") == innerBytes(acc, expected.margin)) << name;
     EXPECT_GT(acc.max(), 0.0F);
   }
+}
+
+TEST_F(History, ObserversSeeTheVotesBeforeEveryPass) {
+  const VotingParams params = paramsOf(20, 10);
+  const auto img = discImage<unsigned char>({37, 26}, {{12, 11, 6}, {28, 16, 5}}, 200, 30);
+  const reference::Voting expected = reference::compute(params, img);
+  Probe probe(params);
+  probe.saveHistory(true);
+  probe.setPrefix(prefix("p_"));
+  std::size_t pass = 0;
+  probe.compute(img, [&](int width, const image<float>& votes) {
+    ASSERT_LT(pass, expected.history.size());
+    const auto& [expectedWidth, acc] = expected.history[pass++];
+    EXPECT_EQ(width, expectedWidth);
+    EXPECT_EQ(votes.nx(), img.nx());
+    EXPECT_EQ(votes.ny(), img.ny());
+    EXPECT_TRUE(innerBytes(votes, 0) == innerBytes(acc, expected.margin)) << width;
+  });
+  EXPECT_EQ(pass, expected.history.size());
+  expectSameVoting(probe, expected);
+  EXPECT_TRUE(names().empty());  // no history beside it
+}
+
+TEST_F(History, AnObserverCanEndTheSearch) {
+  Probe probe(paramsOf(20, 10));
+  int calls = 0;
+  EXPECT_THROW(probe.compute(blank<float>({9, 7}),
+                             [&](int, const image<float>&) {
+                               if (++calls == 2) throw std::runtime_error("enough");
+                             }),
+               std::runtime_error);
+  EXPECT_EQ(calls, 2);
+  EXPECT_TRUE(probe.centers().empty());
 }
 
 TEST_F(History, HasTheHeaderOfAFloatPlane) {
