@@ -15,7 +15,7 @@ import pytest
 from distributed import Client
 
 import orva
-from orva.batch import __main__ as batch_command
+from orva.batch import _command as batch_command
 from orva.batch import _jobs
 
 DATA = pathlib.Path(__file__).resolve().parents[2] / "data" / "images"
