@@ -31,11 +31,13 @@ std::string tableOf(const std::vector<RegionFeature>& features) {
   return text;
 }
 
-// Takes the regions out of the labels and the table that do not have `least` to `most` pixels, and
-// numbers the others anew. (orva::bip::selectRegionsBySize keeps the first region in any case.)
-void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& features, int least,
-                  int most) {
-  const auto isWanted = [=](const RegionFeature& f) { return f.npix >= least && f.npix <= most; };
+// Takes the regions out of the labels and the table that do not have `minSize` to `maxSize` pixels,
+// and numbers the others anew. (orva::bip::selectRegionsBySize keeps the first region in any case.)
+void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& features, int minSize,
+                  int maxSize) {
+  const auto isWanted = [=](const RegionFeature& f) {
+    return f.npix >= minSize && f.npix <= maxSize;
+  };
   for (int i = 0; i < labels.npix(); ++i) {
     short& label = labels.pixels()[i];
     if (label >= 0 && !isWanted(features[static_cast<std::size_t>(label)])) label = -1;

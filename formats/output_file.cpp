@@ -65,9 +65,9 @@ int standardStream(const fs::path& path) {
 
 // Behind the links that `path` is the first of; the last of them may lead to nothing yet.
 fs::path behindLinks(fs::path path) {
-  constexpr int kMostLinks = 40;  // as the system has it
+  constexpr int kMaxLinks = 40;  // as the system has it
   std::error_code none;
-  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, none)); ++i) {
+  for (int i = 0; i < kMaxLinks && fs::is_symlink(fs::symlink_status(path, none)); ++i) {
     path = path.parent_path() / fs::read_symlink(path, none);
   }
   return path;

@@ -25,10 +25,10 @@ std::size_t sizeOf(SampleType type) {
 Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Meaning meaning,
                SampleType type)
     : width_(width), height_(height), channels_(channels), meaning_(meaning), type_(type) {
-  constexpr std::size_t kMostPixels = std::numeric_limits<std::int32_t>::max();
+  constexpr std::size_t kMaxPixels = std::numeric_limits<std::int32_t>::max();
   if (width == 0 || height == 0 || channels == 0) throw FileError("the image has no pixels");
-  if (width > kMostPixels / height || channels > kMostBytes / kMostPixels ||
-      height * rowBytes() > kMostBytes)
+  if (width > kMaxPixels / height || channels > kMaxBytes / kMaxPixels ||
+      height * rowBytes() > kMaxBytes)
     throw FileError("the image is too large");
   // Not initialised: a file that promises more pixels than it holds costs no memory.
   data_.reset(new unsigned char[height * rowBytes()]);

@@ -14,8 +14,8 @@ enum class SampleType { kUint8, kInt8, kUint16, kInt16, kUint32, kInt32, kFloat3
 // Bytes of one sample.
 std::size_t sizeOf(SampleType type);
 
-// The most bytes that samples of one image take: those of the largest one in colour with alpha.
-inline constexpr std::size_t kMostBytes = std::size_t{1} << 34U;
+// The maximum bytes of the samples of one image: those of the largest image in colour with alpha.
+inline constexpr std::size_t kMaxBytes = std::size_t{1} << 34U;
 
 // What a file's samples are.
 enum class Meaning { kGrey, kRgb };

@@ -68,8 +68,7 @@ class BlockDecoder {
         static_cast<std::size_t>(size) < width * height * bytes_) {
       in_.fail();
     }
-    if (static_cast<std::size_t>(size) > kMostBytes)
-      throw FileError("a strip or tile is too large");
+    if (static_cast<std::size_t>(size) > kMaxBytes) throw FileError("a strip or tile is too large");
     buffer_.reset(new unsigned char[static_cast<std::size_t>(size)]);
     for (std::size_t plane = 0; plane < planes_; ++plane) {
       for (std::size_t y = 0; y < layout_.height; y += height) {
