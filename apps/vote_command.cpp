@@ -103,7 +103,7 @@ void VoteCommand::addVotingOptions() {
       .valueText("S");
   const Option gradient = options()
                               .add("--gradient", settings_.gradient,
-                                   "Gradients below G grey levels a pixel cast no vote")
+                                   "Gradients below G grey levels per pixel cast no vote")
                               .check(level)
                               .valueText("G");
   options()
@@ -209,7 +209,7 @@ void VoteCommand::voteOnOne() const {
   if (isPrinted()) print(text, "the table");
 }
 
-std::string VoteCommand::voteOnNext(const std::string& file) const {
+std::string VoteCommand::voteInBatch(const std::string& file) const {
   const auto start = std::chrono::steady_clock::now();
   const std::string stem = stemOf(file);
   const std::unique_ptr<orva::Image> img = readInput(file, frame_, ColourUse::kLuminance);
@@ -237,7 +237,7 @@ int VoteCommand::voteOnAll() const {
     progress.show(i, file);
     try {
       // The library ends the process when memory runs out; the other images are to be done still.
-      summary += inChildProcess([&] { return voteOnNext(file); });
+      summary += inChildProcess([&] { return voteInBatch(file); });
     } catch (const std::exception& error) {
       progress.clear();
       reportFailure(file, error);
