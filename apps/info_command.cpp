@@ -65,7 +65,7 @@ class Range {
   }
 
   std::string textOf(double v) const {
-    return hasFloats_ ? shortest(static_cast<float>(v))
+    return hasFloats_ ? shortestDecimal(static_cast<float>(v))
                       : std::to_string(static_cast<std::int64_t>(v));
   }
 

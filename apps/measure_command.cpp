@@ -26,7 +26,7 @@ std::string tableOf(const std::vector<RegionFeature>& features) {
          {f.xmin, f.xmax, f.ymin, f.ymax, f.zmin, f.zmax, f.cx, f.cy, f.cz, f.radius, f.npix}) {
       text += std::to_string(v) + ',';
     }
-    text += shortest(f.mean) + ',' + shortest(f.var) + '\n';
+    text += shortestDecimal(f.mean) + ',' + shortestDecimal(f.var) + '\n';
   }
   return text;
 }
@@ -128,7 +128,7 @@ void MeasureCommand::measure() const {
 // Not into a table that goes the same way.
 void MeasureCommand::summarize(float threshold, std::size_t regions) const {
   if (isStandardStream(table_) || isStandardOutput(table_)) return;
-  std::cout << "threshold: " << shortest(threshold) << "\nregions: " << regions << std::endl;
+  std::cout << "threshold: " << shortestDecimal(threshold) << "\nregions: " << regions << std::endl;
 }
 
 int MeasureCommand::run() const {

@@ -126,7 +126,7 @@ class StagedFile {
 
 }  // namespace
 
-fs::path placeOf(const fs::path& path) {
+fs::path resolvedPath(const fs::path& path) {
   std::error_code error;
   const fs::path whole = fs::absolute(path, error);
   const fs::path place = fs::weakly_canonical(behindLinks(whole), error);
@@ -148,7 +148,7 @@ bool isStandardOutput(const fs::path& path) { return isFileOf(STDOUT_FILENO, pat
 void writeFiles(const std::vector<FileContent>& files) {
   std::list<StagedFile> staged;
   for (const FileContent& file : files) staged.emplace_back(file);
-  const SignalPause pause;
+  const SignalBlock pause;
   for (StagedFile& file : staged) file.putInPlace();
 }
 
