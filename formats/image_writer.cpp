@@ -72,7 +72,7 @@ Bytes greyBytes(const Image& img, Fit fit) {
   return copyOf(img);
 }
 
-// The bytes that write(stream) puts out.
+// The bytes that write(stream) writes.
 template <class Write>
 std::string encoded(Write write) {
   std::ostringstream out;
