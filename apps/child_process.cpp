@@ -29,18 +29,18 @@ constexpr char kFailure = '-';
   } catch (const std::exception& error) {
     text = std::string(1, kFailure) + reasonOf(error);
   }
-  // A pipe takes so much at once.
+  // The buffer of the pipe holds the whole text.
   const bool told = ::write(pipe, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   std::exit(told ? 0 : 1);
 }
 
-// To the end of the child, whose status it returns. An ending signal is passed on to the child, and
-// `ending` becomes its number. The ending signals and SIGCHLD must be blocked.
+// Waits for the end of the child and returns its status. A termination signal is passed on to the
+// child, and `ending` becomes its number. The termination signals and SIGCHLD must be blocked.
 int waitFor(pid_t child, int& ending) {
   sigset_t signals{};
   ::sigemptyset(&signals);
   ::sigaddset(&signals, SIGCHLD);
-  for (const int signal : kEndingSignals) ::sigaddset(&signals, signal);
+  for (const int signal : kTerminationSignals) ::sigaddset(&signals, signal);
   for (int status = 0;;) {
     int signal = 0;
     if (::sigwait(&signals, &signal) != 0) continue;
@@ -69,7 +69,7 @@ std::string inChildProcess(const std::function<std::string()>& work) {
   if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return work();
   std::cout.flush();              // else the child has the same text to write
   std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
-  std::optional<SignalPause> pause(std::in_place, SIGCHLD);
+  std::optional<SignalBlock> pause(std::in_place, SIGCHLD);
   const pid_t child = ::fork();
   if (child == 0) {
     pause.reset();

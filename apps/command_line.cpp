@@ -100,8 +100,8 @@ Check numberIn(float low, float high) {
     float v = 0;
     const bool good = CLI::detail::lexical_cast(text, v) && v >= low && v <= high;
     return good ? ""
-                : text + " is not a number from " + formats::shortest(low) + " to " +
-                      formats::shortest(high);
+                : text + " is not a number from " + formats::shortestDecimal(low) + " to " +
+                      formats::shortestDecimal(high);
   };
 }
 

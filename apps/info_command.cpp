@@ -32,7 +32,7 @@ const char* typeOf(const orva::Image& img) {
   return kNames.at(static_cast<std::size_t>(img.format()));
 }
 
-// The least and the most of many samples.
+// The minimum and maximum of many samples.
 class Range {
  public:
   void add(const orva::Image& img) {
@@ -54,26 +54,24 @@ class Range {
   }
 
   // Without the pixels that are no numbers.
-  std::string text() const {
-    return least_ > most_ ? "none" : textOf(least_) + " to " + textOf(most_);
-  }
+  std::string text() const { return min_ > max_ ? "none" : textOf(min_) + " to " + textOf(max_); }
 
  private:
   using Rgb = orva::GenericRgb<unsigned char>;
 
   void add(double v) {
-    if (v < least_) least_ = v;
-    if (v > most_) most_ = v;
+    if (v < min_) min_ = v;
+    if (v > max_) max_ = v;
   }
 
   std::string textOf(double v) const {
-    return hasFloats_ ? shortest(static_cast<float>(v))
+    return hasFloats_ ? shortestDecimal(static_cast<float>(v))
                       : std::to_string(static_cast<std::int64_t>(v));
   }
 
   bool hasFloats_ = false;
-  double least_ = std::numeric_limits<double>::infinity();
-  double most_ = -std::numeric_limits<double>::infinity();
+  double min_ = std::numeric_limits<double>::infinity();
+  double max_ = -std::numeric_limits<double>::infinity();
 };
 
 std::string describePlane(const orva::Image& img) {

@@ -21,13 +21,14 @@ namespace {
 constexpr int kFailed = 1;
 
 int run(int argc, char** argv) {
-  CommandLine line("orva", "Image analysis for microscope images",
-                   "Example: the centers of the bright nuclei in an image\n"
-                   "  orva vote --max-radius 20 --overlay nuclei.png nuclei.pgm\n"
-                   "`orva NAME --help` explains a subcommand.\n"
-                   "\n"
-                   "The exit status is 0, 1 when an image or a file failed, or 2 for a wrong call.",
-                   "orva " ORVA_VERSION);
+  CommandLine line(
+      "orva", "Image analysis for microscope images",
+      "Example: the centers of the bright nuclei in an image\n"
+      "  orva vote --max-radius 20 --overlay nuclei.png nuclei.pgm\n"
+      "`orva NAME --help` explains a subcommand.\n"
+      "\n"
+      "The exit status is 0, 1 when an image or a file failed, or 2 for a usage error.",
+      "orva " ORVA_VERSION);
   std::vector<std::unique_ptr<Subcommand>> subcommands;
   subcommands.push_back(std::make_unique<VoteCommand>(line));
   subcommands.push_back(std::make_unique<MeasureCommand>(line));
@@ -49,7 +50,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like a full disk
-  orva::formats::removeTemporariesAtTheEnd();
+  orva::formats::removeTemporariesAtExit();
   try {
     const int status = orva::apps::run(argc, argv);
     if (status == 0 && !std::cout.flush()) {

@@ -26,16 +26,18 @@ std::string tableOf(const std::vector<RegionFeature>& features) {
          {f.xmin, f.xmax, f.ymin, f.ymax, f.zmin, f.zmax, f.cx, f.cy, f.cz, f.radius, f.npix}) {
       text += std::to_string(v) + ',';
     }
-    text += shortest(f.mean) + ',' + shortest(f.var) + '\n';
+    text += shortestDecimal(f.mean) + ',' + shortestDecimal(f.var) + '\n';
   }
   return text;
 }
 
-// Takes the regions out of the labels and the table that do not have `least` to `most` pixels, and
-// numbers the others anew. (orva::bip::selectRegionsBySize keeps the first region in any case.)
-void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& features, int least,
-                  int most) {
-  const auto isWanted = [=](const RegionFeature& f) { return f.npix >= least && f.npix <= most; };
+// Takes the regions out of the labels and the table that do not have `minSize` to `maxSize` pixels,
+// and numbers the others anew. (orva::bip::selectRegionsBySize keeps the first region in any case.)
+void selectBySize(orva::image<short>& labels, std::vector<RegionFeature>& features, int minSize,
+                  int maxSize) {
+  const auto isWanted = [=](const RegionFeature& f) {
+    return f.npix >= minSize && f.npix <= maxSize;
+  };
   for (int i = 0; i < labels.npix(); ++i) {
     short& label = labels.pixels()[i];
     if (label >= 0 && !isWanted(features[static_cast<std::size_t>(label)])) label = -1;
@@ -126,7 +128,7 @@ void MeasureCommand::measure() const {
 // Not into a table that goes the same way.
 void MeasureCommand::summarize(float threshold, std::size_t regions) const {
   if (isStandardStream(table_) || isStandardOutput(table_)) return;
-  std::cout << "threshold: " << shortest(threshold) << "\nregions: " << regions << std::endl;
+  std::cout << "threshold: " << shortestDecimal(threshold) << "\nregions: " << regions << std::endl;
 }
 
 int MeasureCommand::run() const {

@@ -62,12 +62,12 @@ void requireSeparate(const std::vector<std::string>& inputs, const std::vector<f
   }
   std::set<fs::path> taken;
   for (const fs::path& result : results) {
-    if (!taken.insert(placeOf(result)).second) {
+    if (!taken.insert(resolvedPath(result)).second) {
       throw UsageError("image", "two results would go to " + result.string());
     }
   }
   for (const std::string& input : inputs) {
-    if (!isStandardStream(input) && taken.contains(placeOf(input))) {
+    if (!isStandardStream(input) && taken.contains(resolvedPath(input))) {
       throw UsageError("image", "a result would replace the input " + input);
     }
   }

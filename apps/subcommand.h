@@ -39,7 +39,7 @@ class Subcommand {
   Options options_;
 };
 
-// What is wrong, in words that go behind a file's name.
+// The message of an error, to follow the name of a file.
 const char* reasonOf(const std::exception& error);
 
 // The line "orva: FILE: what is wrong" on standard error.
@@ -65,8 +65,8 @@ Check writableFile(const std::vector<std::string>& extensions);
 // A page of a TIFF file or a plane of a stack.
 Check frameNumber();
 
-// Writes `text` to standard output and sees to it that it arrives. Throws FileError that names it
-// by `what`.
+// Writes `text` to standard output and flushes it. If that fails, throws FileError, whose message
+// calls the text `what`.
 void print(const std::string& text, const std::string& what);
 
 // Throws UsageError when standard input is named twice, when two results would go to one file,

@@ -22,8 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 using orva::voting::CircularVoting;
 
-constexpr int kMostPixels = 1000;  // radius and cone width; the cones take memory by their product
-constexpr float kMostLevels = 3e38F;
+constexpr int kMaxPixels = 1000;  // radius and cone width; the cones take memory by their product
+constexpr float kMaxLevels = 3e38F;
 
 // Shows which of several images is at work, on a terminal only.
 class Progress {
@@ -71,9 +71,9 @@ VoteCommand::VoteCommand(CommandLine& line)
 }
 
 void VoteCommand::addVotingOptions() {
-  const Check pixels = wholeNumberIn(1, kMostPixels);
+  const Check pixels = wholeNumberIn(1, kMaxPixels);
   const Check share = numberIn(0.0F, 1.0F);
-  const Check level = numberIn(0.0F, kMostLevels);
+  const Check level = numberIn(0.0F, kMaxLevels);
 
   options().addChoice<CircularVoting::RegionType>("--polarity", settings_.polarity,
                                                   {{"bright", CircularVoting::Bright},
@@ -93,17 +93,17 @@ void VoteCommand::addVotingOptions() {
       .add("--cone-width", settings_.coneWidth,
            "Half-width of the widest cone at its end, in pixels; default half the largest "
            "radius")
-      .check(wholeNumberIn(0, kMostPixels))
+      .check(wholeNumberIn(0, kMaxPixels))
       .valueText("N");
   options()
       .add("--sigma", settings_.sigma,
            "Scale of the gradient in pixels; default a seventh of the largest radius, at "
            "least 1")
-      .check(numberIn(0.1F, static_cast<float>(kMostPixels)))
+      .check(numberIn(0.1F, static_cast<float>(kMaxPixels)))
       .valueText("S");
   const Option gradient = options()
                               .add("--gradient", settings_.gradient,
-                                   "Gradients below G grey levels a pixel cast no vote")
+                                   "Gradients below G grey levels per pixel cast no vote")
                               .check(level)
                               .valueText("G");
   options()
@@ -209,7 +209,7 @@ void VoteCommand::voteOnOne() const {
   if (isPrinted()) print(text, "the table");
 }
 
-std::string VoteCommand::voteOnNext(const std::string& file) const {
+std::string VoteCommand::voteInBatch(const std::string& file) const {
   const auto start = std::chrono::steady_clock::now();
   const std::string stem = stemOf(file);
   const std::unique_ptr<orva::Image> img = readInput(file, frame_, ColourUse::kLuminance);
@@ -237,7 +237,7 @@ int VoteCommand::voteOnAll() const {
     progress.show(i, file);
     try {
       // The library ends the process when memory runs out; the other images are to be done still.
-      summary += inChildProcess([&] { return voteOnNext(file); });
+      summary += inChildProcess([&] { return voteInBatch(file); });
     } catch (const std::exception& error) {
       progress.clear();
       reportFailure(file, error);

@@ -26,8 +26,8 @@ class VoteCommand : public Subcommand {
   bool isPrinted() const;
   void voteOnOne() const;
   int voteOnAll() const;
-  // Of an image of several: writes its results and returns its row of the summary.
-  std::string voteOnNext(const std::string& file) const;
+  // Writes the results of one image of several and returns its row of the summary.
+  std::string voteInBatch(const std::string& file) const;
   std::string table(const std::string& file, const orva::Image& img,
                     const VoteResult& result) const;
   const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }

@@ -1,6 +1,6 @@
 // The images that all benchmarks work on, the same in every run.
-#ifndef ORVA_BENCHMARKS_PICTURES_H
-#define ORVA_BENCHMARKS_PICTURES_H
+#ifndef ORVA_BENCHMARKS_TEST_IMAGES_H
+#define ORVA_BENCHMARKS_TEST_IMAGES_H
 
 #include <algorithm>
 #include <array>

@@ -23,7 +23,7 @@ const char* nameOf(CircularVoting::RegionType polarity) {
 
 // A double that prints as shortly as the float does.
 double asJson(float v) {
-  const std::string text = shortest(v);
+  const std::string text = shortestDecimal(v);
   double value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value);
   return value;
@@ -34,7 +34,8 @@ double asJson(float v) {
 std::string centersAsCsv(const std::vector<Center>& centers) {
   std::string text = "x,y,weight\n";
   for (const Center& c : centers) {
-    text += std::to_string(c.x) + ',' + std::to_string(c.y) + ',' + shortest(c.weight) + '\n';
+    text +=
+        std::to_string(c.x) + ',' + std::to_string(c.y) + ',' + shortestDecimal(c.weight) + '\n';
   }
   return text;
 }

@@ -11,10 +11,10 @@ namespace orva::formats {
 
 enum class TableFormat { kCsv, kJson };
 
-// A header line "x,y,weight", then a row a center.
+// A header line "x,y,weight", then one row per center.
 std::string centersAsCsv(const std::vector<Center>& centers);
 
-// What a JSON document says about its image besides the centers.
+// The image that a JSON document describes.
 struct ImageFacts {
   std::string file;
   int frame;

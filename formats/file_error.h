@@ -1,4 +1,4 @@
-// What is wrong with a file, in words for its user.
+// The exception for a file that cannot be read or written, with a message for the user.
 #ifndef ORVA_FORMATS_FILE_ERROR_H
 #define ORVA_FORMATS_FILE_ERROR_H
 

@@ -60,7 +60,7 @@ ImagePointer stackOf(const std::vector<ImagePointer>& planes) {
 
 // Judges every page before the next one takes memory.
 ImagePointer readTiffStack(const std::string& path, ColourUse colour) {
-  constexpr std::size_t kMostPixels = std::numeric_limits<int>::max();
+  constexpr std::size_t kMaxPixels = std::numeric_limits<int>::max();
   std::vector<ImagePointer> planes;
   readTiffPages(path, [&](const Raster& page) {
     planes.push_back(page.toImage(colour));
@@ -69,7 +69,7 @@ ImagePointer readTiffStack(const std::string& path, ColourUse colour) {
     if (last.format() != first.format() || !last.equalSize(first)) {
       throw FileError("its pages differ in size or pixel type; choose one with --frame");
     }
-    if (planes.size() * static_cast<std::size_t>(first.npix()) > kMostPixels) {
+    if (planes.size() * static_cast<std::size_t>(first.npix()) > kMaxPixels) {
       throw FileError("the stack is too large");
     }
   });

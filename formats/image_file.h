@@ -15,8 +15,8 @@ namespace orva::formats {
 
 enum class FileKind { kPgm, kPpm, kPng, kTiff, kIht, kUif, kIcs };
 
-// The kind of an image file, ICS headers included. Throws FileError, with a text that goes behind
-// the file's name, for a file that is missing or of another kind.
+// The kind of an image file, ICS headers included. Throws FileError, with a text to
+// follow the file's name, for a file that is missing or of another kind.
 FileKind kindOf(const std::string& path);
 
 // Frame `frame`, counted from 0, of the image file, or all frames as planes in z. Throws FileError
@@ -24,7 +24,7 @@ FileKind kindOf(const std::string& path);
 std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,
                                            ColourUse colour);
 
-// One reader a format, for a file of that kind.
+// One reader per format.
 std::unique_ptr<orva::Image> readPgmFile(const std::string& path);
 std::unique_ptr<orva::Image> readIhtFile(const std::string& path);
 std::unique_ptr<orva::Image> readUifFile(const std::string& path);

@@ -43,11 +43,11 @@ image<float> luminanceOf(const image<Rgb>& img) {
   return grey;
 }
 
-// True when every pixel is a whole number from 0 to `most`.
-bool fits(const Image& img, float most) {
+// True when every pixel is a whole number from 0 to `max`.
+bool fits(const Image& img, float max) {
   for (int i = 0; i < img.npix(); ++i) {
     const float v = img.pixel(i);
-    if (!(v >= 0.0F && v <= most) || v != std::trunc(v)) return false;
+    if (!(v >= 0.0F && v <= max) || v != std::trunc(v)) return false;
   }
   return true;
 }
@@ -72,7 +72,7 @@ Bytes greyBytes(const Image& img, Fit fit) {
   return copyOf(img);
 }
 
-// The bytes that write(stream) puts out.
+// The bytes that write(stream) writes.
 template <class Write>
 std::string encoded(Write write) {
   std::ostringstream out;

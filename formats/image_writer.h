@@ -1,4 +1,4 @@
-// Image files as results, of the kind that their name's extension says.
+// Writes images to files, in the format that the extension of the name selects.
 #ifndef ORVA_FORMATS_IMAGE_WRITER_H
 #define ORVA_FORMATS_IMAGE_WRITER_H
 
@@ -11,12 +11,12 @@
 
 namespace orva::formats {
 
-// What becomes of pixels that a format of few bits can not hold: an error, or all are stretched
-// over the format's 8 bits, the darkest to 0 and the brightest to 255.
+// How pixels are written: unchanged, where values that the format cannot hold are an error, or
+// stretched to 8 bits, the darkest to 0 and the brightest to 255.
 enum class Fit { kExactly, kStretched };
 
 // Writes `img` to `path`, whole or not at all: PGM, PPM, PNG, TIFF, IHT, UIF or an ICS pair. Colour
-// becomes luminance where the format has none. Throws FileError, with a text that goes behind the
+// becomes luminance where the format has none. Throws FileError, with a text to follow the
 // input's name, for more planes or other pixel values than the format holds.
 void writeImageFile(const std::string& path, const orva::Image& img, Fit fit);
 
@@ -32,7 +32,7 @@ bool holdsColour(const std::string& path);
 // The extensions of the files that writeImageFile() knows.
 std::vector<std::string> writableExtensions();
 
-// Whether writeImageFile() knows the kind of file that `path` names. It must, for the functions
+// Whether writeImageFile() knows the format that `path` names; a precondition of the functions
 // above.
 bool isWritable(const std::string& path);
 

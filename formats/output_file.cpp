@@ -65,9 +65,9 @@ int standardStream(const fs::path& path) {
 
 // Behind the links that `path` is the first of; the last of them may lead to nothing yet.
 fs::path behindLinks(fs::path path) {
-  constexpr int kMostLinks = 40;  // as the system has it
+  constexpr int kMaxLinks = 40;  // as the system has it
   std::error_code none;
-  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, none)); ++i) {
+  for (int i = 0; i < kMaxLinks && fs::is_symlink(fs::symlink_status(path, none)); ++i) {
     path = path.parent_path() / fs::read_symlink(path, none);
   }
   return path;
@@ -126,7 +126,7 @@ class StagedFile {
 
 }  // namespace
 
-fs::path placeOf(const fs::path& path) {
+fs::path resolvedPath(const fs::path& path) {
   std::error_code error;
   const fs::path whole = fs::absolute(path, error);
   const fs::path place = fs::weakly_canonical(behindLinks(whole), error);
@@ -148,7 +148,7 @@ bool isStandardOutput(const fs::path& path) { return isFileOf(STDOUT_FILENO, pat
 void writeFiles(const std::vector<FileContent>& files) {
   std::list<StagedFile> staged;
   for (const FileContent& file : files) staged.emplace_back(file);
-  const SignalPause pause;
+  const SignalBlock pause;
   for (StagedFile& file : staged) file.putInPlace();
 }
 

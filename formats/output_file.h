@@ -11,14 +11,15 @@
 
 namespace orva::formats {
 
-// Puts `content` into `path` through a temporary file beside it, so that a failure, or a signal
+// Writes `content` to `path` through a temporary file beside it, so that a failure, or a signal
 // that ends the process, leaves what was there before. Links are followed: the file behind them is
 // replaced, or made where there is none. A path that is no regular file (a pipe, a device), or that
 // a standard stream goes to, is written to directly. Throws FileError, with the path in its text.
 void writeFile(const std::filesystem::path& path, std::string_view content);
 
-// Where a file is or would be made, whatever its name. A name that leads nowhere stays as it is.
-std::filesystem::path placeOf(const std::filesystem::path& path);
+// The absolute path of a file without links, whether or not it exists: equal for two names of one
+// file. A path that cannot be resolved is only normalized.
+std::filesystem::path resolvedPath(const std::filesystem::path& path);
 
 // True when `path` names the file that standard output goes to, under whatever name.
 bool isStandardOutput(const std::filesystem::path& path);
@@ -31,15 +32,15 @@ struct FileContent {
   std::string content;
 };
 
-// The same for files that belong together: none is put into its place before all are complete, and
-// a signal ends the process before the first or after the last. Only an error in just that moment,
-// or the loss of the machine, leaves some new and some old. Of what is no regular file some may
-// have been written when another fails.
+// As writeFile(), for files that belong together: none is put into its place before all are
+// complete, and a signal ends the process before the first or after the last. Only an error in just
+// that moment, or the loss of the machine, leaves some new and some old. Of what is no regular file
+// some may have been written when another fails.
 void writeFiles(const std::vector<FileContent>& files);
 
-// A directory beside a result, for files that a library call writes by name. It goes away with this
-// object or the process, and with it what has not been moved out. Throws FileError with the
-// result's path.
+// A directory beside a result, for files that a library call writes by name. It is removed with
+// this object or at the end of the process, with all that has not been moved out. Throws FileError
+// with the result's path.
 class WorkDirectory {
  public:
   explicit WorkDirectory(const std::filesystem::path& result);

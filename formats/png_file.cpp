@@ -79,7 +79,7 @@ Raster readPngFile(const std::string& path) {
   const std::size_t channels = png_get_channels(reader.png, reader.info);
   Raster raster(
       png_get_image_width(reader.png, reader.info), png_get_image_height(reader.png, reader.info),
-      channels, channels == 1 ? Meaning::kGrey : Meaning::kRgb,
+      channels, channels == 1 ? ColourModel::kGrey : ColourModel::kRgb,
       png_get_bit_depth(reader.png, reader.info) == 16 ? SampleType::kUint16 : SampleType::kUint8);
   if (png_get_rowbytes(reader.png, reader.info) != raster.rowBytes()) reader.fail();
   if (!readRows(reader, raster)) reader.fail();

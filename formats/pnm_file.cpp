@@ -27,9 +27,9 @@ class PnmFile {
   }
 
   // All pixels; no memory is touched for those of a file that is too short.
-  Raster read(std::size_t channels, Meaning meaning) {
+  Raster read(std::size_t channels, ColourModel model) {
     Raster raster(static_cast<std::size_t>(header_.width), static_cast<std::size_t>(header_.height),
-                  channels, meaning, SampleType::kUint8);
+                  channels, model, SampleType::kUint8);
     const std::size_t bytes = raster.rowBytes() * raster.height();
     if (std::fread(raster.row(0), 1, bytes, file_.get()) != bytes) fail("pixels are missing");
     return raster;
@@ -48,9 +48,11 @@ class PnmFile {
 }  // namespace
 
 std::unique_ptr<Image> readPgmFile(const std::string& path) {
-  return PnmFile(path, "PGM").read(1, Meaning::kGrey).toImage(ColourUse::kKept);
+  return PnmFile(path, "PGM").read(1, ColourModel::kGrey).toImage(ColourUse::kKept);
 }
 
-Raster readPpmFile(const std::string& path) { return PnmFile(path, "PPM").read(3, Meaning::kRgb); }
+Raster readPpmFile(const std::string& path) {
+  return PnmFile(path, "PPM").read(3, ColourModel::kRgb);
+}
 
 }  // namespace orva::formats

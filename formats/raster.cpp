@@ -22,13 +22,13 @@ std::size_t sizeOf(SampleType type) {
   }
 }
 
-Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Meaning meaning,
+Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, ColourModel model,
                SampleType type)
-    : width_(width), height_(height), channels_(channels), meaning_(meaning), type_(type) {
-  constexpr std::size_t kMostPixels = std::numeric_limits<std::int32_t>::max();
+    : width_(width), height_(height), channels_(channels), model_(model), type_(type) {
+  constexpr std::size_t kMaxPixels = std::numeric_limits<std::int32_t>::max();
   if (width == 0 || height == 0 || channels == 0) throw FileError("the image has no pixels");
-  if (width > kMostPixels / height || channels > kMostBytes / kMostPixels ||
-      height * rowBytes() > kMostBytes)
+  if (width > kMaxPixels / height || channels > kMaxBytes / kMaxPixels ||
+      height * rowBytes() > kMaxBytes)
     throw FileError("the image is too large");
   // Not initialised: a file that promises more pixels than it holds costs no memory.
   data_.reset(new unsigned char[height * rowBytes()]);
@@ -46,7 +46,7 @@ void Raster::invertSamples() {
   });
 }
 
-// The bits of a whole number turn the same way with a sign and without.
+// Inverting the bits does not depend on the sign of a type.
 void Raster::invert() {
   switch (type_) {
     case SampleType::kUint8:
@@ -68,7 +68,7 @@ std::unique_ptr<orva::Image> Raster::convert() const {
   const int nx = static_cast<int>(width_);
   const int ny = static_cast<int>(height_);
   const auto* from = reinterpret_cast<const Sample*>(data_.get());
-  if (meaning_ == Meaning::kGrey) {
+  if (model_ == ColourModel::kGrey) {
     auto grey = std::make_unique<orva::image<Pixel>>(nx, ny, 1, 1, 1);
     for (int i = 0; i < grey->npix(); ++i, from += channels_) {
       grey->pixels()[i] = static_cast<Pixel>(*from);
@@ -97,7 +97,7 @@ std::unique_ptr<orva::Image> Raster::keepColour() const {
 }
 
 std::unique_ptr<orva::Image> Raster::toImage(ColourUse colour) const {
-  const bool isColour = meaning_ == Meaning::kRgb;
+  const bool isColour = model_ == ColourModel::kRgb;
   const bool keeps = colour == ColourUse::kKept ||
                      (colour == ColourUse::kKeptIfBytes && type_ == SampleType::kUint8);
   if (isColour && keeps) return keepColour();

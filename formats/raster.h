@@ -14,14 +14,15 @@ enum class SampleType { kUint8, kInt8, kUint16, kInt16, kUint32, kInt32, kFloat3
 // Bytes of one sample.
 std::size_t sizeOf(SampleType type);
 
-// The most bytes that samples of one image take: those of the largest one in colour with alpha.
-inline constexpr std::size_t kMostBytes = std::size_t{1} << 34U;
+// The maximum bytes of the samples of one image: those of the largest image in colour with alpha.
+inline constexpr std::size_t kMaxBytes = std::size_t{1} << 34U;
 
-// What a file's samples are.
-enum class Meaning { kGrey, kRgb };
+// Whether the first sample of a pixel is its grey value, or the first three are red, green and
+// blue.
+enum class ColourModel { kGrey, kRgb };
 
-// What becomes of colour: its luminance as floats, or the colours themselves, or the colours
-// either where they are bytes and luminance where not.
+// How colour is read: as its luminance in floats; as the colours themselves; or as the colours
+// where they are bytes, else as luminance.
 enum class ColourUse { kLuminance, kKept, kKeptIfBytes };
 
 // The brightness of a colour pixel. Red is component 0.
@@ -37,7 +38,7 @@ class Raster {
  public:
   // Throws FileError for sizes of 0 and for more pixels than an image can have, std::bad_alloc for
   // lack of memory.
-  Raster(std::size_t width, std::size_t height, std::size_t channels, Meaning meaning,
+  Raster(std::size_t width, std::size_t height, std::size_t channels, ColourModel model,
          SampleType type);
 
   std::size_t width() const { return width_; }
@@ -47,7 +48,7 @@ class Raster {
   // The start of row `y`; memory is as allocated until written.
   unsigned char* row(std::size_t y) { return data_.get() + y * rowBytes(); }
 
-  // Turns the order of the greys round: unsigned samples v become largest - v.
+  // Inverts the order of the grey values: unsigned samples v become maximum - v.
   void invert();
 
   // Grey in the narrowest pixel type that holds the samples. Colour as asked; throws FileError for
@@ -65,7 +66,7 @@ class Raster {
   std::size_t width_;
   std::size_t height_;
   std::size_t channels_;
-  Meaning meaning_;
+  ColourModel model_;
   SampleType type_;
   std::unique_ptr<unsigned char[]> data_;
 };

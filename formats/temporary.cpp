@@ -12,11 +12,11 @@
 namespace orva::formats {
 namespace {
 
-// All that exist. It is changed while the signals are held back, so that the handler below finds it
-// in order.
+// The list of all objects. It is changed only while the signals are blocked, so the handler below
+// finds it consistent.
 Temporary* first = nullptr;
 
-// Without a call that a signal handler may not make, so not by readdir().
+// Only with calls that a signal handler may make, so not with readdir().
 void removeFilesIn(int directory) {
   alignas(dirent64) std::array<char, 4096> entries;
   for (ssize_t bytes = 0; (bytes = ::getdents64(directory, entries.data(), entries.size())) > 0;) {
@@ -28,14 +28,14 @@ void removeFilesIn(int directory) {
   }
 }
 
-sigset_t endingSignals() {
+sigset_t terminationSignals() {
   sigset_t signals{};
   ::sigemptyset(&signals);
-  for (const int signal : kEndingSignals) ::sigaddset(&signals, signal);
+  for (const int signal : kTerminationSignals) ::sigaddset(&signals, signal);
   return signals;
 }
 
-// The signal's own effect comes when this returns.
+// The default action of the signal follows when this returns.
 extern "C" void endBySignal(int signal) {
   Temporary::removeAll();
   ::raise(signal);
@@ -43,13 +43,13 @@ extern "C" void endBySignal(int signal) {
 
 }  // namespace
 
-void removeTemporariesAtTheEnd() {
+void removeTemporariesAtExit() {
   std::atexit(Temporary::removeAll);  // the library may end the process, too
   struct sigaction action {};
   action.sa_handler = endBySignal;
-  action.sa_mask = endingSignals();
+  action.sa_mask = terminationSignals();
   action.sa_flags = static_cast<int>(SA_RESETHAND);
-  for (const int signal : kEndingSignals) {
+  for (const int signal : kTerminationSignals) {
     struct sigaction before {};
     if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) {
       ::sigaction(signal, &action, nullptr);
@@ -57,17 +57,17 @@ void removeTemporariesAtTheEnd() {
   }
 }
 
-SignalPause::SignalPause(int another) {
-  sigset_t signals = endingSignals();
+SignalBlock::SignalBlock(int another) {
+  sigset_t signals = terminationSignals();
   if (another != 0) ::sigaddset(&signals, another);
   ::sigprocmask(SIG_BLOCK, &signals, &before_);
 }
 
-SignalPause::~SignalPause() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+SignalBlock::~SignalBlock() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
 Temporary::Temporary(const std::filesystem::path& parent, Kind kind)
     : name_((parent / ".orva-XXXXXX").string()), kind_(kind) {
-  const SignalPause pause;
+  const SignalBlock pause;
   if (kind == Kind::kFile) {
     file_ = ::mkostemp(name_.data(), O_CLOEXEC);
     if (file_ < 0) error_ = errno;
@@ -82,13 +82,13 @@ Temporary::Temporary(const std::filesystem::path& parent, Kind kind)
 
 Temporary::~Temporary() {
   if (!isListed_) return;
-  const SignalPause pause;
+  const SignalBlock pause;
   remove();
   forget();
 }
 
 int Temporary::moveTo(const std::filesystem::path& target) {
-  const SignalPause pause;
+  const SignalBlock pause;
   if (std::rename(name_.c_str(), target.c_str()) != 0) return errno;
   forget();
   return 0;

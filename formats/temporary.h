@@ -9,47 +9,46 @@
 
 namespace orva::formats {
 
-// The signals that end a process at a user's wish or for want of a reader.
-inline constexpr std::array kEndingSignals{SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM};
+// The signals by which a user ends a process, and SIGPIPE.
+inline constexpr std::array kTerminationSignals{SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM};
 
-// From now on these signals, and std::exit(), first remove what Temporary objects stand for. A
-// signal that is ignored stays so. To be called once.
-void removeTemporariesAtTheEnd();
+// From now on these signals and std::exit() first remove all temporary files and directories. A
+// signal that is ignored stays ignored. To be called once.
+void removeTemporariesAtExit();
 
-// Holds the ending signals back to the end of the scope, and `another` if one is given.
-class SignalPause {
+// Blocks the termination signals, and the signal `another` unless it is 0, to the end of the scope.
+class SignalBlock {
  public:
-  explicit SignalPause(int another = 0);
-  SignalPause(const SignalPause&) = delete;
-  SignalPause& operator=(const SignalPause&) = delete;
-  ~SignalPause();
+  explicit SignalBlock(int another = 0);
+  SignalBlock(const SignalBlock&) = delete;
+  SignalBlock& operator=(const SignalBlock&) = delete;
+  ~SignalBlock();
 
  private:
   sigset_t before_{};
 };
 
-// A new file or directory .orva-XXXXXX that goes away with this object; a directory with the files
-// in it.
+// A new file or directory .orva-XXXXXX, removed with this object; a directory with the files in it.
 class Temporary {
  public:
   enum class Kind { kFile, kDirectory };
 
-  // Makes it in `parent`, where "" is the current directory, too.
+  // Creates it in `parent`; "" is the current directory.
   Temporary(const std::filesystem::path& parent, Kind kind);
   Temporary(const Temporary&) = delete;
   Temporary& operator=(const Temporary&) = delete;
   ~Temporary();
 
-  // Why it could not be made: an error number, or 0.
+  // The error number if it could not be created, else 0.
   int error() const { return error_; }
   const std::string& name() const { return name_; }
   // A file is open for writing; the caller closes it.
   int file() const { return file_; }
 
-  // Gives a file its final name, replacing what has it. Returns 0 or an error number.
+  // Renames a file to `target`, replacing a file of that name. Returns 0 or an error number.
   int moveTo(const std::filesystem::path& target);
 
-  // Of all objects. A signal handler may call it.
+  // Removes the files and directories of all objects. A signal handler may call it.
   static void removeAll();
 
  private:

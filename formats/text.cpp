@@ -6,7 +6,7 @@
 
 namespace orva::formats {
 
-std::string shortest(float v) {
+std::string shortestDecimal(float v) {
   std::array<char, 32> text{};
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), v).ptr};
 }

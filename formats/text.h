@@ -7,12 +7,12 @@
 namespace orva::formats {
 
 // The shortest decimal text that reads back as `v`.
-std::string shortest(float v);
+std::string shortestDecimal(float v);
 
-// One field of a CSV row, quoted where it must be.
+// One field of a CSV row, in quotes where its characters need them.
 std::string csvField(const std::string& text);
 
-// The extension of a file's name with its dot, in small letters.
+// The extension of a file's name with its dot, in lower case.
 std::string extensionOf(const std::string& path);
 
 }  // namespace orva::formats

@@ -68,8 +68,7 @@ class BlockDecoder {
         static_cast<std::size_t>(size) < width * height * bytes_) {
       in_.fail();
     }
-    if (static_cast<std::size_t>(size) > kMostBytes)
-      throw FileError("a strip or tile is too large");
+    if (static_cast<std::size_t>(size) > kMaxBytes) throw FileError("a strip or tile is too large");
     buffer_.reset(new unsigned char[static_cast<std::size_t>(size)]);
     for (std::size_t plane = 0; plane < planes_; ++plane) {
       for (std::size_t y = 0; y < layout_.height; y += height) {
@@ -128,7 +127,7 @@ Raster readAsColour(const TiffHandle& in, const TiffLayout& layout) {
   if (TIFFRGBAImageOK(in.handle(), why.data()) == 0) {
     throw FileError(std::string("is a TIFF file of an unsupported kind: ") + why.data());
   }
-  Raster raster(layout.width, layout.height, 4, Meaning::kRgb, SampleType::kUint8);
+  Raster raster(layout.width, layout.height, 4, ColourModel::kRgb, SampleType::kUint8);
   // Not initialised, as a raster is not.
   const std::size_t count = layout.width * layout.height;
   const std::unique_ptr<std::uint32_t[]> pixels(new std::uint32_t[count]);
@@ -158,7 +157,8 @@ Raster readPage(const TiffHandle& in) {
     return readAsColour(in, layout);
   }
   Raster raster(layout.width, layout.height, layout.samples,
-                layout.photometric == PHOTOMETRIC_RGB ? Meaning::kRgb : Meaning::kGrey, *type);
+                layout.photometric == PHOTOMETRIC_RGB ? ColourModel::kRgb : ColourModel::kGrey,
+                *type);
   BlockDecoder(in, layout, sizeOf(*type)).decode(raster);
   if (layout.photometric == PHOTOMETRIC_MINISWHITE) raster.invert();
   return raster;

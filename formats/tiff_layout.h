@@ -1,4 +1,4 @@
-// What a directory of a TIFF file says about its page.
+// The layout of a page of a TIFF file, as its directory states it.
 #ifndef ORVA_FORMATS_TIFF_LAYOUT_H
 #define ORVA_FORMATS_TIFF_LAYOUT_H
 

@@ -17,9 +17,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What search() returns; an image that is too large is a fault of its file.
+// Returns search(). An image that is too large is an error of its file.
 template <class Search>
-auto onImageOfFile(const Search& search) {
+auto withFileErrors(const Search& search) {
   try {
     return search();
   } catch (const std::length_error& error) {
@@ -55,7 +55,7 @@ class HistoryFiles {
       const fs::path target = directory / entry.path().filename();
       if (fs::is_directory(target)) throw FileError(target.string() + " can not be written");
     }
-    const SignalPause pause;
+    const SignalBlock pause;
     for (const auto& entry : fs::directory_iterator(work_.path())) {
       fs::rename(entry.path(), directory / entry.path().filename());
     }
@@ -70,7 +70,7 @@ class HistoryFiles {
 
 VoteResult vote(const Image& img, const VoteSettings& settings,
                 const std::optional<std::string>& history) {
-  return onImageOfFile([&] {
+  return withFileErrors([&] {
     if (!history) return voting::findCenters(img, settings);
     const HistoryFiles files(*history);
     VoteResult result = voting::findCenters(
@@ -81,7 +81,7 @@ VoteResult vote(const Image& img, const VoteSettings& settings,
 }
 
 image<float> voteField(const Image& img, const VoteSettings& settings) {
-  return onImageOfFile([&] { return voting::voteField(img, settings); });
+  return withFileErrors([&] { return voting::voteField(img, settings); });
 }
 
 }  // namespace orva::formats

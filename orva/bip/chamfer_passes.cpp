@@ -61,23 +61,24 @@ constexpr std::size_t kVolumeSteps = 15;
 // before the first on: t[x] = min(t[x], t[x - 1] + 1), or from the last backward. Up to kLanes
 // values on either side of the row are overwritten.
 //
-// The loop-carried dependence is replaced by a prefix minimum over eight lanes, which adds k at
-// once instead of 1 k times. For k up to 8 and the distances that occur both round to the same
+// The loop-carried dependence is replaced by a prefix minimum over eight-lane vectors, which adds k
+// at once instead of 1 k times. For k up to 8 and the distances that occur both round to the same
 // float: a sum is rounded only where it passes a power of two. From 2 on, eight ones pass at most
 // two powers, and the two roundings to even do not interact. Below 2 the only distances are 0, 1,
 // sqrt(2) and sqrt(3), whose sums tests/bip/chamfer_rows_test.cpp checks exhaustively.
 template <Pass kPass>
 void growAlongRow(float* t, std::ptrdiff_t nx, float carry) {
   constexpr bool kForward = kPass == Pass::kForward;
-  const Lanes far = Lanes{} + kUnknownDistance;
-  const Lanes ones = kForward ? Lanes{1, 2, 3, 4, 5, 6, 7, 8} : Lanes{8, 7, 6, 5, 4, 3, 2, 1};
-  Lanes before = Lanes{} + carry;
-  const auto lower = [](Lanes& v, const Lanes& other) { v = other < v ? other : v; };
+  const FloatVector far = FloatVector{} + kUnknownDistance;
+  const FloatVector ones =
+      kForward ? FloatVector{1, 2, 3, 4, 5, 6, 7, 8} : FloatVector{8, 7, 6, 5, 4, 3, 2, 1};
+  FloatVector before = FloatVector{} + carry;
+  const auto lower = [](FloatVector& v, const FloatVector& other) { v = other < v ? other : v; };
   for (std::ptrdiff_t k = 1; k < nx - 1; k += kLanes) {
     float* at = kForward ? t + k : t + (nx - 1 - k) - (kLanes - 1);
-    Lanes v;
+    FloatVector v;
     load(at, v);
-    Lanes last;
+    FloatVector last;
     if constexpr (kForward) {
       lower(v, __builtin_shufflevector(v, far, 8, 0, 1, 2, 3, 4, 5, 6) + 1.0F);
       lower(v, __builtin_shufflevector(v, far, 8, 8, 0, 1, 2, 3, 4, 5) + 2.0F);

@@ -158,7 +158,7 @@ class RunLengthEncoder {
     ++used_;
   }
 
-  std::vector<int, Allocator> bounds_;  // begin and end of every run in turn
+  std::vector<int, Allocator> bounds_;  // begin and end of every run, alternating
   std::size_t first_ = 0;               // of the latest row
   std::size_t used_ = 0;
 };

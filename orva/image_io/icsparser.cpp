@@ -184,7 +184,7 @@ int parsed(const char* filename, char** dataset, char** type, int* x, int* y, in
   std::ifstream in(filename == nullptr ? "" : filename);
   Scanner scanner;
   for (char next = 0; in.get(next);) scanner.take(next);
-  if (!in.is_open() || in.bad()) {  // a directory opens and can not be read
+  if (!in.is_open() || in.bad()) {  // a directory opens and cannot be read
     std::cerr << "In parse_ics_header_file: \n"
               << "could not open " << (filename == nullptr ? "" : filename) << '\n';
     return 0;

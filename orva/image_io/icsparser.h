@@ -20,7 +20,7 @@
 extern "C" {
 #endif
 
-/// Reads the header @p filename. Returns 1, or 0 when the file can not be read or names no known
+/// Reads the header @p filename. Returns 1, or 0 when the file cannot be read or names no known
 /// pixel type. In the latter case all results but the type are stored all the same. A file that can
 /// not be read is reported on standard error:
 /// @verbatim
@@ -33,14 +33,14 @@ extern "C" {
 /// the words behind them, their case is free. Later lines of a keyword continue the list of values
 /// of the first. Numbers are read as atoi does, 0 for no number.
 ///
-/// @param filename   a C string; null is a file that can not be read
+/// @param filename   a C string; null is a file that cannot be read
 /// @param dataset    receives the first value of filename, or null: a copy that the caller frees
 /// @param type       receives "BYTE", "USHORT", "SHORT", "UINT", "INT", "FLOAT", "RGB", "SHORTRGB",
 ///                   "INTRGB", "FLOATRGB" or "RGBA", a copy that the caller frees; null with a
 ///                   result of 0
 /// @param x,y,z,c,t  receive the sizes; 1 for z and 0 for the others when the header has none
 /// @param bigEndian  receives 1 or 0 for the byte order, 1 when the header has none; not written
-///                   when the file can not be read
+///                   when the file cannot be read
 ///
 /// A null result pointer is passed over. Parses may run at the same time.
 ORVA_EXPORT int parse_ics_header_file(const char* filename, char** dataset, char** type, int* x,

@@ -139,21 +139,21 @@ class ORVA_EXPORT MultiChannelIcsInfo {
 /// With a record the header lists height before width and folds channels and time points into z,
 /// unlike the plain form; this is intended.
 ///
-/// A header that can not be opened ends the call, after three lines on standard error, the second
+/// A header that cannot be opened ends the call, after three lines on standard error, the second
 /// with the name as given but for a trailing '/':
 /// @verbatim
 /// In image_io::writeICS
 ///    Can not open fileNAME
 ///    Ignored.
 /// @endverbatim
-/// A pixel file that can not be opened leaves the header; the first and last of these lines go to
+/// A pixel file that cannot be opened leaves the header; the first and last of these lines go to
 /// standard error, the middle one to standard output, which is intended:
 /// @verbatim
 /// In image_io::writeICS
 ///    Can not open fileNAME.ids
 ///   In image_io::writeICS
 /// @endverbatim
-/// For a file, header or pixels, that can not be written whole, on standard error:
+/// For a file, header or pixels, that cannot be written whole, on standard error:
 /// @verbatim
 /// In image_io::writeICS
 ///    Error in writing NAME.ids
@@ -201,7 +201,7 @@ ORVA_EXPORT void writePPM(const std::string& filename, const image<unsigned char
 /// In image_io::readUIF
 /// Error: invalid image size in NAME
 /// @endverbatim
-/// A null image is written as a header alone. A file that can not be written whole is reported on
+/// A null image is written as a header alone. A file that cannot be written whole is reported on
 /// standard error (so for writeIHT):
 /// @verbatim
 /// In image_io::writeUIF
@@ -209,16 +209,16 @@ ORVA_EXPORT void writePPM(const std::string& filename, const image<unsigned char
 /// @endverbatim
 /// @{
 
-/// A file that can not be opened is reported on standard error as "In image_io::writeUIF", "Can not
+/// A file that cannot be opened is reported on standard error as "In image_io::writeUIF", "Can not
 /// open fileNAME" and "Ignored.", a line each.
 ORVA_EXPORT void writeUIF(const std::string& filename, const Image& img);
 /// Always an `image<unsigned char>`: of wider pixels it holds the first bytes of the data; this is
-/// intended. For a file that can not be opened null, after "In image_io::readUIF" on standard error
+/// intended. For a file that cannot be opened null, after "In image_io::readUIF" on standard error
 /// and "Can not open the file NAME" on standard output.
 ORVA_EXPORT Image* readUIF(const std::string& filename);
-/// A file that can not be opened is reported on standard output as "Can not open fileNAME".
+/// A file that cannot be opened is reported on standard output as "Can not open fileNAME".
 ORVA_EXPORT void writeIHT(const std::string& filename, const Image& img);
-/// An image of the type that was written. For a file that can not be opened null, after "Can not
+/// An image of the type that was written. For a file that cannot be opened null, after "Can not
 /// open the file NAME" on standard output.
 ORVA_EXPORT Image* readIHT(const std::string& filename);
 /// @}
@@ -251,7 +251,7 @@ ORVA_EXPORT void extractLongDataFromBuffer(const unsigned char* buffer, int byte
 /// The number of planes of a TIFF stack: the count of the last entry with tag 33629, its low 16
 /// bits with a sign; -1 when there is none. Writes to standard output "lsb1" for a file with the
 /// least significant byte first or "lsb0" for others, then the numbers of the directories from 0,
-/// a line each. A file that can not be opened or ends early, a directory met again, and more
+/// a line each. A file that cannot be opened or ends early, a directory met again, and more
 /// entries than a file of its length has room for (and a million) end the search with what was
 /// found so far. Cost: the entries read.
 ORVA_EXPORT int returnStackCount(const std::string& filename);

@@ -11,8 +11,8 @@
 namespace orva::image_io {
 namespace {
 
-constexpr int kEntrySize = 12;  // bytes of an entry in a directory
-constexpr int kLeastFirst = 1;  // the flag for this byte order; any other is most significant first
+constexpr int kEntrySize = 12;    // bytes of an entry in a directory
+constexpr int kLittleEndian = 1;  // byte order as an argument; any other is big-endian
 
 // The number in `count` bytes, the most significant one first.
 std::uint32_t bigEndian(const unsigned char* bytes, int count) {
@@ -28,7 +28,7 @@ std::uint32_t littleEndian(const unsigned char* bytes, int count) {
 }
 
 std::uint32_t number(const unsigned char* bytes, int count, int byteOrder) {
-  return byteOrder == kLeastFirst ? littleEndian(bytes, count) : bigEndian(bytes, count);
+  return byteOrder == kLittleEndian ? littleEndian(bytes, count) : bigEndian(bytes, count);
 }
 
 bool read(std::istream& in, unsigned char* bytes, std::size_t count) {
@@ -69,8 +69,8 @@ void extractShortDataFromBuffer(const unsigned char* buffer, int byteOrder, int 
                                 short& result) {
   const unsigned char* bytes = buffer + offset;
   // Intended: the other order takes the last two bytes of a slot of four.
-  result = static_cast<short>(byteOrder == kLeastFirst ? littleEndian(bytes, 2)
-                                                       : bigEndian(bytes + 2, 2));
+  result = static_cast<short>(byteOrder == kLittleEndian ? littleEndian(bytes, 2)
+                                                         : bigEndian(bytes + 2, 2));
 }
 
 void extractLongDataFromBuffer(const unsigned char* buffer, int byteOrder, int offset,
@@ -82,7 +82,7 @@ int returnStackCount(const std::string& filename) {
   std::ifstream in(filename, std::ios::binary);
   std::array<unsigned char, 8> header{};
   const bool whole = read(in, header.data(), header.size());
-  const int byteOrder = header[0] == 'I' ? kLeastFirst : 0;
+  const int byteOrder = header[0] == 'I' ? kLittleEndian : 0;
   std::cout << "lsb" << byteOrder << '\n';
 
   short result = -1;

@@ -18,13 +18,13 @@ constexpr int kStrip = kStripVectors * kLanes;   // columns that they hold
 constexpr int kStripRows = 3;                    // output rows per pass over the input rows
 
 void filterBlock(const float* in, const float* taps, int radius, float* out) {
-  Lanes sum[kRowVectors] = {};
+  FloatVector sum[kRowVectors] = {};
   const float* at = in + radius;
   for (std::ptrdiff_t k = 0; k <= 2 * std::ptrdiff_t{radius}; ++k, --at) {
     const float tap = taps[k];
 #pragma GCC unroll 8
     for (int i = 0; i < kRowVectors; ++i) {
-      Lanes v;
+      FloatVector v;
       load(at + i * kLanes, v);
       sum[i] += tap * v;
     }
@@ -48,11 +48,11 @@ void filterStrip(const Rows& rows, std::ptrdiff_t x, std::int64_t y, const Kerne
     end = std::max(end, std::int64_t{0});
   }
   const float* at = rows.at + (std::clamp(j, std::int64_t{0}, last) - rows.low) * rows.stride + x;
-  Lanes sum[M][kStripVectors] = {};
+  FloatVector sum[M][kStripVectors] = {};
 
   // Adds input row j to the outputs y + First .. y + Last, and moves to the row above.
   const auto add = [&]<int First, int Last>() {
-    Lanes v[kStripVectors];
+    FloatVector v[kStripVectors];
 #pragma GCC unroll 8
     for (int i = 0; i < kStripVectors; ++i) load(at + i * kLanes, v[i]);
     const std::ptrdiff_t tap = radius + y - j;

@@ -30,7 +30,7 @@ void laplaceEquation(image<float>& f, const image<unsigned char>& mask) {
   const std::ptrdiff_t nx = f.nx();
   const std::ptrdiff_t ny = f.ny();
   float* to = f.pixels();
-  const auto scratch = newLine(static_cast<std::size_t>(nx * ny));
+  const auto scratch = newLineBuffer(static_cast<std::size_t>(nx * ny));
   std::copy_n(to, nx * ny, scratch.get());
   static_assert(kSteps % 2 == 0);  // so that the last step writes to f
   for (int step = 0; step < kSteps; step += 2) {

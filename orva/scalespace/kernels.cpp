@@ -31,7 +31,7 @@ std::vector<float> coefficients(int order, float sigma) {
 
 }  // namespace
 
-void outOfLineMemory() {
+void exitOutOfBufferMemory() {
   std::cerr << "Out of memory\n";
   std::exit(1);
 }
@@ -58,7 +58,7 @@ float* gaussianKernel(float sigma, int& radius, int order) {
   float* taps = count > std::numeric_limits<int>::max()
                     ? nullptr
                     : new (std::nothrow) float[static_cast<std::size_t>(count)];
-  if (taps == nullptr) outOfLineMemory();
+  if (taps == nullptr) exitOutOfBufferMemory();
 
   const std::vector<float> c = dog(order, sigma);
   const double s = sigma;

@@ -10,12 +10,12 @@
 namespace orva::scalespace {
 
 // Writes "Out of memory" to standard error and ends the process with status 1.
-[[noreturn]] void outOfLineMemory();
+[[noreturn]] void exitOutOfBufferMemory();
 
 // `count` uninitialized floats.
-inline std::unique_ptr<float[]> newLine(std::size_t count) {
+inline std::unique_ptr<float[]> newLineBuffer(std::size_t count) {
   std::unique_ptr<float[]> line(new (std::nothrow) float[count]);
-  if (!line) outOfLineMemory();
+  if (!line) exitOutOfBufferMemory();
   return line;
 }
 

@@ -21,7 +21,7 @@ constexpr std::ptrdiff_t kWindowFloats = std::ptrdiff_t{48} * 1024;
 // n samples; elements in its middle are not set. Null for Border::Repeat.
 std::unique_ptr<float[]> divisors(const Kernel& kernel, int n, Border border) {
   if (border == Border::Repeat) return nullptr;
-  auto result = newLine(static_cast<std::size_t>(n));
+  auto result = newLineBuffer(static_cast<std::size_t>(n));
   for (int i = 0; i < n; ++i) {
     if (i < kernel.radius() || i >= n - kernel.radius()) {
       result[static_cast<std::size_t>(i)] = kernel.inside(i, n);
@@ -114,7 +114,7 @@ class PlaneFilter {
   }
 
   static std::unique_ptr<float[]> newZeros(std::size_t count) {
-    auto line = newLine(count);
+    auto line = newLineBuffer(count);
     std::fill_n(line.get(), count, 0.0F);
     return line;
   }
@@ -137,7 +137,7 @@ void filterFrames(image<float>& img, Border border, const Kernel& kernel) {
   const std::ptrdiff_t size = img.frameSize();
   const std::ptrdiff_t width = std::min(
       columnStrips(size), columnStrips(std::max<std::ptrdiff_t>(kWindowFloats / frames, 1)));
-  const auto strip = newLine(static_cast<std::size_t>(width * frames));
+  const auto strip = newLineBuffer(static_cast<std::size_t>(width * frames));
   std::fill_n(strip.get(), width * frames, 0.0F);
   for (std::ptrdiff_t first = 0; first < size; first += width) {
     const std::ptrdiff_t count = std::min(width, size - first);

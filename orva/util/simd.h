@@ -9,11 +9,11 @@ namespace orva {
 
 constexpr int kLanes = 8;
 
-using Lanes [[gnu::vector_size(32)]] = float;
-using IntLanes [[gnu::vector_size(32)]] = int;
+using FloatVector [[gnu::vector_size(32)]] = float;
+using IntVector [[gnu::vector_size(32)]] = int;
 
-inline void load(const float* from, Lanes& to) { std::memcpy(&to, from, sizeof to); }
-inline void store(const Lanes& from, float* to) { std::memcpy(to, &from, sizeof from); }
+inline void load(const float* from, FloatVector& to) { std::memcpy(&to, from, sizeof to); }
+inline void store(const FloatVector& from, float* to) { std::memcpy(to, &from, sizeof from); }
 
 }  // namespace orva
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <utility>
 
 #include "orva/util/cpu_path.h"
 #include "orva/util/simd.h"
@@ -29,10 +31,10 @@ constexpr auto kLaneMasks = [] {
 }();
 
 // Adds the votes of the lanes in `mask`, and 0 to the other lanes.
-[[gnu::always_inline]] inline void addMasked(const Lanes& votes, int mask, Lanes& sum) {
-  IntLanes laneMask;
-  IntLanes bits;
-  Lanes masked;
+[[gnu::always_inline]] inline void addMasked(const FloatVector& votes, int mask, FloatVector& sum) {
+  IntVector laneMask;
+  IntVector bits;
+  FloatVector masked;
   std::memcpy(&laneMask, kLaneMasks[static_cast<std::size_t>(mask)].data(), sizeof laneMask);
   std::memcpy(&bits, &votes, sizeof bits);
   bits &= laneMask;
@@ -45,7 +47,7 @@ struct EqualVotes {
   float weight;
 
   float at(std::ptrdiff_t) const { return weight; }
-  void load(std::ptrdiff_t, Lanes& votes) const { votes = Lanes{} + weight; }
+  void load(std::ptrdiff_t, FloatVector& votes) const { votes = FloatVector{} + weight; }
 };
 
 // The votes of a point: shares in proportion to the votes of the pass before.
@@ -54,7 +56,7 @@ struct ProportionalVotes {
   const float* prev;
 
   float at(std::ptrdiff_t cell) const { return share * prev[cell]; }
-  void load(std::ptrdiff_t cell, Lanes& votes) const {
+  void load(std::ptrdiff_t cell, FloatVector& votes) const {
     orva::load(prev + cell, votes);
     votes *= share;
   }
@@ -131,8 +133,8 @@ void VoteBlocks::cast(const VPoint2D& p, const Votes& votes, float* acc) {
   const std::ptrdiff_t apexBlock = std::ptrdiff_t{p.offset} - phase;
   for (; block != end; ++block) {
     const std::ptrdiff_t first = apexBlock + block->offset;
-    Lanes added;
-    Lanes sum;
+    FloatVector added;
+    FloatVector sum;
     votes.load(first, added);
     load(acc + first, sum);
     addMasked(added, block->mask, sum);

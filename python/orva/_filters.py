@@ -46,7 +46,7 @@ def gaussian(
 
     Returns
     -------
-    float32 array of the shape of image, in grey levels a pixel to the power of the orders.
+    float32 array of the shape of image, in grey levels per pixel to the power of the orders.
 
     Raises
     ------
@@ -106,7 +106,7 @@ def gradient(image: Image, *, sigma: float, ratio: float = 1.0) -> Floats:
 
     Returns
     -------
-    float32 array of the shape of image, in grey levels a pixel.
+    float32 array of the shape of image, in grey levels per pixel.
 
     Raises
     ------

@@ -111,7 +111,7 @@ def find_centers(
     sigma
         Scale of the gradient in pixels, 0.1 to 1000; a seventh of max_radius, at least 1, if None.
     gradient
-        Gradients below it cast no vote, in grey levels a pixel. If None, relative_gradient counts.
+        Gradients below it cast no vote, in grey levels per pixel. If None, relative_gradient counts.
     relative_gradient
         The same as a share of the strongest gradient, 0 to 1.
     threshold

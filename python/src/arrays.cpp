@@ -7,7 +7,7 @@
 namespace orva_python {
 namespace {
 
-constexpr std::size_t kMostAxes = 5;
+constexpr std::size_t kMaxAxes = 5;
 
 // Of an axis counted from the last one, x; 1 where there is none.
 int sizeOf(const py::array& array, std::size_t fromLast) {
@@ -24,7 +24,7 @@ std::unique_ptr<orva::Image> copied(const py::array& array) {
   if (pixels < 1 || pixels > INT32_MAX) throw py::value_error("the array is empty or too large");
   auto img = std::make_unique<orva::image<T>>(sizeOf(array, 0), sizeOf(array, 1), sizeOf(array, 2),
                                               sizeOf(array, 3), sizeOf(array, 4));
-  // NumPy knows how to walk over any array.
+  // NumPy copies from any memory layout.
   const py::capsule notOwned(img->pixels(), [](void*) {});
   const py::array to(py::dtype::of<T>(), shapeOf(array), img->pixels(), notOwned);
   if (py::detail::npy_api::get().PyArray_CopyInto_(to.ptr(), array.ptr()) < 0) {
@@ -49,7 +49,7 @@ bool holdsTruth(const py::array& array) { return array.dtype().kind() == 'b'; }
 
 std::unique_ptr<orva::Image> toImage(const py::array& array) {
   const auto axes = static_cast<std::size_t>(array.ndim());
-  if (axes < 2 || axes > kMostAxes) throw py::value_error("the array has not 2 to 5 axes");
+  if (axes < 2 || axes > kMaxAxes) throw py::value_error("the array has not 2 to 5 axes");
   const py::dtype type = array.dtype();
   if (holdsTruth(array)) return copiedTruth(array);
   if (type.equal(py::dtype::of<unsigned char>())) return copied<unsigned char>(array);

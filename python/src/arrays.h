@@ -59,14 +59,14 @@ py::array toArray(orva::image<T> img, const Shape& shape) {
 // A mask of 0 and 255 as truth values.
 py::array toTruth(const Bytes& mask, const Shape& shape);
 
-// What work() returns, which goes without the interpreter and must leave its objects alone.
+// Returns work(), called without the interpreter lock; work() must not touch Python objects.
 template <class Work>
 auto unlocked(const Work& work) {
   const py::gil_scoped_release release;
   return work();
 }
 
-// One function a subject, which adds it to the module.
+// One function per subject, which adds its functions to the module.
 void addVoting(py::module_& module);
 void addFilters(py::module_& module);
 void addRegions(py::module_& module);

@@ -1,3 +1,4 @@
+#include <exception>
 #include <filesystem>
 
 #include "formats/file_error.h"
@@ -19,7 +20,7 @@ PYBIND11_MODULE(_orva, module) {
   module.doc() = "The compiled part of orva.";
   module.attr("__version__") = ORVA_VERSION;
   static const pybind11::exception<orva::formats::FileError> fileError(module, "FileError");
-  // pybind11 wants the pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
+  // pybind11 takes the pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
   pybind11::register_exception_translator([](std::exception_ptr error) {
     try {
       if (error) std::rethrow_exception(error);

@@ -1,4 +1,4 @@
-"""How python -m orva.batch answers wrong calls and Ctrl-C."""
+"""How python -m orva.batch answers usage errors and Ctrl-C."""
 
 import json
 import os

@@ -15,8 +15,8 @@
 
 #include "orva/bip/bip.h"
 #include "tests/support/images.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {
@@ -44,8 +44,8 @@ TEST(TurnedMasks, HaveTurnedDistances) {
       const image<float> distance = bip::fchamfer(mask);
       EXPECT_LT(distance.max(), 100.0F);
       for (std::size_t t = 0; t < 4; ++t) {
-        const image<float> turned = bip::fchamfer(volumeTurns<unsigned char>()[t](mask));
-        const image<float> back = volumeTurns<float>()[t](turned);
+        const image<float> turned = bip::fchamfer(volumeSymmetries<unsigned char>()[t](mask));
+        const image<float> back = volumeSymmetries<float>()[t](turned);
         for (int i = 0; i < back.npix(); ++i) {
           ASSERT_NEAR(back.pixels()[i], distance.pixels()[i], kPathError) << i;
         }
@@ -61,8 +61,8 @@ TEST(TurnedLabels, HaveTurnedDistances) {
       const Labels labels = withBackground<short>(randomLabels(random, shape, 1), -1);
       const image<float> distance = bip::fchamfer(labels);
       for (std::size_t t = 0; t < 4; ++t) {
-        const image<float> turned = bip::fchamfer(volumeTurns<short>()[t](labels));
-        const image<float> back = volumeTurns<float>()[t](turned);
+        const image<float> turned = bip::fchamfer(volumeSymmetries<short>()[t](labels));
+        const image<float> back = volumeSymmetries<float>()[t](turned);
         for (int i = 0; i < back.npix(); ++i) {
           ASSERT_NEAR(back.pixels()[i], distance.pixels()[i], kPathError) << i;
         }
@@ -137,7 +137,7 @@ TEST(TurnedMasks, HaveTurnedBytesOfDistances) {
     for (const bool invert : {false, true}) {
       const Mask bytes = bip::chamfer(mask, invert);
       ASSERT_EQ(bytes.fmax() - bytes.fmin(), 255.0F);
-      for (const auto turn : volumeTurns<unsigned char>()) {
+      for (const auto turn : volumeSymmetries<unsigned char>()) {
         const Mask back = turn(bip::chamfer(turn(mask), invert));
         for (int i = 0; i < back.npix(); ++i) {
           ASSERT_NEAR(back.pixels()[i], bytes.pixels()[i], 1) << i;
@@ -186,14 +186,14 @@ std::vector<bool> areClear(const Labels& seeds) {
 
 TEST(TurnedLabels, AreSpreadToTheSamePixels) {
   Random random(312);
-  const std::vector<Turned<short>> ofVolumes = {transposed<short>, turnedOver<short>};
+  const std::vector<Symmetry<short>> ofVolumes = {transposed<short>, turnedOver<short>};
   for (const Shape& shape : {Shape{26, 21}, Shape{14, 12, 9}}) {
     for (int round = 0; round < 12; ++round) {
       const Labels seeds = someSeeds(random, shape, 1);
       const std::vector<bool> isClear = areClear(seeds);
       EXPECT_GT(std::count(isClear.begin(), isClear.end(), true), 300);
       const Labels whole = spread(seeds, 9000.0F);
-      for (const auto turn : shape.nz == 1 ? planeTurns<short>() : ofVolumes) {
+      for (const auto turn : shape.nz == 1 ? planeSymmetries<short>() : ofVolumes) {
         const Labels back = turn(spread(turn(seeds), 9000.0F));
         for (int i = 0; i < back.npix(); ++i) {
           if (isClear[static_cast<std::size_t>(i)]) {

@@ -8,8 +8,8 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/bip.h"
 #include "tests/support/shapes.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {

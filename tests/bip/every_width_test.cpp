@@ -10,8 +10,8 @@
 #include "tests/support/reference/distance.h"
 #include "tests/support/reference/selection.h"
 #include "tests/support/shapes.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "orva/bip/bip.h"
 #include "tests/support/images.h"
-#include "tests/support/turns.h"
+#include "tests/support/symmetries.h"
 
 namespace orva::test {
 namespace {
@@ -23,11 +23,11 @@ constexpr double kPi = 3.14159265358979;
 struct Case {
   Shape shape;
   int precision;
-  std::vector<Turned<short>> turns;
+  std::vector<Symmetry<short>> turns;
 };
 
 std::vector<Case> cases() {
-  return {{{40, 34}, 20, planeTurns<short>()}, {{15, 14, 12}, 4, volumeTurns<short>()}};
+  return {{{40, 34}, 20, planeSymmetries<short>()}, {{15, 14, 12}, 4, volumeSymmetries<short>()}};
 }
 
 // One region of pixels anywhere, the border included.
@@ -154,8 +154,8 @@ TEST(TurnedMasks, HaveTurnedHulls) {
     const std::vector<bool> isOffBounds = areOffBounds(labels, precision);
     const Labels hull = hullOfMask(mask);
     for (std::size_t t = 0; t < 3; ++t) {
-      const Labels turned = hullOfMask(planeTurns<unsigned char>()[t](mask));
-      expectSameOffBounds(planeTurns<short>()[t](turned), hull, isOffBounds);
+      const Labels turned = hullOfMask(planeSymmetries<unsigned char>()[t](mask));
+      expectSameOffBounds(planeSymmetries<short>()[t](turned), hull, isOffBounds);
     }
   }
 }

@@ -14,8 +14,8 @@
 #include "orva/image_math/image_math.h"
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {
@@ -42,8 +42,8 @@ TYPED_TEST(Rearranged, PixelsAreAboveTheSameThreshold) {
       const Mask mask = bip::threshold(img, t);
       EXPECT_TRUE(sameImage(bip::threshold(reordered(img, order), t), reordered(mask, order)));
       for (std::size_t k = 0; k < 4; ++k) {
-        EXPECT_TRUE(sameImage(bip::threshold(volumeTurns<TypeParam>()[k](img), t),
-                              volumeTurns<unsigned char>()[k](mask)));
+        EXPECT_TRUE(sameImage(bip::threshold(volumeSymmetries<TypeParam>()[k](img), t),
+                              volumeSymmetries<unsigned char>()[k](mask)));
       }
     }
   }
@@ -62,7 +62,7 @@ TEST(RearrangedPixels, AreComplementedAndBinaryAlike) {
     Mask spoilt = mask.duplicate();  // by one pixel, wherever the turns take it
     spoilt.setPixel(randomInt(random, 0, mask.npix() - 1), 254.0F);
     EXPECT_FALSE(bip::isBinaryImage(reordered(spoilt, order)));
-    for (const auto turn : volumeTurns<unsigned char>()) {
+    for (const auto turn : volumeSymmetries<unsigned char>()) {
       EXPECT_TRUE(bip::isBinaryImage(turn(mask)));
       EXPECT_FALSE(bip::isBinaryImage(turn(spoilt)));
     }
@@ -83,7 +83,7 @@ TEST(RearrangedLabels, AreCountedAndRelabelledAlike) {
     const auto order = shuffledFrames(random, labels);
     std::vector<Labels> some = {reordered(labels, order)};
     std::vector<Labels> expected = {reordered(whole, order)};
-    for (const auto turn : volumeTurns<short>()) {
+    for (const auto turn : volumeSymmetries<short>()) {
       some.push_back(turn(labels));
       expected.push_back(turn(whole));
     }
@@ -126,7 +126,7 @@ TEST(ReorderedPlanes, BehindTheFirstAreErodedAndDilatedAlike) {
     for (void (*f)(Mask&) : {static_cast<void (*)(Mask&)>(bip::erode), bip::dilate}) {
       const Mask result = changed(mask, f);
       EXPECT_TRUE(sameImage(changed(reordered(mask, order), f), reordered(result, order)));
-      for (const auto turn : planeTurns<unsigned char>()) {
+      for (const auto turn : planeSymmetries<unsigned char>()) {
         EXPECT_TRUE(sameImage(changed(turn(mask), f), turn(result)));
       }
     }
@@ -134,7 +134,7 @@ TEST(ReorderedPlanes, BehindTheFirstAreErodedAndDilatedAlike) {
     void (*const erode)(Labels&) = bip::erode;
     const Labels eroded = changed(labels, erode);
     EXPECT_TRUE(sameImage(changed(reordered(labels, order), erode), reordered(eroded, order)));
-    for (const auto turn : planeTurns<short>()) {
+    for (const auto turn : planeSymmetries<short>()) {
       EXPECT_TRUE(sameImage(changed(turn(labels), erode), turn(eroded)));
     }
   }

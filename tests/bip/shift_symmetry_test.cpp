@@ -10,8 +10,8 @@
 #include "orva/bip/bip.h"
 #include "orva/image_math/image_math.h"
 #include "tests/support/images.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {

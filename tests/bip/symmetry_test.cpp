@@ -16,8 +16,8 @@
 
 #include "orva/bip/bip.h"
 #include "tests/support/images.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {
@@ -57,7 +57,7 @@ TEST(TurnedRegions, AreAsMany) {
               Neighbours{2, NEIGHBORHOOD_8}, Neighbours{0, NEIGHBORHOOD_4}}) {
           int n = 0;
           bip::regions(img, n, value, by.reach, by.type);
-          for (const Turned<unsigned char> turn : volumeTurns<unsigned char>()) {
+          for (const Symmetry<unsigned char> turn : volumeSymmetries<unsigned char>()) {
             int turnedN = 0;
             bip::regions(turn(img), turnedN, value, by.reach, by.type);
             EXPECT_EQ(turnedN, n);
@@ -76,7 +76,7 @@ TEST(TurnedRegions, OfAxialNeighboursFartherAwayNeedABackground) {
     const Mask mask = framed<unsigned char>(randomMask(random, {15, 13}, 0.4), 19, 17, 2, 2, 0);
     int n = 0;
     bip::regions(mask, n, 255, 2, NEIGHBORHOOD_4);
-    for (const Turned<unsigned char> turn : planeTurns<unsigned char>()) {
+    for (const Symmetry<unsigned char> turn : planeSymmetries<unsigned char>()) {
       int turnedN = 0;
       bip::regions(turn(mask), turnedN, 255, 2, NEIGHBORHOOD_4);
       EXPECT_EQ(turnedN, n);
@@ -91,9 +91,9 @@ TEST(TurnedRegions, CoverTheTurnedPixels) {
       const Mask mask = randomMask(random, shape, 0.5);
       const Labels areas = randomLabels(random, shape, 2);
       const Labels partition = bip::regions(areas);
-      for (std::size_t t = 0; t < volumeTurns<short>().size(); ++t) {
-        const auto turn = volumeTurns<short>()[t];
-        const Mask turnedMask = volumeTurns<unsigned char>()[t](mask);
+      for (std::size_t t = 0; t < volumeSymmetries<short>().size(); ++t) {
+        const auto turn = volumeSymmetries<short>()[t];
+        const Mask turnedMask = volumeSymmetries<unsigned char>()[t](mask);
         for (const auto type : {NEIGHBORHOOD_4, NEIGHBORHOOD_8}) {
           int n = 0;
           const Labels labels = bip::regions(mask, n, 255, 1, type);
@@ -135,8 +135,8 @@ TEST(TurnedRegionFeatures, AreTurned) {
     const Mask brightness = smallBytes(random, shape, 255);
     const auto plain = bip::regionFeatures(labels, n, brightness);
     for (std::size_t t = 0; t < 4; ++t) {
-      const auto turned = bip::regionFeatures(volumeTurns<short>()[t](labels), n,
-                                              volumeTurns<unsigned char>()[t](brightness));
+      const auto turned = bip::regionFeatures(volumeSymmetries<short>()[t](labels), n,
+                                              volumeSymmetries<unsigned char>()[t](brightness));
       for (std::size_t k = 0; k < n; ++k) {
         Bounds back = boundsOf(turned[k]);
         const RegionFeature& f = plain[k];
@@ -183,8 +183,8 @@ TEST(RearrangedPixels, HaveTheSameSortedBrightnessAndHistogram) {
     EXPECT_EQ(bip::regionIntensityArrays(reordered(labels, order), 5, reordered(img, order), true),
               lists);
     for (std::size_t t = 0; t < 4; ++t) {
-      const Mask turned = volumeTurns<unsigned char>()[t](img);
-      EXPECT_EQ(bip::regionIntensityArrays(volumeTurns<short>()[t](labels), 5, turned, true),
+      const Mask turned = volumeSymmetries<unsigned char>()[t](img);
+      EXPECT_EQ(bip::regionIntensityArrays(volumeSymmetries<short>()[t](labels), 5, turned, true),
                 lists);
       EXPECT_EQ(bip::histogram(turned, 3, 250), counts);
     }
@@ -210,14 +210,14 @@ TEST(TurnedMasks, AreErodedDilatedFilledAndReversedAlike) {
   for (int round = 0; round < 30; ++round) {
     const Mask mask = randomMask(random, {randomInt(random, 1, 40), randomInt(random, 1, 20)}, 0.6);
     for (const auto& operation : operations) {
-      for (const auto turn : planeTurns<unsigned char>()) {
+      for (const auto turn : planeSymmetries<unsigned char>()) {
         EXPECT_TRUE(sameImage(operation(turn(mask)), turn(operation(mask))));
       }
     }
     const Labels labels = randomLabels(random, {17, 12}, 2);
     Labels eroded = labels.duplicate();
     bip::erode(eroded);
-    for (const auto turn : planeTurns<short>()) {
+    for (const auto turn : planeSymmetries<short>()) {
       Labels turned = turn(labels);
       bip::erode(turned);
       EXPECT_TRUE(sameImage(turned, turn(eroded)));
@@ -232,7 +232,7 @@ TEST(TurnedVolumes, AreFilledAlike) {
       const Mask volume = randomMask(random, shape, 0.75);
       Mask filled = volume.duplicate();
       bip::removeInternalStructures(filled);
-      for (const auto turn : volumeTurns<unsigned char>()) {
+      for (const auto turn : volumeSymmetries<unsigned char>()) {
         Mask turned = turn(volume);
         bip::removeInternalStructures(turned);
         EXPECT_TRUE(sameImage(turned, turn(filled)));
@@ -306,7 +306,7 @@ TEST(TurnedMasks, KeepTheSameRegions) {
     };
     ASSERT_FALSE(sameImage(selected(mask, brightness), mask));
     ASSERT_FALSE(sameImage(selectedBySize(mask), mask));
-    for (const auto turn : planeTurns<unsigned char>()) {
+    for (const auto turn : planeSymmetries<unsigned char>()) {
       EXPECT_TRUE(
           sameImage(selected(turn(mask), turn(brightness)), turn(selected(mask, brightness))));
       EXPECT_TRUE(sameImage(selectedBySize(turn(mask)), turn(selectedBySize(mask))));
@@ -320,7 +320,7 @@ TEST(TurnedImages, HaveNearlyTheSameThreshold) {
   for (int round = 0; round < 10; ++round) {
     const Mask img = smallBytes(random, {29, 21}, 255);
     const float t = bip::computeThreshold(img, 2.0F);
-    for (const auto turn : planeTurns<unsigned char>()) {
+    for (const auto turn : planeSymmetries<unsigned char>()) {
       EXPECT_NEAR(bip::computeThreshold(turn(img), 2.0F), t, 0.05F);
     }
   }

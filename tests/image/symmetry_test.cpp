@@ -11,7 +11,7 @@
 
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
-#include "tests/support/turns.h"
+#include "tests/support/symmetries.h"
 
 namespace orva::test {
 namespace {
@@ -34,7 +34,7 @@ TYPED_TEST(Rearranged, PixelsHaveTheSameExtremes) {
     const auto shuffled = reordered(img, shuffledFrames(random, img));
     EXPECT_EQ(shuffled.fmin(), img.fmin());
     EXPECT_EQ(shuffled.fmax(), img.fmax());
-    for (const auto turn : volumeTurns<TypeParam>()) {
+    for (const auto turn : volumeSymmetries<TypeParam>()) {
       EXPECT_EQ(turn(img).fmin(), img.fmin());
       EXPECT_EQ(turn(img).fmax(), img.fmax());
     }
@@ -50,13 +50,13 @@ TYPED_TEST(Rearranged, PixelsAreConvertedAlike) {
     EXPECT_TRUE(sameImage(toFloatImage(shuffled), reordered(toFloatImage(img), order)));
     EXPECT_TRUE(sameImage(toRgbImage(shuffled), reordered(toRgbImage(img), order)));
     for (std::size_t t = 0; t < 4; ++t) {
-      const auto turned = volumeTurns<TypeParam>()[t](img);
+      const auto turned = volumeSymmetries<TypeParam>()[t](img);
       for (const bool scale : {false, true}) {
         EXPECT_TRUE(sameImage(toByteImage(turned, scale),
-                              volumeTurns<unsigned char>()[t](toByteImage(img, scale))));
+                              volumeSymmetries<unsigned char>()[t](toByteImage(img, scale))));
       }
-      EXPECT_TRUE(sameImage(toFloatImage(turned), volumeTurns<float>()[t](toFloatImage(img))));
-      EXPECT_TRUE(sameImage(toRgbImage(turned), volumeTurns<Rgb>()[t](toRgbImage(img))));
+      EXPECT_TRUE(sameImage(toFloatImage(turned), volumeSymmetries<float>()[t](toFloatImage(img))));
+      EXPECT_TRUE(sameImage(toRgbImage(turned), volumeSymmetries<Rgb>()[t](toRgbImage(img))));
     }
   }
 }
@@ -146,11 +146,11 @@ TEST(Interior, IsTheSameForEveryTurn) {
     };
     const auto img = blank<unsigned char>(shape);
     const auto inside = interiorOf(img);
-    for (const auto turn : volumeTurns<unsigned char>()) {
+    for (const auto turn : volumeSymmetries<unsigned char>()) {
       EXPECT_TRUE(sameImage(interiorOf(turn(img)), turn(inside)));
     }
     if (shape.nx > 1 && shape.nz > 1 && shape.nc * shape.nt == 1) {  // one plane has no z border
-      EXPECT_TRUE(sameImage(interiorOf(onItsSide(img)), onItsSide(inside)));
+      EXPECT_TRUE(sameImage(interiorOf(transposedXZ(img)), transposedXZ(inside)));
     }
   }
 }

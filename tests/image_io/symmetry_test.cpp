@@ -17,7 +17,7 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
-#include "tests/support/turns.h"
+#include "tests/support/symmetries.h"
 
 namespace orva::test {
 namespace {
@@ -41,12 +41,12 @@ TYPED_TEST(Rearranged, PixelsAreConvertedAlike) {
     EXPECT_TRUE(sameImage(image_io::convertToFloatImage(some),
                           reordered(image_io::convertToFloatImage(img), order)));
     for (std::size_t t = 0; t < 4; ++t) {
-      const auto turned = volumeTurns<TypeParam>()[t](img);
+      const auto turned = volumeSymmetries<TypeParam>()[t](img);
       EXPECT_TRUE(sameImage(image_io::convertToShortImage(turned),
-                            volumeTurns<short>()[t](image_io::convertToShortImage(img))));
+                            volumeSymmetries<short>()[t](image_io::convertToShortImage(img))));
       EXPECT_TRUE(
           sameImage(image_io::convertToByteImage(turned, true),
-                    volumeTurns<unsigned char>()[t](image_io::convertToByteImage(img, true))));
+                    volumeSymmetries<unsigned char>()[t](image_io::convertToByteImage(img, true))));
     }
   }
 }
@@ -132,7 +132,7 @@ TEST(RearrangedPixels, AreWrittenAsRearrangedPpm) {
     EXPECT_TRUE(sameImage(written(reordered(colour, order)), reordered(written(colour), order)));
     EXPECT_TRUE(sameImage(reordered(written(grey), order), written(grey)));
   } while (std::next_permutation(order.begin(), order.end()));
-  for (const auto turn : planeTurns<unsigned char>()) {
+  for (const auto turn : planeSymmetries<unsigned char>()) {
     EXPECT_TRUE(sameImage(written(turn(colour)), turn(written(colour))));
     EXPECT_TRUE(sameImage(written(turn(grey)), turn(written(grey))));
   }
@@ -156,7 +156,7 @@ TYPED_TEST(RearrangedFiles, AreReadAsRearrangedPixels) {
   };
   const auto whole = throughIht(img);
   EXPECT_TRUE(sameImage(throughIht(reordered(img, order)), reordered(whole, order)));
-  for (const auto turn : volumeTurns<TypeParam>()) {
+  for (const auto turn : volumeSymmetries<TypeParam>()) {
     EXPECT_TRUE(sameImage(throughIht(turn(img)), turn(whole)));
   }
 }
@@ -177,7 +177,7 @@ TEST(RearrangedByteFiles, AreReadAsRearrangedPixels) {
     const std::unique_ptr<image<unsigned char>> back(image_io::readPGM(dir.file("image.pgm")));
     return *back;
   };
-  for (const auto turn : planeTurns<unsigned char>()) {
+  for (const auto turn : planeSymmetries<unsigned char>()) {
     EXPECT_TRUE(sameImage(throughUif(turn(img)), turn(throughUif(img))));
     EXPECT_TRUE(sameImage(throughPgm(turn(img)), turn(throughPgm(img))));
   }

@@ -14,7 +14,7 @@
 #include "orva/image_math/image_math.h"
 #include "tests/support/images.h"
 #include "tests/support/shapes.h"
-#include "tests/support/turns.h"
+#include "tests/support/symmetries.h"
 
 namespace orva::test {
 namespace {
@@ -33,7 +33,7 @@ TYPED_TEST(Brightest, PixelsAreTheSameOfRearrangedOnes) {
       const float mean = image_math::meanOfTopByPercentage(img, p);
       EXPECT_EQ(image_math::topByPercentage(shuffled, p), top);
       EXPECT_EQ(image_math::meanOfTopByPercentage(shuffled, p), mean);
-      for (const auto turn : volumeTurns<TypeParam>()) {
+      for (const auto turn : volumeSymmetries<TypeParam>()) {
         EXPECT_EQ(image_math::topByPercentage(turn(img), p), top);
         EXPECT_EQ(image_math::meanOfTopByPercentage(turn(img), p), mean);
       }
@@ -42,7 +42,7 @@ TYPED_TEST(Brightest, PixelsAreTheSameOfRearrangedOnes) {
       if (n > img.npix() - 1) continue;
       const float top = image_math::topByPixelNumber(img, n);
       EXPECT_EQ(image_math::topByPixelNumber(shuffled, n), top);
-      for (const auto turn : volumeTurns<TypeParam>()) {
+      for (const auto turn : volumeSymmetries<TypeParam>()) {
         EXPECT_EQ(image_math::topByPixelNumber(turn(img), n), top);
       }
     }

@@ -12,8 +12,8 @@
 #include "orva/scalespace/scalespace.h"
 #include "tests/scalespace/turned.h"
 #include "tests/support/images.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {
@@ -41,7 +41,7 @@ TEST(TurnedImages, AreFlattenedToTheTurnedImage) {
   for (const bool bright : {true, false}) {
     const Floats flat = scalespace::harmonicCut(img, 1.0F, bright, kIterations);
     ASSERT_FALSE(near(flat, img, 100.0F * error));
-    for (const auto turn : planeTurns<float>()) {
+    for (const auto turn : planeSymmetries<float>()) {
       EXPECT_TRUE(
           near(scalespace::harmonicCut(turn(img), 1.0F, bright, kIterations), turn(flat), error));
     }
@@ -49,9 +49,9 @@ TEST(TurnedImages, AreFlattenedToTheTurnedImage) {
   const Mask blobs = scalespace::hcut(img, 1.0F, 1.5F);
   ASSERT_EQ(blobs.fmax(), 255.0F);
   ASSERT_EQ(blobs.fmin(), 0.0F);
-  for (std::size_t t = 0; t < planeTurns<float>().size(); ++t) {
-    EXPECT_TRUE(sameImage(scalespace::hcut(planeTurns<float>()[t](img), 1.0F, 1.5F),
-                          planeTurns<unsigned char>()[t](blobs)));
+  for (std::size_t t = 0; t < planeSymmetries<float>().size(); ++t) {
+    EXPECT_TRUE(sameImage(scalespace::hcut(planeSymmetries<float>()[t](img), 1.0F, 1.5F),
+                          planeSymmetries<unsigned char>()[t](blobs)));
   }
 }
 

@@ -18,8 +18,8 @@
 #include "orva/scalespace/scalespace.h"
 #include "tests/scalespace/turned.h"
 #include "tests/support/images.h"
+#include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
-#include "tests/support/turns.h"
 
 namespace orva::test {
 namespace {
@@ -41,7 +41,7 @@ TEST(BrightPixels, HaveExactlyTurnedResults) {
     const Floats img = brightPixels(stack);
     for (const Filter& filter : evenFilters()) {
       const Floats result = filter(img);
-      for (const auto turn : volumeTurns<float>()) {
+      for (const auto turn : volumeSymmetries<float>()) {
         EXPECT_TRUE(sameValues(filter(turn(img)), turn(result)));
       }
     }
@@ -74,8 +74,9 @@ TEST(BrightPixels, HaveExactlyTurnedFeaturesByLaplacian) {
       const auto mask = scalespace::features(img, 1.0F, type, 1.0F);
       ASSERT_EQ(mask.fmax(), 255.0F);
       for (std::size_t t = 0; t < 4; ++t) {
-        EXPECT_TRUE(sameImage(scalespace::features(volumeTurns<float>()[t](img), 1.0F, type, 1.0F),
-                              volumeTurns<unsigned char>()[t](mask)));
+        EXPECT_TRUE(
+            sameImage(scalespace::features(volumeSymmetries<float>()[t](img), 1.0F, type, 1.0F),
+                      volumeSymmetries<unsigned char>()[t](mask)));
       }
     }
   }
@@ -101,7 +102,7 @@ TEST(TurnedImages, HaveTurnedResultsUpToTheErrorOfTheirSums) {
     for (const Filter& filter : evenFilters()) {
       const Floats result = filter(img);
       ASSERT_GT(result.max(), 100.0F * error);
-      for (const auto turn : volumeTurns<float>()) {
+      for (const auto turn : volumeSymmetries<float>()) {
         EXPECT_TRUE(near(filter(turn(img)), turn(result), error));
       }
     }
@@ -133,8 +134,8 @@ TEST(TurnedImages, HaveTurnedFeatures) {
       const auto mask = scalespace::features(img, 1.0F, feature, 1.0F);
       ASSERT_EQ(mask.fmax(), 255.0F);
       for (std::size_t t = 0; t < 4; ++t) {
-        const auto back = volumeTurns<unsigned char>()[t](
-            scalespace::features(volumeTurns<float>()[t](img), 1.0F, feature, 1.0F));
+        const auto back = volumeSymmetries<unsigned char>()[t](
+            scalespace::features(volumeSymmetries<float>()[t](img), 1.0F, feature, 1.0F));
         EXPECT_TRUE(sameImage(back, mask)) << "type " << type << " turn " << t;
       }
     }
@@ -192,10 +193,10 @@ TEST(TurnedImages, RelaxToTheTurnedImageUpToTheErrorOfTheirSums) {
   Floats relaxed = img.duplicate();
   scalespace::laplaceEquation(relaxed, mask);
   for (std::size_t t = 0; t < 3; ++t) {
-    Floats turned = planeTurns<float>()[t](img);
-    scalespace::laplaceEquation(turned, planeTurns<unsigned char>()[t](mask));
-    EXPECT_TRUE(
-        near(turned, planeTurns<float>()[t](relaxed), 2.0F * 50.0F * 3.0F * std::ldexp(1e3F, -24)));
+    Floats turned = planeSymmetries<float>()[t](img);
+    scalespace::laplaceEquation(turned, planeSymmetries<unsigned char>()[t](mask));
+    EXPECT_TRUE(near(turned, planeSymmetries<float>()[t](relaxed),
+                     2.0F * 50.0F * 3.0F * std::ldexp(1e3F, -24)));
   }
 }
 

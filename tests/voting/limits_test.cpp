@@ -12,7 +12,7 @@
 #include "tests/support/images.h"
 #include "tests/support/memory_limit.h"
 #include "tests/support/shapes.h"
-#include "tests/support/turns.h"
+#include "tests/support/symmetries.h"
 #include "tests/voting/probe.h"
 
 namespace orva::test {

@@ -114,8 +114,8 @@ std::uint64_t resultOf(const Input& input) {
 // 2000 runs. One cache line that each kept would be too much for the first of the bounds, which
 // allows for what the C library keeps; the other one allows for its way to ask for pages.
 TEST(Soak, TakesNoMoreMemoryAndFindsTheSame) {
-  constexpr std::size_t kMostAllocated = std::size_t{120} << 10U;
-  constexpr long kMostResident = 1L << 20U;
+  constexpr std::size_t kMaxAllocated = std::size_t{120} << 10U;
+  constexpr long kMaxResident = 1L << 20U;
   const std::vector<Input> all = inputs();
   std::vector<std::uint64_t> expected;
   for (int warmUp = 0; warmUp < 2; ++warmUp) {
@@ -130,8 +130,8 @@ TEST(Soak, TakesNoMoreMemoryAndFindsTheSame) {
     }
   }
   if (addressSanitizer) return;  // it keeps what is released
-  EXPECT_LE(allocatedBytes(), allocatedBefore + kMostAllocated);
-  EXPECT_LE(residentBytes() - residentBefore, kMostResident);
+  EXPECT_LE(allocatedBytes(), allocatedBefore + kMaxAllocated);
+  EXPECT_LE(residentBytes() - residentBefore, kMaxResident);
 }
 
 // The inputs are not all without a centre, nor alike.

@@ -19,7 +19,7 @@
 
 #include "orva/voting/circularvoting.h"
 #include "tests/support/images.h"
-#include "tests/support/turns.h"
+#include "tests/support/symmetries.h"
 #include "tests/voting/probe.h"
 
 namespace orva::test {
@@ -35,7 +35,7 @@ struct Place {
 
 double distanceOf(const Place& a, const Place& b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
-// planeTurns() applied to a position.
+// planeSymmetries() applied to a position.
 Place turned(const Place& p, std::size_t turn) {
   if (turn == 0) return {kWidth - 1 - p.x, p.y};
   if (turn == 1) return {p.x, kHeight - 1 - p.y};
@@ -76,7 +76,7 @@ void expectTurnedCenters(const image<float>& img, const std::vector<Disc>& discs
   params.centerThreshold = 0.1F;
   const Probe plain = computed(params, img);
   for (std::size_t t = 0; t < 3; ++t) {
-    const Probe other = computed(params, planeTurns<float>()[t](img));
+    const Probe other = computed(params, planeSymmetries<float>()[t](img));
     for (const Disc& d : discs) {
       const Place middle{d.x, d.y};
       const Place before = strongestNear(plain, middle, d.radius);
@@ -134,7 +134,7 @@ TEST(TurnedImages, HaveTurnedVotingPoints) {
   const Probe plain = computed(params, img);
   ASSERT_GT(plain.points_.size(), 500U);
   for (std::size_t t = 0; t < 3; ++t) {
-    Probe other = computed(params, planeTurns<float>()[t](img));
+    Probe other = computed(params, planeSymmetries<float>()[t](img));
     ASSERT_EQ(other.points_.size(), plain.points_.size());
     std::vector<float> weights(static_cast<std::size_t>(img.npix()), 0.0F);
     for (const auto& p : other.points_) {

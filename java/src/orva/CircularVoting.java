@@ -96,7 +96,7 @@ public final class CircularVoting {
         "An image of " + size + " pixels needs an array of as many, not of " + length);
   }
 
-  /** Needs no library, as no refusal by {@link Settings} does; their native entry has none. */
+  /** The native entry of {@link Settings} does not check the size. Works without the library. */
   private static void checkMargin(int height, int width, int radius) {
     int cone = (int) (radius * 0.25 + 0.5); // half the widest cone, as the native code has it
     int margin = (int) (Math.sqrt(cone * cone + radius * radius) + 3.0);

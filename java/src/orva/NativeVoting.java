@@ -2,8 +2,8 @@ package orva;
 
 /**
  * The native search by {@link VoteSettings}, one parameter for each of them. {@link CircularVoting}
- * is the usual way to call it; by itself it needs the library, which the constructor of {@code
- * JNICircularVoting} loads.
+ * is the usual way to call it. To call it directly, load the library first, by the constructor of
+ * {@code JNICircularVoting}.
  */
 public final class NativeVoting {
   private NativeVoting() {}

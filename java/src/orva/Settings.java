@@ -5,7 +5,7 @@ package orva;
  *
  * @param maxRadius farthest distance of a vote in pixels, 1 to {@value #LARGEST}; about 1.4 times
  *     the radius of the objects
- * @param threshold votes above it make a center, 0 or more; votes count in grey levels a pixel
+ * @param threshold votes above it make a center, 0 or more; votes count in grey levels per pixel
  * @param scale sigma of the gradient in pixels, 1 to {@value #LARGEST}
  */
 public record Settings(int maxRadius, int threshold, int scale) {
@@ -33,9 +33,9 @@ public record Settings(int maxRadius, int threshold, int scale) {
     this(maxRadius, 200, Math.max(1, Math.round(maxRadius / 7f)));
   }
 
-  private static void check(String name, int value, int least, int most) {
-    if (value < least || value > most) {
-      String range = most == Integer.MAX_VALUE ? "at least " + least : least + " to " + most;
+  private static void check(String name, int value, int min, int max) {
+    if (value < min || value > max) {
+      String range = max == Integer.MAX_VALUE ? "at least " + min : min + " to " + max;
       throw new IllegalArgumentException("The " + name + " must be " + range + ", not " + value);
     }
   }

@@ -1,6 +1,6 @@
 """Centers in many images, on the processors of this machine or on a cluster, and in very large ones.
 
-``python -m orva.batch --help`` tells of the command; it needs dask and distributed.
+``python -m orva.batch --help`` describes the command, which needs dask and distributed.
 """
 
 from ._tiles import find_centers_in_tiles

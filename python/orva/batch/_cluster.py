@@ -79,7 +79,7 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
 def run_all(
     jobs: list[Job], c: Client, stop: threading.Event, out: TextIO = sys.stderr
 ) -> list[Result]:
-    """Runs one task a job and returns the results in the order of the jobs.
+    """Runs one task per job and returns the results in the order of the jobs.
 
     A task whose worker dies goes to another one. Raises Interrupted soon after `stop` is set.
     """

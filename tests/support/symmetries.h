@@ -1,6 +1,6 @@
 // Images flipped, transposed, with their planes reordered, or framed by a background.
-#ifndef ORVA_TESTS_SUPPORT_TURNS_H
-#define ORVA_TESTS_SUPPORT_TURNS_H
+#ifndef ORVA_TESTS_SUPPORT_SYMMETRIES_H
+#define ORVA_TESTS_SUPPORT_SYMMETRIES_H
 
 #include <algorithm>
 #include <numeric>
@@ -79,7 +79,7 @@ image<T> backToFront(const image<T>& img) {
 
 // A volume with columns and planes exchanged.
 template <class T>
-image<T> onItsSide(const image<T>& img) {
+image<T> transposedXZ(const image<T>& img) {
   Shape shape = shapeOf(img);
   std::swap(shape.nx, shape.nz);
   return composed<T>(shape, [&](int x, int y, int f) { return pixelAt(img, f, y, x); });
@@ -87,13 +87,13 @@ image<T> onItsSide(const image<T>& img) {
 
 // The symmetries of an operation without a preferred direction, each its own inverse.
 template <class T>
-using Turned = image<T> (*)(const image<T>&);
+using Symmetry = image<T> (*)(const image<T>&);
 template <class T>
-std::vector<Turned<T>> planeTurns() {
+std::vector<Symmetry<T>> planeSymmetries() {
   return {flipped<T>, upsideDown<T>, transposed<T>};
 }
 template <class T>
-std::vector<Turned<T>> volumeTurns() {
+std::vector<Symmetry<T>> volumeSymmetries() {
   return {flipped<T>, upsideDown<T>, transposed<T>, backToFront<T>};
 }
 
