@@ -164,7 +164,7 @@ def vote_field(
     power: float = 0.5,
     frame: int = 0,
 ) -> Floats:
-    """The votes after the last pass, in which find_centers() looks for centers.
+    """The votes after the last pass, from which find_centers() extracts the centers.
 
     The parameters are those of find_centers(), and so are the errors. relative_threshold changes
     nothing here, and of threshold only whether it is given.
@@ -178,7 +178,7 @@ def vote_field(
 
 
 def complete(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """The settings of find_centers(), frame aside, with its defaults; raises as it does."""
+    """The settings of find_centers() except frame, with its defaults; raises as it does."""
     defaults = dict(find_centers.__kwdefaults__)
     del defaults["frame"]
     result = {**defaults, **settings}

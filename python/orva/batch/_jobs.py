@@ -93,9 +93,9 @@ def _finished(job: Job, origin: dict[str, Any]) -> Result | None:
 
 
 def write_whole(path: pathlib.Path, content: str | bytes) -> None:
-    """Writes a file under another name first, so that it is there whole or not at all.
+    """Writes a file atomically: under another name first, then renamed.
 
-    A name of bytes that are not UTF-8 is told in escapes, so that the file is.
+    Bytes of a name that are not UTF-8 are written as escapes, so that the file is UTF-8.
     """
     # Machines of a cluster share the directory. The name is short where the file's own is not.
     temporary = path.with_name(f".orva-{uuid.uuid4().hex}")
