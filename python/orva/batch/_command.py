@@ -20,7 +20,7 @@ from ._summary import SUMMARY_FILES, write_summary
 _EPILOG = """\
 DIR gets a table x,y,weight for each image, centers.csv with the centers of all, summary.csv with a
 row an image, failures.csv, and counts.png. Run again, it leaves out images whose file and settings
-have not changed. The exit status is 0, 1 when an image failed, or 2 for a wrong call.
+have not changed. The exit status is 0, 1 when an image failed, or 2 for a usage error.
 
 Example: the nuclei of a plate, on four processors
   python -m orva.batch plate/*.tif --out results --workers 4 --max-radius 20

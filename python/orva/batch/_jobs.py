@@ -23,7 +23,7 @@ import orva
 
 from ._tiles import MOST_SIDE, find_centers_in_tiles
 
-_NO_ANSWER = 70  # a status that the library does not end with
+_NO_ANSWER = 70  # a status with which the library never exits
 
 Center = tuple[int, int, float]
 
@@ -38,7 +38,7 @@ class Job:
 
     @property
     def record(self) -> pathlib.Path:
-        """What the table was made of and with."""
+        """The file that records the input and the settings of the table."""
         return pathlib.Path(self.table).with_suffix(".json")
 
 
