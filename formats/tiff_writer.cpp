@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -58,6 +59,8 @@ class MemoryFile {
                              options);
   }
 
+  void reserve(std::size_t bytes) { content_.reserve(bytes); }
+  bool isOutOfMemory() const { return isOutOfMemory_; }
   std::string takeContent() { return std::move(content_); }
 
  private:
@@ -74,7 +77,13 @@ class MemoryFile {
   static tmsize_t write(thandle_t self, void* from, tmsize_t size) {
     MemoryFile& file = at(self);
     const std::size_t end = file.place_ + static_cast<std::size_t>(size);
-    if (end > file.content_.size()) file.content_.resize(end);
+    // No exception passes through libtiff.
+    try {
+      if (end > file.content_.size()) file.content_.resize(end);
+    } catch (const std::bad_alloc&) {
+      file.isOutOfMemory_ = true;
+      return -1;
+    }
     std::copy_n(static_cast<const char*>(from), size, file.content_.data() + file.place_);
     file.place_ = end;
     return size;
@@ -91,6 +100,7 @@ class MemoryFile {
 
   std::string content_;
   std::size_t place_ = 0;
+  bool isOutOfMemory_ = false;
 };
 
 }  // namespace
@@ -99,21 +109,27 @@ std::string encodeTiff(const Image& img) {
   const std::int64_t bytes = std::int64_t{img.npix()} * img.pixelSize();
   constexpr std::int64_t kMaxClassic = 4000000000;  // with room for the directories
   MemoryFile file;
+  file.reserve(static_cast<std::size_t>(bytes));
   std::optional<TiffHandle> handle(std::in_place, [&](TIFFOpenOptions* options) {
     return file.open(bytes < kMaxClassic ? "w" : "w8", options);
   });
   const TiffHandle& out = *handle;
+  const auto require = [&](bool isWritten) {
+    if (file.isOutOfMemory()) throw std::bad_alloc();
+    if (!isWritten) out.fail();
+  };
   const std::ptrdiff_t rowBytes = std::ptrdiff_t{img.nx()} * img.pixelSize();
   // libtiff takes rows without const and leaves them alone.
   auto* row = static_cast<unsigned char*>(img.data());
   for (int page = 0; page < img.nframes(); ++page) {
     describePage(out, img);
     for (int y = 0; y < img.ny(); ++y, row += rowBytes) {
-      if (TIFFWriteScanline(out.handle(), row, static_cast<std::uint32_t>(y), 0) < 0) out.fail();
+      require(TIFFWriteScanline(out.handle(), row, static_cast<std::uint32_t>(y), 0) >= 0);
     }
-    if (TIFFWriteDirectory(out.handle()) == 0) out.fail();
+    require(TIFFWriteDirectory(out.handle()) != 0);
   }
-  handle.reset();
+  handle.reset();  // closes the file, which may write
+  if (file.isOutOfMemory()) throw std::bad_alloc();
   return file.takeContent();
 }
 

@@ -25,10 +25,10 @@ require_packages() {
   "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# What the library and the command are built with.
+# Needed to build the library and the command.
 # shellcheck disable=SC2034
 build_packages=(g++ cmake ninja-build libcli11-dev libpng-dev libtiff-dev nlohmann-json3-dev)
 
-# What makes Debian packages of them.
+# Needed to build Debian packages of them.
 # shellcheck disable=SC2034
 deb_packages=(dpkg-dev file help2man)

@@ -1,4 +1,4 @@
-"""How centers compare with the truth tables of a folder of images: for scripts and benchmarks.
+"""Comparison of centers with the truth tables of a folder of images, for scripts and benchmarks.
 
 The folder holds index.csv (columns name, polarity, objects, median_radius), images/NAME.pgm and
 truth/NAME.csv (columns x, y, radius). A center is a hit within max(3, radius / 2) pixels of a true
@@ -41,7 +41,7 @@ def f1(hits, alarms, misses):
 
 
 def entries(folder):
-    """For each image its row of index.csv, its file and its truth, None where there is no table."""
+    """For each image, its row of index.csv, its file, and its truth or None if there is no table."""
     with open(folder / "index.csv", encoding="utf-8") as index:
         rows = list(csv.DictReader(index))
     for row in rows:
@@ -53,7 +53,7 @@ def entries(folder):
 
 
 def largest_radius(entry, factor=USUAL_FACTOR):
-    """The farthest vote for an image's median radius, in whole pixels; None where that is not known."""
+    """The max_radius for an image's median radius, in whole pixels; None if the radius is unknown."""
     radius = entry["median_radius"]
     return int(factor * float(radius) + 0.5) if radius else None
 

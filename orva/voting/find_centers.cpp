@@ -30,17 +30,6 @@ void requireInRange(const VoteSettings& s) {
   require(isNumber(s.power, 0.0F), "power is not a number of at least 0");
 }
 
-UsedSettings completed(const Image& img, const VoteSettings& s) {
-  const double radius = s.maxRadius;
-  UsedSettings used{};
-  used.coneWidth = s.coneWidth.value_or(static_cast<int>(std::lround(radius / 2)));
-  used.sigma = s.sigma.value_or(static_cast<float>(std::max(1.0, radius / 7)));
-  used.gradient = s.gradient
-                      ? *s.gradient
-                      : s.relativeGradient * scalespace::gradient(img, used.sigma, 1.0F).fmax();
-  return used;
-}
-
 void requireFits(const Image& img, int coneWidth, int maxRadius) {
   const std::int64_t side = std::max(img.nx(), img.ny()) + 2 * voteMargin(coneWidth, maxRadius);
   if (side > std::numeric_limits<std::int16_t>::max()) {
@@ -49,11 +38,22 @@ void requireFits(const Image& img, int coneWidth, int maxRadius) {
   }
 }
 
+UsedSettings completed(const Image& img, const VoteSettings& s) {
+  const double radius = s.maxRadius;
+  UsedSettings used{};
+  used.coneWidth = s.coneWidth.value_or(static_cast<int>(std::lround(radius / 2)));
+  requireFits(img, used.coneWidth, s.maxRadius);
+  used.sigma = s.sigma.value_or(static_cast<float>(std::max(1.0, radius / 7)));
+  used.gradient = s.gradient
+                      ? *s.gradient
+                      : s.relativeGradient * scalespace::gradient(img, used.sigma, 1.0F).fmax();
+  return used;
+}
+
 // Sets up `voting` and returns what the image completed.
 UsedSettings prepare(CircularVoting& voting, const Image& img, const VoteSettings& s) {
   requireInRange(s);
   const UsedSettings used = completed(img, s);
-  requireFits(img, used.coneWidth, s.maxRadius);
   voting.setParams(s.polarity, s.minRadius, s.maxRadius, used.coneWidth, used.gradient,
                    s.threshold.value_or(s.relativeThreshold), used.sigma, CircularVoting::Power,
                    s.power, s.edges, s.threshold.has_value());

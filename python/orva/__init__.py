@@ -2,17 +2,18 @@
 
 orva finds the centers of round objects, such as cell nuclei, and measures and filters images.
 
-Images are NumPy arrays of the types uint8, int16, int32, uint32 and float32; others are not
-converted but refused with a TypeError. Their axes are (t, c, z, y, x), x fastest, of which the first
-may be missing: (y, x) is a plane, (z, y, x) a stack, (c, z, y, x) a stack of several channels. A
-result has the axes of the input. Lengths are in pixels, and so are coordinates, from 0.
+Images are NumPy arrays of the types uint8, int16, int32, uint32 and float32. Arrays of other types
+are not converted; they raise a TypeError. The axes are (t, c, z, y, x), with x varying fastest;
+leading axes may be omitted: (y, x) is a plane, (z, y, x) a stack, (c, z, y, x) a stack of several
+channels. A result has the axes of the input. Lengths and coordinates are in pixels; coordinates
+start at 0.
 
-Masks are arrays of bool, or of uint8 with the values 0 and 255 alone. Labels are int16: the pixels of
-region k carry k = 0, 1, 2, ..., and the background -1.
+Masks are arrays of bool, or of uint8 with only the values 0 and 255. Labels are int16: the pixels of
+region k have the value k = 0, 1, 2, ..., and the background is -1.
 
-All functions let other threads run while they work, on a copy of the pixels. A lack of memory inside
-the library ends the process with a message and status 1: keep some to spare, or work in a process
-of its own.
+All functions work on a copy of the pixels and release the global interpreter lock while they run.
+Lack of memory inside the library ends the process with a message and status 1: leave enough memory
+free, or use a separate process.
 """
 
 from ._files import read, write

@@ -36,11 +36,11 @@ def read(path: Path, *, frame: int | None = None) -> Image:
         For a file that is missing (FileNotFoundError), damaged or of another kind, and for a frame
         that it does not have.
     TypeError, ValueError
-        For a frame that is no whole number or out of range.
+        For a frame that is not an integer or is out of range.
     """
     if frame is not None:
         frame = options.whole("frame", frame, 0, _MOST_FRAME)
-    os.stat(path)  # a missing file has an exception of its own
+    os.stat(path)  # raises FileNotFoundError for a missing file
     try:
         return _orva.read(os.fsencode(path), frame)
     except _orva.FileError as error:
@@ -49,7 +49,7 @@ def read(path: Path, *, frame: int | None = None) -> Image:
 
 
 def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
-    """Write an image file, whole or not at all.
+    """Write an image file, completely or not at all.
 
     Parameters
     ----------

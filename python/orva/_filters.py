@@ -30,19 +30,19 @@ def gaussian(
     sigma: float | Sequence[float],
     orders: int | Sequence[int] = 0,
 ) -> Floats:
-    """Smooth or differentiate by a Gaussian, the border sample repeated outside the image.
+    """Smooth or differentiate by a Gaussian; the border sample is repeated outside the image.
 
     Parameters
     ----------
     image
-        Array of 2 to 5 axes. The planes of all channels and time points count as one stack, which
+        Array of 2 to 5 axes. The planes of all channels and time points form one stack, which
         is filtered along x, along y and along the planes; an axis of length 1 is skipped.
     sigma
         Scale in pixels, 0.1 to 1000: one for all axes, or one each for (y, x) or (z, y, x). Below
         0.7 the sampled Gaussian does not sum to 1.
     orders
-        Order of the derivative, 0 to 10: one for all axes, or one each. A first derivative is
-        positive where brightness grows with the coordinate.
+        Order of the derivative, 0 to 10: one for all axes, or one per axis. A first derivative is
+        positive where brightness increases with the coordinate.
 
     Returns
     -------

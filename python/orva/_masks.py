@@ -27,7 +27,7 @@ _EDGE_TYPES = ("bool", "uint8", "int16", "int32", "float32")
 
 
 def erode(image: MaskOrLabels) -> MaskOrLabels:
-    """Take one pixel off the objects of a mask, or off the regions of labels.
+    """Remove the outermost pixels of the objects of a mask, or of the regions of labels.
 
     Of a mask the pixels at the border and those with background among their eight neighbours go; of
     labels those at the border and those with another value among the eight, so that regions that

@@ -29,7 +29,7 @@ def number(name: str, value: Any, low: float, high: float) -> float:
 
 
 def whole(name: str, value: Any, low: int, high: int) -> int:
-    """A whole number from low to high."""
+    """An integer from low to high."""
     if isinstance(value, bool) or not isinstance(value, numbers.Integral):
         raise TypeError(f"{name} must be a whole number, not {type(value).__name__}")
     _within(name, value, low, high)
@@ -58,7 +58,7 @@ def sigma(name: str, value: Any) -> float:
 
 
 def ratio(value: Any, scale: float) -> float:
-    """By which a sigma is divided for the way along the planes."""
+    """The divisor of a sigma for the axis along the planes."""
     return number("ratio", value, scale / MOST_SIGMA, scale / LEAST_SIGMA)
 
 

@@ -23,7 +23,7 @@ from ._arrays import (
 )
 
 _MOST_REACH = 32767
-_MOST_DISTANCE = 10000  # that of pixels which no region reaches
+_MOST_DISTANCE = 10000  # of pixels that no region reaches
 
 
 def label(
@@ -36,13 +36,14 @@ def label(
     mask
         A plane or a volume of bool or uint8 (0 and 255).
     value
-        Regions are made of the pixels of this value of a uint8 array, 0 to 255, which then needs be
-        no mask; with -1 every pixel takes part and regions are areas of equal value. None stands
-        for the objects of the mask.
+        Regions consist of the pixels with this value, 0 to 255, of a uint8 array, which need not be a
+        mask. With -1 every pixel belongs to a region, and regions are areas of equal value. None
+        means the objects of the mask.
     connectivity
-        4: pixels touch along the axes; 8: along the diagonals, too.
+        4: pixels are connected along the axes; 8: also along the diagonals.
     reach
-        With 4 those pixels touch that are just so far apart, with 8 all in a box of that half-width.
+        With connectivity 4, pixels at exactly this distance along an axis are connected; with 8, all
+        pixels in a box of this half-width.
 
     Returns
     -------
@@ -78,15 +79,15 @@ def measure(labels: Labels, image: Image | None = None) -> dict[str, npt.NDArray
     Parameters
     ----------
     labels
-        A plane or a volume of int16; pixels below 0 are left out.
+        A plane or a volume of int16; negative pixels are ignored.
     image
         The brightness, of the same shape.
 
     Returns
     -------
-    Columns by name, a row for each label from 0 to the largest, as pandas.DataFrame takes them: the
-    bounding box xmin, xmax, ymin, ymax, zmin, zmax and the centroid cx, cy, cz, in pixels and
-    rounded down; radius, that of the disc (or ball) of as many pixels, rounded down, at least 1;
+    Columns by name, as pandas.DataFrame accepts them, with one row per label from 0 to the largest:
+    the bounding box xmin, xmax, ymin, ymax, zmin, zmax and the centroid cx, cy, cz, in pixels and
+    rounded down; radius, that of the disc (or ball) of equal size, rounded down, at least 1;
     npix, the number of pixels; and with an image the mean and the sample variance var of the
     brightness, in single precision. A label without pixels has a row of zeros.
 
@@ -112,15 +113,15 @@ def chamfer(image: Mask | Labels) -> Floats:
     Parameters
     ----------
     image
-        A plane or a volume: a mask of bool or uint8, where objects are the pixels other than 0, or
-        labels of int16, where they are the pixels of at least 0. In labels a pixel with another
-        value among its neighbours counts as 1, and the others add their distance to that.
+        A plane or a volume: a mask of bool or uint8, whose objects are the non-zero pixels, or labels
+        of int16, whose objects are the pixels of at least 0. In labels, a pixel with a neighbour of
+        another value has the distance 1; the others add their distance to it.
 
     Returns
     -------
     float32 array of the shape of image, in pixels; 0 in the background. The two passes leave out the
-    border, which then follows its neighbours at 1 for every step; what has nothing to follow is
-    10000.
+    border; pixels there get the distance of a neighbour plus 1. Pixels without such a neighbour
+    have the distance 10000.
 
     Raises
     ------
@@ -135,19 +136,19 @@ def chamfer(image: Mask | Labels) -> Floats:
 
 
 def propagate(labels: Labels, *, max_distance: float) -> Labels:
-    """Let regions grow into the background until they meet.
+    """Extend regions into the background until they meet.
 
     Parameters
     ----------
     labels
         A plane or a volume of int16.
     max_distance
-        Pixels that far away or more become -1; above 0, at most 10000.
+        Pixels at this distance or farther away become -1; above 0, at most 10000.
 
     Returns
     -------
-    int16 array of the shape of labels: every pixel below 0 has the label of the region nearest by
-    chamfer distance. The border is not reached and becomes -1, unless it belongs to a region.
+    int16 array of the shape of labels: every negative pixel gets the label of the nearest region by
+    chamfer distance. Border pixels are not reached and become -1, unless they belong to a region.
 
     Raises
     ------
@@ -171,15 +172,15 @@ def convex_hull(image: Mask | Labels, *, precision: int = 20) -> Labels:
     ----------
     image
         A plane or a volume: labels of int16, or a mask of bool or uint8 (0 and 255), whose regions
-        touch along the axes.
+        are connected along the axes.
     precision
-        Number of directions over the half circle, 3 to 50; in a volume 4 * precision * (precision +
+        Number of directions over the half circle, 3 to 50; in a volume, 4 * precision * (precision +
         1) over the half sphere.
 
     Returns
     -------
     int16 labels of the shape of image. Regions are filled in label order and never lose pixels; a
-    pixel joins where its projection on every direction lies within the region's.
+    pixel is added if its projection on every direction lies within the region's.
 
     Raises
     ------

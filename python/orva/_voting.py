@@ -95,32 +95,33 @@ def find_centers(
 ) -> npt.NDArray[np.void]:
     """Find the centers of round objects by iterative circular voting.
 
-    Every pixel of strong gradient votes in a cone along its gradient. Pass by pass the cones turn
-    towards the strongest votes and narrow, until the votes of one object gather at its center.
+    Every pixel with a strong gradient votes in a cone along its gradient. In each pass the cones turn
+    towards the maximum of the votes and become narrower, until the votes of an object are
+    concentrated at its center.
 
     Parameters
     ----------
     image
-        A plane (y, x), or a stack, of which one plane is taken.
+        A plane (y, x), or a stack, of which one plane is used.
     max_radius
-        Farthest vote in pixels, 1 to 1000: about 1.4 times the radius of the objects.
+        Distance of the farthest vote in pixels, 1 to 1000: about 1.4 times the radius of the objects.
     min_radius
-        Nearest vote in pixels, 1 to max_radius.
+        Distance of the nearest vote in pixels, 1 to max_radius.
     cone_width
         Half-width of the widest cone at its end in pixels, 0 to 1000; half of max_radius if None.
     sigma
         Scale of the gradient in pixels, 0.1 to 1000; a seventh of max_radius, at least 1, if None.
     gradient
-        Gradients below it cast no vote, in grey levels per pixel. If None, relative_gradient counts.
+        Smallest gradient that votes, in grey levels per pixel. If None, relative_gradient applies.
     relative_gradient
-        The same as a share of the strongest gradient, 0 to 1.
+        The same as a fraction of the strongest gradient, 0 to 1.
     threshold
-        Regions of more than so many votes make a center; gradients then vote in grey levels. If
-        None, relative_threshold counts.
+        Regions with more votes than this become centers; gradients are then in grey levels per
+        pixel. If None, relative_threshold applies.
     relative_threshold
-        The same as a share of the strongest vote, 0.05 to 1.
+        The same as a fraction of the strongest vote, 0.05 to 1.
     polarity
-        "bright", "dark" or "both": the objects against their ground.
+        "bright", "dark" or "both": the objects relative to their background.
     edges
         Vote only from the edges of bright blobs.
     power
@@ -131,7 +132,7 @@ def find_centers(
     Returns
     -------
     Structured array with the fields x and y (int32, pixels from 0 at the top left) and weight
-    (float32, the mean vote of the center's region), a row for each center.
+    (float32, the mean vote of the center's region), one row per center.
 
     Raises
     ------
@@ -142,7 +143,7 @@ def find_centers(
         side of more than 32767 pixels.
 
     The border sample is repeated outside the image. Votes outside it are lost. Of more than 32768
-    regions of votes the further ones are left out, with a warning on standard error. An image with
+    regions of votes, only the first are used, with a warning on standard error. An image with
     an infinite pixel has no centers, unless gradient and threshold are given.
     """
     return _voted(_orva.find_centers, **locals())
@@ -164,10 +165,10 @@ def vote_field(
     power: float = 0.5,
     frame: int = 0,
 ) -> Floats:
-    """The votes after the last pass, in which find_centers() looks for centers.
+    """The votes after the last pass, from which find_centers() extracts the centers.
 
-    The parameters are those of find_centers(), and so are the errors. relative_threshold changes
-    nothing here, and of threshold only whether it is given.
+    The parameters and the exceptions are those of find_centers(). relative_threshold has no effect
+    here; of threshold, it only matters whether it is given.
 
     Returns
     -------
@@ -178,7 +179,7 @@ def vote_field(
 
 
 def complete(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """The settings of find_centers(), frame aside, with its defaults; raises as it does."""
+    """The settings of find_centers() except frame, with its defaults; raises as it does."""
     defaults = dict(find_centers.__kwdefaults__)
     del defaults["frame"]
     result = {**defaults, **settings}

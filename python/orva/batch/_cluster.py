@@ -68,7 +68,7 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
         n_workers=workers,
         threads_per_worker=1,
         processes=True,
-        # A port of its own, for another batch may run, and nothing to look at there.
+        # A free port, because another batch may be running, and no dashboard.
         dashboard_address="127.0.0.1:0",
         scheduler_kwargs={"dashboard": False},
     )

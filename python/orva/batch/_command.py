@@ -18,9 +18,9 @@ from ._jobs import Job, Result
 from ._summary import SUMMARY_FILES, write_summary
 
 _EPILOG = """\
-DIR gets a table x,y,weight for each image, centers.csv with the centers of all, summary.csv with a
-row per image, failures.csv, and counts.png. Run again, it leaves out images whose file and settings
-have not changed. The exit status is 0, 1 when an image failed, or 2 for a usage error.
+DIR receives a table x,y,weight per image, centers.csv with all centers, summary.csv with one row per
+image, failures.csv and counts.png. A repeated run skips images whose file and settings have not
+changed. The exit status is 0, 1 if an image failed, or 2 for a usage error.
 
 Example: the nuclei of a plate, on four processors
   python -m orva.batch plate/*.tif --out results --workers 4 --max-radius 20

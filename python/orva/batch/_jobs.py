@@ -23,7 +23,7 @@ import orva
 
 from ._tiles import MOST_SIDE, find_centers_in_tiles
 
-_NO_ANSWER = 70  # a status that the library does not end with
+_NO_ANSWER = 70  # a status with which the library never exits
 
 Center = tuple[int, int, float]
 
@@ -38,7 +38,7 @@ class Job:
 
     @property
     def record(self) -> pathlib.Path:
-        """What the table was made of and with."""
+        """The file that records the input and the settings of the table."""
         return pathlib.Path(self.table).with_suffix(".json")
 
 
@@ -93,9 +93,9 @@ def _finished(job: Job, origin: dict[str, Any]) -> Result | None:
 
 
 def write_whole(path: pathlib.Path, content: str | bytes) -> None:
-    """Writes a file under another name first, so that it is there whole or not at all.
+    """Writes a file atomically: under another name first, then renamed.
 
-    A name of bytes that are not UTF-8 is told in escapes, so that the file is.
+    Bytes of a name that are not UTF-8 are written as escapes, so that the file is UTF-8.
     """
     # Machines of a cluster share the directory. The name is short where the file's own is not.
     temporary = path.with_name(f".orva-{uuid.uuid4().hex}")

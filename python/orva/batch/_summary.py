@@ -1,4 +1,4 @@
-"""What a whole batch gave: one table of all centers, one row an image, and a picture of the counts."""
+"""The results of a batch: a table of all centers, one row per image, and a chart of the counts."""
 
 from __future__ import annotations
 

@@ -1,4 +1,4 @@
-"""Centers of an image that is too large to vote on as a whole."""
+"""Centers of an image that is too large to be processed as a whole."""
 
 from __future__ import annotations
 
@@ -16,27 +16,27 @@ from .. import _options as options
 from .._arrays import IMAGE_TYPES, require
 from .._voting import MOST_LEVEL, complete
 
-# Larger images are taken apart.
+# Images with a longer side are divided into tiles.
 MOST_SIDE = 8192
 
 _TILE = 4096
-_MOST_SEEN = 16384  # that still fits memory
+_MOST_SEEN = 16384  # the largest side of a tile with its overlap, limited by memory
 _CENTER = np.dtype([("x", np.int32), ("y", np.int32), ("weight", np.float32)])
-_NEGLIGIBLE = 0.001  # up to that the voting takes a gradient for none
+_NEGLIGIBLE = 0.001  # gradients up to this value do not vote
 
 
 Part = tuple[int, int, int, int]  # rows from and up to, columns from and up to
 
 
 class _Tile(NamedTuple):
-    """What it owns, and what of the image it looks at."""
+    """The part of the image that a tile owns, and that part with the overlap."""
 
     own: Part
     seen: Part
 
 
 def _settled(settings: dict[str, Any]) -> tuple[int, int, float]:
-    """The largest radius, the cone width and the sigma that complete settings stand for."""
+    """The maximum radius, the cone width and the sigma that complete settings imply."""
     radius, width, sigma = (settings[name] for name in ("max_radius", "cone_width", "sigma"))
     return (
         radius,
@@ -46,7 +46,7 @@ def _settled(settings: dict[str, Any]) -> tuple[int, int, float]:
 
 
 def reach_of(settings: dict[str, Any]) -> int:
-    """So far from a pixel lies all that its votes depend on, for complete settings.
+    """The largest distance of pixels on which the votes of a pixel depend, for complete settings.
 
     A vote reaches as far as the margin that the voting adds to an image. A pass turns a cone by the
     votes within its reach, each of which came from a point within another.
@@ -62,7 +62,7 @@ def reach_of(settings: dict[str, Any]) -> int:
 
 
 def _around(own: Part, shape: tuple[int, int], overlap: int) -> Part:
-    """The part and what lies up to so far from it."""
+    """The part and its surroundings within the overlap."""
     return (
         max(own[0] - overlap, 0),
         min(own[1] + overlap, shape[0]),
@@ -97,30 +97,30 @@ def find_centers_in_tiles(
     Parameters
     ----------
     image
-        A plane (y, x): an array of NumPy, or anything that gives one for image[y0:y1, x0:x1], such
-        as a dask array or a memory map. One tile is held at a time.
+        A plane (y, x): a NumPy array, or an object that converts to one for image[y0:y1, x0:x1],
+        such as a Dask array or a memory map. Only one tile is in memory at a time.
     tile
-        The side of what a tile owns, in pixels.
+        The side of a tile without its overlap, in pixels.
     overlap
-        By how much it looks further on each side; if None, so far that it sees all that its centers
-        depend on. That is further where a region of votes is long, up to a side of 16384 pixels in
-        all; a longer region is cut, with a warning.
+        The overlap on each side, in pixels; if None, large enough to include all pixels on which the
+        centers of the tile depend. Where a region of votes is long, the overlap grows, up to a tile
+        of 16384 pixels; a longer region is cut, with a warning.
     settings
-        As for find_centers(). frame is not among them.
+        As for find_centers(), except frame.
 
     Returns
     -------
-    As find_centers(), ordered by y, then x. With gradient and threshold given the centers and
-    weights are exactly those of find_centers(). relative_gradient is a share of the strongest
-    gradient of the whole image, relative_threshold one of its strongest vote: with them the image is
-    voted on twice, and results may differ from those of find_centers() by the last bits of a vote;
-    with a power above 1 also by the votes of faint gradients, of which find_centers() leaves out
-    those below a thousandth.
+    As find_centers(), ordered by y, then x. With gradient and threshold, the centers and weights are
+    exactly those of find_centers(). relative_gradient is relative to the strongest gradient of the
+    whole image, and relative_threshold to its strongest vote: with either, the tiles are processed
+    twice, and results may differ from those of find_centers() in the last bits of a vote. With a
+    power above 1 they may also differ by the votes of faint gradients, of which find_centers()
+    ignores those below a thousandth.
 
     Raises
     ------
     TypeError, ValueError
-        As find_centers(), and for an image that is no plane.
+        As find_centers(), and for an image that is not a plane.
     """
     if isinstance(image, np.ndarray) or not hasattr(image, "shape"):
         require(image, IMAGE_TYPES)
@@ -133,7 +133,7 @@ def find_centers_in_tiles(
     options.whole("tile", tile, 1, 30000)
     may_grow = overlap is None
     if overlap is None:
-        # May be more than the image. A center's region is seldom longer than its object.
+        # May exceed the image. The region of a center is seldom longer than its object.
         overlap = reach_of(settings) + 2 * settings["max_radius"]
     else:
         options.whole("overlap", overlap, 0, 30000)
