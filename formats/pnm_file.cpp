@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "formats/file_error.h"
 #include "formats/image_file.h"
@@ -14,8 +15,8 @@ namespace {
 class PnmFile {
  public:
   // `kind` is for messages.
-  PnmFile(const std::string& path, const std::string& kind)
-      : file_(std::fopen(path.c_str(), "rb")), kind_(kind) {
+  PnmFile(const std::string& path, std::string kind)
+      : file_(std::fopen(path.c_str(), "rb")), kind_(std::move(kind)) {
     if (!file_) throw FileError::fromErrno("can not be opened");
     std::fseek(file_.get(), 2, SEEK_SET);  // "P5" or "P6"
     header_ = image_io::readPnmHeader(file_.get());

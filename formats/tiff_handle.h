@@ -28,7 +28,7 @@ struct CloseTiff {
 class TiffHandle {
  public:
   // A file to read.
-  explicit TiffHandle(const std::string& path) : writes_(false) {
+  explicit TiffHandle(const std::string& path) {
     openWith([&](TIFFOpenOptions* options) { return TIFFOpenExt(path.c_str(), "r", options); });
   }
   // One to write, as open(options) gives it.
@@ -78,7 +78,7 @@ class TiffHandle {
     return 1;
   }
 
-  bool writes_;
+  bool writes_ = false;
   std::string message_;
   std::unique_ptr<TIFF, CloseTiff> tiff_;
 };

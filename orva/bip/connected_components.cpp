@@ -239,6 +239,7 @@ class RunLabelling {
     const auto count = static_cast<std::size_t>(counts_[y]);
     const short* row = labels_.pixels() + static_cast<std::ptrdiff_t>(y) * nx_;
     numbers.resize(count);
+    if (count == 0) return;
     if (y >= apartRows_ && y < narrowRows_) {
       std::transform(row, row + count, numbers.begin(), [this](short label) {
         return sets_.numberOf(static_cast<std::uint16_t>(label));
