@@ -224,7 +224,7 @@ class RunLabelling {
       return;
     } else {
       inRow = std::min(count, wideRoom());
-      std::memcpy(row, provisional, inRow * sizeof(int));
+      if (inRow > 0) std::memcpy(row, provisional, inRow * sizeof(int));
     }
     apart_.insert(apart_.end(), provisional + inRow, provisional + count);
   }
