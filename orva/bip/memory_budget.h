@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <exception>
 #include <memory>
+#include <type_traits>
 
 namespace orva::bip {
 
@@ -40,6 +41,8 @@ template <class T>
 class BudgetAllocator {
  public:
   using value_type = T;
+  // A block that moves to another container stays charged to its budget.
+  using propagate_on_container_move_assignment = std::true_type;
 
   // Convertible, so that a container takes the budget itself.
   BudgetAllocator(MemoryBudget& budget) : budget_(&budget) {}

@@ -3,7 +3,6 @@
 #include <iostream>
 #include <limits>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "orva/bip/bip.h"
@@ -33,8 +32,8 @@ std::ptrdiff_t flood(const Pixel* in, int value, int reach, NeighborhoodType typ
   return FloodFill(in, labels, reach, type, scratchBytes(labels)).run(kMaxRegions);
 }
 
-silent::Regions withCount(image<short> labels, std::ptrdiff_t found) {
-  return {std::move(labels), static_cast<int>(std::min<std::ptrdiff_t>(found, kMaxRegions)),
+silent::Regions withCount(const image<short>& labels, std::ptrdiff_t found) {
+  return {labels, static_cast<int>(std::min<std::ptrdiff_t>(found, kMaxRegions)),
           found <= kMaxRegions};
 }
 
