@@ -1,0 +1,212 @@
+#include "orva/detect/candidate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+
+#include "orva/detect/elementary.h"
+#include "orva/detect/polygon.h"
+#include "orva/detect/sampling.h"
+
+namespace orva::detect {
+namespace {
+
+constexpr int MIN_VISIBLE = 10;           // rays
+constexpr float MIN_COVERAGE = 0.6F;
+constexpr float EDGE_OF_MEDIAN = 0.35F;   // a ray has an edge from this share of the median on
+constexpr double MIN_SOLIDITY = 0.75;
+constexpr double MIN_CONTRAST_TO_SPREAD = 0.15;
+constexpr float MIN_RADIUS = 1.8F;        // in pixels of the level
+constexpr float MAX_RADIUS = 17.0F;
+// Larger levels find smaller objects better and smaller ones larger objects.
+constexpr float MAX_RADIUS_BELOW_TOP = 14.0F;
+constexpr float MIN_RADIUS_REDUCED = 4.5F;
+constexpr float MIN_OUTER = 0.6F;         // distance of the samples outside, in pixels
+
+double safeLog(double v, double low) { return naturalLog(std::max(v, low)); }
+
+// Edges along the outline.
+struct EdgeSummary {
+  int visible = 0;
+  double mean = 0;
+  double strongest = 0;
+  double median = 0;
+  double quartile = 0;
+  double tenth = 0;
+};
+
+EdgeSummary summarize(const Outline& o) {
+  EdgeSummary s;
+  std::array<float, RAYS> edges{};
+  for (const RayEdge& ray : o.rays) {
+    if (!ray.isVisible) continue;
+    edges[static_cast<std::size_t>(s.visible++)] = ray.edge;
+    s.mean += ray.edge;
+    s.strongest += ray.strongest;
+  }
+  if (s.visible == 0) return s;
+  std::sort(edges.begin(), edges.begin() + s.visible);
+  const auto at = [&](int divisor) { return edges[static_cast<std::size_t>(s.visible / divisor)]; };
+  s.mean /= s.visible;
+  s.strongest /= s.visible;
+  s.median = at(2);
+  s.quartile = at(4);
+  s.tenth = at(10);
+  return s;
+}
+
+// Brightness on both sides of the outline, negated for dark objects.
+struct Brightness {
+  int insideSamples = 0;
+  int outsideRays = 0;
+  double inside = 0;
+  double outside = 0;
+  double spread = 0;                  // standard deviation inside
+  std::array<double, RAYS> outer{};  // means of the rays outside, in ascending order
+};
+
+Brightness brightnessOf(const ScaleLevel& level, double sign, const Outline& o) {
+  constexpr std::array<float, 4> INNER{0.2F, 0.45F, 0.65F, 0.8F};
+  constexpr std::array<float, 2> OUTER{0.25F, 0.45F};
+  const float right = static_cast<float>(level.nx - 1);
+  const float bottom = static_cast<float>(level.ny - 1);
+  const auto read = [&](std::size_t t, float r, auto&& use) {
+    const float x = o.x + r * DIRECTIONS[t].x;
+    const float y = o.y + r * DIRECTIONS[t].y;
+    if (x >= 0 && y >= 0 && x <= right && y <= bottom) use(sign * pixelAt(level, x, y));
+  };
+  Brightness b;
+  double squares = 0;
+  for (std::size_t t = 0; t < RAYS; ++t) {
+    const float radius = o.rays[t].radius;
+    for (const float q : INNER) {
+      read(t, q * radius, [&](double v) {
+        b.inside += v;
+        squares += v * v;
+        ++b.insideSamples;
+      });
+    }
+    double sum = 0;
+    int n = 0;
+    for (const float q : OUTER) {
+      read(t, radius + std::max(q * radius, MIN_OUTER), [&](double v) {
+        sum += v;
+        ++n;
+      });
+    }
+    if (n == 0) continue;
+    b.outer[static_cast<std::size_t>(b.outsideRays++)] = sum / n;
+    b.outside += sum / n;
+  }
+  if (b.insideSamples == 0 || b.outsideRays == 0) return b;
+  b.inside /= b.insideSamples;
+  b.outside /= b.outsideRays;
+  b.spread = std::sqrt(std::max(0.0, squares / b.insideSamples - b.inside * b.inside));
+  std::sort(b.outer.begin(), b.outer.begin() + b.outsideRays);
+  return b;
+}
+
+// The measures of single rays, averaged.
+void addRayMeasures(const Outline& o, const EdgeSummary& e, std::array<double, MEASURES>& m) {
+  for (std::size_t t = 0; t < RAYS; ++t) {
+    const RayEdge& ray = o.rays[t];
+    const int before = o.rays[(t + RAYS - 1) % RAYS].step;
+    const int after = o.rays[(t + 1) % RAYS].step;
+    m[SLOPE] += std::abs(ray.step - after);
+    m[ROUGHNESS] += std::abs(before - 2 * ray.step + after);
+    if (!ray.isVisible) continue;
+    m[COVERAGE] += static_cast<double>(ray.edge) > EDGE_OF_MEDIAN * e.median ? 1 : 0;
+    m[ASCENT] += ray.ascent;
+    m[ALIGNMENT] += ray.alignment;
+    m[STRONGER_ELSEWHERE] += ray.edge < 0.5F * ray.strongest ? 1 : 0;
+  }
+  m[SLOPE] /= RAYS;
+  m[ROUGHNESS] /= RAYS;
+  for (const Measure k : {COVERAGE, ASCENT, ALIGNMENT, STRONGER_ELSEWHERE}) {
+    m[static_cast<std::size_t>(k)] /= e.visible;
+  }
+}
+
+// The longest run of visible rays without an edge, round the turn, as a share of all rays.
+double longestGap(const Outline& o, double median) {
+  int longest = 0;
+  int run = 0;
+  for (std::size_t t = 0; t < 2 * RAYS; ++t) {
+    const RayEdge& ray = o.rays[t % RAYS];
+    const bool hasEdge = !ray.isVisible || static_cast<double>(ray.edge) > EDGE_OF_MEDIAN * median;
+    run = hasEdge ? 0 : run + 1;
+    longest = std::max(longest, run);
+  }
+  return static_cast<double>(std::min(longest, RAYS)) / RAYS;
+}
+
+bool isOfLevel(double radius, int level, std::size_t levels) {
+  const bool isTop = static_cast<std::size_t>(level) + 1 == levels;
+  return radius >= (level == 0 ? MIN_RADIUS : MIN_RADIUS_REDUCED) &&
+         radius <= (isTop ? MAX_RADIUS : MAX_RADIUS_BELOW_TOP);
+}
+
+}  // namespace
+
+std::optional<Candidate> measured(const std::vector<ScaleLevel>& levels, int index, Band band,
+                                  Polarity polarity, const Outline& o) {
+  const ScaleLevel& level = levels[static_cast<std::size_t>(index)];
+  const EdgeSummary e = summarize(o);
+  if (e.visible < MIN_VISIBLE || !(e.median > 0)) return std::nullopt;
+  Candidate c;
+  std::array<double, MEASURES>& m = c.measures;
+  addRayMeasures(o, e, m);
+  if (m[COVERAGE] < MIN_COVERAGE) return std::nullopt;
+  const PolygonShape shape = shapeOf(level, o);
+  if (!isOfLevel(shape.radius, index, levels.size()) || shape.solidity <= MIN_SOLIDITY) {
+    return std::nullopt;
+  }
+  const Brightness b = brightnessOf(level, polarity == Polarity::Bright ? 1.0 : -1.0, o);
+  if (b.insideSamples < 8 || b.outsideRays < 6) return std::nullopt;
+  const double contrast = b.inside - b.outside;
+  m[CONTRAST_TO_SPREAD] = contrast / (contrast + 2 * b.spread + 1e-6);
+  if (!(contrast > 0) || m[CONTRAST_TO_SPREAD] <= MIN_CONTRAST_TO_SPREAD) return std::nullopt;
+
+  m[EDGE_TO_NOISE] = safeLog(e.mean / level.gradientNoise, 0.01);
+  m[EDGE_SHARE] = e.mean / e.strongest;
+  m[EVENNESS] = e.quartile / e.median;
+  m[WEAK_EDGES] = e.tenth / e.median;
+  m[AXIS_RATIO] = shape.axisRatio;
+  m[SOLIDITY] = shape.solidity;
+  m[ROUNDNESS] = shape.roundness;
+  m[LOG_LEVEL_RADIUS] = naturalLog(shape.radius);
+  m[VISIBLE] = static_cast<double>(e.visible) / RAYS;
+  m[CONTRAST_TO_NOISE] = safeLog(contrast / level.noise, 0.01);
+  const auto outer = [&](int i) { return b.outer[static_cast<std::size_t>(i)]; };
+  const double quartile = outer(b.outsideRays * 3 / 4);
+  m[OUTER_QUARTILE] = (b.inside - quartile) / (contrast + b.spread + 1e-6);
+  const auto last = b.outer.begin() + b.outsideRays;
+  m[SEPARATE_RAYS] =
+      static_cast<double>(std::lower_bound(b.outer.begin(), last, b.inside - 0.5 * contrast) -
+                          b.outer.begin()) /
+      b.outsideRays;
+  m[SHARPNESS] = contrast / (2.5 * std::max(e.mean, 1e-9));
+  m[EDGE_TO_MEAN] = safeLog(e.mean / std::max<double>(level.meanGradient, 1e-9), 1e-6);
+  m[OFF_CENTER] = std::sqrt(shape.x * shape.x + shape.y * shape.y) / shape.radius;
+  m[OUTER_SPREAD] = (quartile - outer(b.outsideRays / 4)) / (contrast + 1e-6);
+  m[PATH_VALUE] = o.value;
+  m[LONGEST_GAP] = longestGap(o, e.median);
+
+  c.level = index;
+  c.band = band;
+  c.polarity = polarity;
+  c.seedX = level.toImage(o.x);
+  c.seedY = level.toImage(o.y);
+  for (std::size_t t = 0; t < RAYS; ++t) c.radii[t] = o.rays[t].radius * level.factor;
+  c.x = level.toImage(o.x + static_cast<float>(shape.x));
+  c.y = level.toImage(o.y + static_cast<float>(shape.y));
+  c.radius = static_cast<float>(shape.radius) * level.factor;
+  c.inside = static_cast<float>(b.inside);
+  c.outside = static_cast<float>(b.outside);
+  c.contrast = static_cast<float>(contrast);
+  c.edge = static_cast<float>(e.mean);
+  return c;
+}
+
+}  // namespace orva::detect

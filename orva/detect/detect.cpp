@@ -1,0 +1,161 @@
+#include "orva/detect/detect.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "orva/detect/search.h"
+
+namespace orva::detect {
+namespace {
+
+constexpr double OBJECT_SCORE = 0.5;   // from which on a candidate is evidence
+constexpr std::size_t SAMPLED = 600;  // seeds per polarity that the estimate looks at
+constexpr float TOLD_RANGE = 2.0F;     // radii around a given one, as a factor
+
+void require(bool holds, const char* what) {
+  if (!holds) throw std::invalid_argument(std::string("orva::detect::FindSettings: ") + what);
+}
+
+void requireInRange(const FindSettings& s) {
+  const auto isRadius = [](const std::optional<float>& r, float low) {
+    return !r || (std::isfinite(*r) && *r >= low);
+  };
+  require(isRadius(s.radius, 0.0F) && s.radius.value_or(1.0F) > 0.0F,
+          "radius is not a number above 0");
+  require(isRadius(s.minRadius, 0.0F), "minRadius is not a number of at least 0");
+  require(isRadius(s.maxRadius, s.minRadius.value_or(0.0F)),
+          "maxRadius is not a number of at least minRadius");
+  require(s.minScore >= 0.0F && s.minScore <= 1.0F, "minScore is not 0 to 1");
+}
+
+RadiusRange rangeOf(const FindSettings& s) {
+  RadiusRange range;
+  if (s.radius) {
+    range.low = *s.radius / TOLD_RANGE;
+    range.high = *s.radius * TOLD_RANGE;
+  }
+  range.low = s.minRadius.value_or(range.low);
+  range.high = s.maxRadius.value_or(range.high);
+  return range;
+}
+
+std::size_t countOf(const std::vector<LevelSeeds>& seeds, Polarity p) {
+  std::size_t n = 0;
+  for (const LevelSeeds& level : seeds) n += level.of(p).size();
+  return n;
+}
+
+// What a selection says of its polarity: the objects' scores, larger objects counting more.
+struct Evidence {
+  double sum = 0;
+  double meanScore = 0;
+  Settings settings;
+};
+
+Evidence evidenceOf(const Selection& s, Polarity polarity) {
+  Evidence e;
+  e.settings.polarity = polarity;
+  if (s.kept.empty()) return e;
+  std::vector<std::pair<float, double>> radii;
+  double all = 0;
+  for (const std::size_t k : s.kept) {
+    const double score = scoreOf(s.candidates[k].logit);
+    e.sum += score * s.candidates[k].radius;
+    all += score;
+    radii.emplace_back(s.candidates[k].radius, score);
+  }
+  e.meanScore = all / static_cast<double>(s.kept.size());
+  std::sort(radii.begin(), radii.end());
+  double sum = 0;
+  for (const auto& [radius, score] : radii) {
+    sum += score;
+    if (sum >= all / 2) {
+      e.settings.radius = radius;
+      break;
+    }
+  }
+  return e;
+}
+
+// The estimate of two polarities' evidence; the confidence is that of the choice times how sure the
+// objects are.
+SettingsEstimate estimateOf(Evidence bright, Evidence dark) {
+  const double all = bright.sum + dark.sum;
+  for (Evidence* e : {&bright, &dark}) {
+    if (all > 0) e->settings.confidence = static_cast<float>(e->sum / all * e->meanScore);
+  }
+  const bool isDark = dark.sum > bright.sum;
+  SettingsEstimate estimate;
+  static_cast<Settings&>(estimate) = isDark ? dark.settings : bright.settings;
+  estimate.runnerUp = isDark ? bright.settings : dark.settings;
+  return estimate;
+}
+
+// What is found in an image.
+struct Search {
+  std::vector<ScaleLevel> levels;
+  SettingsEstimate estimate;
+  Selection selection;  // of the polarity chosen
+};
+
+Search search(const Image& img, const FindSettings& settings, double minScore) {
+  Search s;
+  s.levels = scaleLevels(img);
+  if (s.levels.empty()) return s;
+  const RadiusRange range = rangeOf(settings);
+  const std::vector<LevelSeeds> seeds = seedsOf(s.levels, range, settings.polarity);
+  std::array<Evidence, 2> evidence;
+  std::array<bool, 2> isWhole{};
+  std::array<Selection, 2> selections;
+  for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
+    const auto i = static_cast<std::size_t>(p);
+    evidence[i].settings.polarity = p;
+    const std::size_t n = countOf(seeds, p);
+    // A known polarity needs no sample.
+    const std::size_t stride = settings.polarity ? 1 : std::max<std::size_t>(1, n / SAMPLED);
+    if (n == 0) continue;
+    selections[i] =
+        selected(candidatesOf(s.levels, seeds, p, range, stride), settings.radius,
+                 std::min(minScore, OBJECT_SCORE));
+    isWhole[i] = stride == 1;
+    evidence[i] = evidenceOf(selections[i], p);
+  }
+  s.estimate = estimateOf(evidence[0], evidence[1]);
+  const auto chosen = static_cast<std::size_t>(s.estimate.polarity);
+  s.selection = std::move(selections[chosen]);
+  if (!isWhole[chosen]) {
+    s.selection = selected(candidatesOf(s.levels, seeds, s.estimate.polarity, range, 1),
+                           settings.radius, minScore);
+  }
+  return s;
+}
+
+Object objectOf(const Candidate& c) {
+  return {c.x, c.y, c.radius, static_cast<float>(scoreOf(c.logit)),
+          static_cast<float>(c.measures[COVERAGE])};
+}
+
+}  // namespace
+
+SettingsEstimate estimateSettings(const Image& img) {
+  return search(img, FindSettings{}, OBJECT_SCORE).estimate;
+}
+
+FindResult findObjects(const Image& img, const FindSettings& settings) {
+  requireInRange(settings);
+  const Search s = search(img, settings, settings.minScore);
+  FindResult result;
+  result.used = s.estimate;
+  if (settings.radius) result.used.radius = *settings.radius;
+  for (const std::size_t k : s.selection.kept) {
+    result.objects.push_back(objectOf(refined(s.levels, s.selection.candidates[k])));
+  }
+  return result;
+}
+
+}  // namespace orva::detect

@@ -1,0 +1,155 @@
+#include "orva/detect/outline.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "orva/detect/sampling.h"
+
+namespace orva::detect {
+namespace {
+
+constexpr float OUTSIDE_REWARD = 0.3F;  // of a crossing outside the image
+constexpr float STEP_COST_1 = 0.04F;    // of a radius one sample up or down from ray to ray
+constexpr float STEP_COST_2 = 0.12F;    // of two
+constexpr float EDGE_WIDTH = 2.5F;      // gray step of an edge per peak of its gradient
+constexpr int MIN_RAYS = 10;
+constexpr float NEVER = -1e30F;
+
+using Samples = std::array<float, RADII>;
+
+// What the rays around a place show.
+struct Profiles {
+  std::array<Samples, RAYS> edge;
+  std::array<Samples, RAYS> ascent;
+  std::array<Samples, RAYS> reward;
+  std::array<int, RAYS> visible;  // samples from the start that lie in the image
+  std::array<float, RAYS> strongest;
+};
+
+// Samples the gradients. False where an outline is impossible.
+bool sample(const ScaleLevel& level, float sign, float x, float y, const Samples& radii,
+            Profiles& p) {
+  std::array<float, RAYS> peaks{};
+  int n = 0;
+  for (std::size_t t = 0; t < RAYS; ++t) {
+    const Direction& d = DIRECTIONS[t];
+    p.strongest[t] = 0;
+    p.visible[t] = 0;
+    p.edge[t].fill(0.0F);
+    for (std::size_t k = 0; k < RADII; ++k) {
+      const float px = x + radii[k] * d.x;
+      const float py = y + radii[k] * d.y;
+      if (!isInside(level, px, py)) break;
+      ++p.visible[t];
+      const Gradient g = gradientAt(level, px, py);
+      const float edge = -sign * (g.x * d.x + g.y * d.y);
+      p.edge[t][k] = edge;
+      p.strongest[t] = std::max(p.strongest[t], edge);
+    }
+    if (p.visible[t] > 3) peaks[static_cast<std::size_t>(n++)] = p.strongest[t];
+  }
+  if (n < MIN_RAYS) return false;
+  std::nth_element(peaks.begin(), peaks.begin() + n / 2, peaks.begin() + n);
+  const float typical = peaks[static_cast<std::size_t>(n / 2)];
+  if (!(typical > 0)) return false;
+  for (std::size_t t = 0; t < RAYS; ++t) {
+    float ascent = 0;
+    float before = 0;
+    for (std::size_t k = 0; k < RADII; ++k) {
+      const float edge = p.edge[t][k];
+      if (edge < 0) ascent -= edge * (radii[k] - before);
+      before = radii[k];
+      p.ascent[t][k] = ascent / (EDGE_WIDTH * typical);
+      const float e = edge / typical;
+      const float gain = e > 0 ? 1.5F * e / (e + 0.5F) : e;
+      const bool isVisible = static_cast<int>(k) < p.visible[t];
+      p.reward[t][k] = (isVisible ? gain : OUTSIDE_REWARD) - p.ascent[t][k];
+    }
+  }
+  return true;
+}
+
+// The samples of the best closed path, one a ray.
+std::array<int, RAYS> bestPath(const std::array<Samples, RAYS>& reward) {
+  constexpr std::size_t TURNS = 2 * RAYS;
+  constexpr std::size_t PAD = 2;
+  std::array<std::array<std::int8_t, RADII>, TURNS> from{};
+  std::array<float, RADII + 2 * PAD> sums{};
+  sums.fill(NEVER);
+  std::copy(reward[0].begin(), reward[0].end(), sums.begin() + PAD);
+  Samples next{};
+  for (std::size_t t = 1; t < TURNS; ++t) {
+    const Samples& gain = reward[t % RAYS];
+    for (std::size_t k = 0; k < RADII; ++k) {
+      const float* at = sums.data() + k + PAD;
+      float best = at[0];
+      std::int8_t move = 0;
+      const auto consider = [&](int step, float cost) {
+        const float v = at[step] - cost;
+        move = v > best ? static_cast<std::int8_t>(step) : move;
+        best = v > best ? v : best;
+      };
+      consider(-1, STEP_COST_1);
+      consider(1, STEP_COST_1);
+      consider(-2, STEP_COST_2);
+      consider(2, STEP_COST_2);
+      next[k] = best + gain[k];
+      from[t][k] = move;
+    }
+    std::copy(next.begin(), next.end(), sums.begin() + PAD);
+  }
+  int k = static_cast<int>(std::max_element(next.begin(), next.end()) - next.begin());
+  std::array<int, RAYS> path{};
+  for (std::size_t t = TURNS - 1; t >= RAYS / 2; --t) {
+    if (t < RAYS + RAYS / 2) path[t % RAYS] = k;
+    k += from[t][static_cast<std::size_t>(k)];
+  }
+  return path;
+}
+
+// The radius of the strongest edge between samples: the vertex of the parabola through three.
+float betweenSamples(const Samples& edge, int k, int visible, float radius) {
+  if (k < 1 || k + 1 >= visible) return radius;
+  const float before = edge[static_cast<std::size_t>(k - 1)];
+  const float at = edge[static_cast<std::size_t>(k)];
+  const float after = edge[static_cast<std::size_t>(k + 1)];
+  const float bend = (before - 2 * at) + after;
+  if (!(bend < 0) || at < before || at < after) return radius;
+  const float offset = std::clamp(0.5F * (before - after) / bend, -0.5F, 0.5F);
+  return radius * (1 + offset * (RADIUS_RATIO - 1));
+}
+
+}  // namespace
+
+std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, float x, float y,
+                                   Band band) {
+  const Samples radii = radiiOf(band);
+  Profiles p;
+  const float sign = polarity == Polarity::Bright ? 1.0F : -1.0F;
+  if (!sample(level, sign, x, y, radii, p)) return std::nullopt;
+  const std::array<int, RAYS> path = bestPath(p.reward);
+  Outline o{x, y, {}, 0.0F};
+  for (std::size_t t = 0; t < RAYS; ++t) {
+    const int step = path[t];
+    const auto k = static_cast<std::size_t>(step);
+    RayEdge& ray = o.rays[t];
+    ray.radius = betweenSamples(p.edge[t], step, p.visible[t], radii[k]);
+    ray.step = step;
+    ray.isVisible = step < p.visible[t];
+    ray.edge = p.edge[t][k];
+    ray.strongest = p.strongest[t];
+    ray.ascent = p.ascent[t][k];
+    ray.alignment = 0.0F;
+    if (ray.isVisible) {
+      const Gradient g = gradientAt(level, x + ray.radius * DIRECTIONS[t].x,
+                                    y + ray.radius * DIRECTIONS[t].y);
+      ray.alignment = ray.edge / std::max(1e-9F, std::sqrt(g.x * g.x + g.y * g.y));
+    }
+    o.value += p.reward[t][k] / RAYS;
+  }
+  return o;
+}
+
+}  // namespace orva::detect
