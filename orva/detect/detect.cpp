@@ -67,14 +67,14 @@ Evidence evidenceOf(const Selection& s, Polarity polarity) {
     const double score = scoreOf(s.candidates[k].logit);
     e.sum += score * s.candidates[k].radius;
     all += score;
-    radii.emplace_back(s.candidates[k].radius, score);
+    radii.emplace_back(s.candidates[k].radius, score * s.candidates[k].radius);
   }
   e.meanScore = all / static_cast<double>(s.kept.size());
   std::sort(radii.begin(), radii.end());
   double sum = 0;
-  for (const auto& [radius, score] : radii) {
-    sum += score;
-    if (sum >= all / 2) {
+  for (const auto& [radius, weight] : radii) {
+    sum += weight;
+    if (sum >= e.sum / 2) {
       e.settings.radius = radius;
       break;
     }

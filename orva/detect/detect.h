@@ -46,7 +46,7 @@ struct FindSettings {
   std::optional<float> minRadius;    ///< smaller objects are left out; in pixels, at least 0
   std::optional<float> maxRadius;    ///< larger objects are left out; at least minRadius
   std::optional<Polarity> polarity;  ///< which objects are looked for
-  float minScore = 0.25F;            ///< objects of lower score are left out, 0 to 1
+  float minScore = 0.5F;            ///< objects of lower score are left out, 0 to 1
 };
 
 /// An object. Pixel centers are at whole numbers.
