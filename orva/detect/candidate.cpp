@@ -14,6 +14,7 @@ namespace {
 
 constexpr int MIN_VISIBLE = 10;           // rays
 constexpr float MIN_COVERAGE = 0.6F;
+constexpr double MIN_DIRECTION_SPREAD = 0.12;
 constexpr float EDGE_OF_MEDIAN = 0.35F;   // a ray has an edge from this share of the median on
 constexpr double MIN_SOLIDITY = 0.75;
 constexpr double MIN_CONTRAST_TO_SPREAD = 0.15;
@@ -141,6 +142,23 @@ double longestGap(const Outline& o, double median) {
   return static_cast<double>(std::min(longest, RAYS)) / RAYS;
 }
 
+// 1 less the length of the mean of the gradients' unit vectors at twice their angle.
+double directionSpread(const Outline& o) {
+  double cosines = 0;
+  double sines = 0;
+  int n = 0;
+  for (const RayEdge& ray : o.rays) {
+    const double x = ray.gradient.x;
+    const double y = ray.gradient.y;
+    const double squared = x * x + y * y;
+    if (!(squared > 0)) continue;
+    cosines += (x * x - y * y) / squared;
+    sines += 2 * x * y / squared;
+    ++n;
+  }
+  return n == 0 ? 0 : 1 - std::sqrt(cosines * cosines + sines * sines) / n;
+}
+
 bool isOfLevel(double radius, int level, std::size_t levels) {
   const bool isTop = static_cast<std::size_t>(level) + 1 == levels;
   return radius >= (level == 0 ? MIN_RADIUS : MIN_RADIUS_REDUCED) &&
@@ -150,16 +168,21 @@ bool isOfLevel(double radius, int level, std::size_t levels) {
 }  // namespace
 
 std::optional<Candidate> measured(const std::vector<ScaleLevel>& levels, int index, Band band,
-                                  Polarity polarity, const Outline& o) {
+                                  Polarity polarity, const Outline& o,
+                                  LevelCheck check) {
   const ScaleLevel& level = levels[static_cast<std::size_t>(index)];
   const EdgeSummary e = summarize(o);
   if (e.visible < MIN_VISIBLE || !(e.median > 0)) return std::nullopt;
   Candidate c;
   std::array<double, MEASURES>& m = c.measures;
   addRayMeasures(o, e, m);
-  if (m[COVERAGE] < MIN_COVERAGE) return std::nullopt;
+  m[DIRECTION_SPREAD] = directionSpread(o);
+  if (m[COVERAGE] < MIN_COVERAGE || m[DIRECTION_SPREAD] < MIN_DIRECTION_SPREAD) {
+    return std::nullopt;
+  }
   const PolygonShape shape = shapeOf(level, o);
-  if (!isOfLevel(shape.radius, index, levels.size()) || shape.solidity <= MIN_SOLIDITY) {
+  if (shape.area <= 0 || shape.solidity <= MIN_SOLIDITY) return std::nullopt;
+  if (check == LevelCheck::On && !isOfLevel(shape.radius, index, levels.size())) {
     return std::nullopt;
   }
   const Brightness b = brightnessOf(level, polarity == Polarity::Bright ? 1.0 : -1.0, o);

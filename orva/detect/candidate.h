@@ -38,6 +38,8 @@ enum Measure : int {
   OUTER_SPREAD,       // distance of the quartiles outside, in contrasts
   PATH_VALUE,         // what the search for the outline maximized
   LONGEST_GAP,        // longest run of visible rays without an edge, as a share of all rays
+  DIRECTION_SPREAD,   // 0 where all gradients along the outline share one axis (stripes), 1 where
+                      // they point everywhere
   MEASURES            // their number
 };
 
@@ -60,9 +62,13 @@ struct Candidate {
   double logit = 0.0;  // score before the logistic function
 };
 
+// Whether an outline whose radius another level finds better is left out.
+enum class LevelCheck { On, Off };
+
 // Measures the outline; none where it has no edge on most rays, no contrast or no compact shape.
 std::optional<Candidate> measured(const std::vector<ScaleLevel>& levels, int level, Band band,
-                                  Polarity polarity, const Outline& outline);
+                                  Polarity polarity, const Outline& outline,
+                                  LevelCheck check = LevelCheck::On);
 
 }  // namespace orva::detect
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "orva/detect/overlap.h"
 #include "orva/detect/search.h"
 
 namespace orva::detect {
@@ -15,6 +16,7 @@ namespace {
 
 constexpr double OBJECT_SCORE = 0.5;   // from which on a candidate is evidence
 constexpr std::size_t SAMPLED = 600;  // seeds per polarity that the estimate looks at
+constexpr double LOWEST_LOGIT = -1000;
 constexpr float TOLD_RANGE = 2.0F;     // radii around a given one, as a factor
 
 void require(bool holds, const char* what) {
@@ -63,13 +65,17 @@ Evidence evidenceOf(const Selection& s, Polarity polarity) {
   if (s.kept.empty()) return e;
   std::vector<std::pair<float, double>> radii;
   double all = 0;
+  std::size_t n = 0;
   for (const std::size_t k : s.kept) {
     const double score = scoreOf(s.candidates[k].logit);
+    if (score < OBJECT_SCORE) break;
+    ++n;
     e.sum += score * s.candidates[k].radius;
     all += score;
     radii.emplace_back(s.candidates[k].radius, score * s.candidates[k].radius);
   }
-  e.meanScore = all / static_cast<double>(s.kept.size());
+  if (n == 0) return e;
+  e.meanScore = all / static_cast<double>(n);
   std::sort(radii.begin(), radii.end());
   double sum = 0;
   for (const auto& [radius, weight] : radii) {
@@ -103,11 +109,12 @@ struct Search {
   Selection selection;  // of the polarity chosen
 };
 
-Search search(const Image& img, const FindSettings& settings, double minScore) {
+Search search(const Image& img, const FindSettings& settings) {
   Search s;
   s.levels = scaleLevels(img);
   if (s.levels.empty()) return s;
   const RadiusRange range = rangeOf(settings);
+  const double lowest = std::min<double>(settings.minScore, OBJECT_SCORE);
   const std::vector<LevelSeeds> seeds = seedsOf(s.levels, range, settings.polarity);
   std::array<Evidence, 2> evidence;
   std::array<bool, 2> isWhole{};
@@ -121,17 +128,19 @@ Search search(const Image& img, const FindSettings& settings, double minScore) {
     if (n == 0) continue;
     selections[i] =
         selected(candidatesOf(s.levels, seeds, p, range, stride), settings.radius,
-                 std::min(minScore, OBJECT_SCORE));
+                 lowest);
     isWhole[i] = stride == 1;
     evidence[i] = evidenceOf(selections[i], p);
   }
   s.estimate = estimateOf(evidence[0], evidence[1]);
-  const auto chosen = static_cast<std::size_t>(s.estimate.polarity);
+  const Polarity polarity = settings.polarity.value_or(s.estimate.polarity);
+  const auto chosen = static_cast<std::size_t>(polarity);
   s.selection = std::move(selections[chosen]);
   if (!isWhole[chosen]) {
-    s.selection = selected(candidatesOf(s.levels, seeds, s.estimate.polarity, range, 1),
-                           settings.radius, minScore);
+    s.selection = selected(candidatesOf(s.levels, seeds, polarity, range, 1),
+                           settings.radius, lowest);
   }
+  if (settings.polarity) s.estimate.polarity = *settings.polarity;
   return s;
 }
 
@@ -143,17 +152,24 @@ Object objectOf(const Candidate& c) {
 }  // namespace
 
 SettingsEstimate estimateSettings(const Image& img) {
-  return search(img, FindSettings{}, OBJECT_SCORE).estimate;
+  return search(img, FindSettings{}).estimate;
 }
 
 FindResult findObjects(const Image& img, const FindSettings& settings) {
   requireInRange(settings);
-  const Search s = search(img, settings, settings.minScore);
+  const Search s = search(img, settings);
   FindResult result;
   result.used = s.estimate;
   if (settings.radius) result.used.radius = *settings.radius;
+  // Outlines that meet only when they are refined are one object, too.
+  std::vector<Candidate> objects;
   for (const std::size_t k : s.selection.kept) {
-    result.objects.push_back(objectOf(refined(s.levels, s.selection.candidates[k])));
+    const Candidate& c = s.selection.candidates[k];
+    if (scoreOf(c.logit) < settings.minScore) break;
+    objects.push_back(refined(s.levels, c));
+  }
+  for (const std::size_t k : withoutOverlaps(objects, LOWEST_LOGIT)) {
+    result.objects.push_back(objectOf(objects[k]));
   }
   return result;
 }

@@ -142,9 +142,11 @@ std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, f
     ray.strongest = p.strongest[t];
     ray.ascent = p.ascent[t][k];
     ray.alignment = 0.0F;
+    ray.gradient = {0.0F, 0.0F};
     if (ray.isVisible) {
       const Gradient g = gradientAt(level, x + ray.radius * DIRECTIONS[t].x,
                                     y + ray.radius * DIRECTIONS[t].y);
+      ray.gradient = g;
       ray.alignment = ray.edge / std::max(1e-9F, std::sqrt(g.x * g.x + g.y * g.y));
     }
     o.value += p.reward[t][k] / RAYS;

@@ -19,6 +19,7 @@ struct RayEdge {
   float strongest;  // the largest along the ray
   float ascent;     // return to the object's own brightness before the crossing, 1 = a whole edge
   float alignment;  // cosine between gradient and ray at the crossing
+  Gradient gradient;  // there
 };
 
 // A star-shaped outline around (x, y), in pixels of its level.

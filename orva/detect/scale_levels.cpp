@@ -12,7 +12,7 @@ namespace orva::detect {
 namespace {
 
 constexpr float BRIGHTEST = 255.0F;
-constexpr float MIN_NOISE = 1e-4F;
+constexpr float MIN_NOISE = 0.1F;  // so that rounding does not pass for structure
 // Standard deviation of a Gaussian derivative at sigma 1 of unit white noise: 1 / sqrt(8 pi).
 constexpr float GRADIENT_PER_NOISE = 0.2F;
 

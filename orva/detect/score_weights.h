@@ -15,7 +15,7 @@ struct TermWeight {
 
 // Of the measures alone.
 inline constexpr double ALONE_BIAS = -7.24493917;
-inline constexpr std::array<TermWeight, 25> ALONE_WEIGHTS{{
+inline constexpr std::array<TermWeight, 26> ALONE_WEIGHTS{{
     {0.8125, 0.0852272727, 0.529471561},  // COVERAGE
     {2.4178257, 1.26237508, 0.501055718},  // EDGE_TO_NOISE
     {0.760100245, 0.247045396, 0.0578771846},  // EDGE_SHARE
@@ -45,7 +45,7 @@ inline constexpr std::array<TermWeight, 25> ALONE_WEIGHTS{{
 
 // Of the measures, the first logit and the differences to the context.
 inline constexpr double IN_CONTEXT_BIAS = -6.77117695;
-inline constexpr std::array<TermWeight, 32> IN_CONTEXT_WEIGHTS{{
+inline constexpr std::array<TermWeight, 33> IN_CONTEXT_WEIGHTS{{
     {0.8125, 0.0852272727, 0.458393099},  // COVERAGE
     {2.4178257, 1.26237508, 0.389590621},  // EDGE_TO_NOISE
     {0.760100245, 0.247045396, -0.123230994},  // EDGE_SHARE

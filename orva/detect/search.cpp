@@ -10,12 +10,47 @@ namespace orva::detect {
 namespace {
 
 constexpr double CONTEXT_SCORE = 0.5;  // from which on a candidate belongs to the context
-constexpr int REFINEMENTS = 2;
-constexpr float MAX_SHIFT = 0.3F;       // of the center in a refinement, in radii
-constexpr float MAX_GROWTH = 1.25F;     // of the radius
+constexpr int REFINEMENTS = 8;
+constexpr float CONVERGED = 0.02F;      // shift of the center, in pixels, that ends them
+constexpr float MAX_SHIFT = 0.6F;       // of the center in all of them, in radii
+constexpr float MAX_GROWTH = 1.4F;      // of the radius
+constexpr float REFINED_RADIUS = 16.0F;  // in pixels of the level
+constexpr float SMALL = 5.0F;            // radius of Band::Small, the same
+constexpr double OFF_CENTER_SEED = 0.15;  // from which on an outline is searched again
 // The radii that a level finds, in its pixels.
 constexpr float LEVEL_LOW = 4.5F;
 constexpr float LEVEL_HIGH = 17.0F;
+
+// The candidate's outline searched from its centroid at the size `level`.
+std::optional<Candidate> recentered(const std::vector<ScaleLevel>& levels, const Candidate& c,
+                                    int level) {
+  const ScaleLevel& at = levels[static_cast<std::size_t>(level)];
+  const float x = (c.x + 0.5F) / at.factor - 0.5F;
+  const float y = (c.y + 0.5F) / at.factor - 0.5F;
+  const Band band = c.radius < SMALL * at.factor ? Band::Small : Band::Usual;
+  const auto outline = bestOutline(at, c.polarity, x, y, band);
+  if (!outline) return std::nullopt;
+  return measured(levels, level, band, c.polarity, *outline, LevelCheck::Off);
+}
+
+// The finest level at which an object of this radius has REFINED_RADIUS pixels at most: a matter of
+// the object alone, so that turned images give turned results.
+int refinementLevel(const std::vector<ScaleLevel>& levels, float radius) {
+  int level = 0;
+  while (static_cast<std::size_t>(level) + 1 < levels.size() &&
+         radius > REFINED_RADIUS * levels[static_cast<std::size_t>(level)].factor) {
+    ++level;
+  }
+  return level;
+}
+
+bool isSame(const Candidate& next, const Candidate& candidate) {
+  const float dx = next.x - candidate.x;
+  const float dy = next.y - candidate.y;
+  const float limit = MAX_SHIFT * candidate.radius;
+  return dx * dx + dy * dy <= limit * limit && next.radius <= MAX_GROWTH * candidate.radius &&
+         candidate.radius <= MAX_GROWTH * next.radius;
+}
 
 bool mayHold(const std::vector<ScaleLevel>& levels, std::size_t index, const RadiusRange& range) {
   const float factor = levels[index].factor;
@@ -72,6 +107,12 @@ std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
       if (c && range.contains(c->radius)) found.push_back(*c);
     }
   }
+  found = withoutDuplicates(std::move(found));
+  for (Candidate& c : found) {
+    if (c.measures[OFF_CENTER] < OFF_CENTER_SEED) continue;
+    const auto next = recentered(levels, c, c.level);
+    if (next && isSame(*next, c) && range.contains(next->radius)) c = *next;
+  }
   return withoutDuplicates(std::move(found));
 }
 
@@ -90,26 +131,15 @@ Selection selected(std::vector<Candidate> candidates, std::optional<float> radiu
 }
 
 Candidate refined(const std::vector<ScaleLevel>& levels, const Candidate& candidate) {
-  const ScaleLevel& level = levels[static_cast<std::size_t>(candidate.level)];
   Candidate best = candidate;
   for (int i = 0; i < REFINEMENTS; ++i) {
-    const float x = (best.x + 0.5F) / level.factor - 0.5F;
-    const float y = (best.y + 0.5F) / level.factor - 0.5F;
-    const auto outline = bestOutline(level, candidate.polarity, x, y, candidate.band);
-    if (!outline) break;
-    const auto next =
-        measured(levels, candidate.level, candidate.band, candidate.polarity, *outline);
-    if (!next) break;
-    const float dx = next->x - candidate.x;
-    const float dy = next->y - candidate.y;
-    const float limit = MAX_SHIFT * candidate.radius;
-    const bool isSame = dx * dx + dy * dy <= limit * limit &&
-                        next->radius <= MAX_GROWTH * candidate.radius &&
-                        candidate.radius <= MAX_GROWTH * next->radius;
-    if (!isSame) break;
-    const double logit = best.logit;
+    const auto next = recentered(levels, best, refinementLevel(levels, best.radius));
+    if (!next || !isSame(*next, candidate)) break;
+    const float dx = next->x - best.x;
+    const float dy = next->y - best.y;
     best = *next;
-    best.logit = logit;
+    best.logit = candidate.logit;
+    if (dx * dx + dy * dy < CONVERGED * CONVERGED) break;
   }
   return best;
 }

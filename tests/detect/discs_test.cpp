@@ -82,6 +82,8 @@ TEST(Discs, ObjectsTurnWithTheImage) {
   addNoise(img, 6.0, 3);
   const int nx = img.nx();
   const int ny = img.ny();
+  const float right = static_cast<float>(nx - 1);
+  const float bottom = static_cast<float>(ny - 1);
   image<float> half(nx, ny, 1, 1, 1);
   image<float> quarter(ny, nx, 1, 1, 1);
   for (int y = 0; y < ny; ++y) {
@@ -97,10 +99,10 @@ TEST(Discs, ObjectsTurnWithTheImage) {
   ASSERT_GE(upright.size(), discs.size() * 95 / 100);
   std::size_t same = 0;
   for (const Object& o : upright) {
-    const Object* h = nearest(turnedHalf, nx - 1 - o.x, ny - 1 - o.y);
-    const Object* q = nearest(turnedQuarter, ny - 1 - o.y, o.x);
-    if (h != nullptr && std::hypot(h->x - (nx - 1 - o.x), h->y - (ny - 1 - o.y)) <= 0.25) ++same;
-    if (q != nullptr && std::hypot(q->x - (ny - 1 - o.y), q->y - o.x) <= 0.25) ++same;
+    const Object* h = nearest(turnedHalf, right - o.x, bottom - o.y);
+    const Object* q = nearest(turnedQuarter, bottom - o.y, o.x);
+    if (h != nullptr && std::hypot(h->x - (right - o.x), h->y - (bottom - o.y)) <= 0.25) ++same;
+    if (q != nullptr && std::hypot(q->x - (bottom - o.y), q->y - o.x) <= 0.25) ++same;
   }
   EXPECT_GE(same, upright.size() * 2 * 98 / 100);
 }
