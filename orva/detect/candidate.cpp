@@ -12,18 +12,18 @@
 namespace orva::detect {
 namespace {
 
-constexpr int MIN_VISIBLE = 10;           // rays
+constexpr int MIN_VISIBLE = 10;  // rays
 constexpr float MIN_COVERAGE = 0.6F;
 constexpr double MIN_DIRECTION_SPREAD = 0.12;
-constexpr float EDGE_OF_MEDIAN = 0.35F;   // a ray has an edge from this share of the median on
+constexpr float EDGE_OF_MEDIAN = 0.35F;  // a ray has an edge from this share of the median on
 constexpr double MIN_SOLIDITY = 0.75;
 constexpr double MIN_CONTRAST_TO_SPREAD = 0.15;
-constexpr float MIN_RADIUS = 1.8F;        // in pixels of the level
+constexpr float MIN_RADIUS = 1.8F;  // in pixels of the level
 constexpr float MAX_RADIUS = 17.0F;
 // Larger levels find smaller objects better and smaller ones larger objects.
 constexpr float MAX_RADIUS_BELOW_TOP = 14.0F;
 constexpr float MIN_RADIUS_REDUCED = 4.5F;
-constexpr float MIN_OUTER = 0.6F;         // distance of the samples outside, in pixels
+constexpr float MIN_OUTER = 0.6F;  // distance of the samples outside, in pixels
 
 double safeLog(double v, double low) { return naturalLog(std::max(v, low)); }
 
@@ -63,7 +63,7 @@ struct Brightness {
   int outsideRays = 0;
   double inside = 0;
   double outside = 0;
-  double spread = 0;                  // standard deviation inside
+  double spread = 0;                 // standard deviation inside
   std::array<double, RAYS> outer{};  // means of the rays outside, in ascending order
 };
 
@@ -168,8 +168,7 @@ bool isOfLevel(double radius, int level, std::size_t levels) {
 }  // namespace
 
 std::optional<Candidate> measured(const std::vector<ScaleLevel>& levels, int index, Band band,
-                                  Polarity polarity, const Outline& o,
-                                  LevelCheck check) {
+                                  Polarity polarity, const Outline& o, LevelCheck check) {
   const ScaleLevel& level = levels[static_cast<std::size_t>(index)];
   const EdgeSummary e = summarize(o);
   if (e.visible < MIN_VISIBLE || !(e.median > 0)) return std::nullopt;

@@ -14,10 +14,10 @@
 namespace orva::detect {
 namespace {
 
-constexpr double OBJECT_SCORE = 0.5;   // from which on a candidate is evidence
+constexpr double OBJECT_SCORE = 0.5;  // from which on a candidate is evidence
 constexpr std::size_t SAMPLED = 600;  // seeds per polarity that the estimate looks at
 constexpr double LOWEST_LOGIT = -1000;
-constexpr float TOLD_RANGE = 2.0F;     // radii around a given one, as a factor
+constexpr float TOLD_RANGE = 2.0F;  // radii around a given one, as a factor
 
 void require(bool holds, const char* what) {
   if (!holds) throw std::invalid_argument(std::string("orva::detect::FindSettings: ") + what);
@@ -127,8 +127,7 @@ Search search(const Image& img, const FindSettings& settings) {
     const std::size_t stride = settings.polarity ? 1 : std::max<std::size_t>(1, n / SAMPLED);
     if (n == 0) continue;
     selections[i] =
-        selected(candidatesOf(s.levels, seeds, p, range, stride), settings.radius,
-                 lowest);
+        selected(candidatesOf(s.levels, seeds, p, range, stride), settings.radius, lowest);
     isWhole[i] = stride == 1;
     evidence[i] = evidenceOf(selections[i], p);
   }
@@ -137,8 +136,8 @@ Search search(const Image& img, const FindSettings& settings) {
   const auto chosen = static_cast<std::size_t>(polarity);
   s.selection = std::move(selections[chosen]);
   if (!isWhole[chosen]) {
-    s.selection = selected(candidatesOf(s.levels, seeds, polarity, range, 1),
-                           settings.radius, lowest);
+    s.selection =
+        selected(candidatesOf(s.levels, seeds, polarity, range, 1), settings.radius, lowest);
   }
   if (settings.polarity) s.estimate.polarity = *settings.polarity;
   return s;
@@ -151,9 +150,7 @@ Object objectOf(const Candidate& c) {
 
 }  // namespace
 
-SettingsEstimate estimateSettings(const Image& img) {
-  return search(img, FindSettings{}).estimate;
-}
+SettingsEstimate estimateSettings(const Image& img) { return search(img, FindSettings{}).estimate; }
 
 FindResult findObjects(const Image& img, const FindSettings& settings) {
   requireInRange(settings);

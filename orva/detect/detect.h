@@ -29,9 +29,9 @@ enum class Polarity { Bright, Dark };
 
 /// What an image appears to hold.
 struct Settings {
-  float radius = 0.0F;                  ///< typical radius of the objects in pixels; 0 for none
+  float radius = 0.0F;                   ///< typical radius of the objects in pixels; 0 for none
   Polarity polarity = Polarity::Bright;  ///< which objects there are
-  float confidence = 0.0F;              ///< 0 (nothing was found) to 1
+  float confidence = 0.0F;               ///< 0 (nothing was found) to 1
 };
 
 /// What estimateSettings() returns.
@@ -46,7 +46,7 @@ struct FindSettings {
   std::optional<float> minRadius;    ///< smaller objects are left out; in pixels, at least 0
   std::optional<float> maxRadius;    ///< larger objects are left out; at least minRadius
   std::optional<Polarity> polarity;  ///< which objects are looked for
-  float minScore = 0.5F;            ///< objects of lower score are left out, 0 to 1
+  float minScore = 0.5F;             ///< objects of lower score are left out, 0 to 1
 };
 
 /// An object. Pixel centers are at whole numbers.

@@ -109,15 +109,18 @@ std::array<int, RAYS> bestPath(const std::array<Samples, RAYS>& reward) {
   return path;
 }
 
-// The radius of the strongest edge between samples: the vertex of the parabola through three.
-float betweenSamples(const Samples& edge, int k, int visible, float radius) {
+// The radius of the strongest edge within a sample of `k`: the vertex of the parabola through three
+// samples.
+float betweenSamples(const Samples& edges, int k, int visible, const Samples& radii) {
+  const auto edge = [&](int i) { return edges[static_cast<std::size_t>(i)]; };
+  const int path = k;
+  if (path > 0 && path < visible && edge(path - 1) > edge(k)) k = path - 1;
+  if (path + 1 < visible && edge(path + 1) > edge(k)) k = path + 1;
+  const float radius = radii[static_cast<std::size_t>(k)];
   if (k < 1 || k + 1 >= visible) return radius;
-  const float before = edge[static_cast<std::size_t>(k - 1)];
-  const float at = edge[static_cast<std::size_t>(k)];
-  const float after = edge[static_cast<std::size_t>(k + 1)];
-  const float bend = (before - 2 * at) + after;
-  if (!(bend < 0) || at < before || at < after) return radius;
-  const float offset = std::clamp(0.5F * (before - after) / bend, -0.5F, 0.5F);
+  const float bend = (edge(k - 1) - 2 * edge(k)) + edge(k + 1);
+  if (!(bend < 0) || edge(k) < edge(k - 1) || edge(k) < edge(k + 1)) return radius;
+  const float offset = std::clamp(0.5F * (edge(k - 1) - edge(k + 1)) / bend, -0.5F, 0.5F);
   return radius * (1 + offset * (RADIUS_RATIO - 1));
 }
 
@@ -135,7 +138,7 @@ std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, f
     const int step = path[t];
     const auto k = static_cast<std::size_t>(step);
     RayEdge& ray = o.rays[t];
-    ray.radius = betweenSamples(p.edge[t], step, p.visible[t], radii[k]);
+    ray.radius = betweenSamples(p.edge[t], step, p.visible[t], radii);
     ray.step = step;
     ray.isVisible = step < p.visible[t];
     ray.edge = p.edge[t][k];
@@ -144,8 +147,8 @@ std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, f
     ray.alignment = 0.0F;
     ray.gradient = {0.0F, 0.0F};
     if (ray.isVisible) {
-      const Gradient g = gradientAt(level, x + ray.radius * DIRECTIONS[t].x,
-                                    y + ray.radius * DIRECTIONS[t].y);
+      const Gradient g =
+          gradientAt(level, x + ray.radius * DIRECTIONS[t].x, y + ray.radius * DIRECTIONS[t].y);
       ray.gradient = g;
       ray.alignment = ray.edge / std::max(1e-9F, std::sqrt(g.x * g.x + g.y * g.y));
     }

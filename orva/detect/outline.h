@@ -12,13 +12,13 @@ namespace orva::detect {
 
 // Where the outline crosses one ray, and what the ray shows.
 struct RayEdge {
-  float radius;     // of the crossing, between samples
-  int step;         // index of the sampled radius
-  bool isVisible;   // whether the crossing is inside the image
-  float edge;       // gradient against the ray at the crossing (along it for dark objects)
-  float strongest;  // the largest along the ray
-  float ascent;     // return to the object's own brightness before the crossing, 1 = a whole edge
-  float alignment;  // cosine between gradient and ray at the crossing
+  float radius;       // of the crossing, between samples
+  int step;           // index of the sampled radius
+  bool isVisible;     // whether the crossing is inside the image
+  float edge;         // gradient against the ray at the crossing (along it for dark objects)
+  float strongest;    // the largest along the ray
+  float ascent;       // return to the object's own brightness before the crossing, 1 = a whole edge
+  float alignment;    // cosine between gradient and ray at the crossing
   Gradient gradient;  // there
 };
 

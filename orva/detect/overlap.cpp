@@ -10,7 +10,7 @@
 namespace orva::detect {
 namespace {
 
-constexpr float MAX_OVERLAP = 0.3F;  // of the area of either
+constexpr float MAX_OVERLAP = 0.3F;   // of the area of either
 constexpr float SAME_CENTER = 0.15F;  // distance as a share of the radius
 constexpr float SAME_RADIUS = 0.1F;
 constexpr float REACH = 1.1F;  // outlines whose centers are farther apart, in sums of their radii,
@@ -37,8 +37,7 @@ bool contains(const Candidate& c, float x, float y) {
   const float position = rayPosition(dx, dy);
   const auto whole = static_cast<std::size_t>(position);
   const float part = position - static_cast<float>(whole);
-  const float radius =
-      c.radii[whole % RAYS] * (1 - part) + c.radii[(whole + 1) % RAYS] * part;
+  const float radius = c.radii[whole % RAYS] * (1 - part) + c.radii[(whole + 1) % RAYS] * part;
   return dx * dx + dy * dy < radius * radius;
 }
 
@@ -158,9 +157,8 @@ std::vector<std::size_t> withoutOverlaps(const std::vector<Candidate>& candidate
   for (const std::size_t i : order) {
     const Candidate& c = candidates[i];
     if (!(c.logit >= minLogit)) break;
-    const bool isTaken =
-        grids.anyNear(c.x, c.y, REACH * c.radius, REACH,
-                      [&](std::size_t k) { return overlap(c, candidates[k]); });
+    const bool isTaken = grids.anyNear(c.x, c.y, REACH * c.radius, REACH,
+                                       [&](std::size_t k) { return overlap(c, candidates[k]); });
     if (isTaken) continue;
     grids.add(c, i);
     kept.push_back(i);

@@ -19,8 +19,7 @@ std::vector<Candidate> withoutDuplicates(std::vector<Candidate> candidates);
 // of at least `minLogit` is kept unless it overlaps one that is kept already. The indices of the
 // kept, in that order. Neighbors are looked up in a grid, so that the cost is proportional to the
 // candidates.
-std::vector<std::size_t> withoutOverlaps(const std::vector<Candidate>& candidates,
-                                         double minLogit);
+std::vector<std::size_t> withoutOverlaps(const std::vector<Candidate>& candidates, double minLogit);
 
 }  // namespace orva::detect
 

@@ -41,9 +41,8 @@ double cross(const Corner& origin, const Corner& a, const Corner& b) {
 
 // Area of the convex hull, by the monotone chain.
 double hullArea(Corners corners) {
-  std::sort(corners.begin(), corners.end(), [](const Corner& a, const Corner& b) {
-    return a.x != b.x ? a.x < b.x : a.y < b.y;
-  });
+  std::sort(corners.begin(), corners.end(),
+            [](const Corner& a, const Corner& b) { return a.x != b.x ? a.x < b.x : a.y < b.y; });
   std::array<Corner, 2 * RAYS> hull{};
   std::size_t n = 0;
   const auto add = [&](const Corner& c, std::size_t start) {

@@ -9,7 +9,7 @@ namespace orva::detect {
 // Measures of a polygon; lengths in pixels of its level.
 struct PolygonShape {
   double area;
-  double x;          // centroid, relative to the outline's place
+  double x;  // centroid, relative to the outline's place
   double y;
   double radius;     // of the disc of the same area
   double axisRatio;  // minor to major axis of the ellipse of the same second moments

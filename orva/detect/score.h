@@ -25,8 +25,7 @@ void scoreAlone(std::vector<Candidate>& candidates);
 // The weighted medians over the candidates `kept`; none when there are none. A radius that is given
 // stands in for the median.
 std::optional<Context> contextOf(const std::vector<Candidate>& candidates,
-                                 const std::vector<std::size_t>& kept,
-                                 std::optional<float> radius);
+                                 const std::vector<std::size_t>& kept, std::optional<float> radius);
 
 // Sets the logit of each candidate anew, from its measures, the logit that it has and its
 // differences to the context.

@@ -11,11 +11,11 @@ namespace {
 
 constexpr double CONTEXT_SCORE = 0.5;  // from which on a candidate belongs to the context
 constexpr int REFINEMENTS = 8;
-constexpr float CONVERGED = 0.02F;      // shift of the center, in pixels, that ends them
-constexpr float MAX_SHIFT = 0.6F;       // of the center in all of them, in radii
-constexpr float MAX_GROWTH = 1.4F;      // of the radius
-constexpr float REFINED_RADIUS = 16.0F;  // in pixels of the level
-constexpr float SMALL = 5.0F;            // radius of Band::Small, the same
+constexpr float CONVERGED = 0.02F;        // shift of the center, in pixels, that ends them
+constexpr float MAX_SHIFT = 0.6F;         // of the center in all of them, in radii
+constexpr float MAX_GROWTH = 1.4F;        // of the radius
+constexpr float REFINED_RADIUS = 16.0F;   // in pixels of the level
+constexpr float SMALL = 5.0F;             // radius of Band::Small, the same
 constexpr double OFF_CENTER_SEED = 0.15;  // from which on an outline is searched again
 // The radii that a level finds, in its pixels.
 constexpr float LEVEL_LOW = 4.5F;

@@ -38,13 +38,12 @@ std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
 // Scored candidates and those that are kept as objects.
 struct Selection {
   std::vector<Candidate> candidates;
-  std::vector<std::size_t> kept;      // highest score first
+  std::vector<std::size_t> kept;  // highest score first
   std::optional<Context> context;
 };
 
 // Scores the candidates alone, then in the context of those that are kept, and selects.
-Selection selected(std::vector<Candidate> candidates, std::optional<float> radius,
-                   double minScore);
+Selection selected(std::vector<Candidate> candidates, std::optional<float> radius, double minScore);
 
 // The object's outline searched again from its centroid, so that the result does not depend on the
 // seed; the candidate as it is where the search ends elsewhere.

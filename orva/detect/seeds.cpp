@@ -7,13 +7,13 @@
 namespace orva::detect {
 namespace {
 
-constexpr float MIN_SIGNAL = 3.0F;      // of an edge, in standard deviations of the gradient's noise
+constexpr float MIN_SIGNAL = 3.0F;  // of an edge, in standard deviations of the gradient's noise
 constexpr float MIN_MEAN_SHARE = 0.3F;  // of an edge, of the mean gradient
 constexpr float TAN_22_5 = 0.41421356F;
 
 // How the votes of a band are cast and read.
 struct BandShape {
-  int nearest;      // distances of the votes
+  int nearest;  // distances of the votes
   int farthest;
   int smoothing;    // how often the binomial filter smooths them
   int reach;        // a seed is the maximum within this many pixels

@@ -146,8 +146,8 @@ TEST(Discs, CutOnesAreFoundAtTheBorder) {
 }
 
 TEST(Discs, TouchingOnesStayApart) {
-  image<float> img = drawn(220, 120, {disc(50, 60, 14), disc(79, 60, 14), disc(150, 50, 14),
-                                      disc(170, 70, 14)});
+  image<float> img =
+      drawn(220, 120, {disc(50, 60, 14), disc(79, 60, 14), disc(150, 50, 14), disc(170, 70, 14)});
   addNoise(img, 4.0, 6);
   EXPECT_EQ(found(img).size(), 4U);
 }

@@ -21,9 +21,10 @@ using detect::Object;
 using detect::Polarity;
 
 image<float> scene(double gray = 100.0) {
-  image<float> img =
-      drawn(200, 160, {disc(40, 40, 10, gray), disc(100, 50, 10, gray), disc(160, 100, 10, gray),
-                       disc(60, 110, 10, gray)}, 120.0);
+  image<float> img = drawn(200, 160,
+                           {disc(40, 40, 10, gray), disc(100, 50, 10, gray),
+                            disc(160, 100, 10, gray), disc(60, 110, 10, gray)},
+                           120.0);
   addNoise(img, 4.0, 8);
   return img;
 }
@@ -91,8 +92,8 @@ TEST(FindSettings, OutOfRangeIsRefused) {
 }
 
 TEST(FindSettings, RadiiKeepObjectsOfOtherSizesOut) {
-  image<float> img = drawn(260, 200, {disc(40, 40, 8), disc(40, 120, 8), disc(170, 100, 40),
-                                      disc(90, 40, 8)});
+  image<float> img =
+      drawn(260, 200, {disc(40, 40, 8), disc(40, 120, 8), disc(170, 100, 40), disc(90, 40, 8)});
   addNoise(img, 4.0, 1);
   const auto count = [&](auto&& change) {
     FindSettings s;
