@@ -71,32 +71,33 @@ bool sample(const ScaleLevel& level, float sign, float x, float y, const Samples
   return true;
 }
 
-// The samples of the best closed path, one a ray.
+// The samples of the best closed path, one a ray. The inner loop has no branches and one width of
+// numbers, so that the compiler makes it a loop over vectors.
 std::array<int, RAYS> bestPath(const std::array<Samples, RAYS>& reward) {
   constexpr std::size_t TURNS = 2 * RAYS;
   constexpr std::size_t PAD = 2;
-  std::array<std::array<std::int8_t, RADII>, TURNS> from{};
+  std::array<std::array<std::int32_t, RADII>, TURNS> from;
   std::array<float, RADII + 2 * PAD> sums{};
   sums.fill(NEVER);
   std::copy(reward[0].begin(), reward[0].end(), sums.begin() + PAD);
   Samples next{};
   for (std::size_t t = 1; t < TURNS; ++t) {
-    const Samples& gain = reward[t % RAYS];
+    const float* gain = reward[t % RAYS].data();
+    std::int32_t* moves = from[t].data();
     for (std::size_t k = 0; k < RADII; ++k) {
       const float* at = sums.data() + k + PAD;
       float best = at[0];
-      std::int8_t move = 0;
-      const auto consider = [&](int step, float cost) {
-        const float v = at[step] - cost;
-        move = v > best ? static_cast<std::int8_t>(step) : move;
+      std::int32_t move = 0;
+      const auto consider = [&](float v, std::int32_t step) {
+        move = v > best ? step : move;
         best = v > best ? v : best;
       };
-      consider(-1, STEP_COST_1);
-      consider(1, STEP_COST_1);
-      consider(-2, STEP_COST_2);
-      consider(2, STEP_COST_2);
+      consider(at[-1] - STEP_COST_1, -1);
+      consider(at[1] - STEP_COST_1, 1);
+      consider(at[-2] - STEP_COST_2, -2);
+      consider(at[2] - STEP_COST_2, 2);
       next[k] = best + gain[k];
-      from[t][k] = move;
+      moves[k] = move;
     }
     std::copy(next.begin(), next.end(), sums.begin() + PAD);
   }

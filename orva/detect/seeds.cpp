@@ -21,8 +21,8 @@ struct BandShape {
 };
 
 BandShape shapeOf(Band band) {
-  if (band == Band::Small) return {2, 6, 2, 1, 0.10F};
-  return {6, 12, 4, 2, 0.06F};
+  if (band == Band::Small) return {2, 6, 2, 1, 0.20F};
+  return {6, 12, 4, 2, 0.15F};
 }
 
 float magnitude(const Gradient& g) { return std::sqrt(g.x * g.x + g.y * g.y); }
