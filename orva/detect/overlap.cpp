@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
 #include <numeric>
-#include <utility>
+
+#include "orva/detect/octave_grids.h"
 
 namespace orva::detect {
 namespace {
@@ -40,50 +40,6 @@ bool contains(const Candidate& c, float x, float y) {
   const float radius = c.radii[whole % RAYS] * (1 - part) + c.radii[(whole + 1) % RAYS] * part;
   return dx * dx + dy * dy < radius * radius;
 }
-
-// Candidates by the square of the plane that their center lies in. There is a grid for each range
-// of radii from one power of two to the next, whose squares are as wide as these radii.
-class Grids {
- public:
-  void add(const Candidate& c, std::size_t index) {
-    const int octave = octaveOf(c.radius);
-    grids_[octave][square(c.x, c.y, octave)].push_back(index);
-  }
-
-  // Calls `use` with the index of each candidate whose center may lie within
-  // `a` + `b` * its radius of (x, y), until it returns true. Returns whether it did.
-  template <class Use>
-  bool anyNear(float x, float y, float a, float b, Use&& use) const {
-    for (const auto& [octave, squares] : grids_) {
-      const float reach = a + b * std::ldexp(1.0F, octave);
-      const auto [x0, y0] = square(x - reach, y - reach, octave);
-      const auto [x1, y1] = square(x + reach, y + reach, octave);
-      for (int j = y0; j <= y1; ++j) {
-        for (int i = x0; i <= x1; ++i) {
-          const auto found = squares.find({i, j});
-          if (found == squares.end()) continue;
-          for (const std::size_t k : found->second) {
-            if (use(k)) return true;
-          }
-        }
-      }
-    }
-    return false;
-  }
-
- private:
-  using Square = std::pair<int, int>;
-  static int octaveOf(float radius) {
-    int exponent = 0;
-    std::frexp(radius, &exponent);  // radius < 2^exponent
-    return exponent;
-  }
-  static Square square(float x, float y, int octave) {
-    const float side = std::ldexp(1.0F, octave);
-    return {static_cast<int>(std::floor(x / side)), static_cast<int>(std::floor(y / side))};
-  }
-  std::map<int, std::map<Square, std::vector<std::size_t>>> grids_;
-};
 
 bool isBefore(const Candidate& a, const Candidate& b) {
   if (a.y != b.y) return a.y < b.y;
@@ -128,7 +84,7 @@ std::vector<Candidate> withoutDuplicates(std::vector<Candidate> candidates) {
                      return va != vb ? va > vb : isBefore(a, b);
                    });
   std::vector<Candidate> kept;
-  Grids grids;
+  OctaveGrids grids;
   for (const Candidate& c : candidates) {
     const float reach = std::max(1.0F, SAME_CENTER * c.radius);
     const bool isKnown = grids.anyNear(c.x, c.y, reach, 0.0F, [&](std::size_t k) {
@@ -137,7 +93,7 @@ std::vector<Candidate> withoutDuplicates(std::vector<Candidate> candidates) {
              std::fabs(other.radius - c.radius) < SAME_RADIUS * c.radius;
     });
     if (isKnown) continue;
-    grids.add(c, kept.size());
+    grids.add(c.x, c.y, c.radius, kept.size());
     kept.push_back(c);
   }
   return kept;
@@ -153,14 +109,14 @@ std::vector<std::size_t> withoutOverlaps(const std::vector<Candidate>& candidate
     return a.logit != b.logit ? a.logit > b.logit : isBefore(a, b);
   });
   std::vector<std::size_t> kept;
-  Grids grids;
+  OctaveGrids grids;
   for (const std::size_t i : order) {
     const Candidate& c = candidates[i];
     if (!(c.logit >= minLogit)) break;
     const bool isTaken = grids.anyNear(c.x, c.y, REACH * c.radius, REACH,
                                        [&](std::size_t k) { return overlap(c, candidates[k]); });
     if (isTaken) continue;
-    grids.add(c, i);
+    grids.add(c.x, c.y, c.radius, i);
     kept.push_back(i);
   }
   return kept;

@@ -4,12 +4,14 @@
 #include <cmath>
 #include <utility>
 
+#include "orva/detect/octave_grids.h"
 #include "orva/detect/overlap.h"
 
 namespace orva::detect {
 namespace {
 
 constexpr double CONTEXT_SCORE = 0.5;  // from which on a candidate belongs to the context
+constexpr float CORE = 0.8F;  // share of the radius of a clear object without further seeds
 constexpr int REFINEMENTS = 8;
 constexpr float CONVERGED = 0.02F;        // shift of the center, in pixels, that ends them
 constexpr float MAX_SHIFT = 0.6F;         // of the center in all of them, in radii
@@ -50,6 +52,14 @@ bool isSame(const Candidate& next, const Candidate& candidate) {
   const float limit = MAX_SHIFT * candidate.radius;
   return dx * dx + dy * dy <= limit * limit && next.radius <= MAX_GROWTH * candidate.radius &&
          candidate.radius <= MAX_GROWTH * next.radius;
+}
+
+// Whether an outline leaves no doubt: an edge all round, nothing but the object inside, and found
+// from near its center.
+bool isClear(const Candidate& c) {
+  const auto& m = c.measures;
+  return m[COVERAGE] >= 0.9 && m[PATH_VALUE] >= 0.9 && m[ASCENT] <= 0.15 && m[SOLIDITY] >= 0.97 &&
+         m[OFF_CENTER] <= 0.15 && m[VISIBLE] == 1;
 }
 
 bool mayHold(const std::vector<ScaleLevel>& levels, std::size_t index, const RadiusRange& range) {
@@ -96,15 +106,29 @@ std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
                                     const std::vector<LevelSeeds>& seeds, Polarity polarity,
                                     const RadiusRange& range, std::size_t stride) {
   std::vector<Candidate> found;
-  for (std::size_t i = 0; i < levels.size(); ++i) {
+  OctaveGrids clear;
+  // Large objects first: most seeds inside a clear one need no search of their own.
+  for (std::size_t i = levels.size(); i-- > 0;) {
     const std::vector<Seed>& places = seeds[i].of(polarity);
     for (std::size_t k = 0; k < places.size(); k += stride) {
       const Seed& s = places[k];
-      const auto outline = bestOutline(levels[i], polarity, static_cast<float>(s.x),
-                                       static_cast<float>(s.y), s.band);
+      const auto x = static_cast<float>(s.x);
+      const auto y = static_cast<float>(s.y);
+      const float px = levels[i].toImage(x);
+      const float py = levels[i].toImage(y);
+      const bool isCovered = clear.anyNear(px, py, 0.0F, CORE, [&](std::size_t n) {
+        const float dx = px - found[n].x;
+        const float dy = py - found[n].y;
+        const float core = CORE * found[n].radius;
+        return dx * dx + dy * dy < core * core;
+      });
+      if (isCovered) continue;
+      const auto outline = bestOutline(levels[i], polarity, x, y, s.band);
       if (!outline) continue;
       const auto c = measured(levels, static_cast<int>(i), s.band, polarity, *outline);
-      if (c && range.contains(c->radius)) found.push_back(*c);
+      if (!c || !range.contains(c->radius)) continue;
+      if (isClear(*c)) clear.add(c->x, c->y, c->radius, found.size());
+      found.push_back(*c);
     }
   }
   found = withoutDuplicates(std::move(found));
