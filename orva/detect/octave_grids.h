@@ -10,8 +10,8 @@
 
 namespace orva::detect {
 
-// Indices of discs by the square of the plane that their center lies in. There is a grid for each range
-// of radii from one power of two to the next, whose squares are as wide as these radii.
+// Indices of discs by the square of the plane that their center lies in. There is a grid for each
+// range of radii from one power of two to the next, whose squares are as wide as these radii.
 class OctaveGrids {
  public:
   void add(float x, float y, float radius, std::size_t index) {

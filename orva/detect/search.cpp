@@ -13,7 +13,7 @@ namespace {
 constexpr double CONTEXT_SCORE = 0.5;  // from which on a candidate belongs to the context
 constexpr float CORE = 0.8F;  // share of the radius of a clear object without further seeds
 constexpr int REFINEMENTS = 8;
-constexpr float CONVERGED = 0.02F;        // shift of the center, in pixels, that ends them
+constexpr float CONVERGED = 0.1F;         // shift of the center, in pixels, that ends them
 constexpr float MAX_SHIFT = 0.6F;         // of the center in all of them, in radii
 constexpr float MAX_GROWTH = 1.4F;        // of the radius
 constexpr float REFINED_RADIUS = 16.0F;   // in pixels of the level
