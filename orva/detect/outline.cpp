@@ -14,6 +14,7 @@ constexpr float OUTSIDE_REWARD = 0.3F;  // of a crossing outside the image
 constexpr float STEP_COST_1 = 0.04F;    // of a radius one sample up or down from ray to ray
 constexpr float STEP_COST_2 = 0.12F;    // of two
 constexpr float EDGE_WIDTH = 2.5F;      // gray step of an edge per peak of its gradient
+constexpr float MIN_VALUE = 0.4F;       // of an outline worth a search
 constexpr int MIN_RAYS = 10;
 constexpr float NEVER = -1e30F;
 
@@ -69,6 +70,13 @@ bool sample(const ScaleLevel& level, float sign, float x, float y, const Samples
     }
   }
   return true;
+}
+
+// What no path can exceed: the mean over the rays of the best sample.
+float bound(const Profiles& p) {
+  float sum = 0;
+  for (const Samples& reward : p.reward) sum += *std::max_element(reward.begin(), reward.end());
+  return sum / RAYS;
 }
 
 // The samples of the best closed path, one a ray. The inner loop has no branches and one width of
@@ -133,6 +141,7 @@ std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, f
   Profiles p;
   const float sign = polarity == Polarity::Bright ? 1.0F : -1.0F;
   if (!sample(level, sign, x, y, radii, p)) return std::nullopt;
+  if (bound(p) < MIN_VALUE) return std::nullopt;
   const std::array<int, RAYS> path = bestPath(p.reward);
   Outline o{x, y, {}, 0.0F};
   for (std::size_t t = 0; t < RAYS; ++t) {

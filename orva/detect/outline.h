@@ -32,7 +32,8 @@ struct Outline {
 
 // The outline around (x, y) that maximizes the sum of edge strengths less the returns to the
 // object's brightness on the way and the changes of radius between neighboring rays. None where
-// fewer than 10 rays have samples in the image or the edges are of the other polarity.
+// fewer than 10 rays have samples in the image, the edges are of the other polarity, or no path
+// could have a value of 0.4.
 //
 // Dynamic programming over two turns of the rays; the second half of the first and the first half
 // of the second make the outline, so that it closes. Cost: about RAYS * RADII * 20 operations.

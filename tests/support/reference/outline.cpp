@@ -82,6 +82,12 @@ std::optional<detect::Outline> bestOutline(const ScaleLevel& level, detect::Pola
     }
   }
 
+  float bound = 0;
+  for (const std::vector<float>& reward : rewards) {
+    bound += *std::max_element(reward.begin(), reward.end());
+  }
+  if (bound / RAYS < 0.4F) return std::nullopt;
+
   // Best sums over two turns; of equal predecessors the one of the smaller step, then the inner.
   const int last = RADII - 1;
   std::vector<std::vector<float>> sums(2 * RAYS, std::vector<float>(RADII));
