@@ -25,7 +25,7 @@ std::string_view nextOf(std::array<char, 65536>& buffer) {
   do {
     n = ::read(STDIN_FILENO, buffer.data(), buffer.size());
   } while (n < 0 && errno == EINTR);
-  if (n < 0) throw FileError::fromErrno("standard input can not be read");
+  if (n < 0) throw FileError::fromErrno("standard input cannot be read");
   return {buffer.data(), static_cast<std::size_t>(n)};
 }
 
@@ -68,11 +68,11 @@ void InputFile::copyStandardInput() {
   if (piece.empty()) throw FileError("standard input is empty");
   std::error_code none;
   const fs::path directory = fs::temp_directory_path(none);
-  if (none) throw FileError("standard input can not be copied: TMPDIR names no directory");
+  if (none) throw FileError("standard input cannot be copied: TMPDIR names no directory");
   copy_.emplace(directory, formats::Temporary::Kind::kFile);
   const auto fail = [&](int error) {
     errno = error;
-    throw FileError::fromErrno("standard input can not be copied to " + directory.string());
+    throw FileError::fromErrno("standard input cannot be copied to " + directory.string());
   };
   if (copy_->error() != 0) fail(copy_->error());
   const OpenFile file(copy_->file());

@@ -58,7 +58,7 @@ void print(const std::string& text, const std::string& what) {
 
 void requireSeparate(const std::vector<std::string>& inputs, const std::vector<fs::path>& results) {
   if (std::count_if(inputs.begin(), inputs.end(), isStandardStream) > 1) {
-    throw UsageError("image", "standard input (-) can not be read twice");
+    throw UsageError("image", "standard input (-) cannot be read twice");
   }
   std::set<fs::path> taken;
   for (const fs::path& result : results) {

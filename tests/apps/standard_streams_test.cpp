@@ -150,14 +150,14 @@ TEST_F(StandardStreams, WhatIsNoImageFailsWithOneLine) {
   EXPECT_TRUE(failedWithOneLine(runPiped({"vote", "-"}, box.read("a.pgm").substr(0, 100)), "-",
                                 "is a damaged PGM file"));
   EXPECT_TRUE(failedWithOneLine(box.run({"vote", "-"}, {.in = "."}), "-",
-                                "standard input can not be read: Is a directory"));
+                                "standard input cannot be read: Is a directory"));
   expectNothingLeft();
 }
 
 TEST_F(StandardStreams, WithoutRoomForTheCopyTheCommandFails) {
   ::setenv("TMPDIR", (box / "missing").c_str(), 1);
   EXPECT_TRUE(failedWithOneLine(runPiped({"info", "-"}, box.read("a.pgm")), "-",
-                                "standard input can not be copied"));
+                                "standard input cannot be copied"));
   ::setenv("TMPDIR", (box / "tmp").c_str(), 1);
   EXPECT_TRUE(failedWithOneLine(box.run({"info", "-"}, {.in = "a.pgm", .maxFileBytes = 1000}), "-",
                                 "File too large"));
@@ -186,7 +186,7 @@ TEST_F(StandardStreams, ASignalLeavesNoCopyOfStandardInput) {
 }
 
 TEST_F(StandardStreams, StandardInputIsReadOnce) {
-  EXPECT_TRUE(refused(box.run({"vote", "--out", "out", "-", "-"}), "can not be read twice"));
+  EXPECT_TRUE(refused(box.run({"vote", "--out", "out", "-", "-"}), "cannot be read twice"));
   EXPECT_FALSE(fs::exists(box / "out"));
 }
 
