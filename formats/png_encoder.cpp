@@ -10,22 +10,22 @@
 namespace orva::formats {
 namespace {
 
-struct Encoder {
-  Encoder() : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning)) {
+struct PngEncoder {
+  PngEncoder() : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning)) {
     info = png == nullptr ? nullptr : png_create_info_struct(png);
   }
-  Encoder(const Encoder&) = delete;
-  Encoder& operator=(const Encoder&) = delete;
-  ~Encoder() { png_destroy_write_struct(&png, &info); }
+  PngEncoder(const PngEncoder&) = delete;
+  PngEncoder& operator=(const PngEncoder&) = delete;
+  ~PngEncoder() { png_destroy_write_struct(&png, &info); }
 
   [[noreturn]] static void onError(png_structp png, png_const_charp message) {
-    static_cast<Encoder*>(png_get_error_ptr(png))->message = message;
+    static_cast<PngEncoder*>(png_get_error_ptr(png))->message = message;
     png_longjmp(png, 1);
   }
   static void onWarning(png_structp /*png*/, png_const_charp /*message*/) {}
   static void append(png_structp png, png_bytep bytes, size_t count) {
     try {
-      static_cast<Encoder*>(png_get_io_ptr(png))
+      static_cast<PngEncoder*>(png_get_io_ptr(png))
           ->file.append(reinterpret_cast<char*>(bytes), count);
       return;
     } catch (const std::bad_alloc&) {  // must not pass through libpng
@@ -50,9 +50,9 @@ struct Layout {
 };
 
 // libpng reports errors by a long jump, so this function holds no object with a destructor.
-bool encode(Encoder& encoder, const Layout& l) {
+bool encode(PngEncoder& encoder, const Layout& l) {
   if (setjmp(png_jmpbuf(encoder.png)) != 0) return false;
-  png_set_write_fn(encoder.png, &encoder, Encoder::append, Encoder::flush);
+  png_set_write_fn(encoder.png, &encoder, PngEncoder::append, PngEncoder::flush);
   png_set_IHDR(encoder.png, encoder.info, static_cast<png_uint_32>(l.width),
                static_cast<png_uint_32>(l.height), l.bits, l.colourType, PNG_INTERLACE_NONE,
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -67,7 +67,7 @@ bool encode(Encoder& encoder, const Layout& l) {
 
 template <class Pixel>
 std::string encodePixels(const Pixel* pixels, int width, int height, int bits, int colourType) {
-  Encoder encoder;
+  PngEncoder encoder;
   const Layout layout{
       reinterpret_cast<const unsigned char*>(pixels), width, height, bits, colourType,
       static_cast<std::size_t>(width) * sizeof(Pixel)};

@@ -27,9 +27,9 @@ void findEdges(const T* row, std::ptrdiff_t stride, std::ptrdiff_t nx, unsigned 
     const T* below = row + stride;
     ORVA_INDEPENDENT
     for (std::ptrdiff_t x = 1; x < nx - 1; ++x) {
-      const T centre = row[x];
-      const auto isEqual = [centre](T v) { return static_cast<CountOf<T>>(v == centre ? 1 : 0); };
-      CountOf<T> equal = isEqual(centre);  // 0 for a NaN
+      const T center = row[x];
+      const auto isEqual = [center](T v) { return static_cast<CountOf<T>>(v == center ? 1 : 0); };
+      CountOf<T> equal = isEqual(center);  // 0 for a NaN
       equal = static_cast<CountOf<T>>(equal + isEqual(above[x - 1]));
       equal = static_cast<CountOf<T>>(equal + isEqual(above[x]));
       equal = static_cast<CountOf<T>>(equal + isEqual(above[x + 1]));

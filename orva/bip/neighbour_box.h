@@ -38,7 +38,7 @@ bool anyInBox(const Image& img, int x, int y, int z, Holds holds) {
   return false;
 }
 
-// True when a pixel of the box differs from its centre. The image border alone makes no edge.
+// True when a pixel of the box differs from its center. The image border alone makes no edge.
 inline bool isEdge(const image<short>& img, int x, int y, int z) {
   if (img.isNull()) return false;
   const short own = img.pixels()[(std::ptrdiff_t{z} * img.ny() + y) * img.nx() + x];

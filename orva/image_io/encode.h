@@ -11,7 +11,7 @@
 
 namespace orva::image_io {
 
-// Whether PPM holds the image: one plane of gray, or three of red, green and blue.
+// Whether PPM holds the image: one plane of grey, or three of red, green and blue.
 bool isPpmImage(const image<unsigned char>& img);
 
 // Nothing but the pixels' bytes, in the machine's order.

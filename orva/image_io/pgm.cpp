@@ -35,7 +35,7 @@ PixelBlock get_image(const std::string& filename, int& width, int& height) {
   if (std::getc(in.get()) != 'P' || std::getc(in.get()) != '5') {
     fail("Image " + filename + " does not have binary PGM header.");
   }
-  const PnmHeader header = readPnmHeader(in.get());          // the maximum gray value is not used
+  const PnmHeader header = readPnmHeader(in.get());          // the maximum grey value is not used
   if (!header.isComplete) fail("Image is not binary PGM.");  // intended: without the file's name
   width = fittedToInt(header.width);
   height = fittedToInt(header.height);

@@ -22,7 +22,7 @@ inline constexpr int kMaxPnmComment = 9000;
 struct PnmHeader {
   std::int64_t width = 0;
   std::int64_t height = 0;
-  std::int64_t maximum = 0;     // the largest gray value that may occur
+  std::int64_t maximum = 0;     // the largest grey value that may occur
   bool isComplete = false;      // false: the file ends before the third number begins
   bool hasLongComment = false;  // some comment has more than kMaxPnmComment characters
 };

@@ -20,7 +20,7 @@ void encodePpm(std::ostream& out, const image<unsigned char>& img) {
   const std::size_t count = static_cast<std::size_t>(img.nx()) * static_cast<std::size_t>(img.ny());
   const std::size_t step =
       img.nframes() == 3 ? count : 0;  // from one component's plane to the next
-  auto buffer = exitOnBadAlloc([count] { return std::vector<unsigned char>(count * 3); });
+  std::vector<unsigned char> buffer(count * 3);
   for (std::size_t i = 0; i < count; ++i) {
     for (std::size_t c = 0; c < 3; ++c) buffer[3 * i + c] = img.pixels()[i + c * step];
   }
@@ -38,7 +38,7 @@ void writePPM(const std::string& filename, const image<unsigned char>& img) {
     std::cerr << "Can not open file: " << filename << '\n';
     return;
   }
-  encodePpm(out, img);
+  exitOnBadAlloc([&] { encodePpm(out, img); });
   out.close();
   if (!out) std::cerr << "Can not write file: " << filename << '\n';
 }

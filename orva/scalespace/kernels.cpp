@@ -31,11 +31,6 @@ std::vector<float> coefficients(int order, float sigma) {
 
 }  // namespace
 
-void exitOutOfBufferMemory() {
-  std::cerr << "Out of memory\n";
-  std::exit(1);
-}
-
 std::vector<float> dog(int order, float sigma) {
   return exitOnBadAlloc([=] { return coefficients(order, sigma); });
 }

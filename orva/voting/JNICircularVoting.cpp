@@ -14,7 +14,7 @@ namespace {
 
 using orva::voting::CircularVoting;
 
-// The centres of a grey image, as the Java method returns them.
+// The centers of a grey image, as the Java method returns them.
 std::vector<jint> findCenters(const orva::image<unsigned char>& grey, jint height, jint width,
                               jint maxRadius, float threshold, float scale) {
   const float strongest = orva::scalespace::gradient(grey, scale, 1.0F).max();

@@ -27,17 +27,17 @@ extern "C" {
 /// @param maxRadius farthest distance of a vote in pixels
 /// @param unused2 not used
 /// @param unused3 not used
-/// @param threshold votes above it make a centre; they count in grey levels per pixel
+/// @param threshold votes above it make a center; they count in grey levels per pixel
 /// @param scale sigma of the gradient in pixels
-/// @return a new array of three values for each centre, in the order of CircularVoting::centers():
-///         row, column, and weight truncated toward zero. Without any centre it is the one triple
+/// @return a new array of three values for each center, in the order of CircularVoting::centers():
+///         row, column, and weight truncated toward zero. Without any center it is the one triple
 ///         (height / 3, width / 3, 0); so, too, for a height or width of 0.
 ///
 /// Nothing is checked and no exception raised or checked for: a null or short array and a failed
 /// NewIntArray are left to the Java machine, and pixels that could not be copied are black. Sizes
 /// whose product is negative or does not fit 32 bits, and a lack of memory, end the process with
 /// status 1 after "Error: out of memory" on standard error; an image too large for voting has no
-/// centres (CircularVoting::compute). Two images of height times width bytes are kept at every
+/// centers (CircularVoting::compute). Two images of height times width bytes are kept at every
 /// call, never to be released; this is intended (for two negative sizes it is one). Any number of
 /// threads may call at the same time.
 JNIEXPORT jintArray JNICALL Java_JNICircularVoting_compute(JNIEnv* env, jobject self,

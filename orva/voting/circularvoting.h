@@ -1,8 +1,8 @@
 /// @file
-/// Iterative circular voting: finds the centres of round, blob-like objects.
+/// Iterative circular voting: finds the centers of round, blob-like objects.
 ///
 /// Every pixel of strong gradient votes into a cone along its gradient. Pass by pass the cones turn
-/// towards the strongest votes and narrow, until the votes of one object gather at its centre.
+/// towards the strongest votes and narrow, until the votes of one object gather at its center.
 ///
 /// @code
 /// #include "orva/voting/circularvoting.h"
@@ -104,7 +104,7 @@ struct ORVA_EXPORT Cone2D {
   static constinit thread_local int ny;  ///< height of the accumulator; not read
 };
 
-/// Circular voting on an image: set the parameters, call compute(), read the centres.
+/// Circular voting on an image: set the parameters, call compute(), read the centers.
 class ORVA_EXPORT CircularVoting {
  public:
   /// The objects to find.
@@ -135,7 +135,7 @@ class ORVA_EXPORT CircularVoting {
   /// @param width coneWidth, the half-width of the widest cone at maxRadius in pixels; negative: 0
   /// @param gradient points with smaller gradient magnitudes do not vote; in grey levels per pixel,
   ///        whatever @p absolute is
-  /// @param threshold votes above it form centres: a number of votes if @p absolute, else a
+  /// @param threshold votes above it form centers: a number of votes if @p absolute, else a
   ///        fraction of the largest vote, clamped to 0.05 .. 1 (NaN: 1)
   /// @param scale sigma of the gradient in pixels; negative and NaN: 0
   /// @param method how magnitudes become weights
@@ -156,18 +156,18 @@ class ORVA_EXPORT CircularVoting {
   /// The start of the names of the history files; its directory must exist.
   void setPrefix(const std::string& prefix) { prefix_ = prefix; }
 
-  /// Finds the centres in plane 0 of @p img. (The derivatives smooth along the frames of a stack,
+  /// Finds the centers in plane 0 of @p img. (The derivatives smooth along the frames of a stack,
   /// too.)
   ///
   /// The gradient sees the border pixels repeated outside the image; votes that fall outside are
-  /// lost. Centres are appended to those of earlier calls, while weights are those of the last call
-  /// only; this is intended. Of more than 32768 regions of votes the first 32768 become centres,
+  /// lost. Centers are appended to those of earlier calls, while weights are those of the last call
+  /// only; this is intended. Of more than 32768 regions of votes the first 32768 become centers,
   /// with the warning of bip::regions().
   ///
   /// A null image goes through all steps with the size that it states, but has no voting points, no
-  /// centres and no history. An image of a pixel format without a float form has no voting points.
+  /// centers and no history. An image of a pixel format without a float form has no voting points.
   ///
-  /// An image whose side and margins together exceed 32767 pixels has no centres either, and no
+  /// An image whose side and margins together exceed 32767 pixels has no centers either, and no
   /// step takes place; "In CircularVoting::compute" and "   Warning: image is too large, no
   /// centers" go to standard error, unless the image is null. votingImage() is then all zero, or
   /// null if its width times height does not fit 32 bits.
@@ -189,12 +189,12 @@ class ORVA_EXPORT CircularVoting {
   void compute(const Image& img, const PassObserver& observer);
 
   /// The image of the last compute(), of its width and height: the mean vote of its region at every
-  /// centre, 0 elsewhere. The result shares its pixels.
+  /// center, 0 elsewhere. The result shares its pixels.
   image<float> votingImage() { return votingImage_; }
-  /// The centres of all images computed: the centroids of the regions of votes, in the order of the
+  /// The centers of all images computed: the centroids of the regions of votes, in the order of the
   /// first pixel of each region.
   const std::vector<Point>& centers() const { return centers_; }
-  /// The mean votes of the regions of the last image, in the order of its centres.
+  /// The mean votes of the regions of the last image, in the order of its centers.
   const std::vector<float>& center_weights() const { return centerWeights_; }
 
   /// @name Steps of compute()
@@ -226,6 +226,8 @@ class ORVA_EXPORT CircularVoting {
   /// just below 360 degrees belongs to the last bin, not to bin 0; this is intended. A cosine
   /// outside -1 .. 1 gives bin 0.
   int computeAngleIndex(float cosine, float sine) const;
+  /// The votes of the current pass as an image of the working size without its margins.
+  image<float> votesWithoutMargin() const;
   /// @}
 
  protected:
@@ -247,7 +249,7 @@ class ORVA_EXPORT CircularVoting {
   int maxRadius = 20;                 ///< largest distance of a vote in pixels
   int coneWidth = 10;                 ///< half-width of the widest cone at maxRadius, in pixels
   RegionType regionType = Both;       ///< objects to find
-  float centerThreshold = 0.0F;       ///< votes above it form centres
+  float centerThreshold = 0.0F;       ///< votes above it form centers
   float sigma = 0.0F;                 ///< sigma of the gradient in pixels
   WeightingMethod weighting = Power;  ///< how a magnitude becomes a weight
   float weightParam = 0.0F;           ///< exponent of Power

@@ -70,12 +70,6 @@ void applyWeighting(image<float>& magnitude, CircularVoting::WeightingMethod wei
 
 }  // namespace
 
-std::int64_t voteMargin(int coneWidth, int maxRadius) {
-  const double w = coneWidth;
-  const double r = maxRadius;
-  return static_cast<std::int64_t>(std::sqrt(w * w + r * r) + 3.0);
-}
-
 void CircularVoting::setSize(int nx, int ny) {
   nx_ = nx;
   ny_ = ny;
@@ -143,8 +137,11 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = ny_;
   runPasses(hasPixels ? observer : PassObserver());
   setSize(nx_ - pad, ny_ - pad);
-  votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
-  if (hasPixels) extractCenters();
+  if (hasPixels) {
+    extractCenters();
+  } else {
+    votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
+  }
 
   for (VPoint2D& p : points_) {
     p.x = fittedTo16(p.x - margin_);
@@ -154,17 +151,25 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   }
 }
 
-// Makes a centre of each region of votes above the threshold. Its position is the centroid, its
+image<float> CircularVoting::votesWithoutMargin() const {
+  const int nx = acc_.nx() - 2 * margin_;
+  const int ny = acc_.ny() - 2 * margin_;
+  image<float> votes(nx, ny, 1, 1, 1);
+  for (int y = 0; y < ny; ++y) {
+    const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
+    std::copy_n(row, nx, votes.pixels() + std::ptrdiff_t{y} * nx);
+  }
+  return votes;
+}
+
+// Makes a center of each region of votes above the threshold. Its position is the centroid, its
 // weight the mean vote.
 void CircularVoting::extractCenters() {
+  votingImage_ = votesWithoutMargin();
   float* votes = votingImage_.pixels();
   float max = 0.0F;
-  for (int y = 0, i = 0; y < ny_; ++y) {
-    const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
-    for (int x = 0; x < nx_; ++x, ++i) {
-      votes[i] = row[x];
-      if (votes[i] > max) max = votes[i];
-    }
+  for (int i = 0; i < npix_; ++i) {
+    if (votes[i] > max) max = votes[i];
   }
 
   const float threshold = absoluteValues ? centerThreshold : centerThreshold * max;

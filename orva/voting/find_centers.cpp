@@ -63,18 +63,16 @@ UsedSettings prepare(CircularVoting& voting, const Image& img, const VoteSetting
 // Gives access to the accumulator.
 class Accumulator : public CircularVoting {
  public:
-  // After compute(): the votes without the margin.
-  image<float> votes() const {
-    image<float> field(nx_, ny_, 1, 1, 1);
-    for (int y = 0; y < ny_; ++y) {
-      const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
-      std::copy_n(row, nx_, field.pixels() + std::ptrdiff_t{y} * nx_);
-    }
-    return field;
-  }
+  using CircularVoting::votesWithoutMargin;
 };
 
 }  // namespace
+
+std::int64_t voteMargin(int coneWidth, int maxRadius) {
+  const double w = coneWidth;
+  const double r = maxRadius;
+  return static_cast<std::int64_t>(std::sqrt(w * w + r * r) + 3.0);
+}
 
 VoteResult findCenters(const Image& img, const VoteSettings& settings,
                        const CircularVoting::PassObserver& history) {
@@ -100,7 +98,7 @@ image<float> voteField(const Image& img, const VoteSettings& settings) {
   Accumulator voting;
   prepare(voting, img, settings);
   voting.compute(img);
-  return voting.votes();
+  return voting.votesWithoutMargin();
 }
 
 }  // namespace orva::voting

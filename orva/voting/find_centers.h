@@ -30,7 +30,7 @@ struct VoteSettings {
                                    ///< half of maxRadius, rounded, unless given
   std::optional<float> sigma;      ///< scale of the gradient in pixels, above 0; a seventh of
                                    ///< maxRadius, at least 1, unless given
-  std::optional<float> gradient;   ///< weaker gradients cast no vote, in gray levels per pixel
+  std::optional<float> gradient;   ///< weaker gradients cast no vote, in grey levels per pixel
   float relativeGradient = 0.03F;  ///< the same as a share of the strongest gradient, unless
                                    ///< gradient is given
   std::optional<float> threshold;  ///< regions of more votes make a center
@@ -44,7 +44,7 @@ struct VoteSettings {
 struct UsedSettings {
   int coneWidth;   ///< half-width of the widest cone at maxRadius, in pixels
   float sigma;     ///< scale of the gradient in pixels
-  float gradient;  ///< weaker gradients cast no vote, in gray levels per pixel
+  float gradient;  ///< weaker gradients cast no vote, in grey levels per pixel
 };
 
 /// A center and the mean vote of its region.

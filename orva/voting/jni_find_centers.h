@@ -20,7 +20,7 @@ extern "C" {
 ///
 /// @param env of the calling thread, without a pending exception
 /// @param type not used
-/// @param pixels @p height times @p width gray values, row by row; read, not kept
+/// @param pixels @p height times @p width grey values, row by row; read, not kept
 /// @param height number of rows
 /// @param width number of columns
 /// @param polarity a value of CircularVoting::RegionType
@@ -28,7 +28,7 @@ extern "C" {
 /// @param maxRadius in pixels
 /// @param coneWidth in pixels; a negative one is derived from @p maxRadius
 /// @param sigma in pixels; a NaN is derived from @p maxRadius
-/// @param gradient in gray levels per pixel; for a NaN @p relativeGradient counts
+/// @param gradient in grey levels per pixel; for a NaN @p relativeGradient counts
 /// @param relativeGradient share of the strongest gradient
 /// @param threshold in votes; for a NaN @p relativeThreshold counts
 /// @param relativeThreshold share of the strongest vote

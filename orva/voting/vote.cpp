@@ -2,7 +2,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <utility>
 #include <vector>
@@ -114,12 +113,6 @@ void CircularVoting::runPasses(const PassObserver& observer) {
     return computeAngleIndex(cosine, sine);
   };
 
-  const auto observe = [&](int width) {
-    const std::unique_ptr<Image> votes(
-        Roi::getSubImage(acc_, margin_, margin_, nx_ - margin_ - 1, ny_ - margin_ - 1));
-    if (votes) observer(width, dynamic_cast<const image<float>&>(*votes));
-  };
-
   bool first = true;
   for (int width = coneWidth;; width = nextConeRadius(maxRadius, width)) {
     ConeTable cones = coneTable(width);
@@ -127,7 +120,7 @@ void CircularVoting::runPasses(const PassObserver& observer) {
     if (first) blocks.castWeights(points_, acc_.pixels());
     first = false;
     if (width < 0) break;
-    if (observer) observe(width);
+    if (observer && !acc_.isNull()) observer(width, votesWithoutMargin());
     std::swap(acc_, prevAcc_);
     std::fill_n(acc_.pixels(), acc_.npix(), 0.0F);
     Pass(cones, blocks, angleIndex, prevAcc_.pixels(), acc_.pixels()).run(points_);

@@ -18,7 +18,7 @@ IMAGE_TYPES = ("uint8", "int16", "int32", "uint32", "float32")
 MASK_TYPES = ("bool", "uint8")
 LABEL_TYPES = ("int16",)
 
-MOST_PIXELS = 2**31 - 1
+MAX_PIXELS = 2**31 - 1
 
 
 def _hint(name: str, dtype: np.dtype[Any]) -> str:
@@ -41,8 +41,8 @@ def require(array: Any, types: tuple[str, ...], name: str = "image") -> None:
         raise ValueError(f"{name} has {array.ndim} axes; it must have 2 to 5: (t, c, z, y, x)")
     if array.size == 0:
         raise ValueError(f"{name} is empty")
-    if array.size > MOST_PIXELS:
-        raise ValueError(f"{name} has {array.size} pixels; an image has at most {MOST_PIXELS}")
+    if array.size > MAX_PIXELS:
+        raise ValueError(f"{name} has {array.size} pixels; an image has at most {MAX_PIXELS}")
 
 
 def require_mask(mask: Any, name: str = "mask") -> None:

@@ -11,7 +11,7 @@ from ._arrays import IMAGE_TYPES, Image, Truth, require
 
 Path = Union[str, "os.PathLike[str]"]
 
-_MOST_FRAME = 65534
+_MAX_FRAME = 65534
 
 
 def read(path: Path, *, frame: int | None = None) -> Image:
@@ -39,7 +39,7 @@ def read(path: Path, *, frame: int | None = None) -> Image:
         For a frame that is not an integer or is out of range.
     """
     if frame is not None:
-        frame = options.whole("frame", frame, 0, _MOST_FRAME)
+        frame = options.whole("frame", frame, 0, _MAX_FRAME)
     os.stat(path)  # raises FileNotFoundError for a missing file
     try:
         return _orva.read(os.fsencode(path), frame)
@@ -65,7 +65,7 @@ def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
     Raises
     ------
     OSError
-        For a file that can not be written, and for a format that does not hold the image.
+        For a file that cannot be written, and for a format that does not hold the image.
     TypeError
         For an array or an option of another type.
     ValueError

@@ -10,8 +10,8 @@ from . import _options as options
 from . import _orva
 from ._arrays import IMAGE_TYPES, Floats, Image, Truth, frames, require
 
-_MOST_LEVEL = 3e38
-_MOST_ORDER = 10
+_MAX_LEVEL = 3e38
+_MAX_ORDER = 10
 
 # The library's numbers.
 _KINDS = {
@@ -58,7 +58,7 @@ def gaussian(
     require(image, IMAGE_TYPES)
     sigmas = options.along_axes("sigma", sigma, image.ndim, options.sigma)
     chosen = options.along_axes(
-        "orders", orders, image.ndim, lambda name, v: options.whole(name, v, 0, _MOST_ORDER)
+        "orders", orders, image.ndim, lambda name, v: options.whole(name, v, 0, _MAX_ORDER)
     )
     sizes = image.shape[-1], image.shape[-2], frames(image)
     used = chosen if image.ndim > 2 else chosen[:2]
@@ -196,7 +196,7 @@ def threshold(image: Image, level: float) -> Truth:
         For an array or a level of another type, and for a level that is no finite number.
     """
     require(image, IMAGE_TYPES)
-    options.number("level", level, -_MOST_LEVEL, _MOST_LEVEL)
+    options.number("level", level, -_MAX_LEVEL, _MAX_LEVEL)
     planes = np.asarray(image).reshape(frames(image), *image.shape[-2:])
     return _orva.threshold(planes, level).reshape(image.shape)
 
@@ -223,6 +223,6 @@ def compute_threshold(image: Image, *, scale: float = 5.0) -> float:
     """
     require(image, IMAGE_TYPES)
     level = _orva.compute_threshold(image, options.sigma("scale", scale))
-    if not -_MOST_LEVEL <= level <= _MOST_LEVEL:
+    if not -_MAX_LEVEL <= level <= _MAX_LEVEL:
         raise ValueError("image has pixels that are no numbers or infinite")
     return level

@@ -11,8 +11,8 @@ import numpy as np
 Value = TypeVar("Value")
 
 # What the sigmas of all filters may be, in pixels.
-LEAST_SIGMA = 0.1
-MOST_SIGMA = 1000.0
+MIN_SIGMA = 0.1
+MAX_SIGMA = 1000.0
 
 
 def _within(name: str, value: Any, low: Any, high: Any) -> None:
@@ -54,12 +54,12 @@ def flag(name: str, value: Any) -> bool:
 
 def sigma(name: str, value: Any) -> float:
     """The scale of a Gaussian in pixels."""
-    return number(name, value, LEAST_SIGMA, MOST_SIGMA)
+    return number(name, value, MIN_SIGMA, MAX_SIGMA)
 
 
 def ratio(value: Any, scale: float) -> float:
     """The divisor of a sigma for the axis along the planes."""
-    return number("ratio", value, scale / MOST_SIGMA, scale / LEAST_SIGMA)
+    return number("ratio", value, scale / MAX_SIGMA, scale / MIN_SIGMA)
 
 
 def along_axes(

@@ -22,8 +22,8 @@ from ._arrays import (
     require_volume,
 )
 
-_MOST_REACH = 32767
-_MOST_DISTANCE = 10000  # of pixels that no region reaches
+_MAX_REACH = 32767
+_MAX_DISTANCE = 10000  # of pixels that no region reaches
 
 
 def label(
@@ -70,7 +70,7 @@ def label(
     require_volume(mask, "mask")
     if options.whole("connectivity", connectivity, 4, 8) not in (4, 8):
         raise ValueError(f"connectivity must be 4 or 8, not {connectivity}")
-    return _orva.label(mask, value, options.whole("reach", reach, 1, _MOST_REACH), connectivity)
+    return _orva.label(mask, value, options.whole("reach", reach, 1, _MAX_REACH), connectivity)
 
 
 def measure(labels: Labels, image: Image | None = None) -> dict[str, npt.NDArray[Any]]:
@@ -159,7 +159,7 @@ def propagate(labels: Labels, *, max_distance: float) -> Labels:
     """
     require(labels, LABEL_TYPES, "labels")
     require_volume(labels, "labels")
-    distance = options.number("max_distance", max_distance, 0, _MOST_DISTANCE)
+    distance = options.number("max_distance", max_distance, 0, _MAX_DISTANCE)
     if np.float32(distance) <= 0:
         raise ValueError("max_distance must be above 0")
     return _orva.propagate(labels, distance)

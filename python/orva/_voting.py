@@ -14,8 +14,8 @@ from ._arrays import IMAGE_TYPES, Floats, Image, frames, require
 
 Result = TypeVar("Result")
 
-_MOST_PIXELS = 1000  # the cones take memory by the product of radius and width
-MOST_LEVEL = 3e38
+_MAX_PIXELS = 1000  # the cones take memory by the product of radius and width
+MAX_LEVEL = 3e38
 
 
 def _plane(image: Image, frame: int) -> npt.NDArray[Any]:
@@ -40,15 +40,15 @@ def _settings(
     edges: bool,
     power: float,
 ) -> _orva.VoteSettings:
-    options.whole("max_radius", max_radius, 1, _MOST_PIXELS)
+    options.whole("max_radius", max_radius, 1, _MAX_PIXELS)
     if cone_width is not None:
-        options.whole("cone_width", cone_width, 0, _MOST_PIXELS)
+        options.whole("cone_width", cone_width, 0, _MAX_PIXELS)
     if sigma is not None:
         options.sigma("sigma", sigma)
     if gradient is not None:
-        options.number("gradient", gradient, 0, MOST_LEVEL)
+        options.number("gradient", gradient, 0, MAX_LEVEL)
     if threshold is not None:
-        options.number("threshold", threshold, 0, MOST_LEVEL)
+        options.number("threshold", threshold, 0, MAX_LEVEL)
     return _orva.VoteSettings(
         max_radius=max_radius,
         min_radius=options.whole("min_radius", min_radius, 1, max_radius),

@@ -57,6 +57,7 @@ void addVoting(py::module_& module) {
            py::arg("edges"), py::arg("power"));
   module.def("find_centers", findCenters);
   module.def("vote_field", voteField);
+  module.def("vote_margin", &orva::voting::voteMargin);
 }
 
 }  // namespace orva_python

@@ -181,7 +181,7 @@ def test_large_images_are_taken_apart(images, tmp_path, monkeypatch):
     settings = {"max_radius": 9, "gradient": 4.0, "threshold": 20.0}
     _jobs.run(job_of(images[4], tmp_path, **settings))
     whole = sorted(_jobs.read_centers(str(tmp_path / f"{images[4].stem}.csv")))
-    monkeypatch.setattr(_jobs, "MOST_SIDE", 100)
+    monkeypatch.setattr(_jobs, "MAX_SIDE", 100)
     other = tmp_path / "tiles"
     other.mkdir()
     _jobs.run(job_of(images[4], other, **settings))

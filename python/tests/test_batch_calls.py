@@ -40,7 +40,7 @@ def until(condition):
         ),
         (["a.tif", "--out", "o", "--max-radius", "0"], "max_radius must be from 1 to 1000, not 0"),
         (["a.tif", "a.tif", "--out", "o"], "an image is named twice"),
-        (["a.tif", "--out", "/dev/null/o"], "--out /dev/null/o can not be written to: Not a directory"),
+        (["a.tif", "--out", "/dev/null/o"], "--out /dev/null/o cannot be written to: Not a directory"),
     ],
 )
 def test_an_error_is_one_line(tmp_path, arguments, message):

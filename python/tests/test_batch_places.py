@@ -96,7 +96,7 @@ def test_the_picture_is_not_written_through_a_link(tmp_path, field):
 @pytest.mark.parametrize("place", ["a file", "in a file", "no directory for files"])
 def test_results_that_can_not_be_written_are_a_wrong_call(tmp_path, capsys, field, refused, place):
     out = {"a file": field, "in a file": field / "out", "no directory for files": "/proc"}[place]
-    assert "can not be written to" in refused(capsys, field, "--out", out)
+    assert "cannot be written to" in refused(capsys, field, "--out", out)
     assert orva.read(field).shape == (40, 48)
 
 

@@ -71,9 +71,9 @@ def test_erosion_of_labels_parts_regions_that_touch():
     labels[2:8, 1:9] = 0
     labels[2:8, 9:16] = 4
     labels[9:, 16:] = 2
-    least = scipy.ndimage.minimum_filter(labels, 3, mode="constant", cval=-9)
-    most = scipy.ndimage.maximum_filter(labels, 3, mode="constant", cval=99)
-    expected = np.where(least == most, labels, -1)
+    minimum = scipy.ndimage.minimum_filter(labels, 3, mode="constant", cval=-9)
+    maximum = scipy.ndimage.maximum_filter(labels, 3, mode="constant", cval=99)
+    expected = np.where(minimum == maximum, labels, -1)
     assert set(np.unique(expected)) == {-1, 0, 2, 4}
     result = orva.erode(labels)
     assert result.dtype == np.int16

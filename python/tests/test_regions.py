@@ -190,13 +190,13 @@ def test_chamfer_of_labels_counts_from_their_boundaries():
 
 
 # In a volume two passes find the shortest way over small distances only.
-@pytest.mark.parametrize("shape, n, most", [((30, 37), 6, 7.5), ((9, 12, 14), 20, 1.9)])
-def test_propagate_gives_the_label_of_the_nearest_region(random, shape, n, most):
+@pytest.mark.parametrize("shape, n, max_distance", [((30, 37), 6, 7.5), ((9, 12, 14), 20, 1.9)])
+def test_propagate_gives_the_label_of_the_nearest_region(random, shape, n, max_distance):
     labels = np.full(shape, -1, np.int16)
     seeds = random.permutation(np.argwhere(np.pad(np.ones([s - 4 for s in shape]), 2)))[:n]
     labels[tuple(seeds.T)] = np.arange(n)
     before = labels.copy()
-    result = orva.propagate(labels, max_distance=most)
+    result = orva.propagate(labels, max_distance=max_distance)
     assert (result.dtype, result.shape) == (np.int16, shape)
     np.testing.assert_array_equal(labels, before)
     inner = np.argwhere(np.pad(np.ones([s - 2 for s in shape], bool), 1))
@@ -204,8 +204,8 @@ def test_propagate_gives_the_label_of_the_nearest_region(random, shape, n, most)
         [steps_between(inner, np.argwhere(labels == k)).min(axis=1) for k in range(n)]
     )
     nearest = np.sort(distances, axis=0)
-    clear = (nearest[1] - nearest[0] > 1e-3) & (np.abs(nearest[0] - most) > 1e-3)
-    expected = np.where(nearest[0] < most, distances.argmin(axis=0), -1)
+    clear = (nearest[1] - nearest[0] > 1e-3) & (np.abs(nearest[0] - max_distance) > 1e-3)
+    expected = np.where(nearest[0] < max_distance, distances.argmin(axis=0), -1)
     assert clear.mean() > 0.7 and set(expected[clear]) == {-1, *range(n)}
     np.testing.assert_array_equal(result[tuple(inner.T)][clear], expected[clear])
     border = np.ones(shape, bool)
@@ -242,7 +242,7 @@ def test_convex_hull_of_a_plane(options, capfd):
 
 def test_convex_hull_of_a_volume():
     labels = np.full((9, 9, 9), -1, np.int16)
-    for axis in range(3):  # three rods through the centre
+    for axis in range(3):  # three rods through the center
         place = [4, 4, 4]
         place[axis] = slice(1, 8)
         labels[tuple(place)] = 0

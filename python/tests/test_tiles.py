@@ -58,7 +58,7 @@ def test_regions_longer_than_a_tile_are_those_of_the_whole(bar, threshold):
 
 
 def test_regions_longer_than_what_a_tile_may_see_are_cut_with_a_warning(bar, monkeypatch):
-    monkeypatch.setattr(_tiles, "_MOST_SEEN", 700)
+    monkeypatch.setattr(_tiles, "_MAX_SEEN", 700)
     settings = {"max_radius": 10, "gradient": 8.0, "threshold": 1.0}
     with pytest.warns(UserWarning, match="is cut"):
         assert len(find_centers_in_tiles(bar, tile=200, **settings)) > 0
@@ -103,7 +103,7 @@ def test_an_image_of_one_colour_has_no_centers():
 def test_high_powers_are_no_more_than_votes_can_be(discs, power):
     expected = orva.find_centers(discs, max_radius=10, power=power)
     found = find_centers_in_tiles(discs, tile=137, max_radius=10, power=power)
-    # Few gradients vote then, and the centre of the strongest is where it was.
+    # Few gradients vote then, and the center of the strongest is where it was.
     assert 0 < len(found) < 10
     first, other = (c[np.argmax(c["weight"])] for c in (expected, found))
     assert np.hypot(first["x"] - other["x"], first["y"] - other["y"]) < 3

@@ -13,7 +13,7 @@ namespace {
 
 using nlohmann::json;
 
-// The centres of a document.
+// The centers of a document.
 Table tableIn(const json& document) {
   Table table;
   for (const json& c : document.at("centers")) {
@@ -114,7 +114,7 @@ TEST(CentersTable, JsonCarriesTheGivenSettings) {
       "dark");
 }
 
-TEST(CentersTable, JsonWithoutCentresHasAnEmptyList) {
+TEST(CentersTable, JsonWithoutCentersHasAnEmptyList) {
   const Sandbox box;
   box.write("even.pgm", pgm(discs(30, 30, {})));
   const json document = json::parse(box.run({"vote", "--format", "json", "even.pgm"}).out);

@@ -22,7 +22,7 @@ int stretched(double v, double low, double high) {
   return static_cast<int>(above * 255.0F / static_cast<float>(high - low));
 }
 
-// Far from the centres the overlay is the image; at each one there is a mark.
+// Far from the centers the overlay is the image; at each one there is a mark.
 void expectOverlay(const RgbPicture& overlay, const Picture& grey, const Table& centers) {
   ASSERT_EQ(overlay.width, grey.width);
   ASSERT_EQ(overlay.height, grey.height);
@@ -51,7 +51,7 @@ void expectOverlay(const RgbPicture& overlay, const Picture& grey, const Table& 
   }
 }
 
-TEST(Overlay, MarksEveryCentreOnTheGreyImage) {
+TEST(Overlay, MarksEveryCenterOnTheGreyImage) {
   const Picture picture = twoDiscs();
   const Sandbox box;
   box.write("discs.pgm", pgm(picture));
@@ -80,7 +80,7 @@ TEST(Overlay, EveryDepthIsStretchedToTheSamePicture) {
   }
 }
 
-TEST(Overlay, IsGreyWithoutCentresAndForColourImages) {
+TEST(Overlay, IsGreyWithoutCentersAndForColourImages) {
   const Picture grey = twoDiscs();
   const Sandbox box;
   writePng(box / "red.png",

@@ -14,7 +14,7 @@ std::string pixelsOf(const Picture& picture) {
   return file.substr(file.size() - picture.values.size());
 }
 
-TEST(PgmFile, CentresLieOnTheDiscs) {
+TEST(PgmFile, CentersLieOnTheDiscs) {
   const Sandbox box;
   box.write("discs.pgm", pgm(twoDiscs()));
   const Outcome outcome = box.run(kVote);

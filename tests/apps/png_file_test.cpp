@@ -10,20 +10,20 @@
 namespace orva::test {
 namespace {
 
-const std::vector<std::string> kVote{"vote", "--max-radius", "10", "discs"};
+const std::vector<std::string> kVoteOnDiscs{"vote", "--max-radius", "10", "discs"};
 
 // What the command prints for a PGM file of the picture.
 std::string expectedTable(const Picture& picture) {
   const Sandbox box;
   box.write("discs", pgm(picture));
-  return box.run(kVote).out;
+  return box.run(kVoteOnDiscs).out;
 }
 
 // The same for a float TIFF file, for values that PGM does not hold.
 std::string expectedFloatTable(const Picture& picture) {
   const Sandbox box;
   TiffFile(box / "discs").page(picture, {.bits = 32, .format = SAMPLEFORMAT_IEEEFP});
-  return box.run(kVote).out;
+  return box.run(kVoteOnDiscs).out;
 }
 
 std::vector<png_color> greyRamp(int last) {
@@ -74,7 +74,7 @@ TEST(PngFile, EveryFormOfTheSameGreyGivesTheSameTable) {
       PngForm form = c.form;
       form.interlaced = interlaced;
       writePng(box / "discs", c.picture, form);
-      const Outcome outcome = box.run(kVote);
+      const Outcome outcome = box.run(kVoteOnDiscs);
       EXPECT_TRUE(succeeded(outcome));
       EXPECT_EQ(outcome.out, expected);
     }
@@ -92,7 +92,7 @@ TEST(PngFile, FewBitsSpanTheWholeGreyRange) {
       ASSERT_TRUE(marksEach(parseCsv(expected), kTwoDiscs));
       const Sandbox box;
       writePng(box / "discs", levels, {.depth = depth, .interlaced = interlaced});
-      const Outcome outcome = box.run(kVote);
+      const Outcome outcome = box.run(kVoteOnDiscs);
       EXPECT_TRUE(succeeded(outcome));
       EXPECT_EQ(outcome.out, expected);
     }
@@ -109,7 +109,7 @@ TEST(PngFile, ASmallPaletteIsLookedUp) {
             .palette = {{9, 9, 9}, {200, 200, 200}, {30, 30, 30}}});
   Picture grey = indices;
   for (double& v : grey.values) v = v == 1 ? 200 : 30;
-  const Outcome outcome = box.run(kVote);
+  const Outcome outcome = box.run(kVoteOnDiscs);
   EXPECT_TRUE(succeeded(outcome));
   EXPECT_EQ(outcome.out, expectedTable(grey));
 }
@@ -134,7 +134,7 @@ TEST(PngFile, ColourCountsAsLuminance) {
     }
     const Sandbox box;
     writePng(box / "discs", colour, {.depth = depth, .colourType = PNG_COLOR_TYPE_RGB});
-    const Outcome outcome = box.run(kVote);
+    const Outcome outcome = box.run(kVoteOnDiscs);
     EXPECT_TRUE(succeeded(outcome));
     EXPECT_EQ(outcome.out, expectedFloatTable(luminance));
     EXPECT_FALSE(parseCsv(outcome.out).empty());

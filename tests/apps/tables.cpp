@@ -53,7 +53,7 @@ Table parseCsv(const std::string& text) {
            });
   }
   if (good) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure() << "centres " << ::testing::PrintToString(table);
+  return ::testing::AssertionFailure() << "centers " << ::testing::PrintToString(table);
 }
 
 int Settings::usedConeWidth() const {

@@ -53,7 +53,7 @@ struct Settings {
   float usedGradient(const Image& img) const;
 };
 
-// The centres that CircularVoting finds.
+// The centers that CircularVoting finds.
 Table voteDirectly(const Image& img, const Settings& settings);
 
 }  // namespace orva::test

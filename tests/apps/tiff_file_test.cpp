@@ -14,8 +14,6 @@ namespace {
 
 const std::vector<std::string> kVote{"vote", "--max-radius", "10", "discs"};
 
-constexpr std::array<std::uint16_t, 2> kPlanars{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE};
-
 // What the command prints for a PGM file of the picture.
 std::string expectedTable(const Picture& picture) {
   const Sandbox box;
@@ -49,14 +47,14 @@ const std::vector<Type> kTypes{
 };
 
 // Even grey levels, so that half of them is whole; what a shift does to sums of floats is tested
-// by the centres alone.
+// by the centers alone.
 Picture evenLevels() {
   Picture picture = twoDiscs();
   for (double& v : picture.values) v -= v - 2 * static_cast<int>(v / 2);
   return picture;
 }
 
-void expectSameCentres(const std::string& out, const std::string& expected, bool exactly) {
+void expectSameCenters(const std::string& out, const std::string& expected, bool exactly) {
   if (exactly) {
     EXPECT_EQ(out, expected);
     return;
@@ -71,7 +69,7 @@ void expectSameCentres(const std::string& out, const std::string& expected, bool
   }
 }
 
-TEST(TiffFile, EverySampleTypeGivesTheSameCentresInEveryLayout) {
+TEST(TiffFile, EverySampleTypeGivesTheSameCentersInEveryLayout) {
   const Picture grey = evenLevels();
   const std::string expected = expectedTable(grey);
   ASSERT_TRUE(marksEach(parseCsv(expected), kTwoDiscs));
@@ -103,7 +101,7 @@ TEST(TiffFile, EverySampleTypeGivesTheSameCentresInEveryLayout) {
                                                         .rowsPerStrip = layout.rowsPerStrip});
       const Outcome outcome = box.run(kVote);
       EXPECT_TRUE(succeeded(outcome));
-      expectSameCentres(outcome.out, expected, type.shift == 0);
+      expectSameCenters(outcome.out, expected, type.shift == 0);
     }
   }
 }
@@ -161,7 +159,7 @@ TEST(TiffFile, MinIsWhiteTurnsTheGreysRound) {
               {.bits = type.bits, .format = type.format, .photometric = PHOTOMETRIC_MINISWHITE});
     const Outcome outcome = box.run(kVote);
     EXPECT_TRUE(succeeded(outcome));
-    expectSameCentres(outcome.out, expected, type.format != SAMPLEFORMAT_INT);
+    expectSameCenters(outcome.out, expected, type.format != SAMPLEFORMAT_INT);
   }
 }
 

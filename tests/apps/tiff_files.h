@@ -4,6 +4,7 @@
 
 #include <tiffio.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -13,6 +14,9 @@
 #include "tests/apps/pictures.h"
 
 namespace orva::test {
+
+// Samples of a pixel side by side, and in planes of their own.
+inline constexpr std::array<std::uint16_t, 2> kPlanars{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE};
 
 struct TiffForm {
   std::uint16_t bits = 8;  // 1, 2, 4, 8, 16, 32 or 64

@@ -17,7 +17,6 @@ constexpr std::uint16_t kUnspecified = EXTRASAMPLE_UNSPECIFIED;
 constexpr std::uint16_t kPremultiplied = EXTRASAMPLE_ASSOCALPHA;
 constexpr std::uint16_t kAlpha = EXTRASAMPLE_UNASSALPHA;
 
-constexpr std::array<std::uint16_t, 2> kPlanars{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE};
 constexpr std::array<std::uint16_t, 2> kBits{8, 16};
 constexpr std::array<std::uint16_t, 2> kGreyAndRgb{PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_RGB};
 

@@ -36,9 +36,9 @@ TEST(ChamferRows, OnesDoNotAddUpAtOnceForOtherNumbers) {
   EXPECT_GT(wrong, 0);  // so the distances below 2 have to be tried
 }
 
-// Calls check(random, shape) with a plane and a volume of every width.
+// Calls check(random, shape) with a plane of many rows and a volume of every width.
 template <class Check>
-void forPlanesAndVolumesOfEveryWidth(Check check) {
+void forChamferShapesOfEveryWidth(Check check) {
   Random random(71);
   forEveryWidth([&](int width) {
     for (const Shape& shape :
@@ -49,7 +49,7 @@ void forPlanesAndVolumesOfEveryWidth(Check check) {
 }
 
 TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
-  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
+  forChamferShapesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const double share : {0.5, 0.97, 0.999}) {
       const image<unsigned char> mask = randomMask(random, shape, share);
       ASSERT_TRUE(sameImage(bip::fchamfer(mask), reference::fchamfer(mask))) << shape.nx;
@@ -58,7 +58,7 @@ TEST(ChamferMatchesReferenceAtEveryWidth, ForMasks) {
 }
 
 TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
-  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
+  forChamferShapesOfEveryWidth([](Random& random, const Shape& shape) {
     for (const int maxLabel : {0, 3}) {
       const image<short> labels = randomLabels(random, shape, maxLabel);
       ASSERT_TRUE(sameImage(bip::fchamfer(labels), reference::fchamfer(labels))) << shape.nx;
@@ -67,7 +67,7 @@ TEST(ChamferMatchesReferenceAtEveryWidth, ForLabels) {
 }
 
 TEST(PropagationMatchesReferenceAtEveryWidth, ForDistantLabels) {
-  forPlanesAndVolumesOfEveryWidth([](Random& random, const Shape& shape) {
+  forChamferShapesOfEveryWidth([](Random& random, const Shape& shape) {
     // Few seeds: many pixels at the same distance of two of them.
     image<short> labels = blank<short>(shape);
     for (int i = 0; i < labels.npix(); ++i) {

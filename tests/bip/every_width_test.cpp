@@ -10,6 +10,7 @@
 #include "tests/support/reference/distance.h"
 #include "tests/support/reference/selection.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 #include "tests/support/symmetries.h"
 #include "tests/support/test_images.h"
 
@@ -168,7 +169,6 @@ template <class T>
 void expectSameThresholds(Random& random, const Shape& shape) {
   image<T> img = randomImage<T>(random, shape);
   if constexpr (std::is_same_v<T, float>) img.pixels()[0] = std::nanf("");
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
   for (const float t :
        {0.0F, -0.5F, 0.5F, 100.0F, 100.25F, 254.5F, 255.0F, 255.5F, 32766.5F, 32767.0F, 32768.0F,
         -32768.0F, -32768.5F, -40000.0F, 1e9F, kInfinity, -kInfinity, std::nanf("")}) {

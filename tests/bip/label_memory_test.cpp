@@ -19,9 +19,9 @@ namespace orva::test {
 namespace {
 
 // Whether the pixel of a row and a column belongs to an object.
-using Picture = std::function<bool(int x, int y)>;
+using PixelRule = std::function<bool(int x, int y)>;
 
-image<unsigned char> drawn(const Shape& shape, const Picture& picture) {
+image<unsigned char> drawn(const Shape& shape, const PixelRule& picture) {
   image<unsigned char> mask = blank<unsigned char>(shape);
   for (int i = 0; i < mask.npix(); ++i) {
     mask.pixels()[i] = picture(i % shape.nx, i / shape.nx) ? 255 : 0;
@@ -35,7 +35,7 @@ bool isOnSpiral(int x, int y, int side) {
   return ring % 2 == 0 || (x == side / 2 && y < side / 2);
 }
 
-std::vector<std::pair<std::string, Picture>> pictures(int side) {
+std::vector<std::pair<std::string, PixelRule>> pictures(int side) {
   std::mt19937 random(3);
   const auto noise = [random](int percent) {
     return

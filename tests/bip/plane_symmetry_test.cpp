@@ -20,7 +20,7 @@
 namespace orva::test {
 namespace {
 
-const Shape kShapes[] = {{7, 6, 4}, {11, 5, 7}, {23, 1, 3}, {40, 9}};
+const Shape kPlaneShapes[] = {{7, 6, 4}, {11, 5, 7}, {23, 1, 3}, {40, 9}};
 
 template <class T>
 image<T> changed(const image<T>& img, void (*f)(image<T>&)) {
@@ -35,7 +35,7 @@ TYPED_TEST_SUITE(Rearranged, PixelTypes);
 
 TYPED_TEST(Rearranged, PixelsAreAboveTheSameThreshold) {
   Random random(341);
-  for (const Shape& shape : kShapes) {
+  for (const Shape& shape : kPlaneShapes) {
     const auto img = randomImage<TypeParam>(random, shape);
     const auto order = shuffledFrames(random, img);
     for (const float t : {0.0F, 100.5F, 128.0F}) {
@@ -72,7 +72,7 @@ TEST(RearrangedPixels, AreComplementedAndBinaryAlike) {
 // Labels keep their order, which is not that of their pixels.
 TEST(RearrangedLabels, AreCountedAndRelabelledAlike) {
   Random random(343);
-  for (const Shape& shape : kShapes) {
+  for (const Shape& shape : kPlaneShapes) {
     Labels labels = randomLabels(random, shape, 5);
     for (int i = 0; i < labels.npix(); ++i) {  // gaps, and other negative values than -1
       short& k = labels.pixels()[i];
@@ -97,7 +97,7 @@ TEST(RearrangedLabels, AreCountedAndRelabelledAlike) {
 TEST(ReorderedPlanes, HaveTheSameRegionFeaturesButAlongZ) {
   Random random(344);
   const int n = 6;
-  for (const Shape& shape : kShapes) {
+  for (const Shape& shape : kPlaneShapes) {
     const Labels labels = randomLabels(random, shape, n - 1);
     const auto img = randomImage<unsigned char>(random, shape);
     const auto order = shuffledFrames(random, labels);

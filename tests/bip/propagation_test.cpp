@@ -9,13 +9,12 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/distance.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 #include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 const float kRoot2 = std::sqrt(2.0F);
 const float kRoot3 = std::sqrt(3.0F);
 

@@ -13,6 +13,7 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/selection.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 #include "tests/support/test_images.h"
 
 namespace orva::test {
@@ -20,8 +21,6 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr int kMax = std::numeric_limits<int>::max();
 constexpr int kMin = std::numeric_limits<int>::min();
 

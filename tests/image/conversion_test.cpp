@@ -13,14 +13,12 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 template <class T>
 Bytes bytesOf(const std::vector<T>& pixels, bool scale) {

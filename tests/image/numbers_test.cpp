@@ -6,6 +6,7 @@
 
 #include "orva/image/image.h"
 #include "orva/image/truncate.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
@@ -30,7 +31,6 @@ TEST(TruncateTo, CutsTowardZero) {
 }
 
 TEST(TruncateTo, IsHeldAtTheEndsOfTheRange) {
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
   EXPECT_EQ(truncateTo<int>(2147483648.0F), 2147483647);
   EXPECT_EQ(truncateTo<int>(-kInfinity), -2147483647 - 1);
   EXPECT_EQ(truncateTo<unsigned int>(-0.5F), 0U);

@@ -12,12 +12,10 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/image.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 static_assert(std::is_aggregate_v<Rgb> && sizeof(Rgb) == 3 && std::is_trivially_copyable_v<Rgb>);
 static_assert(sizeof(GenericRgb<float>) == 3 * sizeof(float));

@@ -11,12 +11,10 @@
 #include "tests/support/raw_image.h"
 #include "tests/support/reference/image_io.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 const std::vector<float>& awkwardFloats() {
   static const std::vector<float> values = {

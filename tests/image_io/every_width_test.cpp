@@ -10,6 +10,7 @@
 #include "tests/support/reference/image_io.h"
 #include "tests/support/reference/statistics.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
@@ -77,7 +78,6 @@ TYPED_TEST(ImageMatchesReferenceAtEveryWidth, WhenScaled) {
 
 // Floats of which some are no numbers, infinite, zeros of both signs, or past 32 bits.
 image<float> strangeFloats(Random& random, const Shape& shape, bool withNan) {
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
   image<float> img = randomImage<float>(random, shape);
   for (int i = 0; i < img.npix(); ++i) {
     const float strange[] = {0.0F,          -0.0F,     1e9F,          -3e9F,

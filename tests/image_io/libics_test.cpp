@@ -94,7 +94,7 @@ class OpenPair {
   std::string order_;
 };
 
-struct FormatRow {
+struct LibicsFormat {
   int code;
   int pixelSize;
   Ics_DataType plain;
@@ -102,7 +102,7 @@ struct FormatRow {
 };
 
 // Signed types stand for unsigned ones in the forms with a record, whose sign line always says so.
-const std::vector<FormatRow> kFormats = {
+const std::vector<LibicsFormat> kLibicsFormats = {
     {0, 1, Ics_uint8, Ics_sint8},      {1, 4, Ics_sint32, Ics_sint32},
     {2, 2, Ics_unknown, Ics_sint16},   {3, 2, Ics_sint16, Ics_sint16},
     {4, 4, Ics_real32, Ics_real32},    {5, 4, Ics_unknown, Ics_sint32},
@@ -110,7 +110,7 @@ const std::vector<FormatRow> kFormats = {
     {8, 12, Ics_unknown, Ics_unknown}, {9, 12, Ics_unknown, Ics_unknown},
     {10, 4, Ics_unknown, Ics_sint32},  {11, 2, Ics_unknown, Ics_sint16}};
 
-RawImage randomRaw(Random& random, const Shape& s, const FormatRow& row) {
+RawImage randomRaw(Random& random, const Shape& s, const LibicsFormat& row) {
   const auto npix = static_cast<std::size_t>(s.nx * s.ny * s.nz * s.nc * s.nt);
   std::vector<unsigned char> bytes(npix * static_cast<std::size_t>(row.pixelSize));
   for (auto& byte : bytes) byte = randomPixel<unsigned char>(random);
@@ -159,7 +159,7 @@ class Libics : public testing::Test {
 
 TEST_F(Libics, ReadsSizesAndTypesOfThePlainForm) {
   Random random(381);
-  for (const FormatRow& row : kFormats) {
+  for (const LibicsFormat& row : kLibicsFormats) {
     for (const Shape& s : shapes()) {
       write(randomRaw(random, s, row), kPlain);
       const OpenPair pair(name());
@@ -173,7 +173,7 @@ TEST_F(Libics, ReadsSizesAndTypesOfThePlainForm) {
 
 TEST_F(Libics, ReadsHeightAsXInTheFormsWithARecordAsIsIntended) {
   Random random(382);
-  for (const FormatRow& row : kFormats) {
+  for (const LibicsFormat& row : kLibicsFormats) {
     for (const Shape& s : shapes()) {
       for (const Form form : {kRecord, kMultiChannel}) {
         write(randomRaw(random, s, row), form);
@@ -192,7 +192,7 @@ TEST_F(Libics, ReadsHeightAsXInTheFormsWithARecordAsIsIntended) {
 
 TEST_F(Libics, ReadsTheSameByteOrderForEveryPixelType) {
   Random random(383);
-  for (const FormatRow& row : kFormats) {
+  for (const LibicsFormat& row : kLibicsFormats) {
     for (const Form form : kForms) {
       write(randomRaw(random, {3, 2}, row), form);
       EXPECT_EQ(OpenPair(name()).byteOrder(), (std::vector<int>{2, 1, 0, 0}));
@@ -202,7 +202,7 @@ TEST_F(Libics, ReadsTheSameByteOrderForEveryPixelType) {
 
 TEST_F(Libics, HasNoPixelsOfTypesThatItDoesNotKnow) {
   Random random(384);
-  for (const FormatRow& row : kFormats) {
+  for (const LibicsFormat& row : kLibicsFormats) {
     for (const Form form : kForms) {
       write(randomRaw(random, {3, 2}, row), form);
       const Ics_DataType type = form == kPlain ? row.plain : row.record;
@@ -214,7 +214,7 @@ TEST_F(Libics, HasNoPixelsOfTypesThatItDoesNotKnow) {
 
 TEST_F(Libics, IgnoresTheByteOrderLineForPixelsOfFourBytes) {
   Random random(385);
-  for (const FormatRow& row : kFormats) {
+  for (const LibicsFormat& row : kLibicsFormats) {
     if (row.pixelSize != 4) continue;
     for (const Shape& s : oddShapesAndWidths()) {
       const RawImage img = randomRaw(random, s, row);
@@ -269,7 +269,7 @@ TEST_F(Libics, ReadsNoPixelOfOneByte) {
 
 TEST_F(Libics, ReadsEveryPixelWhenTheByteOrderLineIsMended) {
   Random random(389);
-  for (const FormatRow& row : kFormats) {
+  for (const LibicsFormat& row : kLibicsFormats) {
     for (const Shape& s : oddShapesAndWidths()) {
       const RawImage img = randomRaw(random, s, row);
       for (const Form form : kForms) {
@@ -287,7 +287,7 @@ TEST_F(Libics, ReadsEveryPixelWhenTheByteOrderLineIsMended) {
 
 TEST_F(Libics, ReadsUnsignedPixelsWhenTheFormatWordIsMendedToo) {
   Random random(390);
-  const auto expectRead = [&](const FormatRow& row, const char* word) {
+  const auto expectRead = [&](const LibicsFormat& row, const char* word) {
     const RawImage img = randomRaw(random, {5, 4, 3, 1, 2}, row);
     write(img, kPlain);
     mend(std::string("format\t") + word, "format\tinteger");

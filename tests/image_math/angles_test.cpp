@@ -9,15 +9,10 @@
 
 #include "orva/image_math/image_math.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-float below(float v) { return std::nextafter(v, -kInfinity); }
-float above(float v) { return std::nextafter(v, kInfinity); }
 
 // The table of directions, line by line.
 int directionOf(float d) {

@@ -14,14 +14,13 @@
 #include "tests/support/images.h"
 #include "tests/support/raw_image.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
 
 using Floats = std::vector<float>;
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr int kMax = std::numeric_limits<int>::max();
 constexpr int kMin = std::numeric_limits<int>::min();
 
@@ -50,9 +49,6 @@ const Floats kShares = {0.0F,
 image<float> rowOf(const Floats& values) {
   return imageOf<float>({static_cast<int>(values.size()), 1}, values);
 }
-
-float below(float v) { return std::nextafter(v, -kInfinity); }
-float above(float v) { return std::nextafter(v, kInfinity); }
 
 template <class Operation>
 void expectZeroAndMessage(Operation operation, const std::string& message) {

@@ -11,6 +11,6 @@ final class CheckedCalls {
       if (triples[2] > 0)
         found += triples.length / 3;
     }
-    System.out.println(found + " centres");
+    System.out.println(found + " centers");
   }
 }

@@ -35,7 +35,7 @@ final class IjScreenshot {
     System.exit(0); // ImageJ and its dialog are open
   }
 
-  /** Writes the picture. The result is where it shows the centres. */
+  /** Writes the picture. The result is where it shows the centers. */
   static List<Point> take(Path file) throws Exception {
     ImageJ imagej = IJ.getInstance();
     ImagePlus image = IjCommand.open("dsb_large_a");

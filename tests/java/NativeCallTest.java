@@ -199,6 +199,6 @@ class NativeCallTest {
   @Test
   void aCheckingJavaMachineFindsNoFault() throws Exception {
     Program.Result result = Program.run(Program.java(List.of("-Xcheck:jni"), "CheckedCalls"));
-    assertEquals(new Program.Result(0, "2 centres\n", ""), result);
+    assertEquals(new Program.Result(0, "2 centers\n", ""), result);
   }
 }

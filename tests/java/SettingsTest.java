@@ -17,14 +17,14 @@ class SettingsTest {
 
   @Test
   void theEndsOfTheRangesAreAllowed() {
-    Settings least = new Settings(1, 0, 1);
-    assertEquals(1, least.maxRadius());
-    assertEquals(0, least.threshold());
-    assertEquals(1, least.scale());
-    Settings most = new Settings(1000, Integer.MAX_VALUE, 1000);
-    assertEquals(1000, most.maxRadius());
-    assertEquals(Integer.MAX_VALUE, most.threshold());
-    assertEquals(1000, most.scale());
+    Settings min = new Settings(1, 0, 1);
+    assertEquals(1, min.maxRadius());
+    assertEquals(0, min.threshold());
+    assertEquals(1, min.scale());
+    Settings max = new Settings(1000, Integer.MAX_VALUE, 1000);
+    assertEquals(1000, max.maxRadius());
+    assertEquals(Integer.MAX_VALUE, max.threshold());
+    assertEquals(1000, max.scale());
     assertEquals(1000, Settings.LARGEST);
   }
 }

@@ -26,7 +26,7 @@ class SoakTest {
     assertTrue(v[1] > 15, result::out); // most images have objects
     assertEquals(0, v[2], result::out); // and always the same ones
     assertTrue(v[4] < 256 << 10, result::out);
-    long most = v[3] + calls * 2 * OVERHEAD + MACHINE;
-    assertTrue(v[5] <= most, () -> result.out() + " and at most " + most);
+    long max = v[3] + calls * 2 * OVERHEAD + MACHINE;
+    assertTrue(v[5] <= max, () -> result.out() + " and at most " + max);
   }
 }

@@ -1,7 +1,7 @@
-// Prints the centres that the native method must find in a PGM image, by the library's C++
+// Prints the centers that the native method must find in a PGM image, by the library's C++
 // interface:
 //   expected_centers IMAGE MAX_RADIUS THRESHOLD SCALE [dark]
-// A line for each centre: column, row and weight. For dark objects the image is inverted.
+// A line for each center: column, row and weight. For dark objects the image is inverted.
 #include <cstdlib>
 #include <iostream>
 #include <memory>

@@ -42,7 +42,8 @@ const TwoSigmas kTwoSigmas[] = {
     {"dYZZ", scalespace::dYZZ, {0, 1, 2}, {0, 1, 2}},
 };
 
-const Shape kShapes[] = {{9, 7, 4}, {8, 6}, {5, 4, 1, 3, 2}, {11, 1, 3}, {1, 12, 5}, {1, 1}};
+const Shape kDerivativeShapes[] = {{9, 7, 4},  {8, 6},     {5, 4, 1, 3, 2},
+                                   {11, 1, 3}, {1, 12, 5}, {1, 1}};
 
 template <class T>
 class Derivatives : public testing::Test {};
@@ -51,7 +52,7 @@ TYPED_TEST_SUITE(Derivatives, PixelTypes);
 TYPED_TEST(Derivatives, WithOneSigmaUseItOnAllAxes) {
   Random random(21);
   for (const OneSigma& row : kOneSigma) {
-    for (const Shape& shape : kShapes) {
+    for (const Shape& shape : kDerivativeShapes) {
       const auto img = randomImage<TypeParam>(random, shape);
       const float s = randomSigma(random);
       EXPECT_TRUE(sameImage(row.function(img, s), reference::gaussian(img, {s, s, s}, row.orders)))
@@ -63,7 +64,7 @@ TYPED_TEST(Derivatives, WithOneSigmaUseItOnAllAxes) {
 TYPED_TEST(Derivatives, SmoothTheThirdAxisWithSigmaOneAsIntended) {
   Random random(22);
   for (const TwoSigmas& row : kTwoSigmas) {
-    for (const Shape& shape : kShapes) {
+    for (const Shape& shape : kDerivativeShapes) {
       const auto img = randomImage<TypeParam>(random, shape);
       const float s[] = {1.0F, randomSigma(random), randomSigma(random)};
       const reference::Triple sigma{s[row.sigmaOf[0]], s[row.sigmaOf[1]], s[row.sigmaOf[2]]};
@@ -76,7 +77,7 @@ TYPED_TEST(Derivatives, SmoothTheThirdAxisWithSigmaOneAsIntended) {
 
 TYPED_TEST(Derivatives, WithThreeSigmasUseOneOnEachAxis) {
   Random random(23);
-  for (const Shape& shape : kShapes) {
+  for (const Shape& shape : kDerivativeShapes) {
     const auto img = randomImage<TypeParam>(random, shape);
     const reference::Triple s{randomSigma(random), randomSigma(random), randomSigma(random)};
     EXPECT_TRUE(

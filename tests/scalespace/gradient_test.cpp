@@ -6,13 +6,11 @@
 #include "orva/scalespace/scalespace.h"
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 #include "tests/support/test_images.h"
 
 namespace orva::test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 template <class T>
 class GradientMatchesReferenceAtEveryWidth : public testing::Test {};

@@ -15,12 +15,10 @@
 #include "tests/support/images.h"
 #include "tests/support/reference/scalespace.h"
 #include "tests/support/reference/selection.h"
+#include "tests/support/special_values.h"
 
 namespace orva::test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 struct Form {
   std::string name;

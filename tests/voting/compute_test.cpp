@@ -113,7 +113,7 @@ TEST(Compute, SetsTheWidthsOfAllConeTypesToThoseOfTheAccumulator) {
   EXPECT_EQ(probe.npix_, 31 * 17);
 }
 
-// The threshold of centres is a number of votes, or a share of the largest vote.
+// The threshold of centers is a number of votes, or a share of the largest vote.
 TEST(Compute, SelectsVotesAboveTheThreshold) {
   for (const bool isAbsolute : {true, false}) {
     for (const float threshold : {0.3F, 0.5F, 0.9F}) {
@@ -160,7 +160,7 @@ TEST(Compute, DropsVotesInTheMargin) {
       return std::accumulate(votes.pixels(), votes.pixels() + votes.npix(), 0.0);
     };
     EXPECT_GT(sumOf(probe.acc_), sumOf(*inside)) << type;
-    // Only votes within the image make centres.
+    // Only votes within the image make centers.
     image<unsigned char> mask = blank<unsigned char>({12, 12});
     for (int i = 0; i < mask.npix(); ++i) mask.setPixel(i, inside->pixel(i) > 0.0F ? 255.0F : 0.0F);
     int n = 0;

@@ -12,14 +12,13 @@
 #include "tests/support/images.h"
 #include "tests/support/memory_limit.h"
 #include "tests/support/shapes.h"
+#include "tests/support/special_values.h"
 #include "tests/support/symmetries.h"
 #include "tests/voting/probe.h"
 
 namespace orva::test {
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr int kLongestSide = 32767;
 
 const std::string kTooLarge =

@@ -5,12 +5,11 @@
 
 #include "tests/support/images.h"
 #include "tests/support/reference/voting.h"
+#include "tests/support/special_values.h"
 #include "tests/voting/probe.h"
 
 namespace orva::test {
 namespace {
-
-const float kNaN = std::nanf("");
 
 TEST(VotingMatchesReference, ForNansInEverySetting) {
   Random random(73);

@@ -1,4 +1,4 @@
-// The whole computation against the reference implementation, bit for bit: centres, weights, votes,
+// The whole computation against the reference implementation, bit for bit: centers, weights, votes,
 // points and cones.
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 namespace orva::test {
 namespace {
 
-// Returns the number of centres.
+// Returns the number of centers.
 std::size_t expectMatchesReference(const VotingParams& params, const Image& img) {
   Probe probe(params);
   probe.compute(img);

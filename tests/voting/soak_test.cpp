@@ -134,15 +134,15 @@ TEST(Soak, TakesNoMoreMemoryAndFindsTheSame) {
   EXPECT_LE(residentBytes() - residentBefore, kMaxResident);
 }
 
-// The inputs are not all without a centre, nor alike.
+// The inputs are not all without a center, nor alike.
 TEST(Soak, HasInputsThatFindDifferentThings) {
   std::vector<std::uint64_t> results;
-  int withCentres = 0;
+  int withCenters = 0;
   for (const Input& input : inputs()) {
     results.push_back(resultOf(input));
-    if (!computed(input.params, *input.img).centers().empty()) ++withCentres;
+    if (!computed(input.params, *input.img).centers().empty()) ++withCenters;
   }
-  EXPECT_GT(withCentres, kInputs / 2);
+  EXPECT_GT(withCenters, kInputs / 2);
   std::sort(results.begin(), results.end());
   EXPECT_GT(std::unique(results.begin(), results.end()) - results.begin(), kInputs * 3 / 4);
 }

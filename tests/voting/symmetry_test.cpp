@@ -1,13 +1,13 @@
-// Centres of turned images.
+// Centers of turned images.
 //
 // The cones are not exactly alike in all directions, all of which is intended: cells left of and
 // above a point are truncated, not rounded, an angle just below a full turn stays in the last of
 // 256 bins, of equal votes the first cell counts, and the middle of a region of votes is rounded
 // down. A mirrored cell is one pixel off at most, and so is a middle for being rounded down: so a
-// turned image has its centres where they were up to two pixels an axis. Faint further regions of
+// turned image has its centers where they were up to two pixels an axis. Faint further regions of
 // votes come and go; only the strongest at each object is compared. Noise breaks the votes of an
 // object into regions, and which of them is the strongest may change: then only the rule of scoring
-// holds, that a centre belongs to an object within half its radius or three pixels of its middle.
+// holds, that a center belongs to an object within half its radius or three pixels of its middle.
 // (An image shifted in a frame is exact: compute_test.cpp.)
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ Place turned(const Place& p, std::size_t turn) {
   return {p.y, p.x};
 }
 
-// Of the centres in reach of a place.
+// Of the centers in reach of a place.
 Place strongestNear(const Probe& probe, const Place& place, double reach) {
   Place best{-1000, -1000};
   float maxWeight = 0.0F;
@@ -81,8 +81,8 @@ void expectTurnedCenters(const image<float>& img, const std::vector<Disc>& discs
       const Place middle{d.x, d.y};
       const Place before = strongestNear(plain, middle, d.radius);
       const Place after = strongestNear(other, turned(middle, t), d.radius);
-      ASSERT_GE(before.x, 0) << "no centre in the disc";
-      ASSERT_GE(after.x, 0) << "no centre in the turned disc";
+      ASSERT_GE(before.x, 0) << "no center in the disc";
+      ASSERT_GE(after.x, 0) << "no center in the turned disc";
       const double reach = std::max(3.0, 0.5 * d.radius);
       EXPECT_LE(distanceOf(before, middle), reach);
       EXPECT_LE(distanceOf(after, turned(middle, t)), reach) << "turn " << t;

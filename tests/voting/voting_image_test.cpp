@@ -12,7 +12,7 @@ TEST(VotingImage, TakenEarlierStaysAsItIs) {
   image<float> taken = probe.votingImage();
   const image<float> before = taken.duplicate();
   EXPECT_GT(taken.max(), 0.0F);
-  // Of the same size, once with other centres and once without any.
+  // Of the same size, once with other centers and once without any.
   probe.compute(discImage<float>({40, 36}, {{12, 20, 7}, {29, 11, 5}}, 90.0F, 1.0F));
   EXPECT_TRUE(sameImage(taken, before));
   EXPECT_FALSE(sameImage(probe.votingImage(), before));

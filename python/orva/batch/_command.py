@@ -143,7 +143,7 @@ def main(argv: list[str] | None = None) -> int:
         with tempfile.TemporaryFile(dir=out):
             pass
     except OSError as error:
-        parser.error(f"--out {arguments.out} can not be written to: {error.strerror}")
+        parser.error(f"--out {arguments.out} cannot be written to: {error.strerror}")
     try:
         results = _run(jobs, out, arguments.scheduler, min(workers, len(jobs)))
         failed = [r for r in results if r.error]

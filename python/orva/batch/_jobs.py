@@ -21,7 +21,7 @@ import numpy as np
 
 import orva
 
-from ._tiles import MOST_SIDE, find_centers_in_tiles
+from ._tiles import MAX_SIDE, find_centers_in_tiles
 
 _NO_ANSWER = 70  # a status with which the library never exits
 
@@ -176,7 +176,7 @@ def _run(job: Job) -> Result:
         settings = dict(job.settings)
         plane = orva.read(job.image, frame=settings.pop("frame", 0))
         height, width = plane.shape
-        if max(plane.shape) > MOST_SIDE:
+        if max(plane.shape) > MAX_SIDE:
             centers = find_centers_in_tiles(plane, **settings)
         else:
             centers = orva.find_centers(plane, **settings)

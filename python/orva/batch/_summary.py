@@ -44,10 +44,10 @@ def write_summary(directory: pathlib.Path, results: list[Result]) -> None:
 
 def _name(stem: str) -> str:
     """What stands under a bar: one line of letters that can be drawn."""
-    most = 32
+    maximum = 32
     name = " ".join(stem.encode("utf-8", "backslashreplace").decode("utf-8").split())
-    if len(name) > most:
-        name = name[: most // 2] + "\N{HORIZONTAL ELLIPSIS}" + name[-most // 2 :]
+    if len(name) > maximum:
+        name = name[: maximum // 2] + "\N{HORIZONTAL ELLIPSIS}" + name[-maximum // 2 :]
     return name.replace("$", r"\$")  # which would begin a formula
 
 

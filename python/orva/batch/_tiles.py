@@ -13,14 +13,15 @@ import numpy.typing as npt
 import orva
 
 from .. import _options as options
+from .. import _orva
 from .._arrays import IMAGE_TYPES, require
-from .._voting import MOST_LEVEL, complete
+from .._voting import MAX_LEVEL, complete
 
 # Images with a longer side are divided into tiles.
-MOST_SIDE = 8192
+MAX_SIDE = 8192
 
 _TILE = 4096
-_MOST_SEEN = 16384  # the largest side of a tile with its overlap, limited by memory
+_MAX_SEEN = 16384  # the largest side of a tile with its overlap, limited by memory
 _CENTER = np.dtype([("x", np.int32), ("y", np.int32), ("weight", np.float32)])
 _NEGLIGIBLE = 0.001  # gradients up to this value do not vote
 
@@ -52,7 +53,7 @@ def reach_of(settings: dict[str, Any]) -> int:
     votes within its reach, each of which came from a point within another.
     """
     radius, width, sigma = _settled(settings)
-    margin = int(math.hypot(width, radius) + 3)
+    margin = _orva.vote_margin(width, radius)
     passes = 1
     while width > 0:
         width = int(radius * math.tan(0.7 * math.atan(width / radius)))
@@ -150,7 +151,7 @@ def find_centers_in_tiles(
         while may_grow and is_cut:
             wider *= 2
             t = _Tile(t.own, _around(t.own, shape, wider))
-            if max(t.seen[1] - t.seen[0], t.seen[3] - t.seen[2]) > _MOST_SEEN:
+            if max(t.seen[1] - t.seen[0], t.seen[3] - t.seen[2]) > _MAX_SEEN:
                 warnings.warn("a region of votes is too long for the tiles and is cut", stacklevel=2)
                 break
             centers, is_cut = _centers(image, t, shape, factor, settings)
@@ -167,7 +168,7 @@ def _centers(
 ) -> tuple[npt.NDArray[np.void], bool]:
     """The centers that the tile owns, as find_centers() finds them.
 
-    Also whether one of them may belong to a region that goes on where the tile can not tell.
+    Also whether one of them may belong to a region that goes on where the tile cannot tell.
     """
     votes = orva.vote_field(_block(image, t.seen, factor), **settings)
     labels, _ = orva.label(votes > np.float32(settings["threshold"]))
@@ -187,10 +188,10 @@ def _centers(
         ("ymin", "ymax", *t.seen[:2], *t.own[:2], shape[0]),
         ("xmin", "xmax", *t.seen[2:], *t.own[2:], shape[1]),
     ):
-        least, most = regions[low] + first, regions[high] + first
-        is_open |= (first > 0) & (least < first + reach)
-        is_open |= (last < size) & (most >= last - reach)
-        meets &= (least < end) & (most >= start)
+        lowest, highest = regions[low] + first, regions[high] + first
+        is_open |= (first > 0) & (lowest < first + reach)
+        is_open |= (last < size) & (highest >= last - reach)
+        meets &= (lowest < end) & (highest >= start)
     return centers[own], bool(np.any(is_open & meets))
 
 
@@ -220,8 +221,8 @@ def _absolute(
     gradient = settings["gradient"]
     if gradient is None:
         gradient = float(np.float32(share) * np.float32(strongest))
-        if not gradient < MOST_LEVEL:
-            gradient = MOST_LEVEL
+        if not gradient < MAX_LEVEL:
+            gradient = MAX_LEVEL
     settings["gradient"] = gradient
     if not is_relative:
         return settings, 1.0, 1.0
@@ -230,7 +231,7 @@ def _absolute(
     # With the strongest gradient from 1 to 2 votes stay below the largest float for any power, and
     # none is too faint to count that a share counts. A power of two changes no digit.
     factor = 2.0 ** -math.floor(math.log2(strongest))
-    settings["gradient"] = min(gradient * factor, MOST_LEVEL)
+    settings["gradient"] = min(gradient * factor, MAX_LEVEL)
     settings["threshold"] = 0.0
     settings["threshold"] = relative * _most(
         _inside(orva.vote_field(_block(image, t.seen, factor), **settings), t) for t in tiles

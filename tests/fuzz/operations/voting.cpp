@@ -85,7 +85,7 @@ bool isTooLarge(const reference::VotingParams& params, const Image& img) {
   return std::max(img.nx(), img.ny()) + 2.0 * marginOf(params) > 32767.0;
 }
 
-// No centres of an image without pixels, nor of one with too wide a margin, which is reported.
+// No centers of an image without pixels, nor of one with too wide a margin, which is reported.
 bool hasNoVotes(const reference::VotingParams& params, const Image& img) {
   return img.isNull() || isTooLarge(params, img);
 }
@@ -95,7 +95,7 @@ void requireNoVotes(Probe& probe, const reference::VotingParams& params, const I
   const std::string warning =
       "In CircularVoting::compute\n   Warning: image is too large, no centers\n";
   require(reported == (img.isNull() ? "" : warning), "a warning of images that are too large");
-  require(probe.center_weights().empty() && probe.points_.empty(), "no centres and no points");
+  require(probe.center_weights().empty() && probe.points_.empty(), "no centers and no points");
   // An image without pixels has accumulators of its size and margin, without votes.
   const bool hasAccumulator = !isTooLarge(params, img);
   const int pad = hasAccumulator ? 2 * static_cast<int>(marginOf(params)) : 0;
@@ -121,7 +121,7 @@ void requireSameVoting(Probe& probe, const reference::Voting& expected) {
   requireSame(probe.acc_, expected.acc, "the accumulator");
   requireSame(probe.prevAcc_, expected.prevAcc, "the previous accumulator");
   requireSame(probe.votingImage(), expected.votingImage, "the voting image");
-  requireSame(probe.center_weights(), expected.weights, "the weights of the centres");
+  requireSame(probe.center_weights(), expected.weights, "the weights of the centers");
   require(sameCones(probe.cones_, expected.cones), "the cones as the references");
 }
 
@@ -134,15 +134,15 @@ void voting(Input& in) {
   const std::string reported = compute(probe, params, *img);
   if (hasNoVotes(params, *img)) {
     requireNoVotes(probe, params, *img, reported);
-    require(probe.centers().empty(), "no centres");
+    require(probe.centers().empty(), "no centers");
     return;
   }
   const reference::Voting expected = reference::compute(params, *img);
   requireSameVoting(probe, expected);
-  requireSame(probe.centers(), expected.centers, "the centres");
+  requireSame(probe.centers(), expected.centers, "the centers");
 }
 
-// With the same object; the centres of both computations stay.
+// With the same object; the centers of both computations stay.
 void votingTwice(Input& in) {
   const reference::VotingParams first = takeParams(in);
   const std::unique_ptr<Image> a = takeVotingPicture(in);
@@ -160,7 +160,7 @@ void votingTwice(Input& in) {
     requireSameVoting(probe, expected);
     centers.insert(centers.end(), expected.centers.begin(), expected.centers.end());
   }
-  requireSame(probe.centers(), centers, "the centres of two computations");
+  requireSame(probe.centers(), centers, "the centers of two computations");
 }
 
 void cones(Input& in) {

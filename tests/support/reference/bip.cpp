@@ -178,7 +178,7 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
                                   std::lower_bound(all.begin(), all.end(), labels.volumeSize()));
     RegionFeature f;
     f.npix = static_cast<int>(pixels.size());
-    const auto axis = [&pixels](auto coordinate, int& low, int& high, int& centre) {
+    const auto axis = [&pixels](auto coordinate, int& low, int& high, int& center) {
       std::int64_t sum = 0;
       low = high = coordinate(pixels[0]);
       for (int i : pixels) {
@@ -186,7 +186,7 @@ std::vector<RegionFeature> regionFeatures(const image<short>& labels, int n,
         high = std::max(high, coordinate(i));
         sum += coordinate(i);
       }
-      centre = static_cast<int>(sum / static_cast<std::int64_t>(pixels.size()));
+      center = static_cast<int>(sum / static_cast<std::int64_t>(pixels.size()));
     };
     if (f.npix > 0) {
       const int nx = labels.nx();
@@ -277,9 +277,9 @@ image<unsigned char> edge(const image<T>& img) {
   image<unsigned char> result(img.nx(), img.ny(), 1, 1, 1);
   for (int y = 1; y <= img.ny() - 2; ++y) {
     for (int x = 1; x <= img.nx() - 2; ++x) {
-      const T centre = img.pixels()[x + y * img.nx()];
-      int equal = centre == centre ? 1 : 0;
-      for (const T& v : ring(img, x, y)) equal += v == centre ? 1 : 0;
+      const T center = img.pixels()[x + y * img.nx()];
+      int equal = center == center ? 1 : 0;
+      for (const T& v : ring(img, x, y)) equal += v == center ? 1 : 0;
       if (equal <= 7) result.pixels()[x + y * img.nx()] = 255;
     }
   }

@@ -121,7 +121,7 @@ image<float> magnitudes(const VotingParams& s, const Image& img, image<float>& g
   return m;
 }
 
-// The centres from the final votes; what was found before stays in the lists of points.
+// The centers from the final votes; what was found before stays in the lists of points.
 void extractCenters(const VotingParams& s, int nx, int ny, Voting& v) {
   image<float> votes(nx, ny, 1, 1, 1);
   float maxVote = 0.0F;
