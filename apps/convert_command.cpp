@@ -26,7 +26,7 @@ ConvertCommand::ConvertCommand(CommandLine& line)
                     "Map the range of grey pixels to 0..255, whatever the format");
 }
 
-int ConvertCommand::run() const {
+int ConvertCommand::run() {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
     const auto img = readInput(input_, frame_,

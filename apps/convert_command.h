@@ -13,7 +13,7 @@ class ConvertCommand : public Subcommand {
  public:
   explicit ConvertCommand(CommandLine& line);
 
-  int run() const override;
+  int run() override;
 
  private:
   std::string input_;

@@ -86,7 +86,7 @@ FilterCommand::FilterCommand(CommandLine& line)
   addFrameOption(frame_);
 }
 
-int FilterCommand::run() const {
+int FilterCommand::run() {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
     const auto img = readInput(input_, frame_, ColourUse::kLuminance);

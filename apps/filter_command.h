@@ -13,7 +13,7 @@ class FilterCommand : public Subcommand {
  public:
   explicit FilterCommand(CommandLine& line);
 
-  int run() const override;
+  int run() override;
 
  private:
   std::string input_;

@@ -161,7 +161,7 @@ InfoCommand::InfoCommand(CommandLine& line)
       .required();
 }
 
-int InfoCommand::run() const {
+int InfoCommand::run() {
   return statusOf(file_, [this] { print(describe(file_), "the description"); });
 }
 

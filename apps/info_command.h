@@ -12,7 +12,7 @@ class InfoCommand : public Subcommand {
  public:
   explicit InfoCommand(CommandLine& line);
 
-  int run() const override;
+  int run() override;
 
  private:
   std::string file_;

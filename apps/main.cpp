@@ -10,6 +10,7 @@
 #include "apps/command_line.h"
 #include "apps/convert_command.h"
 #include "apps/filter_command.h"
+#include "apps/find_command.h"
 #include "apps/info_command.h"
 #include "apps/measure_command.h"
 #include "apps/vote_command.h"
@@ -25,11 +26,14 @@ int run(int argc, char** argv) {
       "orva", "Image analysis for microscope images",
       "Example: the centers of the bright nuclei in an image\n"
       "  orva vote --max-radius 20 --overlay nuclei.png nuclei.pgm\n"
+      "and nuclei of any size and brightness, with nothing told\n"
+      "  orva find --overlay found.png nuclei.pgm\n"
       "`orva NAME --help` explains a subcommand.\n"
       "\n"
       "The exit status is 0, 1 when an image or a file failed, or 2 for a usage error.",
       "orva " ORVA_VERSION);
   std::vector<std::unique_ptr<Subcommand>> subcommands;
+  subcommands.push_back(std::make_unique<FindCommand>(line));
   subcommands.push_back(std::make_unique<VoteCommand>(line));
   subcommands.push_back(std::make_unique<MeasureCommand>(line));
   subcommands.push_back(std::make_unique<FilterCommand>(line));

@@ -131,7 +131,7 @@ void MeasureCommand::summarize(float threshold, std::size_t regions) const {
   std::cout << "threshold: " << shortestDecimal(threshold) << "\nregions: " << regions << std::endl;
 }
 
-int MeasureCommand::run() const {
+int MeasureCommand::run() {
   if (maxSize_ && *maxSize_ < minSize_) {
     throw UsageError("--max-size", "must not be below --min-size");
   }

@@ -14,7 +14,7 @@ class MeasureCommand : public Subcommand {
  public:
   explicit MeasureCommand(CommandLine& line);
 
-  int run() const override;
+  int run() override;
 
  private:
   void measure() const;

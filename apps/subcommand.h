@@ -25,7 +25,7 @@ class Subcommand {
   bool isChosen() const { return options_.areChosen(); }
 
   // Throws UsageError for options that do not go together. Returns the exit status.
-  virtual int run() const = 0;
+  virtual int run() = 0;
 
  protected:
   explicit Subcommand(const Options& options) : options_(options) {}

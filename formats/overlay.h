@@ -1,4 +1,4 @@
-// The picture of a result: the grey image with a coloured cross at each center.
+// The picture of a result: the grey image with coloured marks.
 #ifndef ORVA_FORMATS_OVERLAY_H
 #define ORVA_FORMATS_OVERLAY_H
 
@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/vote.h"
+#include "orva/detect/detect.h"
 #include "orva/image/image.h"
 
 namespace orva::formats {
@@ -13,6 +14,9 @@ namespace orva::formats {
 // A PNG file of the first frame of `img`, stretched to the whole grey range, with orange crosses on
 // a black rim, their arms a quarter of `radius` long but readable in any case.
 std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& centers, int radius);
+
+// The same with an orange circle of its radius around each object.
+std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Object>& objects);
 
 }  // namespace orva::formats
 

@@ -1,0 +1,121 @@
+#include "formats/result_table.h"
+
+#include <array>
+#include <charconv>
+#include <nlohmann/json.hpp>
+
+#include "formats/text.h"
+
+namespace orva::formats {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using orva::voting::CircularVoting;
+
+const char* nameOf(CircularVoting::RegionType polarity) {
+  switch (polarity) {
+    case CircularVoting::Bright:
+      return "bright";
+    case CircularVoting::Dark:
+      return "dark";
+    default:
+      return "both";
+  }
+}
+
+double parsed(const std::string& text) {
+  double value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+// A double that prints as shortly as the float does.
+double asJson(float v) { return parsed(shortestDecimal(v)); }
+
+// Lengths and scores in thousandths, which is finer than any of them is known.
+std::string rounded(float v) {
+  std::array<char, 64> text{};
+  return {
+      text.data(),
+      std::to_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed, 3).ptr};
+}
+
+double asRoundedJson(float v) { return parsed(rounded(v)); }
+
+std::string documentOf(const ImageFacts& facts, const Json& settings, const char* what,
+                       const Json& found) {
+  const Json document{{"image", facts.file},    {"frame", facts.frame}, {"width", facts.width},
+                      {"height", facts.height}, {"settings", settings}, {what, found}};
+  return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace
+
+const char* nameOf(detect::Polarity polarity) {
+  return polarity == detect::Polarity::Bright ? "bright" : "dark";
+}
+
+std::string centersAsCsv(const std::vector<Center>& centers) {
+  std::string text = "x,y,weight\n";
+  for (const Center& c : centers) {
+    text +=
+        std::to_string(c.x) + ',' + std::to_string(c.y) + ',' + shortestDecimal(c.weight) + '\n';
+  }
+  return text;
+}
+
+std::string centersAsJson(const ImageFacts& facts, const VoteSettings& s,
+                          const VoteResult& result) {
+  Json settings{{"polarity", nameOf(s.polarity)},     {"min_radius", s.minRadius},
+                {"max_radius", s.maxRadius},          {"cone_width", result.used.coneWidth},
+                {"sigma", asJson(result.used.sigma)}, {"gradient", asJson(result.used.gradient)}};
+  if (!s.gradient) settings["relative_gradient"] = asJson(s.relativeGradient);
+  if (s.threshold) {
+    settings["threshold"] = asJson(*s.threshold);
+  } else {
+    settings["relative_threshold"] = asJson(s.relativeThreshold);
+  }
+  settings["edges"] = s.edges;
+  settings["power"] = asJson(s.power);
+
+  Json centers = Json::array();
+  for (const Center& c : result.centers) {
+    centers.push_back({{"x", c.x}, {"y", c.y}, {"weight", asJson(c.weight)}});
+  }
+  return documentOf(facts, settings, "centers", centers);
+}
+
+std::string objectsAsCsv(const std::vector<detect::Object>& objects) {
+  std::string text = "x,y,radius,score\n";
+  for (const detect::Object& o : objects) {
+    text +=
+        rounded(o.x) + ',' + rounded(o.y) + ',' + rounded(o.radius) + ',' + rounded(o.score) + '\n';
+  }
+  return text;
+}
+
+std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& s,
+                          const detect::FindResult& result) {
+  Json settings{{"radius", asRoundedJson(result.used.radius)},
+                {"polarity", nameOf(result.used.polarity)},
+                {"min_score", asJson(s.minScore)}};
+  if (s.minRadius) settings["min_radius"] = asJson(*s.minRadius);
+  if (s.maxRadius) settings["max_radius"] = asJson(*s.maxRadius);
+  Json estimated = Json::array();
+  if (!s.radius) estimated.push_back("radius");
+  if (!s.polarity) estimated.push_back("polarity");
+  settings["estimated"] = estimated;
+  settings["confidence"] = asRoundedJson(result.used.confidence);
+
+  Json objects = Json::array();
+  for (const detect::Object& o : result.objects) {
+    objects.push_back({{"x", asRoundedJson(o.x)},
+                       {"y", asRoundedJson(o.y)},
+                       {"radius", asRoundedJson(o.radius)},
+                       {"score", asRoundedJson(o.score)},
+                       {"coverage", asRoundedJson(o.coverage)}});
+  }
+  return documentOf(facts, settings, "objects", objects);
+}
+
+}  // namespace orva::formats
