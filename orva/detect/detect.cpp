@@ -18,7 +18,7 @@ namespace {
 constexpr double kObjectScore = 0.5;   // from which on a candidate is evidence
 constexpr std::size_t kSampled = 600;  // seeds per polarity that the estimate looks at
 constexpr double kLowestLogit = -1000;
-constexpr float kToldRange = 2.0F;  // radii around a given one, as a factor
+constexpr float kToldRange = 2.5F;  // radii around a given one, as a factor
 
 void require(bool holds, const char* what) {
   if (!holds) throw std::invalid_argument(std::string("orva::detect::FindSettings: ") + what);

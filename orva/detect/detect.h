@@ -42,7 +42,7 @@ struct SettingsEstimate : Settings {
 /// What to look for. Everything left open comes from the image.
 struct FindSettings {
   std::optional<float> radius;       ///< typical radius of the objects in pixels, above 0; objects
-                                     ///< of half to twice this radius are found
+                                     ///< of 0.4 to 2.5 times this radius are found
   std::optional<float> minRadius;    ///< smaller objects are left out; in pixels, at least 0
   std::optional<float> maxRadius;    ///< larger objects are left out; at least minRadius
   std::optional<Polarity> polarity;  ///< which objects are looked for

@@ -45,6 +45,7 @@ std::optional<Context> contextOf(const std::vector<Candidate>& candidates,
     return weightedMedian(std::move(values));
   };
   Context context{};
+  context.isTold = radius.has_value();
   context.logRadius = naturalLog(
       radius ? *radius : median([](const Candidate& c) { return static_cast<double>(c.radius); }));
   context.logContrast = median(logContrast);
@@ -66,15 +67,14 @@ std::array<double, kContextTerms> contextTerms(const Candidate& c, const Context
 }
 
 void scoreInContext(std::vector<Candidate>& candidates, const Context& context) {
+  const auto& weights = context.isTold ? kToldWeights : kInContextWeights;
   for (Candidate& c : candidates) {
-    double logit = kInContextBias;
-    for (std::size_t k = 0; k < kMeasures; ++k) {
-      logit += weighed(kInContextWeights[k], c.measures[k]);
-    }
-    logit += weighed(kInContextWeights[kMeasures], std::clamp(c.logit, -kMaxLogit, kMaxLogit));
+    double logit = context.isTold ? kToldBias : kInContextBias;
+    for (std::size_t k = 0; k < kMeasures; ++k) logit += weighed(weights[k], c.measures[k]);
+    logit += weighed(weights[kMeasures], std::clamp(c.logit, -kMaxLogit, kMaxLogit));
     const std::array<double, kContextTerms> terms = contextTerms(c, context);
     for (std::size_t k = 0; k < kContextTerms; ++k) {
-      logit += weighed(kInContextWeights[kMeasures + 1 + k], terms[k]);
+      logit += weighed(weights[kMeasures + 1 + k], terms[k]);
     }
     c.logit = logit;
   }

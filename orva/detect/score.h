@@ -17,6 +17,7 @@ struct Context {
   double logEdge;  // of the mean edge
   double inside;   // brightness, negated for dark objects
   double outside;
+  bool isTold;  // whether the radius was given
 };
 
 // Sets the logit of each candidate from its own measures.

@@ -14,7 +14,7 @@
 namespace orva::test {
 namespace {
 
-struct Row {
+struct NameCase {
   std::string in;
   std::string out;
 };
@@ -22,7 +22,7 @@ struct Row {
 // Both forms of an operation give the rows.
 void expectRows(const std::function<std::string(const char*)>& ofChars,
                 const std::function<std::string(const std::string&)>& ofString,
-                const std::vector<Row>& rows) {
+                const std::vector<NameCase>& rows) {
   for (const auto& [in, out] : rows) {
     EXPECT_EQ(ofChars(in.c_str()), out) << in;
     EXPECT_EQ(ofString(in), out) << in;

@@ -9,7 +9,7 @@
 namespace orva::reference {
 namespace {
 
-struct Voxel {
+struct LabelVoxel {
   int x;
   int y;
   int z;
@@ -18,7 +18,7 @@ struct Voxel {
 constexpr int unlabelled = -2;
 
 // The neighbours of p, which may include p and the same pixel more than once.
-std::vector<Voxel> neighbours(const Image& img, const Voxel& p, int reach, int type) {
+std::vector<LabelVoxel> neighbours(const Image& img, const LabelVoxel& p, int reach, int type) {
   const std::int64_t d = std::max(reach, 0);
   const auto low = [d](int at) { return static_cast<int>(std::max<std::int64_t>(at - d, 0)); };
   const auto high = [d](int at, int size) {
@@ -29,7 +29,7 @@ std::vector<Voxel> neighbours(const Image& img, const Voxel& p, int reach, int t
             {low(p.x), p.y, p.z}, {high(p.x, img.nx()), p.y, p.z},
             {p.x, p.y, low(p.z)}, {p.x, p.y, high(p.z, img.nz())}};
   }
-  std::vector<Voxel> box;
+  std::vector<LabelVoxel> box;
   if (type != 8) return box;
   for (int z = low(p.z); z <= high(p.z, img.nz()); ++z) {
     for (int y = low(p.y); y <= high(p.y, img.ny()); ++y) {
@@ -44,7 +44,7 @@ std::vector<Voxel> neighbours(const Image& img, const Voxel& p, int reach, int t
 template <class T, class Candidate>
 image<short> label(const image<T>& in, int& n, int reach, int type, Candidate candidate) {
   if (in.isNull()) return {0, 1, 1, 1, 1};
-  const auto at = [&in](const Voxel& p) {
+  const auto at = [&in](const LabelVoxel& p) {
     return static_cast<std::size_t>(p.x + in.nx() * (p.y + in.ny() * p.z));
   };
   const auto size = static_cast<std::size_t>(in.volumeSize());
@@ -56,14 +56,14 @@ image<short> label(const image<T>& in, int& n, int reach, int type, Candidate ca
   for (int z = 0; z < in.nz(); ++z) {
     for (int y = 0; y < in.ny(); ++y) {
       for (int x = 0; x < in.nx(); ++x) {
-        const Voxel seed{x, y, z};
+        const LabelVoxel seed{x, y, z};
         if (labels[at(seed)] != unlabelled) continue;
         labels[at(seed)] = count;
-        std::vector<Voxel> open{seed};
+        std::vector<LabelVoxel> open{seed};
         while (!open.empty()) {
-          const Voxel p = open.back();
+          const LabelVoxel p = open.back();
           open.pop_back();
-          for (const Voxel& q : neighbours(in, p, reach, type)) {
+          for (const LabelVoxel& q : neighbours(in, p, reach, type)) {
             if (labels[at(q)] != unlabelled || in.pixels()[at(q)] != in.pixels()[at(seed)])
               continue;
             labels[at(q)] = count;
@@ -292,11 +292,11 @@ template image<unsigned char> edge(const image<int>&);
 template image<unsigned char> edge(const image<float>&);
 
 bool isEdge(const image<short>& labels, int x, int y, int z) {
-  const auto value = [&labels](const Voxel& p) {
+  const auto value = [&labels](const LabelVoxel& p) {
     return labels.pixels()[p.x + labels.nx() * (p.y + labels.ny() * p.z)];
   };
-  const std::vector<Voxel> box = neighbours(labels, {x, y, z}, 1, 8);
-  return std::any_of(box.begin(), box.end(), [&](const Voxel& p) {
+  const std::vector<LabelVoxel> box = neighbours(labels, {x, y, z}, 1, 8);
+  return std::any_of(box.begin(), box.end(), [&](const LabelVoxel& p) {
     return value(p) != value({x, y, z});
   });
 }
