@@ -142,21 +142,22 @@ double longestGap(const Outline& o, double median) {
   return static_cast<double>(std::min(longest, kRays)) / kRays;
 }
 
-// 1 less the length of the mean of the gradients' unit vectors at twice their angle.
-double directionSpread(const Outline& o) {
+// 1 less the length of the mean of the gradients' unit vectors at twice their angle. A gradient
+// below the typical one counts less, so that rays without an edge do not add directions of their
+// own.
+double directionSpread(const Outline& o, double typical) {
   double cosines = 0;
   double sines = 0;
-  int n = 0;
+  double weights = 0;
   for (const RayEdge& ray : o.rays) {
     const double x = ray.gradient.x;
     const double y = ray.gradient.y;
-    const double squared = x * x + y * y;
-    if (!(squared > 0)) continue;
-    cosines += (x * x - y * y) / squared;
-    sines += 2 * x * y / squared;
-    ++n;
+    const double scale = std::max(x * x + y * y, typical * typical);
+    cosines += (x * x - y * y) / scale;
+    sines += 2 * x * y / scale;
+    weights += (x * x + y * y) / scale;
   }
-  return n == 0 ? 0 : 1 - std::sqrt(cosines * cosines + sines * sines) / n;
+  return weights > 0 ? 1 - std::sqrt(cosines * cosines + sines * sines) / weights : 0;
 }
 
 bool isOfLevel(double radius, int level, std::size_t levels) {
@@ -175,7 +176,7 @@ std::optional<Candidate> measured(const std::vector<ScaleLevel>& levels, int ind
   Candidate c;
   std::array<double, kMeasures>& m = c.measures;
   addRayMeasures(o, e, m);
-  m[kDirectionSpread] = directionSpread(o);
+  m[kDirectionSpread] = directionSpread(o, e.median);
   if (m[kCoverage] < kMinCoverage || m[kDirectionSpread] < kMinDirectionSpread) {
     return std::nullopt;
   }
