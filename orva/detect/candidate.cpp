@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMinVisible = 10;  // rays
 constexpr float kMinCoverage = 0.6F;
-constexpr double kMinDirectionSpread = 0.12;
+constexpr double kMinDirectionSpread = 0.2;
 constexpr float kEdgeOfMedian = 0.35F;  // a ray has an edge from this share of the median on
 constexpr double kMinSolidity = 0.75;
 constexpr double kMinContrastToSpread = 0.15;

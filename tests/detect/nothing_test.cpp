@@ -61,7 +61,7 @@ TEST(Nothing, SharpStripesHaveNoObjects) {
   for (const double period : {9.0, 12.0, 20.0, 28.0, 40.0, 80.0}) {
     for (int i = 0; i < 5; ++i) {
       const double angle = (i + 0.37) * 0.62831853;
-      image<float> img = composed(320, 256, [=](int x, int y) {
+      image<float> img = composed(200, 170, [=](int x, int y) {
         const double phase = (x * std::cos(angle) + y * std::sin(angle)) * 6.2831853 / period;
         return std::sin(phase) < 0 ? 48 : 208;
       });
