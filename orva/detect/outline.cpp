@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "orva/detect/sampling.h"
+#include "orva/util/cpu_path.h"
 
 namespace orva::detect {
 namespace {
@@ -29,9 +30,34 @@ struct Profiles {
   std::array<float, kRays> strongest;
 };
 
+// Samples the gradients along one ray up to the border.
+void sampleRay(const ScaleLevel& level, float sign, float x, float y, const Direction& d,
+               const Samples& radii, Samples& edges, int& visible) {
+  for (std::size_t k = 0; k < kRadii; ++k) {
+    const float px = x + radii[k] * d.x;
+    const float py = y + radii[k] * d.y;
+    if (!isInside(level, px, py)) break;
+    ++visible;
+    const Gradient g = gradientAt(level, px, py);
+    edges[k] = -sign * (g.x * d.x + g.y * d.y);
+  }
+}
+
+// The same far from the border.
+void sampleWholeRay(const ScaleLevel& level, float sign, float x, float y, const Direction& d,
+                    const Samples& radii, Samples& edges, int& visible) {
+  for (std::size_t k = 0; k < kRadii; ++k) {
+    const Gradient g =
+        gradientIn(level, BilinearCell::between(level, x + radii[k] * d.x, y + radii[k] * d.y));
+    edges[k] = -sign * (g.x * d.x + g.y * d.y);
+  }
+  visible = kRadii;
+}
+
 // Samples the gradients. False where an outline is impossible.
 bool sample(const ScaleLevel& level, float sign, float x, float y, const Samples& radii,
             Profiles& p) {
+  const bool isWhole = isFarFromBorder(level, x, y, radii.back() + 0.001F);
   std::array<float, kRays> peaks{};
   int n = 0;
   for (std::size_t t = 0; t < kRays; ++t) {
@@ -39,16 +65,12 @@ bool sample(const ScaleLevel& level, float sign, float x, float y, const Samples
     p.strongest[t] = 0;
     p.visible[t] = 0;
     p.edge[t].fill(0.0F);
-    for (std::size_t k = 0; k < kRadii; ++k) {
-      const float px = x + radii[k] * d.x;
-      const float py = y + radii[k] * d.y;
-      if (!isInside(level, px, py)) break;
-      ++p.visible[t];
-      const Gradient g = gradientAt(level, px, py);
-      const float edge = -sign * (g.x * d.x + g.y * d.y);
-      p.edge[t][k] = edge;
-      p.strongest[t] = std::max(p.strongest[t], edge);
+    if (isWhole) {
+      sampleWholeRay(level, sign, x, y, d, radii, p.edge[t], p.visible[t]);
+    } else {
+      sampleRay(level, sign, x, y, d, radii, p.edge[t], p.visible[t]);
     }
+    for (const float edge : p.edge[t]) p.strongest[t] = std::max(p.strongest[t], edge);
     if (p.visible[t] > 3) peaks[static_cast<std::size_t>(n++)] = p.strongest[t];
   }
   if (n < kMinRays) return false;
@@ -133,10 +155,8 @@ float betweenSamples(const Samples& edges, int k, int visible, const Samples& ra
   return radius * (1 + offset * (kRadiusRatio - 1));
 }
 
-}  // namespace
-
-std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, float x, float y,
-                                   Band band) {
+std::optional<Outline> outlineAround(const ScaleLevel& level, Polarity polarity, float x, float y,
+                                     Band band) {
   const Samples radii = radiiOf(band);
   Profiles p;
   const float sign = polarity == Polarity::Bright ? 1.0F : -1.0F;
@@ -165,6 +185,15 @@ std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, f
     o.value += p.reward[t][k] / kRays;
   }
   return o;
+}
+
+}  // namespace
+
+std::optional<Outline> bestOutline(const ScaleLevel& level, Polarity polarity, float x, float y,
+                                   Band band) {
+  std::optional<Outline> outline;
+  onWidestPath([&] { outline = outlineAround(level, polarity, x, y, band); });
+  return outline;
 }
 
 }  // namespace orva::detect
