@@ -14,11 +14,13 @@
 namespace orva::test {
 namespace {
 
+using detect::combinedEstimate;
 using detect::estimateSettings;
 using detect::findObjects;
 using detect::FindSettings;
 using detect::Object;
 using detect::Polarity;
+using detect::SettingsEstimate;
 
 image<float> scene(double grey = 100.0) {
   image<float> img = drawn(200, 160,
@@ -64,6 +66,40 @@ TEST(EstimateSettings, BrightnessScaleDoesNotMatter) {
   image<float> scaled(img.nx(), img.ny(), 1, 1, 1);
   for (int i = 0; i < img.npix(); ++i) scaled.pixels()[i] = img.pixels()[i] * 4096.0F;
   expectSame(found(img), found(scaled));
+}
+
+SettingsEstimate estimateOf(float radius, Polarity polarity, float confidence) {
+  SettingsEstimate e;
+  e.radius = radius;
+  e.polarity = polarity;
+  e.confidence = confidence;
+  e.runnerUp.polarity = polarity == Polarity::Dark ? Polarity::Bright : Polarity::Dark;
+  return e;
+}
+
+TEST(CombinedEstimate, OfNoImagesIsEmpty) {
+  EXPECT_EQ(combinedEstimate({}).radius, 0.0F);
+  EXPECT_EQ(combinedEstimate({SettingsEstimate{}, SettingsEstimate{}}).confidence, 0.0F);
+}
+
+TEST(CombinedEstimate, FollowsThePolarityOfMoreConfidence) {
+  const SettingsEstimate e =
+      combinedEstimate({estimateOf(8, Polarity::Bright, 0.5F), estimateOf(20, Polarity::Dark, 0.9F),
+                        estimateOf(10, Polarity::Bright, 0.7F)});
+  EXPECT_EQ(e.polarity, Polarity::Bright);
+  EXPECT_EQ(e.radius, 10.0F);
+  EXPECT_FLOAT_EQ(e.confidence, 0.4F);  // 1.2 over three images
+  EXPECT_EQ(e.runnerUp.polarity, Polarity::Dark);
+  EXPECT_EQ(e.runnerUp.radius, 20.0F);
+  EXPECT_FLOAT_EQ(e.runnerUp.confidence, 0.3F);
+}
+
+TEST(CombinedEstimate, ImagesWithoutObjectsDoNotCount) {
+  const SettingsEstimate one = estimateOf(9, Polarity::Dark, 0.8F);
+  const SettingsEstimate e = combinedEstimate({SettingsEstimate{}, one, SettingsEstimate{}});
+  EXPECT_EQ(e.polarity, Polarity::Dark);
+  EXPECT_EQ(e.radius, 9.0F);
+  EXPECT_FLOAT_EQ(e.confidence, 0.8F);
 }
 
 TEST(FindSettings, OutOfRangeIsRefused) {

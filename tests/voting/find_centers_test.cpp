@@ -11,6 +11,7 @@
 #include "orva/image/image.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/voting/circularvoting.h"
+#include "tests/support/images.h"
 
 namespace orva::test {
 namespace {
@@ -119,6 +120,21 @@ TEST(VoteField, HoldsTheVotesOfTheCenters) {
   const voting::VoteResult result = voting::findCenters(img, ofRadius(9));
   ASSERT_EQ(result.centers.size(), 1U);
   EXPECT_NEAR(result.centers[0].weight, sum / count, 1e-4 * sum / count);
+}
+
+TEST(VotesWithoutMargin, AreThoseOfTheLastPass) {
+  const image<unsigned char> img = disc();
+  using voting::CircularVoting;
+  CircularVoting search;
+  EXPECT_TRUE(search.votesWithoutMargin().isNull());
+  search.setParams(CircularVoting::Bright, 1, 9, 5, 1.0F, 0.3F, 1.3F, CircularVoting::Power, 0.5F,
+                   false, false);
+  search.compute(img);
+  voting::VoteSettings settings = ofRadius(9);
+  settings.coneWidth = 5;
+  settings.sigma = 1.3F;
+  settings.gradient = 1.0F;
+  EXPECT_TRUE(sameImage(search.votesWithoutMargin(), voteField(img, settings)));
 }
 
 TEST(VoteField, IsEmptyForAnImageWithoutPixels) {
