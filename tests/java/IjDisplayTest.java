@@ -108,7 +108,8 @@ class IjDisplayTest {
   }
 
   @Test
-  void theMenuHasTheCommand() {
+  void theMenuHasTheCommands() {
+    assertEquals("orva.imagej.FindObjectsPlugin", Menus.getCommands().get(IjCommand.FIND));
     assertEquals("orva.imagej.CircularVotingPlugin", Menus.getCommands().get(IjCommand.NAME));
     MenuBar bar = Menus.getMenuBar();
     Menu plugins =
@@ -119,8 +120,8 @@ class IjDisplayTest {
                          .map(Menu.class ::cast)
                          .toList(),
         "Orva");
-    assertEquals(1, orva.getItemCount());
-    assertEquals(IjCommand.NAME, orva.getItem(0).getLabel());
+    assertEquals(List.of(IjCommand.FIND, IjCommand.NAME),
+        IntStream.range(0, orva.getItemCount()).mapToObj(i -> orva.getItem(i).getLabel()).toList());
   }
 
   private static Menu menu(List<Menu> menus, String label) {

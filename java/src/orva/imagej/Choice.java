@@ -80,11 +80,16 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
   }
 
   /** ImageJ finds the key of one option at the end of a longer one, too. */
-  private static boolean isGiven(List<String> words, String key) {
+  static boolean isGiven(List<String> words, String key) {
     return words.stream().anyMatch(word -> word.startsWith(key + "="));
   }
 
-  private static double number(String options, String key, double usual) {
+  /**
+   * A number among the options.
+   *
+   * @throws IllegalArgumentException when it is none
+   */
+  static double number(String options, String key, double usual) {
     String value = Macro.getValue(options, key, String.valueOf(usual));
     try {
       return Double.parseDouble(value);
@@ -100,7 +105,7 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
   }
 
   /** The decimal number that was rounded to the float. */
-  private static double decimal(float value) {
+  static double decimal(float value) {
     return Double.parseDouble(Float.toString(value));
   }
 }
