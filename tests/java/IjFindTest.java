@@ -77,6 +77,14 @@ class IjFindTest {
   }
 
   @Test
+  void optionsMayNameVariablesOfTheMacro() throws Exception {
+    IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "'); r = 15.5; s = 0.6; p = 'bright';"
+        + "run('Find Objects...', 'radius=&r score=s polarity=&p');");
+    assertEquals(expected(OPEN.withRadius(15.5f).withMinScore(0.6f).withPolarity(Polarity.BRIGHT)),
+        IjFound.rows());
+  }
+
+  @Test
   void theEndOfALongerKeyIsNoKey() throws Exception {
     assertEquals(expected(OPEN), IjFound.run(IjCommand.open(SAMPLE), "max_radius=15.5"));
   }

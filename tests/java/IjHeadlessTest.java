@@ -23,6 +23,7 @@ import java.awt.Color;
 import java.util.Arrays;
 import java.util.List;
 import org.junit.jupiter.api.BeforeAll;
+import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -42,6 +43,11 @@ class IjHeadlessTest {
   static void register() {
     System.setProperty("java.awt.headless", "true");
     IjCommand.registerWithoutScreen();
+  }
+
+  @BeforeEach
+  void clearTable() {
+    ResultsTable.getResultsTable().reset(); // so that no rows of another test pass for these
   }
 
   private static List<String> expected() throws Exception {

@@ -1,7 +1,9 @@
 package orva.imagej;
 
 import ij.Macro;
+import ij.macro.Interpreter;
 import java.util.List;
+import java.util.Optional;
 import orva.Settings;
 import orva.VoteSettings;
 
@@ -85,17 +87,29 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
   }
 
   /**
-   * A number among the options.
+   * A number among the options, or a variable of the macro that holds one.
    *
    * @throws IllegalArgumentException when it is none
    */
   static double number(String options, String key, double usual) {
-    String value = Macro.getValue(options, key, String.valueOf(usual));
+    String text = value(options, key, String.valueOf(usual));
+    String value = variable(text).orElse(text); // which needs no ampersand
     try {
       return Double.parseDouble(value);
     } catch (NumberFormatException e) {
       throw new IllegalArgumentException(key + " must be a number, not " + value, e);
     }
+  }
+
+  /** The text of a key, or of the variable of the macro that it names after an ampersand. */
+  static String value(String options, String key, String usual) {
+    String value = Macro.getValue(options, key, usual);
+    return value.startsWith("&") ? variable(value.substring(1)).orElse(value) : value;
+  }
+
+  private static Optional<String> variable(String name) {
+    Interpreter macro = Interpreter.getInstance();
+    return Optional.ofNullable(macro == null ? null : macro.getVariableAsString(name));
   }
 
   private static int whole(String key, double value) {

@@ -1,6 +1,5 @@
 package orva.imagej;
 
-import ij.Macro;
 import java.util.List;
 import java.util.Locale;
 import orva.FindSettings;
@@ -51,7 +50,7 @@ record FindChoice(FindSettings settings, boolean stack, boolean manager) {
     double radius =
         Choice.isGiven(words, RADIUS) ? Choice.number(options, RADIUS, 0) : USUAL.radius();
     double score = Choice.isGiven(words, SCORE) ? Choice.number(options, SCORE, 0) : USUAL.score();
-    return of(radius, Macro.getValue(options, POLARITY, ESTIMATE), score,
+    return of(radius, Choice.value(options, POLARITY, ESTIMATE), score,
         words.contains(Choice.STACK), words.contains(MANAGER));
   }
 
