@@ -123,7 +123,7 @@ public final class CircularVotingPlugin extends SearchPlugin<List<VoteCenter>> {
   }
 
   private void addOverlay(Map<Integer, List<VoteCenter>> found) {
-    Overlay overlay = otherElements();
+    Overlay overlay = otherElements(image().getOverlay());
     found.forEach((slice, centers) -> {
       PointRoi circles = new PointRoi();
       centers.forEach(c -> add(circles, c, slice));

@@ -116,8 +116,7 @@ public final class FindObjectsPlugin extends SearchPlugin<FindResult> {
   synchronized void preview(int slice, FindResult result) {
     if (!isShowingPreview)
       return;
-    image().setOverlay(former);
-    Overlay overlay = otherElements();
+    Overlay overlay = otherElements(former);
     circles(slice, result).forEach(overlay::add);
     image().setOverlay(overlay);
     IJ.showStatus("!" + report(result)); // else ImageJ clears it at the end of the preview
@@ -137,7 +136,7 @@ public final class FindObjectsPlugin extends SearchPlugin<FindResult> {
   @Override
   void show(SortedMap<Integer, FindResult> found) {
     RoiManager manager = choice.manager() ? roiManager() : null;
-    Overlay overlay = otherElements();
+    Overlay overlay = otherElements(image().getOverlay());
     found.forEach((slice, result) -> {
       for (Roi circle : circles(slice, result)) {
         overlay.add(circle);

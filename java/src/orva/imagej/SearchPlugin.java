@@ -197,9 +197,11 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
     return area.contains(x, y) && (mask == null || mask.get(x - area.x, y - area.y) != 0);
   }
 
-  /** A new overlay of the elements that are not of an earlier search. */
-  final Overlay otherElements() {
-    Overlay all = imp.getOverlay();
+  /**
+   * A new overlay of those elements of one that are not of an earlier search; of null an empty
+   * one.
+   */
+  final Overlay otherElements(Overlay all) {
     if (all == null)
       return new Overlay();
     Overlay others = all.create();
