@@ -32,10 +32,11 @@ extern "C" {
 ///         FindResult::used, then column, row, radius, score and coverage of each object, in the
 ///         order of FindResult::objects; null with a pending exception: IllegalArgumentException
 ///         for a null array, for one whose length is not @p height times @p width and for a setting
-///         out of its range; OutOfMemoryError when the search or its result does not fit memory
+///         out of its range; OutOfMemoryError when the lists of the search or its result do not fit
+///         memory
 ///
-/// A lack of memory within the Gaussian filters of the search ends the process, as in
-/// orva/scalespace. Any number of threads may call at the same time.
+/// A lack of memory for an image or within the Gaussian filters of the search ends the process, as
+/// in orva/scalespace. Any number of threads may call at the same time.
 JNIEXPORT jfloatArray JNICALL Java_orva_NativeDetection_findObjects(
     JNIEnv* env, jclass type, jfloatArray pixels, jint height, jint width, jfloat radius,
     jfloat minRadius, jfloat maxRadius, jint polarity, jfloat minScore);

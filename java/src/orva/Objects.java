@@ -34,7 +34,7 @@ public final class Objects {
    * @return the objects, and the settings as they were used
    * @throws IllegalArgumentException when the array or the settings are null, a size is negative,
    *     or the array's length is not {@code height * width}
-   * @throws OutOfMemoryError when the search or its result does not fit memory
+   * @throws OutOfMemoryError when the result does not fit memory
    * @throws UnsatisfiedLinkError when the native library cannot be loaded; the message lists every
    *     path tried
    */
@@ -64,7 +64,7 @@ public final class Objects {
    * @return the estimate; of an image without objects, a radius and a confidence of 0
    * @throws IllegalArgumentException when the array is null, a size is negative, or the array's
    *     length is not {@code height * width}
-   * @throws OutOfMemoryError when the search does not fit memory
+   * @throws OutOfMemoryError when the result does not fit memory
    * @throws UnsatisfiedLinkError when the native library cannot be loaded; the message lists every
    *     path tried
    */
