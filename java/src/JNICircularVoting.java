@@ -6,6 +6,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import orva.NativeDetection;
 import orva.NativeVoting;
 
 /**
@@ -103,10 +104,11 @@ public class JNICircularVoting {
   private boolean load(Path file, List<String> tried) {
     try {
       System.load(file.toString());
-      // A library built without Java has no entry, and an older one has only the first.
+      // A library built without Java has no entry, and an older one not all of them.
       compute(new int[0], 0, 0, 0, 1, 0, 0, 0, 1);
       NativeVoting.findCenters(
           new float[0], 0, 0, 0, 1, 1, -1, Float.NaN, Float.NaN, 0, Float.NaN, 1, false, 1);
+      NativeDetection.findObjects(new float[0], 0, 0, Float.NaN, Float.NaN, Float.NaN, -1, 0.5f);
       return true;
     } catch (UnsatisfiedLinkError | RuntimeException e) { // the latter where access is denied
       tried.add(file + ": " + e.getMessage());

@@ -92,7 +92,7 @@ TEST(Outline, FollowsTheEdge) {
                    .value > 0.5F);
 }
 
-TEST(Outline, MatchesReference) {
+TEST(OutlineMatchesReference, AroundEveryPlace) {
   std::mt19937 random(17);
   image<float> img = drawn(97, 83, discGrid(97, 83, 6, 10, 4));
   addNoise(img, 12.0, 4);

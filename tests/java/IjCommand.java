@@ -4,6 +4,8 @@ import ij.Menus;
 import ij.measure.ResultsTable;
 import ij.process.ByteProcessor;
 import java.awt.HeadlessException;
+import java.io.ByteArrayOutputStream;
+import java.io.PrintStream;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
@@ -11,13 +13,14 @@ import orva.Settings;
 import orva.VoteCenter;
 import orva.VoteSettings;
 
-/** The ImageJ command, its table and the same centers by the C++ interface. */
+/** The ImageJ commands, the table of centers and the same centers by the C++ interface. */
 final class IjCommand {
   static final String NAME = "Circular Voting...";
+  static final String FIND = "Find Objects...";
 
   private IjCommand() {}
 
-  /** ImageJ without a screen has no menu of its own, so the command is entered by hand. */
+  /** ImageJ without a screen has no menu of its own, so the commands are entered by hand. */
   @SuppressWarnings("unchecked") // ImageJ's table has no element types
   static void registerWithoutScreen() {
     try {
@@ -26,6 +29,7 @@ final class IjCommand {
       // The menu bar needs a screen. The table of commands is there.
     }
     Menus.getCommands().put(NAME, "orva.imagej.CircularVotingPlugin");
+    Menus.getCommands().put(FIND, "orva.imagej.FindObjectsPlugin");
   }
 
   static Path sample(String name) {
@@ -50,6 +54,19 @@ final class IjCommand {
 
   private static String row(int slice, VoteCenter c) {
     return slice + " " + c.x() + " " + c.y() + " " + c.weight();
+  }
+
+  /** What ImageJ prints meanwhile. */
+  static String printed(Runnable action) {
+    PrintStream usual = System.out;
+    ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+    System.setOut(new PrintStream(bytes, true));
+    try {
+      action.run();
+    } finally {
+      System.setOut(usual);
+    }
+    return bytes.toString();
   }
 
   static List<String> run(ImagePlus image, String options) {

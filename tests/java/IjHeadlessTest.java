@@ -20,11 +20,10 @@ import ij.process.ImageProcessor;
 import ij.process.LUT;
 import ij.process.ShortProcessor;
 import java.awt.Color;
-import java.io.ByteArrayOutputStream;
-import java.io.PrintStream;
 import java.util.Arrays;
 import java.util.List;
 import org.junit.jupiter.api.BeforeAll;
+import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -46,6 +45,11 @@ class IjHeadlessTest {
     IjCommand.registerWithoutScreen();
   }
 
+  @BeforeEach
+  void clearTable() {
+    ResultsTable.getResultsTable().reset(); // so that no rows of another test pass for these
+  }
+
   private static List<String> expected() throws Exception {
     return expected(SETTINGS);
   }
@@ -65,19 +69,6 @@ class IjHeadlessTest {
     List<String> rows = IjCommand.expected(1, IjCommand.sample(SAMPLE), 20, 80, 2, dark);
     assertFalse(rows.isEmpty());
     return rows;
-  }
-
-  /** What ImageJ prints meanwhile. */
-  private static String printed(Runnable action) {
-    PrintStream usual = System.out;
-    ByteArrayOutputStream bytes = new ByteArrayOutputStream();
-    System.setOut(new PrintStream(bytes, true));
-    try {
-      action.run();
-    } finally {
-      System.setOut(usual);
-    }
-    return bytes.toString();
   }
 
   @Test
@@ -191,7 +182,7 @@ class IjHeadlessTest {
     FloatProcessor ip = IjCommand.open(SAMPLE).getProcessor().convertToFloatProcessor();
     ip.setf(30, 40, Float.NaN);
     ImagePlus image = new ImagePlus("NaN", ip);
-    assertEquals("", printed(() -> IJ.run(image, IjCommand.NAME, OPTIONS)));
+    assertEquals("", IjCommand.printed(() -> IJ.run(image, IjCommand.NAME, OPTIONS)));
     assertFalse(image.isLocked());
   }
 
@@ -307,7 +298,7 @@ class IjHeadlessTest {
     Roi selection = image.getRoi();
     Overlay overlay = image.getOverlay();
     assertEquals("Circular Voting: " + message + System.lineSeparator(),
-        printed(() -> IJ.run(image, IjCommand.NAME, option)));
+        IjCommand.printed(() -> IJ.run(image, IjCommand.NAME, option)));
     assertEquals(expected(), IjCommand.rows());
     assertEquals(selection, image.getRoi());
     assertEquals(overlay, image.getOverlay());
@@ -317,10 +308,11 @@ class IjHeadlessTest {
 
   @Test
   void aWrongOptionEndsTheMacro() {
-    String out = printed(()
-                             -> IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "');"
-                                 + "print('before'); run('Circular Voting...', 'scale=no');"
-                                 + "print('after');"));
+    String out =
+        IjCommand.printed(()
+                              -> IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "');"
+                                  + "print('before'); run('Circular Voting...', 'scale=no');"
+                                  + "print('after');"));
     assertEquals(List.of("before", "Circular Voting: scale must be a number, not no"),
         out.lines().limit(2).toList());
     assertFalse(out.contains("after"), out);
@@ -330,11 +322,11 @@ class IjHeadlessTest {
   @Test
   void anImageWithTooLongASideIsRefused() {
     ImagePlus image = new ImagePlus("long", new ByteProcessor(32767, 2));
-    String out = printed(() -> IJ.run(image, IjCommand.NAME, OPTIONS));
+    String out = IjCommand.printed(() -> IJ.run(image, IjCommand.NAME, OPTIONS));
     assertEquals("Circular Voting: The image is too large to vote on: a side and twice the margin"
             + " exceed 32767 pixels" + System.lineSeparator(),
         out);
-    out = printed(() -> IJ.run(image, IjCommand.NAME, FORMER));
+    out = IjCommand.printed(() -> IJ.run(image, IjCommand.NAME, FORMER));
     assertTrue(out.startsWith("Circular Voting: An image of 32767 x 2 pixels is too large: "), out);
     assertEquals(1, out.lines().count(), out);
     assertNull(image.getRoi());

@@ -25,6 +25,7 @@ import java.util.stream.Stream;
  */
 final class IjScreen {
   private static final long PATIENCE_MS = 20_000;
+  private static final List<String> TITLES = List.of("Circular Voting", "Find Objects");
 
   private IjScreen() {}
 
@@ -71,7 +72,7 @@ final class IjScreen {
   static GenericDialog openDialog() {
     for (Window window : Window.getWindows()) {
       if (window instanceof GenericDialog dialog && dialog.isShowing()
-          && "Circular Voting".equals(dialog.getTitle()) && dialog.getButtons()[0] != null)
+          && TITLES.contains(dialog.getTitle()) && dialog.getButtons()[0] != null)
         return dialog;
     }
     return null;

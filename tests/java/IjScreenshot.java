@@ -15,6 +15,7 @@ import java.awt.Rectangle;
 import java.awt.Robot;
 import java.awt.Toolkit;
 import java.awt.Window;
+import java.awt.geom.Rectangle2D;
 import java.awt.image.BufferedImage;
 import java.nio.file.Path;
 import java.util.Arrays;
@@ -35,20 +36,20 @@ final class IjScreenshot {
     System.exit(0); // ImageJ and its dialog are open
   }
 
-  /** Writes the picture. The result is where it shows the centers. */
+  /** Writes the picture. The result is where it shows a point of each circle. */
   static List<Point> take(Path file) throws Exception {
     ImageJ imagej = IJ.getInstance();
     ImagePlus image = IjCommand.open("dsb_large_a");
     image.show();
     ImageWindow window = image.getWindow();
     Analyzer.setUnsavedMeasurements(false);
-    IjCommand.run(image, "max_radius=36");
-    IJ.setTool("multipoint");
+    new Executer(IjCommand.FIND, image);
+    IjScreen.press(IjScreen.dialog().getButtons()[0]);
+    IjScreen.await("the circles", () -> image.getOverlay() != null && !image.isLocked());
     Frame table = (Frame) IjScreen.await("the table", () -> WindowManager.getWindow("Results"));
 
-    new Executer(IjCommand.NAME, image);
+    new Executer(IjCommand.FIND, image);
     GenericDialog dialog = IjScreen.dialog();
-    IjScreen.type(dialog, 0, "36");
     int right = GAP + window.getWidth() + GAP;
     place(imagej, GAP, GAP);
     int below = GAP + imagej.getHeight() + GAP;
@@ -59,9 +60,8 @@ final class IjScreenshot {
 
     Window backdrop = backdrop();
 
-    Roi points = image.getRoi();
     List<Point> marks =
-        Arrays.stream(points.getContainedPoints()).map(p -> onScreen(image, p)).toList();
+        Arrays.stream(image.getOverlay().toArray()).map(roi -> onScreen(image, roi)).toList();
     Rectangle part = new Rectangle(0, 0, right + 380 + GAP, below + window.getHeight() + GAP)
                          .intersection(new Rectangle(Toolkit.getDefaultToolkit().getScreenSize()));
     try {
@@ -91,10 +91,13 @@ final class IjScreenshot {
     IjScreen.await("the window at its place", () -> window.getX() == x && window.getY() == y);
   }
 
-  private static Point onScreen(ImagePlus image, Point p) {
+  /** The leftmost point of the circle, or the rightmost if that is outside the image. */
+  private static Point onScreen(ImagePlus image, Roi circle) {
+    Rectangle2D.Double box = circle.getFloatBounds();
+    double x = box.x < 0 ? box.x + box.width : box.x;
     Point corner = image.getCanvas().getLocationOnScreen();
-    return new Point(
-        corner.x + image.getCanvas().screenX(p.x), corner.y + image.getCanvas().screenY(p.y));
+    return new Point(corner.x + image.getCanvas().screenXD(x),
+        corner.y + image.getCanvas().screenYD(box.getCenterY()));
   }
 
   /** The screen when it no longer changes. */

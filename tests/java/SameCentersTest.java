@@ -40,13 +40,13 @@ class SameCentersTest {
 
   @ParameterizedTest
   @MethodSource("images")
-  void fourWaysAgreeOnTheRadiusOfTheReadme(Path image) throws Exception {
+  void fourWaysAgreeOnTheRadiusOfTheGuide(Path image) throws Exception {
     List<VoteCenter> byCommand = Expected.byCommand(List.of(System.getProperty("orva.command"),
         "vote", "--quiet", "--max-radius", "36", image.toString()));
     assertFalse(byCommand.isEmpty());
     List<String> places = byCommand.stream().map(c -> c.x() + " " + c.y()).toList();
     Program.Result example =
-        Program.run(List.of(System.getProperty("orva.example"), image.toString()));
+        Program.run(List.of(System.getProperty("orva.votingExample"), image.toString()));
     assertEquals(0, example.status(), example::err);
     assertEquals(places, example.out().lines().toList());
     assertEquals(places, byMacro(image, "max_radius=36"));

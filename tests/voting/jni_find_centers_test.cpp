@@ -1,4 +1,4 @@
-// findCenters() for Java, called with a table of JNI operations that holds those that it may use.
+// findCenters() for Java.
 #include "orva/voting/jni_find_centers.h"
 
 #include <gtest/gtest.h>
@@ -14,61 +14,13 @@
 
 #include "orva/image/image.h"
 #include "orva/voting/find_centers.h"
+#include "tests/support/fake_java.h"
 #include "tests/support/sanitizer.h"
 
 namespace orva::test {
 namespace {
 
 constexpr float kOpen = std::numeric_limits<float>::quiet_NaN();
-
-struct FloatArray : _jfloatArray {
-  std::vector<jfloat> values;
-};
-
-struct ExceptionClass : _jclass {
-  std::string name;
-};
-
-// A Java machine with one caller: what a call left behind, and what is to fail.
-struct Machine {
-  bool creates = true;
-  FloatArray result;
-  ExceptionClass exception;
-  std::string message;
-};
-
-Machine machine;
-
-jsize arrayLength(JNIEnv* /*env*/, jarray array) {
-  return static_cast<jsize>(static_cast<FloatArray*>(array)->values.size());
-}
-
-void getRegion(JNIEnv* /*env*/, jfloatArray array, jsize start, jsize length, jfloat* to) {
-  const std::vector<jfloat>& values = static_cast<FloatArray*>(array)->values;
-  ASSERT_LE(static_cast<std::size_t>(start + length), values.size());
-  std::copy_n(values.begin() + start, length, to);
-}
-
-jfloatArray newArray(JNIEnv* /*env*/, jsize length) {
-  if (!machine.creates) return nullptr;
-  machine.result.values.assign(static_cast<std::size_t>(length), -1.0F);
-  return &machine.result;
-}
-
-void setRegion(JNIEnv* /*env*/, jfloatArray array, jsize start, jsize length, const jfloat* from) {
-  std::copy_n(from, length, static_cast<FloatArray*>(array)->values.begin() + start);
-}
-
-jclass findClass(JNIEnv* /*env*/, const char* name) {
-  machine.exception.name = name;
-  return &machine.exception;
-}
-
-jint throwNew(JNIEnv* /*env*/, jclass type, const char* message) {
-  EXPECT_EQ(type, &machine.exception);
-  machine.message = message;
-  return 0;
-}
 
 struct Call {
   std::vector<jfloat> pixels;
@@ -103,21 +55,10 @@ Call discs(jint width, jint height) {
   return call;
 }
 
-class JavaFindCenters : public testing::Test {
+class JavaFindCenters : public JavaCalls {
  protected:
-  JavaFindCenters() {
-    machine = Machine();
-    table_.GetArrayLength = arrayLength;
-    table_.GetFloatArrayRegion = getRegion;
-    table_.NewFloatArray = newArray;
-    table_.SetFloatArrayRegion = setRegion;
-    table_.FindClass = findClass;
-    table_.ThrowNew = throwNew;
-    env_.functions = &table_;
-  }
-
   jfloatArray run(const Call& c, jfloatArray pixels) {
-    return Java_orva_NativeVoting_findCenters(&env_, nullptr, pixels, c.height, c.width, c.polarity,
+    return Java_orva_NativeVoting_findCenters(env(), nullptr, pixels, c.height, c.width, c.polarity,
                                               c.minRadius, c.maxRadius, c.coneWidth, c.sigma,
                                               c.gradient, c.relativeGradient, c.threshold,
                                               c.relativeThreshold, c.edges, c.power);
@@ -139,12 +80,8 @@ class JavaFindCenters : public testing::Test {
   // The exception of a call that returns null.
   std::string refusal(const Call& c) {
     EXPECT_EQ(run(c), nullptr);
-    return machine.exception.name + ": " + machine.message;
+    return pendingException();
   }
-
- private:
-  JNINativeInterface_ table_ = {};  // any other operation would be a call of null
-  JNIEnv env_ = {};
 };
 
 std::vector<jfloat> expected(const Call& c, const voting::VoteSettings& settings) {

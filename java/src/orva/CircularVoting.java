@@ -1,6 +1,5 @@
 package orva;
 
-import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.util.ArrayList;
 import java.util.Arrays;
@@ -42,9 +41,9 @@ public final class CircularVoting {
    */
   public static List<VoteCenter> find(
       float[] pixels, int height, int width, VoteSettings settings) {
-    require(pixels != null, "The pixel array is null");
+    Checks.require(pixels != null, "The pixel array is null");
     check(pixels.length, height, width, settings);
-    nativeEntry();
+    NativeLibrary.load();
     float[] triples = NativeVoting.findCenters(pixels, height, width, settings.polarity().ordinal(),
         settings.minRadius(), settings.maxRadius(), orElse(settings.coneWidth(), -1),
         orElse(settings.sigma(), Float.NaN), orElse(settings.gradient(), Float.NaN),
@@ -76,7 +75,7 @@ public final class CircularVoting {
    *     path tried
    */
   public static List<Center> find(int[] pixels, int height, int width, Settings settings) {
-    require(pixels != null, "The pixel array is null");
+    Checks.require(pixels != null, "The pixel array is null");
     check(pixels.length, height, width, settings);
     checkMargin(height, width, settings.maxRadius());
     int[] triples = compute(pixels, height, width, settings);
@@ -89,26 +88,19 @@ public final class CircularVoting {
   }
 
   private static void check(int length, int height, int width, Object settings) {
-    require(settings != null, "The settings are null");
-    String size = width + " x " + height;
-    require(height >= 0 && width >= 0, "The image size " + size + " is negative");
-    require(length == (long) height * width,
-        "An image of " + size + " pixels needs an array of as many, not of " + length);
+    Checks.require(settings != null, "The settings are null");
+    Checks.size(length, height, width);
   }
 
   /** The native entry of {@link Settings} does not check the size. Works without the library. */
   private static void checkMargin(int height, int width, int radius) {
     int cone = (int) (radius * 0.25 + 0.5); // half the widest cone, as the native code has it
     int margin = (int) (Math.sqrt(cone * cone + radius * radius) + 3.0);
-    require(height == 0 || width == 0 || Math.max(height, width) + 2L * margin <= LARGEST_SIDE,
+    Checks.require(
+        height == 0 || width == 0 || Math.max(height, width) + 2L * margin <= LARGEST_SIDE,
         "An image of " + width + " x " + height
             + " pixels is too large: its longer side and twice the margin of " + margin
             + " pixels must not exceed " + LARGEST_SIDE);
-  }
-
-  private static void require(boolean holds, String otherwise) {
-    if (!holds)
-      throw new IllegalArgumentException(otherwise);
   }
 
   private static <T> T orElse(T value, T otherwise) {
@@ -116,34 +108,13 @@ public final class CircularVoting {
   }
 
   private static int[] compute(int[] pixels, int height, int width, Settings s) {
-    Object entry = nativeEntry();
+    Object entry = NativeLibrary.load();
     try {
       return (int[]) method(entry.getClass())
           .invoke(entry, pixels, height, width, 0, s.maxRadius(), 0, 0, s.threshold(), s.scale());
     } catch (ReflectiveOperationException e) {
-      throw unexpected(e);
+      throw NativeLibrary.unexpected(e);
     }
-  }
-
-  /**
-   * Loads the native library, by the class of the default package that holds the entry; no named
-   * import reaches it.
-   */
-  private static Object nativeEntry() {
-    try {
-      return Class.forName("JNICircularVoting").getConstructor().newInstance();
-    } catch (ReflectiveOperationException e) {
-      throw unexpected(e);
-    }
-  }
-
-  /** What the called code threw, if it is an error. */
-  private static RuntimeException unexpected(ReflectiveOperationException e) {
-    if (!(e instanceof InvocationTargetException))
-      throw new LinkageError("The class JNICircularVoting is not as it should be", e);
-    if (e.getCause() instanceof Error error)
-      throw error;
-    return new IllegalStateException(e.getCause());
   }
 
   private static Method method(Class<?> entry) throws NoSuchMethodException {

@@ -37,7 +37,7 @@ public record VoteSettings(Polarity polarity, int minRadius, int maxRadius, Inte
     BOTH
   }
 
-  private static final float MAX_LEVEL = 3e38f;
+  static final float MAX_LEVEL = 3e38f;
 
   /**
    * Checks the settings.
@@ -192,7 +192,7 @@ public record VoteSettings(Polarity polarity, int minRadius, int maxRadius, Inte
   }
 
   /** Nothing for null, which leaves a setting open. */
-  private static void check(String name, Number value, float min, float max) {
+  static void check(String name, Number value, float min, float max) {
     if (value == null || value.floatValue() >= min && value.floatValue() <= max)
       return;
     String range = max == MAX_LEVEL ? "at least " + shown(min) : shown(min) + " to " + shown(max);
@@ -201,7 +201,7 @@ public record VoteSettings(Polarity polarity, int minRadius, int maxRadius, Inte
   }
 
   /** A whole number without a fraction. */
-  private static String shown(Number value) {
+  static String shown(Number value) {
     return value.floatValue() == value.intValue() ? "" + value.intValue() : value.toString();
   }
 }

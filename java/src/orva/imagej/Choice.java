@@ -1,7 +1,9 @@
 package orva.imagej;
 
 import ij.Macro;
+import ij.macro.Interpreter;
 import java.util.List;
+import java.util.Optional;
 import orva.Settings;
 import orva.VoteSettings;
 
@@ -80,17 +82,34 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
   }
 
   /** ImageJ finds the key of one option at the end of a longer one, too. */
-  private static boolean isGiven(List<String> words, String key) {
+  static boolean isGiven(List<String> words, String key) {
     return words.stream().anyMatch(word -> word.startsWith(key + "="));
   }
 
-  private static double number(String options, String key, double usual) {
-    String value = Macro.getValue(options, key, String.valueOf(usual));
+  /**
+   * A number among the options, or a variable of the macro that holds one.
+   *
+   * @throws IllegalArgumentException when it is none
+   */
+  static double number(String options, String key, double usual) {
+    String text = value(options, key, String.valueOf(usual));
+    String value = variable(text).orElse(text); // which needs no ampersand
     try {
       return Double.parseDouble(value);
     } catch (NumberFormatException e) {
       throw new IllegalArgumentException(key + " must be a number, not " + value, e);
     }
+  }
+
+  /** The text of a key, or of the variable of the macro that it names after an ampersand. */
+  static String value(String options, String key, String usual) {
+    String value = Macro.getValue(options, key, usual);
+    return value.startsWith("&") ? variable(value.substring(1)).orElse(value) : value;
+  }
+
+  private static Optional<String> variable(String name) {
+    Interpreter macro = Interpreter.getInstance();
+    return Optional.ofNullable(macro == null ? null : macro.getVariableAsString(name));
   }
 
   private static int whole(String key, double value) {
@@ -100,7 +119,7 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
   }
 
   /** The decimal number that was rounded to the float. */
-  private static double decimal(float value) {
+  static double decimal(float value) {
     return Double.parseDouble(Float.toString(value));
   }
 }
