@@ -19,12 +19,12 @@ def commit():
                           capture_output=True, text=True).stdout.strip()
 
 
-def write_section(name, text):
+def write_section(name, text, document=DOCUMENT):
     """Replaces the text between the markers `name` and `end of name`."""
     start, end = f"<!-- {name} -->\n", f"<!-- end of {name} -->\n"
-    document = DOCUMENT.read_text(encoding="utf-8")
-    head, found, rest = document.partition(start)
+    content = document.read_text(encoding="utf-8")
+    head, found, rest = content.partition(start)
     _, closed, tail = rest.partition(end)
     if not found or not closed:
-        raise SystemExit(f"{DOCUMENT}: no markers for {name}")
-    DOCUMENT.write_text(f"{head}{start}Commit {commit()}.\n\n{text}{end}{tail}", encoding="utf-8")
+        raise SystemExit(f"{document}: no markers for {name}")
+    document.write_text(f"{head}{start}Commit {commit()}.\n\n{text}{end}{tail}", encoding="utf-8")

@@ -1,0 +1,101 @@
+"""Other detectors of round objects that are told nothing about the image, for scripts/score.
+
+Each takes the grey levels of an image and returns centers (x, y). They take the smaller part of Otsu's
+threshold for the objects, so that they find bright and dark ones. Their settings have one value for all
+images, that of a small grid with the best mean F1 over the images of docs/detect.md: an upper bound, as
+the settings of an unknown image cannot be tuned on its truth.
+"""
+
+import os
+
+for variable in ("OMP_NUM_THREADS", "OPENBLAS_NUM_THREADS", "MKL_NUM_THREADS"):
+    os.environ[variable] = "1"
+
+import numpy as np
+import scipy.ndimage
+
+MISSING = []
+try:
+    import cv2
+
+    cv2.setNumThreads(1)
+except ImportError:
+    cv2 = None
+    MISSING.append("OpenCV (Debian: python3-opencv)")
+try:
+    import skimage.feature
+except ImportError:
+    skimage = None
+    MISSING.append("scikit-image (Debian: python3-skimage)")
+
+NONE = np.zeros((0, 2))
+MIN_AREA = 20  # of a component, in pixels
+
+
+def read(path):
+    """The grey levels of a PGM or PNG image, 8 bits per pixel."""
+    pixels = cv2.imread(str(path), cv2.IMREAD_GRAYSCALE)
+    if pixels is None:
+        raise SystemExit(f"{path}: OpenCV cannot read it")
+    return pixels
+
+
+def foreground(pixels, blur=1.0):
+    """The smaller side of Otsu's threshold."""
+    smooth = cv2.GaussianBlur(pixels, (0, 0), blur)
+    threshold, _ = cv2.threshold(smooth, 0, 255, cv2.THRESH_BINARY + cv2.THRESH_OTSU)
+    mask = smooth > threshold
+    return ~mask if mask.mean() > 0.5 else mask
+
+
+def components(mask):
+    """Centers and areas of the connected components, without specks."""
+    labels, n = scipy.ndimage.label(mask)
+    if n == 0:
+        return NONE, np.zeros(0)
+    areas = np.bincount(labels.ravel())[1:]
+    centers = np.array(scipy.ndimage.center_of_mass(mask, labels, range(1, n + 1)))[:, ::-1]
+    return centers[areas >= MIN_AREA], areas[areas >= MIN_AREA]
+
+
+def otsu_components(pixels):
+    return components(foreground(pixels))[0]
+
+
+def otsu_peaks(pixels, smooth=0.25, distance=0.7):
+    """Peaks of the distance to the background, smoothed and kept apart by the median component's radius."""
+    mask = foreground(pixels)
+    _, areas = components(mask)
+    if len(areas) == 0:
+        return NONE
+    radius = np.sqrt(np.median(areas) / np.pi)
+    depth = scipy.ndimage.gaussian_filter(scipy.ndimage.distance_transform_edt(mask), max(0.5, smooth * radius))
+    peaks = skimage.feature.peak_local_max(depth, min_distance=max(1, int(distance * radius)),
+                                           labels=scipy.ndimage.label(mask)[0], exclude_border=False)
+    return peaks[:, ::-1]
+
+
+def blobs(pixels, min_sigma=3, max_sigma=36, threshold=0.1, relative=None, overlap=0.5):
+    """Maxima of the Laplacian of Gaussian over a wide range of scales, radii of 4 to 50 pixels."""
+    mask = foreground(pixels)
+    is_bright = mask.any() and pixels[mask].mean() > pixels.mean()
+    bright = (pixels if is_bright else 255 - pixels) / 255.0
+    found = skimage.feature.blob_log(bright, min_sigma=min_sigma, max_sigma=max_sigma, num_sigma=12,
+                                     threshold=threshold, threshold_rel=relative, overlap=overlap,
+                                     exclude_border=False)
+    return found[:, 1::-1]
+
+
+def circles(pixels, dp=1.5, median=5, distance=10, canny=100, votes=25):
+    """The Hough transform for circles of 4 to 60 pixels."""
+    found = cv2.HoughCircles(cv2.medianBlur(pixels, median), cv2.HOUGH_GRADIENT, dp, distance,
+                             param1=canny, param2=votes, minRadius=4, maxRadius=60)
+    return NONE if found is None else found.reshape(-1, found.shape[-1])[:, :2]
+
+
+PEERS = {
+    "Otsu, components": otsu_components,
+    "Otsu, distance, peaks": otsu_peaks,
+    "blob_log": blobs,
+    "HoughCircles": circles,
+}
