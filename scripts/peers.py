@@ -1,9 +1,9 @@
 """Other detectors of round objects that are told nothing about the image, for scripts/score.
 
 Each takes the grey levels of an image and returns centers (x, y). They take the smaller part of Otsu's
-threshold for the objects, so that they find bright and dark ones. Their settings have one value for all
-images, that of a small grid with the best mean F1 over the images of docs/detect.md: an upper bound, as
-the settings of an unknown image cannot be tuned on its truth.
+threshold for the objects where they need a polarity. Their settings have one value for all images, that
+of a small grid with the best mean F1 on the images of docs/detect.md or a part of them. This favours them,
+as the settings of an unknown image cannot be tuned on its truth.
 """
 
 import os
@@ -69,14 +69,15 @@ def otsu_peaks(pixels, smooth=0.25, distance=0.7):
     if len(areas) == 0:
         return NONE
     radius = np.sqrt(np.median(areas) / np.pi)
-    depth = scipy.ndimage.gaussian_filter(scipy.ndimage.distance_transform_edt(mask), max(0.5, smooth * radius))
+    depth = scipy.ndimage.distance_transform_edt(mask)
+    depth = scipy.ndimage.gaussian_filter(depth, max(0.5, smooth * radius))
     peaks = skimage.feature.peak_local_max(depth, min_distance=max(1, int(distance * radius)),
                                            labels=scipy.ndimage.label(mask)[0], exclude_border=False)
     return peaks[:, ::-1]
 
 
-def blobs(pixels, min_sigma=3, max_sigma=36, threshold=0.1, relative=None, overlap=0.5):
-    """Maxima of the Laplacian of Gaussian over a wide range of scales, radii of 4 to 50 pixels."""
+def blobs(pixels, min_sigma=2, max_sigma=36, threshold=None, relative=0.2, overlap=0.5):
+    """Maxima of the Laplacian of Gaussian over a wide range of scales, radii of 3 to 50 pixels."""
     mask = foreground(pixels)
     is_bright = mask.any() and pixels[mask].mean() > pixels.mean()
     bright = (pixels if is_bright else 255 - pixels) / 255.0
@@ -86,16 +87,16 @@ def blobs(pixels, min_sigma=3, max_sigma=36, threshold=0.1, relative=None, overl
     return found[:, 1::-1]
 
 
-def circles(pixels, dp=1.5, median=5, distance=10, canny=100, votes=25):
-    """The Hough transform for circles of 4 to 60 pixels."""
-    found = cv2.HoughCircles(cv2.medianBlur(pixels, median), cv2.HOUGH_GRADIENT, dp, distance,
-                             param1=canny, param2=votes, minRadius=4, maxRadius=60)
+def circles(pixels, dp=1.5, median=5, distance=10, canny=60, roundness=0.35):
+    """The Hough transform for circles of 4 to 60 pixels; its older mode, HOUGH_GRADIENT, finds fewer."""
+    found = cv2.HoughCircles(cv2.medianBlur(pixels, median), cv2.HOUGH_GRADIENT_ALT, dp, distance,
+                             param1=canny, param2=roundness, minRadius=4, maxRadius=60)
     return NONE if found is None else found.reshape(-1, found.shape[-1])[:, :2]
 
 
 PEERS = {
-    "Otsu, components": otsu_components,
-    "Otsu, distance, peaks": otsu_peaks,
+    "Otsu components": otsu_components,
+    "Otsu distance peaks": otsu_peaks,
     "blob_log": blobs,
     "HoughCircles": circles,
 }

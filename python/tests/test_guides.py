@@ -110,6 +110,11 @@ def test_the_formats_guide(place):
     assert run(text_of("docs/formats.md")) == {"sh": 1, "python": 3, "text": 3}
 
 
+def test_the_detect_guide(place):
+    assert run(text_of("docs/detect.md")) == {"sh": 1, "python": 0, "text": 1}
+    assert (place / "nuclei.png").stat().st_size > 50
+
+
 def test_the_voting_guide(place):
     assert run(text_of("docs/voting.md")) == {"sh": 1, "python": 1, "text": 1}
 
@@ -173,6 +178,7 @@ TESTED = {
     "README.md": ("test_install.py", {"sh": 5, "cpp": 1, "cmake": 1, "javascript": 1, "python": 1}),
     "docs/batch.md": ("test_workflows.py", {"sh": 2, "python": 1, "snakemake": 1}),
     "docs/command.md": ("test_guides.py", {"sh": 8}),
+    "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
     "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 1, "java": 1}),
     "docs/tutorial.md": ("test_tutorial.py", {"python": 8}),
