@@ -70,8 +70,8 @@ struct Brightness {
 Brightness brightnessOf(const ScaleLevel& level, double sign, const Outline& o) {
   constexpr std::array<float, 4> kInner{0.2F, 0.45F, 0.65F, 0.8F};
   constexpr std::array<float, 2> kOuter{0.25F, 0.45F};
-  const float right = static_cast<float>(level.nx - 1);
-  const float bottom = static_cast<float>(level.ny - 1);
+  const auto right = static_cast<float>(level.nx - 1);
+  const auto bottom = static_cast<float>(level.ny - 1);
   const auto read = [&](std::size_t t, float r, auto&& use) {
     const float x = o.x + r * kDirections[t].x;
     const float y = o.y + r * kDirections[t].y;

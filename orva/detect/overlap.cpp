@@ -25,8 +25,8 @@ float rayPosition(float x, float y) {
   const float q = std::min(ax, ay) / longer;
   constexpr float kRaysPerRadian = kRays / 6.28318531F;
   float position = q * (0.9724F - 0.1919F * q * q) * kRaysPerRadian;
-  if (ay > ax) position = kRays / 4 - position;
-  if (x < 0) position = kRays / 2 - position;
+  if (ay > ax) position = kRays / 4.0F - position;
+  if (x < 0) position = kRays / 2.0F - position;
   if (y < 0) position = kRays - position;
   return std::max(position, 0.0F);
 }
