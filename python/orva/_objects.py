@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import dataclasses
 from collections.abc import Iterable, Sequence
-from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -49,8 +48,21 @@ def combined(estimates: Iterable[SettingsEstimate]) -> SettingsEstimate:
     return _estimate_of(_orva.combined_estimate(pairs))
 
 
-def find_settings(*, radius: Radius, polarity: str | None, min_score: float) -> _orva.FindSettings:
-    """The options of find_objects() except frame, checked."""
+@dataclasses.dataclass(frozen=True)
+class FindSettings:
+    """What to look for, in the order of the compiled function; None is estimated or unlimited."""
+
+    radius: float | None
+    min_radius: float | None
+    max_radius: float | None
+    polarity: str | None
+    min_score: float
+
+
+def find_settings(
+    *, radius: Radius = None, polarity: str | None = None, min_score: float = 0.5
+) -> FindSettings:
+    """The options of find_objects() except frame; raises as it does."""
     low = high = None
     if isinstance(radius, Sequence) and not isinstance(radius, str):
         if len(radius) != 2:
@@ -62,20 +74,16 @@ def find_settings(*, radius: Radius, polarity: str | None, min_score: float) -> 
         radius = options.number("radius", radius, _MIN_RADIUS, _MAX_RADIUS)
     if polarity is not None:
         options.choice("polarity", polarity, ("bright", "dark"))
-    return _orva.FindSettings(
-        radius=radius,
-        min_radius=low,
-        max_radius=high,
-        polarity=polarity,
-        min_score=options.number("min_score", min_score, 0, 1),
+    return FindSettings(
+        radius, low, high, polarity, options.number("min_score", min_score, 0, 1)
     )
 
 
 def search(
-    plane: npt.NDArray[Any], settings: _orva.FindSettings
+    image: Image, settings: FindSettings, frame: int = 0
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
-    objects, used = _orva.find_objects(plane, settings)
+    objects, used = _orva.find_objects(plane_of(image, frame), *dataclasses.astuple(settings))
     return objects, _estimate_of(used)
 
 
@@ -126,9 +134,8 @@ def find_objects(
     for nor against an object, and x, y and radius describe the part inside. A pixel that is not a
     finite number counts as the smallest finite one. estimate_settings() shows what is estimated.
     """
-    plane = plane_of(image, frame)
     settings = find_settings(radius=radius, polarity=polarity, min_score=min_score)
-    return search(plane, settings)[0]
+    return search(image, settings, frame)[0]
 
 
 def estimate_settings(image: Image, *, frame: int = 0) -> SettingsEstimate:

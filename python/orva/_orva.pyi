@@ -31,19 +31,13 @@ class VoteSettings:
         power: float,
     ) -> None: ...
 
-class FindSettings:
-    def __init__(
-        self,
-        *,
-        radius: float | None,
-        min_radius: float | None,
-        max_radius: float | None,
-        polarity: str | None,
-        min_score: float,
-    ) -> None: ...
-
 def find_objects(
-    image: AnyArray, settings: FindSettings
+    image: AnyArray,
+    radius: float | None,
+    min_radius: float | None,
+    max_radius: float | None,
+    polarity: str | None,
+    min_score: float,
 ) -> tuple[npt.NDArray[np.void], Estimate]: ...
 def estimate_settings(image: AnyArray) -> Estimate: ...
 def combined_estimate(images: list[Estimate]) -> Estimate: ...

@@ -12,7 +12,6 @@
 namespace orva_python {
 namespace {
 
-using orva::detect::FindSettings;
 using orva::detect::Object;
 using orva::detect::Polarity;
 using orva::detect::Settings;
@@ -36,16 +35,12 @@ Settings guessedSettings(const Guess& guess) {
   return {radius, polarityOf(polarity), confidence};
 }
 
-FindSettings findSettingsOf(std::optional<float> radius, std::optional<float> minRadius,
-                            std::optional<float> maxRadius,
-                            const std::optional<std::string>& polarity, float minScore) {
-  FindSettings settings{radius, minRadius, maxRadius, {}, minScore};
-  if (polarity) settings.polarity = polarityOf(*polarity);
-  return settings;
-}
-
-py::tuple findObjects(const py::array& array, const FindSettings& settings) {
+py::tuple findObjects(const py::array& array, std::optional<float> radius,
+                      std::optional<float> minRadius, std::optional<float> maxRadius,
+                      const std::optional<std::string>& polarity, float minScore) {
   const auto img = toImage(array);
+  orva::detect::FindSettings settings{radius, minRadius, maxRadius, {}, minScore};
+  if (polarity) settings.polarity = polarityOf(*polarity);
   const auto result = unlocked([&] { return orva::detect::findObjects(*img, settings); });
   const py::array_t<Object> rows(static_cast<py::ssize_t>(result.objects.size()),
                                  result.objects.data());
@@ -69,9 +64,6 @@ Estimate combinedEstimate(const std::vector<Estimate>& images) {
 
 void addObjects(py::module_& module) {
   PYBIND11_NUMPY_DTYPE(Object, x, y, radius, score, coverage);
-  py::class_<FindSettings>(module, "FindSettings")
-      .def(py::init(&findSettingsOf), py::kw_only(), py::arg("radius"), py::arg("min_radius"),
-           py::arg("max_radius"), py::arg("polarity"), py::arg("min_score"));
   module.def("find_objects", findObjects);
   module.def("estimate_settings", estimateSettings);
   module.def("combined_estimate", combinedEstimate);

@@ -17,7 +17,7 @@ SETTINGS = [
     ({}, []),
     ({"radius": 10}, ["--radius", 10]),
     ({"radius": (6, 14.5)}, ["--radius", "6:14.5"]),
-    ({"polarity": "dark", "min_score": 0.05}, ["--polarity", "dark", "--min-score", 0.05]),
+    ({"polarity": "dark", "min_score": 0.25}, ["--polarity", "dark", "--min-score", 0.25]),
     ({"polarity": "bright", "radius": [8.0, 30.0]}, ["--polarity", "bright", "--radius", "8:30"]),
 ]
 
@@ -27,7 +27,9 @@ def test_objects_are_those_of_the_command(command, sample, options, arguments):
     document = json.loads(command("find", "--quiet", "--format", "json", *arguments, sample))
     objects = orva.find_objects(read_pgm(sample), **options)
     assert objects.dtype == [(name, np.float32) for name in FIELDS]
-    assert len(objects) == len(document["objects"]) > 0
+    assert len(objects) == len(document["objects"])
+    # Only one of the samples has dark objects.
+    assert len(objects) > 0 or options.get("polarity") == "dark"
     for name in FIELDS:
         # The command writes thousandths.
         expected = [o[name] for o in document["objects"]]
