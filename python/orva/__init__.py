@@ -1,6 +1,7 @@
 """Image analysis for microscope images.
 
-orva finds the centers of round objects, such as cell nuclei, and measures and filters images.
+orva finds round objects, such as cell nuclei, and measures and filters images. find_objects() needs no
+settings; find_centers() is the bare voting with all of its settings.
 
 Images are NumPy arrays of the types uint8, int16, int32, uint32 and float32. Arrays of other types
 are not converted; they raise a TypeError. The axes are (t, c, z, y, x), with x varying fastest;
@@ -19,11 +20,13 @@ free, or use a separate process.
 from ._files import read, write
 from ._filters import compute_threshold, features, gaussian, gradient, laplacian, smooth, threshold
 from ._masks import dilate, edge, erode, fill_holes
+from ._objects import SettingsEstimate, estimate_settings, find_objects
 from ._orva import __version__
 from ._regions import chamfer, convex_hull, label, measure, propagate
 from ._voting import find_centers, vote_field
 
 __all__ = [
+    "SettingsEstimate",
     "__version__",
     "chamfer",
     "compute_threshold",
@@ -31,9 +34,11 @@ __all__ = [
     "dilate",
     "edge",
     "erode",
+    "estimate_settings",
     "features",
     "fill_holes",
     "find_centers",
+    "find_objects",
     "gaussian",
     "gradient",
     "label",

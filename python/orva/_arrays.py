@@ -7,6 +7,8 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
+from . import _options as options
+
 Bytes = npt.NDArray[np.uint8]
 Truth = npt.NDArray[np.bool_]
 Floats = npt.NDArray[np.float32]
@@ -55,6 +57,15 @@ def require_mask(mask: Any, name: str = "mask") -> None:
 def frames(array: npt.NDArray[Any]) -> int:
     """The number of planes: z, then c, then t."""
     return int(np.prod(array.shape[:-2]))
+
+
+def plane_of(image: Any, frame: int) -> npt.NDArray[Any]:
+    """One plane of an image, counted along z first, then c, then t; raises as require()."""
+    require(image, IMAGE_TYPES)
+    count = frames(image)
+    planes: npt.NDArray[Any] = np.asarray(image).reshape(count, *image.shape[-2:])
+    plane: npt.NDArray[Any] = planes[options.whole("frame", frame, 0, count - 1)]
+    return plane
 
 
 def require_plane(array: npt.NDArray[Any], name: str = "image") -> None:

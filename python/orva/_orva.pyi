@@ -7,6 +7,8 @@ from ._arrays import Floats, Image, Labels, Truth
 
 Same = TypeVar("Same")
 AnyArray = npt.NDArray[Any]
+Guess = tuple[float, str, float]  # radius, polarity, confidence
+Estimate = tuple[Guess, Guess]  # the better one first
 
 __version__: str
 
@@ -29,6 +31,16 @@ class VoteSettings:
         power: float,
     ) -> None: ...
 
+def find_objects(
+    image: AnyArray,
+    radius: float | None,
+    min_radius: float | None,
+    max_radius: float | None,
+    polarity: str | None,
+    min_score: float,
+) -> tuple[npt.NDArray[np.void], Estimate]: ...
+def estimate_settings(image: AnyArray) -> Estimate: ...
+def combined_estimate(images: list[Estimate]) -> Estimate: ...
 def find_centers(image: AnyArray, settings: VoteSettings) -> npt.NDArray[np.void]: ...
 def vote_field(image: AnyArray, settings: VoteSettings) -> Floats: ...
 def vote_margin(cone_width: int, max_radius: int) -> int: ...

@@ -10,20 +10,12 @@ import numpy.typing as npt
 
 from . import _options as options
 from . import _orva
-from ._arrays import IMAGE_TYPES, Floats, Image, frames, require
+from ._arrays import Floats, Image, plane_of
 
 Result = TypeVar("Result")
 
 _MAX_PIXELS = 1000  # the cones take memory by the product of radius and width
 MAX_LEVEL = 3e38
-
-
-def _plane(image: Image, frame: int) -> npt.NDArray[Any]:
-    require(image, IMAGE_TYPES)
-    count = frames(image)
-    planes: npt.NDArray[Any] = np.asarray(image).reshape(count, *image.shape[-2:])
-    plane: npt.NDArray[Any] = planes[options.whole("frame", frame, 0, count - 1)]
-    return plane
 
 
 def _settings(
@@ -72,7 +64,7 @@ def _voted(
     **settings: Any,
 ) -> Result:
     try:
-        return vote(_plane(image, frame), _settings(**settings))
+        return vote(plane_of(image, frame), _settings(**settings))
     except _orva.FileError as error:
         raise ValueError(f"image {error}") from None
 

@@ -7,6 +7,8 @@ import subprocess
 import numpy as np
 import pytest
 
+import orva
+
 DATA = pathlib.Path(__file__).resolve().parents[2] / "data" / "images"
 
 
@@ -43,3 +45,19 @@ def blobs(random):
     for cy, cx in ((10, 10), (12, 30), (28, 20), (30, 38)):
         picture += 180 * np.exp(-((y - cy) ** 2 + (x - cx) ** 2) / 18)
     return picture.astype(np.uint8)
+
+
+@pytest.fixture
+def images(tmp_path):
+    """Files of small images with some discs each."""
+    random = np.random.default_rng(5)
+    y, x = np.mgrid[:90, :120]
+    files = []
+    for i in range(24):
+        picture = random.uniform(0, 10, y.shape)
+        for _ in range(i % 5 + 1):
+            cy, cx = random.uniform(10, 80), random.uniform(10, 110)
+            picture += 120 * (np.hypot(y - cy, x - cx) < 6)
+        files.append(tmp_path / f"field_{i:02}.tif")
+        orva.write(files[-1], np.clip(picture, 0, 255).astype(np.uint8))
+    return files

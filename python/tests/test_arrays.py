@@ -11,6 +11,8 @@ LABELS = ("int16",)
 
 # A call of each function, the types it takes and the axes: planes, volumes or all.
 CALLS = {
+    "find_objects": (orva.find_objects, GREY, "all"),
+    "estimate_settings": (lambda i: orva.estimate_settings(i).radius, GREY, "all"),
     "find_centers": (lambda i: orva.find_centers(i, max_radius=5), GREY, "all"),
     "vote_field": (lambda i: orva.vote_field(i, max_radius=5), GREY, "all"),
     "gaussian": (lambda i: orva.gaussian(i, sigma=1), GREY, "all"),
@@ -38,7 +40,7 @@ SHAPES = {
     "all": [(36, 40), (6, 12, 20), (2, 3, 12, 20), (2, 3, 2, 12, 10)],
 }
 # Those whose results have no axes.
-FLAT = ("find_centers", "compute_threshold", "measure", "measure of")
+FLAT = ("find_objects", "estimate_settings", "find_centers", "compute_threshold", "measure", "measure of")
 PAIRS = [(name, dtype) for name, (_, types, _) in CALLS.items() for dtype in types]
 
 

@@ -1,6 +1,7 @@
 """Batches of images: python -m orva.batch."""
 
 import csv
+import dataclasses
 import json
 import os
 import pathlib
@@ -32,22 +33,6 @@ def rows(path):
         return list(csv.DictReader(file))
 
 
-@pytest.fixture
-def images(tmp_path):
-    """Files of small images with some discs each."""
-    random = np.random.default_rng(5)
-    y, x = np.mgrid[:90, :120]
-    files = []
-    for i in range(24):
-        picture = random.uniform(0, 10, y.shape)
-        for _ in range(i % 5 + 1):
-            cy, cx = random.uniform(10, 80), random.uniform(10, 110)
-            picture += 120 * (np.hypot(y - cy, x - cx) < 6)
-        files.append(tmp_path / f"field_{i:02}.tif")
-        orva.write(files[-1], np.clip(picture, 0, 255).astype(np.uint8))
-    return files
-
-
 def tables(directory):
     """What must not depend on who did the work."""
     return {
@@ -57,24 +42,40 @@ def tables(directory):
     }
 
 
-def test_tables_are_those_of_the_command(images, tmp_path, command):
+# Options of the batch and of the command, the table of all images, and columns of their tables.
+METHODS = [
+    (["--max-radius", 9], ["vote", "--max-radius", 9], "centers", ("x", "y", "weight")),
+    ([], ["find"], "objects", ("x", "y", "radius", "score")),
+    (
+        ["--radius", "3:9", "--min-score", 0.3, "--polarity", "bright"],
+        ["find", "--radius", "3:9", "--min-score", 0.3, "--polarity", "bright"],
+        "objects",
+        ("x", "y", "radius", "score"),
+    ),
+]
+
+
+@pytest.mark.parametrize("options, arguments, noun, columns", METHODS)
+def test_tables_are_those_of_the_command(images, tmp_path, command, options, arguments, noun, columns):
     out = tmp_path / "out"
-    done = batch(*images[:3], "--out", out, "--workers", 1, "--max-radius", 9, "--frame", 0)
+    done = batch(*images[:3], "--out", out, "--workers", 1, *options, "--frame", 0)
     assert (done.returncode, done.stdout) == (0, "")
     assert "3 of 3 images" in done.stderr
     for image in images[:3]:
-        expected = command("vote", "--quiet", "--max-radius", 9, image)
+        expected = command(*arguments, "--quiet", image)
         assert (out / f"{image.stem}.csv").read_text(encoding="utf-8") == expected
-    everything = rows(out / "centers.csv")
+    everything = rows(out / f"{noun}.csv")
     assert [r["file"] for r in rows(out / "summary.csv")] == [str(i) for i in images[:3]]
     for row, image in zip(rows(out / "summary.csv"), images):
         table = rows(out / f"{image.stem}.csv")
-        assert int(row["centers"]) == len(table) > 0
+        assert int(row[noun]) == len(table) > 0
         assert (row["width"], row["height"]) == ("120", "90")
-        mine = [{k: r[k] for k in ("x", "y", "weight")} for r in everything if r["file"] == str(image)]
+        mine = [{k: r[k] for k in columns} for r in everything if r["file"] == str(image)]
         assert mine == table
     assert rows(out / "failures.csv") == []
     assert (out / "counts.png").read_bytes().startswith(b"\x89PNG")
+    others = {"objects.csv", "centers.csv"} - {f"{noun}.csv"}
+    assert not any((out / name).exists() for name in others)
 
 
 def test_a_failing_image_is_recorded_and_the_others_are_done(images, tmp_path):
@@ -97,24 +98,39 @@ def test_a_failing_image_is_recorded_and_the_others_are_done(images, tmp_path):
 
 
 def job_of(image, out, **settings):
+    """A job that votes."""
+    return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings, votes=True)
+
+
+def find_job_of(image, out, **settings):
     return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings)
 
 
-def test_what_is_finished_and_unchanged_is_skipped(images, tmp_path):
-    job = job_of(images[0], tmp_path, max_radius=9)
+@pytest.mark.parametrize(
+    "make, settings", [(job_of, {"max_radius": 9}), (find_job_of, {}), (find_job_of, {"radius": [3, 9]})]
+)
+def test_what_is_finished_and_unchanged_is_skipped(images, tmp_path, make, settings):
+    job = make(images[0], tmp_path, **settings)
     first = _jobs.run(job)
     assert (first.error, first.skipped) == ("", False)
     again = _jobs.run(job)
     assert again.skipped
-    assert (again.centers, again.width, again.seconds) == (first.centers, first.width, first.seconds)
+    assert again == dataclasses.replace(first, skipped=True)
     # A file that was written anew with the same content is the same.
     images[0].write_bytes(images[0].read_bytes())
     assert _jobs.run(job).skipped
 
 
 @pytest.mark.parametrize("change", ["file", "settings", "table", "no table", "record"])
-def test_what_has_changed_is_done_again(images, tmp_path, change):
-    job = job_of(images[0], tmp_path, max_radius=9)
+@pytest.mark.parametrize(
+    "make, settings, others",
+    [
+        (job_of, {"max_radius": 9}, {"max_radius": 9, "min_radius": 2}),
+        (find_job_of, {}, {"min_score": 0.25}),
+    ],
+)
+def test_what_has_changed_is_done_again(images, tmp_path, change, make, settings, others):
+    job = make(images[0], tmp_path, **settings)
     _jobs.run(job)
     table = pathlib.Path(job.table)
     expected = table.read_text(encoding="utf-8")
@@ -122,7 +138,7 @@ def test_what_has_changed_is_done_again(images, tmp_path, change):
         images[0].write_bytes(images[1].read_bytes())
         expected = None
     elif change == "settings":
-        job = job_of(images[0], tmp_path, max_radius=9, min_radius=2)
+        job = make(images[0], tmp_path, **others)
         expected = None
     elif change == "table":
         table.write_text(expected[:-4], encoding="utf-8")
@@ -170,7 +186,7 @@ def test_an_interrupted_batch_goes_on_where_it_was(images, tmp_path):
     out = tmp_path / "out"
     out.mkdir()
     for image in images[:4]:  # as far as it came
-        assert _jobs.run(job_of(image, out)).error == ""
+        assert _jobs.run(find_job_of(image, out)).error == ""
     done = batch(*images[:6], "--out", out, "--workers", 1)
     assert done.returncode == 0
     assert "6 of 6 images, 4 done before" in done.stderr
@@ -206,12 +222,18 @@ def test_a_bar_shows_the_progress_on_a_terminal(images, tmp_path):
     assert shown.rstrip().endswith(b"] 2 of 2 images")
 
 
-def test_an_image_that_ends_its_process_is_recorded_and_the_others_are_done(images, tmp_path):
+@pytest.mark.parametrize(
+    "options, error",
+    [(["--max-radius", "20"], "its process ended early: Error: out of memory"), ([], "out of memory")],
+)
+def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(
+    images, tmp_path, options, error
+):
     # With so little memory the library ends the process for one image alone.
     large = tmp_path / "large.tif"
-    orva.write(large, np.zeros((6000, 6000), np.uint8))
+    orva.write(large, np.eye(6000, dtype=np.uint8))
     memory = 1 << 30
-    line = [sys.executable, "-m", "orva.batch", *map(str, [large, *images[:8]])]
+    line = [sys.executable, "-m", "orva.batch", *map(str, [large, *images[:8]]), *options]
     done = subprocess.run(
         [*line, "--out", str(tmp_path / "out"), "--workers", "1"],
         capture_output=True,
@@ -222,7 +244,7 @@ def test_an_image_that_ends_its_process_is_recorded_and_the_others_are_done(imag
     assert done.returncode == 1, done.stderr
     failures = rows(tmp_path / "out" / "failures.csv")
     assert [f["file"] for f in failures] == [str(large)]
-    assert failures[0]["error"] == "its process ended early: Error: out of memory"
+    assert failures[0]["error"].endswith(error)
     assert len(rows(tmp_path / "out" / "summary.csv")) == 8
 
 
@@ -232,6 +254,25 @@ def test_an_image_that_ends_its_process_is_recorded_and_the_others_are_done(imag
         (["a.tif"], "--out"),
         (["a.tif", "--out", "o", "--max-radius", "0"], "max_radius must be from 1 to 1000"),
         (["a.tif", "--out", "o", "--polarity", "grey"], "polarity must be one of"),
+        (["a.tif", "--out", "o", "--radius", "0"], "radius must be from 0.1"),
+        (["a.tif", "--out", "o", "--radius", "9:5"], "the upper radius must be from 9.0"),
+        (["a.tif", "--out", "o", "--radius", "1:2:3"], "must be a radius or a range A:B, not 1:2:3"),
+        (["a.tif", "--out", "o", "--radius", "ten"], "must be a radius or a range A:B, not ten"),
+        (["a.tif", "--out", "o", "--min-score", "2"], "min_score must be from 0 to 1"),
+        (
+            ["a.tif", "--out", "o", "--radius", "9", "--max-radius", "12"],
+            "--max-radius belongs to the voting and --radius does not; give one of them",
+        ),
+        (
+            ["a.tif", "--out", "o", "--min-score", "0.4", "--edges"],
+            "--edges belongs to the voting and --min-score does not",
+        ),
+        (
+            ["a.tif", "--out", "o", "--same-settings", "--polarity", "both"],
+            "--polarity both belongs to the voting and --same-settings does not",
+        ),
+        (["objects.tif", "--out", "o"], "rename it"),
+        (["centers.tif", "--out", "o", "--max-radius", "12"], "rename it"),
         (["a.tif", "--out", "o", "--workers", "0"], "workers must be"),
         (["a.tif", "d/a.png", "--out", "o"], "both have the table a.csv"),
         (["a.tif", "a.tif", "--out", "o"], "named twice"),

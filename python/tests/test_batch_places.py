@@ -7,7 +7,7 @@ import shutil
 import dask
 import numpy as np
 import pytest
-from test_batch import batch, job_of, rows
+from test_batch import batch, find_job_of, job_of, rows
 
 import orva
 from orva.batch import _command as batch_command
@@ -88,7 +88,7 @@ def test_the_picture_is_not_written_through_a_link(tmp_path, field):
     other = tmp_path / "other.png"
     other.write_bytes(b"kept")
     (tmp_path / "counts.png").symlink_to(other)
-    _summary.write_summary(tmp_path, [])
+    _summary.write_summary(tmp_path, [], votes=False)
     assert other.read_bytes() == b"kept"
     assert (tmp_path / "counts.png").read_bytes().startswith(b"\x89PNG")
 
@@ -108,16 +108,18 @@ def test_an_address_without_a_scheduler_is_a_wrong_call(tmp_path, capsys, field,
 
 
 @pytest.mark.parametrize(
-    "change", [{"centers": "4"}, {"seconds": None}, {"error": "none"}, {"more": 1}]
+    "change", [{"centers": "4"}, {"seconds": None}, {"error": "none"}, {"more": 1}, {"used": None}]
 )
-def test_a_record_that_is_no_longer_one_is_made_again(tmp_path, field, change):
-    job = job_of(field, tmp_path, max_radius=8)
+@pytest.mark.parametrize("make, settings", [(job_of, {"max_radius": 8}), (find_job_of, {})])
+def test_a_record_that_is_no_longer_one_is_made_again(tmp_path, field, change, make, settings):
+    job = make(field, tmp_path, **settings)
     first = _jobs.run(job)
     record = json.loads(job.record.read_text(encoding="utf-8"))
     record["result"].update(change)
     job.record.write_text(json.dumps(record), encoding="utf-8")
     again = _jobs.run(job)
-    assert (again.skipped, again.error, again.centers) == (False, "", first.centers)
+    is_good = job.votes and "used" in change
+    assert (again.skipped, again.error, again.centers) == (is_good, "", first.centers)
 
 
 @pytest.mark.parametrize("power", [0, 1, 1.5, 2, 3, 4, 5])

@@ -181,7 +181,7 @@ TESTED = {
     "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
     "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 1, "java": 1}),
-    "docs/tutorial.md": ("test_tutorial.py", {"python": 8}),
+    "docs/tutorial.md": ("test_tutorial.py", {"python": 10}),
     "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1}),
 }
 

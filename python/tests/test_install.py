@@ -146,7 +146,7 @@ def test_pip_installs_the_whole_package(newcomer):
     assert lines[0].startswith(newcomer.environment["HOME"] + "/orva/lib/")
     assert {"py.typed", "_orva.pyi", "batch"} <= set(lines[1].split())
     assert float(lines[2]) > 0
-    assert "find the centers" in newcomer.run(f"{python} -m orva.batch --help", "/").lower()
+    assert "find round objects" in newcomer.run(f"{python} -m orva.batch --help", "/").lower()
 
 
 def test_the_line_for_the_build_tree(tmp_path):

@@ -1,5 +1,6 @@
 """The package as a whole: names, texts, types and version."""
 
+import dataclasses
 import inspect
 import json
 import pathlib
@@ -24,6 +25,9 @@ import numpy.typing as npt
 import orva
 
 image = np.zeros((20, 30), np.uint8)
+objects: npt.NDArray[np.void] = orva.find_objects(image, radius=(2, 8.5), polarity="dark")
+estimate: orva.SettingsEstimate = orva.estimate_settings(image)
+radius: float = estimate.radius if estimate.runner_up is None else estimate.runner_up.radius
 centers: npt.NDArray[np.void] = orva.find_centers(image, max_radius=5, polarity="dark")
 field: npt.NDArray[np.float32] = orva.vote_field(image)
 flat: npt.NDArray[np.float32] = orva.gaussian(image, sigma=(1, 2.5), orders=(0, 1))
@@ -44,6 +48,7 @@ import numpy as np
 import orva
 orva.smooth(np.zeros((4, 5)), sigma=1)
 orva.find_centers(np.zeros((4, 5), np.uint8), 20)
+orva.find_objects(np.zeros((4, 5), np.uint8), radius="20")
 orva.erode(np.zeros((4, 5), np.float32))
 orva.label(np.zeros((4, 5), bool), connectivity="8")
 orva.nothing()
@@ -85,7 +90,7 @@ def test_the_checker_finds_every_mistake(cache, tmp_path):
         for match in (re.match(r"\S+?:(\d+): error", line) for line in report_on(BAD, cache, tmp_path))
         if match
     }
-    assert found == {4, 5, 6, 7, 8}
+    assert found == {4, 5, 6, 7, 8, 9}
 
 
 def test_the_package_itself_passes_the_strict_checker(cache, tmp_path):
@@ -107,7 +112,11 @@ def test_the_package_is_marked_as_typed():
 
 def test_every_function_says_what_it_takes_gives_and_raises():
     functions = {name: f for name, f in vars(orva).items() if inspect.isfunction(f)}
-    assert set(orva.__all__) == {"__version__", *functions}
+    classes = {name: c for name, c in vars(orva).items() if inspect.isclass(c)}
+    assert set(orva.__all__) == {"__version__", *functions, *classes}
+    for name, c in classes.items():
+        for field in dataclasses.fields(c):
+            assert re.search(rf"\b{field.name}\b", inspect.getdoc(c)), (name, field.name)
     for name, function in functions.items():
         text = inspect.getdoc(function)
         for heading in ("Parameters", "Returns", "Raises"):
@@ -130,9 +139,12 @@ def test_the_example_of_the_readme_runs(sample, tmp_path, monkeypatch, capsys):
     example = re.search(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.DOTALL)[1]
     names = {}
     exec(example, names)
-    centers = orva.find_centers(orva.read(sample), max_radius=36)
+    objects = orva.find_objects(orva.read(sample))
     printed = [tuple(map(float, line.split())) for line in capsys.readouterr().out.splitlines()]
-    np.testing.assert_allclose(printed, [tuple(row) for row in centers.tolist()], rtol=1e-6)
+    assert len(printed) == len(objects) > 0
+    np.testing.assert_allclose(printed, [row[:4] for row in objects.tolist()], rtol=1e-6)
+    centers = orva.find_centers(orva.read(sample), max_radius=36)
+    np.testing.assert_array_equal(names["centers"], centers)
     assert len(names["table"]["mean"]) == names["n"] > 0
 
 

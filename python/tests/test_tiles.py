@@ -58,7 +58,7 @@ def test_regions_longer_than_a_tile_are_those_of_the_whole(bar, threshold):
 
 
 def test_regions_longer_than_what_a_tile_may_see_are_cut_with_a_warning(bar, monkeypatch):
-    monkeypatch.setattr(_tiles, "_MAX_SEEN", 700)
+    monkeypatch.setattr(_tiles, "MAX_SEEN", 700)
     settings = {"max_radius": 10, "gradient": 8.0, "threshold": 1.0}
     with pytest.warns(UserWarning, match="is cut"):
         assert len(find_centers_in_tiles(bar, tile=200, **settings)) > 0

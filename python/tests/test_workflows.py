@@ -38,7 +38,7 @@ def place(tmp_path, monkeypatch):
 
 
 def expected(command):
-    return {s.stem: command("vote", "--quiet", "--max-radius", 20, s) for s in SAMPLES}
+    return {s.stem: command("find", "--quiet", s) for s in SAMPLES}
 
 
 def results(place):
@@ -56,7 +56,7 @@ def test_the_slurm_array_writes_each_table_and_the_same_when_repeated(place, com
 
 
 def test_the_snakemake_rule_writes_each_table_once(place, command):
-    (place / "Snakefile").write_text(block("snakemake", "rule centers"), encoding="utf-8")
+    (place / "Snakefile").write_text(block("snakemake", "rule objects"), encoding="utf-8")
     line = ["snakemake", "--cores", "1", "--nocolor"]
     subprocess.run(line, check=True, capture_output=True, timeout=120)
     assert results(place) == expected(command)

@@ -6,21 +6,22 @@ import contextlib
 import logging
 import sys
 import threading
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from concurrent.futures import CancelledError
 from typing import Any, TextIO
 
 from distributed import Client, LocalCluster, as_completed
 
 from ._interrupt import Interrupted
-from ._jobs import Job, Result, run
+from ._jobs import Job, Result
 
 
 class _Progress:
     """A bar on a terminal; elsewhere nothing until the end."""
 
-    def __init__(self, total: int, out: TextIO) -> None:
+    def __init__(self, total: int, out: TextIO, label: str) -> None:
         self._total = total
+        self._label = label
         self._out = out
         self._done = self._failed = self._skipped = 0
         self._draw()
@@ -32,7 +33,7 @@ class _Progress:
         self._draw()
 
     def _text(self) -> str:
-        text = f"{self._done} of {self._total} images"
+        text = f"{self._label}{self._done} of {self._total} images"
         if self._skipped:
             text += f", {self._skipped} done before"
         return text + (f", {self._failed} failed" if self._failed else "")
@@ -63,7 +64,7 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
         with remote as c:
             yield c
         return
-    # The voting uses one processor.
+    # The search uses one processor.
     local: Any = LocalCluster(  # type: ignore[no-untyped-call]
         n_workers=workers,
         threads_per_worker=1,
@@ -77,18 +78,23 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
 
 
 def run_all(
-    jobs: list[Job], c: Client, stop: threading.Event, out: TextIO = sys.stderr
+    work: Callable[[Job], Result],
+    jobs: list[Job],
+    c: Client,
+    stop: threading.Event,
+    label: str = "",
+    out: TextIO = sys.stderr,
 ) -> list[Result]:
-    """Runs one task per job and returns the results in the order of the jobs.
+    """Runs work(job) in one task per job and returns the results in the order of the jobs.
 
     A task whose worker dies goes to another one. Raises Interrupted soon after `stop` is set.
     """
-    futures: list[Any] = c.map(run, jobs, pure=False)  # type: ignore[no-untyped-call]
+    futures: list[Any] = c.map(work, jobs, pure=False)  # type: ignore[no-untyped-call]
     jobs_of: dict[str, Job] = {f.key: job for f, job in zip(futures, jobs)}
     results: dict[str, Result] = {}
     if not c.scheduler_info()["workers"]:  # type: ignore[no-untyped-call]
         out.write("the scheduler has no workers yet; waiting for them\n")
-    progress = _Progress(len(jobs), out)
+    progress = _Progress(len(jobs), out, label)
     completed: Any = as_completed(futures)  # type: ignore[no-untyped-call]
     while not completed.is_empty():
         if stop.is_set():

@@ -3,27 +3,33 @@
 from __future__ import annotations
 
 import argparse
+import dataclasses
 import os
 import pathlib
 import sys
 import tempfile
 import threading
+from collections.abc import Iterable
 from typing import Any, NoReturn
 
 from .. import _options as options
+from .._objects import combined, find_settings
 from .._voting import complete
 from ._cluster import client, run_all
 from ._interrupt import run as run_interruptible
-from ._jobs import Job, Result
-from ._summary import SUMMARY_FILES, write_summary
+from ._jobs import Job, Result, estimate, run
+from ._summary import summary_files, write_summary
 
 _EPILOG = """\
-DIR receives a table x,y,weight per image, centers.csv with all centers, summary.csv with one row per
-image, failures.csv and counts.png. A repeated run skips images whose file and settings have not
-changed. The exit status is 0, 1 if an image failed, or 2 for a usage error.
+Radius and polarity are estimated from each image. A setting of the voting selects the voting instead.
+
+DIR receives a table x,y,radius,score per image, objects.csv with all objects, summary.csv with one row
+per image, failures.csv and counts.png; of the voting, tables x,y,weight, and centers.csv with all
+centers. A repeated run skips images whose file and settings have not changed. The exit status is 0,
+1 if an image failed, or 2 for a usage error.
 
 Example: the nuclei of a plate, on four processors
-  python -m orva.batch plate/*.tif --out results --workers 4 --max-radius 20
+  python -m orva.batch plate/*.tif --out results --workers 4
 """
 
 
@@ -40,10 +46,21 @@ def _whole(text: str) -> int:
         raise argparse.ArgumentTypeError(f"must be a whole number, not {text}") from None
 
 
+def _radius(text: str) -> float | list[float]:
+    """A radius, or a range A:B of them as a list, which is also how JSON holds it."""
+    try:
+        values = [float(v) for v in text.split(":")]
+    except ValueError:
+        values = []
+    if len(values) not in (1, 2):
+        raise argparse.ArgumentTypeError(f"must be a radius or a range A:B, not {text}")
+    return values if len(values) == 2 else values[0]
+
+
 def _parser() -> argparse.ArgumentParser:
     parser = _Parser(
         prog="python -m orva.batch",
-        description="Find the centers of round objects in many images",
+        description="Find round objects in many images",
         epilog=_EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
@@ -57,8 +74,23 @@ def _parser() -> argparse.ArgumentParser:
         metavar="N",
         help="processes on this machine; default one a processor",
     )
-    vote = parser.add_argument_group("voting", "as for orva vote")
-    vote.add_argument("--polarity", metavar="NAME", help="bright, dark or both; default bright")
+    parser.add_argument(
+        "--polarity",
+        metavar="NAME",
+        help="bright or dark; default estimated. For the voting bright, dark or both; default bright",
+    )
+    find = parser.add_argument_group("finding", "as for orva find")
+    find.add_argument(
+        "--radius", type=_radius, metavar="R|A:B", help="typical radius, or a range of the radii"
+    )
+    find.add_argument("--min-score", type=float, metavar="S", help="default 0.5")
+    find.add_argument(
+        "--same-settings",
+        action="store_true",
+        default=None,
+        help="one estimate over all images, then the same radius and polarity for each",
+    )
+    vote = parser.add_argument_group("voting", "as for orva vote; each of these selects the voting")
     vote.add_argument("--min-radius", type=_whole, metavar="N", help="nearest vote; default 1")
     vote.add_argument("--max-radius", type=_whole, metavar="N", help="farthest vote; default 20")
     vote.add_argument("--cone-width", type=_whole, metavar="N", help="default half of --max-radius")
@@ -71,22 +103,41 @@ def _parser() -> argparse.ArgumentParser:
     vote.add_argument("--relative-threshold", type=float, metavar="F", help="a share; default 0.3")
     vote.add_argument("--edges", action="store_true", default=None, help="vote from edges only")
     vote.add_argument("--power", type=float, metavar="P", help="of gradients; default 0.5")
-    vote.add_argument("--frame", type=_whole, metavar="K", help="page or plane of a stack; default 0")
+    parser.add_argument("--frame", type=_whole, metavar="K", help="page or plane of a stack; default 0")
     return parser
 
 
-def _vote_settings(arguments: argparse.Namespace) -> dict[str, Any]:
-    """What was given, checked; the rest has the defaults of find_centers()."""
+def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], bool]:
+    """What was given, checked, and whether it selects the voting; the rest has the defaults."""
     others = ("images", "out", "scheduler", "workers")
     given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
-    complete({k: v for k, v in given.items() if k != "frame"})
+    common = {"frame", "polarity"}
+    of_find = given.keys() & {"radius", "min_score", "same_settings"}
+    of_vote = given.keys() - of_find - common
+    if given.get("polarity") == "both":
+        of_vote.add("polarity both")
+    if of_find and of_vote:
+        one, other = (_option(min(names)) for names in (of_find, of_vote))
+        raise ValueError(f"{other} belongs to the voting and {one} does not; give one of them")
     options.whole("frame", given.get("frame", 0), 0, 65534)
-    return given
+    given.pop("same_settings", None)
+    checked = {k: v for k, v in given.items() if k != "frame"}
+    if of_vote:
+        complete(checked)
+    else:
+        find_settings(**checked)
+    return given, bool(of_vote)
 
 
-def _jobs(images: list[str], out: pathlib.Path, settings: dict[str, Any]) -> list[Job]:
+def _option(name: str) -> str:
+    return "--" + name.replace("_", "-")
+
+
+def _jobs(
+    images: list[str], out: pathlib.Path, settings: dict[str, Any], votes: bool
+) -> list[Job]:
     """A job an image; two images of one name would have one table."""
-    reserved = {"centers", "summary", "failures"}
+    reserved = {pathlib.Path(name).stem for name in summary_files(votes) if name.endswith(".csv")}
     seen: dict[str, str] = {}
     jobs = []
     for image in images:
@@ -96,7 +147,7 @@ def _jobs(images: list[str], out: pathlib.Path, settings: dict[str, Any]) -> lis
             raise ValueError(f"{image}: its table would be the batch's {name}.csv; rename it")
         if seen.setdefault(name, path) != path:
             raise ValueError(f"{image} and {seen[name]} would both have the table {name}.csv")
-        jobs.append(Job(path, str(out / f"{name}.csv"), settings))
+        jobs.append(Job(path, str(out / f"{name}.csv"), settings, votes))
     if len(jobs) != len(seen):
         raise ValueError("an image is named twice")
     _require_apart(jobs, out)
@@ -105,7 +156,7 @@ def _jobs(images: list[str], out: pathlib.Path, settings: dict[str, Any]) -> lis
 
 def _require_apart(jobs: list[Job], out: pathlib.Path) -> None:
     """Raises ValueError for an image in the place of a result."""
-    results = [out / name for name in SUMMARY_FILES]
+    results = [out / name for name in summary_files(jobs[0].votes)]
     results += [pathlib.Path(job.table) for job in jobs] + [job.record for job in jobs]
     places = {os.path.join(os.path.realpath(out), path.name) for path in results}
     for job in jobs:
@@ -115,13 +166,27 @@ def _require_apart(jobs: list[Job], out: pathlib.Path) -> None:
             raise ValueError(f"{job.image}: a result would take its place; choose another --out")
 
 
-def _run(jobs: list[Job], out: pathlib.Path, scheduler: str | None, workers: int) -> list[Result]:
+def _frozen(jobs: list[Job], estimates: Iterable[Result]) -> list[Job]:
+    """The jobs with one radius and polarity, from the images that could be read."""
+    common = combined(r.used for r in estimates if r.used is not None)
+    settings: dict[str, Any] = {"polarity": common.polarity}
+    if common.radius > 0:
+        settings["radius"] = common.radius
+    return [dataclasses.replace(job, settings={**settings, **job.settings}) for job in jobs]
+
+
+def _run(
+    jobs: list[Job], out: pathlib.Path, scheduler: str | None, workers: int, same_settings: bool
+) -> list[Result]:
     """The results of the jobs, and all files that the batch makes of them."""
 
     def work(stop: threading.Event) -> list[Result]:
         with client(scheduler, workers) as c:
-            results = run_all(jobs, c, stop)
-        write_summary(out, results)
+            final = jobs
+            if same_settings:
+                final = _frozen(jobs, run_all(estimate, jobs, c, stop, "estimates: "))
+            results = run_all(run, final, c, stop)
+        write_summary(out, results, jobs[0].votes)
         return results
 
     return run_interruptible(work)
@@ -132,7 +197,7 @@ def main(argv: list[str] | None = None) -> int:
     arguments = parser.parse_args(argv)
     out = pathlib.Path(arguments.out).absolute()
     try:
-        jobs = _jobs(arguments.images, out, _vote_settings(arguments))
+        jobs = _jobs(arguments.images, out, *_settings(arguments))
         workers = len(os.sched_getaffinity(0))
         if arguments.workers is not None:
             workers = options.whole("workers", arguments.workers, 1, 1024)
@@ -145,7 +210,8 @@ def main(argv: list[str] | None = None) -> int:
     except OSError as error:
         parser.error(f"--out {arguments.out} cannot be written to: {error.strerror}")
     try:
-        results = _run(jobs, out, arguments.scheduler, min(workers, len(jobs)))
+        same_settings = bool(arguments.same_settings)
+        results = _run(jobs, out, arguments.scheduler, min(workers, len(jobs)), same_settings)
         failed = [r for r in results if r.error]
         for r in failed:
             print(f"{r.image}: {r.error}", file=sys.stderr)

@@ -1,4 +1,4 @@
-"""The centers of one image, as a table in a file that is not made twice."""
+"""The objects or centers of one image, as a table in a file that is not made twice."""
 
 from __future__ import annotations
 
@@ -14,14 +14,18 @@ import signal
 import tempfile
 import time
 import uuid
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator, Sequence
 from typing import Any
 
 import numpy as np
 
 import orva
 
-from ._tiles import MAX_SIDE, find_centers_in_tiles
+from .._arrays import Image
+from .._objects import SettingsEstimate, find_settings, search
+from ._grid import MAX_SIDE
+from ._object_tiles import estimate_in_tiles, search_in_tiles
+from ._tiles import find_centers_in_tiles
 
 _NO_ANSWER = 70  # a status with which the library never exits
 
@@ -30,11 +34,12 @@ Center = tuple[int, int, float]
 
 @dataclasses.dataclass(frozen=True)
 class Job:
-    """An image, the table of its centers, and the settings: those of find_centers()."""
+    """An image, its table, and the settings: those of find_objects(), or of find_centers() to vote."""
 
     image: str
     table: str
     settings: dict[str, Any]
+    votes: bool = False
 
     @property
     def record(self) -> pathlib.Path:
@@ -50,10 +55,11 @@ class Result:
     table: str = ""
     width: int = 0
     height: int = 0
-    centers: int = 0
+    centers: int = 0  # of objects, each of which has one
     seconds: float = 0.0
     skipped: bool = False  # finished by an earlier run
     error: str = ""
+    used: SettingsEstimate | None = None  # radius and polarity, except of a voting
 
 
 def _digest(path: str) -> str:
@@ -63,11 +69,17 @@ def _digest(path: str) -> str:
 
 def _origin(job: Job) -> dict[str, Any]:
     """All that the table depends on."""
-    return {"version": orva.__version__, "settings": job.settings, "sha256": _digest(job.image)}
+    method = {} if job.votes else {"method": "find"}
+    return {
+        "version": orva.__version__,
+        **method,
+        "settings": job.settings,
+        "sha256": _digest(job.image),
+    }
 
 
-def _finished(job: Job, origin: dict[str, Any]) -> Result | None:
-    """The result of an earlier run, if it is still good.
+def _record(job: Job) -> dict[str, Any]:
+    """What an earlier run has recorded, empty if that is nothing or cannot be read.
 
     Raises ValueError for files of others in its place.
     """
@@ -76,18 +88,42 @@ def _finished(job: Job, origin: dict[str, Any]) -> Result | None:
     except FileNotFoundError:
         if os.path.lexists(job.table):
             raise ValueError(f"{job.table} is there, and not from a batch") from None
-        return None
+        return {}
     if '"origin"' not in text:
         raise ValueError(f"{job.record} is there, and not from a batch")
     try:
         record = json.loads(text)
+    except ValueError:
+        return {}
+    return record if isinstance(record, dict) else {}
+
+
+def _guess_in(value: Any, runner_up: SettingsEstimate | None) -> SettingsEstimate:
+    radius, polarity, confidence = value["radius"], value["polarity"], value["confidence"]
+    is_guess = polarity in ("bright", "dark") and all(
+        type(n) in (int, float) for n in (radius, confidence)
+    )
+    if not is_guess:
+        raise TypeError("not an estimate")
+    return SettingsEstimate(radius, polarity, confidence, runner_up)
+
+
+def _estimate_in(value: Any) -> SettingsEstimate:
+    """An estimate as it is recorded; raises KeyError or TypeError for other values."""
+    return _guess_in(value, _guess_in(value["runner_up"], None))
+
+
+def _finished(job: Job, record: dict[str, Any], origin: dict[str, Any]) -> Result | None:
+    """The result of an earlier run, if it is still good."""
+    try:
         if record["origin"] != origin or _digest(job.table) != record["table"]:
             return None
         result = Result(**record["result"])
         numbers = (result.width, result.height, result.centers, result.seconds)
         if result.error or not all(type(n) in (int, float) for n in numbers):
             return None
-        return dataclasses.replace(result, image=job.image, table=job.table, skipped=True)
+        used = None if job.votes else _estimate_in(result.used)
+        return dataclasses.replace(result, image=job.image, table=job.table, skipped=True, used=used)
     except (OSError, ValueError, KeyError, TypeError):
         return None
 
@@ -119,6 +155,14 @@ def _shortest(weight: np.float32) -> str:
     return power if len(power) < len(plain) else plain
 
 
+def read_rows(path: str, votes: bool) -> Sequence[Sequence[Any]]:
+    """The rows of a table, without its header."""
+    if votes:
+        return read_centers(path)
+    with open(path, encoding="utf-8", newline="") as file:
+        return list(csv.reader(file))[1:]
+
+
 def read_centers(path: str) -> list[Center]:
     """The rows of a table of centers."""
     with open(path, encoding="utf-8", newline="") as file:
@@ -126,18 +170,27 @@ def read_centers(path: str) -> list[Center]:
 
 
 def run(job: Job) -> Result:
-    """Finds the centers of an image and writes its table, unless that has been done before.
+    """Finds the objects of an image and writes its table, unless that has been done before.
 
     All that is wrong with the image is in the result; nothing is raised. The work is done in a child
     process, as the library ends its process when memory runs out.
     """
+    return _in_child(_run, job)
+
+
+def estimate(job: Job) -> Result:
+    """Estimates radius and polarity of an image, as run() does with an image and its errors."""
+    return _in_child(_estimate, job)
+
+
+def _in_child(work: Callable[[Job], Result], job: Job) -> Result:
     with tempfile.TemporaryFile() as said, tempfile.TemporaryFile() as answer:
         child = os.fork()
         if child == 0:
             try:
                 signal.signal(signal.SIGTERM, signal.SIG_DFL)
                 os.dup2(said.fileno(), 2)
-                answer.write(pickle.dumps(_run(job)))
+                answer.write(pickle.dumps(_attempt(work, job)))
                 answer.flush()
                 os._exit(0)
             except BaseException as error:
@@ -156,6 +209,15 @@ def run(job: Job) -> Result:
         return Result(job.image, error=f"its process ended early: {text}")
 
 
+def _attempt(work: Callable[[Job], Result], job: Job) -> Result:
+    try:
+        return work(job)
+    except MemoryError:
+        return Result(job.image, error="out of memory")
+    except (OSError, ValueError) as error:
+        return Result(job.image, error=str(error) or type(error).__name__)
+
+
 @contextlib.contextmanager
 def _not_terminated() -> Iterator[None]:
     """Holds back SIGTERM, which would leave temporary files."""
@@ -166,33 +228,82 @@ def _not_terminated() -> Iterator[None]:
         signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
+def _voted(plane: Image, settings: dict[str, Any]) -> tuple[str, int]:
+    """The table of the centers, and their number."""
+    if max(plane.shape) > MAX_SIDE:
+        centers = find_centers_in_tiles(plane, **settings)
+    else:
+        centers = orva.find_centers(plane, **settings)
+    rows = "".join(f"{c['x']},{c['y']},{_shortest(c['weight'])}\n" for c in centers)
+    return "x,y,weight\n" + rows, len(centers)
+
+
+def _found(plane: Image, settings: dict[str, Any]) -> tuple[str, int, SettingsEstimate]:
+    """The table of the objects, rounded as by the command; their number, and what was used."""
+    told = find_settings(**settings)
+    is_large = max(plane.shape) > MAX_SIDE
+    objects, used = search_in_tiles(plane, told) if is_large else search(plane, told)
+    rows = "".join(
+        f"{o['x']:.3f},{o['y']:.3f},{o['radius']:.3f},{o['score']:.3f}\n" for o in objects
+    )
+    return "x,y,radius,score\n" + rows, len(objects), used
+
+
+def _write_record(job: Job, record: dict[str, Any]) -> None:
+    write_whole(job.record, json.dumps(record, indent=1) + "\n")
+
+
+def _read(job: Job) -> tuple[Image, dict[str, Any]]:
+    """The image, and the settings without the frame."""
+    settings = dict(job.settings)
+    return orva.read(job.image, frame=settings.pop("frame", 0)), settings
+
+
 def _run(job: Job) -> Result:
     start = time.perf_counter()
-    try:
-        origin = _origin(job)
-        finished = _finished(job, origin)
-        if finished:
-            return finished
-        settings = dict(job.settings)
-        plane = orva.read(job.image, frame=settings.pop("frame", 0))
-        height, width = plane.shape
-        if max(plane.shape) > MAX_SIDE:
-            centers = find_centers_in_tiles(plane, **settings)
-        else:
-            centers = orva.find_centers(plane, **settings)
-        rows = "".join(f"{c['x']},{c['y']},{_shortest(c['weight'])}\n" for c in centers)
-        table = "x,y,weight\n" + rows
-        seconds = time.perf_counter() - start
-        result = Result(job.image, job.table, width, height, len(centers), seconds)
-        record = {
-            "origin": origin,
-            "table": hashlib.sha256(table.encode()).hexdigest(),
-            "result": dataclasses.asdict(result),
-        }
-        with _not_terminated():
-            # First, so that a table without a record is none of ours.
-            write_whole(job.record, json.dumps(record, indent=1) + "\n")
-            write_whole(pathlib.Path(job.table), table)
-        return result
-    except (OSError, ValueError, MemoryError) as error:
-        return Result(job.image, error=str(error) or type(error).__name__)
+    origin = _origin(job)
+    record = _record(job)
+    finished = _finished(job, record, origin)
+    if finished:
+        return finished
+    plane, settings = _read(job)
+    used = None
+    if job.votes:
+        table, count = _voted(plane, settings)
+    else:
+        table, count, used = _found(plane, settings)
+    height, width = plane.shape
+    seconds = time.perf_counter() - start
+    result = Result(job.image, job.table, width, height, count, seconds, used=used)
+    values = dataclasses.asdict(result)
+    if job.votes:
+        del values["used"]
+    new = {
+        "origin": origin,
+        "table": hashlib.sha256(table.encode()).hexdigest(),
+        "result": values,
+    }
+    if not job.votes and "estimate" in record:
+        new["estimate"] = record["estimate"]
+    with _not_terminated():
+        # First, so that a table without a record is none of ours.
+        _write_record(job, new)
+        write_whole(pathlib.Path(job.table), table)
+    return result
+
+
+def _estimate(job: Job) -> Result:
+    """A result without a table: radius and polarity, which the record keeps for the next run."""
+    origin = _origin(job)
+    record = _record(job)
+    with contextlib.suppress(KeyError, TypeError):
+        if record["estimate"]["origin"] == origin:
+            return Result(job.image, skipped=True, used=_estimate_in(record["estimate"]["used"]))
+    plane, settings = _read(job)
+    told = find_settings(**settings)
+    is_large = max(plane.shape) > MAX_SIDE
+    used = estimate_in_tiles(plane, told) if is_large else search(plane, told)[1]
+    record["estimate"] = {"origin": origin, "used": dataclasses.asdict(used)}
+    with _not_terminated():
+        _write_record(job, record)
+    return Result(job.image, used=used)

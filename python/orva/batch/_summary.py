@@ -1,4 +1,4 @@
-"""The results of a batch: a table of all centers, one row per image, and a chart of the counts."""
+"""The results of a batch: a table of all objects or centers, one row per image, and a chart."""
 
 from __future__ import annotations
 
@@ -8,9 +8,16 @@ import pathlib
 from collections.abc import Iterable, Sequence
 from typing import Any
 
-from ._jobs import Result, read_centers, write_whole
+from ._jobs import Result, read_rows, write_whole
 
-SUMMARY_FILES = ("centers.csv", "summary.csv", "failures.csv", "counts.png")
+
+def summary_files(votes: bool) -> tuple[str, ...]:
+    """The names of what write_summary() writes."""
+    return f"{_noun(votes)}.csv", "summary.csv", "failures.csv", "counts.png"
+
+
+def _noun(votes: bool) -> str:
+    return "centers" if votes else "objects"
 
 
 def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[Any]]) -> None:
@@ -21,25 +28,33 @@ def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[
     write_whole(path, text.getvalue())
 
 
-def write_summary(directory: pathlib.Path, results: list[Result]) -> None:
-    """Writes centers.csv, summary.csv, failures.csv and counts.png, images in the order given."""
+def write_summary(directory: pathlib.Path, results: list[Result], votes: bool) -> None:
+    """Writes the summary files, images in the order given."""
     done = [r for r in results if not r.error]
+    everything, summary = summary_files(votes)[:2]
     _write_csv(
-        directory / "centers.csv",
-        ("file", "x", "y", "weight"),
-        ((r.image, *center) for r in done for center in read_centers(r.table)),
+        directory / everything,
+        ("file", "x", "y", "weight") if votes else ("file", "x", "y", "radius", "score"),
+        ((r.image, *row) for r in done for row in read_rows(r.table, votes)),
     )
+    columns = ("centers",) if votes else ("objects", "radius", "polarity", "confidence")
     _write_csv(
-        directory / "summary.csv",
-        ("file", "width", "height", "centers", "seconds"),
-        ((r.image, r.width, r.height, r.centers, f"{r.seconds:.3f}") for r in done),
+        directory / summary,
+        ("file", "width", "height", *columns, "seconds"),
+        ((r.image, r.width, r.height, r.centers, *_used(r), f"{r.seconds:.3f}") for r in done),
     )
     _write_csv(
         directory / "failures.csv",
         ("file", "error"),
         ((r.image, r.error) for r in results if r.error),
     )
-    _draw(directory / "counts.png", done)
+    _draw(directory / "counts.png", done, _noun(votes))
+
+
+def _used(result: Result) -> tuple[str, ...]:
+    """Radius, polarity and confidence, rounded as in the summary of the command."""
+    used = result.used
+    return () if used is None else (f"{used.radius:.1f}", used.polarity, f"{used.confidence:.2f}")
 
 
 def _name(stem: str) -> str:
@@ -51,7 +66,7 @@ def _name(stem: str) -> str:
     return name.replace("$", r"\$")  # which would begin a formula
 
 
-def _draw(path: pathlib.Path, results: list[Result]) -> None:
+def _draw(path: pathlib.Path, results: list[Result], noun: str) -> None:
     """A bar an image, or of many images how many have so many centers."""
     from matplotlib.backends.backend_agg import FigureCanvasAgg  # type: ignore[import]
     from matplotlib.figure import Figure  # type: ignore[import]
@@ -66,14 +81,14 @@ def _draw(path: pathlib.Path, results: list[Result]) -> None:
         axes.bar(range(len(counts)), counts, color="#4477aa")
         names = [_name(pathlib.Path(r.image).stem) for r in results]
         axes.set_xticks(range(len(counts)), names, rotation=60, ha="right", fontsize=7)
-        axes.set_ylabel("centers")
+        axes.set_ylabel(noun)
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
     else:
         axes.hist(counts, bins=min(max(counts) - min(counts) + 1, few), color="#4477aa")
-        axes.set_xlabel("centers in an image")
+        axes.set_xlabel(f"{noun} in an image")
         axes.set_ylabel("images")
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
-    axes.set_title(f"{sum(counts)} centers in {len(counts)} images")
+    axes.set_title(f"{sum(counts)} {noun} in {len(counts)} images")
     axes.spines[["top", "right"]].set_visible(False)
     content = io.BytesIO()
     figure.savefig(content, format="png", dpi=100)

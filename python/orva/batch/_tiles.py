@@ -4,8 +4,8 @@ from __future__ import annotations
 
 import math
 import warnings
-from collections.abc import Iterable, Iterator
-from typing import Any, NamedTuple
+from collections.abc import Iterable
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -14,26 +14,11 @@ import orva
 
 from .. import _options as options
 from .. import _orva
-from .._arrays import IMAGE_TYPES, require
 from .._voting import MAX_LEVEL, complete
+from ._grid import MAX_SEEN, TILE_SIDE, Tile, around, block_of, plane_shape, tiles_of
 
-# Images with a longer side are divided into tiles.
-MAX_SIDE = 8192
-
-_TILE = 4096
-_MAX_SEEN = 16384  # the largest side of a tile with its overlap, limited by memory
 _CENTER = np.dtype([("x", np.int32), ("y", np.int32), ("weight", np.float32)])
 _NEGLIGIBLE = 0.001  # gradients up to this value do not vote
-
-
-Part = tuple[int, int, int, int]  # rows from and up to, columns from and up to
-
-
-class _Tile(NamedTuple):
-    """The part of the image that a tile owns, and that part with the overlap."""
-
-    own: Part
-    seen: Part
 
 
 def _settled(settings: dict[str, Any]) -> tuple[int, int, float]:
@@ -62,36 +47,14 @@ def reach_of(settings: dict[str, Any]) -> int:
     return (2 * passes + 1) * margin + kernel
 
 
-def _around(own: Part, shape: tuple[int, int], overlap: int) -> Part:
-    """The part and its surroundings within the overlap."""
-    return (
-        max(own[0] - overlap, 0),
-        min(own[1] + overlap, shape[0]),
-        max(own[2] - overlap, 0),
-        min(own[3] + overlap, shape[1]),
-    )
-
-
-def _tiles(shape: tuple[int, int], tile: int, overlap: int) -> Iterator[_Tile]:
-    for y in range(0, shape[0], tile):
-        for x in range(0, shape[1], tile):
-            own = (y, min(y + tile, shape[0]), x, min(x + tile, shape[1]))
-            yield _Tile(own, _around(own, shape, overlap))
-
-
-def _block(image: Any, part: Part, factor: float = 1.0) -> npt.NDArray[Any]:
-    block: npt.NDArray[Any] = np.asarray(image[part[0] : part[1], part[2] : part[3]])
-    return block if factor == 1 else block.astype(np.float32) * np.float32(factor)
-
-
-def _inside(values: npt.NDArray[Any], tile: _Tile) -> npt.NDArray[Any]:
+def _inside(values: npt.NDArray[Any], tile: Tile) -> npt.NDArray[Any]:
     """The part of a result that the tile owns."""
     own, seen = tile
     return values[own[0] - seen[0] : own[1] - seen[0], own[2] - seen[2] : own[3] - seen[2]]
 
 
 def find_centers_in_tiles(
-    image: Any, *, tile: int = _TILE, overlap: int | None = None, **settings: Any
+    image: Any, *, tile: int = TILE_SIDE, overlap: int | None = None, **settings: Any
 ) -> npt.NDArray[np.void]:
     """Find the centers of round objects in a plane of any size, tile by tile.
 
@@ -123,13 +86,7 @@ def find_centers_in_tiles(
     TypeError, ValueError
         As find_centers(), and for an image that is not a plane.
     """
-    if isinstance(image, np.ndarray) or not hasattr(image, "shape"):
-        require(image, IMAGE_TYPES)
-    if len(image.shape) != 2:
-        raise ValueError(f"image must be a plane (y, x), not of {len(image.shape)} axes")
-    shape = int(image.shape[0]), int(image.shape[1])
-    if 0 in shape:
-        raise ValueError("image is empty")
+    shape = plane_shape(image)
     settings = complete(settings)
     options.whole("tile", tile, 1, 30000)
     may_grow = overlap is None
@@ -138,7 +95,7 @@ def find_centers_in_tiles(
         overlap = reach_of(settings) + 2 * settings["max_radius"]
     else:
         options.whole("overlap", overlap, 0, 30000)
-    tiles = list(_tiles(shape, tile, overlap))
+    tiles = list(tiles_of(shape, tile, overlap))
     absolute = _absolute(image, tiles, settings)
     if absolute is None:
         return np.zeros(0, _CENTER)
@@ -150,8 +107,8 @@ def find_centers_in_tiles(
         wider = overlap
         while may_grow and is_cut:
             wider *= 2
-            t = _Tile(t.own, _around(t.own, shape, wider))
-            if max(t.seen[1] - t.seen[0], t.seen[3] - t.seen[2]) > _MAX_SEEN:
+            t = Tile(t.own, around(t.own, shape, wider))
+            if max(t.seen[1] - t.seen[0], t.seen[3] - t.seen[2]) > MAX_SEEN:
                 warnings.warn("a region of votes is too long for the tiles and is cut", stacklevel=2)
                 break
             centers, is_cut = _centers(image, t, shape, factor, settings)
@@ -164,13 +121,13 @@ def find_centers_in_tiles(
 
 
 def _centers(
-    image: Any, t: _Tile, shape: tuple[int, int], factor: float, settings: dict[str, Any]
+    image: Any, t: Tile, shape: tuple[int, int], factor: float, settings: dict[str, Any]
 ) -> tuple[npt.NDArray[np.void], bool]:
     """The centers that the tile owns, as find_centers() finds them.
 
     Also whether one of them may belong to a region that goes on where the tile cannot tell.
     """
-    votes = orva.vote_field(_block(image, t.seen, factor), **settings)
+    votes = orva.vote_field(block_of(image, t.seen, factor), **settings)
     labels, _ = orva.label(votes > np.float32(settings["threshold"]))
     regions = orva.measure(labels, votes)
     centers = np.zeros(len(regions["npix"]), _CENTER)
@@ -201,7 +158,7 @@ def _most(values: Iterable[npt.NDArray[Any]]) -> float:
 
 
 def _absolute(
-    image: Any, tiles: list[_Tile], settings: dict[str, Any]
+    image: Any, tiles: list[Tile], settings: dict[str, Any]
 ) -> tuple[dict[str, Any], float, float] | None:
     """Settings with thresholds that are the same for all tiles.
 
@@ -216,7 +173,7 @@ def _absolute(
     if settings["gradient"] is None or is_relative:
         sigma = _settled(settings)[2]
         strongest = _most(
-            _inside(orva.gradient(_block(image, t.seen), sigma=sigma), t) for t in tiles
+            _inside(orva.gradient(block_of(image, t.seen), sigma=sigma), t) for t in tiles
         )
     gradient = settings["gradient"]
     if gradient is None:
@@ -234,7 +191,7 @@ def _absolute(
     settings["gradient"] = min(gradient * factor, MAX_LEVEL)
     settings["threshold"] = 0.0
     settings["threshold"] = relative * _most(
-        _inside(orva.vote_field(_block(image, t.seen, factor), **settings), t) for t in tiles
+        _inside(orva.vote_field(block_of(image, t.seen, factor), **settings), t) for t in tiles
     )
     # Votes of gradients in grey levels are those of shares, times the strongest to the power.
     return settings, factor, (strongest * factor) ** settings["power"]
