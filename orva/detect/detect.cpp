@@ -181,12 +181,14 @@ FindResult findObjects(const Image& img, const FindSettings& settings) {
   FindResult result;
   result.used = s.estimate;
   if (settings.radius) result.used.radius = *settings.radius;
+  const RadiusRange range = rangeOf(settings);
   // Outlines that meet only when they are refined are one object, too.
   std::vector<Candidate> objects;
   for (const std::size_t k : s.selection.kept) {
     const Candidate& c = s.selection.candidates[k];
     if (scoreOf(c.logit) < settings.minScore) break;
-    objects.push_back(refined(s.levels, c));
+    const Candidate object = refined(s.levels, c);
+    if (range.contains(object.radius)) objects.push_back(object);
   }
   for (const std::size_t k : withoutOverlaps(objects, kLowestLogit)) {
     result.objects.push_back(objectOf(objects[k]));

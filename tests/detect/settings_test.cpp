@@ -143,6 +143,23 @@ TEST(FindSettings, RadiiKeepObjectsOfOtherSizesOut) {
   EXPECT_EQ(count([](FindSettings& s) { s.radius = 40.0F; }), 1U);
 }
 
+TEST(FindSettings, NoObjectLeavesTheRange) {
+  image<float> img = drawn(413, 376, discGrid(413, 376, 6, 20, 7));
+  addNoise(img, 15.0, 3);
+  for (float low = 6.0F; low < 16.0F; low += 0.7F) {
+    FindSettings s;
+    s.minRadius = low;
+    s.maxRadius = low + 3;
+    s.minScore = 0.0F;
+    const std::vector<Object> objects = findObjects(img, s).objects;
+    EXPECT_FALSE(objects.empty()) << low;
+    for (const Object& o : objects) {
+      EXPECT_GE(o.radius, low);
+      EXPECT_LE(o.radius, low + 3);
+    }
+  }
+}
+
 TEST(FindSettings, PolarityIsHeld) {
   FindSettings s;
   s.polarity = Polarity::Dark;
