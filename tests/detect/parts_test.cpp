@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <cstddef>
-#include <random>
 #include <vector>
 
 #include "orva/detect/candidate.h"
@@ -13,7 +12,6 @@
 #include "orva/detect/polygon.h"
 #include "orva/detect/scale_levels.h"
 #include "tests/detect/scenes.h"
-#include "tests/support/reference/outline.h"
 
 namespace orva::test {
 namespace {
@@ -90,34 +88,6 @@ TEST(Outline, FollowsTheEdge) {
   EXPECT_FALSE(bestOutline(levels[0], Polarity::Dark, 40, 40, Band::Usual)
                    .value_or(detect::Outline{})
                    .value > 0.5F);
-}
-
-TEST(OutlineMatchesReference, AroundEveryPlace) {
-  std::mt19937 random(17);
-  image<float> img = drawn(97, 83, discGrid(97, 83, 6, 10, 4));
-  addNoise(img, 12.0, 4);
-  int compared = 0;
-  for (const ScaleLevel& level : scaleLevels(img)) {
-    for (int i = 0; i < 300; ++i) {
-      const auto x = static_cast<float>(random() % static_cast<unsigned>(4 * level.nx)) / 4;
-      const auto y = static_cast<float>(random() % static_cast<unsigned>(4 * level.ny)) / 4;
-      const Polarity polarity = i % 2 == 0 ? Polarity::Bright : Polarity::Dark;
-      const Band band = i % 3 == 0 ? Band::Small : Band::Usual;
-      const auto a = bestOutline(level, polarity, x, y, band);
-      const auto b = reference::bestOutline(level, polarity, x, y, band);
-      ASSERT_EQ(a.has_value(), b.has_value()) << x << ' ' << y;
-      if (!a) continue;
-      ++compared;
-      EXPECT_EQ(a->value, b->value);
-      for (std::size_t t = 0; t < kRays; ++t) {
-        EXPECT_EQ(a->rays[t].step, b->rays[t].step) << x << ' ' << y << ' ' << t;
-        EXPECT_EQ(a->rays[t].radius, b->rays[t].radius) << x << ' ' << y << ' ' << t;
-        EXPECT_EQ(a->rays[t].edge, b->rays[t].edge) << x << ' ' << y << ' ' << t;
-        EXPECT_EQ(a->rays[t].ascent, b->rays[t].ascent) << x << ' ' << y << ' ' << t;
-      }
-    }
-  }
-  EXPECT_GE(compared, 300);
 }
 
 TEST(Polygon, CircleHasItsMeasures) {
