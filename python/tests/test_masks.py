@@ -58,7 +58,7 @@ def test_holes_of_a_volume(random):
     np.testing.assert_array_equal(orva.fill_holes(mask), expected)
 
 
-def test_many_holes_are_filled_in_silence(capfd):
+def test_many_holes_are_filled_without_a_message(capfd):
     mask = np.ones((400, 400), bool)
     mask[1:-1:2, 1:-1:2] = False
     assert np.sum(~mask) > 32768
