@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -87,6 +88,14 @@ std::unique_ptr<Image> DetectionCommand::read(const std::string& file) const {
   return readInput(file, frame_, ColourUse::kLuminance);
 }
 
+// After the results are written, over the progress line.
+void DetectionCommand::showReport(const std::string& file, const Findings& findings) const {
+  if (quiet_ || findings.report.empty()) return;
+  const Progress line(images_.size(), quiet_);
+  line.clear();
+  std::cerr << "orva: " + file + ": " + findings.report + '\n';
+}
+
 void DetectionCommand::workOnOne() const {
   const std::string& file = images_.front();
   const std::unique_ptr<Image> img = read(file);
@@ -96,6 +105,7 @@ void DetectionCommand::workOnOne() const {
   if (!isPrinted()) files.push_back({*tableFile_, findings.table});
   writeFiles(files);
   if (isPrinted()) print(findings.table, "the table");
+  showReport(file, findings);
 }
 
 std::string DetectionCommand::workInBatch(const std::string& file) const {
@@ -106,6 +116,7 @@ std::string DetectionCommand::workInBatch(const std::string& file) const {
   const fs::path out(*outDirectory_);
   writeFiles(
       {{out / (stem + extension()), findings.table}, {out / (stem + ".png"), findings.overlay}});
+  showReport(file, findings);
   const auto time = std::chrono::steady_clock::now() - start;
   return csvField(file) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) + ',' +
          findings.summary + ',' + seconds(time) + '\n';
@@ -140,6 +151,7 @@ int DetectionCommand::run() {
   check();
   checkFiles();
   if (outDirectory_) return workOnAll();
+  prepare();
   return statusOf(images_.front(), [this] { workOnOne(); });
 }
 

@@ -30,6 +30,7 @@ class DetectionCommand : public Subcommand {
     std::string table;
     std::string overlay;  // a PNG file; empty unless wantsOverlay()
     std::string summary;  // its fields of the summary
+    std::string report;   // for people, unless --quiet; may be empty
   };
 
   // `summaryColumns` names the fields of Findings::summary.
@@ -50,7 +51,7 @@ class DetectionCommand : public Subcommand {
   // What the options' own checks do not see. Nothing has been written yet. Throws UsageError.
   virtual void check() {}
 
-  // Called once before the first of several images.
+  // Called once before the first image.
   virtual void prepare() {}
 
   virtual Findings findIn(const Input& input) const = 0;
@@ -64,6 +65,7 @@ class DetectionCommand : public Subcommand {
 
  private:
   void checkFiles() const;
+  void showReport(const std::string& file, const Findings& findings) const;
   bool isPrinted() const;
   void workOnOne() const;
   int workOnAll();

@@ -1,9 +1,7 @@
 #include "apps/find_command.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
-#include <iostream>
 #include <locale>
 #include <sstream>
 #include <utility>
@@ -23,14 +21,14 @@ using detect::Polarity;
 using detect::Settings;
 using detect::SettingsEstimate;
 
-constexpr float kLowConfidence = 0.3F;  // from which down a user should look at the result
+constexpr float kLowConfidence = 0.6F;  // from which down a user should look at the result
 
-// A number above 0 that takes the whole of `text`.
+// A number of at least 0 that takes the whole of `text`.
 std::optional<float> radiusIn(const std::string& text) {
   float v = 0;
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, v);
-  if (error != std::errc() || rest != end || !std::isfinite(v) || !(v > 0)) return std::nullopt;
+  if (error != std::errc() || rest != end || !std::isfinite(v) || v < 0) return std::nullopt;
   return v;
 }
 
@@ -39,7 +37,7 @@ bool setRadius(const std::string& text, detect::FindSettings& settings) {
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos) {
     settings.radius = radiusIn(text);
-    return settings.radius.has_value();
+    return settings.radius && *settings.radius > 0;
   }
   settings.minRadius = radiusIn(text.substr(0, colon));
   settings.maxRadius = radiusIn(text.substr(colon + 1));
@@ -70,22 +68,16 @@ SettingsEstimate estimateIn(const std::string& text) {
   return estimate;
 }
 
-// As people read it.
-std::string brief(float v, int decimals) {
-  std::array<char, 64> text{};
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), v,
-                                     std::chars_format::fixed, decimals)
-                           .ptr};
-}
-
-// What was found, in one line.
-std::string report(const FindResult& result) {
+// What was found, in one line, with the confidence of what was estimated.
+std::string report(const FindResult& result, const detect::FindSettings& settings) {
   const std::size_t n = result.objects.size();
   const Settings& used = result.used;
   if (n == 0) return "no objects found";
   std::string text = std::to_string(n) + ' ' + nameOf(used.polarity) +
                      (n == 1 ? " object" : " objects") + " of radius about " +
-                     brief(used.radius, 1) + " pixels, confidence " + brief(used.confidence, 2);
+                     fixed(detect::typicalRadius(result.objects), 1) + " pixels";
+  if (settings.radius && settings.polarity) return text;
+  text += ", confidence " + fixed(used.confidence, 2);
   if (used.confidence < kLowConfidence) {
     text += "; this is low: check the overlay, or give --radius and --polarity";
   }
@@ -109,7 +101,7 @@ FindCommand::FindCommand(CommandLine& line)
         detect::FindSettings ignored;
         return setRadius(text, ignored)
                    ? ""
-                   : text + " is neither a radius above 0 nor a range A:B of two of them";
+                   : text + " is neither a radius above 0 nor a range A:B of radii";
       })
       .valueText("R|A:B");
   options().addChoice<std::optional<Polarity>>(
@@ -161,12 +153,9 @@ DetectionCommand::Findings FindCommand::findIn(const Input& input) const {
   findings.table = format() == TableFormat::kCsv ? objectsAsCsv(result.objects)
                                                  : objectsAsJson(factsOf(input), settings_, result);
   if (wantsOverlay()) findings.overlay = overlayAsPng(input.img, result.objects);
-  findings.summary = std::to_string(result.objects.size()) + ',' + brief(result.used.radius, 1) +
-                     ',' + nameOf(result.used.polarity) + ',' + brief(result.used.confidence, 2);
-  if (!isQuiet()) {
-    Progress(1, !input.stem).clear();
-    std::cerr << "orva: " << input.file << ": " << report(result) << '\n';
-  }
+  findings.summary = std::to_string(result.objects.size()) + ',' + fixed(result.used.radius, 1) +
+                     ',' + nameOf(result.used.polarity) + ',' + fixed(result.used.confidence, 2);
+  findings.report = report(result, settings_);
   return findings;
 }
 

@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
   const auto seeds = orva::detect::seedsOf(levels, {}, {});
   std::vector<Candidate> all;
   for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
-    const auto found = orva::detect::candidatesOf(levels, seeds, p, {}, 1);
+    const auto found = orva::detect::candidatesOf(levels, seeds, p, {});
     all.insert(all.end(), found.begin(), found.end());
   }
   write(argv[2] + std::string(".candidates"), recordsOf(all));

@@ -77,7 +77,7 @@ int main(int argc, char** argv) {
   const Polarity polarity = side == "dark" ? Polarity::Dark : Polarity::Bright;
   const std::vector<ScaleLevel> levels = orva::detect::scaleLevels(*img);
   const std::vector<LevelSeeds> seeds = orva::detect::seedsOf(levels, {}, polarity);
-  std::vector<Candidate> alone = orva::detect::candidatesOf(levels, seeds, polarity, {}, 1);
+  std::vector<Candidate> alone = orva::detect::candidatesOf(levels, seeds, polarity, {});
   const auto selection = orva::detect::selected(alone, std::nullopt, kMinScore);
   orva::detect::scoreAlone(alone);
 

@@ -1,6 +1,5 @@
 #include "formats/result_table.h"
 
-#include <array>
 #include <charconv>
 #include <nlohmann/json.hpp>
 
@@ -33,12 +32,7 @@ double parsed(const std::string& text) {
 double asJson(float v) { return parsed(shortestDecimal(v)); }
 
 // Lengths and scores in thousandths, which is finer than any of them is known.
-std::string rounded(float v) {
-  std::array<char, 64> text{};
-  return {
-      text.data(),
-      std::to_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed, 3).ptr};
-}
+std::string rounded(float v) { return fixed(v, 3); }
 
 double asRoundedJson(float v) { return parsed(rounded(v)); }
 
@@ -96,7 +90,7 @@ std::string objectsAsCsv(const std::vector<detect::Object>& objects) {
 
 std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& s,
                           const detect::FindResult& result) {
-  Json settings{{"radius", asRoundedJson(result.used.radius)},
+  Json settings{{"radius", s.radius ? asJson(*s.radius) : asRoundedJson(result.used.radius)},
                 {"polarity", nameOf(result.used.polarity)},
                 {"min_score", asJson(s.minScore)}};
   if (s.minRadius) settings["min_radius"] = asJson(*s.minRadius);

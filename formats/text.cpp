@@ -11,6 +11,13 @@ std::string shortestDecimal(float v) {
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), v).ptr};
 }
 
+std::string fixed(float v, int decimals) {
+  std::array<char, 64> text{};
+  const auto written =
+      std::to_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed, decimals);
+  return {text.data(), written.ptr};
+}
+
 std::string csvField(const std::string& text) {
   if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
   std::string quoted = "\"";

@@ -9,6 +9,9 @@ namespace orva::formats {
 // The shortest decimal text that reads back as `v`.
 std::string shortestDecimal(float v);
 
+// `v` with this number of decimals.
+std::string fixed(float v, int decimals);
+
 // One field of a CSV row, in quotes where its characters need them.
 std::string csvField(const std::string& text);
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "orva/detect/overlap.h"
@@ -15,10 +16,10 @@
 namespace orva::detect {
 namespace {
 
-constexpr double kObjectScore = 0.5;   // from which on a candidate is evidence
-constexpr std::size_t kSampled = 600;  // seeds per polarity that the estimate looks at
+constexpr double kObjectScore = 0.5;     // from which on a candidate is evidence
+constexpr std::size_t kSampled = 600;    // seeds per polarity that the estimate samples
+constexpr std::size_t kFewObjects = 10;  // in a sample, which then may have missed the others
 constexpr double kLowestLogit = -1000;
-constexpr float kToldRange = 2.5F;  // radii around a given one, as a factor
 
 void require(bool holds, const char* what) {
   if (!holds) throw std::invalid_argument(std::string("orva::detect::FindSettings: ") + what);
@@ -39,8 +40,8 @@ void requireInRange(const FindSettings& s) {
 RadiusRange rangeOf(const FindSettings& s) {
   RadiusRange range;
   if (s.radius) {
-    range.low = *s.radius / kToldRange;
-    range.high = *s.radius * kToldRange;
+    range.low = *s.radius / kRadiusRange;
+    range.high = *s.radius * kRadiusRange;
   }
   range.low = s.minRadius.value_or(range.low);
   range.high = s.maxRadius.value_or(range.high);
@@ -53,16 +54,16 @@ std::size_t countOf(const std::vector<LevelSeeds>& seeds, Polarity p) {
   return n;
 }
 
-// What a selection says of its polarity: the objects' scores, larger objects counting more.
+// The evidence of a selection for its polarity: the objects' scores, larger objects counting more.
 struct Evidence {
   double sum = 0;
   double meanScore = 0;
+  std::size_t objects = 0;
   Settings settings;
 };
 
-Evidence evidenceOf(const Selection& s, Polarity polarity) {
+Evidence evidenceOf(const Selection& s) {
   Evidence e;
-  e.settings.polarity = polarity;
   if (s.kept.empty()) return e;
   std::vector<std::pair<double, double>> radii;
   double all = 0;
@@ -73,29 +74,32 @@ Evidence evidenceOf(const Selection& s, Polarity polarity) {
     ++n;
     e.sum += score * s.candidates[k].radius;
     all += score;
-    radii.emplace_back(s.candidates[k].radius, score * s.candidates[k].radius);
+    radii.emplace_back(s.candidates[k].radius, score);
   }
   if (n == 0) return e;
+  e.objects = n;
   e.meanScore = all / static_cast<double>(n);
   e.settings.radius = static_cast<float>(weightedMedian(std::move(radii)));
   return e;
 }
 
-// The estimate of two polarities' evidence; the confidence is that of the choice times how sure the
-// objects are.
-SettingsEstimate estimateOf(Evidence bright, Evidence dark) {
+// The estimate of two polarities' evidence, of the given polarity if there is one. The confidence
+// is that of the choice times how sure the objects are.
+SettingsEstimate estimateOf(Evidence bright, Evidence dark, std::optional<Polarity> given) {
   const double all = bright.sum + dark.sum;
   for (Evidence* e : {&bright, &dark}) {
     if (all > 0) e->settings.confidence = static_cast<float>(e->sum / all * e->meanScore);
   }
-  const bool isDark = dark.sum > bright.sum;
+  bright.settings.polarity = Polarity::Bright;
+  dark.settings.polarity = Polarity::Dark;
+  const bool isDark = given ? *given == Polarity::Dark : dark.sum > bright.sum;
   SettingsEstimate estimate;
   static_cast<Settings&>(estimate) = isDark ? dark.settings : bright.settings;
   estimate.runnerUp = isDark ? bright.settings : dark.settings;
   return estimate;
 }
 
-// What the images say of one polarity.
+// The estimate over all images for one polarity.
 Settings combinedOf(const std::vector<SettingsEstimate>& images, Polarity polarity) {
   Settings combined;
   combined.polarity = polarity;
@@ -103,7 +107,7 @@ Settings combinedOf(const std::vector<SettingsEstimate>& images, Polarity polari
   double sum = 0;
   std::size_t withObjects = 0;
   for (const SettingsEstimate& image : images) {
-    if (image.radius > 0) ++withObjects;
+    if (image.radius > 0 || image.runnerUp.radius > 0) ++withObjects;
     const Settings& own = image.polarity == polarity ? image : image.runnerUp;
     if (!(own.radius > 0)) continue;
     radii.emplace_back(own.radius, own.confidence);
@@ -122,37 +126,66 @@ struct Search {
   Selection selection;  // of the polarity chosen
 };
 
+// Searches for either polarity in the same seeds.
+class Searcher {
+ public:
+  Searcher(const std::vector<ScaleLevel>& levels, const FindSettings& settings)
+      : levels_(levels),
+        range_(rangeOf(settings)),
+        radius_(settings.radius),
+        lowest_(std::min<double>(settings.minScore, kObjectScore)),
+        seeds_(seedsOf(levels, range_, settings.polarity)) {}
+
+  bool hasMoreThanASample(Polarity p) const { return countOf(seeds_, p) > kSampled; }
+  Selection sampled(Polarity p) const { return of(sampleOf(seeds_, p, kSampled), p); }
+  Selection whole(Polarity p) const { return of(seeds_, p); }
+
+ private:
+  Selection of(const std::vector<LevelSeeds>& seeds, Polarity p) const {
+    return selected(candidatesOf(levels_, seeds, p, range_), radius_, lowest_);
+  }
+
+  const std::vector<ScaleLevel>& levels_;
+  RadiusRange range_;
+  std::optional<float> radius_;
+  double lowest_;
+  std::vector<LevelSeeds> seeds_;
+};
+
 Search search(const Image& img, const FindSettings& settings) {
   Search s;
   s.levels = scaleLevels(img);
+  s.estimate = estimateOf({}, {}, settings.polarity);
   if (s.levels.empty()) return s;
-  const RadiusRange range = rangeOf(settings);
-  const double lowest = std::min<double>(settings.minScore, kObjectScore);
-  const std::vector<LevelSeeds> seeds = seedsOf(s.levels, range, settings.polarity);
+  const Searcher searcher(s.levels, settings);
+  std::array<Selection, 2> selections;
   std::array<Evidence, 2> evidence;
   std::array<bool, 2> isWhole{};
-  std::array<Selection, 2> selections;
-  for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
+  const auto search = [&](Polarity p, bool whole) {
     const auto i = static_cast<std::size_t>(p);
-    evidence[i].settings.polarity = p;
-    const std::size_t n = countOf(seeds, p);
-    // A known polarity needs no sample.
-    const std::size_t stride = settings.polarity ? 1 : std::max<std::size_t>(1, n / kSampled);
-    if (n == 0) continue;
-    selections[i] =
-        selected(candidatesOf(s.levels, seeds, p, range, stride), settings.radius, lowest);
-    isWhole[i] = stride == 1;
-    evidence[i] = evidenceOf(selections[i], p);
+    isWhole[i] = whole || !searcher.hasMoreThanASample(p);
+    selections[i] = isWhole[i] ? searcher.whole(p) : searcher.sampled(p);
+    evidence[i] = evidenceOf(selections[i]);
+  };
+  const auto searchBoth = [&](bool whole) {
+    for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
+      if (!isWhole[static_cast<std::size_t>(p)]) search(p, whole);
+    }
+  };
+  // A sample of the seeds tells the polarity, unless it holds hardly an object.
+  if (!settings.polarity) {
+    searchBoth(false);
+    if (std::max(evidence[0].objects, evidence[1].objects) < kFewObjects) searchBoth(true);
+    s.estimate = estimateOf(evidence[0], evidence[1], {});
   }
-  s.estimate = estimateOf(evidence[0], evidence[1]);
-  const Polarity polarity = settings.polarity.value_or(s.estimate.polarity);
+  const Polarity polarity = s.estimate.polarity;
   const auto chosen = static_cast<std::size_t>(polarity);
-  s.selection = std::move(selections[chosen]);
   if (!isWhole[chosen]) {
-    s.selection =
-        selected(candidatesOf(s.levels, seeds, polarity, range, 1), settings.radius, lowest);
+    search(polarity, true);
+    s.estimate.radius = evidence[chosen].settings.radius;
+    if (settings.polarity) s.estimate = estimateOf(evidence[0], evidence[1], settings.polarity);
   }
-  if (settings.polarity) s.estimate.polarity = *settings.polarity;
+  s.selection = std::move(selections[chosen]);
   return s;
 }
 
@@ -163,7 +196,16 @@ Object objectOf(const Candidate& c) {
 
 }  // namespace
 
-SettingsEstimate estimateSettings(const Image& img) { return search(img, FindSettings{}).estimate; }
+float typicalRadius(const std::vector<Object>& objects) {
+  std::vector<std::pair<double, double>> sure;
+  std::vector<std::pair<double, double>> all;
+  for (const Object& o : objects) {
+    if (static_cast<double>(o.score) >= kObjectScore) sure.emplace_back(o.radius, o.score);
+    all.emplace_back(o.radius, 1.0);
+  }
+  if (all.empty()) return 0.0F;
+  return static_cast<float>(weightedMedian(sure.empty() ? std::move(all) : std::move(sure)));
+}
 
 SettingsEstimate combinedEstimate(const std::vector<SettingsEstimate>& images) {
   const Settings bright = combinedOf(images, Polarity::Bright);
@@ -180,7 +222,6 @@ FindResult findObjects(const Image& img, const FindSettings& settings) {
   const Search s = search(img, settings);
   FindResult result;
   result.used = s.estimate;
-  if (settings.radius) result.used.radius = *settings.radius;
   const RadiusRange range = rangeOf(settings);
   // Outlines that meet only when they are refined are one object, too.
   std::vector<Candidate> objects;
@@ -193,7 +234,14 @@ FindResult findObjects(const Image& img, const FindSettings& settings) {
   for (const std::size_t k : withoutOverlaps(objects, kLowestLogit)) {
     result.objects.push_back(objectOf(objects[k]));
   }
+  result.used.radius = settings.radius.value_or(typicalRadius(result.objects));
+  // Scores that differ as candidates may be equal in single precision.
+  std::sort(result.objects.begin(), result.objects.end(), [](const Object& a, const Object& b) {
+    return std::tuple(-a.score, a.y, a.x) < std::tuple(-b.score, b.y, b.x);
+  });
   return result;
 }
+
+SettingsEstimate estimateSettings(const Image& img) { return findObjects(img, {}).used; }
 
 }  // namespace orva::detect

@@ -39,6 +39,9 @@ struct SettingsEstimate : Settings {
   Settings runnerUp;  ///< the best of the other polarity
 };
 
+/// With a given radius, objects are found whose radius differs from it by this factor at most.
+inline constexpr float kRadiusRange = 2.5F;
+
 /// What to look for. Everything left open comes from the image.
 struct FindSettings {
   std::optional<float> radius;       ///< typical radius of the objects in pixels, above 0; objects
@@ -60,8 +63,8 @@ struct Object {
 
 /// What findObjects() returns.
 struct FindResult {
-  SettingsEstimate used;        ///< radius and polarity as they were used, given or estimated
-  std::vector<Object> objects;  ///< highest score first, equal scores in raster order
+  SettingsEstimate used;        ///< the radius and the polarity that were given, else estimated
+  std::vector<Object> objects;  ///< highest score first, equal scores by y, then x
 };
 
 /// The typical radius and the polarity of the objects in plane 0 of @p img.
@@ -69,6 +72,10 @@ struct FindResult {
 /// An image without pixels, without contrast or without objects has a radius and a confidence of 0.
 /// Cost and pixel values are those of findObjects().
 ORVA_EXPORT SettingsEstimate estimateSettings(const Image& img);
+
+/// The median radius of the objects of a score of at least 0.5, weighted by their scores, or of all
+/// objects where there is none; 0 for no objects.
+ORVA_EXPORT float typicalRadius(const std::vector<Object>& objects);
 
 /// One estimate over several images, for plates and time series: the polarity with the larger sum
 /// of confidences, and the median of the images' radii for it, each weighted by its confidence. Its
@@ -79,13 +86,22 @@ ORVA_EXPORT SettingsEstimate combinedEstimate(const std::vector<SettingsEstimate
 /// Finds the objects in plane 0 of @p img, of any pixel type; colour counts as luminance, a pixel
 /// that is not a finite number as the smallest finite one.
 ///
-/// Objects of radius 2 pixels up to a third of the shorter side are found. The outside of the image
-/// is unknown: the part of an outline that leaves the image counts neither for nor against an
+/// Objects of radius 2.5 pixels up to a third of the shorter side are found. The outside of the
+/// image is unknown: the part of an outline that leaves the image counts neither for nor against an
 /// object. An image without pixels has no objects.
 ///
-/// @throws std::invalid_argument for a setting out of its range or not a number
+/// The range of brightness is that of all pixels but single outliers. Noise must be independent
+/// from pixel to pixel: in an image that was smoothed, noise may pass for objects, at a low
+/// confidence.
 ///
-/// Memory: some 40 bytes per pixel. Cost: proportional to the pixels, and to the objects.
+/// @throws std::invalid_argument for a setting out of its range or not a number
+/// @throws std::bad_alloc when the lists of candidates do not fit in memory; when an image does
+/// not,
+///         the process ends as scalespace::gaussian() describes
+///
+/// Several threads may search different images at the same time. Memory: about 40 bytes per pixel,
+/// and up to 150 where a fine pattern fills the image. Cost: proportional to the pixels and to the
+/// places that edges surround.
 ORVA_EXPORT FindResult findObjects(const Image& img, const FindSettings& settings);
 
 }  // namespace orva::detect

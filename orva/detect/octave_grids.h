@@ -27,13 +27,17 @@ class OctaveGrids {
       const float reach = a + b * std::ldexp(1.0F, octave);
       const auto [x0, y0] = square(x - reach, y - reach, octave);
       const auto [x1, y1] = square(x + reach, y + reach, octave);
-      for (int j = y0; j <= y1; ++j) {
-        for (int i = x0; i <= x1; ++i) {
-          const auto found = squares.find({i, j});
-          if (found == squares.end()) continue;
-          for (const std::size_t k : found->second) {
+      for (auto s = squares.lower_bound({x0, y0}); s != squares.end() && s->first.first <= x1;) {
+        const auto [i, j] = s->first;
+        if (j < y0) {
+          s = squares.lower_bound({i, y0});
+        } else if (j > y1) {
+          s = squares.lower_bound({i + 1, y0});
+        } else {
+          for (const std::size_t k : s->second) {
             if (use(k)) return true;
           }
+          ++s;
         }
       }
     }

@@ -17,6 +17,7 @@ constexpr float kStepCost2 = 0.12F;     // of two
 constexpr float kEdgeWidth = 2.5F;      // grey step of an edge per peak of its gradient
 constexpr float kMinValue = 0.4F;       // of an outline worth a search
 constexpr int kMinRays = 10;
+constexpr float kMinTypical = 1e-6F;  // edge, far below the noise of any level
 constexpr float kNever = -1e30F;
 
 using Samples = std::array<float, kRadii>;
@@ -76,7 +77,7 @@ bool sample(const ScaleLevel& level, float sign, float x, float y, const Samples
   if (n < kMinRays) return false;
   std::nth_element(peaks.begin(), peaks.begin() + n / 2, peaks.begin() + n);
   const float typical = peaks[static_cast<std::size_t>(n / 2)];
-  if (!(typical > 0)) return false;
+  if (!(typical > kMinTypical)) return false;
   for (std::size_t t = 0; t < kRays; ++t) {
     float ascent = 0;
     float before = 0;
@@ -161,7 +162,7 @@ std::optional<Outline> outlineAround(const ScaleLevel& level, Polarity polarity,
   Profiles p;
   const float sign = polarity == Polarity::Bright ? 1.0F : -1.0F;
   if (!sample(level, sign, x, y, radii, p)) return std::nullopt;
-  if (bound(p) < kMinValue) return std::nullopt;
+  if (!(bound(p) >= kMinValue)) return std::nullopt;
   const std::array<int, kRays> path = bestPath(p.reward);
   Outline o{x, y, {}, 0.0F};
   for (std::size_t t = 0; t < kRays; ++t) {

@@ -12,52 +12,91 @@ namespace orva::detect {
 namespace {
 
 constexpr float kBrightest = 255.0F;
+// Pixels at either end of the range that do not count: fewer than the smallest object has.
+constexpr std::size_t kOutliers = 8;
 constexpr float kMinNoise = 0.1F;  // so that rounding does not pass for structure
 // Standard deviation of a Gaussian derivative at sigma 1 of unit white noise: 1 / sqrt(8 pi).
 constexpr float kGradientPerNoise = 0.2F;
 
 std::ptrdiff_t pixelCount(int nx, int ny) { return std::ptrdiff_t{nx} * ny; }
 
-// Plane 0 stretched to 0 .. kBrightest; no pixels when it has no contrast.
-std::vector<float> stretchedPlane(const Image& img) {
+// The smallest and the largest of a pixel's neighbours inside the image.
+struct Neighbourhood {
+  float low = std::numeric_limits<float>::infinity();
+  float high = -std::numeric_limits<float>::infinity();
+  void add(float v) {
+    low = v < low ? v : low;
+    high = v > high ? v : high;
+  }
+};
+
+// Moves each pixel into the range of its eight neighbours, so that single outliers (hot pixels,
+// salt and pepper) vanish while edges stay.
+void clampImpulses(std::vector<float>& plane, int nx, int ny) {
+  const std::vector<float> from = plane;
+  for (int y = 0; y < ny; ++y) {
+    const int y0 = std::max(y - 1, 0);
+    const int y1 = std::min(y + 1, ny - 1);
+    for (int x = 0; x < nx; ++x) {
+      const float* p = from.data() + pixelCount(nx, y) + x;
+      Neighbourhood around;
+      if (x > 0 && y > 0 && x + 1 < nx && y + 1 < ny) {
+        for (const std::ptrdiff_t row : {-std::ptrdiff_t{nx}, std::ptrdiff_t{nx}}) {
+          for (int dx = -1; dx <= 1; ++dx) around.add(p[row + dx]);
+        }
+        around.add(p[-1]);
+        around.add(p[1]);
+      } else {
+        for (int j = y0; j <= y1; ++j) {
+          for (int i = std::max(x - 1, 0); i <= std::min(x + 1, nx - 1); ++i) {
+            if (i != x || j != y) around.add(from[static_cast<std::size_t>(pixelCount(nx, j) + i)]);
+          }
+        }
+      }
+      plane[static_cast<std::size_t>(pixelCount(nx, y) + x)] =
+          std::clamp(*p, around.low, around.high);
+    }
+  }
+}
+
+// Plane 0, a pixel that is not a finite number as the smallest finite one; empty without any.
+std::vector<float> finitePlane(const Image& img) {
   const std::ptrdiff_t n = pixelCount(img.nx(), img.ny());
   std::vector<float> plane(static_cast<std::size_t>(n));
   float low = std::numeric_limits<float>::infinity();
-  float high = -low;
   for (std::ptrdiff_t i = 0; i < n; ++i) {
     const float v = img.pixel(static_cast<int>(i));
     plane[static_cast<std::size_t>(i)] = v;
-    if (!std::isfinite(v)) continue;
-    low = std::min(low, v);
-    high = std::max(high, v);
+    if (std::isfinite(v)) low = std::min(low, v);
   }
-  if (!(high > low)) return {};
-  const double scale = kBrightest / (static_cast<double>(high) - low);
-  for (float& v : plane) {
-    v = std::isfinite(v) ? static_cast<float>((static_cast<double>(v) - low) * scale) : 0.0F;
-  }
+  if (!std::isfinite(low)) return {};
+  for (float& v : plane) v = std::isfinite(v) ? v : low;
   return plane;
 }
 
-// Moves each pixel into the range of its eight neighbours, so that single outliers (hot pixels,
-// salt and pepper) vanish while edges stay. The border stays as it is.
-void clampImpulses(std::vector<float>& plane, int nx, int ny) {
-  if (nx < 3 || ny < 3) return;
-  const std::vector<float> from = plane;
-  for (int y = 1; y + 1 < ny; ++y) {
-    const float* p = from.data() + pixelCount(nx, y) + 1;
-    float* out = plane.data() + pixelCount(nx, y) + 1;
-    for (int x = 1; x + 1 < nx; ++x, ++p, ++out) {
-      const auto extreme = [&](auto&& pick) {
-        const float rows = pick(pick(pick(p[-nx - 1], p[-nx]), pick(p[-nx + 1], p[nx - 1])),
-                                pick(p[nx], p[nx + 1]));
-        return pick(rows, pick(p[-1], p[1]));
-      };
-      const float low = extreme([](float a, float b) { return a < b ? a : b; });
-      const float high = extreme([](float a, float b) { return a > b ? a : b; });
-      *out = std::clamp(*p, low, high);
-    }
+// The value that has `rank` others before it in ascending order.
+float orderStatistic(std::vector<float>& values, std::size_t rank) {
+  const auto place = values.begin() + static_cast<std::ptrdiff_t>(rank);
+  std::nth_element(values.begin(), place, values.end());
+  return *place;
+}
+
+// Plane 0 stretched so that its range without single outliers becomes 0 .. kBrightest; no pixels
+// when it has no contrast.
+std::vector<float> stretchedPlane(const Image& img) {
+  std::vector<float> plane = finitePlane(img);
+  if (plane.empty()) return plane;
+  std::vector<float> calm = plane;
+  clampImpulses(calm, img.nx(), img.ny());
+  const std::size_t last = calm.size() - 1;
+  const double low = orderStatistic(calm, std::min(kOutliers, last));
+  const double high = orderStatistic(calm, last - std::min(kOutliers, last));
+  if (!(high > low)) return {};
+  const double scale = kBrightest / (high - low);
+  for (float& v : plane) {
+    v = std::clamp(static_cast<float>((static_cast<double>(v) - low) * scale), 0.0F, kBrightest);
   }
+  return plane;
 }
 
 // The means of 2 x 2 pixels; an odd last row or column is dropped.

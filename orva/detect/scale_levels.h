@@ -27,6 +27,7 @@ struct ScaleLevel {
 
   // From a position at this size to one in the image, and back.
   float toImage(float v) const { return (v + 0.5F) * factor - 0.5F; }
+  float fromImage(float v) const { return (v + 0.5F) / factor - 0.5F; }
 };
 
 inline constexpr float kGradientSigma = 1.0F;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <functional>
 #include <utility>
 
 #include "orva/detect/octave_grids.h"
@@ -12,6 +14,7 @@ namespace {
 
 constexpr double kContextScore = 0.5;  // from which on a candidate belongs to the context
 constexpr float kCore = 0.8F;  // share of the radius of a clear object without further seeds
+constexpr float kRangeMargin = 1.25F;  // by which refinement may change a radius
 constexpr int kRefinements = 8;
 constexpr float kConverged = 0.1F;       // shift of the center, in pixels, that ends them
 constexpr float kMaxShift = 0.6F;        // of the center in all of them, in radii
@@ -27,8 +30,8 @@ constexpr float kLevelHigh = 17.0F;
 std::optional<Candidate> recentered(const std::vector<ScaleLevel>& levels, const Candidate& c,
                                     int level) {
   const ScaleLevel& at = levels[static_cast<std::size_t>(level)];
-  const float x = (c.x + 0.5F) / at.factor - 0.5F;
-  const float y = (c.y + 0.5F) / at.factor - 0.5F;
+  const float x = at.fromImage(c.x);
+  const float y = at.fromImage(c.y);
   const Band band = c.radius < kSmall * at.factor ? Band::Small : Band::Usual;
   const auto outline = bestOutline(at, c.polarity, x, y, band);
   if (!outline) return std::nullopt;
@@ -92,7 +95,7 @@ std::vector<LevelSeeds> seedsOf(const std::vector<ScaleLevel>& levels, const Rad
     if (edges.empty()) continue;
     for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
       if (polarity && *polarity != p) continue;
-      std::vector<Seed>& found = p == Polarity::Bright ? all[i].bright : all[i].dark;
+      std::vector<Seed>& found = all[i].of(p);
       found = seeds(levels[i], edges, p, Band::Usual);
       if (i > 0) continue;
       const std::vector<Seed> small = seeds(levels[i], edges, p, Band::Small);
@@ -102,16 +105,35 @@ std::vector<LevelSeeds> seedsOf(const std::vector<ScaleLevel>& levels, const Rad
   return all;
 }
 
+std::vector<LevelSeeds> sampleOf(const std::vector<LevelSeeds>& seeds, Polarity polarity,
+                                 std::size_t count) {
+  std::vector<float> votes;
+  for (const LevelSeeds& level : seeds) {
+    for (const Seed& s : level.of(polarity)) votes.push_back(s.votes);
+  }
+  if (votes.size() <= count) return seeds;
+  const std::size_t stride = 2 * votes.size() / count;
+  const auto bar = votes.begin() + static_cast<std::ptrdiff_t>(count / 2);
+  std::nth_element(votes.begin(), bar, votes.end(), std::greater<>());
+  std::vector<LevelSeeds> sample(seeds.size());
+  std::size_t n = 0;
+  for (std::size_t i = 0; i < seeds.size(); ++i) {
+    for (const Seed& s : seeds[i].of(polarity)) {
+      if (s.votes > *bar || n++ % stride == 0) sample[i].of(polarity).push_back(s);
+    }
+  }
+  return sample;
+}
+
 std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
                                     const std::vector<LevelSeeds>& seeds, Polarity polarity,
-                                    const RadiusRange& range, std::size_t stride) {
+                                    const RadiusRange& exactRange) {
+  const RadiusRange range = exactRange.widened(kRangeMargin);
   std::vector<Candidate> found;
   OctaveGrids clear;
   // Large objects first: most seeds inside a clear one need no search of their own.
   for (std::size_t i = levels.size(); i-- > 0;) {
-    const std::vector<Seed>& places = seeds[i].of(polarity);
-    for (std::size_t k = 0; k < places.size(); k += stride) {
-      const Seed& s = places[k];
+    for (const Seed& s : seeds[i].of(polarity)) {
       const auto x = static_cast<float>(s.x);
       const auto y = static_cast<float>(s.y);
       const float px = levels[i].toImage(x);
@@ -147,8 +169,10 @@ Selection selected(std::vector<Candidate> candidates, std::optional<float> radiu
   scoreAlone(s.candidates);
   s.kept = withoutOverlaps(s.candidates, logitOf(kContextScore));
   s.context = contextOf(s.candidates, s.kept, radius);
-  s.kept.clear();
-  if (!s.context) return s;
+  if (!s.context) {  // no object that is sure; low scores are asked for
+    s.kept = withoutOverlaps(s.candidates, logitOf(minScore));
+    return s;
+  }
   scoreInContext(s.candidates, *s.context);
   s.kept = withoutOverlaps(s.candidates, logitOf(minScore));
   return s;

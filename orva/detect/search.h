@@ -17,6 +17,7 @@ struct RadiusRange {
   float low = 0.0F;
   float high = std::numeric_limits<float>::infinity();
   bool contains(float radius) const { return radius >= low && radius <= high; }
+  RadiusRange widened(float factor) const { return {low / factor, high * factor}; }
 };
 
 // Seeds of one level, polarity by polarity.
@@ -24,16 +25,22 @@ struct LevelSeeds {
   std::vector<Seed> bright;
   std::vector<Seed> dark;
   const std::vector<Seed>& of(Polarity p) const { return p == Polarity::Bright ? bright : dark; }
+  std::vector<Seed>& of(Polarity p) { return p == Polarity::Bright ? bright : dark; }
 };
 
 // The seeds of each level that may hold objects of the range.
 std::vector<LevelSeeds> seedsOf(const std::vector<ScaleLevel>& levels, const RadiusRange& range,
                                 std::optional<Polarity> polarity);
 
-// The measured outlines around every `stride`-th seed, without duplicates.
+// About `count` of one polarity's seeds: those of the most votes, and others spread evenly.
+std::vector<LevelSeeds> sampleOf(const std::vector<LevelSeeds>& seeds, Polarity polarity,
+                                 std::size_t count);
+
+// The measured outlines around the seeds, without duplicates. Radii may lie somewhat outside the
+// range, since they change when an outline is refined.
 std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
                                     const std::vector<LevelSeeds>& seeds, Polarity polarity,
-                                    const RadiusRange& range, std::size_t stride);
+                                    const RadiusRange& range);
 
 // Scored candidates and those that are kept as objects.
 struct Selection {

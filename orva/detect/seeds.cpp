@@ -123,7 +123,7 @@ std::vector<Seed> seeds(const ScaleLevel& level, const std::vector<EdgePixel>& e
     for (int x = 0; x < nx; ++x) {
       const float v = votes[static_cast<std::size_t>(std::ptrdiff_t{y} * nx + x)];
       if (v > shape.threshold && isMaximum(votes, nx, ny, x, y, shape.reach)) {
-        found.push_back({x, y, band});
+        found.push_back({x, y, band, v});
       }
     }
   }

@@ -20,18 +20,19 @@ struct Seed {
   int x;
   int y;
   Band band;
+  float votes;
 };
 
-// The edges of a level: pixels whose gradient stands out of the noise and is a maximum along its
-// own direction.
+// A pixel of an edge.
 struct EdgePixel {
   int x;
   int y;
   float dx;  // unit vector along the gradient
   float dy;
-  float weight;
+  float weight;  // 0 to 2: magnitude relative to the level's typical edge, levelling off
 };
 
+// The pixels whose gradient stands out of the noise and is a maximum along its own direction.
 std::vector<EdgePixel> edgePixels(const ScaleLevel& level);
 
 // The local maxima of the votes that `edges` cast along their gradients (against them for dark

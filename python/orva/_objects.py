@@ -14,6 +14,7 @@ from ._arrays import Image, plane_of
 
 _MIN_RADIUS = 0.1
 _MAX_RADIUS = 1_000_000
+RADIUS_RANGE = _orva.RADIUS_RANGE  # objects differ from a given radius by this factor at most
 
 Radius = float | Sequence[float] | None
 
@@ -83,8 +84,18 @@ def search(
     image: Image, settings: FindSettings, frame: int = 0
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
-    objects, used = _orva.find_objects(plane_of(image, frame), *dataclasses.astuple(settings))
+    objects, used = _orva.find_objects(_plane_of(image, frame), *dataclasses.astuple(settings))
     return objects, _estimate_of(used)
+
+
+def _plane_of(image: Image, frame: int) -> Image:
+    """The plane of an image that is not an array of colours, which would pass for a thin stack."""
+    if np.ndim(image) >= 3 and np.shape(image)[-1] in (3, 4):
+        raise ValueError(
+            f"image has the shape {np.shape(image)}, which looks like colour; pass one channel, such "
+            "as image[..., 0], or the luminance, which orva.read() returns"
+        )
+    return plane_of(image, frame)
 
 
 def find_objects(
@@ -106,7 +117,7 @@ def find_objects(
     image
         A plane (y, x), or a stack, of which one plane is used.
     radius
-        Typical radius of the objects in pixels, 0.1 to 1000000, for objects of half to twice this
+        Typical radius of the objects in pixels, 0.1 to 1000000, for objects of 0.4 to 2.5 times this
         radius; or a pair (low, high) of the smallest and the largest radius to find. If None, it is
         estimated, and objects of any radius are found from 2 pixels to a third of the shorter side.
     polarity
@@ -152,7 +163,8 @@ def estimate_settings(image: Image, *, frame: int = 0) -> SettingsEstimate:
     -------
     SettingsEstimate with the fields radius (pixels, 0 for an image without objects), polarity
     ("bright" or "dark"), confidence (0 to 1) and runner_up, the same for the other polarity. These
-    are the settings that find_objects() uses if nothing else is given.
+    are the radius and polarity of the objects that find_objects() finds; passed to it, the radius leaves
+    out objects below 0.4 and above 2.5 times it.
 
     Raises
     ------
@@ -161,4 +173,4 @@ def estimate_settings(image: Image, *, frame: int = 0) -> SettingsEstimate:
     ValueError
         For a frame that the image does not have.
     """
-    return _estimate_of(_orva.estimate_settings(plane_of(image, frame)))
+    return _estimate_of(_orva.estimate_settings(_plane_of(image, frame)))

@@ -11,6 +11,7 @@ Guess = tuple[float, str, float]  # radius, polarity, confidence
 Estimate = tuple[Guess, Guess]  # the better one first
 
 __version__: str
+RADIUS_RANGE: float
 
 class FileError(Exception): ...
 

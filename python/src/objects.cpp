@@ -64,6 +64,7 @@ Estimate combinedEstimate(const std::vector<Estimate>& images) {
 
 void addObjects(py::module_& module) {
   PYBIND11_NUMPY_DTYPE(Object, x, y, radius, score, coverage);
+  module.attr("RADIUS_RANGE") = orva::detect::kRadiusRange;
   module.def("find_objects", findObjects);
   module.def("estimate_settings", estimateSettings);
   module.def("combined_estimate", combinedEstimate);

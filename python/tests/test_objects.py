@@ -178,3 +178,11 @@ def test_results_are_the_same_in_many_threads(discs):
         for _ in range(3):
             for result, once in zip(threads.map(orva.find_objects, images), expected):
                 np.testing.assert_array_equal(result, once)
+
+
+@pytest.mark.parametrize("colours", [3, 4])
+def test_arrays_of_colours_are_refused(colours):
+    picture = np.zeros((40, 50, colours), np.uint8)
+    for call in (orva.find_objects, orva.estimate_settings):
+        with pytest.raises(ValueError, match="looks like colour; pass one channel"):
+            call(picture)

@@ -205,7 +205,7 @@ TEST(FindCommand, WrongOptionsAreRefused) {
   for (const std::string radius :
        {"0", "-3", "x", "nan", "inf", "5:", ":5", "9:5", "1:2:3", "5 "}) {
     EXPECT_TRUE(refused(box.run({"find", "--radius=" + radius, "a.pgm"}),
-                        "neither a radius above 0 nor a range A:B"))
+                        "neither a radius above 0 nor a range A:B of radii"))
         << radius;
   }
   EXPECT_TRUE(refused(box.run({"find", "--polarity", "both", "a.pgm"}), "--polarity"));

@@ -51,6 +51,7 @@ TEST(SeedSearchMatchesReference, OnEveryLevel) {
             EXPECT_EQ(a[i].x, b[i].x);
             EXPECT_EQ(a[i].y, b[i].y);
             EXPECT_EQ(a[i].band, b[i].band);
+            EXPECT_EQ(a[i].votes, b[i].votes);
           }
           seeds += a.size();
         }

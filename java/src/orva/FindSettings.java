@@ -8,7 +8,7 @@ package orva;
  * FindSettings settings = new FindSettings().withRadius(25).withPolarity(Polarity.DARK);
  * }</pre>
  *
- * @param radius typical radius of the objects in pixels, above 0; objects of half to twice this
+ * @param radius typical radius of the objects in pixels, above 0; objects of 0.4 to 2.5 times this
  *     radius are found; if null, estimated
  * @param minRadius smaller objects are left out; in pixels, at least 0; null for no limit of its
  *     own

@@ -12,7 +12,15 @@ import numpy as np
 import numpy.typing as npt
 
 from .. import _options as options
-from .._objects import FindSettings, Radius, SettingsEstimate, combined, find_settings, search
+from .._objects import (
+    RADIUS_RANGE,
+    FindSettings,
+    Radius,
+    SettingsEstimate,
+    combined,
+    find_settings,
+    search,
+)
 from ._grid import MAX_SEEN, TILE_SIDE, Tile, block_of, plane_shape, tiles_of
 
 
@@ -40,14 +48,14 @@ def find_objects_in_tiles(
         The side of a tile without its overlap, in pixels.
     overlap
         The overlap on each side, in pixels; if None, large enough that every object of at most
-        twice the radius lies completely in the tile that has its center, up to a tile of 16384
+        2.5 times the radius lies completely in the tile that has its center, up to a tile of 16384
         pixels or twice its side, with a warning when that is not enough.
     radius, polarity, min_score
         As for find_objects().
 
     Returns
     -------
-    As find_objects(). Unless radius is a pair, objects of half to twice the radius are found, also
+    As find_objects(). Unless radius is a pair, objects of 0.4 to 2.5 times the radius are found, also
     if it is estimated, whereas find_objects() then finds objects of any radius. Noise and contrast
     are measured in each tile, so scores may differ from those in the whole image, and places and
     radii by fractions of a pixel.
@@ -72,9 +80,10 @@ def search_in_tiles(
     used = None
     if settings.radius is None or settings.polarity is None:
         used = estimate_in_tiles(image, settings, tile=tile)
-        settings = dataclasses.replace(
-            settings, radius=settings.radius or used.radius or None, polarity=used.polarity
-        )
+        radius = settings.radius
+        if settings.min_radius is None and settings.max_radius is None:
+            radius = radius or used.radius or None
+        settings = dataclasses.replace(settings, radius=radius, polarity=used.polarity)
     largest = _largest(settings, shape, tile)
     if overlap is None:
         overlap = _overlap(largest, shape, tile)
@@ -115,7 +124,7 @@ def _largest(settings: FindSettings, shape: tuple[int, int], tile: int) -> float
     if settings.max_radius is not None:
         radius = settings.max_radius
     elif settings.radius is not None:
-        radius = 2 * settings.radius
+        radius = RADIUS_RANGE * settings.radius
     else:
         radius = tile / 8  # nothing is known
     return min(radius, min(shape) / 3)  # no larger ones are found

@@ -126,7 +126,7 @@ std::vector<detect::Seed> seeds(const ScaleLevel& level, const std::vector<EdgeP
     for (int x = 0; x < level.nx; ++x) {
       if (votes.at(x, y) > (isSmall ? 0.20F : 0.15F) &&
           isFirstMaximum(votes, x, y, isSmall ? 1 : 2)) {
-        found.push_back({x, y, band});
+        found.push_back({x, y, band, votes.at(x, y)});
       }
     }
   }
