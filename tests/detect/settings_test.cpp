@@ -77,6 +77,14 @@ SettingsEstimate estimateOf(float radius, Polarity polarity, float confidence) {
   return e;
 }
 
+TEST(TypicalRadius, IsTheMedianOfSureObjects) {
+  const auto of = [](float radius, float score) { return Object{0, 0, radius, score, 1}; };
+  EXPECT_EQ(detect::typicalRadius({}), 0.0F);
+  EXPECT_EQ(detect::typicalRadius({of(7, 0.9F)}), 7.0F);
+  EXPECT_EQ(detect::typicalRadius({of(5, 0.9F), of(6, 0.8F), of(9, 0.9F), of(30, 0.3F)}), 6.0F);
+  EXPECT_EQ(detect::typicalRadius({of(4, 0.1F), of(8, 0.4F), of(9, 0.2F)}), 8.0F);
+}
+
 TEST(CombinedEstimate, OfNoImagesIsEmpty) {
   EXPECT_EQ(combinedEstimate({}).radius, 0.0F);
   EXPECT_EQ(combinedEstimate({SettingsEstimate{}, SettingsEstimate{}}).confidence, 0.0F);
