@@ -105,7 +105,7 @@ def test_a_project_finds_the_installed_library(newcomer, prefix, tmp_path):
     (tmp_path / "CMakeLists.txt").write_text(lists, encoding="utf-8")
     newcomer.run(f"CMAKE_PREFIX_PATH={prefix} cmake -B b && cmake --build b", tmp_path)
     found = newcomer.run(f"LD_LIBRARY_PATH={prefix}/lib b/my_program {SAMPLE}", tmp_path)
-    assert len(re.findall(r"^\d+ \d+$", found, re.MULTILINE)) > 10
+    assert len(re.findall(r"^[\d.]+ [\d.]+ [\d.]+ [\d.]+$", found, re.MULTILINE)) > 10
     line = f"LD_LIBRARY_PATH={prefix}/lib b/my_program 2>&1 || [ $? = 2 ]"
     assert newcomer.run(line, tmp_path) == "usage: b/my_program IMAGE.pgm\n"
 
@@ -123,7 +123,7 @@ def test_the_jar_serves_java_and_imagej(newcomer, prefix, tmp_path):
     found = newcomer.run(block("docs/java.md", "sh", "java -cp"), tmp_path)
     assert len(found.splitlines()) > 20
 
-    macro = block("docs/java.md", "javascript", "run(")
+    macro = block("docs/java.md", "javascript", "Find Objects")
     save = f'saveAs("Results", "{tmp_path}/rows.csv");\n'
     (tmp_path / "macro.ijm").write_text(f'open("{SAMPLE}");\n{macro}{save}', encoding="utf-8")
     line = block("docs/java.md", "sh", "xvfb-run")
@@ -164,6 +164,6 @@ def test_the_line_for_the_build_tree(tmp_path):
 
 def test_the_demo_makes_a_table_and_a_picture(newcomer):
     (code,) = [b for b in blocks("README.md", "sh") if b.startswith("scripts/demo")]
-    assert "centers in data/images/dsb_large_a.pgm" in newcomer.run(code.splitlines()[0])
+    assert "objects in data/images/dsb_large_a.pgm" in newcomer.run(code.splitlines()[0])
     for name in ("nuclei.csv", "nuclei.png"):
         assert (newcomer.sources / "build" / "demo" / name).stat().st_size > 100

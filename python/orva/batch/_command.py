@@ -6,6 +6,7 @@ import argparse
 import dataclasses
 import os
 import pathlib
+import signal
 import sys
 import tempfile
 import threading
@@ -219,6 +220,7 @@ def main(argv: list[str] | None = None) -> int:
     except ConnectionError as error:
         parser.error(str(error))
     except KeyboardInterrupt:
+        signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})  # once is enough
         line = f"{parser.prog}: interrupted; the same call goes on from here\n"
         # On a terminal the bar stands in the line.
         parser.exit(130, "\n" + line if sys.stderr.isatty() else line)
