@@ -90,7 +90,7 @@ def search(
 
 def _plane_of(image: Image, frame: int) -> Image:
     """The plane of an image that is not an array of colours, which would pass for a thin stack."""
-    if np.ndim(image) >= 3 and np.shape(image)[-1] in (3, 4):
+    if np.ndim(image) in (3, 4, 5) and np.shape(image)[-1] in (3, 4):
         raise ValueError(
             f"image has the shape {np.shape(image)}, which looks like colour; pass one channel, such "
             "as image[..., 0], or the luminance, which orva.read() returns"

@@ -27,7 +27,7 @@ configure() {
 # without one.
 check() {
   "$1" "$source/data/images/dsb_large_a.pgm" >"$work/found"
-  if ! grep -Eq '^[0-9]+ [0-9]+$' "$work/found" || [ "$(wc -l <"$work/found")" -lt 10 ]; then
+  if ! grep -Eq '^[0-9.]+ [0-9.]+ [0-9.]+ [0-9.]+$' "$work/found" || [ "$(wc -l <"$work/found")" -lt 10 ]; then
     echo "$1 printed:" && cat "$work/found"
     exit 1
   fi
