@@ -136,7 +136,7 @@ TEST(Overlap, SharesAreOfTheFirstArea) {
   EXPECT_NEAR(detect::overlapShare(circle(0, 0, 10), circle(10, 0, 10)), 0.39F, 0.1F);
 }
 
-TEST(Overlap, HigherLogitWins) {
+TEST(Overlap, HigherLogitStays) {
   std::vector<Candidate> c{circle(0, 0, 10), circle(4, 0, 10), circle(40, 0, 10), circle(41, 0, 30),
                            circle(90, 0, 2)};
   const std::vector<double> logits{1, 2, 3, 2.5, -1};
