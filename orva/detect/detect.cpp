@@ -16,7 +16,7 @@
 namespace orva::detect {
 namespace {
 
-constexpr double kObjectScore = 0.5;     // from which on a candidate is evidence
+constexpr double kObjectScore = 0.5;     // minimum of a candidate that is evidence
 constexpr std::size_t kSampled = 600;    // seeds per polarity that the estimate samples
 constexpr std::size_t kFewObjects = 10;  // in a sample, which then may have missed the others
 constexpr double kLowestLogit = -1000;
@@ -161,7 +161,7 @@ Search search(const Image& img, const FindSettings& settings) {
   std::array<Selection, 2> selections;
   std::array<Evidence, 2> evidence;
   std::array<bool, 2> isWhole{};
-  const auto search = [&](Polarity p, bool whole) {
+  const auto searchOne = [&](Polarity p, bool whole) {
     const auto i = static_cast<std::size_t>(p);
     isWhole[i] = whole || !searcher.hasMoreThanASample(p);
     selections[i] = isWhole[i] ? searcher.whole(p) : searcher.sampled(p);
@@ -169,7 +169,7 @@ Search search(const Image& img, const FindSettings& settings) {
   };
   const auto searchBoth = [&](bool whole) {
     for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
-      if (!isWhole[static_cast<std::size_t>(p)]) search(p, whole);
+      if (!isWhole[static_cast<std::size_t>(p)]) searchOne(p, whole);
     }
   };
   // A sample of the seeds tells the polarity, unless it holds hardly an object.
@@ -181,8 +181,7 @@ Search search(const Image& img, const FindSettings& settings) {
   const Polarity polarity = s.estimate.polarity;
   const auto chosen = static_cast<std::size_t>(polarity);
   if (!isWhole[chosen]) {
-    search(polarity, true);
-    s.estimate.radius = evidence[chosen].settings.radius;
+    searchOne(polarity, true);
     if (settings.polarity) s.estimate = estimateOf(evidence[0], evidence[1], settings.polarity);
   }
   s.selection = std::move(selections[chosen]);

@@ -12,7 +12,7 @@
 namespace orva::detect {
 namespace {
 
-constexpr double kContextScore = 0.5;  // from which on a candidate belongs to the context
+constexpr double kContextScore = 0.5;  // minimum of a candidate of the context
 constexpr float kCore = 0.8F;  // share of the radius of a clear object without further seeds
 constexpr float kRangeMargin = 1.25F;  // by which refinement may change a radius
 constexpr int kRefinements = 8;
@@ -21,7 +21,7 @@ constexpr float kMaxShift = 0.6F;        // of the center in all of them, in rad
 constexpr float kMaxGrowth = 1.4F;       // of the radius
 constexpr float kRefinedRadius = 16.0F;  // in pixels of the level
 constexpr float kSmall = 5.0F;           // radius of Band::Small, the same
-constexpr double kOffCenterSeed = 0.15;  // from which on an outline is searched again
+constexpr double kOffCenterSeed = 0.15;  // minimum at which an outline is searched again
 // The radii that a level finds, in its pixels.
 constexpr float kLevelLow = 4.5F;
 constexpr float kLevelHigh = 17.0F;

@@ -6,7 +6,6 @@ import argparse
 import dataclasses
 import os
 import pathlib
-import signal
 import sys
 import tempfile
 import threading
@@ -17,6 +16,7 @@ from .. import _options as options
 from .._objects import combined, find_settings
 from .._voting import complete
 from ._cluster import client, run_all
+from ._interrupt import ignore_interrupts
 from ._interrupt import run as run_interruptible
 from ._jobs import Job, Result, estimate, run
 from ._summary import summary_files, write_summary
@@ -220,7 +220,7 @@ def main(argv: list[str] | None = None) -> int:
     except ConnectionError as error:
         parser.error(str(error))
     except KeyboardInterrupt:
-        signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})  # once is enough
+        ignore_interrupts()
         line = f"{parser.prog}: interrupted; the same call goes on from here\n"
         # On a terminal the bar stands in the line.
         parser.exit(130, "\n" + line if sys.stderr.isatty() else line)

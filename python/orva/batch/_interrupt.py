@@ -23,7 +23,7 @@ def run(work: Callable[[threading.Event], Value]) -> Value:
     """Call work(stop) in a thread, and return or raise what it does.
 
     At Ctrl-C the event is set, grandchildren of this process are ended, and when the work has come
-    to its end, KeyboardInterrupt is raised; from then on SIGINT is blocked. It is also blocked in all
+    to its end, KeyboardInterrupt is raised; from then on SIGINT is ignored. It is blocked in all
     threads and processes of the work.
     """
     executor = ThreadPoolExecutor(1)
@@ -37,11 +37,18 @@ def run(work: Callable[[threading.Event], Value]) -> Value:
         signal.pthread_sigmask(signal.SIG_UNBLOCK, {signal.SIGINT})
         return future.result()
     except KeyboardInterrupt:
-        signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})  # once is enough
+        ignore_interrupts()
         stop.set()
         if future is not None:
             _end(future)
         raise
+
+
+def ignore_interrupts() -> None:
+    """Ignore further Ctrl-C, even one that is waiting to be handled; once is enough."""
+    while signal.getsignal(signal.SIGINT) is not signal.SIG_IGN:
+        with contextlib.suppress(KeyboardInterrupt):  # signal() lets a waiting one through
+            signal.signal(signal.SIGINT, signal.SIG_IGN)
 
 
 def _end(future: Future[Value]) -> None:
