@@ -283,4 +283,30 @@ std::vector<ObjectMeasures> measureObjects(const image<int>& labels, const Image
   return all;
 }
 
+const std::vector<MeasureColumn>& measureColumns() {
+  using M = ObjectMeasures;
+  static const std::vector<MeasureColumn> columns{
+      {"label", [](const M& m) -> double { return m.label; }},
+      {"centroid-0", [](const M& m) { return m.centroidRow; }},
+      {"centroid-1", [](const M& m) { return m.centroidColumn; }},
+      {"area", [](const M& m) { return m.area; }},
+      {"equivalent_diameter_area", [](const M& m) { return m.equivalentDiameterArea; }},
+      {"perimeter", [](const M& m) { return m.perimeter; }},
+      {"eccentricity", [](const M& m) { return m.eccentricity; }},
+      {"major_axis_length", [](const M& m) { return m.majorAxisLength; }},
+      {"minor_axis_length", [](const M& m) { return m.minorAxisLength; }},
+      {"orientation", [](const M& m) { return m.orientation; }},
+      {"solidity", [](const M& m) { return m.solidity; }},
+      {"mean_intensity", [](const M& m) { return m.meanIntensity; }},
+      {"min_intensity", [](const M& m) { return m.minIntensity; }},
+      {"max_intensity", [](const M& m) { return m.maxIntensity; }},
+      {"intensity_std", [](const M& m) { return m.intensityStd; }},
+      {"bbox-0", [](const M& m) -> double { return m.minRow; }},
+      {"bbox-1", [](const M& m) -> double { return m.minColumn; }},
+      {"bbox-2", [](const M& m) -> double { return m.endRow; }},
+      {"bbox-3", [](const M& m) -> double { return m.endColumn; }},
+  };
+  return columns;
+}
+
 }  // namespace orva::detect

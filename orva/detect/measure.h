@@ -59,6 +59,15 @@ struct ObjectMeasures {
 ORVA_EXPORT std::vector<ObjectMeasures> measureObjects(const image<int>& labels,
                                                        const Image& intensities);
 
+/// A measurement by its name.
+struct MeasureColumn {
+  const char* name;                     ///< as in ObjectMeasures
+  double (*of)(const ObjectMeasures&);  ///< its value, exact for whole numbers, too
+};
+
+/// The measurements in the order of the members, all but touchesBorder: the columns of a table.
+ORVA_EXPORT const std::vector<MeasureColumn>& measureColumns();
+
 }  // namespace orva::detect
 
 #endif
