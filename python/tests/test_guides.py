@@ -177,7 +177,7 @@ TESTED = {
     "CONTRIBUTING.md": ("test_guides.py", {"sh": 1}),
     "README.md": ("test_install.py", {"sh": 5, "cpp": 1, "cmake": 1, "javascript": 1, "python": 1}),
     "docs/batch.md": ("test_workflows.py", {"sh": 2, "python": 1, "snakemake": 1}),
-    "docs/command.md": ("test_guides.py", {"sh": 11}),
+    "docs/command.md": ("test_guides.py", {"sh": 13}),
     "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
     "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 2, "java": 2}),
