@@ -117,6 +117,25 @@ class IjFindDisplayTest {
     IjScreen.awaitStatus(start);
   }
 
+  /** As the command does from the same confidence. */
+  @Test
+  void theStatusLineSaysThatAConfidenceIsLow() throws Exception {
+    ByteProcessor ip = IjCommand.spots(200, 100, 20, 25, 50, 25, 80, 25, 110, 25, 140, 25, 170, 25);
+    ip.add(50);
+    ip.setValue(0);
+    for (int x = 20; x <= 140; x += 30) ip.fillOval(x - 6, 64, 13, 13);
+    ImagePlus image = show(new ImagePlus("mixed", ip));
+    accept(image, call(image, "0", "estimate", "0.5"));
+    assertEquals(6, IjFound.rows().size());
+    IjScreen.awaitStatus("6 bright objects of radius about 6.");
+    IjScreen.awaitStatusEnd("; this is low: check the outlines, or set radius and polarity");
+    ip.setValue(50);
+    ip.fillRect(70, 60, 100, 30);
+    accept(image, call(image, "0", "estimate", "0.5"));
+    assertEquals(6, IjFound.rows().size());
+    IjScreen.awaitStatusEnd("confidence 0.75");
+  }
+
   @Test
   void theStatusLineSaysThatNothingWasFound() throws Exception {
     ImagePlus image = show(new ImagePlus("empty", new ByteProcessor(80, 60)));

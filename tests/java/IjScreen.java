@@ -152,6 +152,10 @@ final class IjScreen {
     await(start + " instead of " + status(), () -> status().startsWith(start));
   }
 
+  static void awaitStatusEnd(String end) throws Exception {
+    await(end + " instead of " + status(), () -> status().endsWith(end));
+  }
+
   private static String status() {
     return Arrays.stream(IJ.getInstance().getStatusBar().getComponents())
         .filter(JLabel.class ::isInstance)
