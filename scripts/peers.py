@@ -3,8 +3,8 @@
 Each takes the grey levels of an image. Those of PEERS return centers (x, y), those of REGION_PEERS a label
 image. They take the smaller part of Otsu's threshold for the objects where they need a polarity. Their
 settings have one value for all images, that of a small grid with the best mean F1 on the images of
-docs/detect.md or a part of them. This favours them, as the settings of an unknown image cannot be tuned
-on its truth.
+docs/detect.md and docs/segment.md or a part of them. This favours them, as the settings of an unknown
+image cannot be tuned on its truth.
 """
 
 import os
@@ -44,7 +44,7 @@ def read(path):
 
 def foreground(pixels, blur=1.0):
     """The smaller side of Otsu's threshold."""
-    smooth = cv2.GaussianBlur(pixels, (0, 0), blur)
+    smooth = cv2.GaussianBlur(pixels, (0, 0), blur) if blur > 0 else pixels
     threshold, _ = cv2.threshold(smooth, 0, 255, cv2.THRESH_BINARY + cv2.THRESH_OTSU)
     mask = smooth > threshold
     return ~mask if mask.mean() > 0.5 else mask
@@ -67,11 +67,11 @@ def centers_of(labels):
 
 
 def otsu_regions(pixels):
-    return components(foreground(pixels))
+    return components(foreground(pixels, 0))
 
 
 def otsu_components(pixels):
-    return centers_of(otsu_regions(pixels))
+    return centers_of(components(foreground(pixels)))
 
 
 def distance_peaks(mask, smooth=0.25, distance=0.7):
@@ -95,13 +95,26 @@ def otsu_peaks(pixels):
     return distance_peaks(foreground(pixels))[0][:, ::-1]
 
 
-def otsu_watershed(pixels):
-    """The foreground divided among the peaks of the distance to the background."""
-    mask = foreground(pixels)
-    peaks, depth = distance_peaks(mask)
+def divided(mask, depth, peaks):
+    """A label image of the mask, by a watershed of the depth from its peaks."""
     markers = np.zeros(mask.shape, int)
     markers[tuple(peaks.T)] = range(1, len(peaks) + 1)
-    return without_specks(skimage.segmentation.watershed(-depth, markers, mask=mask))
+    return skimage.segmentation.watershed(-depth, markers, mask=mask)
+
+
+def otsu_watershed(pixels, distance=10):
+    """The usual recipe: peaks of the distance to the background, at least 10 pixels apart."""
+    mask = foreground(pixels)
+    depth = scipy.ndimage.distance_transform_edt(mask)
+    peaks = skimage.feature.peak_local_max(depth, min_distance=distance, labels=scipy.ndimage.label(mask)[0])
+    return divided(mask, depth, peaks)
+
+
+def adaptive_watershed(pixels):
+    """Peaks that are kept apart according to the size of the components; no specks."""
+    mask = foreground(pixels, 0)
+    peaks, depth = distance_peaks(mask, smooth=0.4)
+    return without_specks(divided(mask, depth, peaks))
 
 
 def blobs(pixels, min_sigma=2, max_sigma=36, threshold=None, relative=0.2, overlap=0.5):
@@ -132,4 +145,5 @@ PEERS = {
 REGION_PEERS = {
     "Otsu components": otsu_regions,
     "Otsu with watershed": otsu_watershed,
+    "adaptive watershed": adaptive_watershed,
 }
