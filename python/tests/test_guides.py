@@ -116,6 +116,11 @@ def test_the_detect_guide(place):
     assert (place / "nuclei.png").stat().st_size > 50
 
 
+def test_the_segment_guide(place):
+    assert run(text_of("docs/segment.md")) == {"sh": 1, "python": 1, "text": 1}
+    assert (place / "outlines.png").stat().st_size > 50
+
+
 def test_the_voting_guide(place):
     assert run(text_of("docs/voting.md")) == {"sh": 1, "python": 1, "text": 1}
 
@@ -182,6 +187,7 @@ TESTED = {
     "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
     "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 2, "java": 2}),
+    "docs/segment.md": ("test_guides.py", {"sh": 1, "python": 1}),
     "docs/tutorial.md": ("test_tutorial.py", {"python": 13}),
     "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1, "cpp": 1}),
 }
