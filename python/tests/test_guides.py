@@ -186,7 +186,7 @@ TESTED = {
     "docs/command.md": ("test_guides.py", {"sh": 13}),
     "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
-    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 2, "java": 2}),
+    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 3, "java": 3}),
     "docs/segment.md": ("test_guides.py", {"sh": 1, "python": 1}),
     "docs/tutorial.md": ("test_tutorial.py", {"python": 13}),
     "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1, "cpp": 1}),
