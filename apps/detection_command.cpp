@@ -37,25 +37,29 @@ DetectionCommand::DetectionCommand(const Options& options, std::string summaryCo
 
 void DetectionCommand::addImages() { options().add("image", images_, kImageFiles).required(); }
 
-void DetectionCommand::addFileOptions(const FileOptions& help) {
+void DetectionCommand::addFileOptions(const FileOptions& files) {
   options()
       .add("--frame", frame_, "Page of a TIFF file or plane of a stack, counted from 0; default 0")
       .check(frameNumber())
       .valueText("K");
-  const Option table = options().add(help.tableOption, tableFile_, help.table).valueText("FILE");
+  std::vector<Option> single;
+  single.push_back(options().add(files.tableOption, tableFile_, files.table).valueText("FILE"));
   options().addChoice<TableFormat>("--format", format_,
                                    {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}},
                                    "csv or json; default csv");
-  const Option overlay =
-      options().add("--overlay", overlayFile_, help.overlay).valueText("FILE.png");
-  options()
-      .add("--out", outDirectory_,
-           "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv; "
-           "standard input has the name stdin")
-      .excludes(table)
-      .excludes(overlay)
-      .valueText("DIR");
-  options().addFlag("--quiet", quiet_, help.quiet);
+  // The options refer to the elements.
+  others_.resize(files.others.size());
+  for (std::size_t i = 0; i < others_.size(); ++i) {
+    const ResultFile& other = files.others[i];
+    others_[i].ending = other.ending;
+    single.push_back(
+        options().add(other.option, others_[i].file, other.help).valueText(other.valueText));
+    if (other.check) single.back().check(other.check);
+  }
+  const Option out = options().add("--out", outDirectory_, files.out);
+  for (const Option& option : single) out.excludes(option);
+  out.valueText("DIR");
+  options().addFlag("--quiet", quiet_, files.quiet);
 }
 
 void DetectionCommand::checkFiles() const {
@@ -64,17 +68,25 @@ void DetectionCommand::checkFiles() const {
   }
   std::vector<fs::path> results;
   if (!isPrinted()) results.emplace_back(*tableFile_);
-  if (overlayFile_) results.emplace_back(*overlayFile_);
+  for (const Other& other : others_) {
+    if (other.file) results.emplace_back(*other.file);
+  }
   if (outDirectory_) {
-    const fs::path out(*outDirectory_);
-    results.push_back(out / "summary.csv");
+    results.push_back(fs::path(*outDirectory_) / "summary.csv");
     for (const std::string& image : images_) {
-      const std::string stem = stemOf(image);
-      results.push_back(out / (stem + extension()));
-      results.push_back(out / (stem + ".png"));
+      const std::vector<fs::path> files = batchFiles(image);
+      results.insert(results.end(), files.begin(), files.end());
     }
   }
-  requireSeparate(images_, results);
+  requireSeparate(inputs(), results);
+}
+
+std::vector<fs::path> DetectionCommand::batchFiles(const std::string& image) const {
+  const fs::path out(*outDirectory_);
+  const std::string stem = stemOf(image);
+  std::vector<fs::path> files{out / (stem + extension())};
+  for (const Other& other : others_) files.push_back(out / (stem + other.ending));
+  return files;
 }
 
 // Whether the table of a single image goes to standard output.
@@ -99,23 +111,22 @@ void DetectionCommand::showReport(const std::string& file, const Findings& findi
 void DetectionCommand::workOnOne() const {
   const std::string& file = images_.front();
   const std::unique_ptr<Image> img = read(file);
-  const Findings findings = findIn({file, *img, {}});
-  std::vector<FileContent> files;
-  if (overlayFile_) files.push_back({*overlayFile_, findings.overlay});
-  if (!isPrinted()) files.push_back({*tableFile_, findings.table});
-  writeFiles(files);
+  Input input{file, *img, {}, {}};
+  for (const Other& other : others_) input.files.emplace_back(other.file);
+  Findings findings = findIn(input);
+  if (!isPrinted()) findings.files.push_back({*tableFile_, findings.table});
+  writeFiles(findings.files);
   if (isPrinted()) print(findings.table, "the table");
   showReport(file, findings);
 }
 
 std::string DetectionCommand::workInBatch(const std::string& file) const {
   const auto start = std::chrono::steady_clock::now();
-  const std::string stem = stemOf(file);
+  const std::vector<fs::path> results = batchFiles(file);
   const std::unique_ptr<Image> img = read(file);
-  const Findings findings = findIn({file, *img, stem});
-  const fs::path out(*outDirectory_);
-  writeFiles(
-      {{out / (stem + extension()), findings.table}, {out / (stem + ".png"), findings.overlay}});
+  Findings findings = findIn({file, *img, stemOf(file), {results.begin() + 1, results.end()}});
+  findings.files.insert(findings.files.begin(), {results.front(), findings.table});
+  writeFiles(findings.files);
   showReport(file, findings);
   const auto time = std::chrono::steady_clock::now() - start;
   return csvField(file) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) + ',' +

@@ -1,14 +1,17 @@
-// What the subcommands that find objects have in common: of every image a table and a picture, of
-// several images a directory of them with a summary.
+// What the subcommands that find objects have in common: of every image a table and further files,
+// of several images a directory of them with a summary.
 #ifndef ORVA_APPS_DETECTION_COMMAND_H
 #define ORVA_APPS_DETECTION_COMMAND_H
 
+#include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/subcommand.h"
+#include "formats/output_file.h"
 #include "formats/result_table.h"
 
 namespace orva::apps {
@@ -23,33 +26,48 @@ class DetectionCommand : public Subcommand {
     std::string file;
     const Image& img;
     std::optional<std::string> stem;  // of the results' names; none for a single image
+    // Where the further results go, in their order; none for those that are not asked for.
+    std::vector<std::optional<std::filesystem::path>> files;
   };
 
   // The results of one image.
   struct Findings {
     std::string table;
-    std::string overlay;  // a PNG file; empty unless wantsOverlay()
-    std::string summary;  // its fields of the summary
-    std::string report;   // for people, unless --quiet; may be empty
+    std::vector<FileContent> files;  // those that the input asks for
+    std::string summary;             // its fields of the summary
+    std::string report;              // for people, unless --quiet; may be empty
   };
 
   // `summaryColumns` names the fields of Findings::summary.
   DetectionCommand(const Options& options, std::string summaryColumns);
 
-  // What the help says of the options for files.
+  // A result besides the table.
+  struct ResultFile {
+    const char* option;
+    const char* valueText;
+    const char* help;
+    const char* ending;  // of its name in a directory, behind the stem
+    Check check;         // of its name on the command line; may be empty
+  };
+
+  // The options for files, and what the help says of them.
   struct FileOptions {
     const char* tableOption;
     const char* table;
-    const char* overlay;
+    std::vector<ResultFile> others;
+    const char* out;
     const char* quiet;
   };
 
   // For the constructors of the subcommands, in the order of the help.
   void addImages();
-  void addFileOptions(const FileOptions& help);
+  void addFileOptions(const FileOptions& options);
 
   // What the options' own checks do not see. Nothing has been written yet. Throws UsageError.
   virtual void check() {}
+
+  // All files to read, which no result may replace.
+  virtual std::vector<std::string> inputs() const { return images_; }
 
   // Called once before the first image.
   virtual void prepare() {}
@@ -59,7 +77,7 @@ class DetectionCommand : public Subcommand {
   const std::vector<std::string>& images() const { return images_; }
   TableFormat format() const { return format_; }
   bool isQuiet() const { return quiet_; }
-  bool wantsOverlay() const { return overlayFile_ || outDirectory_; }
+  bool isBatch() const { return outDirectory_.has_value(); }
   ImageFacts factsOf(const Input& input) const;
   std::unique_ptr<Image> read(const std::string& file) const;
 
@@ -71,6 +89,8 @@ class DetectionCommand : public Subcommand {
   int workOnAll();
   // Writes the results of one image of several and returns its row of the summary.
   std::string workInBatch(const std::string& file) const;
+  // The files that the results of an image go to in a directory, the table's first.
+  std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
   const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }
 
   std::string summaryColumns_;
@@ -78,7 +98,11 @@ class DetectionCommand : public Subcommand {
   int frame_ = 0;
   std::optional<std::string> tableFile_;
   TableFormat format_ = TableFormat::kCsv;
-  std::optional<std::string> overlayFile_;
+  struct Other {
+    std::string ending;
+    std::optional<std::string> file;
+  };
+  std::vector<Other> others_;
   std::optional<std::string> outDirectory_;
   bool quiet_ = false;
 };

@@ -13,6 +13,7 @@
 #include "apps/find_command.h"
 #include "apps/info_command.h"
 #include "apps/measure_command.h"
+#include "apps/segment_command.h"
 #include "apps/vote_command.h"
 #include "formats/temporary.h"
 
@@ -34,6 +35,7 @@ int run(int argc, char** argv) {
       "orva " ORVA_VERSION);
   std::vector<std::unique_ptr<Subcommand>> subcommands;
   subcommands.push_back(std::make_unique<FindCommand>(line));
+  subcommands.push_back(std::make_unique<SegmentCommand>(line));
   subcommands.push_back(std::make_unique<VoteCommand>(line));
   subcommands.push_back(std::make_unique<MeasureCommand>(line));
   subcommands.push_back(std::make_unique<FilterCommand>(line));

@@ -29,8 +29,14 @@ VoteCommand::VoteCommand(CommandLine& line)
            "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, NN being "
            "the cone width; with --out PREFIXNAME_vote_NN")
       .valueText("PREFIX");
-  addFileOptions({"--centers", "The table x,y,weight goes to FILE; default -, standard output",
-                  "The image with a cross at each center goes to FILE.png", "No progress line"});
+  addFileOptions(
+      {"--centers",
+       "The table x,y,weight goes to FILE; default -, standard output",
+       {{"--overlay", "FILE.png", "The image with a cross at each center goes to FILE.png", ".png",
+         nullptr}},
+       "For each image NAME write DIR/NAME.csv and DIR/NAME.png, and DIR/summary.csv; standard "
+       "input has the name stdin",
+       "No progress line"});
 }
 
 void VoteCommand::addVotingOptions() {
@@ -107,8 +113,9 @@ DetectionCommand::Findings VoteCommand::findIn(const Input& input) const {
   Findings findings;
   findings.table = format() == TableFormat::kCsv ? centersAsCsv(result.centers)
                                                  : centersAsJson(factsOf(input), settings_, result);
-  if (wantsOverlay()) {
-    findings.overlay = overlayAsPng(input.img, result.centers, settings_.maxRadius);
+  if (const auto& overlay = input.files.front()) {
+    findings.files.push_back(
+        {*overlay, overlayAsPng(input.img, result.centers, settings_.maxRadius)});
   }
   findings.summary = std::to_string(result.centers.size());
   return findings;

@@ -27,6 +27,8 @@ using Rgb = GenericRgb<unsigned char>;
 using Files = std::vector<FileContent>;
 using ImagePointer = std::unique_ptr<Image>;
 
+constexpr int kMaxSample = 65535;  // of 16 bits
+
 const image<Rgb>* asColour(const Image& img) { return dynamic_cast<const image<Rgb>*>(&img); }
 
 void requireOnePlane(const Image& img, const char* format) {
@@ -117,7 +119,7 @@ Files pngFiles(const fs::path& path, const Image& img, Fit fit) {
     return {{path, encodePng(colour->pixels(), img.nx(), img.ny())}};
   } else if (fit == Fit::kStretched || fits(img, 255.0F)) {
     return {{path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny())}};
-  } else if (fits(img, 65535.0F)) {
+  } else if (fits(img, kMaxSample)) {
     std::vector<std::uint16_t> samples(static_cast<std::size_t>(img.npix()));
     for (int i = 0; i < img.npix(); ++i) {
       samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(img.pixel(i));
@@ -220,6 +222,21 @@ std::vector<FileContent> encodeImage(const std::string& path, const Image& img, 
 
 void writeImageFile(const std::string& path, const Image& img, Fit fit) {
   writeFiles(encodeImage(path, img, fit));
+}
+
+std::string encodeLabels(const std::string& path, const image<int>& labels) {
+  const int* const begin = labels.pixels();
+  const int* const end = begin + labels.npix();
+  const bool isTiff = extensionOf(path) != ".png";
+  if (begin != end && *std::max_element(begin, end) > kMaxSample) {
+    if (isTiff) return encodeTiff(labels);
+    throw FileError(
+        "has more than 65535 objects, the labels that a PNG file holds; name a TIFF "
+        "file");
+  }
+  const std::vector<std::uint16_t> samples(begin, end);
+  return isTiff ? encodeTiff(samples.data(), labels.nx(), labels.ny())
+                : encodePng(samples.data(), labels.nx(), labels.ny());
 }
 
 std::vector<fs::path> filesOf(const std::string& path) {

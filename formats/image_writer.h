@@ -23,6 +23,11 @@ void writeImageFile(const std::string& path, const orva::Image& img, Fit fit);
 // The files that writeImageFile() would write.
 std::vector<FileContent> encodeImage(const std::string& path, const orva::Image& img, Fit fit);
 
+// A label image as the file `path`, TIFF or PNG: unsigned samples of 16 bits, or where a label
+// exceeds 65535, a TIFF file of signed 32-bit samples. Labels are not negative. Throws FileError,
+// with a text to follow the input's name, for more labels than a PNG file holds.
+std::string encodeLabels(const std::string& path, const orva::image<int>& labels);
+
 // The names of the files that writeImageFile(path) writes.
 std::vector<std::filesystem::path> filesOf(const std::string& path);
 

@@ -1,7 +1,9 @@
 #include "formats/overlay.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <memory>
 
 #include "formats/png_encoder.h"
@@ -51,6 +53,10 @@ Picture greyPicture(const orva::Image& img) {
 
 constexpr Colour kOrange{255, 128, 0};
 constexpr Colour kBlack{0, 0, 0};
+// To be told apart from each other and from any grey.
+constexpr std::array<Colour, 6> kOutlines{Colour{255, 128, 0},  Colour{0, 160, 255},
+                                          Colour{230, 50, 230}, Colour{0, 190, 60},
+                                          Colour{255, 50, 60},  Colour{150, 100, 255}};
 
 }  // namespace
 
@@ -68,6 +74,27 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Objec
   const auto half = [](const detect::Object& o) { return std::clamp(o.radius / 20, 0.7F, 2.0F); };
   for (const detect::Object& o : objects) drawCircle(picture, o, half(o) + 1, kBlack);
   for (const detect::Object& o : objects) drawCircle(picture, o, half(o), kOrange);
+  return encodePng(picture.pixels(), picture.nx(), picture.ny());
+}
+
+std::string outlinesAsPng(const orva::Image& img, const orva::image<int>& labels) {
+  Picture picture = greyPicture(img);
+  const int nx = labels.nx();
+  const int ny = labels.ny();
+  const auto at = [&](int x, int y) {
+    return x < 0 || y < 0 || x == nx || y == ny ? 0 : labels.pixels()[x + std::ptrdiff_t{y} * nx];
+  };
+  for (int y = 0; y < ny; ++y) {
+    for (int x = 0; x < nx; ++x) {
+      const int label = at(x, y);
+      if (label <= 0 || (at(x - 1, y) == label && at(x + 1, y) == label && at(x, y - 1) == label &&
+                         at(x, y + 1) == label)) {
+        continue;
+      }
+      picture.pixels()[x + std::ptrdiff_t{y} * nx] =
+          kOutlines[static_cast<std::size_t>(label) % kOutlines.size()];
+    }
+  }
   return encodePng(picture.pixels(), picture.nx(), picture.ny());
 }
 

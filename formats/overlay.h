@@ -18,6 +18,10 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& cent
 // The same with an orange circle of its radius around each object.
 std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Object>& objects);
 
+// The same with an outline of each label above 0, one pixel wide: its pixels with one of their four
+// neighbours outside the label or the image. Neighbours have different colours as a rule.
+std::string outlinesAsPng(const orva::Image& img, const orva::image<int>& labels);
+
 }  // namespace orva::formats
 
 #endif

@@ -1,7 +1,11 @@
 #include "formats/result_table.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "formats/text.h"
 
@@ -10,6 +14,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using orva::voting::CircularVoting;
+
+constexpr double kExactlyWhole = 9007199254740992;  // below it every whole number is a double
 
 const char* nameOf(CircularVoting::RegionType polarity) {
   switch (polarity) {
@@ -41,6 +47,27 @@ std::string documentOf(const ImageFacts& facts, const Json& settings, const char
   const Json document{{"image", facts.file},    {"frame", facts.frame}, {"width", facts.width},
                       {"height", facts.height}, {"settings", settings}, {what, found}};
   return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+Json asJson(const detect::FindSettings& s, const detect::Settings& used) {
+  Json settings{{"radius", s.radius ? asJson(*s.radius) : asRoundedJson(used.radius)},
+                {"polarity", formats::nameOf(used.polarity)},
+                {"min_score", asJson(s.minScore)}};
+  if (s.minRadius) settings["min_radius"] = asJson(*s.minRadius);
+  if (s.maxRadius) settings["max_radius"] = asJson(*s.maxRadius);
+  Json estimated = Json::array();
+  if (!s.radius) estimated.push_back("radius");
+  if (!s.polarity) estimated.push_back("polarity");
+  settings["estimated"] = estimated;
+  settings["confidence"] = asRoundedJson(used.confidence);
+  return settings;
+}
+
+// A whole number without decimals; null for what is no number.
+Json asNumber(double v) {
+  if (!std::isfinite(v)) return nullptr;
+  if (v == std::trunc(v) && std::fabs(v) < kExactlyWhole) return static_cast<std::int64_t>(v);
+  return v;
 }
 
 }  // namespace
@@ -88,19 +115,8 @@ std::string objectsAsCsv(const std::vector<detect::Object>& objects) {
   return text;
 }
 
-std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& s,
+std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
                           const detect::FindResult& result) {
-  Json settings{{"radius", s.radius ? asJson(*s.radius) : asRoundedJson(result.used.radius)},
-                {"polarity", nameOf(result.used.polarity)},
-                {"min_score", asJson(s.minScore)}};
-  if (s.minRadius) settings["min_radius"] = asJson(*s.minRadius);
-  if (s.maxRadius) settings["max_radius"] = asJson(*s.maxRadius);
-  Json estimated = Json::array();
-  if (!s.radius) estimated.push_back("radius");
-  if (!s.polarity) estimated.push_back("polarity");
-  settings["estimated"] = estimated;
-  settings["confidence"] = asRoundedJson(result.used.confidence);
-
   Json objects = Json::array();
   for (const detect::Object& o : result.objects) {
     objects.push_back({{"x", asRoundedJson(o.x)},
@@ -109,7 +125,45 @@ std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& s
                        {"score", asRoundedJson(o.score)},
                        {"coverage", asRoundedJson(o.coverage)}});
   }
-  return documentOf(facts, settings, "objects", objects);
+  return documentOf(facts, asJson(settings, result.used), "objects", objects);
+}
+
+std::string regionsAsCsv(const std::vector<detect::ObjectMeasures>& regions,
+                         const std::vector<detect::Object>& objects) {
+  std::string text;
+  for (const detect::MeasureColumn& column : detect::measureColumns()) {
+    text += column.name;
+    text += ',';
+  }
+  text += "score,touches_border\n";
+  for (std::size_t i = 0; i < regions.size(); ++i) {
+    for (const detect::MeasureColumn& column : detect::measureColumns()) {
+      text += shortestDecimal(column.of(regions[i])) + ',';
+    }
+    text += rounded(objects[i].score) + (regions[i].touchesBorder ? ",true\n" : ",false\n");
+  }
+  return text;
+}
+
+std::string regionsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
+                          const detect::SegmentSettings& regionSettings,
+                          const detect::FindResult& result,
+                          const std::vector<detect::ObjectMeasures>& regions) {
+  Json used = asJson(settings, result.used);
+  used["min_area"] = asJson(regionSettings.minArea);
+  if (std::isfinite(regionSettings.maxArea)) used["max_area"] = asJson(regionSettings.maxArea);
+  used["exclude_border"] = regionSettings.excludeBorder;
+  Json objects = Json::array();
+  for (std::size_t i = 0; i < regions.size(); ++i) {
+    Json object;
+    for (const detect::MeasureColumn& column : detect::measureColumns()) {
+      object[column.name] = asNumber(column.of(regions[i]));
+    }
+    object["score"] = asRoundedJson(result.objects[i].score);
+    object["touches_border"] = regions[i].touchesBorder;
+    objects.push_back(std::move(object));
+  }
+  return documentOf(facts, used, "objects", objects);
 }
 
 }  // namespace orva::formats

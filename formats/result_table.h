@@ -7,6 +7,8 @@
 
 #include "formats/vote.h"
 #include "orva/detect/detect.h"
+#include "orva/detect/measure.h"
+#include "orva/detect/segment.h"
 
 namespace orva::formats {
 
@@ -32,6 +34,18 @@ std::string centersAsJson(const ImageFacts& facts, const VoteSettings& settings,
 // The settings say what was told or estimated; objects are rounded as in the CSV table.
 std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
                           const detect::FindResult& result);
+
+// A header line, then one row per region: its measurements in the order and with the names of
+// detect::measureColumns(), the score of the object in the same place of `objects`, and whether it
+// touches the border ("true" or "false").
+std::string regionsAsCsv(const std::vector<detect::ObjectMeasures>& regions,
+                         const std::vector<detect::Object>& objects);
+
+// The same with the settings; `result` has the objects of the regions.
+std::string regionsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
+                          const detect::SegmentSettings& regionSettings,
+                          const detect::FindResult& result,
+                          const std::vector<detect::ObjectMeasures>& regions);
 
 // "bright" or "dark".
 const char* nameOf(detect::Polarity polarity);

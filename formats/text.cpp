@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 
 namespace orva::formats {
@@ -9,6 +10,14 @@ namespace orva::formats {
 std::string shortestDecimal(float v) {
   std::array<char, 32> text{};
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), v).ptr};
+}
+
+std::string shortestDecimal(double v) {
+  std::array<char, 32> text{};
+  char* const end = text.data() + text.size();
+  const bool isWhole = std::fabs(v) < 1e15 && v == std::trunc(v);
+  return {text.data(), isWhole ? std::to_chars(text.data(), end, v, std::chars_format::fixed).ptr
+                               : std::to_chars(text.data(), end, v).ptr};
 }
 
 std::string fixed(float v, int decimals) {

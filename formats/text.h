@@ -8,6 +8,8 @@ namespace orva::formats {
 
 // The shortest decimal text that reads back as `v`.
 std::string shortestDecimal(float v);
+// The same; whole numbers of up to 15 digits without an exponent.
+std::string shortestDecimal(double v);
 
 // `v` with this number of decimals.
 std::string fixed(float v, int decimals);

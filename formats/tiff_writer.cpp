@@ -17,6 +17,17 @@ struct SampleForm {
   int bits;
   int format;
   int samples = 1;
+
+  int pixelBytes() const { return samples * bits / 8; }
+};
+
+// Pages of the same size, one after the other.
+struct Pages {
+  const void* pixels;
+  int width;
+  int height;
+  int count;
+  SampleForm form;
 };
 
 SampleForm formOf(const Image& img) {
@@ -36,11 +47,11 @@ SampleForm formOf(const Image& img) {
   }
 }
 
-void describePage(const TiffHandle& out, const Image& img) {
+void describePage(const TiffHandle& out, const Pages& pages) {
   TIFF* tiff = out.handle();
-  const SampleForm form = formOf(img);
-  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(img.nx()));
-  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(img.ny()));
+  const SampleForm& form = pages.form;
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(pages.width));
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(pages.height));
   TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, form.bits);
   TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, form.samples);
   TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, form.format);
@@ -103,10 +114,9 @@ class MemoryFile {
   bool isOutOfMemory_ = false;
 };
 
-}  // namespace
-
-std::string encodeTiff(const Image& img) {
-  const std::int64_t bytes = std::int64_t{img.npix()} * img.pixelSize();
+std::string encode(const Pages& pages) {
+  const std::int64_t rowBytes = std::int64_t{pages.width} * pages.form.pixelBytes();
+  const std::int64_t bytes = rowBytes * pages.height * pages.count;
   constexpr std::int64_t kMaxClassic = 4000000000;  // with room for the directories
   MemoryFile file;
   file.reserve(static_cast<std::size_t>(bytes));
@@ -118,12 +128,11 @@ std::string encodeTiff(const Image& img) {
     if (file.isOutOfMemory()) throw std::bad_alloc();
     if (!isWritten) out.fail();
   };
-  const std::ptrdiff_t rowBytes = std::ptrdiff_t{img.nx()} * img.pixelSize();
   // libtiff takes rows without const and leaves them alone.
-  auto* row = static_cast<unsigned char*>(img.data());
-  for (int page = 0; page < img.nframes(); ++page) {
-    describePage(out, img);
-    for (int y = 0; y < img.ny(); ++y, row += rowBytes) {
+  auto* row = static_cast<unsigned char*>(const_cast<void*>(pages.pixels));
+  for (int page = 0; page < pages.count; ++page) {
+    describePage(out, pages);
+    for (int y = 0; y < pages.height; ++y, row += rowBytes) {
       require(TIFFWriteScanline(out.handle(), row, static_cast<std::uint32_t>(y), 0) >= 0);
     }
     require(TIFFWriteDirectory(out.handle()) != 0);
@@ -131,6 +140,16 @@ std::string encodeTiff(const Image& img) {
   handle.reset();  // closes the file, which may write
   if (file.isOutOfMemory()) throw std::bad_alloc();
   return file.takeContent();
+}
+
+}  // namespace
+
+std::string encodeTiff(const Image& img) {
+  return encode({img.data(), img.nx(), img.ny(), img.nframes(), formOf(img)});
+}
+
+std::string encodeTiff(const std::uint16_t* pixels, int width, int height) {
+  return encode({pixels, width, height, 1, {16, SAMPLEFORMAT_UINT}});
 }
 
 }  // namespace orva::formats

@@ -1,5 +1,5 @@
-// Logarithm and exponential from additions, multiplications and divisions alone, so that their last
-// bits do not depend on the C library.
+// Logarithm, exponential and arc tangent from additions, multiplications and divisions alone, so
+// that their last bits do not depend on the C library.
 #ifndef ORVA_DETECT_ELEMENTARY_H
 #define ORVA_DETECT_ELEMENTARY_H
 
@@ -9,6 +9,7 @@
 namespace orva::detect {
 
 inline constexpr double kLn2 = 0.693147180559945309417;
+inline constexpr double kPi = 3.14159265358979323846;
 
 // The natural logarithm of a positive finite number, to 1e-12.
 inline double naturalLog(double x) {
@@ -33,6 +34,24 @@ inline double exponential(double x) {
   double sum = 1;
   for (int n = 12; n >= 1; --n) sum = sum * r / n + 1;
   return std::ldexp(sum, static_cast<int>(k));  // exact
+}
+
+// The angle of (x, y) from -pi to pi, to 1e-14; 0 at the origin.
+inline double arcTangent(double y, double x) {
+  const double ax = std::fabs(x);
+  const double ay = std::fabs(y);
+  const double longer = std::max(ax, ay);
+  if (!(longer > 0)) return 0;
+  double t = std::min(ax, ay) / longer;
+  // Halving the angle twice takes it below pi / 16, where the series needs few terms.
+  for (int i = 0; i < 2; ++i) t /= 1 + std::sqrt(1 + t * t);
+  const double t2 = t * t;
+  double sum = 0;
+  for (int k = 21; k >= 1; k -= 2) sum = 1.0 / k - t2 * sum;
+  double angle = 4 * t * sum;
+  if (ay > ax) angle = kPi / 2 - angle;
+  if (x < 0) angle = kPi - angle;
+  return y < 0 ? -angle : angle;
 }
 
 // 1 / (1 + e^-z)

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "orva/detect/octave_grids.h"
+#include "orva/detect/star_shape.h"
 
 namespace orva::detect {
 namespace {
@@ -16,28 +17,10 @@ constexpr float kSameRadius = 0.1F;
 constexpr float kReach = 1.1F;  // outlines whose centers are farther apart, in sums of their radii,
                                 // are not compared
 
-// A position on the turn of the rays, 0 to kRays: the angle of (x, y), to 0.3 degrees.
-float rayPosition(float x, float y) {
-  const float ax = std::fabs(x);
-  const float ay = std::fabs(y);
-  const float longer = std::max(ax, ay);
-  if (!(longer > 0)) return 0.0F;
-  const float q = std::min(ax, ay) / longer;
-  constexpr float kRaysPerRadian = kRays / 6.28318531F;
-  float position = q * (0.9724F - 0.1919F * q * q) * kRaysPerRadian;
-  if (ay > ax) position = kRays / 4.0F - position;
-  if (x < 0) position = kRays / 2.0F - position;
-  if (y < 0) position = kRays - position;
-  return std::max(position, 0.0F);
-}
-
 bool contains(const Candidate& c, float x, float y) {
   const float dx = x - c.seedX;
   const float dy = y - c.seedY;
-  const float position = rayPosition(dx, dy);
-  const auto whole = static_cast<std::size_t>(position);
-  const float part = position - static_cast<float>(whole);
-  const float radius = c.radii[whole % kRays] * (1 - part) + c.radii[(whole + 1) % kRays] * part;
+  const float radius = radiusTowards(c.radii, dx, dy);
   return dx * dx + dy * dy < radius * radius;
 }
 

@@ -5,10 +5,11 @@
 #include <cmath>
 #include <cstddef>
 
+#include "orva/detect/elementary.h"
+
 namespace orva::detect {
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 // Area of the polygon whose 32 corners lie on the unit circle: 16 sin(360 / 32 degrees).
 constexpr double kUnitPolygonArea = 16 * 0.195090322016128268;
 constexpr double kMinArea = 0.5;
@@ -99,7 +100,7 @@ PolygonShape shapeOf(const ScaleLevel& level, const Outline& outline) {
   s.radius = std::sqrt(s.area / kUnitPolygonArea);
   s.axisRatio = axisRatioOf(corners, s);
   s.solidity = s.area / std::max(hullArea(corners), 1e-6);
-  s.roundness = 4 * PI * s.area / (perimeter * perimeter);
+  s.roundness = 4 * kPi * s.area / (perimeter * perimeter);
   return s;
 }
 

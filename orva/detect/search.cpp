@@ -192,4 +192,20 @@ Candidate refined(const std::vector<ScaleLevel>& levels, const Candidate& candid
   return best;
 }
 
+std::optional<Candidate> outlinedAgain(const std::vector<ScaleLevel>& levels, Polarity polarity,
+                                       float x, float y, float radius) {
+  Candidate known;
+  known.polarity = polarity;
+  known.x = x;
+  known.y = y;
+  known.radius = radius;
+  const int usual = refinementLevel(levels, radius);
+  const int last = static_cast<int>(levels.size()) - 1;
+  for (const int level : {usual, std::max(usual - 1, 0), std::min(usual + 1, last)}) {
+    const auto found = recentered(levels, known, level);
+    if (found && isSame(*found, known)) return found;
+  }
+  return std::nullopt;
+}
+
 }  // namespace orva::detect

@@ -56,6 +56,11 @@ Selection selected(std::vector<Candidate> candidates, std::optional<float> radiu
 // seed; the candidate as it is where the search ends elsewhere.
 Candidate refined(const std::vector<ScaleLevel>& levels, const Candidate& candidate);
 
+// The outline around the center of an object that is known; none where the image has no outline of
+// about its radius there.
+std::optional<Candidate> outlinedAgain(const std::vector<ScaleLevel>& levels, Polarity polarity,
+                                       float x, float y, float radius);
+
 }  // namespace orva::detect
 
 #endif

@@ -23,7 +23,7 @@ image<unsigned char> sharedOrCopied(const Image& img) {
   return result;
 }
 
-constexpr std::ptrdiff_t kBlock = 2048;  // pixels per conversion to floats
+constexpr std::ptrdiff_t kConverted = 2048;  // pixels per conversion to floats
 
 struct Range {
   float low;
@@ -51,8 +51,8 @@ Range rangeOf(const Image& img, std::ptrdiff_t count) {
   const float first = *pixels.read(0, 1);
   Range range{first, first};
   bool hasNan = first != first;
-  for (std::ptrdiff_t i = 0; i < count; i += kBlock) {
-    const std::ptrdiff_t n = std::min(kBlock, count - i);
+  for (std::ptrdiff_t i = 0; i < count; i += kConverted) {
+    const std::ptrdiff_t n = std::min(kConverted, count - i);
     const float* values = pixels.read(i, n);
     const MinMax minMax = hasNan ? MinMax{} : findMinMax(values, n);
     // The order of the values matters only from the first NaN on.
@@ -99,8 +99,8 @@ image<unsigned char> bytesOf(const Image& img, bool scale) {
   }
   const bool fits = range.low >= 0.0F && range.high <= 255.0F && !scale;
   PixelFloats pixels(img);
-  for (std::ptrdiff_t i = 0; i < result.npix(); i += kBlock) {
-    const std::ptrdiff_t count = std::min(kBlock, result.npix() - i);
+  for (std::ptrdiff_t i = 0; i < result.npix(); i += kConverted) {
+    const std::ptrdiff_t count = std::min(kConverted, result.npix() - i);
     const float* from = pixels.read(i, count);
     if (fits) {
       truncateAll(from, count, result.pixels() + i);

@@ -1,0 +1,134 @@
+#include "apps/segment_command.h"
+
+#include <cstddef>
+#include <vector>
+
+#include "apps/input_file.h"
+#include "formats/file_error.h"
+#include "formats/image_writer.h"
+#include "formats/overlay.h"
+#include "orva/detect/detect.h"
+#include "orva/detect/measure.h"
+
+namespace orva::apps {
+namespace {
+
+constexpr float kMaxArea = 4e9F;            // above the pixels of any image
+enum : std::size_t { kLabels, kOutlines };  // further results
+
+}  // namespace
+
+SegmentCommand::SegmentCommand(CommandLine& line)
+    : ObjectCommand(line.addSubcommand(
+          "segment", "Find round objects, and measure the pixels of each",
+          "Example: the nuclei in an image, as labels, a picture and a table\n"
+          "  orva segment --labels labels.tif --outlines outlines.png --table nuclei.csv "
+          "nuclei.pgm")) {
+  addImages();
+  addSearchOptions();
+  addRegionOptions();
+  addFileOptions(
+      {"--table",
+       "The table of measurements goes to FILE; default -, standard output",
+       {{"--labels", "FILE.tif|.png",
+         "The label image goes to FILE: 0 is background, k the pixels of the object in row k of "
+         "the table",
+         "_labels.tif", writableFile({".tif", ".tiff", ".png"})},
+        {"--outlines", "FILE.png", "The image with the outline of each object goes to FILE.png",
+         ".png", nullptr}},
+       "For each image NAME write DIR/NAME.csv, DIR/NAME_labels.tif and DIR/NAME.png, and "
+       "DIR/summary.csv; standard input has the name stdin",
+       "No progress line, and no line about what was found"});
+}
+
+void SegmentCommand::addRegionOptions() {
+  const Check area = numberIn(0.0F, kMaxArea);
+  options()
+      .add("--min-area", regionSettings_.minArea, "Leave out smaller objects, in pixels; default 0")
+      .check(area)
+      .valueText("N");
+  options()
+      .add("--max-area", maxArea_, "Leave out larger objects, in pixels")
+      .check(area)
+      .valueText("N");
+  options().addFlag("--exclude-border", regionSettings_.excludeBorder,
+                    "Leave out objects that touch the border of the image");
+  options()
+      .add("--measure", measured_,
+           "Measure the intensities in IMAGE, another channel of the same size")
+      .valueText("IMAGE");
+  options()
+      .add("--measure-frame", measuredFrame_, "Its page or plane; default 0")
+      .check(frameNumber())
+      .valueText("K");
+}
+
+void SegmentCommand::check() {
+  ObjectCommand::check();
+  if (maxArea_) {
+    if (*maxArea_ < regionSettings_.minArea) {
+      throw UsageError("--min-area", "must not exceed --max-area");
+    }
+    regionSettings_.maxArea = *maxArea_;
+  }
+  if (measured_ && isBatch()) {
+    throw UsageError("--measure", "goes with a single image, without --out");
+  }
+}
+
+std::vector<std::string> SegmentCommand::inputs() const {
+  std::vector<std::string> files = images();
+  if (measured_) files.push_back(*measured_);
+  return files;
+}
+
+std::unique_ptr<Image> SegmentCommand::otherImage(const Image& img) const {
+  if (!measured_) return nullptr;
+  const auto prefixed = [this](const std::string& text) {
+    return "cannot be measured in " + *measured_ + ": " + text;
+  };
+  std::unique_ptr<Image> other;
+  try {
+    other = readInput(*measured_, measuredFrame_, ColourUse::kLuminance);
+  } catch (const FileError& error) {
+    throw FileError(prefixed(std::string("this ") + error.what()));
+  }
+  if (other->nx() != img.nx() || other->ny() != img.ny()) {
+    const auto sizeOf = [](const Image& i) {
+      return std::to_string(i.nx()) + " x " + std::to_string(i.ny());
+    };
+    throw FileError(prefixed("one has " + sizeOf(img) + " pixels, the other " + sizeOf(*other)));
+  }
+  return other;
+}
+
+DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
+  const Image& img = input.img;
+  const std::unique_ptr<Image> other = otherImage(img);
+  const detect::FindResult found = detect::findObjects(img, settings());
+  detect::SegmentSettings regionSettings = regionSettings_;
+  regionSettings.polarity = found.used.polarity;
+  const detect::Segmentation segmented = detect::segmentObjects(img, found.objects, regionSettings);
+  detect::FindResult kept{found.used, {}};
+  for (const std::size_t k : segmented.kept) kept.objects.push_back(found.objects[k]);
+  const auto measures = detect::measureObjects(segmented.labels, other ? *other : img);
+
+  Findings findings;
+  findings.table = format() == TableFormat::kCsv
+                       ? regionsAsCsv(measures, kept.objects)
+                       : regionsAsJson(factsOf(input), settings(), regionSettings, kept, measures);
+  if (const auto& file = input.files[kLabels]) {
+    findings.files.push_back({*file, encodeLabels(*file, segmented.labels)});
+  }
+  if (const auto& file = input.files[kOutlines]) {
+    findings.files.push_back({*file, outlinesAsPng(img, segmented.labels)});
+  }
+  findings.summary = summaryOf(kept.objects.size(), found.used);
+  findings.report = reportOf(kept);
+  if (const std::size_t n = found.objects.size() - kept.objects.size(); n > 0) {
+    findings.report += "; left out " + std::to_string(n) + " more";
+  }
+  return findings;
+}
+
+}  // namespace orva::apps

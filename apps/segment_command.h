@@ -1,0 +1,37 @@
+// The subcommand `orva segment`.
+#ifndef ORVA_APPS_SEGMENT_COMMAND_H
+#define ORVA_APPS_SEGMENT_COMMAND_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/object_command.h"
+#include "orva/detect/segment.h"
+#include "orva/image/image.h"
+
+namespace orva::apps {
+
+class SegmentCommand : public ObjectCommand {
+ public:
+  // Adds the subcommand and its options to `line`.
+  explicit SegmentCommand(CommandLine& line);
+
+ private:
+  void addRegionOptions();
+  void check() override;
+  std::vector<std::string> inputs() const override;
+  Findings findIn(const Input& input) const override;
+  // The image to measure, of the size of `img`; null where that is `img` itself.
+  std::unique_ptr<Image> otherImage(const Image& img) const;
+
+  detect::SegmentSettings regionSettings_;
+  std::optional<float> maxArea_;
+  std::optional<std::string> measured_;
+  int measuredFrame_ = 0;
+};
+
+}  // namespace orva::apps
+
+#endif
