@@ -71,6 +71,7 @@ void SegmentCommand::check() {
     }
     regionSettings_.maxArea = *maxArea_;
   }
+  if (measuredFrame_ && !measured_) throw UsageError("--measure-frame", "goes with --measure");
   if (measured_ && isBatch()) {
     throw UsageError("--measure", "goes with a single image, without --out");
   }
@@ -89,7 +90,7 @@ std::unique_ptr<Image> SegmentCommand::otherImage(const Image& img) const {
   };
   std::unique_ptr<Image> other;
   try {
-    other = readInput(*measured_, measuredFrame_, ColourUse::kLuminance);
+    other = readInput(*measured_, measuredFrame_.value_or(0), ColourUse::kLuminance);
   } catch (const FileError& error) {
     throw FileError(prefixed(std::string("this ") + error.what()));
   }
@@ -126,7 +127,7 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   findings.summary = summaryOf(kept.objects.size(), found.used);
   findings.report = reportOf(kept);
   if (const std::size_t n = found.objects.size() - kept.objects.size(); n > 0) {
-    findings.report += "; left out " + std::to_string(n) + " more";
+    findings.report += "; " + std::to_string(n) + " more left out";
   }
   return findings;
 }

@@ -29,7 +29,7 @@ class SegmentCommand : public ObjectCommand {
   detect::SegmentSettings regionSettings_;
   std::optional<float> maxArea_;
   std::optional<std::string> measured_;
-  int measuredFrame_ = 0;
+  std::optional<int> measuredFrame_;
 };
 
 }  // namespace orva::apps

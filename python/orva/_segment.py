@@ -128,7 +128,7 @@ def segment(
     -------
     labels
         int32 array (y, x): 0 in the background, k in the region of row k - 1 of the table. Regions
-        are connected along the axes and have no holes.
+        are connected along the axes; a hole in one is another region.
     table
         Structured array with one row per region, in the order of the objects, of which those that
         are found have the highest score first; pandas.DataFrame(table) converts it. The columns have
