@@ -35,7 +35,7 @@ SegmentCommand::SegmentCommand(CommandLine& line)
          "the table",
          "_labels.tif", writableFile({".tif", ".tiff", ".png"})},
         {"--outlines", "FILE.png", "The image with the outline of each object goes to FILE.png",
-         ".png", nullptr}},
+         ".png", writableFile({".png"})}},
        "For each image NAME write DIR/NAME.csv, DIR/NAME_labels.tif and DIR/NAME.png, and "
        "DIR/summary.csv; standard input has the name stdin",
        "No progress line, and no line about what was found"});
@@ -92,7 +92,7 @@ std::unique_ptr<Image> SegmentCommand::otherImage(const Image& img) const {
   try {
     other = readInput(*measured_, measuredFrame_.value_or(0), ColourUse::kLuminance);
   } catch (const FileError& error) {
-    throw FileError(prefixed(std::string("this ") + error.what()));
+    throw FileError(prefixed(error.what()));
   }
   if (other->nx() != img.nx() || other->ny() != img.ny()) {
     const auto sizeOf = [](const Image& i) {

@@ -291,8 +291,8 @@ TEST(SegmentCommand, AnOtherImageThatDoesNotFitFails) {
         "cannot be measured in " + other + ": " + words));
   };
   expectFailure("small.pgm", "one has 150 x 110 pixels, the other 149 x 110");
-  expectFailure("text.tif", "this ");
-  expectFailure("missing.tif", "this ");
+  expectFailure("text.tif", "is not a ");
+  expectFailure("missing.tif", "can not be opened");
   EXPECT_EQ(box.names(), (Arguments{"discs.pgm", "small.pgm", "text.tif"}));
 }
 
@@ -346,6 +346,7 @@ TEST(SegmentCommand, WrongOptionsAreRefused) {
   expectRefusal({"--min-area", "5", "--max-area", "4"}, "must not exceed --max-area");
   expectRefusal({"--labels", "l.jpg"}, "--labels");
   expectRefusal({"--labels", "l.pgm"}, "--labels");
+  expectRefusal({"--outlines", "o.tif"}, "--outlines");
   expectRefusal({"--labels", "l.tif", "--out", "o"}, "--out");
   expectRefusal({"--outlines", "o.png", "--out", "o"}, "--out");
   expectRefusal({"--labels", "same.png", "--outlines", "same.png"}, "same.png");
