@@ -101,7 +101,7 @@ jdoubleArray Java_orva_NativeDetection_segmentObjects(
     kept.excludeBorder = excludeBorder == JNI_TRUE;
     const Segmentation regions = segmentObjects(img, found.objects, kept);
     const std::vector<jdouble> values = valuesOf(found, regions, img);
-    const jdoubleArray result = newArray(env, values);
+    jdoubleArray result = newArray(env, values);
     // A failed creation leaves the labels as they are.
     if (result != nullptr) {
       env->SetIntArrayRegion(labels, 0, regions.labels.npix(), regions.labels.pixels());
