@@ -1,0 +1,25 @@
+// OME-XML, the description of the axes in OME-TIFF files.
+#ifndef ORVA_FORMATS_OME_XML_H
+#define ORVA_FORMATS_OME_XML_H
+
+#include <optional>
+#include <string_view>
+
+#include "formats/image_axes.h"
+
+namespace orva::formats {
+
+// Whether the description of a TIFF file's first page is OME-XML.
+bool isOmeXml(std::string_view description);
+
+// The axes that the OME-XML of a file gives for its image `series`, counted from 0. Entities beyond
+// the predefined ones are not expanded, and nothing outside the text is read.
+//
+// Throws FileError for text that is not well-formed or too long, sizes that are missing, out of
+// range or do not fit the pages, a set of several files, and where `series` is left open and there
+// are several images, with a list of them.
+ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFacts& facts);
+
+}  // namespace orva::formats
+
+#endif
