@@ -13,11 +13,6 @@ namespace {
 
 std::string sizeText(int nx, int ny) { return std::to_string(nx) + " x " + std::to_string(ny); }
 
-std::string planeText(const PlaneIndex& p) {
-  return "channel " + std::to_string(p.c) + ", z " + std::to_string(p.z) + ", time " +
-         std::to_string(p.t);
-}
-
 }  // namespace
 
 ImageSource::ImageSource(const std::string& path, std::optional<int> series) {
@@ -83,23 +78,16 @@ void ImageSource::openTiff(const std::string& path, std::optional<int> series) {
   levels_ = tiff_->levels(page);
 }
 
-std::unique_ptr<orva::Image> ImageSource::read(const PlaneIndex& plane, ColourUse colour,
-                                               int level) const {
-  if (plane.c < 0 || plane.z < 0 || plane.t < 0 || plane.c >= axes_.nc || plane.z >= axes_.nz ||
-      plane.t >= axes_.nt) {
-    throw FileError("has no plane at " + planeText(plane));
-  }
-  const int page = axes_.pageOf(plane);
-  if (page < 0) throw FileError("lacks the plane at " + planeText(plane));
+std::unique_ptr<orva::Image> ImageSource::read(int page, ColourUse colour, int level) const {
   if (level < 0 || level >= (tiff_ ? tiff_->levels(page) : 1)) {
-    throw FileError("has no level " + std::to_string(level) + " at " + planeText(plane) +
-                    "; the levels are 0 to " + std::to_string(levels_ - 1));
+    throw FileError("has no level " + std::to_string(level) + "; there are 0 to " +
+                    std::to_string(levels_ - 1));
   }
   if (raster_) return raster_->toImage(colour);
   if (image_) return std::unique_ptr<orva::Image>(image_->frame(page));
   std::unique_ptr<orva::Image> img = tiff_->read(page, level).toImage(colour);
   if (level == 0 && (img->nx() != nx_ || img->ny() != ny_)) {
-    throw FileError("its pages differ in size: the one at " + planeText(plane) + " has " +
+    throw FileError("its pages differ in size: page " + std::to_string(page) + " has " +
                     sizeText(img->nx(), img->ny()) + " pixels, the first " + sizeText(nx_, ny_));
   }
   return img;

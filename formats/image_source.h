@@ -32,10 +32,10 @@ class ImageSource {
   // The number of sizes in which the first plane is stored, the full one first.
   int levels() const { return levels_; }
 
-  // One plane at a level, and no pixels of other planes of a TIFF file. Throws FileError for a
-  // plane that is missing or damaged or of another size than the first, and for a level that the
-  // plane does not have.
-  std::unique_ptr<orva::Image> read(const PlaneIndex& plane, ColourUse colour, int level = 0) const;
+  // The plane of page `page`, a number in axes().pages, at a level, and no pixels of other pages of
+  // a TIFF file. Throws FileError for a page that is damaged or of another size than the first, and
+  // for a level that it does not have.
+  std::unique_ptr<orva::Image> read(int page, ColourUse colour, int level = 0) const;
 
  private:
   void openTiff(const std::string& path, std::optional<int> series);
