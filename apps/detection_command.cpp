@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -30,6 +31,31 @@ std::string seconds(std::chrono::steady_clock::duration time) {
   return text.data();
 }
 
+// What tells the results of one of several images apart in their names: "_t0003_z0001".
+std::string endingOf(const InputImages::Place& place) {
+  const auto part = [](char axis, std::optional<int> index) {
+    if (!index) return std::string();
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "_%c%04d", axis, *index);
+    return std::string(text.data());
+  };
+  return part('t', place.t) + part('z', place.z);
+}
+
+// The same behind the name of the file in messages and in the summary: "#t=3&z=1".
+std::string fragmentOf(const InputImages::Place& place) {
+  if (!place.t && !place.z) return "";
+  return "#" + (place.t ? "t=" + std::to_string(*place.t) : "") + (place.t && place.z ? "&" : "") +
+         (place.z ? "z=" + std::to_string(*place.z) : "");
+}
+
+fs::path withEnding(const fs::path& path, const std::string& ending) {
+  fs::path name = path.stem();
+  name += ending;
+  name += path.extension();
+  return path.parent_path() / name;
+}
+
 }  // namespace
 
 DetectionCommand::DetectionCommand(const Options& options, std::string summaryColumns)
@@ -38,10 +64,7 @@ DetectionCommand::DetectionCommand(const Options& options, std::string summaryCo
 void DetectionCommand::addImages() { options().add("image", images_, kImageFiles).required(); }
 
 void DetectionCommand::addFileOptions(const FileOptions& files) {
-  options()
-      .add("--frame", frame_, "Page of a TIFF file or plane of a stack, counted from 0; default 0")
-      .check(frameNumber())
-      .valueText("K");
+  addPlaneOptions(planes_);
   std::vector<Option> single;
   single.push_back(options().add(files.tableOption, tableFile_, files.table).valueText("FILE"));
   options().addChoice<TableFormat>("--format", format_,
@@ -92,45 +115,82 @@ std::vector<fs::path> DetectionCommand::batchFiles(const std::string& image) con
 // Whether the table of a single image goes to standard output.
 bool DetectionCommand::isPrinted() const { return !tableFile_ || isStandardStream(*tableFile_); }
 
-ImageFacts DetectionCommand::factsOf(const Input& input) const {
-  return {input.file, frame_, input.img.nx(), input.img.ny()};
+ImageFacts DetectionCommand::factsOf(const Input& input) {
+  return {input.file,     input.place.page, input.img.nx(),
+          input.img.ny(), input.place.t,    input.place.z};
 }
 
-std::unique_ptr<Image> DetectionCommand::read(const std::string& file) const {
-  return readInput(file, frame_, ColourUse::kLuminance);
+std::unique_ptr<Image> DetectionCommand::readFirst(const std::string& file) const {
+  return InputImages(file, planes_).read(0);
 }
 
-// After the results are written, over the progress line.
-void DetectionCommand::showReport(const std::string& file, const Findings& findings) const {
-  if (quiet_ || findings.report.empty()) return;
+// A line for people, over the progress line.
+void DetectionCommand::show(const std::string& file, const std::string& text) const {
+  if (quiet_ || text.empty()) return;
   const Progress line(images_.size(), quiet_);
   line.clear();
-  std::cerr << "orva: " + file + ": " + findings.report + '\n';
+  std::cerr << "orva: " + file + ": " + text + '\n';
+}
+
+DetectionCommand::Results DetectionCommand::workOn(
+    const std::string& file, const std::optional<std::string>& stem,
+    const std::optional<fs::path>& table, const std::vector<std::optional<fs::path>>& files) const {
+  auto start = std::chrono::steady_clock::now();
+  const InputImages images(file, planes_);
+  show(file, images.note());
+  Results results;
+  std::vector<std::pair<ImageFacts, std::string>> tables;
+  std::vector<FileContent> contents;
+  std::vector<std::pair<std::string, std::string>> reports;
+  for (std::size_t i = 0; i < images.count(); ++i) {
+    const std::unique_ptr<Image> img = images.read(i);
+    Input input{file, *img, i, images.placeOf(i), stem, files};
+    const std::string ending = endingOf(input.place);
+    if (input.stem) *input.stem += ending;
+    for (std::optional<fs::path>& each : input.files) {
+      if (each) each = withEnding(*each, ending);
+    }
+    const Findings findings = findIn(input);
+    tables.emplace_back(factsOf(input), findings.table);
+    contents = findings.files;
+    // Those of several images would fill the memory.
+    if (images.count() > 1) {
+      requireNoInputs(contents);
+      writeFiles(contents);
+      contents.clear();
+    }
+    const std::string name = file + fragmentOf(input.place);
+    reports.emplace_back(name, findings.report);
+    const auto now = std::chrono::steady_clock::now();
+    results.summary += csvField(name) + ',' + std::to_string(img->nx()) + ',' +
+                       std::to_string(img->ny()) + ',' + findings.summary + ',' +
+                       seconds(now - start) + '\n';
+    start = now;
+  }
+  results.table = tables.size() == 1 ? tables.front().second : joinedTables(tables, format_);
+  if (table) contents.push_back({*table, results.table});
+  writeFiles(contents);
+  for (const auto& [name, report] : reports) show(name, report);
+  return results;
+}
+
+// For files whose names the command line does not tell.
+void DetectionCommand::requireNoInputs(const std::vector<FileContent>& files) const {
+  for (const FileContent& file : files) {
+    for (const std::string& input : inputs()) {
+      if (!isStandardStream(input) && resolvedPath(input) == resolvedPath(file.path)) {
+        throw FileError("a result would replace the input " + input);
+      }
+    }
+  }
 }
 
 void DetectionCommand::workOnOne() const {
-  const std::string& file = images_.front();
-  const std::unique_ptr<Image> img = read(file);
-  Input input{file, *img, {}, {}};
-  for (const Other& other : others_) input.files.emplace_back(other.file);
-  Findings findings = findIn(input);
-  if (!isPrinted()) findings.files.push_back({*tableFile_, findings.table});
-  writeFiles(findings.files);
-  if (isPrinted()) print(findings.table, "the table");
-  showReport(file, findings);
-}
-
-std::string DetectionCommand::workInBatch(const std::string& file) const {
-  const auto start = std::chrono::steady_clock::now();
-  const std::vector<fs::path> results = batchFiles(file);
-  const std::unique_ptr<Image> img = read(file);
-  Findings findings = findIn({file, *img, stemOf(file), {results.begin() + 1, results.end()}});
-  findings.files.insert(findings.files.begin(), {results.front(), findings.table});
-  writeFiles(findings.files);
-  showReport(file, findings);
-  const auto time = std::chrono::steady_clock::now() - start;
-  return csvField(file) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) + ',' +
-         findings.summary + ',' + seconds(time) + '\n';
+  std::vector<std::optional<fs::path>> files;
+  for (const Other& other : others_) files.emplace_back(other.file);
+  const auto table = isPrinted() ? std::nullopt : std::optional<fs::path>(*tableFile_);
+  const Results results = workOn(images_.front(), {}, table, files);
+  if (isPrinted()) print(results.table, "the table");
 }
 
 int DetectionCommand::workOnAll() {
@@ -147,7 +207,11 @@ int DetectionCommand::workOnAll() {
     progress.show(i, file);
     try {
       // The library ends the process when memory runs out; the other images are to be done still.
-      summary += inChildProcess([&] { return workInBatch(file); });
+      summary += inChildProcess([&] {
+        const std::vector<fs::path> results = batchFiles(file);
+        return workOn(file, stemOf(file), results.front(), {results.begin() + 1, results.end()})
+            .summary;
+      });
     } catch (const std::exception& error) {
       progress.clear();
       reportFailure(file, error);

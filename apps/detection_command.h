@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/input_file.h"
 #include "apps/subcommand.h"
 #include "formats/output_file.h"
 #include "formats/result_table.h"
@@ -21,11 +22,14 @@ class DetectionCommand : public Subcommand {
   int run() override;
 
  protected:
-  // An image to work on.
+  // An image to work on: one of those that the options choose of a file.
   struct Input {
     std::string file;
     const Image& img;
-    std::optional<std::string> stem;  // of the results' names; none for a single image
+    std::size_t index;  // of the image
+    InputImages::Place place;
+    // Of the names of results that have no option of their own; none for a single image.
+    std::optional<std::string> stem;
     // Where the further results go, in their order; none for those that are not asked for.
     std::vector<std::optional<std::filesystem::path>> files;
   };
@@ -78,24 +82,34 @@ class DetectionCommand : public Subcommand {
   TableFormat format() const { return format_; }
   bool isQuiet() const { return quiet_; }
   bool isBatch() const { return outDirectory_.has_value(); }
-  ImageFacts factsOf(const Input& input) const;
-  std::unique_ptr<Image> read(const std::string& file) const;
+  const PlaneOptions& planes() const { return planes_; }
+  static ImageFacts factsOf(const Input& input);
+  // The first of the images of a file that the options choose.
+  std::unique_ptr<Image> readFirst(const std::string& file) const;
 
  private:
   void checkFiles() const;
-  void showReport(const std::string& file, const Findings& findings) const;
+  void show(const std::string& file, const std::string& text) const;
   bool isPrinted() const;
   void workOnOne() const;
   int workOnAll();
-  // Writes the results of one image of several and returns its row of the summary.
-  std::string workInBatch(const std::string& file) const;
+  void requireNoInputs(const std::vector<FileContent>& files) const;
+  // The results of all images of a file, written; returns their rows of the summary. The table
+  // is returned where it has no file.
+  struct Results {
+    std::string table;
+    std::string summary;
+  };
+  Results workOn(const std::string& file, const std::optional<std::string>& stem,
+                 const std::optional<std::filesystem::path>& table,
+                 const std::vector<std::optional<std::filesystem::path>>& files) const;
   // The files that the results of an image go to in a directory, the table's first.
   std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
   const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }
 
   std::string summaryColumns_;
   std::vector<std::string> images_;
-  int frame_ = 0;
+  PlaneOptions planes_;
   std::optional<std::string> tableFile_;
   TableFormat format_ = TableFormat::kCsv;
   struct Other {

@@ -81,6 +81,31 @@ void InputFile::copyStandardInput() {
   }
 }
 
+InputImages::InputImages(const std::string& name, const PlaneOptions& options)
+    : file_(name), frame_(options.frame), level_(options.level) {
+  if (frame_) {
+    selection_.images.emplace_back();
+    return;
+  }
+  source_.emplace(file_.path(), options.series);
+  selection_ = formats::selectPlanes(source_->axes(), options.chosen());
+}
+
+InputImages::Place InputImages::placeOf(std::size_t i) const {
+  if (frame_) return {{}, {}, *frame_};
+  const formats::PlanarImage& image = selection_.images[i];
+  return {selection_.variesInT ? std::optional(image.t) : std::nullopt,
+          selection_.variesInZ ? image.z : std::nullopt,
+          selection_.axes.pageOf({image.c, image.z.value_or(0), image.t})};
+}
+
+std::unique_ptr<orva::Image> InputImages::read(std::size_t i) const {
+  if (frame_) {
+    return formats::readImageFile(file_.path(), *frame_, formats::ColourUse::kLuminance);
+  }
+  return formats::readPlanar(*source_, selection_.axes, selection_.images[i], level_);
+}
+
 std::unique_ptr<orva::Image> readInput(const std::string& name, std::optional<int> frame,
                                        formats::ColourUse colour) {
   return formats::readImageFile(InputFile(name).path(), frame, colour);

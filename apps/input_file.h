@@ -2,10 +2,13 @@
 #ifndef ORVA_APPS_INPUT_FILE_H
 #define ORVA_APPS_INPUT_FILE_H
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "apps/subcommand.h"
+#include "formats/image_source.h"
 #include "formats/raster.h"
 #include "formats/temporary.h"
 #include "orva/image/image.h"
@@ -44,6 +47,33 @@ class InputFile {
 // As readImageFile(), from a file by its name on the command line.
 std::unique_ptr<orva::Image> readInput(const std::string& name, std::optional<int> frame,
                                        formats::ColourUse colour);
+
+// The images that a command works on, of a file by its name on the command line.
+class InputImages {
+ public:
+  // Reads no pixels of a TIFF file. Throws FileError as ImageSource and selectPlanes().
+  InputImages(const std::string& name, const PlaneOptions& options);
+
+  std::size_t count() const { return selection_.images.size(); }
+  // What was chosen without being asked for, or "".
+  const std::string& note() const { return selection_.note; }
+
+  // Where an image is in the file; `t` and `z` for one of several only.
+  struct Place {
+    std::optional<int> t;
+    std::optional<int> z;
+    int page;  // of the file; the first of a projection
+  };
+  Place placeOf(std::size_t i) const;
+  std::unique_ptr<orva::Image> read(std::size_t i) const;
+
+ private:
+  InputFile file_;
+  std::optional<formats::ImageSource> source_;
+  formats::PlaneSelection selection_;
+  std::optional<int> frame_;
+  int level_;
+};
 
 }  // namespace orva::apps
 

@@ -113,7 +113,7 @@ void ObjectCommand::prepare() {
     progress.show(i, images()[i] + " (estimate)");
     try {
       estimates.push_back(estimateIn(inChildProcess(
-          [&] { return textOf(detect::findObjects(*read(images()[i]), settings_).used); })));
+          [&] { return textOf(detect::findObjects(*readFirst(images()[i]), settings_).used); })));
     } catch (const std::exception&) {
       // Reported when the image's turn comes.
     }

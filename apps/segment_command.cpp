@@ -55,12 +55,12 @@ void SegmentCommand::addRegionOptions() {
                     "Leave out objects that touch the border of the image");
   options()
       .add("--measure", measured_,
-           "Measure the intensities in IMAGE, another channel of the same size")
+           "Measure the intensities in IMAGE, another image of the same size")
       .valueText("IMAGE");
   options()
-      .add("--measure-frame", measuredFrame_, "Its page or plane; default 0")
-      .check(frameNumber())
-      .valueText("K");
+      .add("--measure-channel", measuredChannel_,
+           "Measure the intensities in this channel, of IMAGE or of the image itself")
+      .valueText("K|NAME");
 }
 
 void SegmentCommand::check() {
@@ -82,29 +82,36 @@ std::vector<std::string> SegmentCommand::inputs() const {
   return files;
 }
 
-std::unique_ptr<Image> SegmentCommand::otherImage(const Image& img) const {
-  if (!measured_) return nullptr;
-  const auto prefixed = [this](const std::string& text) {
-    return "cannot be measured in " + *measured_ + ": " + text;
+std::unique_ptr<Image> SegmentCommand::otherImage(const Input& input) const {
+  if (!measured_ && !measuredChannel_) return nullptr;
+  const std::string file = measured_.value_or(input.file);
+  const auto prefixed = [&](const std::string& text) {
+    return "cannot be measured in " + file + ": " + text;
   };
+  PlaneOptions options = planes();
+  if (measured_) options.frame.reset();
+  options.channel = measuredChannel_;
   std::unique_ptr<Image> other;
   try {
-    other = readInput(*measured_, measuredFrame_, ColourUse::kLuminance);
+    const InputImages images(file, options);
+    if (input.index < images.count()) other = images.read(input.index);
   } catch (const FileError& error) {
     throw FileError(prefixed(std::string("this ") + error.what()));
   }
-  if (other->nx() != img.nx() || other->ny() != img.ny()) {
+  if (!other) throw FileError(prefixed("this has fewer times or slices"));
+  if (other->nx() != input.img.nx() || other->ny() != input.img.ny()) {
     const auto sizeOf = [](const Image& i) {
       return std::to_string(i.nx()) + " x " + std::to_string(i.ny());
     };
-    throw FileError(prefixed("one has " + sizeOf(img) + " pixels, the other " + sizeOf(*other)));
+    throw FileError(
+        prefixed("one has " + sizeOf(input.img) + " pixels, the other " + sizeOf(*other)));
   }
   return other;
 }
 
 DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   const Image& img = input.img;
-  const std::unique_ptr<Image> other = otherImage(img);
+  const std::unique_ptr<Image> other = otherImage(input);
   const detect::FindResult found = detect::findObjects(img, settings());
   detect::SegmentSettings regionSettings = regionSettings_;
   regionSettings.polarity = found.used.polarity;

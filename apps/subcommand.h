@@ -9,12 +9,23 @@
 #include <vector>
 
 #include "apps/command_line.h"
-
-namespace orva::formats {}
+#include "formats/plane_choice.h"
 
 namespace orva::apps {
 
 using namespace formats;  // every subcommand reads and writes files
+
+// Which planes of a file a command works on.
+struct PlaneOptions {
+  std::optional<int> frame;  // a page or plane by its number, instead of the others
+  std::optional<std::string> channel;
+  std::optional<std::string> z;
+  std::optional<std::string> t;
+  std::optional<int> series;
+  int level = 0;
+
+  PlaneChoice chosen() const;
+};
 
 class Subcommand {
  public:
@@ -34,6 +45,10 @@ class Subcommand {
 
   // Adds --frame, for a command that otherwise takes all frames.
   void addFrameOption(std::optional<int>& frame);
+
+  // Adds --channel, --z, --time, --series and --level, for a command that takes one image at a
+  // time, and --frame instead of them.
+  void addPlaneOptions(PlaneOptions& planes);
 
  private:
   Options options_;

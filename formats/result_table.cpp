@@ -44,8 +44,13 @@ double asRoundedJson(float v) { return parsed(rounded(v)); }
 
 std::string documentOf(const ImageFacts& facts, const Json& settings, const char* what,
                        const Json& found) {
-  const Json document{{"image", facts.file},    {"frame", facts.frame}, {"width", facts.width},
-                      {"height", facts.height}, {"settings", settings}, {what, found}};
+  Json document{{"image", facts.file}, {"frame", facts.frame}};
+  if (facts.t) document["t"] = *facts.t;
+  if (facts.z) document["z"] = *facts.z;
+  document["width"] = facts.width;
+  document["height"] = facts.height;
+  document["settings"] = settings;
+  document[what] = found;
   return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
@@ -71,6 +76,30 @@ Json asNumber(double v) {
 }
 
 }  // namespace
+
+std::string joinedTables(const std::vector<std::pair<ImageFacts, std::string>>& tables,
+                         TableFormat format) {
+  std::string text = format == TableFormat::kJson ? "[\n" : "";
+  for (const auto& [facts, table] : tables) {
+    const bool isFirst = &facts == &tables.front().first;
+    if (format == TableFormat::kJson) {
+      text += (isFirst ? "" : ",\n") + table.substr(0, table.size() - 1);  // without the newline
+      continue;
+    }
+    const auto columns = [&f = facts](const std::string& t, const std::string& z) {
+      return (f.t ? ',' + t : "") + (f.z ? ',' + z : "") + '\n';
+    };
+    const std::string header = columns("t", "z");
+    const std::string place =
+        columns(std::to_string(facts.t.value_or(0)), std::to_string(facts.z.value_or(0)));
+    for (std::size_t at = 0; at < table.size();) {
+      const std::size_t end = table.find('\n', at);
+      if (at > 0 || isFirst) text += table.substr(at, end - at) + (at == 0 ? header : place);
+      at = end + 1;
+    }
+  }
+  return format == TableFormat::kJson ? text + "\n]\n" : text;
+}
 
 const char* nameOf(detect::Polarity polarity) {
   return polarity == detect::Polarity::Bright ? "bright" : "dark";

@@ -2,7 +2,9 @@
 #ifndef ORVA_FORMATS_RESULT_TABLE_H
 #define ORVA_FORMATS_RESULT_TABLE_H
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "formats/vote.h"
@@ -23,10 +25,18 @@ std::string objectsAsCsv(const std::vector<detect::Object>& objects);
 // The image that a JSON document describes.
 struct ImageFacts {
   std::string file;
-  int frame;
+  int frame;  // page of the file, the first of a projection
   int width;
   int height;
+  // For one of several images of the file.
+  std::optional<int> t{};
+  std::optional<int> z{};
 };
+
+// Tables of several images of a file in one format as one: CSV tables with the columns t and z as
+// far as the images have them, JSON documents in an array.
+std::string joinedTables(const std::vector<std::pair<ImageFacts, std::string>>& tables,
+                         TableFormat format);
 
 std::string centersAsJson(const ImageFacts& facts, const VoteSettings& settings,
                           const VoteResult& result);
