@@ -277,7 +277,7 @@ TEST(SegmentCommand, IntensitiesAreThoseOfTheOtherImage) {
     }
   };
   expectLevel({"--measure", "other.pgm"}, 77);
-  expectLevel({"--measure", "stack.tif", "--measure-frame", "1"}, 33);
+  expectLevel({"--measure", "stack.tif", "--measure-channel", "1"}, 33);
 }
 
 TEST(SegmentCommand, AnOtherImageThatDoesNotFitFails) {
@@ -368,7 +368,7 @@ TEST(SegmentCommand, HelpNamesEveryOption) {
   EXPECT_TRUE(succeeded(outcome));
   for (const std::string option :
        {"--radius", "--polarity", "--min-score", "--same-settings", "--min-area", "--max-area",
-        "--exclude-border", "--measure", "--measure-frame", "--frame", "--table", "--format",
+        "--exclude-border", "--measure", "--measure-channel", "--frame", "--table", "--format",
         "--labels", "--outlines", "--out", "--quiet"}) {
     EXPECT_NE(outcome.out.find("\n  " + option + ' '), std::string::npos) << option;
   }
