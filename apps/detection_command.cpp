@@ -31,31 +31,6 @@ std::string seconds(std::chrono::steady_clock::duration time) {
   return text.data();
 }
 
-// What tells the results of one of several images apart in their names: "_t0003_z0001".
-std::string endingOf(const InputImages::Place& place) {
-  const auto part = [](char axis, std::optional<int> index) {
-    if (!index) return std::string();
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "_%c%04d", axis, *index);
-    return std::string(text.data());
-  };
-  return part('t', place.t) + part('z', place.z);
-}
-
-// The same behind the name of the file in messages and in the summary: "#t=3&z=1".
-std::string fragmentOf(const InputImages::Place& place) {
-  if (!place.t && !place.z) return "";
-  return "#" + (place.t ? "t=" + std::to_string(*place.t) : "") + (place.t && place.z ? "&" : "") +
-         (place.z ? "z=" + std::to_string(*place.z) : "");
-}
-
-fs::path withEnding(const fs::path& path, const std::string& ending) {
-  fs::path name = path.stem();
-  name += ending;
-  name += path.extension();
-  return path.parent_path() / name;
-}
-
 }  // namespace
 
 DetectionCommand::DetectionCommand(const Options& options, std::string summaryColumns)
@@ -64,7 +39,7 @@ DetectionCommand::DetectionCommand(const Options& options, std::string summaryCo
 void DetectionCommand::addImages() { options().add("image", images_, kImageFiles).required(); }
 
 void DetectionCommand::addFileOptions(const FileOptions& files) {
-  addPlaneOptions(planes_);
+  addPlaneOptions(planes_, kSlicesByThemselves);
   std::vector<Option> single;
   single.push_back(options().add(files.tableOption, tableFile_, files.table).valueText("FILE"));
   options().addChoice<TableFormat>("--format", format_,

@@ -3,6 +3,7 @@
 #define ORVA_APPS_INPUT_FILE_H
 
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,8 +52,13 @@ std::unique_ptr<orva::Image> readInput(const std::string& name, std::optional<in
 // The images that a command works on, of a file by its name on the command line.
 class InputImages {
  public:
+  // What slices become without a choice: their maximum, or a volume, which pages of unknown meaning
+  // are taken for, too.
+  enum class Slices { kProjected, kVolume };
+
   // Reads no pixels of a TIFF file. Throws FileError as ImageSource and selectPlanes().
-  InputImages(const std::string& name, const PlaneOptions& options);
+  InputImages(const std::string& name, const PlaneOptions& options,
+              Slices slices = Slices::kProjected);
 
   std::size_t count() const { return selection_.images.size(); }
   // What was chosen without being asked for, or "".
@@ -73,7 +79,16 @@ class InputImages {
   formats::PlaneSelection selection_;
   std::optional<int> frame_;
   int level_;
+  bool isVolume_ = false;
 };
+
+// What tells the results of one of several images apart: in their names "_t0003_z0001", behind the
+// name of the file "#t=3&z=1".
+std::string endingOf(const InputImages::Place& place);
+std::string fragmentOf(const InputImages::Place& place);
+
+// The path with the ending before the extension.
+std::filesystem::path withEnding(const std::filesystem::path& path, const std::string& ending);
 
 }  // namespace orva::apps
 

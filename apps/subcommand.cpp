@@ -23,7 +23,7 @@ void Subcommand::addFrameOption(std::optional<int>& frame) {
       .valueText("K");
 }
 
-void Subcommand::addPlaneOptions(PlaneOptions& planes) {
+void Subcommand::addPlaneOptions(PlaneOptions& planes, const std::string& zHelp) {
   const Check number = frameNumber();
   const auto numberOr = [number](std::vector<std::string> words) -> Check {
     return [number, words = std::move(words)](const std::string& text) {
@@ -44,10 +44,7 @@ void Subcommand::addPlaneOptions(PlaneOptions& planes) {
            "Channel, by its number, counted from 0, or its name; needed if there are several")
       .excludes(frame)
       .valueText("K|NAME");
-  options_
-      .add("--z", planes.z,
-           "Slice, counted from 0, or all slices: their maximum, their mean, or each by itself; "
-           "default max")
+  options_.add("--z", planes.z, zHelp)
       .check(numberOr({"max", "mean", "all"}))
       .excludes(frame)
       .valueText("K|max|mean|all");

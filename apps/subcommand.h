@@ -27,6 +27,11 @@ struct PlaneOptions {
   PlaneChoice chosen() const;
 };
 
+inline constexpr const char* kSlicesByThemselves =
+    "Slice, counted from 0, or all: their maximum, their mean, or each by itself; default max";
+inline constexpr const char* kSlicesAsVolume =
+    "Slice, counted from 0, or the maximum or the mean of all, or all as a volume; default all";
+
 class Subcommand {
  public:
   Subcommand(const Subcommand&) = delete;
@@ -47,8 +52,8 @@ class Subcommand {
   void addFrameOption(std::optional<int>& frame);
 
   // Adds --channel, --z, --time, --series and --level, for a command that takes one image at a
-  // time, and --frame instead of them.
-  void addPlaneOptions(PlaneOptions& planes);
+  // time, and --frame instead of them. `zHelp` describes --z.
+  void addPlaneOptions(PlaneOptions& planes, const std::string& zHelp);
 
  private:
   Options options_;

@@ -87,8 +87,7 @@ std::unique_ptr<orva::Image> ImageSource::read(int page, ColourUse colour, int l
   if (image_) return std::unique_ptr<orva::Image>(image_->frame(page));
   std::unique_ptr<orva::Image> img = tiff_->read(page, level).toImage(colour);
   if (level == 0 && (img->nx() != nx_ || img->ny() != ny_)) {
-    throw FileError("its pages differ in size: page " + std::to_string(page) + " has " +
-                    sizeText(img->nx(), img->ny()) + " pixels, the first " + sizeText(nx_, ny_));
+    throw FileError("its pages differ in size or pixel type; choose one with --frame");
   }
   return img;
 }

@@ -97,6 +97,16 @@ bool withType(orva::Image& a, const orva::Image& b, Use use) {
   }
 }
 
+std::unique_ptr<orva::Image> readSlice(const ImageSource& source, const ImageAxes& axes,
+                                       const PlanarImage& image, int z, int level) {
+  const int page = axes.pageOf({image.c, z, image.t});
+  if (page < 0) {
+    throw FileError("lacks the plane of channel " + std::to_string(image.c) + ", slice " +
+                    std::to_string(z) + " and time " + std::to_string(image.t));
+  }
+  return source.read(page, ColourUse::kLuminance, level);
+}
+
 }  // namespace
 
 PlaneSelection selectPlanes(const ImageAxes& stated, const PlaneChoice& choice) {
@@ -134,14 +144,7 @@ PlaneSelection selectPlanes(const ImageAxes& stated, const PlaneChoice& choice) 
 
 std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAxes& axes,
                                         const PlanarImage& image, int level) {
-  const auto read = [&](int z) {
-    const int page = axes.pageOf({image.c, z, image.t});
-    if (page < 0) {
-      throw FileError("lacks the plane of channel " + std::to_string(image.c) + ", slice " +
-                      std::to_string(z) + " and time " + std::to_string(image.t));
-    }
-    return source.read(page, ColourUse::kLuminance, level);
-  };
+  const auto read = [&](int z) { return readSlice(source, axes, image, z, level); };
   if (image.z) return read(*image.z);
   std::unique_ptr<orva::Image> result = read(0);
   const int nz = axes.nz;
@@ -164,6 +167,13 @@ std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAx
   std::transform(mean->begin(), mean->end(), average->pixels(),
                  [nz](double sum) { return static_cast<float>(sum / nz); });
   return average;
+}
+
+std::unique_ptr<orva::Image> readVolume(const ImageSource& source, const ImageAxes& axes,
+                                        const PlanarImage& image, int level) {
+  PlaneStack slices;
+  for (int z = 0; z < axes.nz; ++z) slices.add(readSlice(source, axes, image, z, level));
+  return slices.take();
 }
 
 }  // namespace orva::formats

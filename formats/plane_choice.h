@@ -61,6 +61,11 @@ PlaneSelection selectPlanes(const ImageAxes& axes, const PlaneChoice& choice);
 std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAxes& axes,
                                         const PlanarImage& image, int level = 0);
 
+// All slices of the image's channel and time as planes in z, of any pixel type. Throws FileError as
+// readPlanar(), and for slices of different types and too many pixels.
+std::unique_ptr<orva::Image> readVolume(const ImageSource& source, const ImageAxes& axes,
+                                        const PlanarImage& image, int level = 0);
+
 }  // namespace orva::formats
 
 #endif
