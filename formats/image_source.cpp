@@ -2,7 +2,7 @@
 
 #include <array>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "formats/file_error.h"
 #include "formats/ome_xml.h"
@@ -14,6 +14,13 @@ namespace {
 std::string sizeText(int nx, int ny) { return std::to_string(nx) + " x " + std::to_string(ny); }
 
 }  // namespace
+
+std::vector<std::string> ImageSource::imagesOf(const std::string& path) {
+  if (kindOf(path) != FileKind::kTiff) return {""};
+  const TiffFile file(path);
+  return isOmeXml(file.description()) ? omeImages(file.description())
+                                      : std::vector<std::string>{""};
+}
 
 ImageSource::ImageSource(const std::string& path, std::optional<int> series) {
   const FileKind kind = kindOf(path);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "formats/image_axes.h"
 #include "formats/image_file.h"
@@ -17,6 +18,10 @@ class TiffFile;
 
 class ImageSource {
  public:
+  // The names of the images of a file, "" for one without: several only of an OME-TIFF file. Throws
+  // FileError as the constructor.
+  static std::vector<std::string> imagesOf(const std::string& path);
+
   // Opens a file of any kind that is read. Of an OME-TIFF file of several images, `series` is the
   // number of the one to read; other files have one image, 0. Throws FileError as readImageFile(),
   // and for a description that does not fit the file.

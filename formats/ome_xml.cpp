@@ -235,6 +235,25 @@ xml_node imageOf(const xml_node& ome, std::optional<int> series) {
   return images[chosen];
 }
 
+// A parsed text.
+class Document {
+ public:
+  explicit Document(std::string_view xml) {
+    if (xml.size() > kMaxText) fail("it is too long");
+    const pugi::xml_parse_result parsed = document_.load_buffer(
+        xml.data(), xml.size(), pugi::parse_minimal | pugi::parse_escapes, pugi::encoding_utf8);
+    if (!parsed) {
+      fail(std::string(parsed.description()) + " at byte " + std::to_string(parsed.offset));
+    }
+    if (childrenOf(document_, "OME").size() != 1) fail("it has no OME element");
+  }
+
+  xml_node ome() const { return childrenOf(document_, "OME").front(); }
+
+ private:
+  pugi::xml_document document_;
+};
+
 }  // namespace
 
 bool isOmeXml(std::string_view description) {
@@ -246,17 +265,18 @@ bool isOmeXml(std::string_view description) {
              : false;
 }
 
-ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFacts& facts) {
-  if (xml.size() > kMaxText) fail("it is too long");
-  pugi::xml_document document;
-  const pugi::xml_parse_result parsed = document.load_buffer(
-      xml.data(), xml.size(), pugi::parse_minimal | pugi::parse_escapes, pugi::encoding_utf8);
-  if (!parsed) {
-    fail(std::string(parsed.description()) + " at byte " + std::to_string(parsed.offset));
+std::vector<std::string> omeImages(std::string_view xml) {
+  const Document document(xml);
+  std::vector<std::string> names;
+  for (const xml_node& image : childrenOf(document.ome(), "Image")) {
+    names.emplace_back(image.attribute("Name").value());
   }
-  const std::vector<xml_node> roots = childrenOf(document, "OME");
-  if (roots.size() != 1) fail("it has no OME element");
-  const xml_node& ome = roots.front();
+  return names;
+}
+
+ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFacts& facts) {
+  const Document document(xml);
+  const xml_node ome = document.ome();
   requireOneFile(ome, {});
   const std::vector<xml_node> pixelsOfImage = childrenOf(imageOf(ome, series), "Pixels");
   if (pixelsOfImage.size() != 1) fail("its image has no Pixels");

@@ -3,7 +3,9 @@
 #define ORVA_FORMATS_OME_XML_H
 
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "formats/image_axes.h"
 
@@ -11,6 +13,10 @@ namespace orva::formats {
 
 // Whether the description of a TIFF file's first page is OME-XML.
 bool isOmeXml(std::string_view description);
+
+// The names of the images that the OME-XML of a file describes, in their order; "" for one without.
+// Throws FileError for text that is not well-formed or too long.
+std::vector<std::string> omeImages(std::string_view xml);
 
 // The axes that the OME-XML of a file gives for its image `series`, counted from 0. Entities beyond
 // the predefined ones are not expanded, and nothing outside the text is read.
