@@ -16,13 +16,6 @@ namespace orva::apps {
 
 namespace fs = std::filesystem;
 
-void Subcommand::addFrameOption(std::optional<int>& frame) {
-  options_
-      .add("--frame", frame, "Page of a TIFF file or plane of a stack, counted from 0; default all")
-      .check(frameNumber())
-      .valueText("K");
-}
-
 void Subcommand::addPlaneOptions(PlaneOptions& planes, const std::string& zHelp) {
   const Check number = frameNumber();
   const auto numberOr = [number](std::vector<std::string> words) -> Check {

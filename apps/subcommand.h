@@ -32,6 +32,9 @@ inline constexpr const char* kSlicesByThemselves =
 inline constexpr const char* kSlicesAsVolume =
     "Slice, counted from 0, or the maximum or the mean of all, or all as a volume; default all";
 
+inline constexpr const char* kSlicesKept =
+    "Slice, counted from 0, or the maximum or the mean of all, or all of them; default all";
+
 class Subcommand {
  public:
   Subcommand(const Subcommand&) = delete;
@@ -47,9 +50,6 @@ class Subcommand {
   explicit Subcommand(const Options& options) : options_(options) {}
 
   Options& options() { return options_; }
-
-  // Adds --frame, for a command that otherwise takes all frames.
-  void addFrameOption(std::optional<int>& frame);
 
   // Adds --channel, --z, --time, --series and --level, for a command that takes one image at a
   // time, and --frame instead of them. `zHelp` describes --z.

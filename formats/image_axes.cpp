@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "formats/length_unit.h"
+#include "formats/text.h"
 
 namespace orva::formats {
 namespace {
@@ -88,6 +89,18 @@ ImageAxes imageJAxes(std::string_view description, const PageFacts& facts) {
                       micrometres(spacing, unit)};
   }
   return axes;
+}
+
+std::string imageJDescription(const ImageAxes& axes) {
+  std::string text = "ImageJ=1.53t\nimages=" + std::to_string(axes.nc * axes.nz * axes.nt) + '\n';
+  if (axes.nc > 1) text += "channels=" + std::to_string(axes.nc) + '\n';
+  if (axes.nz > 1) text += "slices=" + std::to_string(axes.nz) + '\n';
+  if (axes.nt > 1) text += "frames=" + std::to_string(axes.nt) + '\n';
+  if ((axes.nc > 1) + (axes.nz > 1) + (axes.nt > 1) > 1) text += "hyperstack=true\n";
+  if (axes.nc > 1) text += "mode=grayscale\n";
+  if (axes.pixelSize.x && axes.pixelSize.y) text += "unit=micron\n";
+  if (axes.pixelSize.z) text += "spacing=" + shortestDecimal(*axes.pixelSize.z) + '\n';
+  return text + "loop=false\n";
 }
 
 }  // namespace orva::formats

@@ -78,6 +78,11 @@ ImageAxes axesOfPages(const PageFacts& facts);
 bool isImageJDescription(std::string_view description);
 ImageAxes imageJAxes(std::string_view description, const PageFacts& facts);
 
+// The description that ImageJ reads, of a file whose pages are the planes of `axes` with channels
+// varying fastest, then slices; its resolution tags are pixels per micrometre. It has no place for
+// the names of channels.
+std::string imageJDescription(const ImageAxes& axes);
+
 }  // namespace orva::formats
 
 #endif

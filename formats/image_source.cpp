@@ -1,5 +1,6 @@
 #include "formats/image_source.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -66,13 +67,10 @@ void ImageSource::openTiff(const std::string& path, std::optional<int> series) {
     description_ = isImageJ ? "ImageJ" : "";
     axes_ = isImageJ ? imageJAxes(text, facts) : axesOfPages(facts);
   }
-  // The first page that the image has.
-  int page = 0;
-  for (const int each : axes_.pages) {
-    if (each < 0) continue;
-    page = each;
-    break;
-  }
+  const auto found =
+      std::find_if(axes_.pages.begin(), axes_.pages.end(), [](int each) { return each >= 0; });
+  const int page = found == axes_.pages.end() ? 0 : *found;
+  firstPage_ = page;
   const TiffFile::PageSize size = tiff_->sizeOf(page);
   nx_ = size.width;
   ny_ = size.height;
@@ -97,6 +95,21 @@ std::unique_ptr<orva::Image> ImageSource::read(int page, ColourUse colour, int l
     throw FileError("its pages differ in size or pixel type; choose one with --frame");
   }
   return img;
+}
+
+std::unique_ptr<Raster> ImageSource::readRaster(int page, int level) const {
+  if (tiff_) return std::make_unique<Raster>(tiff_->read(page, level));
+  return raster_ ? std::make_unique<Raster>(raster_->copy()) : nullptr;
+}
+
+bool ImageSource::isUnsigned16() const {
+  if (tiff_) return tiff_->isUnsigned16(firstPage_);
+  return raster_ && raster_->type() == SampleType::kUint16;
+}
+
+bool ImageSource::isColour16() const {
+  if (tiff_) return isUnsigned16() && tiff_->sizeOf(firstPage_).samples >= 3;
+  return isUnsigned16() && raster_->isColour();
 }
 
 }  // namespace orva::formats

@@ -42,6 +42,14 @@ class ImageSource {
   // for a level that it does not have.
   std::unique_ptr<orva::Image> read(int page, ColourUse colour, int level = 0) const;
 
+  // The samples of a page of a file that holds them in rasters (TIFF, PNG, PPM), else null.
+  std::unique_ptr<Raster> readRaster(int page, int level = 0) const;
+
+  // Whether the first page holds unsigned 16-bit samples.
+  bool isUnsigned16() const;
+  // The same in colour.
+  bool isColour16() const;
+
  private:
   void openTiff(const std::string& path, std::optional<int> series);
 
@@ -50,6 +58,7 @@ class ImageSource {
   int nx_ = 0;
   int ny_ = 0;
   int levels_ = 1;
+  int firstPage_ = 0;  // that the image has
   // One of these, by the kind of the file.
   std::unique_ptr<TiffFile> tiff_;
   std::unique_ptr<Raster> raster_;

@@ -8,12 +8,14 @@
 #include <limits>
 #include <pugixml.hpp>
 #include <set>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "formats/file_error.h"
 #include "formats/length_unit.h"
+#include "formats/text.h"
 
 namespace orva::formats {
 namespace {
@@ -301,6 +303,53 @@ ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFac
   axes.pages = pagesOf(pixels, sizes, parts, facts);
   axes.statedSize = {width, height};
   return axes;
+}
+
+std::string omeXml(const ImageAxes& axes, int nx, int ny, const char* type, int samples) {
+  pugi::xml_document document;
+  pugi::xml_node declaration = document.append_child(pugi::node_declaration);
+  declaration.append_attribute("version") = "1.0";
+  declaration.append_attribute("encoding") = "UTF-8";
+  pugi::xml_node ome = document.append_child("OME");
+  const std::string schema = "http://www.openmicroscopy.org/Schemas/OME/2016-06";
+  ome.append_attribute("xmlns") = schema.c_str();
+  ome.append_attribute("xmlns:xsi") = "http://www.w3.org/2001/XMLSchema-instance";
+  ome.append_attribute("xsi:schemaLocation") = (schema + ' ' + schema + "/ome.xsd").c_str();
+  pugi::xml_node image = ome.append_child("Image");
+  image.append_attribute("ID") = "Image:0";
+  pugi::xml_node pixels = image.append_child("Pixels");
+  pixels.append_attribute("ID") = "Pixels:0";
+  pixels.append_attribute("DimensionOrder") = "XYCZT";
+  pixels.append_attribute("Type") = type;
+  pixels.append_attribute("SizeX") = nx;
+  pixels.append_attribute("SizeY") = ny;
+  pixels.append_attribute("SizeC") = axes.nc * samples;
+  pixels.append_attribute("SizeZ") = axes.nz;
+  pixels.append_attribute("SizeT") = axes.nt;
+  const auto addSize = [&](const std::string& axis, const std::optional<double>& size) {
+    if (!size) return;
+    const std::string name = "PhysicalSize" + axis;
+    pixels.append_attribute(name.c_str()) = shortestDecimal(*size).c_str();
+    pixels.append_attribute((name + "Unit").c_str()) = "\u00b5m";
+  };
+  addSize("X", axes.pixelSize.x);
+  addSize("Y", axes.pixelSize.y);
+  addSize("Z", axes.pixelSize.z);
+  for (int c = 0; c < axes.nc; ++c) {
+    pugi::xml_node channel = pixels.append_child("Channel");
+    channel.append_attribute("ID") = ("Channel:0:" + std::to_string(c)).c_str();
+    const auto i = static_cast<std::size_t>(c);
+    if (i < axes.channelNames.size() && !axes.channelNames[i].empty()) {
+      channel.append_attribute("Name") = axes.channelNames[i].c_str();
+    }
+    channel.append_attribute("SamplesPerPixel") = samples;
+  }
+  pugi::xml_node data = pixels.append_child("TiffData");
+  data.append_attribute("IFD") = 0;
+  data.append_attribute("PlaneCount") = axes.nc * axes.nz * axes.nt;
+  std::ostringstream text;
+  document.save(text, "", pugi::format_raw, pugi::encoding_utf8);
+  return std::move(text).str();
 }
 
 }  // namespace orva::formats

@@ -26,6 +26,10 @@ std::vector<std::string> omeImages(std::string_view xml);
 // are several images, with a list of them.
 ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFacts& facts);
 
+// The OME-XML of a file whose pages are the planes of `axes` with channels varying fastest, then
+// slices. `type` is OME's name of the pixel type; a page has `samples` samples per pixel.
+std::string omeXml(const ImageAxes& axes, int nx, int ny, const char* type, int samples);
+
 }  // namespace orva::formats
 
 #endif

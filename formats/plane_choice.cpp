@@ -1,6 +1,7 @@
 #include "formats/plane_choice.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <utility>
@@ -98,13 +99,14 @@ bool withType(orva::Image& a, const orva::Image& b, Use use) {
 }
 
 std::unique_ptr<orva::Image> readSlice(const ImageSource& source, const ImageAxes& axes,
-                                       const PlanarImage& image, int z, int level) {
+                                       const PlanarImage& image, int z, int level,
+                                       ColourUse colour = ColourUse::kLuminance) {
   const int page = axes.pageOf({image.c, z, image.t});
   if (page < 0) {
     throw FileError("lacks the plane of channel " + std::to_string(image.c) + ", slice " +
                     std::to_string(z) + " and time " + std::to_string(image.t));
   }
-  return source.read(page, ColourUse::kLuminance, level);
+  return source.read(page, colour, level);
 }
 
 }  // namespace
@@ -142,10 +144,45 @@ PlaneSelection selectPlanes(const ImageAxes& stated, const PlaneChoice& choice) 
   return selection;
 }
 
+KeptPlanes keepPlanes(const ImageAxes& stated, const PlaneChoice& choice) {
+  const bool isOpen = !choice.channel && !choice.hasSlices() && !choice.hasTimes();
+  KeptPlanes result;
+  result.axes = stated.areKnown || isOpen ? stated : meant(stated, choice);
+  const ImageAxes& axes = result.axes;
+  if (choice.z) requireBelow(*choice.z, axes.nz, "slice");
+  if (choice.t) requireBelow(*choice.t, axes.nt, "time");
+  const auto range = [](std::optional<int> one, int count) {
+    return one ? std::array{*one, *one + 1} : std::array{0, count};
+  };
+  const auto channels = range(
+      choice.channel ? std::optional(channelOf(axes, choice.channel)) : std::nullopt, axes.nc);
+  const auto slices = choice.projection ? std::array{0, 1} : range(choice.z, axes.nz);
+  const auto times = range(choice.t, axes.nt);
+  for (int t = times[0]; t < times[1]; ++t) {
+    for (int z = slices[0]; z < slices[1]; ++z) {
+      for (int c = channels[0]; c < channels[1]; ++c) {
+        const bool isProjected = choice.projection && axes.nz > 1;
+        result.images.push_back({c, isProjected ? std::nullopt : std::optional(z),
+                                 choice.projection.value_or(Projection::kMax), t});
+      }
+    }
+  }
+  result.kept = axes;
+  result.kept.nc = channels[1] - channels[0];
+  result.kept.nz = slices[1] - slices[0];
+  result.kept.nt = times[1] - times[0];
+  if (choice.channel) {
+    result.kept.channelNames = {axes.channelNames[static_cast<std::size_t>(channels[0])]};
+  }
+  return result;
+}
+
 std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAxes& axes,
-                                        const PlanarImage& image, int level) {
-  const auto read = [&](int z) { return readSlice(source, axes, image, z, level); };
+                                        const PlanarImage& image, int level, ColourUse colour) {
+  const auto read = [&](int z) { return readSlice(source, axes, image, z, level, colour); };
   if (image.z) return read(*image.z);
+  // A projection is of brightness.
+  colour = ColourUse::kLuminance;
   std::unique_ptr<orva::Image> result = read(0);
   const int nz = axes.nz;
   const auto mean =

@@ -55,11 +55,22 @@ struct PlaneSelection {
 // Throws FileError for these, and for a number or a name that the file does not have.
 PlaneSelection selectPlanes(const ImageAxes& axes, const PlaneChoice& choice);
 
+// The same for a command that writes all that is not chosen away: each channel, slice and time,
+// with channels varying fastest, then slices. `kept` has their axes. Pages of unknown meaning need
+// no choice.
+struct KeptPlanes {
+  ImageAxes axes;  // of the file, as in PlaneSelection
+  std::vector<PlanarImage> images;
+  ImageAxes kept;
+};
+KeptPlanes keepPlanes(const ImageAxes& axes, const PlaneChoice& choice);
+
 // The pixels of an image of the file; at a time two planes are in memory. A mean is in floats; a
 // maximum has the type of the planes and is that of the values that are numbers. Throws FileError
 // as ImageSource::read(), and for a plane that the file lacks.
 std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAxes& axes,
-                                        const PlanarImage& image, int level = 0);
+                                        const PlanarImage& image, int level = 0,
+                                        ColourUse colour = ColourUse::kLuminance);
 
 // All slices of the image's channel and time as planes in z, of any pixel type. Throws FileError as
 // readPlanar(), and for slices of different types and too many pixels.

@@ -123,6 +123,13 @@ TiffFile::PageSize TiffFile::sizeOf(int page) const {
           isColour ? static_cast<int>(layout.samples) : 1};
 }
 
+bool TiffFile::isUnsigned16(int page) const {
+  moveTo(directories_.at(static_cast<std::size_t>(page)));
+  const TiffLayout layout = layoutOf(in_);
+  return layout.bits == 16 && layout.photometric != PHOTOMETRIC_PALETTE &&
+         (layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID);
+}
+
 int TiffFile::levels(int page) const { return static_cast<int>(levelsOf(page).size()); }
 
 Raster TiffFile::read(int page, int level) const {

@@ -34,6 +34,8 @@ class TiffFile {
   };
   PageSize sizeOf(int page) const;
 
+  bool isUnsigned16(int page) const;
+
   // The number of sizes in which a page is stored: itself, and the smaller ones in its SubIFDs.
   int levels(int page) const;
 
