@@ -1,6 +1,6 @@
 #include "apps/child_process.h"
 
-#include <sys/mman.h>
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,7 +13,6 @@
 
 #include "apps/subcommand.h"
 #include "formats/file_error.h"
-#include "formats/output_file.h"
 #include "formats/temporary.h"
 
 namespace orva::apps {
@@ -22,15 +21,18 @@ namespace {
 // The first character of the child's answer.
 constexpr char kResult = '+';
 constexpr char kFailure = '-';
+constexpr int kMaxAnswer = 1 << 20;  // bytes
 
-[[noreturn]] void answer(const std::function<std::string()>& work, int file) {
+[[noreturn]] void answer(const std::function<std::string()>& work, int pipe) {
   std::string text;
   try {
     text = kResult + work();
   } catch (const std::exception& error) {
     text = std::string(1, kFailure) + reasonOf(error);
   }
-  std::exit(writeAll(file, text) == 0 ? 0 : 1);
+  // The buffer of the pipe holds the whole text, or the write does not wait.
+  const bool told = ::write(pipe, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  std::exit(told ? 0 : 1);
 }
 
 // Waits for the end of the child and returns its status. A termination signal is passed on to the
@@ -52,11 +54,10 @@ int waitFor(pid_t child, int& ending) {
   }
 }
 
-std::string allOf(int file) {
-  ::lseek(file, 0, SEEK_SET);
+std::string allOf(int pipe) {
   std::string text;
   std::array<char, 4096> piece{};
-  for (ssize_t n = 0; (n = ::read(file, piece.data(), piece.size())) > 0;) {
+  for (ssize_t n = 0; (n = ::read(pipe, piece.data(), piece.size())) > 0;) {
     text.append(piece.data(), static_cast<std::size_t>(n));
   }
   return text;
@@ -65,22 +66,23 @@ std::string allOf(int file) {
 }  // namespace
 
 std::string inChildProcess(const std::function<std::string()>& work) {
-  // Of any length, unlike the buffer of a pipe.
-  const int file = ::memfd_create("answer", MFD_CLOEXEC);
-  if (file < 0) return work();
+  std::array<int, 2> pipe{};
+  if (::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) return work();
+  ::fcntl(pipe[1], F_SETPIPE_SZ, kMaxAnswer);
   std::cout.flush();              // else the child has the same text to write
   std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
   std::optional<SignalBlock> pause(std::in_place, SIGCHLD);
   const pid_t child = ::fork();
   if (child == 0) {
     pause.reset();
-    answer(work, file);
+    answer(work, pipe[1]);
   }
+  ::close(pipe[1]);
   int ending = 0;
   const int status = child > 0 ? waitFor(child, ending) : 0;
   pause.reset();
-  const std::string text = allOf(file);
-  ::close(file);
+  const std::string text = allOf(pipe[0]);
+  ::close(pipe[0]);
   if (child < 0) return work();
   if (ending != 0) ::raise(ending);  // does not come back, unless it is ignored
   if (text.starts_with(kResult)) return text.substr(1);

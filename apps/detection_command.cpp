@@ -143,7 +143,8 @@ DetectionCommand::Results DetectionCommand::workOn(
     start = now;
   }
   results.table = tables.size() == 1 ? tables.front().second : joinedTables(tables, format_);
-  if (table) contents.push_back({*table, results.table});
+  // In a directory the table is the first.
+  if (table) contents.insert(stem ? contents.begin() : contents.end(), {*table, results.table});
   writeFiles(contents);
   for (const auto& [name, report] : reports) show(name, report);
   return results;

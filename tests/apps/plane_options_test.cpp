@@ -83,7 +83,9 @@ std::vector<std::vector<long>> rowsOf(const std::string& table) {
     std::istringstream in(lines[i]);
     rows.emplace_back();
     for (std::string field; std::getline(in, field, ',');) {
-      rows.back().push_back(std::lround(std::stod(field)));
+      if (field != "true" && field != "false") {
+        rows.back().push_back(std::lround(std::stod(field)));
+      }
     }
   }
   return rows;

@@ -372,7 +372,8 @@ TEST(TiffFile, AnEndlessChainOfPagesEnds) {
   box.write("loop.tif", file);
   EXPECT_TRUE(failedWithOneLine(box.run({"vote", "--frame", "60000", "loop.tif"}), "loop.tif",
                                 "there is no frame 60000"));
-  EXPECT_TRUE(succeeded(box.run({"vote", "loop.tif"})));
+  EXPECT_TRUE(succeeded(box.run({"vote", "--frame", "0", "loop.tif"})));
+  EXPECT_TRUE(failedWithOneLine(box.run({"vote", "loop.tif"}), "loop.tif", "damaged"));
 }
 
 }  // namespace
