@@ -1,9 +1,10 @@
-"""Other detectors of round objects that are told nothing about the image, for scripts/score.
+"""Other methods that find objects and are told nothing about the image, for scripts/score.
 
-Each takes the grey levels of an image and returns centers (x, y). They take the smaller part of Otsu's
-threshold for the objects where they need a polarity. Their settings have one value for all images, that
-of a small grid with the best mean F1 on the images of docs/detect.md or a part of them. This favours them,
-as the settings of an unknown image cannot be tuned on its truth.
+Each takes the grey levels of an image. Those of PEERS return centers (x, y), those of REGION_PEERS a label
+image. They take the smaller part of Otsu's threshold for the objects where they need a polarity. Their
+settings have one value for all images, that of a small grid with the best mean F1 on the images of
+docs/detect.md and docs/segment.md or a part of them. This favours them, as the settings of an unknown
+image cannot be tuned on its truth.
 """
 
 import os
@@ -24,6 +25,7 @@ except ImportError:
     MISSING.append("OpenCV (Debian: python3-opencv)")
 try:
     import skimage.feature
+    import skimage.segmentation
 except ImportError:
     skimage = None
     MISSING.append("scikit-image (Debian: python3-skimage)")
@@ -42,38 +44,77 @@ def read(path):
 
 def foreground(pixels, blur=1.0):
     """The smaller side of Otsu's threshold."""
-    smooth = cv2.GaussianBlur(pixels, (0, 0), blur)
+    smooth = cv2.GaussianBlur(pixels, (0, 0), blur) if blur > 0 else pixels
     threshold, _ = cv2.threshold(smooth, 0, 255, cv2.THRESH_BINARY + cv2.THRESH_OTSU)
     mask = smooth > threshold
     return ~mask if mask.mean() > 0.5 else mask
 
 
+def without_specks(labels):
+    return np.where(np.bincount(labels.ravel())[labels] < MIN_AREA, 0, labels)
+
+
 def components(mask):
-    """Centers and areas of the connected components, without specks."""
-    labels, n = scipy.ndimage.label(mask)
-    if n == 0:
-        return NONE, np.zeros(0)
-    areas = np.bincount(labels.ravel())[1:]
-    centers = np.array(scipy.ndimage.center_of_mass(mask, labels, range(1, n + 1)))[:, ::-1]
-    return centers[areas >= MIN_AREA], areas[areas >= MIN_AREA]
+    """A label image of the connected components, without specks."""
+    return without_specks(scipy.ndimage.label(mask)[0])
+
+
+def centers_of(labels):
+    numbers = np.unique(labels[labels > 0])
+    if len(numbers) == 0:
+        return NONE
+    return np.array(scipy.ndimage.center_of_mass(labels > 0, labels, numbers))[:, ::-1]
+
+
+def otsu_regions(pixels):
+    return components(foreground(pixels, 0))
 
 
 def otsu_components(pixels):
-    return components(foreground(pixels))[0]
+    return centers_of(components(foreground(pixels)))
 
 
-def otsu_peaks(pixels, smooth=0.25, distance=0.7):
-    """Peaks of the distance to the background, smoothed and kept apart by the median component's radius."""
-    mask = foreground(pixels)
-    _, areas = components(mask)
+def distance_peaks(mask, smooth=0.25, distance=0.7):
+    """Peaks (row, column) of the distance to the background, and the distance.
+
+    It is smoothed, and the peaks are kept apart, by shares of the median component's radius.
+    """
+    areas = np.bincount(components(mask).ravel())[1:]
+    areas = areas[areas > 0]
     if len(areas) == 0:
-        return NONE
+        return np.zeros((0, 2), int), np.zeros(mask.shape)
     radius = np.sqrt(np.median(areas) / np.pi)
     depth = scipy.ndimage.distance_transform_edt(mask)
     depth = scipy.ndimage.gaussian_filter(depth, max(0.5, smooth * radius))
     peaks = skimage.feature.peak_local_max(depth, min_distance=max(1, int(distance * radius)),
                                            labels=scipy.ndimage.label(mask)[0], exclude_border=False)
-    return peaks[:, ::-1]
+    return peaks, depth
+
+
+def otsu_peaks(pixels):
+    return distance_peaks(foreground(pixels))[0][:, ::-1]
+
+
+def divided(mask, depth, peaks):
+    """A label image of the mask, by a watershed of the depth from its peaks."""
+    markers = np.zeros(mask.shape, int)
+    markers[tuple(peaks.T)] = range(1, len(peaks) + 1)
+    return skimage.segmentation.watershed(-depth, markers, mask=mask)
+
+
+def otsu_watershed(pixels, distance=10):
+    """The usual recipe: peaks of the distance to the background, at least 10 pixels apart."""
+    mask = foreground(pixels)
+    depth = scipy.ndimage.distance_transform_edt(mask)
+    peaks = skimage.feature.peak_local_max(depth, min_distance=distance, labels=scipy.ndimage.label(mask)[0])
+    return divided(mask, depth, peaks)
+
+
+def adaptive_watershed(pixels):
+    """Peaks that are kept apart according to the size of the components; no specks."""
+    mask = foreground(pixels, 0)
+    peaks, depth = distance_peaks(mask, smooth=0.4)
+    return without_specks(divided(mask, depth, peaks))
 
 
 def blobs(pixels, min_sigma=2, max_sigma=36, threshold=None, relative=0.2, overlap=0.5):
@@ -99,4 +140,10 @@ PEERS = {
     "Otsu distance peaks": otsu_peaks,
     "blob_log": blobs,
     "HoughCircles": circles,
+}
+
+REGION_PEERS = {
+    "Otsu components": otsu_regions,
+    "Otsu with watershed": otsu_watershed,
+    "adaptive watershed": adaptive_watershed,
 }

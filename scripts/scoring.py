@@ -1,9 +1,15 @@
-"""Comparison of centers with the truth tables of a folder of images, for scripts and benchmarks.
+"""Comparison of centers and regions with the truth of a folder of images, for scripts and benchmarks.
 
 The folder holds index.csv (columns name, polarity, objects, median_radius, and optionally kind),
-images/NAME.pgm or images/NAME.png, and truth/NAME.csv (columns x, y, radius). A center is a hit within
-max(3, radius / 2) pixels of a true object, one to one. Objects below half the median radius count neither
-as hits nor as misses.
+images/NAME.pgm or images/NAME.png, truth/NAME.csv (columns x, y, radius), and optionally labels/NAME.png,
+a label image of the true objects.
+
+A center is a hit within max(3, radius / 2) pixels of a true object, one to one. Objects below half the
+median radius count neither as hits nor as misses.
+
+A region is a hit if its IoU with a true object, the area of their intersection over that of their union,
+is above a limit of 0.5 or more. This is one to one without further ado: more than half of each of the two
+belongs to the other, so neither has as much in common with a third. All true objects count.
 """
 
 import csv
@@ -43,8 +49,46 @@ def count(centers, truth):
     return hits, len(centers) - len(rows), int(counted.sum()) - hits
 
 
+def overlaps(labels, truth):
+    """Rows (label, label of a true object) of those that share pixels, and the IoU of each row.
+
+    Both images have 0 for the background; labels need not be consecutive.
+    """
+    if labels.shape != truth.shape:
+        raise ValueError(f"label images of different shapes, {labels.shape} and {truth.shape}")
+    both = (labels > 0) & (truth > 0)
+    stride = int(truth.max(initial=0)) + 1
+    codes, shared = np.unique(labels[both].astype(np.int64) * stride + truth[both], return_counts=True)
+    pairs = np.stack(np.divmod(codes, stride), 1)
+    areas = []
+    for image, column in zip((labels, truth), pairs.T):
+        values, counts = np.unique(image, return_counts=True)
+        areas.append(counts[np.searchsorted(values, column)])
+    return pairs, shared / (areas[0] + areas[1] - shared)
+
+
+def region_matches(labels, truth, limit=0.5):
+    """Rows (label, label of a true object) of hits."""
+    if limit < 0.5:
+        raise ValueError(f"at an IoU of {limit}, two regions may match one object")
+    pairs, iou = overlaps(labels, truth)
+    return pairs[iou > limit]
+
+
+def region_count(image):
+    return np.count_nonzero(np.unique(image) > 0)
+
+
+def count_regions(labels, truth, limit=0.5):
+    """Hits, false alarms and misses."""
+    hits = len(region_matches(labels, truth, limit))
+    return hits, region_count(labels) - hits, region_count(truth) - hits
+
+
 def f1(hits, alarms, misses):
-    return 2 * hits / max(1, 2 * hits + alarms + misses)
+    """1 where there is nothing to find and nothing is found."""
+    total = 2 * hits + alarms + misses
+    return 2 * hits / total if total else 1.0
 
 
 def precision(hits, alarms, misses):
@@ -75,6 +119,20 @@ def entries(folder):
         if table.exists():
             truth = read_table(table.read_text(encoding="utf-8"), ["x", "y", "radius"])
         yield row, image_of(folder, row["name"]), truth
+
+
+def read_labels(path):
+    """A label image: PNG or TIFF, of 8, 16 or 32 bits."""
+    import PIL.Image  # no other function needs it
+
+    with PIL.Image.open(path) as file:
+        return np.asarray(file).astype(np.int32)
+
+
+def true_labels(folder, name):
+    """The label image of the true objects; None if there is none."""
+    path = folder / "labels" / f"{name}.png"
+    return read_labels(path) if path.exists() else None
 
 
 def largest_radius(entry, factor=USUAL_FACTOR):

@@ -109,6 +109,8 @@ public class JNICircularVoting {
       NativeVoting.findCenters(
           new float[0], 0, 0, 0, 1, 1, -1, Float.NaN, Float.NaN, 0, Float.NaN, 1, false, 1);
       NativeDetection.findObjects(new float[0], 0, 0, Float.NaN, Float.NaN, Float.NaN, -1, 0.5f);
+      NativeDetection.segmentObjects(
+          new float[0], 0, 0, new int[0], Float.NaN, Float.NaN, Float.NaN, -1, 0.5f, 0, 1, false);
       return true;
     } catch (UnsatisfiedLinkError | RuntimeException e) { // the latter where access is denied
       tried.add(file + ": " + e.getMessage());

@@ -5,14 +5,17 @@
 
 namespace orva::jni {
 
-image<float> imageOf(JNIEnv* env, jfloatArray pixels, jint height, jint width) {
-  if (pixels == nullptr) throw std::invalid_argument("The pixel array is null");
-  const jsize length = env->GetArrayLength(pixels);
-  if (height < 0 || width < 0 || length != std::int64_t{height} * width) {
-    throw std::invalid_argument("The pixel array does not hold height times width values");
+void requireSize(JNIEnv* env, jarray array, const std::string& name, jint height, jint width) {
+  if (array == nullptr) throw std::invalid_argument("The " + name + " array is null");
+  if (height < 0 || width < 0 || env->GetArrayLength(array) != std::int64_t{height} * width) {
+    throw std::invalid_argument("The " + name + " array does not hold height times width values");
   }
+}
+
+image<float> imageOf(JNIEnv* env, jfloatArray pixels, jint height, jint width) {
+  requireSize(env, pixels, "pixel", height, width);
   image<float> img(width, height, 1, 1, 1);
-  env->GetFloatArrayRegion(pixels, 0, length, img.pixels());
+  env->GetFloatArrayRegion(pixels, 0, img.npix(), img.pixels());
   return img;
 }
 
@@ -23,7 +26,14 @@ jfloatArray newArray(JNIEnv* env, const std::vector<jfloat>& values) {
   return array;
 }
 
-jfloatArray raise(JNIEnv* env, const char* type, const std::string& message) {
+jdoubleArray newArray(JNIEnv* env, const std::vector<jdouble>& values) {
+  const auto length = static_cast<jsize>(values.size());
+  jdoubleArray array = env->NewDoubleArray(length);
+  if (array != nullptr) env->SetDoubleArrayRegion(array, 0, length, values.data());
+  return array;
+}
+
+std::nullptr_t raise(JNIEnv* env, const char* type, const std::string& message) {
   if (jclass exception = env->FindClass(type)) env->ThrowNew(exception, message.c_str());
   return nullptr;
 }

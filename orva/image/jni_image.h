@@ -6,6 +6,7 @@
 #include <jni.h>
 
 #include <cmath>
+#include <cstddef>
 #include <exception>
 #include <new>
 #include <optional>
@@ -22,15 +23,19 @@ inline std::optional<float> givenUnlessNan(float value) {
   return std::isnan(value) ? std::nullopt : std::optional(value);
 }
 
-// The image of `pixels`, row by row. Throws std::invalid_argument for null and for an array whose
-// length is not `height` times `width`.
+// Throws std::invalid_argument for null and for an array whose length is not `height` times
+// `width`. `name`: what the message calls the array.
+void requireSize(JNIEnv* env, jarray array, const std::string& name, jint height, jint width);
+
+// The image of `pixels`, row by row, which must have this size.
 image<float> imageOf(JNIEnv* env, jfloatArray pixels, jint height, jint width);
 
 // Null with a pending exception if Java cannot create it.
 jfloatArray newArray(JNIEnv* env, const std::vector<jfloat>& values);
+jdoubleArray newArray(JNIEnv* env, const std::vector<jdouble>& values);
 
 // Leaves a Java exception pending; null.
-jfloatArray raise(JNIEnv* env, const char* type, const std::string& message);
+std::nullptr_t raise(JNIEnv* env, const char* type, const std::string& message);
 
 // The message of a C++ exception without the namespace that it starts with.
 std::string withoutNamespace(const std::string& message);
@@ -38,7 +43,8 @@ std::string withoutNamespace(const std::string& message);
 // What search() returns, or null with its exception as one of Java. `results`: what
 // OutOfMemoryError says did not fit.
 template <class Search>
-jfloatArray withJavaExceptions(JNIEnv* env, const char* results, const Search& search) {
+auto withJavaExceptions(JNIEnv* env, const char* results, const Search& search)
+    -> decltype(search()) {
   constexpr const char* kIllegalArgument = "java/lang/IllegalArgumentException";
   try {
     return search();

@@ -1,7 +1,8 @@
 """Image analysis for microscope images.
 
 orva finds round objects, such as cell nuclei, and measures and filters images. find_objects() needs no
-settings; find_centers() is the bare voting with all of its settings.
+settings; segment() also labels and measures their pixels; find_centers() is the bare voting with all
+of its settings.
 
 Images are NumPy arrays of the types uint8, int16, int32, uint32 and float32. Arrays of other types
 are not converted; they raise a TypeError. The axes are (t, c, z, y, x), with x varying fastest;
@@ -10,7 +11,9 @@ channels. A result has the axes of the input. Lengths and coordinates are in pix
 start at 0.
 
 Masks are arrays of bool, or of uint8 with only the values 0 and 255. Labels are int16: the pixels of
-region k have the value k = 0, 1, 2, ..., and the background is -1.
+region k have the value k = 0, 1, 2, ..., and the background is -1. Labels in the
+numbering of scikit-image, with the background 0 and regions from 1, are int32: segment() returns
+them, measure_labels() measures them, and label() and measure() use them with background=0.
 
 All functions work on a copy of the pixels and release the global interpreter lock while they run.
 Lack of memory inside the library ends the process with a message and status 1: leave enough memory
@@ -23,6 +26,7 @@ from ._masks import dilate, edge, erode, fill_holes
 from ._objects import SettingsEstimate, estimate_settings, find_objects
 from ._orva import __version__
 from ._regions import chamfer, convex_hull, label, measure, propagate
+from ._segment import measure_labels, segment
 from ._voting import find_centers, vote_field
 
 __all__ = [
@@ -44,8 +48,10 @@ __all__ = [
     "label",
     "laplacian",
     "measure",
+    "measure_labels",
     "propagate",
     "read",
+    "segment",
     "smooth",
     "threshold",
     "vote_field",

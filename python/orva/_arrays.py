@@ -13,14 +13,18 @@ Bytes = npt.NDArray[np.uint8]
 Truth = npt.NDArray[np.bool_]
 Floats = npt.NDArray[np.float32]
 Labels = npt.NDArray[np.int16]
+WideLabels = npt.NDArray[np.int32]  # with background 0
+AnyLabels = npt.NDArray[np.integer[Any]]
 Image = Bytes | Labels | npt.NDArray[np.int32] | npt.NDArray[np.uint32] | Floats
 Mask = Truth | Bytes
 
 IMAGE_TYPES = ("uint8", "int16", "int32", "uint32", "float32")
 MASK_TYPES = ("bool", "uint8")
 LABEL_TYPES = ("int16",)
+WHOLE_TYPES = ("int8", "uint8", "int16", "uint16", "int32", "uint32", "int64", "uint64")
 
 MAX_PIXELS = 2**31 - 1
+MAX_LABEL = 2**31 - 1
 
 
 def _hint(name: str, dtype: np.dtype[Any]) -> str:
@@ -54,14 +58,26 @@ def require_mask(mask: Any, name: str = "mask") -> None:
         raise ValueError(f"{name} has values other than 0 and 255; make a mask of it: {name} != 0")
 
 
+def labels_from_one(labels: Any, name: str = "labels") -> WideLabels:
+    """Labels with background 0 of any integer type; raises as require(), and ValueError for values."""
+    require(labels, WHOLE_TYPES, name)
+    array = np.asarray(labels)
+    low, high = int(array.min()), int(array.max())
+    if low < 0:
+        raise ValueError(f"{name} has the value {low}; labels are from 1, and the background is 0")
+    if high > MAX_LABEL:
+        raise ValueError(f"{name} has the value {high}; labels are at most {MAX_LABEL}")
+    return array.astype(np.int32, copy=False)
+
+
 def frames(array: npt.NDArray[Any]) -> int:
     """The number of planes: z, then c, then t."""
     return int(np.prod(array.shape[:-2]))
 
 
-def plane_of(image: Any, frame: int) -> npt.NDArray[Any]:
+def plane_of(image: Any, frame: int, name: str = "image") -> npt.NDArray[Any]:
     """One plane of an image, counted along z first, then c, then t; raises as require()."""
-    require(image, IMAGE_TYPES)
+    require(image, IMAGE_TYPES, name)
     count = frames(image)
     planes: npt.NDArray[Any] = np.asarray(image).reshape(count, *image.shape[-2:])
     plane: npt.NDArray[Any] = planes[options.whole("frame", frame, 0, count - 1)]

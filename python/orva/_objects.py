@@ -84,18 +84,18 @@ def search(
     image: Image, settings: FindSettings, frame: int = 0
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
-    objects, used = _orva.find_objects(_plane_of(image, frame), *dataclasses.astuple(settings))
+    objects, used = _orva.find_objects(grey_plane_of(image, frame), *dataclasses.astuple(settings))
     return objects, _estimate_of(used)
 
 
-def _plane_of(image: Image, frame: int) -> Image:
+def grey_plane_of(image: Image, frame: int, name: str = "image") -> Image:
     """The plane of an image that is not an array of colours, which would pass for a thin stack."""
     if np.ndim(image) in (3, 4, 5) and np.shape(image)[-1] in (3, 4):
         raise ValueError(
-            f"image has the shape {np.shape(image)}, which looks like colour; pass one channel, such "
-            "as image[..., 0], or the luminance, which orva.read() returns"
+            f"{name} has the shape {np.shape(image)}, which looks like colour; pass one channel, such "
+            f"as {name}[..., 0], or the luminance, which orva.read() returns"
         )
-    return plane_of(image, frame)
+    return plane_of(image, frame, name)
 
 
 def find_objects(
@@ -173,4 +173,4 @@ def estimate_settings(image: Image, *, frame: int = 0) -> SettingsEstimate:
     ValueError
         For a frame that the image does not have.
     """
-    return _estimate_of(_orva.estimate_settings(_plane_of(image, frame)))
+    return _estimate_of(_orva.estimate_settings(grey_plane_of(image, frame)))

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any
+from typing import Any, Literal, overload
 
 import numpy as np
 import numpy.typing as npt
@@ -13,22 +13,50 @@ from ._arrays import (
     IMAGE_TYPES,
     LABEL_TYPES,
     MASK_TYPES,
+    AnyLabels,
     Floats,
     Image,
     Labels,
     Mask,
+    WideLabels,
+    labels_from_one,
     require,
     require_mask,
     require_volume,
 )
 
 _MAX_REACH = 32767
+_MAX_REGIONS = 32768
+_MAX_ROWS = 2**24
 _MAX_DISTANCE = 10000  # of pixels that no region reaches
 
 
+@overload
 def label(
-    mask: Mask, *, value: int | None = None, connectivity: int = 4, reach: int = 1
-) -> tuple[Labels, int]:
+    mask: Mask,
+    *,
+    value: int | None = ...,
+    connectivity: int = ...,
+    reach: int = ...,
+    background: Literal[-1] = ...,
+) -> tuple[Labels, int]: ...
+@overload
+def label(
+    mask: Mask,
+    *,
+    value: int | None = ...,
+    connectivity: int = ...,
+    reach: int = ...,
+    background: Literal[0],
+) -> tuple[WideLabels, int]: ...
+def label(
+    mask: Mask,
+    *,
+    value: int | None = None,
+    connectivity: int = 4,
+    reach: int = 1,
+    background: int = -1,
+) -> tuple[Labels | WideLabels, int]:
     """Number the connected regions of a mask.
 
     Parameters
@@ -44,12 +72,15 @@ def label(
     reach
         With connectivity 4, pixels at exactly this distance along an axis are connected; with 8, all
         pixels in a box of this half-width.
+    background
+        -1, or 0 for the numbering of scikit-image.
 
     Returns
     -------
     labels
         int16 array of the shape of mask: 0, 1, 2, ... in the order (z, then y, then x) of the
-        regions' first pixels, and -1 outside.
+        regions' first pixels, and -1 outside. With the background 0, int32: 1, 2, 3, ..., and 0
+        outside.
     n
         The number of regions.
 
@@ -70,41 +101,81 @@ def label(
     require_volume(mask, "mask")
     if options.whole("connectivity", connectivity, 4, 8) not in (4, 8):
         raise ValueError(f"connectivity must be 4 or 8, not {connectivity}")
-    return _orva.label(mask, value, options.whole("reach", reach, 1, _MAX_REACH), connectivity)
+    options.whole("background", background, -1, 0)
+    reach = options.whole("reach", reach, 1, _MAX_REACH)
+    labels, n = _orva.label(mask, value, reach, connectivity)
+    return (labels.astype(np.int32) + 1 if background == 0 else labels), n
 
 
-def measure(labels: Labels, image: Image | None = None) -> dict[str, npt.NDArray[Any]]:
+@overload
+def measure(
+    labels: Labels, image: Image | None = ..., *, background: Literal[-1] = ...
+) -> dict[str, npt.NDArray[Any]]: ...
+@overload
+def measure(
+    labels: AnyLabels, image: Image | None = ..., *, background: Literal[0]
+) -> dict[str, npt.NDArray[Any]]: ...
+def measure(
+    labels: AnyLabels, image: Image | None = None, *, background: int = -1
+) -> dict[str, npt.NDArray[Any]]:
     """Measure the regions of labels.
 
     Parameters
     ----------
     labels
-        A plane or a volume of int16; negative pixels are ignored.
+        A plane or a volume of int16; negative pixels are ignored. With the background 0, of any
+        integer type, such as labels of scikit-image.
     image
         The brightness, of the same shape.
+    background
+        -1, or 0 for labels from 1.
 
     Returns
     -------
-    Columns by name, as pandas.DataFrame accepts them, with one row per label from 0 to the largest:
-    the bounding box xmin, xmax, ymin, ymax, zmin, zmax and the centroid cx, cy, cz, in pixels and
-    rounded down; radius, that of the disc (or ball) of equal size, rounded down, at least 1;
-    npix, the number of pixels; and with an image the mean and the sample variance var of the
-    brightness, in single precision. A label without pixels has a row of zeros.
+    Columns by name, as pandas.DataFrame accepts them, with one row per label from 0 (with the
+    background 0, from 1) to the largest: the bounding box xmin, xmax, ymin, ymax, zmin, zmax and the
+    centroid cx, cy, cz, in pixels and rounded down; radius, that of the disc (or ball) of equal size,
+    rounded down, at least 1; npix, the number of pixels; and with an image the mean and the sample
+    variance var of the brightness, in single precision. A label without pixels has a row of zeros.
 
     Raises
     ------
     TypeError
         For an array of another type.
     ValueError
-        For several channels or time points, and for an image of another shape than labels.
+        For several channels or time points, for an image of another shape than labels, and with the
+        background 0 for labels below 0 or above 16777216.
+
+    measure_labels() measures the regions of a plane with the names and definitions of scikit-image.
     """
-    require(labels, LABEL_TYPES, "labels")
+    if options.whole("background", background, -1, 0) == 0:
+        labels = labels_from_one(labels)
+    else:
+        require(labels, LABEL_TYPES, "labels")
     require_volume(labels, "labels")
     if image is not None:
         require(image, IMAGE_TYPES)
         if image.shape != labels.shape:
             raise ValueError(f"image has the shape {image.shape}, labels have {labels.shape}")
-    return _orva.measure(labels, image)
+    return _orva.measure(labels, image) if background == -1 else _measured_from_one(labels, image)
+
+
+def _measured_from_one(labels: AnyLabels, image: Image | None) -> dict[str, npt.NDArray[Any]]:
+    """The table of labels with background 0, which may be more than the compiled function takes."""
+    n = int(labels.max())
+    if n > _MAX_ROWS:
+        raise ValueError(
+            f"labels has the value {n}; a table with a row per label has at most {_MAX_ROWS}, and "
+            "measure_labels() has rows for labels with pixels only"
+        )
+    table: dict[str, npt.NDArray[Any]] = {}
+    for first in range(1, max(n, 1) + 1, _MAX_REGIONS):
+        is_here = (labels >= first) & (labels < first + _MAX_REGIONS)
+        part = np.where(is_here, labels - first, -1).astype(np.int16)
+        for name, column in _orva.measure(part, image).items():
+            rows = table.setdefault(name, np.zeros(n, column.dtype))
+            rows[first - 1 : first - 1 + len(column)] = column
+    return table
 
 
 def chamfer(image: Mask | Labels) -> Floats:

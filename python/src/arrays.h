@@ -68,6 +68,7 @@ auto unlocked(const Work& work) {
 
 // One function per subject, which adds its functions to the module.
 void addObjects(py::module_& module);
+void addSegmentation(py::module_& module);
 void addVoting(py::module_& module);
 void addFilters(py::module_& module);
 void addRegions(py::module_& module);

@@ -31,6 +31,7 @@ PYBIND11_MODULE(_orva, module) {
     }
   });
   orva_python::addObjects(module);
+  orva_python::addSegmentation(module);
   orva_python::addVoting(module);
   orva_python::addFilters(module);
   orva_python::addRegions(module);

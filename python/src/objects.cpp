@@ -1,3 +1,5 @@
+#include "python/src/objects.h"
+
 #include <pybind11/stl.h>
 
 #include <optional>
@@ -20,10 +22,6 @@ using orva::detect::SettingsEstimate;
 using Guess = std::tuple<float, std::string, float>;  // radius, polarity, confidence
 using Estimate = std::tuple<Guess, Guess>;            // the better one first
 
-Polarity polarityOf(const std::string& name) {
-  return name == "dark" ? Polarity::Dark : Polarity::Bright;
-}
-
 Guess guessOf(const Settings& s) {
   return {s.radius, orva::formats::nameOf(s.polarity), s.confidence};
 }
@@ -42,8 +40,7 @@ py::tuple findObjects(const py::array& array, std::optional<float> radius,
   orva::detect::FindSettings settings{radius, minRadius, maxRadius, {}, minScore};
   if (polarity) settings.polarity = polarityOf(*polarity);
   const auto result = unlocked([&] { return orva::detect::findObjects(*img, settings); });
-  const py::array_t<Object> rows(static_cast<py::ssize_t>(result.objects.size()),
-                                 result.objects.data());
+  const ObjectTable rows(static_cast<py::ssize_t>(result.objects.size()), result.objects.data());
   return py::make_tuple(rows, estimateOf(result.used));
 }
 
@@ -62,8 +59,13 @@ Estimate combinedEstimate(const std::vector<Estimate>& images) {
 
 }  // namespace
 
+Polarity polarityOf(const std::string& name) {
+  return name == "dark" ? Polarity::Dark : Polarity::Bright;
+}
+
 void addObjects(py::module_& module) {
   PYBIND11_NUMPY_DTYPE(Object, x, y, radius, score, coverage);
+  module.attr("OBJECT") = py::dtype::of<Object>();
   module.attr("RADIUS_RANGE") = orva::detect::kRadiusRange;
   module.def("find_objects", findObjects);
   module.def("estimate_settings", estimateSettings);

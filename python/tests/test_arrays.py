@@ -8,10 +8,25 @@ import orva
 GREY = ("uint8", "int16", "int32", "uint32", "float32")
 MASKS = ("bool", "uint8")
 LABELS = ("int16",)
+WHOLE = ("int8", "uint8", "int16", "uint16", "int32", "uint32", "int64", "uint64")
+
+
+
+def columns(table):
+    """The columns of a structured array as rows."""
+    return np.array([table[name] for name in table.dtype.names], float)
+
 
 # A call of each function, the types it takes and the axes: planes, volumes or all.
 CALLS = {
     "find_objects": (orva.find_objects, GREY, "all"),
+    "segment": (lambda i: orva.segment(i)[0], GREY, "all"),
+    "measure_labels": (
+        lambda i: columns(orva.measure_labels(i, GREYS.reshape(i.shape))), WHOLE, "plane"
+    ),
+    "measure_labels of": (
+        lambda i: columns(orva.measure_labels(LINE.reshape(i.shape) + 1, i)), GREY, "plane"
+    ),
     "estimate_settings": (lambda i: orva.estimate_settings(i).radius, GREY, "all"),
     "find_centers": (lambda i: orva.find_centers(i, max_radius=5), GREY, "all"),
     "vote_field": (lambda i: orva.vote_field(i, max_radius=5), GREY, "all"),
@@ -24,6 +39,7 @@ CALLS = {
     "compute_threshold": (orva.compute_threshold, GREY, "all"),
     "label": (lambda i: orva.label(i)[0], MASKS, "volume"),
     "measure": (lambda i: orva.measure(i)["npix"], LABELS, "volume"),
+    "measure from 1": (lambda i: orva.measure(i, background=0)["npix"], WHOLE, "volume"),
     "measure of": (lambda i: orva.measure(LINE.reshape(i.shape), i)["mean"], GREY, "volume"),
     "chamfer": (orva.chamfer, MASKS + LABELS, "volume"),
     "propagate": (lambda i: orva.propagate(i, max_distance=3), LABELS, "volume"),
@@ -34,13 +50,17 @@ CALLS = {
     "edge": (orva.edge, ("bool", "uint8", "int16", "int32", "float32"), "plane"),
 }
 LINE = (np.arange(1440) % 7 - 1).astype(np.int16)
+GREYS = (np.arange(1440) % 251).astype(np.uint8)
 SHAPES = {
     "plane": [(36, 40), (1, 36, 40), (1, 1, 36, 40), (1, 1, 1, 36, 40)],
     "volume": [(36, 40), (6, 12, 20), (1, 6, 12, 20), (1, 1, 6, 12, 20)],
     "all": [(36, 40), (6, 12, 20), (2, 3, 12, 20), (2, 3, 2, 12, 10)],
 }
 # Those whose results have no axes.
-FLAT = ("find_objects", "estimate_settings", "find_centers", "compute_threshold", "measure", "measure of")
+FLAT = (
+    "find_objects", "measure_labels", "measure_labels of", "estimate_settings", "find_centers",
+    "compute_threshold", "measure", "measure from 1", "measure of",
+)
 PAIRS = [(name, dtype) for name, (_, types, _) in CALLS.items() for dtype in types]
 
 
@@ -53,6 +73,8 @@ def picture(name, dtype, shape=(36, 40)):
         result = np.where(spots > 0.1, 255, 0)
     elif types in (LABELS, MASKS + LABELS):
         result = np.floor(spots * 2)
+    elif types == WHOLE:
+        result = np.maximum(np.floor(spots * 4), 0)
     else:
         result = 100 + 100 * spots
     return result.astype(dtype).reshape(shape)
@@ -63,7 +85,7 @@ def test_results_have_the_axes_of_the_input(name, dtype):
     function, _, kind = CALLS[name]
     for shape in SHAPES[kind]:
         result = function(picture(name, dtype, shape))
-        if name == "vote_field":
+        if name in ("vote_field", "segment"):
             assert result.shape == shape[-2:]
         elif name not in FLAT:
             assert result.shape == shape
@@ -104,7 +126,7 @@ def test_other_types_are_refused_with_the_names_of_the_accepted_ones(name):
             assert "image.astype(numpy.float32)" in str(caught.value)
 
 
-@pytest.mark.parametrize("name, dtype", [p for p in PAIRS if p[1] not in MASKS])
+@pytest.mark.parametrize("name, dtype", [p for p in PAIRS if np.dtype(p[1]).itemsize > 1])
 def test_swapped_bytes_are_refused(name, dtype):
     image = picture(name, dtype)
     with pytest.raises(TypeError, match="swapped"):
@@ -124,9 +146,12 @@ def test_what_is_no_array_is_refused(name):
 @pytest.mark.parametrize("name", CALLS)
 def test_sizes_and_axes_that_no_image_has_are_refused(name):
     function, types, _ = CALLS[name]
-    if name == "measure of":
-        def function(i):
-            return orva.measure(np.zeros((4, 4), np.int16), i)
+    plane = np.zeros((4, 4), np.int16)
+    function = {
+        "measure_labels": lambda i: orva.measure_labels(i, plane),
+        "measure_labels of": lambda i: orva.measure_labels(plane, i),
+        "measure of": lambda i: orva.measure(plane, i),
+    }.get(name, function)
     for shape in ((), (5,), (1, 1, 1, 1, 4, 4)):
         with pytest.raises(ValueError, match="axes"):
             function(np.zeros(shape, types[0]))

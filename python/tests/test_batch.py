@@ -99,15 +99,26 @@ def test_a_failing_image_is_recorded_and_the_others_are_done(images, tmp_path):
 
 def job_of(image, out, **settings):
     """A job that votes."""
-    return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings, votes=True)
+    return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings, "vote")
 
 
 def find_job_of(image, out, **settings):
     return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings)
 
 
+def segment_job_of(image, out, **settings):
+    return _jobs.Job(str(image), str(out / f"{image.stem}.csv"), settings, "segment")
+
+
 @pytest.mark.parametrize(
-    "make, settings", [(job_of, {"max_radius": 9}), (find_job_of, {}), (find_job_of, {"radius": [3, 9]})]
+    "make, settings",
+    [
+        (job_of, {"max_radius": 9}),
+        (find_job_of, {}),
+        (find_job_of, {"radius": [3, 9]}),
+        (segment_job_of, {}),
+        (segment_job_of, {"radius": [3, 9], "min_area": 60, "exclude_border": True}),
+    ],
 )
 def test_what_is_finished_and_unchanged_is_skipped(images, tmp_path, make, settings):
     job = make(images[0], tmp_path, **settings)
@@ -127,6 +138,7 @@ def test_what_is_finished_and_unchanged_is_skipped(images, tmp_path, make, setti
     [
         (job_of, {"max_radius": 9}, {"max_radius": 9, "min_radius": 2}),
         (find_job_of, {}, {"min_score": 0.25}),
+        (segment_job_of, {}, {"min_area": 1}),
     ],
 )
 def test_what_has_changed_is_done_again(images, tmp_path, change, make, settings, others):
@@ -255,6 +267,18 @@ def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(
         (["a.tif", "--out", "o", "--max-radius", "0"], "max_radius must be from 1 to 1000"),
         (["a.tif", "--out", "o", "--polarity", "grey"], "polarity must be one of"),
         (["a.tif", "--out", "o", "--radius", "0"], "radius must be from 0.1"),
+        (["a.tif", "--out", "o", "--min-area", "20"], "--min-area goes with --segment"),
+        (["a.tif", "--out", "o", "--exclude-border"], "--exclude-border goes with --segment"),
+        (
+            ["a.tif", "--out", "o", "--segment", "--min-area", "20", "--max-area", "19"],
+            "max_area must be from 20.0 to inf, not 19.0",
+        ),
+        (["a.tif", "--out", "o", "--segment", "--min-area", "-1"], "min_area must be from 0"),
+        (
+            ["a.tif", "--out", "o", "--segment", "--max-radius", "12"],
+            "--max-radius belongs to the voting and --segment does not; give one of them",
+        ),
+        (["objects.tif", "--out", "o", "--segment"], "rename it"),
         (["a.tif", "--out", "o", "--radius", "9:5"], "the upper radius must be from 9.0"),
         (["a.tif", "--out", "o", "--radius", "1:2:3"], "must be a radius or a range A:B, not 1:2:3"),
         (["a.tif", "--out", "o", "--radius", "ten"], "must be a radius or a range A:B, not ten"),

@@ -118,20 +118,22 @@ def test_large_images_are_searched_in_tiles(images, tmp_path, monkeypatch):
 
 
 @pytest.mark.parametrize(
-    "options, votes",
+    "options, method",
     [
-        ([], False),
-        (["--polarity", "dark"], False),
-        (["--frame", "0", "--radius", "8"], False),
-        (["--same-settings"], False),
-        (["--polarity", "both"], True),
-        (["--polarity", "dark", "--power", "0.5"], True),
-        (["--edges"], True),
-        (["--min-radius", "1"], True),
+        ([], "find"),
+        (["--polarity", "dark"], "find"),
+        (["--frame", "0", "--radius", "8"], "find"),
+        (["--same-settings"], "find"),
+        (["--segment"], "segment"),
+        (["--segment", "--same-settings", "--radius", "8", "--max-area", "90"], "segment"),
+        (["--polarity", "both"], "vote"),
+        (["--polarity", "dark", "--power", "0.5"], "vote"),
+        (["--edges"], "vote"),
+        (["--min-radius", "1"], "vote"),
     ],
 )
-def test_any_setting_of_the_voting_selects_it(options, votes):
+def test_any_setting_of_the_voting_selects_it(options, method):
     arguments = batch_command._parser().parse_args(["a.tif", "--out", "o", *options])
-    settings, selects = batch_command._settings(arguments)
-    assert selects == votes
-    assert "same_settings" not in settings
+    settings, selected = batch_command._settings(arguments)
+    assert selected == method
+    assert not settings.keys() & {"same_settings", "segment"}

@@ -7,7 +7,7 @@ import shutil
 import dask
 import numpy as np
 import pytest
-from test_batch import batch, find_job_of, job_of, rows
+from test_batch import batch, find_job_of, job_of, rows, segment_job_of
 
 import orva
 from orva.batch import _command as batch_command
@@ -76,6 +76,13 @@ def test_a_result_never_takes_the_place_of_an_image(tmp_path, capsys, field, ref
     assert len(list(tmp_path.iterdir())) == 2
 
 
+def test_labels_never_take_the_place_of_an_image(tmp_path, capsys, field, refused):
+    image = field.rename(tmp_path / "field_labels.tif")
+    other = tmp_path / "in" / "field.tif"
+    message = refused(capsys, image, other, "--out", tmp_path, "--segment")
+    assert f"{image}: a result would take its place" in message
+
+
 def test_a_result_never_takes_the_place_of_what_a_link_leads_to(tmp_path, capsys, field, refused):
     (tmp_path / "out").mkdir()
     kept = field.rename(tmp_path / "out" / "counts.png")
@@ -88,7 +95,7 @@ def test_the_picture_is_not_written_through_a_link(tmp_path, field):
     other = tmp_path / "other.png"
     other.write_bytes(b"kept")
     (tmp_path / "counts.png").symlink_to(other)
-    _summary.write_summary(tmp_path, [], votes=False)
+    _summary.write_summary(tmp_path, [], "find")
     assert other.read_bytes() == b"kept"
     assert (tmp_path / "counts.png").read_bytes().startswith(b"\x89PNG")
 
@@ -110,7 +117,9 @@ def test_an_address_without_a_scheduler_is_a_wrong_call(tmp_path, capsys, field,
 @pytest.mark.parametrize(
     "change", [{"centers": "4"}, {"seconds": None}, {"error": "none"}, {"more": 1}, {"used": None}]
 )
-@pytest.mark.parametrize("make, settings", [(job_of, {"max_radius": 8}), (find_job_of, {})])
+@pytest.mark.parametrize(
+    "make, settings", [(job_of, {"max_radius": 8}), (find_job_of, {}), (segment_job_of, {})]
+)
 def test_a_record_that_is_no_longer_one_is_made_again(tmp_path, field, change, make, settings):
     job = make(field, tmp_path, **settings)
     first = _jobs.run(job)
@@ -118,7 +127,7 @@ def test_a_record_that_is_no_longer_one_is_made_again(tmp_path, field, change, m
     record["result"].update(change)
     job.record.write_text(json.dumps(record), encoding="utf-8")
     again = _jobs.run(job)
-    is_good = job.votes and "used" in change
+    is_good = job.method == "vote" and "used" in change
     assert (again.skipped, again.error, again.centers) == (is_good, "", first.centers)
 
 

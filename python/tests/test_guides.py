@@ -100,8 +100,9 @@ def test_what_a_document_shows_is_compared_line_by_line():
 
 
 def test_the_command_guide(place):
-    assert run(text_of("docs/command.md")) == {"sh": 11, "python": 0, "text": 9}
-    for result in ("nuclei.png", "regions.csv", "labels.iht", "edges.png", "results/summary.csv"):
+    assert run(text_of("docs/command.md")) == {"sh": 13, "python": 0, "text": 10}
+    results = ("nuclei.png", "labels.tif", "outlines.png", "segmented/summary.csv", "regions.csv")
+    for result in (*results, "labels.iht", "edges.png", "results/summary.csv"):
         assert (place / result).stat().st_size > 50
     assert not (place / "edges.pgm").exists()
 
@@ -113,6 +114,11 @@ def test_the_formats_guide(place):
 def test_the_detect_guide(place):
     assert run(text_of("docs/detect.md")) == {"sh": 1, "python": 0, "text": 1}
     assert (place / "nuclei.png").stat().st_size > 50
+
+
+def test_the_segment_guide(place):
+    assert run(text_of("docs/segment.md")) == {"sh": 1, "python": 1, "text": 1}
+    assert (place / "outlines.png").stat().st_size > 50
 
 
 def test_the_voting_guide(place):
@@ -176,12 +182,13 @@ def test_relative_links_lead_to_files(document):
 TESTED = {
     "CONTRIBUTING.md": ("test_guides.py", {"sh": 1}),
     "README.md": ("test_install.py", {"sh": 5, "cpp": 1, "cmake": 1, "javascript": 1, "python": 1}),
-    "docs/batch.md": ("test_workflows.py", {"sh": 2, "python": 1, "snakemake": 1}),
+    "docs/batch.md": ("test_workflows.py", {"sh": 3, "python": 1, "snakemake": 1}),
     "docs/command.md": ("test_guides.py", {"sh": 13}),
     "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
-    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 2, "java": 2}),
-    "docs/tutorial.md": ("test_tutorial.py", {"python": 10}),
+    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 3, "java": 3}),
+    "docs/segment.md": ("test_guides.py", {"sh": 1, "python": 1}),
+    "docs/tutorial.md": ("test_tutorial.py", {"python": 13}),
     "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1, "cpp": 1}),
 }
 

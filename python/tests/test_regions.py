@@ -152,6 +152,71 @@ def test_labels_and_image_must_have_one_shape():
     assert orva.measure(np.full((4, 5), -1, np.int16))["npix"].size == 0
 
 
+@pytest.mark.parametrize("shape", SHAPES)
+def test_labels_with_background_0_are_one_higher(random, shape):
+    mask = random.random(shape) < 0.4
+    labels, n = orva.label(mask, connectivity=8)
+    wide, count = orva.label(mask, connectivity=8, background=0)
+    assert (count, wide.dtype, labels.dtype) == (n, np.int32, np.int16)
+    np.testing.assert_array_equal(wide, labels.astype(int) + 1)
+    same, _ = orva.label(mask, connectivity=8, background=-1)
+    assert same.dtype == np.int16
+    np.testing.assert_array_equal(same, labels)
+    assert orva.label(np.zeros(shape, bool), background=0)[0].max() == 0
+
+
+def test_labels_with_background_0_reach_to_the_last_region():
+    labels, n = orva.label(dots(32768), background=0)
+    assert (n, labels.max()) == (32768, 32768)
+    with pytest.raises(ValueError, match="32768"):
+        orva.label(dots(32769), background=0)
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "uint16", "int32", "uint32", "int64", "uint64"])
+@pytest.mark.parametrize("shape", [(20, 25), (6, 8, 9)])
+def test_measure_of_labels_with_background_0(random, shape, dtype):
+    labels, n = orva.label(random.random(shape) < 0.35)
+    labels[labels == 2] = -1  # a label without pixels
+    image = random.normal(100, 30, shape).astype(np.float32)
+    for arguments in ((), (image,)):
+        expected = orva.measure(labels, *arguments)
+        table = orva.measure((labels + 1).astype(dtype), *arguments, background=0)
+        assert list(table) == list(expected)
+        assert len(table["npix"]) == n
+        for name, column in expected.items():
+            assert table[name].dtype == column.dtype
+            np.testing.assert_array_equal(table[name], column)
+
+
+@pytest.mark.parametrize("missing", [(), (32768, 40_000), range(32_000, 70_000)])
+def test_measure_of_more_labels_than_fit_16_bits(missing):
+    labels = np.arange(270 * 270).reshape(270, 270)
+    labels[np.isin(labels, missing)] = 0
+    table = orva.measure(labels, labels.astype(np.int32), background=0)
+    numbers = np.arange(1, 270 * 270)
+    is_there = np.isin(numbers, labels)
+    np.testing.assert_array_equal(table["npix"], is_there)
+    np.testing.assert_array_equal(table["mean"], np.where(is_there, numbers, 0))
+
+
+def test_what_are_no_labels_with_background_0_is_refused():
+    labels = np.zeros((4, 5), np.int32)
+    assert orva.measure(labels, background=0)["npix"].size == 0
+    with pytest.raises(ValueError, match="labels has the value -1; labels are from 1"):
+        orva.measure(labels - 1, background=0)
+    with pytest.raises(ValueError, match=r"labels has the value 16777217; .* measure_labels\(\)"):
+        orva.measure(labels + 2**24 + 1, background=0)
+    with pytest.raises(TypeError, match="labels has the dtype float32"):
+        orva.measure(labels.astype(np.float32), background=0)
+    with pytest.raises(ValueError, match="shape"):
+        orva.measure(labels, np.zeros((5, 4), np.uint8), background=0)
+    for function in (lambda **o: orva.label(labels > 0, **o), lambda **o: orva.measure(labels, **o)):
+        with pytest.raises(ValueError, match="background must be from -1 to 0"):
+            function(background=1)
+        with pytest.raises(TypeError, match="background"):
+            function(background=None)
+
+
 def steps_between(a, b):
     """The length of the shortest way on the grid, by steps of 1, sqrt(2) and sqrt(3)."""
     far = np.sort(np.abs(a[:, None] - b[None]), axis=-1)[..., ::-1]

@@ -13,12 +13,15 @@ IMAGE = (np.indices((250, 250)).sum(axis=0) % 13).astype(np.uint8)
 PART = IMAGE[:60, :60]
 DOTS = np.random.default_rng(1).random((1000, 1000)) < 0.05
 DISCS = np.kron(np.random.default_rng(2).random((60, 60)) < 0.2, np.ones((9, 9))).astype(np.float32)
+CELLS = np.kron(np.arange(400).reshape(20, 20), np.ones((50, 50))).astype(np.int32)
 RODS = np.full((23, 23, 23), -1, np.int16)
 RODS[11, 11, 1:-1] = RODS[11, 1:-1, 11] = RODS[1:-1, 11, 11] = 0
 
 # Calls that take far longer than the copy of their arrays, during which NumPy lets others run.
 WORK = {
     "find_objects": lambda: orva.find_objects(DISCS),
+    "segment": lambda: orva.segment(DISCS),
+    "measure_labels": lambda: orva.measure_labels(CELLS, CELLS),
     "estimate_settings": lambda: orva.estimate_settings(DISCS),
     "find_centers": lambda: orva.find_centers(PART, max_radius=40),
     "vote_field": lambda: orva.vote_field(PART, max_radius=40),

@@ -19,7 +19,7 @@ def test_its_code_runs_and_makes_its_pictures(tmp_path):
     usual, best = map(float, re.findall(r"F1 ([0-9.]+)", done.stdout))
     assert best - 0.05 <= usual <= best
     pictures = re.findall(r"!\[.*?\]\((.*?)\)", (ROOT / "docs" / "tutorial.md").read_text("utf-8"))
-    assert len(pictures) == 4
+    assert len(pictures) == 5
     for picture in pictures:
         assert (tmp_path / "docs" / picture).stat().st_size > 1000
         assert (ROOT / "docs" / picture).is_file()

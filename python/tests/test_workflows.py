@@ -77,8 +77,15 @@ def plate_of_tiffs(place):
 
 
 def test_the_batch(plate_of_tiffs, command):
-    subprocess.run(["bash", "-e", "-c", block("sh", "orva.batch")], check=True, timeout=300)
+    subprocess.run(["bash", "-e", "-c", block("sh", "--out results --workers")], check=True, timeout=300)
     assert batch_tables(plate_of_tiffs) == expected(command)
+
+
+def test_the_batch_of_regions(plate_of_tiffs, command):
+    subprocess.run(["bash", "-e", "-c", block("sh", "--segment")], check=True, timeout=300)
+    for sample in SAMPLES:
+        table = (plate_of_tiffs / "regions" / f"{sample.stem}.csv").read_text(encoding="utf-8")
+        assert table == command("segment", "--quiet", "--exclude-border", sample)
 
 
 # A queue of one job at a time, on this machine.
@@ -111,7 +118,7 @@ def test_the_cluster_of_a_queue(plate_of_tiffs, command, monkeypatch):
     ) as running:
         address = running.stdout.readline().strip()
         assert address.startswith("tcp://127.0.0.1:")
-        call = block("sh", "orva.batch").replace("--workers 4", f"--scheduler {address}")
+        call = block("sh", "--out results --workers").replace("--workers 4", f"--scheduler {address}")
         subprocess.run(["bash", "-e", "-c", call], check=True, timeout=300)
         running.communicate("\n", timeout=120)
     assert running.returncode == 0

@@ -1,6 +1,4 @@
 // findObjects() and estimateSettings() for Java.
-#include "orva/detect/jni_find_objects.h"
-
 #include <gtest/gtest.h>
 #include <jni.h>
 #include <malloc.h>
@@ -12,86 +10,51 @@
 #include <vector>
 
 #include "orva/detect/detect.h"
+#include "orva/detect/jni_detection.h"
 #include "orva/image/image.h"
-#include "tests/detect/scenes.h"
+#include "tests/detect/jni_calls.h"
 #include "tests/support/fake_java.h"
 #include "tests/support/sanitizer.h"
 
 namespace orva::test {
 namespace {
 
-constexpr float kOpen = std::numeric_limits<float>::quiet_NaN();
-
-struct Call {
-  std::vector<jfloat> pixels;
-  jint height = 0;
-  jint width = 0;
-  jfloat radius = kOpen;
-  jfloat minRadius = kOpen;
-  jfloat maxRadius = kOpen;
-  jint polarity = -1;
-  jfloat minScore = 0.5F;
-};
-
-// Bright discs of several radii and a dark one.
-image<float> sceneOfDiscs() {
-  return drawn(150, 110,
-               {disc(25, 25, 6), disc(70, 25, 9), disc(115, 30, 14), disc(30, 80, 10),
-                disc(75, 75, 8, -40), disc(120, 80, 7, 25)});
-}
-
-Call callOf(const image<float>& img) {
-  Call call;
-  call.pixels.assign(img.pixels(), img.pixels() + img.npix());
-  call.height = img.ny();
-  call.width = img.nx();
-  return call;
-}
-
 class JavaFindObjects : public JavaCalls {
  protected:
-  jfloatArray run(const Call& c, jfloatArray pixels) {
+  jfloatArray run(const FindCall& c, jfloatArray pixels) {
     return Java_orva_NativeDetection_findObjects(env(), nullptr, pixels, c.height, c.width,
                                                  c.radius, c.minRadius, c.maxRadius, c.polarity,
                                                  c.minScore);
   }
 
-  jfloatArray run(const Call& c) {
+  jfloatArray run(const FindCall& c) {
     FloatArray array;
     array.values = c.pixels;
     return run(c, &array);
   }
 
-  jfloatArray estimate(const Call& c) {
+  jfloatArray estimate(const FindCall& c) {
     FloatArray array;
     array.values = c.pixels;
     return Java_orva_NativeDetection_estimateSettings(env(), nullptr, &array, c.height, c.width);
   }
 
-  std::vector<jfloat> found(const Call& c) {
+  std::vector<jfloat> found(const FindCall& c) {
     EXPECT_EQ(run(c), &machine.result);
     EXPECT_EQ(machine.message, "");
     return machine.result.values;
   }
 
   // The exception of a call that returns null.
-  std::string refusal(const Call& c) {
+  std::string refusal(const FindCall& c) {
     EXPECT_EQ(run(c), nullptr);
     return pendingException();
   }
 };
 
-std::vector<jfloat> valuesOf(const detect::SettingsEstimate& e) {
-  const auto polarity = [](const detect::Settings& s) {
-    return s.polarity == detect::Polarity::Dark ? 1.0F : 0.0F;
-  };
-  return {e.radius,          polarity(e),          e.confidence,
-          e.runnerUp.radius, polarity(e.runnerUp), e.runnerUp.confidence};
-}
-
 std::vector<jfloat> expected(const image<float>& img, const detect::FindSettings& settings) {
   const detect::FindResult result = detect::findObjects(img, settings);
-  std::vector<jfloat> values = valuesOf(result.used);
+  std::vector<jfloat> values = valuesOf<jfloat>(result.used);
   for (const detect::Object& o : result.objects) {
     for (const float v : {o.x, o.y, o.radius, o.score, o.coverage}) values.push_back(v);
   }
@@ -108,9 +71,9 @@ TEST_F(JavaFindObjects, FindsTheObjectsAndTheSettingsUsed) {
 
 TEST_F(JavaFindObjects, PassesEverySettingOn) {
   const image<float> img = sceneOfDiscs();
-  const Call usual = callOf(img);
+  const FindCall usual = callOf(img);
   const std::vector<jfloat> open = found(usual);
-  Call call = usual;
+  FindCall call = usual;
   detect::FindSettings settings;
   const auto expectEffect = [&](const char* name) {
     const std::vector<jfloat> values = found(call);
@@ -139,12 +102,12 @@ TEST_F(JavaFindObjects, EstimatesTheSettings) {
   const image<float> img = sceneOfDiscs();
   EXPECT_EQ(estimate(callOf(img)), &machine.result);
   EXPECT_EQ(machine.message, "");
-  EXPECT_EQ(machine.result.values, valuesOf(detect::estimateSettings(img)));
+  EXPECT_EQ(machine.result.values, valuesOf<jfloat>(detect::estimateSettings(img)));
   EXPECT_GT(machine.result.values[0], 0.0F);
 }
 
 TEST_F(JavaFindObjects, FindsNothingInAnImageWithoutPixels) {
-  Call call;
+  FindCall call;
   const std::vector<jfloat> nothing = found(call);
   ASSERT_EQ(nothing.size(), 6U);
   EXPECT_EQ(nothing[0], 0.0F);
@@ -165,7 +128,7 @@ TEST_F(JavaFindObjects, TakesPixelsThatAreNoNumbers) {
 TEST_F(JavaFindObjects, RefusesAnArrayThatIsNotTheImage) {
   const std::string wrongLength =
       "java/lang/IllegalArgumentException: The pixel array does not hold height times width values";
-  Call call = callOf(sceneOfDiscs());
+  FindCall call = callOf(sceneOfDiscs());
   ++call.height;
   EXPECT_EQ(refusal(call), wrongLength);
   EXPECT_EQ(estimate(call), nullptr);
@@ -182,7 +145,7 @@ TEST_F(JavaFindObjects, RefusesAnArrayThatIsNotTheImage) {
 }
 
 TEST_F(JavaFindObjects, RefusesSettingsOutOfTheirRange) {
-  Call call = callOf(sceneOfDiscs());
+  FindCall call = callOf(sceneOfDiscs());
   call.radius = 0.0F;
   EXPECT_EQ(refusal(call),
             "java/lang/IllegalArgumentException: FindSettings: radius is not a number above 0");
@@ -215,7 +178,7 @@ TEST_F(JavaFindObjects, KeepsNothing) {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
   };
-  const Call call = callOf(sceneOfDiscs());
+  const FindCall call = callOf(sceneOfDiscs());
   FloatArray array;
   array.values = call.pixels;
   run(call, &array);

@@ -1,5 +1,6 @@
 import orva.FindSettings;
 import orva.Objects;
+import orva.SegmentSettings;
 
 /** Searches for objects; for a Java machine that checks the native calls. */
 final class CheckedFinds {
@@ -11,6 +12,7 @@ final class CheckedFinds {
       Pgm image = Pgm.black(side, side).with(side / 2, side / 2, 6);
       found += Objects.find(image.grays(), side, side, new FindSettings()).objects().size();
       Objects.estimate(image.grays(), side, side);
+      Objects.segment(image.grays(), side, side, new FindSettings(), new SegmentSettings());
     }
     System.out.println(found + " objects");
   }

@@ -16,6 +16,8 @@ import org.junit.jupiter.api.io.TempDir;
 import orva.FindResult;
 import orva.FindSettings;
 import orva.Objects;
+import orva.SegmentSettings;
+import orva.SegmentedObject;
 import orva.VoteCenter;
 import orva.VoteSettings;
 
@@ -89,15 +91,52 @@ class DocumentTest {
     assertEquals(expected, printedByProgram(example("java", "class FindNuclei")));
   }
 
-  /** In place of the search of the program. */
+  /** The program with other code in place of its search. */
+  private static String programWith(String imports, String code) throws Exception {
+    String program = example("java", "class FindNuclei");
+    return imports + program.substring(0, program.indexOf("    FindResult")) + code + "}\n}\n";
+  }
+
   @Test
   void theVotingInJavaFindsTheCenters() throws Exception {
-    String program = example("java", "class FindNuclei");
-    String code = "import java.util.List;\nimport orva.CircularVoting;\nimport orva.VoteCenter;\n"
-        + "import orva.VoteSettings;\n" + program.substring(0, program.indexOf("    FindResult"))
-        + example("java", "CircularVoting.find")
-        + "for (VoteCenter c : centers) System.out.println(c.x() + \" \" + c.y());\n}\n}\n";
+    String code = programWith("import java.util.List;\nimport orva.CircularVoting;\n"
+            + "import orva.VoteCenter;\nimport orva.VoteSettings;\n",
+        example("java", "CircularVoting.find")
+            + "for (VoteCenter c : centers) System.out.println(c.x() + \" \" + c.y());\n");
     assertEquals(centers().stream().map(c -> c.x() + " " + c.y()).toList(), printedByProgram(code));
+  }
+
+  private static List<SegmentedObject> regions() throws Exception {
+    Pgm image = Pgm.read(SAMPLE);
+    List<SegmentedObject> regions = Objects
+                                        .segment(image.grays(), image.height(), image.width(),
+                                            new FindSettings(), new SegmentSettings())
+                                        .objects();
+    assertTrue(regions.size() > 20, regions::toString);
+    return regions;
+  }
+
+  @Test
+  void segmentingInJavaPrintsTheRegions() throws Exception {
+    String code = programWith("import orva.SegmentResult;\nimport orva.SegmentSettings;\n"
+            + "import orva.SegmentedObject;\n",
+        example("java", "Objects.segment"));
+    assertEquals(
+        regions().stream().map(o -> o.label() + " " + o.area() + " " + o.meanIntensity()).toList(),
+        printedByProgram(code));
+  }
+
+  @Test
+  void theMacroOfSegmentObjectsPrintsTheRegions() throws Exception {
+    assertEquals(
+        regions()
+            .stream()
+            .map(o -> o.label() + " " + (int) o.area() + " " + asPrinted(o.meanIntensity()))
+            .toList(),
+        printedByMacro(example("javascript", "Segment Objects"))
+            .stream()
+            .map(line -> line + " ")
+            .toList());
   }
 
   @Test
@@ -114,7 +153,7 @@ class DocumentTest {
   }
 
   /** As ImageJ prints a number in a macro. */
-  private static String asPrinted(float number) {
+  private static String asPrinted(double number) {
     return IJ.d2s(number, 4).replaceFirst("\\.?0+$", "") + " ";
   }
 

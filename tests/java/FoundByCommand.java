@@ -20,18 +20,24 @@ import orva.FoundObject;
 record FoundByCommand(
     String radius, String polarity, String confidence, List<List<String>> objects) {
   static FoundByCommand in(Path image, FindSettings s) throws IOException, InterruptedException {
-    List<String> command = new ArrayList<>(List.of(System.getProperty("orva.command"), "find",
-        "--quiet", "--format", "json", "--min-score", "" + s.minScore()));
+    List<String> command = command("find", s);
+    command.addAll(List.of("--format", "json", image.toString()));
+    Program.Result result = Program.run(command);
+    assertEquals(0, result.status(), () -> command + " " + result.err());
+    return of(result.out());
+  }
+
+  /** A subcommand that finds objects, with these settings. */
+  static List<String> command(String subcommand, FindSettings s) {
+    List<String> command = new ArrayList<>(List.of(System.getProperty("orva.command"), subcommand,
+        "--quiet", "--min-score", "" + s.minScore()));
     if (s.radius() != null)
       command.addAll(List.of("--radius", "" + s.radius()));
     if (s.minRadius() != null)
       command.addAll(List.of("--radius", s.minRadius() + ":" + s.maxRadius()));
     if (s.polarity() != null)
       command.addAll(List.of("--polarity", s.polarity().name().toLowerCase(Locale.ROOT)));
-    command.add(image.toString());
-    Program.Result result = Program.run(command);
-    assertEquals(0, result.status(), () -> command + " " + result.err());
-    return of(result.out());
+    return command;
   }
 
   private static FoundByCommand of(String json) {

@@ -17,6 +17,7 @@ import orva.VoteSettings;
 final class IjCommand {
   static final String NAME = "Circular Voting...";
   static final String FIND = "Find Objects...";
+  static final String SEGMENT = "Segment Objects...";
 
   private IjCommand() {}
 
@@ -30,6 +31,7 @@ final class IjCommand {
     }
     Menus.getCommands().put(NAME, "orva.imagej.CircularVotingPlugin");
     Menus.getCommands().put(FIND, "orva.imagej.FindObjectsPlugin");
+    Menus.getCommands().put(SEGMENT, "orva.imagej.SegmentObjectsPlugin");
   }
 
   static Path sample(String name) {

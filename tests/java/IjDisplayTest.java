@@ -92,11 +92,6 @@ class IjDisplayTest {
     return dialog.getButtons()[1];
   }
 
-  private static void finish(ImagePlus image, Button button) throws Exception {
-    IjScreen.press(button);
-    IjScreen.await("the end of the command", () -> !image.isLocked());
-  }
-
   private static VoteSettings settings(int radius, float threshold, float sigma) {
     return VoteSettings.ofRadius(radius).withRelativeThreshold(threshold).withSigma(sigma);
   }
@@ -110,6 +105,7 @@ class IjDisplayTest {
   @Test
   void theMenuHasTheCommands() {
     assertEquals("orva.imagej.FindObjectsPlugin", Menus.getCommands().get(IjCommand.FIND));
+    assertEquals("orva.imagej.SegmentObjectsPlugin", Menus.getCommands().get(IjCommand.SEGMENT));
     assertEquals("orva.imagej.CircularVotingPlugin", Menus.getCommands().get(IjCommand.NAME));
     MenuBar bar = Menus.getMenuBar();
     Menu plugins =
@@ -120,7 +116,7 @@ class IjDisplayTest {
                          .map(Menu.class ::cast)
                          .toList(),
         "Orva");
-    assertEquals(List.of(IjCommand.FIND, IjCommand.NAME),
+    assertEquals(List.of(IjCommand.FIND, IjCommand.SEGMENT, IjCommand.NAME),
         IntStream.range(0, orva.getItemCount()).mapToObj(i -> orva.getItem(i).getLabel()).toList());
   }
 
@@ -136,7 +132,7 @@ class IjDisplayTest {
     assertEquals(List.of("Dark objects", " Preview"),
         List.of(box(dialog, 0).getLabel(), box(dialog, 1).getLabel()));
     fill(dialog, "18", "0.25", "2");
-    finish(image, ok(dialog));
+    IjScreen.finish(image, ok(dialog));
     List<String> expected = expected(settings(18, 0.25f, 2));
     assertEquals(expected, IjCommand.rows());
     assertEquals(expected.size(), image.getRoi().size());
@@ -144,7 +140,7 @@ class IjDisplayTest {
 
     dialog = call(image);
     fill(dialog, "18", "0.25", "0");
-    finish(image, ok(dialog));
+    IjScreen.finish(image, ok(dialog));
     assertEquals(
         expected(VoteSettings.ofRadius(18).withRelativeThreshold(0.25f)), IjCommand.rows());
   }
@@ -157,7 +153,7 @@ class IjDisplayTest {
     GenericDialog dialog = call(image);
     IjScreen.tick(dialog.getPreviewCheckbox(), true);
     IjScreen.await("the preview", () -> image.getRoi() instanceof PointRoi);
-    finish(image, cancel(dialog));
+    IjScreen.finish(image, cancel(dialog));
     assertEquals(former, image.getRoi());
     assertNull(image.getOverlay());
     assertEquals(List.of(), IjCommand.rows());
@@ -181,7 +177,7 @@ class IjDisplayTest {
     assertEquals(List.of(), IjCommand.rows());
     IjScreen.tick(dialog.getPreviewCheckbox(), true);
     awaitPoints(image, few.size());
-    finish(image, ok(dialog));
+    IjScreen.finish(image, ok(dialog));
     assertEquals(few, IjCommand.rows());
   }
 
@@ -200,7 +196,7 @@ class IjDisplayTest {
       IjScreen.type(dialog, 0, "20");
       IjScreen.await("OK", () -> ok(dialog).isEnabled());
     }
-    finish(image, cancel(dialog));
+    IjScreen.finish(image, cancel(dialog));
   }
 
   @Test
@@ -210,9 +206,9 @@ class IjDisplayTest {
       ImagePlus image = show(IjCommand.open(SAMPLE));
       GenericDialog dialog = call(image);
       fill(dialog, "19", "0.2", "2");
-      finish(image, ok(dialog));
+      IjScreen.finish(image, ok(dialog));
       String options = "max_radius=19 relative_threshold=0.2 sigma=2";
-      awaitRecord(recorder, "run(\"Circular Voting...\", \"" + options + "\");");
+      IjScreen.awaitRecord(recorder, IjCommand.NAME, options);
 
       ImageStack slices = new ImageStack(image.getWidth(), image.getHeight());
       for (int i = 0; i < 2; i++) slices.addSlice(image.getProcessor().duplicate());
@@ -222,9 +218,9 @@ class IjDisplayTest {
       assertEquals("Stack of 2 images", box(dialog, 1).getLabel());
       IjScreen.tick(box(dialog, 0), true);
       IjScreen.tick(box(dialog, 1), true);
-      finish(stack, ok(dialog));
-      awaitRecord(recorder,
-          "run(\"Circular Voting...\", \"max_radius=19 relative_threshold=0.20 sigma=2 dark stack\");");
+      IjScreen.finish(stack, ok(dialog));
+      IjScreen.awaitRecord(
+          recorder, IjCommand.NAME, "max_radius=19 relative_threshold=0.20 sigma=2 dark stack");
       assertEquals(2 * expected(settings(19, 0.2f, 2).withPolarity(Polarity.DARK)).size(),
           IjCommand.rows().size());
 
@@ -232,16 +228,11 @@ class IjDisplayTest {
       assertTrue(box(dialog, 0).getState() && box(dialog, 1).getState());
       IjScreen.tick(box(dialog, 0), false);
       IjScreen.tick(box(dialog, 1), false);
-      finish(stack, ok(dialog));
+      IjScreen.finish(stack, ok(dialog));
       assertEquals(expected(settings(19, 0.2f, 2)), IjCommand.rows());
     } finally {
       recorder.close();
     }
-  }
-
-  private static void awaitRecord(Recorder recorder, String line) throws Exception {
-    IjScreen.await(line + " in " + recorder.getText(),
-        () -> recorder.getText().lines().anyMatch(line::equals));
   }
 
   @Test
@@ -272,14 +263,18 @@ class IjDisplayTest {
   }
 
   @Test
-  void theScreenshotShowsTheCircles() throws Exception {
+  void theScreenshotsShowTheObjects() throws Exception {
     Path picture = home.resolve("imagej.png");
-    List<Point> marks = IjScreenshot.take(picture);
+    assertShown(picture, IjScreenshot.takeCircles(picture), 20);
+    close();
+    assertShown(picture, IjScreenshot.takeRegions(picture), 10);
+  }
+
+  private static void assertShown(Path picture, List<Point> marks, int min) throws Exception {
     BufferedImage screen = ImageIO.read(picture.toFile());
-    assertTrue(marks.size() > 20, marks::toString);
-    for (Point mark : marks) {
-      assertTrue(hasColour(screen, mark, 2, c -> c.getRed() - c.getBlue() > 100), "circle " + mark);
-    }
+    assertTrue(marks.size() > min, marks::toString);
+    for (Point mark : marks)
+      assertTrue(hasColour(screen, mark, 2, c -> c.getRed() - c.getBlue() > 100), "" + mark);
     assertTrue(Files.size(picture) < 300_000);
   }
 

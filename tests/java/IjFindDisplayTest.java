@@ -5,7 +5,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import ij.Executer;
 import ij.IJ;
-import ij.ImageJ;
 import ij.ImagePlus;
 import ij.ImageStack;
 import ij.gui.GenericDialog;
@@ -18,13 +17,9 @@ import ij.process.ByteProcessor;
 import java.awt.Button;
 import java.awt.Checkbox;
 import java.awt.Choice;
-import java.awt.EventQueue;
-import java.awt.event.ItemEvent;
 import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.List;
-import java.util.stream.Stream;
-import javax.swing.JLabel;
 import org.junit.jupiter.api.AfterAll;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeAll;
@@ -37,12 +32,11 @@ class IjFindDisplayTest {
   private static final String SAMPLE = "dsb_sparse_a";
   private static final FindSettings OPEN = new FindSettings();
   private static Path home;
-  private static ImageJ imagej;
 
   @BeforeAll
   static void start() throws Exception {
     home = IjScreen.install();
-    imagej = IjScreen.start(home);
+    IjScreen.start(home);
   }
 
   @AfterAll
@@ -69,51 +63,25 @@ class IjFindDisplayTest {
     Analyzer.setUnsavedMeasurements(false); // else ImageJ asks whether to save the former table
     new Executer(IjCommand.FIND, image);
     GenericDialog dialog = IjScreen.dialog();
-    IjScreen.type(dialog, 0, radius);
-    IjScreen.type(dialog, 1, score);
-    choose(dialog, polarity);
+    IjScreen.typeText(dialog, radius);
+    IjScreen.type(dialog, 0, score);
+    IjScreen.choose(dialog, polarity);
     IjScreen.tick(manager(dialog), false);
     return dialog;
   }
 
-  private static void choose(GenericDialog dialog, String polarity) throws Exception {
-    Choice choice = (Choice) dialog.getChoices().get(0);
-    EventQueue.invokeAndWait(() -> {
-      choice.select(polarity);
-      choice.dispatchEvent(
-          new ItemEvent(choice, ItemEvent.ITEM_STATE_CHANGED, polarity, ItemEvent.SELECTED));
-    });
-  }
-
   private static Checkbox manager(GenericDialog dialog) {
-    return (Checkbox) dialog.getCheckboxes().get(0);
-  }
-
-  private static void finish(ImagePlus image, Button button) throws Exception {
-    IjScreen.press(button);
-    IjScreen.await("the end of the command", () -> !image.isLocked());
+    return IjScreen.box(dialog, "Add to ROI manager");
   }
 
   private static void accept(ImagePlus image, GenericDialog dialog) throws Exception {
-    finish(image, dialog.getButtons()[0]);
+    IjScreen.finish(image, dialog.getButtons()[0]);
   }
 
   private static List<String> expected(FindSettings settings) throws Exception {
     List<String> rows = IjFound.expected(1, SAMPLE, settings);
     assertFalse(rows.isEmpty());
     return rows;
-  }
-
-  private static String status() {
-    return Arrays.stream(imagej.getStatusBar().getComponents())
-        .filter(JLabel.class ::isInstance)
-        .map(label -> ((JLabel) label).getText())
-        .findFirst()
-        .orElseThrow();
-  }
-
-  private static void awaitStatus(String start) throws Exception {
-    IjScreen.await(start + " instead of " + status(), () -> status().startsWith(start));
   }
 
   private static void awaitCircles(ImagePlus image, List<String> rows) throws Exception {
@@ -126,8 +94,7 @@ class IjFindDisplayTest {
   void okRunsWithTheValuesOfTheDialog() throws Exception {
     ImagePlus image = show(IjCommand.open(SAMPLE));
     GenericDialog dialog = call(image, "0", "estimate", "0.5");
-    assertEquals(List.of("Add to ROI manager", " Preview"),
-        Stream.of(0, 1).map(i -> ((Checkbox) dialog.getCheckboxes().get(i)).getLabel()).toList());
+    assertEquals(List.of("Add to ROI manager", " Preview"), IjScreen.boxes(dialog));
     accept(image, dialog);
     assertEquals(expected(OPEN), IjFound.rows());
     awaitCircles(image, expected(OPEN));
@@ -145,16 +112,35 @@ class IjFindDisplayTest {
     String start = String.format("%d bright objects of radius about %.1f pixels, confidence %.2f",
         found.objects().size(), Double.parseDouble(found.radius()),
         Double.parseDouble(found.confidence()));
-    awaitStatus(start);
+    IjScreen.awaitStatus(start);
     IJ.wait(300); // the end of the command shows nothing else
-    awaitStatus(start);
+    IjScreen.awaitStatus(start);
+  }
+
+  /** As the command does from the same confidence. */
+  @Test
+  void theStatusLineSaysThatAConfidenceIsLow() throws Exception {
+    ByteProcessor ip = IjCommand.spots(200, 100, 20, 25, 50, 25, 80, 25, 110, 25, 140, 25, 170, 25);
+    ip.add(50);
+    ip.setValue(0);
+    for (int x = 20; x <= 140; x += 30) ip.fillOval(x - 6, 64, 13, 13);
+    ImagePlus image = show(new ImagePlus("mixed", ip));
+    accept(image, call(image, "0", "estimate", "0.5"));
+    assertEquals(6, IjFound.rows().size());
+    IjScreen.awaitStatus("6 bright objects of radius about 6.");
+    IjScreen.awaitStatusEnd("; this is low: check the outlines, or set radius and polarity");
+    ip.setValue(50);
+    ip.fillRect(70, 60, 100, 30);
+    accept(image, call(image, "0", "estimate", "0.5"));
+    assertEquals(6, IjFound.rows().size());
+    IjScreen.awaitStatusEnd("confidence 0.75");
   }
 
   @Test
   void theStatusLineSaysThatNothingWasFound() throws Exception {
     ImagePlus image = show(new ImagePlus("empty", new ByteProcessor(80, 60)));
     accept(image, call(image, "0", "estimate", "0.5"));
-    awaitStatus("No objects found");
+    IjScreen.awaitStatus("No objects found");
     assertEquals(List.of(), IjFound.rows());
   }
 
@@ -170,8 +156,8 @@ class IjFindDisplayTest {
     IjScreen.tick(dialog.getPreviewCheckbox(), true);
     awaitCircles(image, many);
     assertEquals(many.size() + 1, image.getOverlay().size());
-    awaitStatus(many.size() + " bright objects of radius about");
-    IjScreen.type(dialog, 1, "0.99");
+    IjScreen.awaitStatus(many.size() + " bright objects of radius about");
+    IjScreen.type(dialog, 0, "0.99");
     awaitCircles(image, few);
     IjScreen.tick(dialog.getPreviewCheckbox(), false);
     IjScreen.await("the former overlay", () -> image.getOverlay() == former);
@@ -193,7 +179,7 @@ class IjFindDisplayTest {
     GenericDialog dialog = call(image, "0", "estimate", "0.5");
     IjScreen.tick(dialog.getPreviewCheckbox(), true);
     IjScreen.await("the preview", () -> image.getOverlay() != former);
-    finish(image, dialog.getButtons()[1]);
+    IjScreen.finish(image, dialog.getButtons()[1]);
     assertEquals(former, image.getOverlay());
     assertEquals(1, former.size());
     assertEquals(selection, image.getRoi());
@@ -205,15 +191,15 @@ class IjFindDisplayTest {
     ImagePlus image = show(IjCommand.open(SAMPLE));
     GenericDialog dialog = call(image, "0", "estimate", "0.5");
     Button ok = dialog.getButtons()[0];
-    for (String wrong : List.of("-1", "abc", "")) {
-      IjScreen.type(dialog, 0, wrong);
+    for (String wrong : List.of("-1", "abc", "", "9:5", "5:", "5:7:9")) {
+      IjScreen.typeText(dialog, wrong);
       IjScreen.await("no OK for " + wrong, () -> !ok.isEnabled());
-      IjScreen.type(dialog, 0, "0");
+      IjScreen.typeText(dialog, "0");
       IjScreen.await("OK", () -> ok.isEnabled());
     }
-    IjScreen.type(dialog, 1, "1.5");
+    IjScreen.type(dialog, 0, "1.5");
     IjScreen.await("no OK for the score", () -> !ok.isEnabled());
-    finish(image, dialog.getButtons()[1]);
+    IjScreen.finish(image, dialog.getButtons()[1]);
   }
 
   @Test
@@ -223,10 +209,10 @@ class IjFindDisplayTest {
     ImagePlus stack = show(new ImagePlus("stack", slices));
     GenericDialog dialog = call(stack, "0", "estimate", "0.5");
     IjScreen.tick(manager(dialog), true);
-    IjScreen.tick((Checkbox) dialog.getCheckboxes().get(1), true);
+    IjScreen.tick(IjScreen.box(dialog, "Stack"), true);
     accept(stack, dialog);
     List<String> expected = IjFound.asCircles(IjFound.rows());
-    awaitStatus(expected.size() + " objects in 2 images");
+    IjScreen.awaitStatus(expected.size() + " objects in 2 images");
     RoiManager manager = RoiManager.getInstance2();
     try {
       assertEquals(expected,
@@ -245,29 +231,26 @@ class IjFindDisplayTest {
     try {
       ImagePlus image = show(IjCommand.open(SAMPLE));
       accept(image, call(image, "0", "estimate", "0.5"));
-      awaitRecord(recorder, "radius=0 polarity=estimate score=0.5");
-      GenericDialog dialog = call(image, "15.5", "dark", "0.1");
+      IjScreen.awaitRecord(recorder, IjCommand.FIND, "radius=0 polarity=estimate min_score=0.5");
+      GenericDialog dialog = call(image, "5:15.5", "dark", "0.1");
       IjScreen.tick(manager(dialog), true);
       accept(image, dialog);
       RoiManager.getInstance2().close();
-      awaitRecord(recorder, "radius=15.5 polarity=dark score=0.1 add");
+      assertFalse(recorder.getText().contains("roiManager"), recorder.getText());
+      IjScreen.awaitRecord(
+          recorder, IjCommand.FIND, "radius=5:15.5 polarity=dark min_score=0.1 add");
 
       new Executer(IjCommand.FIND, image);
       Analyzer.setUnsavedMeasurements(false);
       dialog = IjScreen.dialog();
-      assertEquals(List.of("15.50", "0.10"), IjScreen.texts(dialog));
+      assertEquals("5:15.5", IjScreen.textField(dialog).getText());
+      assertEquals(List.of("0.10"), IjScreen.texts(dialog));
       assertEquals("dark", ((Choice) dialog.getChoices().get(0)).getSelectedItem());
       assertTrue(manager(dialog).getState());
-      finish(image, dialog.getButtons()[1]);
+      IjScreen.finish(image, dialog.getButtons()[1]);
     } finally {
       recorder.close();
     }
-  }
-
-  private static void awaitRecord(Recorder recorder, String options) throws Exception {
-    String line = "run(\"Find Objects...\", \"" + options + "\");";
-    IjScreen.await(line + " in " + recorder.getText(),
-        () -> recorder.getText().lines().anyMatch(line::equals));
   }
 
   @Test
@@ -275,6 +258,6 @@ class IjFindDisplayTest {
     IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "'); run('Find Objects...', 'radius=0');"
         + "showStatus('my own');");
     assertEquals(expected(OPEN), IjFound.rows());
-    awaitStatus("my own");
+    IjScreen.awaitStatus("my own");
   }
 }

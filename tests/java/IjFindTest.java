@@ -63,14 +63,15 @@ class IjFindTest {
   void everyKeyIsASettingOfTheCommand() throws Exception {
     ImagePlus image = IjCommand.open(SAMPLE);
     List<String> open = expected(OPEN);
-    for (String options : List.of("radius=0", "polarity=estimate", "score=0.5", "polarity=bright"))
+    for (String options :
+        List.of("radius=0", "polarity=estimate", "min_score=0.5", "polarity=bright"))
       assertEquals(open, IjFound.run(image, options), options);
     List<String> large = IjFound.expected(1, SAMPLE, OPEN.withRadius(15.5f));
     assertNotEquals(open, large);
     assertEquals(large, IjFound.run(image, "radius=15.5"));
     List<String> sure = IjFound.expected(1, SAMPLE, OPEN.withMinScore(0.99f));
     assertNotEquals(open, sure);
-    assertEquals(sure, IjFound.run(image, "score=.99"));
+    assertEquals(sure, IjFound.run(image, "min_score=.99"));
     List<String> minority = IjFound.expected(1, "dsb_histw_a", OPEN.withPolarity(Polarity.BRIGHT));
     assertTrue(minority.size() > 5, minority::toString);
     assertEquals(minority, IjFound.run(IjCommand.open("dsb_histw_a"), "polarity=bright"));
@@ -79,14 +80,30 @@ class IjFindTest {
   @Test
   void optionsMayNameVariablesOfTheMacro() throws Exception {
     IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "'); r = 15.5; s = 0.6; p = 'bright';"
-        + "run('Find Objects...', 'radius=&r score=s polarity=&p');");
+        + "run('Find Objects...', 'radius=&r min_score=s polarity=&p');");
     assertEquals(expected(OPEN.withRadius(15.5f).withMinScore(0.6f).withPolarity(Polarity.BRIGHT)),
         IjFound.rows());
   }
 
   @Test
+  void theRadiusMayBeARange() throws Exception {
+    List<String> inRange = expected(OPEN.withMinRadius(5.5f).withMaxRadius(7));
+    assertNotEquals(expected(OPEN), inRange);
+    ImagePlus image = IjCommand.open(SAMPLE);
+    assertEquals(inRange, IjFound.run(image, "radius=5.5:7"));
+    assertEquals(inRange, IjFound.run(image, "radius=[5.5 : 7.0]"));
+    assertEquals(expected(OPEN), IjFound.run(image, "radius=0:1000"));
+    for (String radius : List.of("&a:&b", "a:b", "&range", "range")) {
+      IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "'); a = 5.5; b = 7; range = '5.5:7';"
+          + "run('Find Objects...', 'radius=" + radius + "');");
+      assertEquals(inRange, IjFound.rows(), radius);
+    }
+  }
+
+  @Test
   void theEndOfALongerKeyIsNoKey() throws Exception {
-    assertEquals(expected(OPEN), IjFound.run(IjCommand.open(SAMPLE), "max_radius=15.5"));
+    assertEquals(expected(OPEN),
+        IjFound.run(IjCommand.open(SAMPLE), "max_radius=15.5 min_min_score=0.99 a_polarity=dark"));
   }
 
   @Test
@@ -188,10 +205,14 @@ class IjFindTest {
 
   @ParameterizedTest
   @CsvSource({"radius=-1, 'The radius must be above 0, not -1'",
-      "radius=abc, 'radius must be a number, not abc'",
+      "radius=abc, 'radius must be a number or a range A:B, not abc'",
+      "radius=5:, 'radius must be a number or a range A:B, not 5:'",
+      "radius=5:7:9, 'radius must be a number or a range A:B, not 5:7:9'",
+      "radius=9:5, 'The maximum radius must be at least 9, not 5'",
       "polarity=both, 'polarity must be estimate, bright or dark, not both'",
-      "score=1.5, 'The minimum score must be 0 to 1, not 1.5'",
-      "score=no, 'score must be a number, not no'", "add, 'The ROI manager needs a display'"})
+      "min_score=1.5, 'The minimum score must be 0 to 1, not 1.5'",
+      "min_score=no, 'min_score must be a number, not no'",
+      "add, 'The ROI manager needs a display'"})
   void
   aWrongOptionIsNamedAndChangesNothing(String option, String message) throws Exception {
     ImagePlus image = IjCommand.open(SAMPLE);
@@ -207,11 +228,12 @@ class IjFindTest {
 
   @Test
   void aWrongOptionEndsTheMacro() {
-    String out = IjCommand.printed(()
-                                       -> IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "');"
-                                           + "print('before'); run('Find Objects...', 'score=no');"
-                                           + "print('after');"));
-    assertEquals(List.of("before", "Find Objects: score must be a number, not no"),
+    String out =
+        IjCommand.printed(()
+                              -> IJ.runMacro("open('" + IjCommand.sample(SAMPLE) + "');"
+                                  + "print('before'); run('Find Objects...', 'min_score=no');"
+                                  + "print('after');"));
+    assertEquals(List.of("before", "Find Objects: min_score must be a number, not no"),
         out.lines().limit(2).toList());
     assertFalse(out.contains("after"), out);
   }

@@ -17,6 +17,14 @@ struct FloatArray : _jfloatArray {
   std::vector<jfloat> values;
 };
 
+struct IntArray : _jintArray {
+  std::vector<jint> values;
+};
+
+struct DoubleArray : _jdoubleArray {
+  std::vector<jdouble> values;
+};
+
 struct ExceptionClass : _jclass {
   std::string name;
 };
@@ -25,6 +33,8 @@ struct ExceptionClass : _jclass {
 struct Machine {
   bool creates = true;
   FloatArray result;
+  DoubleArray doubles;  // the result of a method that returns these
+  IntArray integers;    // the one array of integers that a method may take
   ExceptionClass exception;
   std::string message;
 };
@@ -32,6 +42,7 @@ struct Machine {
 inline Machine machine;
 
 inline jsize arrayLength(JNIEnv* /*env*/, jarray array) {
+  if (array == &machine.integers) return static_cast<jsize>(machine.integers.values.size());
   return static_cast<jsize>(static_cast<FloatArray*>(array)->values.size());
 }
 
@@ -50,6 +61,26 @@ inline jfloatArray newArray(JNIEnv* /*env*/, jsize length) {
 inline void setRegion(JNIEnv* /*env*/, jfloatArray array, jsize start, jsize length,
                       const jfloat* from) {
   std::copy_n(from, length, static_cast<FloatArray*>(array)->values.begin() + start);
+}
+
+inline jdoubleArray newDoubleArray(JNIEnv* /*env*/, jsize length) {
+  if (!machine.creates) return nullptr;
+  machine.doubles.values.assign(static_cast<std::size_t>(length), -1.0);
+  return &machine.doubles;
+}
+
+inline void setDoubleRegion(JNIEnv* /*env*/, jdoubleArray array, jsize start, jsize length,
+                            const jdouble* from) {
+  ASSERT_EQ(array, &machine.doubles);
+  ASSERT_LE(static_cast<std::size_t>(start + length), machine.doubles.values.size());
+  std::copy_n(from, length, machine.doubles.values.begin() + start);
+}
+
+inline void setIntRegion(JNIEnv* /*env*/, jintArray array, jsize start, jsize length,
+                         const jint* from) {
+  ASSERT_EQ(array, &machine.integers);
+  ASSERT_LE(static_cast<std::size_t>(start + length), machine.integers.values.size());
+  std::copy_n(from, length, machine.integers.values.begin() + start);
 }
 
 inline jclass findClass(JNIEnv* /*env*/, const char* name) {
@@ -72,6 +103,9 @@ class JavaCalls : public testing::Test {
     table_.GetFloatArrayRegion = getRegion;
     table_.NewFloatArray = newArray;
     table_.SetFloatArrayRegion = setRegion;
+    table_.NewDoubleArray = newDoubleArray;
+    table_.SetDoubleArrayRegion = setDoubleRegion;
+    table_.SetIntArrayRegion = setIntRegion;
     table_.FindClass = findClass;
     table_.ThrowNew = throwNew;
     env_.functions = &table_;

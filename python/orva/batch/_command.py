@@ -13,21 +13,22 @@ from collections.abc import Iterable
 from typing import Any, NoReturn
 
 from .. import _options as options
-from .._objects import combined, find_settings
+from .._objects import combined
 from .._voting import complete
 from ._cluster import client, run_all
 from ._interrupt import ignore_interrupts
 from ._interrupt import run as run_interruptible
-from ._jobs import Job, Result, estimate, run
+from ._jobs import REGION_SETTINGS, Job, Method, Result, estimate, run, settings_of_regions
 from ._summary import summary_files, write_summary
 
 _EPILOG = """\
 Radius and polarity are estimated from each image. A setting of the voting selects the voting instead.
 
 DIR receives a table x,y,radius,score per image, objects.csv with all objects, summary.csv with one row
-per image, failures.csv and counts.png; of the voting, tables x,y,weight, and centers.csv with all
-centers. A repeated run skips images whose file and settings have not changed. The exit status is 0,
-1 if an image failed, or 2 for a usage error.
+per image, failures.csv and counts.png; with --segment, tables of measurements, and the label image
+NAME_labels.tif per image; of the voting, tables x,y,weight, and centers.csv with all centers. A repeated
+run skips images whose file and settings have not changed. The exit status is 0, 1 if an image failed,
+or 2 for a usage error.
 
 Example: the nuclei of a plate, on four processors
   python -m orva.batch plate/*.tif --out results --workers 4
@@ -91,6 +92,21 @@ def _parser() -> argparse.ArgumentParser:
         default=None,
         help="one estimate over all images, then the same radius and polarity for each",
     )
+    regions = parser.add_argument_group("regions", "as for orva segment")
+    regions.add_argument(
+        "--segment",
+        action="store_true",
+        default=None,
+        help="label and measure the pixels of each object",
+    )
+    regions.add_argument("--min-area", type=float, metavar="N", help="leave out smaller ones, in pixels")
+    regions.add_argument("--max-area", type=float, metavar="N", help="leave out larger ones, in pixels")
+    regions.add_argument(
+        "--exclude-border",
+        action="store_true",
+        default=None,
+        help="leave out objects that touch the border of the image",
+    )
     vote = parser.add_argument_group("voting", "as for orva vote; each of these selects the voting")
     vote.add_argument("--min-radius", type=_whole, metavar="N", help="nearest vote; default 1")
     vote.add_argument("--max-radius", type=_whole, metavar="N", help="farthest vote; default 20")
@@ -108,26 +124,30 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
-def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], bool]:
-    """What was given, checked, and whether it selects the voting; the rest has the defaults."""
+def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], Method]:
+    """What was given, checked, and the method that it selects; the rest has the defaults."""
     others = ("images", "out", "scheduler", "workers")
     given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
     common = {"frame", "polarity"}
-    of_find = given.keys() & {"radius", "min_score", "same_settings"}
+    of_regions = given.keys() & REGION_SETTINGS
+    of_find = given.keys() & {"radius", "min_score", "same_settings", "segment"} | of_regions
     of_vote = given.keys() - of_find - common
     if given.get("polarity") == "both":
         of_vote.add("polarity both")
     if of_find and of_vote:
         one, other = (_option(min(names)) for names in (of_find, of_vote))
         raise ValueError(f"{other} belongs to the voting and {one} does not; give one of them")
+    if of_regions and "segment" not in given:
+        raise ValueError(f"{_option(min(of_regions))} goes with --segment")
     options.whole("frame", given.get("frame", 0), 0, 65534)
     given.pop("same_settings", None)
+    method: Method = "vote" if of_vote else "segment" if given.pop("segment", False) else "find"
     checked = {k: v for k, v in given.items() if k != "frame"}
-    if of_vote:
+    if method == "vote":
         complete(checked)
     else:
-        find_settings(**checked)
-    return given, bool(of_vote)
+        settings_of_regions(checked)
+    return given, method
 
 
 def _option(name: str) -> str:
@@ -135,10 +155,10 @@ def _option(name: str) -> str:
 
 
 def _jobs(
-    images: list[str], out: pathlib.Path, settings: dict[str, Any], votes: bool
+    images: list[str], out: pathlib.Path, settings: dict[str, Any], method: Method
 ) -> list[Job]:
     """A job an image; two images of one name would have one table."""
-    reserved = {pathlib.Path(name).stem for name in summary_files(votes) if name.endswith(".csv")}
+    reserved = {pathlib.Path(name).stem for name in summary_files(method) if name.endswith(".csv")}
     seen: dict[str, str] = {}
     jobs = []
     for image in images:
@@ -148,7 +168,7 @@ def _jobs(
             raise ValueError(f"{image}: its table would be the batch's {name}.csv; rename it")
         if seen.setdefault(name, path) != path:
             raise ValueError(f"{image} and {seen[name]} would both have the table {name}.csv")
-        jobs.append(Job(path, str(out / f"{name}.csv"), settings, votes))
+        jobs.append(Job(path, str(out / f"{name}.csv"), settings, method))
     if len(jobs) != len(seen):
         raise ValueError("an image is named twice")
     _require_apart(jobs, out)
@@ -157,8 +177,8 @@ def _jobs(
 
 def _require_apart(jobs: list[Job], out: pathlib.Path) -> None:
     """Raises ValueError for an image in the place of a result."""
-    results = [out / name for name in summary_files(jobs[0].votes)]
-    results += [pathlib.Path(job.table) for job in jobs] + [job.record for job in jobs]
+    results = [out / name for name in summary_files(jobs[0].method)]
+    results += [path for job in jobs for path in job.files]
     places = {os.path.join(os.path.realpath(out), path.name) for path in results}
     for job in jobs:
         directory, name = os.path.split(job.image)
@@ -187,7 +207,7 @@ def _run(
             if same_settings:
                 final = _frozen(jobs, run_all(estimate, jobs, c, stop, "estimates: "))
             results = run_all(run, final, c, stop)
-        write_summary(out, results, jobs[0].votes)
+        write_summary(out, results, jobs[0].method)
         return results
 
     return run_interruptible(work)

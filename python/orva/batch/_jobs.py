@@ -1,4 +1,4 @@
-"""The objects or centers of one image, as a table in a file that is not made twice."""
+"""The objects, regions or centers of one image, in files that are not made twice."""
 
 from __future__ import annotations
 
@@ -15,36 +15,53 @@ import tempfile
 import time
 import uuid
 from collections.abc import Callable, Iterator, Sequence
-from typing import Any
+from typing import Any, Literal
 
 import numpy as np
+import numpy.typing as npt
 
 import orva
 
+from .. import _orva
 from .._arrays import Image
-from .._objects import SettingsEstimate, find_settings, search
+from .._objects import FindSettings, SettingsEstimate, find_settings, search
+from .._segment import SegmentSettings, regions_of, segment_settings
 from ._grid import MAX_SIDE
 from ._object_tiles import estimate_in_tiles, search_in_tiles
 from ._tiles import find_centers_in_tiles
 
 _NO_ANSWER = 70  # a status with which the library never exits
 
+REGION_SETTINGS = frozenset(field.name for field in dataclasses.fields(SegmentSettings))
+
 Center = tuple[int, int, float]
+Method = Literal["find", "segment", "vote"]
 
 
 @dataclasses.dataclass(frozen=True)
 class Job:
-    """An image, its table, and the settings: those of find_objects(), or of find_centers() to vote."""
+    """An image, its table, and the settings: those of find_objects(), segment() or find_centers()."""
 
     image: str
     table: str
     settings: dict[str, Any]
-    votes: bool = False
+    method: Method = "find"
 
     @property
     def record(self) -> pathlib.Path:
         """The file that records the input and the settings of the table."""
         return pathlib.Path(self.table).with_suffix(".json")
+
+    @property
+    def labels(self) -> pathlib.Path | None:
+        """The file of the label image, where there is one."""
+        table = pathlib.Path(self.table)
+        return table.with_name(f"{table.stem}_labels.tif") if self.method == "segment" else None
+
+    @property
+    def files(self) -> list[pathlib.Path]:
+        """All files that the job writes."""
+        return [pathlib.Path(self.table), self.record, *filter(None, [self.labels])]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -62,14 +79,14 @@ class Result:
     used: SettingsEstimate | None = None  # radius and polarity, except of a voting
 
 
-def _digest(path: str) -> str:
+def _digest(path: str | pathlib.Path) -> str:
     with open(path, "rb") as file:
         return hashlib.file_digest(file, "sha256").hexdigest()
 
 
 def _origin(job: Job) -> dict[str, Any]:
-    """All that the table depends on."""
-    method = {} if job.votes else {"method": "find"}
+    """All that the results depend on."""
+    method = {} if job.method == "vote" else {"method": job.method}
     return {
         "version": orva.__version__,
         **method,
@@ -86,16 +103,18 @@ def _record(job: Job) -> dict[str, Any]:
     try:
         text = job.record.read_text(encoding="utf-8", errors="replace")
     except FileNotFoundError:
-        if os.path.lexists(job.table):
-            raise ValueError(f"{job.table} is there, and not from a batch") from None
-        return {}
-    if '"origin"' not in text:
-        raise ValueError(f"{job.record} is there, and not from a batch")
-    try:
-        record = json.loads(text)
-    except ValueError:
-        return {}
-    return record if isinstance(record, dict) else {}
+        text = ""
+    record: dict[str, Any] | None = None
+    with contextlib.suppress(ValueError):
+        value = json.loads(text)
+        record = value if isinstance(value, dict) else None
+    for path in job.files:
+        is_ours = '"origin"' in text
+        if path == job.labels and record is not None:  # a damaged record may have had labels
+            is_ours = "labels" in record
+        if not is_ours and os.path.lexists(path):
+            raise ValueError(f"{path} is there, and not from a batch")
+    return record or {}
 
 
 def _guess_in(value: Any, runner_up: SettingsEstimate | None) -> SettingsEstimate:
@@ -118,11 +137,13 @@ def _finished(job: Job, record: dict[str, Any], origin: dict[str, Any]) -> Resul
     try:
         if record["origin"] != origin or _digest(job.table) != record["table"]:
             return None
+        if job.labels and _digest(job.labels) != record["labels"]:
+            return None
         result = Result(**record["result"])
         numbers = (result.width, result.height, result.centers, result.seconds)
         if result.error or not all(type(n) in (int, float) for n in numbers):
             return None
-        used = None if job.votes else _estimate_in(result.used)
+        used = None if job.method == "vote" else _estimate_in(result.used)
         return dataclasses.replace(result, image=job.image, table=job.table, skipped=True, used=used)
     except (OSError, ValueError, KeyError, TypeError):
         return None
@@ -155,9 +176,9 @@ def _shortest(weight: np.float32) -> str:
     return power if len(power) < len(plain) else plain
 
 
-def read_rows(path: str, votes: bool) -> Sequence[Sequence[Any]]:
+def read_rows(path: str, method: Method) -> Sequence[Sequence[Any]]:
     """The rows of a table, without its header."""
-    if votes:
+    if method == "vote":
         return read_centers(path)
     with open(path, encoding="utf-8", newline="") as file:
         return list(csv.reader(file))[1:]
@@ -170,7 +191,7 @@ def read_centers(path: str) -> list[Center]:
 
 
 def run(job: Job) -> Result:
-    """Finds the objects of an image and writes its table, unless that has been done before.
+    """Finds the objects of an image and writes its files, unless that has been done before.
 
     All that is wrong with the image is in the result; nothing is raised. The work is done in a child
     process, as the library ends its process when memory runs out.
@@ -228,25 +249,64 @@ def _not_terminated() -> Iterator[None]:
         signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
-def _voted(plane: Image, settings: dict[str, Any]) -> tuple[str, int]:
-    """The table of the centers, and their number."""
+@dataclasses.dataclass(frozen=True)
+class _Findings:
+    """The results of an image: the table, its rows, what was estimated, and the file of the labels."""
+
+    table: str
+    count: int
+    used: SettingsEstimate | None = None
+    labels: bytes = b""
+
+
+def _voted(plane: Image, settings: dict[str, Any]) -> _Findings:
+    """The centers of an image."""
     if max(plane.shape) > MAX_SIDE:
         centers = find_centers_in_tiles(plane, **settings)
     else:
         centers = orva.find_centers(plane, **settings)
     rows = "".join(f"{c['x']},{c['y']},{_shortest(c['weight'])}\n" for c in centers)
-    return "x,y,weight\n" + rows, len(centers)
+    return _Findings("x,y,weight\n" + rows, len(centers))
 
 
-def _found(plane: Image, settings: dict[str, Any]) -> tuple[str, int, SettingsEstimate]:
-    """The table of the objects, rounded as by the command; their number, and what was used."""
-    told = find_settings(**settings)
-    is_large = max(plane.shape) > MAX_SIDE
-    objects, used = search_in_tiles(plane, told) if is_large else search(plane, told)
+def _search(
+    plane: Image, told: FindSettings
+) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
+    """The objects of an image of any size, and the radius and polarity used."""
+    return search_in_tiles(plane, told) if max(plane.shape) > MAX_SIDE else search(plane, told)
+
+
+def _found(plane: Image, settings: dict[str, Any]) -> _Findings:
+    """The objects of an image, rounded as by the command."""
+    objects, used = _search(plane, find_settings(**settings))
     rows = "".join(
         f"{o['x']:.3f},{o['y']:.3f},{o['radius']:.3f},{o['score']:.3f}\n" for o in objects
     )
-    return "x,y,radius,score\n" + rows, len(objects), used
+    return _Findings("x,y,radius,score\n" + rows, len(objects), used)
+
+
+def settings_of_regions(settings: dict[str, Any]) -> tuple[FindSettings, SegmentSettings]:
+    """The settings of the search and those of the regions; raises as segment() does."""
+    regions = {name: settings[name] for name in settings.keys() & REGION_SETTINGS}
+    others = {name: settings[name] for name in settings.keys() - REGION_SETTINGS}
+    return find_settings(**others), segment_settings(**regions)
+
+
+def _segmented(plane: Image, settings: dict[str, Any]) -> _Findings:
+    """The regions of an image, with the files of the command."""
+    told, kept = settings_of_regions(settings)
+    objects, used = _search(plane, told)
+    labels, table = regions_of(plane, objects, used.polarity, kept)
+    return _Findings(
+        _orva.regions_as_csv(table), len(table), used, _orva.labels_as_tiff(labels)
+    )
+
+
+_METHODS: dict[Method, Callable[[Image, dict[str, Any]], _Findings]] = {
+    "find": _found,
+    "segment": _segmented,
+    "vote": _voted,
+}
 
 
 def _write_record(job: Job, record: dict[str, Any]) -> None:
@@ -267,28 +327,30 @@ def _run(job: Job) -> Result:
     if finished:
         return finished
     plane, settings = _read(job)
-    used = None
-    if job.votes:
-        table, count = _voted(plane, settings)
-    else:
-        table, count, used = _found(plane, settings)
+    found = _METHODS[job.method](plane, settings)
     height, width = plane.shape
     seconds = time.perf_counter() - start
-    result = Result(job.image, job.table, width, height, count, seconds, used=used)
+    result = Result(job.image, job.table, width, height, found.count, seconds, used=found.used)
     values = dataclasses.asdict(result)
-    if job.votes:
+    if job.method == "vote":
         del values["used"]
     new = {
         "origin": origin,
-        "table": hashlib.sha256(table.encode()).hexdigest(),
+        "table": hashlib.sha256(found.table.encode()).hexdigest(),
         "result": values,
     }
-    if not job.votes and "estimate" in record:
+    if job.labels:
+        new["labels"] = hashlib.sha256(found.labels).hexdigest()
+    elif "labels" in record:  # the file is still there, and from a batch
+        new["labels"] = record["labels"]
+    if job.method != "vote" and "estimate" in record:
         new["estimate"] = record["estimate"]
     with _not_terminated():
         # First, so that a table without a record is none of ours.
         _write_record(job, new)
-        write_whole(pathlib.Path(job.table), table)
+        if job.labels:
+            write_whole(job.labels, found.labels)
+        write_whole(pathlib.Path(job.table), found.table)
     return result
 
 
@@ -300,7 +362,7 @@ def _estimate(job: Job) -> Result:
         if record["estimate"]["origin"] == origin:
             return Result(job.image, skipped=True, used=_estimate_in(record["estimate"]["used"]))
     plane, settings = _read(job)
-    told = find_settings(**settings)
+    told = settings_of_regions(settings)[0]
     is_large = max(plane.shape) > MAX_SIDE
     used = estimate_in_tiles(plane, told) if is_large else search(plane, told)[1]
     record["estimate"] = {"origin": origin, "used": dataclasses.asdict(used)}

@@ -8,16 +8,24 @@ import pathlib
 from collections.abc import Iterable, Sequence
 from typing import Any
 
-from ._jobs import Result, read_rows, write_whole
+from .._segment import COLUMNS
+from ._jobs import Method, Result, read_rows, write_whole
+
+# Of the tables of the images.
+_COLUMNS: dict[Method, tuple[str, ...]] = {
+    "find": ("x", "y", "radius", "score"),
+    "segment": COLUMNS,
+    "vote": ("x", "y", "weight"),
+}
 
 
-def summary_files(votes: bool) -> tuple[str, ...]:
+def summary_files(method: Method) -> tuple[str, ...]:
     """The names of what write_summary() writes."""
-    return f"{_noun(votes)}.csv", "summary.csv", "failures.csv", "counts.png"
+    return f"{_noun(method)}.csv", "summary.csv", "failures.csv", "counts.png"
 
 
-def _noun(votes: bool) -> str:
-    return "centers" if votes else "objects"
+def _noun(method: Method) -> str:
+    return "centers" if method == "vote" else "objects"
 
 
 def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[Any]]) -> None:
@@ -28,16 +36,16 @@ def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[
     write_whole(path, text.getvalue())
 
 
-def write_summary(directory: pathlib.Path, results: list[Result], votes: bool) -> None:
+def write_summary(directory: pathlib.Path, results: list[Result], method: Method) -> None:
     """Writes the summary files, images in the order given."""
     done = [r for r in results if not r.error]
-    everything, summary = summary_files(votes)[:2]
+    everything, summary = summary_files(method)[:2]
     _write_csv(
         directory / everything,
-        ("file", "x", "y", "weight") if votes else ("file", "x", "y", "radius", "score"),
-        ((r.image, *row) for r in done for row in read_rows(r.table, votes)),
+        ("file", *_COLUMNS[method]),
+        ((r.image, *row) for r in done for row in read_rows(r.table, method)),
     )
-    columns = ("centers",) if votes else ("objects", "radius", "polarity", "confidence")
+    columns = ("centers",) if method == "vote" else ("objects", "radius", "polarity", "confidence")
     _write_csv(
         directory / summary,
         ("file", "width", "height", *columns, "seconds"),
@@ -48,7 +56,7 @@ def write_summary(directory: pathlib.Path, results: list[Result], votes: bool) -
         ("file", "error"),
         ((r.image, r.error) for r in results if r.error),
     )
-    _draw(directory / "counts.png", done, _noun(votes))
+    _draw(directory / "counts.png", done, _noun(method))
 
 
 def _used(result: Result) -> tuple[str, ...]:

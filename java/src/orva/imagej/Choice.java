@@ -1,9 +1,5 @@
 package orva.imagej;
 
-import ij.Macro;
-import ij.macro.Interpreter;
-import java.util.List;
-import java.util.Optional;
 import orva.Settings;
 import orva.VoteSettings;
 
@@ -46,23 +42,22 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
    *
    * @throws IllegalArgumentException when one is out of its range or does not go with another
    */
-  static Choice of(String options) {
-    List<String> words = List.of(options.split(" "));
-    boolean dark = words.contains(DARK);
-    boolean stack = words.contains(STACK);
-    double radius = number(options, RADIUS, USUAL_RADIUS);
-    if (!isGiven(words, FORMER_THRESHOLD) && !isGiven(words, FORMER_SCALE)) {
-      return of(radius, number(options, THRESHOLD, USUAL.threshold()), number(options, SIGMA, 0),
+  static Choice of(MacroOptions options) {
+    boolean dark = options.has(DARK);
+    boolean stack = options.has(STACK);
+    double radius = options.number(RADIUS, USUAL_RADIUS);
+    if (!options.isGiven(FORMER_THRESHOLD) && !options.isGiven(FORMER_SCALE)) {
+      return of(radius, options.number(THRESHOLD, USUAL.threshold()), options.number(SIGMA, 0),
           dark, stack);
     }
-    if (isGiven(words, THRESHOLD) || isGiven(words, SIGMA)) {
+    if (options.isGiven(THRESHOLD) || options.isGiven(SIGMA)) {
       throw new IllegalArgumentException(
           "threshold and scale cannot be combined with relative_threshold and sigma");
     }
     Settings usual = new Settings(USUAL_RADIUS);
     Settings former = new Settings(whole(RADIUS, radius),
-        whole(FORMER_THRESHOLD, number(options, FORMER_THRESHOLD, usual.threshold())),
-        whole(FORMER_SCALE, number(options, FORMER_SCALE, usual.scale())));
+        whole(FORMER_THRESHOLD, options.number(FORMER_THRESHOLD, usual.threshold())),
+        whole(FORMER_SCALE, options.number(FORMER_SCALE, usual.scale())));
     return new Choice(null, former, dark, stack);
   }
 
@@ -81,37 +76,6 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
     return Character.toUpperCase(key.charAt(0)) + key.substring(1);
   }
 
-  /** ImageJ finds the key of one option at the end of a longer one, too. */
-  static boolean isGiven(List<String> words, String key) {
-    return words.stream().anyMatch(word -> word.startsWith(key + "="));
-  }
-
-  /**
-   * A number among the options, or a variable of the macro that holds one.
-   *
-   * @throws IllegalArgumentException when it is none
-   */
-  static double number(String options, String key, double usual) {
-    String text = value(options, key, String.valueOf(usual));
-    String value = variable(text).orElse(text); // which needs no ampersand
-    try {
-      return Double.parseDouble(value);
-    } catch (NumberFormatException e) {
-      throw new IllegalArgumentException(key + " must be a number, not " + value, e);
-    }
-  }
-
-  /** The text of a key, or of the variable of the macro that it names after an ampersand. */
-  static String value(String options, String key, String usual) {
-    String value = Macro.getValue(options, key, usual);
-    return value.startsWith("&") ? variable(value.substring(1)).orElse(value) : value;
-  }
-
-  private static Optional<String> variable(String name) {
-    Interpreter macro = Interpreter.getInstance();
-    return Optional.ofNullable(macro == null ? null : macro.getVariableAsString(name));
-  }
-
   private static int whole(String key, double value) {
     if (value == (int) value)
       return (int) value;
@@ -121,5 +85,11 @@ record Choice(VoteSettings settings, Settings former, boolean dark, boolean stac
   /** The decimal number that was rounded to the float. */
   static double decimal(float value) {
     return Double.parseDouble(Float.toString(value));
+  }
+
+  /** The number as text, without a fraction if it is whole. */
+  static String shown(float value) {
+    String text = Float.toString(value);
+    return text.endsWith(".0") ? text.substring(0, text.length() - 2) : text;
   }
 }

@@ -35,7 +35,7 @@ public final class CircularVotingPlugin extends SearchPlugin<List<VoteCenter>> {
   }
 
   @Override
-  void readOptions(String options) {
+  void readOptions(MacroOptions options) {
     choice = Choice.of(options);
   }
 

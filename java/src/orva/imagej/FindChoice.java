@@ -1,6 +1,5 @@
 package orva.imagej;
 
-import java.util.List;
 import java.util.Locale;
 import orva.FindSettings;
 import orva.FindSettings.Polarity;
@@ -10,13 +9,13 @@ import orva.FindSettings.Polarity;
  *
  * @param settings what to look for; the polarity is that on the screen
  * @param stack whether all slices are searched
- * @param manager whether the circles are added to the ROI manager
+ * @param manager whether the objects are added to the ROI manager
  */
 record FindChoice(FindSettings settings, boolean stack, boolean manager) {
   // The keys of macros, which must stay as they are. ImageJ makes them of the dialog's labels.
   static final String RADIUS = "radius";
   static final String POLARITY = "polarity";
-  static final String SCORE = "score";
+  static final String MIN_SCORE = "min_score";
   static final String MANAGER = "add";
 
   /** The polarity that comes from the image. */
@@ -28,15 +27,14 @@ record FindChoice(FindSettings settings, boolean stack, boolean manager) {
   /**
    * By the values of the dialog.
    *
-   * @param radius in pixels, or 0 to estimate it
+   * @param radius in pixels, or 0 to estimate it; or a range A:B
    * @throws IllegalArgumentException when one is out of its range
    */
   static FindChoice of(
-      double radius, String polarity, double score, boolean stack, boolean manager) {
+      String radius, String polarity, double minScore, boolean stack, boolean manager) {
     FindSettings settings =
-        new FindSettings().withPolarity(polarity(polarity)).withMinScore((float) score);
-    return new FindChoice(
-        radius == 0 ? settings : settings.withRadius((float) radius), stack, manager);
+        withRadius(radius).withPolarity(polarity(polarity)).withMinScore((float) minScore);
+    return new FindChoice(settings, stack, manager);
   }
 
   /**
@@ -44,14 +42,10 @@ record FindChoice(FindSettings settings, boolean stack, boolean manager) {
    *
    * @throws IllegalArgumentException when one is out of its range
    */
-  static FindChoice of(String options) {
-    List<String> words = List.of(options.split(" "));
-    // ImageJ finds these keys at the end of longer ones, too.
-    double radius =
-        Choice.isGiven(words, RADIUS) ? Choice.number(options, RADIUS, 0) : USUAL.radius();
-    double score = Choice.isGiven(words, SCORE) ? Choice.number(options, SCORE, 0) : USUAL.score();
-    return of(radius, Choice.value(options, POLARITY, ESTIMATE), score,
-        words.contains(Choice.STACK), words.contains(MANAGER));
+  static FindChoice of(MacroOptions options) {
+    return of(options.value(RADIUS, USUAL.radius()), options.value(POLARITY, ESTIMATE),
+        options.number(MIN_SCORE, USUAL.minScore()), options.has(Choice.STACK),
+        options.has(MANAGER));
   }
 
   /** The choices of the dialog. */
@@ -65,13 +59,34 @@ record FindChoice(FindSettings settings, boolean stack, boolean manager) {
   }
 
   /** The radius that the dialog shows: 0 when it is estimated. */
-  double radius() {
-    return settings.radius() == null ? 0 : Choice.decimal(settings.radius());
+  String radius() {
+    if (settings.minRadius() != null)
+      return Choice.shown(settings.minRadius()) + ":" + Choice.shown(settings.maxRadius());
+    return settings.radius() == null ? "0" : Choice.shown(settings.radius());
   }
 
   /** The score that the dialog shows. */
-  double score() {
+  double minScore() {
     return Choice.decimal(settings.minScore());
+  }
+
+  private static FindSettings withRadius(String text) {
+    FindSettings open = new FindSettings();
+    String[] ends = MacroOptions.numeral(text).split(":", -1);
+    if (ends.length == 2)
+      return open.withMinRadius(radius(text, ends[0])).withMaxRadius(radius(text, ends[1]));
+    float radius = radius(text, ends.length == 1 ? ends[0] : "");
+    return radius == 0 ? open : open.withRadius(radius);
+  }
+
+  /** A part of the text, which is the whole or one end of a range. */
+  private static float radius(String text, String part) {
+    try {
+      return Float.parseFloat(MacroOptions.numeral(part.strip()));
+    } catch (NumberFormatException e) {
+      throw new IllegalArgumentException(
+          RADIUS + " must be a number or a range A:B, not " + text, e);
+    }
   }
 
   private static Polarity polarity(String name) {

@@ -51,7 +51,7 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
    *
    * @throws IllegalArgumentException when one cannot be used
    */
-  abstract void readOptions(String options);
+  abstract void readOptions(MacroOptions options);
 
   abstract void addFields(GenericDialog dialog);
 
@@ -86,6 +86,10 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
     return imp;
   }
 
+  final String overlayName() {
+    return overlayName;
+  }
+
   @Override
   public final int setup(String arg, ImagePlus image) {
     if ("final".equals(arg)) {
@@ -117,7 +121,7 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
     String options = Macro.getOptions();
     try {
       if (options != null || GraphicsEnvironment.isHeadless()) {
-        readOptions(options == null ? "" : options);
+        readOptions(new MacroOptions(options == null ? "" : options));
       } else if (!ask()) {
         return DONE;
       }
