@@ -25,6 +25,7 @@ free, or use a separate process.
 from ._arrays import luminance
 from ._files import read, write
 from ._filters import compute_threshold, features, gaussian, gradient, laplacian, smooth, threshold
+from ._image import Image
 from ._masks import dilate, edge, erode, fill_holes
 from ._objects import SettingsEstimate, estimate_settings, find_objects
 from ._orva import __version__
@@ -33,6 +34,7 @@ from ._segment import measure_labels, segment
 from ._voting import find_centers, vote_field
 
 __all__ = [
+    "Image",
     "SettingsEstimate",
     "__version__",
     "chamfer",
