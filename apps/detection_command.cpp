@@ -159,14 +159,15 @@ void DetectionCommand::show(const std::string& file, const std::string& text) co
   std::cerr << "orva: " + file + ": " + text + '\n';
 }
 
-DetectionCommand::Results DetectionCommand::workOn(
-    const std::string& file, const std::optional<std::string>& stem,
-    const std::optional<fs::path>& table, const std::vector<std::optional<fs::path>>& files) const {
+std::string DetectionCommand::workOn(const std::string& file,
+                                     const std::optional<std::string>& stem,
+                                     const std::optional<fs::path>& table,
+                                     const std::vector<std::optional<fs::path>>& files) const {
   auto start = std::chrono::steady_clock::now();
   const InputImages images(file, planes_);
   show(file, images.note());
   if (usesMicrometres_ && !pixelSizeText_) show(file, oblongNote(images.pixelSize()));
-  Results results;
+  std::string summary;
   std::vector<Detections> found;
   std::vector<FileContent> contents;
   std::vector<std::pair<std::string, std::string>> reports;
@@ -190,17 +191,17 @@ DetectionCommand::Results DetectionCommand::workOn(
     const std::string name = file + fragmentOf(input.place);
     reports.emplace_back(name, findings.report);
     const auto now = std::chrono::steady_clock::now();
-    results.summary += csvField(name) + ',' + std::to_string(img->nx()) + ',' +
-                       std::to_string(img->ny()) + ',' + findings.summary + ',' +
-                       seconds(now - start) + '\n';
+    summary += csvField(name) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) +
+               ',' + findings.summary + ',' + seconds(now - start) + '\n';
     start = now;
   }
-  results.table = encodeTable(found, format(), table ? table->string() : "");
+  const std::string text = encodeTable(found, format(), table ? table->string() : "");
   // In a directory the table is the first.
-  if (table) contents.insert(stem ? contents.begin() : contents.end(), {*table, results.table});
+  if (table) contents.insert(stem ? contents.begin() : contents.end(), {*table, text});
   writeFiles(contents);
+  if (!table) print(text, "the table");
   for (const auto& [name, report] : reports) show(name, report);
-  return results;
+  return summary;
 }
 
 // For files whose names the command line does not tell.
@@ -218,8 +219,7 @@ void DetectionCommand::workOnOne() const {
   std::vector<std::optional<fs::path>> files;
   for (const Other& other : others_) files.emplace_back(other.file);
   const auto table = isPrinted() ? std::nullopt : std::optional<fs::path>(*tableFile_);
-  const Results results = workOn(images_.front(), {}, table, files);
-  if (isPrinted()) print(results.table, "the table");
+  workOn(images_.front(), {}, table, files);
 }
 
 int DetectionCommand::workOnAll() {
@@ -238,8 +238,7 @@ int DetectionCommand::workOnAll() {
       // The library ends the process when memory runs out; the other images are to be done still.
       summary += inChildProcess([&] {
         const std::vector<fs::path> results = batchFiles(file);
-        return workOn(file, stemOf(file), results.front(), {results.begin() + 1, results.end()})
-            .summary;
+        return workOn(file, stemOf(file), results.front(), {results.begin() + 1, results.end()});
       });
     } catch (const std::exception& error) {
       progress.clear();

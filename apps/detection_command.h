@@ -99,15 +99,11 @@ class DetectionCommand : public Subcommand {
   int workOnAll();
   void requireNoInputs(const std::vector<FileContent>& files) const;
   std::optional<double> pixelSizeOf(const InputImages& images, const Image& img) const;
-  // The results of all images of a file, written; returns their rows of the summary. The table
-  // is returned where it has no file.
-  struct Results {
-    std::string table;
-    std::string summary;
-  };
-  Results workOn(const std::string& file, const std::optional<std::string>& stem,
-                 const std::optional<std::filesystem::path>& table,
-                 const std::vector<std::optional<std::filesystem::path>>& files) const;
+  // Writes the results of all images of a file; without `table`, the table goes to standard output.
+  // Returns their rows of the summary.
+  std::string workOn(const std::string& file, const std::optional<std::string>& stem,
+                     const std::optional<std::filesystem::path>& table,
+                     const std::vector<std::optional<std::filesystem::path>>& files) const;
   // The files that the results of an image go to in a directory, the table's first.
   std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
 

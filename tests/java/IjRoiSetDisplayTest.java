@@ -86,7 +86,7 @@ class IjRoiSetDisplayTest {
     Roi[] rois = open(file);
     assertEquals(1, rois.length);
     PointRoi points = (PointRoi) rois[0];
-    List<Point> expected = Expected.centers(sample, new VoteSettings())
+    List<Point> expected = Expected.centers(sample, VoteSettings.ofRadius(20))
                                .stream()
                                .map(c -> new Point(c.x(), c.y()))
                                .toList();
