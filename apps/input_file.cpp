@@ -114,6 +114,7 @@ InputImages::Place InputImages::placeOf(std::size_t i) const {
 
 formats::PixelSize InputImages::pixelSize() const {
   if (source_) return source_->axes().pixelSize;
+  if (formats::kindOf(file_.path()) != formats::FileKind::kTiff) return {};
   try {
     return formats::ImageSource(file_.path()).axes().pixelSize;
   } catch (const FileError&) {

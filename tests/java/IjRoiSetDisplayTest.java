@@ -151,6 +151,40 @@ class IjRoiSetDisplayTest {
     assertArrayEquals(pixels(expected), filled(rois, expected.getWidth(), expected.getHeight()));
   }
 
+  /** What the ROI manager makes of shapes that no sample image has. */
+  private Roi[] scene(String name) throws Exception {
+    Path file = folder.resolve(name + ".zip");
+    Process program = new ProcessBuilder(System.getProperty("orva.roiScenes"), name)
+                          .redirectOutput(file.toFile())
+                          .start();
+    assertEquals(0, program.waitFor());
+    return open(file);
+  }
+
+  @Test
+  void holesAndPartsAreCompositeRois() throws Exception {
+    Roi[] rois = scene("holes");
+    assertEquals(2, rois.length);
+    for (Roi roi : rois) assertTrue(roi instanceof ShapeRoi);
+    assertArrayEquals(
+        new int[] {1, 1, 1, 0, 0, 0, 1, 0, 1, 0, 2, 0, 1, 1, 1, 0, 0, 2, 0, 0, 0, 0, 0, 0},
+        filled(rois, 6, 4));
+  }
+
+  @Test
+  void moreThan65535PointsAreRead() throws Exception {
+    Point[] points = ((PointRoi) scene("many")[0]).getContainedPoints();
+    assertEquals(70000, points.length);
+    assertEquals(new Point(12, 7), points[0]);
+    assertEquals(new Point(5, 6), points[69999]);
+  }
+
+  @Test
+  void pointsBeyond32767AreRead() throws Exception {
+    assertArrayEquals(new Point[] {new Point(40000, 7), new Point(3, 20)},
+        ((PointRoi) scene("wide")[0]).getContainedPoints());
+  }
+
   /** Spots at (30 + 20 z, 25 + 30 t), of radius 6. */
   private static ImagePlus stack(int slices, int frames) {
     ImagePlus image = IJ.createHyperStack("stack", 120, 90, 1, slices, frames, 8);

@@ -172,12 +172,35 @@ def test_stacks_have_axes_and_planes(tmp_path):
     )
     search = ("find", "--z", "all", "--radius", "4um", file)
     table = table_of(*search)
-    assert list(table.columns) == ["x", "y", "radius", "score", "x_um", "y_um", "radius_um", "t", "z"]
+    columns = ["x", "y", "radius", "score", "x_um", "y_um", "radius_um", "t", "z"]
+    assert list(table.columns) == columns
     assert list(zip(table.t, table.z)) == [(t, z) for t in range(2) for z in range(3)]
     assert np.allclose(table.x, 20 + 10 * table.z, atol=1)
     assert np.allclose(table.radius_um, 4, atol=0.5)
     points = table_of("find", "--format", "napari", *search[1:])
     assert list(points.columns) == ["index", "axis-0", "axis-1", "axis-2", "axis-3"]
     assert np.allclose(points.iloc[:, 1:], table[["t", "z", "y", "x"]])
-    planes = [f["geometry"]["plane"] for f in validated(orva("find", "--format", "geojson", *search[1:]))]
+    features = validated(orva("find", "--format", "geojson", *search[1:]))
+    planes = [feature["geometry"]["plane"] for feature in features]
     assert planes == [{"c": -1, "z": z, "t": t} for t in range(2) for z in range(3)]
+
+
+def test_a_smaller_level_has_larger_pixels(tmp_path):
+    y, x = np.mgrid[:240, :320]
+    image = np.full((240, 320), 20, np.uint8)
+    for cx, cy in ((60, 60), (200, 80), (120, 170)):
+        image[(x - cx) ** 2 + (y - cy) ** 2 < 24**2] = 200
+    file = tmp_path / "pyramid.ome.tif"
+    metadata = {"axes": "YX", "PhysicalSizeX": 0.5, "PhysicalSizeY": 0.5}
+    with tifffile.TiffWriter(file, ome=True) as tiff:
+        tiff.write(image, subifds=1, metadata=metadata, tile=(64, 64))
+        tiff.write(image[::2, ::2], subfiletype=1, tile=(64, 64))
+    full, half = (table_of("find", "--quiet", "--level", k, file) for k in (0, 1))
+    assert len(full) == len(half) == 3
+    assert np.allclose(sorted(half.radius), sorted(full.radius / 2), atol=1)
+    assert np.allclose(sorted(half.radius_um), sorted(full.radius_um), atol=0.5)
+    for level, radius in ((0, full.radius_um), (1, half.radius_um)):
+        found = table_of("find", "--quiet", "--level", level, "--radius", "12um", file)
+        assert np.allclose(found.radius_um, radius)
+    page = table_of("find", "--quiet", "--frame", 0, file)
+    assert page.equals(full)
