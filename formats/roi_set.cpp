@@ -1,18 +1,14 @@
 #include "formats/roi_set.h"
 
-#include <zip.h>
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <list>
-#include <memory>
 #include <utility>
 
-#include "formats/file_error.h"
+#include "formats/zip_archive.h"
 
 namespace orva::formats {
 namespace {
@@ -195,71 +191,6 @@ RoiFile contourRoi(const Contour& contour) {
   roi.shapeLength = roi.coordinates.size() / sizeof(float);
   return roi;
 }
-
-// An archive in memory.
-class ZipArchive {
- public:
-  ZipArchive() {
-    zip_error_t error;
-    zip_error_init(&error);
-    source_.reset(zip_source_buffer_create(nullptr, 0, 0, &error));
-    if (!source_) fail(error);
-    archive_.reset(zip_open_from_source(source_.get(), ZIP_CREATE | ZIP_TRUNCATE, &error));
-    if (!archive_) fail(error);
-    zip_source_keep(source_.get());  // the archive owns it, too
-  }
-
-  void add(const std::string& name, std::string content) {
-    contents_.push_back(std::move(content));
-    zip_source_t* file =
-        zip_source_buffer(archive_.get(), contents_.back().data(), contents_.back().size(), 0);
-    if (file == nullptr) fail(*zip_get_error(archive_.get()));
-    const zip_int64_t index = zip_file_add(archive_.get(), name.c_str(), file, ZIP_FL_ENC_UTF_8);
-    if (index < 0) {
-      zip_source_free(file);
-      fail(*zip_get_error(archive_.get()));
-    }
-    // The first time that the format can state, so that the file depends on its content only.
-    constexpr zip_uint16_t kFirstDay = (1U << 5U) | 1U;
-    zip_file_set_dostime(archive_.get(), static_cast<zip_uint64_t>(index), 0, kFirstDay, 0);
-  }
-
-  // The file; nothing can be added any more.
-  std::string finished() {
-    // The library makes no archive without files.
-    if (contents_.empty()) return std::string("PK\5\6", 4) + std::string(18, '\0');
-    if (zip_close(archive_.get()) != 0) fail(*zip_get_error(archive_.get()));
-    archive_.release();  // NOLINT(bugprone-unused-return-value): closed
-    zip_source_t* const source = source_.get();
-    zip_stat_t facts;
-    zip_stat_init(&facts);
-    if (zip_source_stat(source, &facts) != 0 || zip_source_open(source) != 0) {
-      fail(*zip_source_error(source));
-    }
-    std::string bytes(facts.size, '\0');
-    const zip_int64_t n = zip_source_read(source, bytes.data(), facts.size);
-    zip_source_close(source);
-    if (n != static_cast<zip_int64_t>(bytes.size())) fail(*zip_source_error(source));
-    return bytes;
-  }
-
- private:
-  [[noreturn]] static void fail(zip_error_t error) {
-    throw FileError(std::string("the ROI set cannot be made: ") + zip_error_strerror(&error));
-  }
-
-  template <auto free>
-  struct Free {
-    template <class T>
-    void operator()(T* p) const {
-      free(p);
-    }
-  };
-
-  std::list<std::string> contents_;  // until the archive is complete
-  std::unique_ptr<zip_source_t, Free<zip_source_free>> source_;
-  std::unique_ptr<zip_t, Free<zip_discard>> archive_;
-};
 
 }  // namespace
 

@@ -6,6 +6,7 @@ import json
 import os
 import pathlib
 import subprocess
+import zipfile
 
 import jsonschema
 import numpy as np
@@ -183,6 +184,18 @@ def test_stacks_have_axes_and_planes(tmp_path):
     features = validated(orva("find", "--format", "geojson", *search[1:]))
     planes = [feature["geometry"]["plane"] for feature in features]
     assert planes == [{"c": -1, "z": z, "t": t} for t in range(2) for z in range(3)]
+
+
+def test_roi_sets_are_zip_files(tmp_path):
+    empty = tmp_path / "empty.pgm"
+    empty.write_bytes(b"P5 20 20 255\n" + bytes(400))
+    for image, count in ((SAMPLE, len(table_of("find", SAMPLE))), (empty, 0)):
+        file = tmp_path / "rois.zip"
+        orva("find", "--table", file, image)
+        with zipfile.ZipFile(file) as archive:
+            assert archive.testzip() is None
+            assert archive.namelist() == [f"{k}.roi" for k in range(1, count + 1)]
+            assert {info.date_time for info in archive.infolist()} <= {(1980, 1, 1, 0, 0, 0)}
 
 
 def test_a_smaller_level_has_larger_pixels(tmp_path):
