@@ -45,7 +45,7 @@ class Bytes {
   std::string bytes_;
 };
 
-// Pixels that a ROI covers, ends behind the last.
+// Pixels that an ROI covers, ends behind the last.
 struct Box {
   int left = std::numeric_limits<int>::max();
   int top = std::numeric_limits<int>::max();
@@ -61,7 +61,7 @@ struct Box {
   bool fitsShorts() const { return right <= kMaxShort && bottom <= kMaxShort; }
 };
 
-// A ROI file: a header of 64 bytes, coordinates, a second header of 64 bytes and the name.
+// An ROI file: a header of 64 bytes, coordinates, a second header of 64 bytes and the name.
 struct RoiFile {
   std::uint8_t kind = kRectangle;
   Box box;
