@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/input_file.h"
@@ -28,6 +29,7 @@ class DetectionCommand : public Subcommand {
     const Image& img;
     std::size_t index;  // of the image
     InputImages::Place place;
+    std::optional<double> pixelSize;  // micrometres per pixel of square pixels, where known
     // Of the names of results that have no option of their own; none for a single image.
     std::optional<std::string> stem;
     // Where the further results go, in their order; none for those that are not asked for.
@@ -36,7 +38,7 @@ class DetectionCommand : public Subcommand {
 
   // The results of one image.
   struct Findings {
-    std::string table;
+    Detections found;
     std::vector<FileContent> files;  // those that the input asks for
     std::string summary;             // its fields of the summary
     std::string report;              // for people, unless --quiet; may be empty
@@ -66,6 +68,8 @@ class DetectionCommand : public Subcommand {
   // For the constructors of the subcommands, in the order of the help.
   void addImages();
   void addFileOptions(const FileOptions& options);
+  // Of the commands that use micrometres.
+  void addPixelSizeOption();
 
   // What the options' own checks do not see. Nothing has been written yet. Throws UsageError.
   virtual void check() {}
@@ -79,13 +83,13 @@ class DetectionCommand : public Subcommand {
   virtual Findings findIn(const Input& input) const = 0;
 
   const std::vector<std::string>& images() const { return images_; }
-  TableFormat format() const { return format_; }
+  TableFormat format() const;
   bool isQuiet() const { return quiet_; }
   bool isBatch() const { return outDirectory_.has_value(); }
   const PlaneOptions& planes() const { return planes_; }
   static ImageFacts factsOf(const Input& input);
-  // The first of the images of a file that the options choose.
-  std::unique_ptr<Image> readFirst(const std::string& file) const;
+  // The first of the images of a file that the options choose, and its Input::pixelSize.
+  std::pair<std::unique_ptr<Image>, std::optional<double>> readFirst(const std::string& file) const;
 
  private:
   void checkFiles() const;
@@ -94,24 +98,22 @@ class DetectionCommand : public Subcommand {
   void workOnOne() const;
   int workOnAll();
   void requireNoInputs(const std::vector<FileContent>& files) const;
-  // The results of all images of a file, written; returns their rows of the summary. The table
-  // is returned where it has no file.
-  struct Results {
-    std::string table;
-    std::string summary;
-  };
-  Results workOn(const std::string& file, const std::optional<std::string>& stem,
-                 const std::optional<std::filesystem::path>& table,
-                 const std::vector<std::optional<std::filesystem::path>>& files) const;
+  std::optional<double> pixelSizeOf(const InputImages& images, const Image& img) const;
+  // Writes the results of all images of a file; without `table`, the table goes to standard output.
+  // Returns their rows of the summary.
+  std::string workOn(const std::string& file, const std::optional<std::string>& stem,
+                     const std::optional<std::filesystem::path>& table,
+                     const std::vector<std::optional<std::filesystem::path>>& files) const;
   // The files that the results of an image go to in a directory, the table's first.
   std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
-  const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }
 
   std::string summaryColumns_;
   std::vector<std::string> images_;
   PlaneOptions planes_;
   std::optional<std::string> tableFile_;
-  TableFormat format_ = TableFormat::kCsv;
+  std::optional<TableFormat> format_;
+  bool usesMicrometres_ = false;
+  std::optional<std::string> pixelSizeText_;
   struct Other {
     std::string ending;
     std::optional<std::string> file;

@@ -102,11 +102,28 @@ InputImages::InputImages(const std::string& name, const PlaneOptions& options, S
 }
 
 InputImages::Place InputImages::placeOf(std::size_t i) const {
-  if (frame_) return {{}, {}, *frame_};
+  if (frame_) return {{}, {}, *frame_, {}};
+  const auto several = [](int n, std::optional<int> k) { return n > 1 ? k : std::nullopt; };
   const formats::PlanarImage& image = selection_.images[i];
   return {selection_.variesInT ? std::optional(image.t) : std::nullopt,
           selection_.variesInZ ? image.z : std::nullopt,
-          selection_.axes.pageOf({image.c, image.z.value_or(0), image.t})};
+          selection_.axes.pageOf({image.c, image.z.value_or(0), image.t}),
+          {several(selection_.axes.nc, image.c), several(selection_.axes.nz, image.z),
+           several(selection_.axes.nt, image.t)}};
+}
+
+formats::PixelSize InputImages::pixelSize() const {
+  if (source_) return source_->axes().pixelSize;
+  if (formats::kindOf(file_.path()) != formats::FileKind::kTiff) return {};
+  try {
+    return formats::ImageSource(file_.path()).axes().pixelSize;
+  } catch (const FileError&) {
+    return {};  // --frame reads a page whatever the file says of its axes
+  }
+}
+
+double InputImages::reductionOf(const orva::Image& img) const {
+  return source_ ? static_cast<double>(source_->nx()) / img.nx() : 1.0;
 }
 
 std::unique_ptr<orva::Image> InputImages::read(std::size_t i) const {

@@ -69,9 +69,15 @@ class InputImages {
     std::optional<int> t;
     std::optional<int> z;
     int page;  // of the file; the first of a projection
+    formats::StackPosition position{};
   };
   Place placeOf(std::size_t i) const;
   std::unique_ptr<orva::Image> read(std::size_t i) const;
+
+  // As the file has it, of the full size; nothing with --frame of a file of unclear axes.
+  formats::PixelSize pixelSize() const;
+  // How many pixels of the full size a pixel of an image that was read covers in each direction.
+  double reductionOf(const orva::Image& img) const;
 
  private:
   InputFile file_;

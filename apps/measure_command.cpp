@@ -22,16 +22,22 @@ namespace {
 
 using orva::RegionFeature;
 
-std::string tableOf(const std::vector<RegionFeature>& features) {
-  std::string text = "xmin,xmax,ymin,ymax,zmin,zmax,cx,cy,cz,radius,npix,mean,var\n";
+Detections tableOf(const ImageFacts& facts, const std::vector<RegionFeature>& features) {
+  Detections table;
+  table.facts = facts;
+  for (const char* name :
+       {"xmin", "xmax", "ymin", "ymax", "zmin", "zmax", "cx", "cy", "cz", "radius", "npix"}) {
+    table.columns.push_back({name, Column::Kind::kWhole});
+  }
+  for (const char* name : {"mean", "var"}) table.columns.push_back({name, Column::Kind::kFloat});
   for (const RegionFeature& f : features) {
     for (const int v :
          {f.xmin, f.xmax, f.ymin, f.ymax, f.zmin, f.zmax, f.cx, f.cy, f.cz, f.radius, f.npix}) {
-      text += std::to_string(v) + ',';
+      table.values.push_back(v);
     }
-    text += shortestDecimal(f.mean) + ',' + shortestDecimal(f.var) + '\n';
+    for (const float v : {f.mean, f.var}) table.values.push_back(v);
   }
-  return text;
+  return table;
 }
 
 // Takes the regions out of the labels and the table that do not have `minSize` to `maxSize` pixels,
@@ -124,7 +130,7 @@ MeasureCommand::Regions MeasureCommand::measured(const Image& img) const {
 
 void MeasureCommand::measure() const {
   const InputImages images(input_, planes_, InputImages::Slices::kVolume);
-  std::vector<std::pair<ImageFacts, std::string>> tables;
+  std::vector<Detections> tables;
   std::string summary;
   std::vector<FileContent> results;
   for (std::size_t i = 0; i < images.count(); ++i) {
@@ -132,7 +138,7 @@ void MeasureCommand::measure() const {
     const InputImages::Place place = images.placeOf(i);
     const Regions regions = measured(*img);
     tables.push_back(
-        {{input_, place.page, img->nx(), img->ny(), place.t, place.z}, tableOf(regions.features)});
+        tableOf({input_, place.page, img->nx(), img->ny(), place.t, place.z}, regions.features));
     summary += "threshold: " + shortestDecimal(regions.threshold) +
                "\nregions: " + std::to_string(regions.features.size()) + '\n';
     if (!labels_) continue;
@@ -141,7 +147,7 @@ void MeasureCommand::measure() const {
     if (images.count() > 1) writeFiles(results);
   }
   if (images.count() > 1) results.clear();  // they have been written
-  const std::string table = joinedTables(tables, TableFormat::kCsv);
+  const std::string table = csvOf(tables);
   if (!isStandardStream(table_)) results.push_back({table_, table});
   writeFiles(results);
   if (isStandardStream(table_)) print(table, "the table");

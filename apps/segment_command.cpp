@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/input_file.h"
+#include "apps/size_option.h"
 #include "formats/file_error.h"
 #include "formats/image_writer.h"
 #include "formats/overlay.h"
@@ -42,16 +43,21 @@ SegmentCommand::SegmentCommand(CommandLine& line)
 }
 
 void SegmentCommand::addRegionOptions() {
-  const Check area = numberIn(0.0F, kMaxArea);
+  const Check area = [number = numberIn(0.0F, kMaxArea)](const std::string& text) {
+    const std::optional<Size> size = areaIn(text);
+    return size && size->isMetric ? std::string() : number(text);
+  };
   options()
-      .add("--min-area", regionSettings_.minArea, "Leave out smaller objects, in pixels; default 0")
+      .add("--min-area", minAreaText_,
+           "Leave out smaller objects, in pixels or with a unit such as um2; default 0")
       .check(area)
       .valueText("N");
   options()
-      .add("--max-area", maxArea_, "Leave out larger objects, in pixels")
+      .add("--max-area", maxAreaText_,
+           "Leave out larger objects, in pixels or with a unit such as um2")
       .check(area)
       .valueText("N");
-  options().addFlag("--exclude-border", regionSettings_.excludeBorder,
+  options().addFlag("--exclude-border", excludeBorder_,
                     "Leave out objects that touch the border of the image");
   options()
       .add("--measure", measured_,
@@ -65,11 +71,13 @@ void SegmentCommand::addRegionOptions() {
 
 void SegmentCommand::check() {
   ObjectCommand::check();
-  if (maxArea_) {
-    if (*maxArea_ < regionSettings_.minArea) {
-      throw UsageError("--min-area", "must not exceed --max-area");
+  if (minAreaText_ && maxAreaText_) {
+    const Size min = *areaIn(*minAreaText_);
+    const Size max = *areaIn(*maxAreaText_);
+    if (min.isMetric != max.isMetric) {
+      throw UsageError("--min-area", "must have a unit if --max-area has one");
     }
-    regionSettings_.maxArea = *maxArea_;
+    if (max.value < min.value) throw UsageError("--min-area", "must not exceed --max-area");
   }
   if (measured_ && isBatch()) {
     throw UsageError("--measure", "goes with a single image, without --out");
@@ -109,11 +117,21 @@ std::unique_ptr<Image> SegmentCommand::otherImage(const Input& input) const {
   return other;
 }
 
+detect::SegmentSettings SegmentCommand::regionSettingsFor(
+    const std::optional<double>& pixelSize) const {
+  detect::SegmentSettings settings;
+  if (minAreaText_) settings.minArea = areaIn(*minAreaText_)->inPixels(pixelSize);
+  if (maxAreaText_) settings.maxArea = areaIn(*maxAreaText_)->inPixels(pixelSize);
+  settings.excludeBorder = excludeBorder_;
+  return settings;
+}
+
 DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   const Image& img = input.img;
   const std::unique_ptr<Image> other = otherImage(input);
-  const detect::FindResult found = detect::findObjects(img, settings());
-  detect::SegmentSettings regionSettings = regionSettings_;
+  const detect::FindSettings settings = settingsFor(input.pixelSize);
+  detect::SegmentSettings regionSettings = regionSettingsFor(input.pixelSize);
+  const detect::FindResult found = detect::findObjects(img, settings);
   regionSettings.polarity = found.used.polarity;
   const detect::Segmentation segmented = detect::segmentObjects(img, found.objects, regionSettings);
   detect::FindResult kept{found.used, {}};
@@ -121,9 +139,9 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   const auto measures = detect::measureObjects(segmented.labels, other ? *other : img);
 
   Findings findings;
-  findings.table = format() == TableFormat::kCsv
-                       ? regionsAsCsv(measures, kept.objects)
-                       : regionsAsJson(factsOf(input), settings(), regionSettings, kept, measures);
+  findings.found =
+      detectionsOf(factsOf(input), settings, regionSettings, kept, measures,
+                   drawsContours(format()) ? contoursOf(segmented.labels) : std::vector<Contour>());
   if (const auto& file = input.files[kLabels]) {
     findings.files.push_back({*file, encodeLabels(*file, segmented.labels)});
   }
@@ -131,7 +149,7 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
     findings.files.push_back({*file, outlinesAsPng(img, segmented.labels)});
   }
   findings.summary = summaryOf(kept.objects.size(), found.used);
-  findings.report = reportOf(kept);
+  findings.report = reportOf(kept, input.pixelSize);
   if (const std::size_t n = found.objects.size() - kept.objects.size(); n > 0) {
     findings.report += "; left out " + std::to_string(n) + " more";
   }

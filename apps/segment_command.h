@@ -26,8 +26,12 @@ class SegmentCommand : public ObjectCommand {
   // The image to measure; null where that is the input's.
   std::unique_ptr<Image> otherImage(const Input& input) const;
 
-  detect::SegmentSettings regionSettings_;
-  std::optional<float> maxArea_;
+  // As settingsFor().
+  detect::SegmentSettings regionSettingsFor(const std::optional<double>& pixelSize) const;
+
+  bool excludeBorder_ = false;
+  std::optional<std::string> minAreaText_;
+  std::optional<std::string> maxAreaText_;
   std::optional<std::string> measured_;
   std::optional<std::string> measuredChannel_;
 };

@@ -53,6 +53,13 @@ std::string_view unescaped(std::string_view unit) {
 
 }  // namespace
 
+std::optional<double> squarePixelSize(const PixelSize& size) {
+  constexpr double kTolerance = 0.01;
+  if (!size.x || !size.y) return std::nullopt;
+  const double mean = (*size.x + *size.y) / 2;
+  return std::fabs(*size.x - *size.y) < kTolerance * mean ? std::optional(mean) : std::nullopt;
+}
+
 ImageAxes axesOfPages(const PageFacts& facts) {
   ImageAxes axes;
   axes.nz = facts.pages;

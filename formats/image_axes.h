@@ -21,11 +21,23 @@ struct PixelSize {
   bool operator==(const PixelSize&) const = default;
 };
 
+// The micrometres per pixel of square pixels: the mean of two sizes that differ by less than 1 %.
+// None for others, and where one is not known.
+std::optional<double> squarePixelSize(const PixelSize& size);
+
 // A plane by its numbers, each counted from 0.
 struct PlaneIndex {
   int c = 0;
   int z = 0;
   int t = 0;
+};
+
+// The place of an image in a file, each number where the file has several along that axis; no slice
+// for a projection.
+struct StackPosition {
+  std::optional<int> c{};
+  std::optional<int> z{};
+  std::optional<int> t{};
 };
 
 struct ImageAxes {

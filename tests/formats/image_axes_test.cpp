@@ -15,6 +15,15 @@ using formats::PageFacts;
 using formats::PixelSize;
 using ::testing::ElementsAre;
 
+TEST(SquarePixelSize, IsTheMeanOfNearlyEqualSizes) {
+  EXPECT_EQ(formats::squarePixelSize({0.5, 0.5, {}}), 0.5);
+  EXPECT_EQ(formats::squarePixelSize({0.5, 0.50390625, 2.0}), 0.501953125);
+  EXPECT_EQ(formats::squarePixelSize({0.5, 0.506, {}}), std::nullopt);
+  EXPECT_EQ(formats::squarePixelSize({0.506, 0.5, {}}), std::nullopt);
+  EXPECT_EQ(formats::squarePixelSize({0.5, {}, 0.5}), std::nullopt);
+  EXPECT_EQ(formats::squarePixelSize({}), std::nullopt);
+}
+
 TEST(PageAxes, OnePageIsOnePlane) {
   const ImageAxes axes = axesOfPages({1, 30, 20, 1});
   EXPECT_TRUE(axes.areKnown);
