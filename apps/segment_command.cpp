@@ -36,7 +36,7 @@ SegmentCommand::SegmentCommand(CommandLine& line)
          "the table",
          "_labels.tif", writableFile({".tif", ".tiff", ".png"})},
         {"--outlines", "FILE.png", "The image with the outline of each object goes to FILE.png",
-         ".png", nullptr}},
+         ".png", writableFile({".png"})}},
        "For each image NAME write DIR/NAME.csv, DIR/NAME_labels.tif and DIR/NAME.png, and "
        "DIR/summary.csv; standard input has the name stdin",
        "No progress line, and no line about what was found"});
@@ -104,9 +104,9 @@ std::unique_ptr<Image> SegmentCommand::otherImage(const Input& input) const {
     const InputImages images(file, options);
     if (input.index < images.count()) other = images.read(input.index);
   } catch (const FileError& error) {
-    throw FileError(prefixed(std::string("this ") + error.what()));
+    throw FileError(prefixed(error.what()));
   }
-  if (!other) throw FileError(prefixed("this has fewer times or slices"));
+  if (!other) throw FileError(prefixed("it has fewer times or slices"));
   if (other->nx() != input.img.nx() || other->ny() != input.img.ny()) {
     const auto sizeOf = [](const Image& i) {
       return std::to_string(i.nx()) + " x " + std::to_string(i.ny());
@@ -151,7 +151,7 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   findings.summary = summaryOf(kept.objects.size(), found.used);
   findings.report = reportOf(kept, input.pixelSize);
   if (const std::size_t n = found.objects.size() - kept.objects.size(); n > 0) {
-    findings.report += "; left out " + std::to_string(n) + " more";
+    findings.report += "; " + std::to_string(n) + " more left out";
   }
   return findings;
 }

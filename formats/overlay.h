@@ -19,7 +19,7 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& cent
 std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Object>& objects);
 
 // The same with an outline of each label above 0, one pixel wide: its pixels with one of their four
-// neighbours outside the label or the image. Neighbours have different colours as a rule.
+// neighbours outside the label or the image. The colour is one of six, by the label.
 std::string outlinesAsPng(const orva::Image& img, const orva::image<int>& labels);
 
 }  // namespace orva::formats

@@ -13,6 +13,7 @@ std::string shortestDecimal(float v) {
 }
 
 std::string shortestDecimal(double v) {
+  if (std::isnan(v)) return "nan";  // with either sign, which differs between processors
   std::array<char, 32> text{};
   char* const end = text.data() + text.size();
   const bool isWhole = std::fabs(v) < 1e15 && v == std::trunc(v);

@@ -102,11 +102,12 @@ def divided(mask, depth, peaks):
     return skimage.segmentation.watershed(-depth, markers, mask=mask)
 
 
-def otsu_watershed(pixels, distance=10):
-    """The usual recipe: peaks of the distance to the background, at least 10 pixels apart."""
+def otsu_watershed(pixels, distance=15):
+    """The usual recipe: peaks of the distance to the background, at least 15 pixels apart."""
     mask = foreground(pixels)
     depth = scipy.ndimage.distance_transform_edt(mask)
-    peaks = skimage.feature.peak_local_max(depth, min_distance=distance, labels=scipy.ndimage.label(mask)[0])
+    peaks = skimage.feature.peak_local_max(depth, min_distance=distance,
+                                           labels=scipy.ndimage.label(mask)[0], exclude_border=False)
     return divided(mask, depth, peaks)
 
 

@@ -101,8 +101,12 @@ jdoubleArray Java_orva_NativeDetection_segmentObjects(
     kept.excludeBorder = excludeBorder == JNI_TRUE;
     const Segmentation regions = segmentObjects(img, found.objects, kept);
     const std::vector<jdouble> values = valuesOf(found, regions, img);
-    env->SetIntArrayRegion(labels, 0, regions.labels.npix(), regions.labels.pixels());
-    return newArray(env, values);
+    const jdoubleArray result = newArray(env, values);
+    // A failed creation leaves the labels as they are.
+    if (result != nullptr) {
+      env->SetIntArrayRegion(labels, 0, regions.labels.npix(), regions.labels.pixels());
+    }
+    return result;
   });
 }
 

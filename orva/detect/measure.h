@@ -24,11 +24,12 @@ struct ObjectMeasures {
   double centroidColumn;          ///< `centroid-1`
   double area;                    ///< `area`: the number of pixels
   double equivalentDiameterArea;  ///< `equivalent_diameter_area`: of the circle of the same area
-  double perimeter;        ///< `perimeter`: length of the line through the centers of the border
-                           ///< pixels, those with one of their four neighbours outside
-  double eccentricity;     ///< `eccentricity`: of the ellipse, 0 for a circle, below 1
+  double perimeter;     ///< `perimeter`: length of the line through the centers of the border
+                        ///< pixels, those with one of their four neighbours outside
+  double eccentricity;  ///< `eccentricity`: of the ellipse, 0 for a circle, 1 for a straight line
   double majorAxisLength;  ///< `major_axis_length`: of the ellipse, 0 for a single pixel
-  double minorAxisLength;  ///< `minor_axis_length`: of the ellipse, 0 for a straight line
+  double minorAxisLength;  ///< `minor_axis_length`: of the ellipse, 0 up to rounding for a straight
+                           ///< line
   double orientation;      ///< `orientation`: angle from the row axis (downwards) to the major
                            ///< axis, counter-clockwise, from -pi/2 to pi/2 radians; 0 where no
                            ///< axis is longer
@@ -51,7 +52,8 @@ struct ObjectMeasures {
 /// luminance. A region with a NaN has a mean, a minimum, a maximum and a standard deviation of NaN.
 ///
 /// Sums are exact as long as they need at most 53 bits: with coordinates, for regions of up to
-/// 4096 x 4096 pixels. A null label image has no regions; outside the image is background.
+/// 4096 x 4096 pixels. A null label image beside a null image has no regions; outside the image is
+/// background.
 ///
 /// @throws std::invalid_argument for images of different width or height
 ///

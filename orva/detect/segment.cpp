@@ -22,9 +22,9 @@ constexpr float kInside = 0.8F;      // share of the outline's radius up to whic
 constexpr std::array<float, 2> kAround{1.2F, 1.5F};  // shares from and up to which they are around,
 constexpr std::array<float, 2> kAroundPixels{1.0F, 2.0F};  // and pixels beyond these
 constexpr float kMinContrastToNoise = 0.25F;
-constexpr double kMinFilled = 0.3;     // share of the outline's area
-constexpr int kMaxSamplesAcross = 64;  // of the pixels inside and around, along an axis
-constexpr std::size_t kPolled = 200;   // objects that decide on the polarity
+constexpr double kMinFilled = 0.3;    // share of the outline's area
+constexpr int kSamplesAcross = 64;    // of the pixels inside and around along an axis, at least
+constexpr std::size_t kPolled = 200;  // objects that decide on the polarity, at least, if there are
 
 void requireInRange(const SegmentSettings& s) {
   const std::string prefix = "orva::detect::SegmentSettings: ";
@@ -72,11 +72,25 @@ struct Shape {
   double area;  // inside the image
 };
 
+// The pixels of the object's circle that are in an image of this size.
+double circleArea(const Object& o, int nx, int ny) {
+  const auto rowsFrom = static_cast<int>(std::max(0.0F, std::ceil(o.y - o.radius)));
+  double area = 0;
+  for (int y = rowsFrom; y < ny && static_cast<float>(y) <= o.y + o.radius; ++y) {
+    const float dy = static_cast<float>(y) - o.y;
+    const float half = std::sqrt(std::max(0.0F, o.radius * o.radius - dy * dy));
+    const float first = std::max(0.0F, std::ceil(o.x - half));
+    const float last = std::min(std::floor(o.x + half), static_cast<float>(nx - 1));
+    area += std::max(0.0F, last - first + 1);
+  }
+  return area;
+}
+
 Shape outlinedShape(const std::vector<ScaleLevel>& levels, Polarity polarity, const Object& o) {
   Shape s{{o.x, o.y, {}, 0.0F}, 0.0};
   const auto c = outlinedAgain(levels, polarity, o.x, o.y, o.radius);
-  const double radius = c ? c->radius : o.radius;
-  s.area = kPi * radius * radius;
+  s.area = c ? kPi * static_cast<double>(c->radius) * static_cast<double>(c->radius)
+             : circleArea(o, levels.front().nx, levels.front().ny);
   s.basin.radii.fill(o.radius);
   if (c) {
     s.basin.x = c->seedX;
@@ -93,7 +107,7 @@ float quartile(std::vector<float>& values, std::size_t quarters) {
   return *at;
 }
 
-// Pixel values inside and around a shape, at most kMaxSamplesAcross along each axis.
+// Pixel values inside and around a shape: all, or fewer than twice kSamplesAcross along an axis.
 struct Sides {
   std::vector<float> inside;
   std::vector<float> around;
@@ -105,9 +119,9 @@ Sides sidesOf(const image<float>& plane, const Basin& b) {
       kAround[1] * *std::max_element(b.radii.begin(), b.radii.end()) + kAroundPixels[1];
   const auto first = [&](float v) { return std::max(0, static_cast<int>(std::floor(v - reach))); };
   const auto last = [&](float v, int n) {
-    return static_cast<int>(std::min(std::floor(v + reach), static_cast<float>(n - 1)));
+    return std::min(static_cast<int>(std::floor(v + reach)), n - 1);
   };
-  const int step = std::max(1, static_cast<int>(2 * reach / kMaxSamplesAcross));
+  const int step = std::max(1, static_cast<int>(2 * reach / kSamplesAcross));
   for (int y = first(b.y); y <= last(b.y, plane.ny()); y += step) {
     const float* row = plane.pixels() + std::ptrdiff_t{y} * plane.nx();
     for (int x = first(b.x); x <= last(b.x, plane.nx()); x += step) {
@@ -205,15 +219,16 @@ Segmentation segmentObjects(const Image& img, const std::vector<Object>& objects
   const Extents flooding = extentsOf(s.labels, shapes.size());
   keepLabels(s, shapes,
              [&](std::size_t k) { return flooding.areas[k + 1] >= kMinFilled * shapes[k].area; });
-  fillHoles(s.labels);
-  const Extents filled = extentsOf(s.labels, shapes.size());
-  const bool areLeftOut = keepLabels(s, shapes, [&](std::size_t k) {
-    const auto area = static_cast<float>(filled.areas[k + 1]);
-    return area >= settings.minArea && area <= settings.maxArea &&
-           !(settings.excludeBorder && filled.areAtBorder[k + 1]);
-  });
-  // A region that is left out may have been a hole in another.
-  if (areLeftOut) fillHoles(s.labels);
+  // A region that is left out may have been a hole in another, which then grows.
+  for (bool areLeftOut = true; areLeftOut;) {
+    fillHoles(s.labels);
+    const Extents filled = extentsOf(s.labels, shapes.size());
+    areLeftOut = keepLabels(s, shapes, [&](std::size_t k) {
+      const auto area = static_cast<float>(filled.areas[k + 1]);
+      return area >= settings.minArea && area <= settings.maxArea &&
+             !(settings.excludeBorder && filled.areAtBorder[k + 1]);
+    });
+  }
   return s;
 }
 

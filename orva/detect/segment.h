@@ -27,8 +27,8 @@ namespace orva::detect {
 /// How regions are made and which are kept.
 struct SegmentSettings {
   std::optional<Polarity> polarity;  ///< of the objects, as in FindResult::used; where it is left
-                                     ///< open, the one under which more of the objects have an
-                                     ///< outline, bright ones on a tie
+                                     ///< open, the one under which more of the objects (of 400
+                                     ///< or more a sample) have an outline, bright on a tie
   float minArea = 0.0F;              ///< smaller regions are left out; in pixels, at least 0
   float maxArea = std::numeric_limits<float>::infinity();  ///< larger ones; at least minArea
   bool excludeBorder = false;  ///< whether regions with a pixel in the image's first or last row or
@@ -47,10 +47,10 @@ struct Segmentation {
 ///
 /// The closed outline around each object's center is searched again as findObjects() does, and its
 /// circle stands in where there is no outline of about its size. A threshold of the object's own,
-/// between the median brightness inside the outline and the lower quartile around it (the darker
-/// side is the upper one for dark objects), applied to the image smoothed at a sigma of 1, then
-/// decides on the pixels: those within half the outline's radius always belong to the object, those
-/// beyond 1.45 times it (or a pixel beyond it, if that is more) never.
+/// between the median brightness inside the outline and the lower quartile around it, applied to
+/// the image smoothed at a sigma of 1 (and negated for dark objects), then decides on the pixels:
+/// those within half the outline's radius always belong to the object unless another object takes
+/// them, those beyond 1.45 times it (or a pixel beyond it, if that is more) never.
 ///
 /// The pixels are assigned by flooding from the centers (a marker-controlled watershed) in the
 /// order of the distance from the center as a share of the outline's radius in that direction, so
@@ -60,9 +60,10 @@ struct Segmentation {
 ///
 /// An object is left out if it is not inside the image (a center off it, a radius that is not a
 /// number above 0 and up to the longer side), if the median inside is not above that around it by
-/// at least a quarter of the noise's standard deviation, or if its region covers less than 0.3 of
-/// its outline's area; and of two objects whose centers share a pixel the later one. An image
-/// without pixels, without contrast or with a side below 16 pixels has no regions.
+/// at least a quarter of the noise's standard deviation, if no pixel of the image lies inside or
+/// around it, or if its region covers less than 0.3 of its outline's area inside the image; and of
+/// two objects whose centers share a pixel the later one. An image without pixels, without contrast
+/// or with a side below 16 pixels has no regions.
 ///
 /// @throws std::invalid_argument for a setting out of its range or not a number
 /// @throws std::bad_alloc when the list of pixels to take does not fit in memory; when an image

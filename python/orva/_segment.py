@@ -63,7 +63,7 @@ def _object_rows(objects: Any) -> npt.NDArray[np.void]:
         try:
             with np.errstate(over="ignore"):
                 columns[name] = np.asarray(objects[name], np.float32)
-        except (IndexError, KeyError, TypeError, ValueError):
+        except (IndexError, KeyError, OverflowError, TypeError, ValueError):
             raise TypeError(
                 f"objects must be a table as find_objects() returns it, with numbers in a column {name}"
             ) from None
@@ -73,6 +73,8 @@ def _object_rows(objects: Any) -> npt.NDArray[np.void]:
     for name in ("x", "y", "radius"):
         if not np.all(np.isfinite(columns[name])):
             raise ValueError(f"objects has a {name} that is not a finite number")
+    if np.any(columns["radius"] <= 0):
+        raise ValueError("objects has a radius that is not above 0")
     rows = np.zeros(len(columns["x"]), _orva.OBJECT)
     for name, column in columns.items():
         rows[name] = column
@@ -105,10 +107,11 @@ def segment(
         A plane (y, x) of any real type, or a stack, of which one plane is used.
     objects
         The objects to label: a table as find_objects() returns it, or rows of one, with the columns
-        x, y, radius and score. If None, they are searched for.
+        x, y, radius and score. If None, they are searched for. Those with a center off the image or
+        a radius above its longer side are left out, and all in an image with a side below 16 pixels.
     measure
         The brightness that is measured, such as another channel; an array of the shape of image. If
-        None, that of image.
+        None, that of image. It is read as float32, which rounds whole numbers above 16777216.
     radius
         As for find_objects(); None if objects are given.
     polarity
@@ -131,7 +134,7 @@ def segment(
     -------
     labels
         int32 array (y, x): 0 in the background, k in the region of row k - 1 of the table. Regions
-        are connected along the axes and have no holes.
+        are connected along the axes; a hole in one is another region.
     table
         Structured array with one row per region, in the order of the objects, of which those that
         are found have the highest score first; pandas.DataFrame(table) converts it. The columns have

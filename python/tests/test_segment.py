@@ -194,7 +194,7 @@ def test_objects_without_support_have_no_label(discs):
     image, _ = discs
     objects = orva.find_objects(image)
     objects["x"][1] = 500  # off the image
-    objects["radius"][2] = -3
+    objects["radius"][2] = 5000  # larger than the image
     objects[3] = (100, 20, 9, 0.9, 1)  # background
     labels, table = orva.segment(image, objects=objects, polarity="bright")
     assert_consistent(labels, table)
@@ -304,6 +304,11 @@ def test_what_contradicts_itself_is_refused(blobs):
     for option, value in (("radius", 9), ("min_score", 0.5)):
         with pytest.raises(ValueError, match=f"{option} belongs to the search"):
             orva.segment(blobs, objects=objects, **{option: value})
+    for value in (0, -3):
+        with pytest.raises(ValueError, match="a radius that is not above 0"):
+            orva.segment(blobs, objects={"x": [9], "y": [9], "radius": [value], "score": [1]})
+    with pytest.raises(TypeError, match="with numbers in a column x"):
+        orva.segment(blobs, objects={"x": [10**400], "y": [1], "radius": [5], "score": [1]})
     with pytest.raises(ValueError, match="same length"):
         orva.segment(blobs, objects={"x": [1, 2], "y": [1], "radius": [5], "score": [1]})
     for name in ("x", "y", "radius"):

@@ -203,6 +203,14 @@ Running Sandbox::start(const std::vector<std::string>& arguments, const Streams&
   ::posix_spawn_file_actions_adddup2(actions.get(), captures->err.forChild(), STDERR_FILENO);
 
   std::vector<std::string> words{"orva"};
+  const char* program = ORVA_COMMAND;
+  if (streams.maxMemory >= 0) {
+    // A small process sets the limit: this one may have more memory already.
+    program = "/bin/sh";
+    words = {"sh", "-c",
+             "ulimit -v " + std::to_string(streams.maxMemory / 1024) + " && exec \"$@\"", "sh",
+             ORVA_COMMAND};
+  }
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
   argv.reserve(words.size() + 1);
@@ -214,9 +222,7 @@ Running Sandbox::start(const std::vector<std::string>& arguments, const Streams&
   {
     const Attributes attributes(streams.ignored);
     const ResourceLimit files(RLIMIT_FSIZE, streams.maxFileBytes);
-    const ResourceLimit memory(RLIMIT_AS, streams.maxMemory);
-    error = ::posix_spawn(&child, ORVA_COMMAND, actions.get(), attributes.get(), argv.data(),
-                          ::environ);
+    error = ::posix_spawn(&child, program, actions.get(), attributes.get(), argv.data(), ::environ);
   }
   if (error != 0) throw std::system_error(error, std::generic_category(), ORVA_COMMAND);
   return {child, std::move(captures)};

@@ -209,7 +209,7 @@ TEST(SegmentCommand, OutlinesAreOnePixelWide) {
   EXPECT_NE(colours.at(1), colours.at(2));
 }
 
-TEST(SegmentCommand, JsonTellsTheSettings) {
+TEST(SegmentCommand, JsonReportsTheSettings) {
   const Sandbox box;
   box.write("discs.pgm", pgm(fiveDiscs()));
   const Outcome outcome = box.run({"segment", "--quiet", "--format", "json", "--min-area", "100",
@@ -245,7 +245,7 @@ TEST(SegmentCommand, AreaAndBorderLeaveObjectsOut) {
   const Outcome large = box.run({"segment", "--min-area", "350", "discs.pgm"});
   ASSERT_EQ(regionRows(large.out).size(), 1U);
   EXPECT_GE(number(regionRows(large.out)[0], "area"), 350);
-  EXPECT_EQ(large.err.substr(large.err.rfind(';')), "; left out 4 more\n");
+  EXPECT_EQ(large.err.substr(large.err.rfind(';')), "; 4 more left out\n");
   EXPECT_EQ(regionRows(box.run({"segment", "--max-area", "349.5", "discs.pgm"}).out).size(), 4U);
   const auto inner = regionRows(box.run({"segment", "--exclude-border", "discs.pgm"}).out);
   EXPECT_EQ(inner.size(), 4U);
@@ -291,8 +291,8 @@ TEST(SegmentCommand, AnOtherImageThatDoesNotFitFails) {
         "cannot be measured in " + other + ": " + words));
   };
   expectFailure("small.pgm", "one has 150 x 110 pixels, the other 149 x 110");
-  expectFailure("text.tif", "this ");
-  expectFailure("missing.tif", "this ");
+  expectFailure("text.tif", "is not a ");
+  expectFailure("missing.tif", "can not be opened");
   EXPECT_EQ(box.names(), (Arguments{"discs.pgm", "small.pgm", "text.tif"}));
 }
 
@@ -346,6 +346,7 @@ TEST(SegmentCommand, WrongOptionsAreRefused) {
   expectRefusal({"--min-area", "5", "--max-area", "4"}, "must not exceed --max-area");
   expectRefusal({"--labels", "l.jpg"}, "--labels");
   expectRefusal({"--labels", "l.pgm"}, "--labels");
+  expectRefusal({"--outlines", "o.tif"}, "--outlines");
   expectRefusal({"--labels", "l.tif", "--out", "o"}, "--out");
   expectRefusal({"--outlines", "o.png", "--out", "o"}, "--out");
   expectRefusal({"--labels", "same.png", "--outlines", "same.png"}, "same.png");

@@ -245,7 +245,7 @@ TEST(Segment, LeavesOutWhatTheImageDoesNotShow) {
   EXPECT_GE(overlap(s, 1, disc(30, 30, 10)), 0.9);
 }
 
-TEST(Segment, LeavesOutObjectsOnFlatGround) {
+TEST(Segment, LeavesOutObjectsOnFlatBackground) {
   const image<float> img = drawn(100, 80, {disc(25, 25, 10)});
   const Segmentation s =
       segmentObjects(img, {object(70, 50, 10), object(25, 25, 10)}, settings(Polarity::Bright));
@@ -285,6 +285,19 @@ TEST(Segment, RegionsLeftOutLeaveNoHoles) {
   const Segmentation large = segmentObjects(img, objects, s);
   EXPECT_EQ(large.kept, std::vector<std::size_t>{0});
   EXPECT_EQ(labelAt(large, 53, 40), 1);
+  // The area that the region has with its hole filled counts.
+  s.maxArea = static_cast<float>(areaOf(all, 1));
+  const Segmentation none = segmentObjects(img, objects, s);
+  EXPECT_TRUE(none.kept.empty());
+  EXPECT_EQ(labelAt(none, 40, 40), 0);
+}
+
+// Three quarters of the circle are outside.
+TEST(Segment, ACircleCountsInsideTheImage) {
+  image<float> img = drawn(60, 60, {disc(0, 0, 14)});
+  const Segmentation s = segmentObjects(img, {object(0, 0, 22)}, settings(Polarity::Bright));
+  ASSERT_EQ(s.kept.size(), 1U);
+  EXPECT_NEAR(areaOf(s, 1), 3.14159 * 14 * 14 / 4, 30);
 }
 
 TEST(Segment, RegionsAtTheBorderAreLeftOutOnDemand) {

@@ -21,7 +21,7 @@ import orva.SettingsEstimate;
  * status line says what was estimated.
  */
 abstract class DetectionPlugin extends SearchPlugin<Detection> {
-  private static final float LOW_CONFIDENCE = 0.6f; // from which down a user should look
+  private static final float LOW_CONFIDENCE = 0.6f; // below it the user should check
 
   private final List<String> columns;
   private volatile FindChoice choice;
