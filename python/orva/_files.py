@@ -163,7 +163,7 @@ def _description(
     plain = ("y", "x")
     if not axes or axes[-2:] != plain or not set(axes) <= set("tzc") | set(plain) or len(axes) != image.ndim:
         return None, (1, 1, 1) if image.ndim == 2 else (0, 0, 0), pixel_size, []
-    counts = {axis: n for axis, n in zip(axes, image.shape)}
+    counts = dict(zip(axes, image.shape))
     order = sorted(range(image.ndim), key=lambda i: "tzcyx".index(axes[i]))
     return tuple(order), (counts.get("c", 1), counts.get("z", 1), counts.get("t", 1)), pixel_size, names
 
