@@ -33,8 +33,8 @@ holds() {
   same "$name" "list of files" "$expected" "$found"
 }
 
-headers=(bip/bip detect/detect image/image image/point image/point3d image/point_operators image/points
-  image/truncate image_io/icsparser image_io/image_io image_math/image_math scalespace/scalespace
+headers=(bip/bip detect/detect detect/measure detect/segment image/image image/point image/point3d
+  image/point_operators image/points image/truncate image_io/icsparser image_io/image_io image_math/image_math scalespace/scalespace
   util/export util/fnp util/global voting/circularvoting voting/find_centers)
 if grep -q '^ORVA_BUILD_JAVA:BOOL=ON$' "$build/CMakeCache.txt"; then
   headers+=(voting/JNICircularVoting)
