@@ -25,13 +25,15 @@ class SettingsEstimate:
 
     radius is the typical radius of the objects in pixels, 0 for none. polarity is "bright" or "dark".
     confidence is from 0 (nothing was found) to 1. runner_up is the best estimate of the other
-    polarity, which has no runner-up of its own.
+    polarity, which has no runner-up of its own. radius_um is the radius in micrometres, if the image
+    is an orva.Image with square pixels of known size.
     """
 
     radius: float
     polarity: str
     confidence: float
     runner_up: SettingsEstimate | None = None
+    radius_um: float | None = None
 
 
 def _estimate_of(values: _orva.Estimate) -> SettingsEstimate:
@@ -174,7 +176,8 @@ def estimate_settings(
     Returns
     -------
     SettingsEstimate with the fields radius (pixels, 0 for an image without objects), polarity
-    ("bright" or "dark"), confidence (0 to 1) and runner_up, the same for the other polarity. These
+    ("bright" or "dark"), confidence (0 to 1), runner_up, the same for the other polarity, and
+    radius_um, the radius in micrometres, None for an array without the size of a pixel. These
     are the radius and polarity of the objects that find_objects() finds; passed to it, the radius leaves
     out objects below 0.4 and above 2.5 times it.
 
@@ -185,4 +188,7 @@ def estimate_settings(
     ValueError
         For a frame that the image does not have.
     """
-    return _estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
+    estimate = _estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
+    sizes = getattr(image, "pixel_size", {})
+    size = _orva.square_pixel_size(sizes.get("x"), sizes.get("y"))
+    return estimate if size is None else dataclasses.replace(estimate, radius_um=estimate.radius * size)

@@ -179,6 +179,9 @@ void addFiles(py::module_& module) {
                 const std::string& slices, const std::optional<int>& t, bool eachTime, int level) {
                return read(path, series, planeChoice(channel, z, slices, t, eachTime), level);
              });
+  module.def("square_pixel_size", [](std::optional<double> x, std::optional<double> y) {
+    return formats::squarePixelSize({x, y, {}});
+  });
   module.def("write", write);
   module.def("write_colour", writeColour);
   module.def("holds_colour", formats::holdsColour);

@@ -211,6 +211,19 @@ def test_calibration_and_channel_names(tmp_path):
         assert orva.read(tmp_path / "d.tif").pixel_size == {}
 
 
+def test_the_estimate_is_in_micrometres_too(tmp_path):
+    y, x = np.mgrid[:120, :160]
+    discs = np.where(np.hypot(x % 40 - 20, y % 40 - 20) < 9, 200, 20).astype(np.uint8)
+    assert orva.estimate_settings(discs).radius_um is None
+    image = discs.view(orva.Image)
+    square = {"x": 0.5, "y": 0.5, "z": 2}
+    for sizes, size in (({}, None), ({"x": 0.5}, None), (square, 0.5), ({"x": 1, "y": 2}, None)):
+        image.pixel_size = sizes
+        estimate = orva.estimate_settings(image)
+        assert estimate.radius == pytest.approx(9, abs=1)
+        assert estimate.radius_um == (None if size is None else size * estimate.radius)
+
+
 def test_a_plane_is_read_without_the_others(tmp_path):
     """Of which one is damaged."""
     array = numbered("CZYX", "uint16")
