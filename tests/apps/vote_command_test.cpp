@@ -173,7 +173,7 @@ TEST(VoteCommand, WhatIsNoImageFails) {
       {"text.tif/inside.pgm", "can not be opened: Not a directory"},
       {tooLong, "can not be opened: File name too long"},
       {"folder", "is a directory"},
-      {".", "is a directory"},
+      {"folder/.", "is a directory"},
       {"pipe.pgm", "is not a regular file"},
       {"/dev/null", "is not a regular file"},
       {"/dev/zero", "is not a regular file"},
