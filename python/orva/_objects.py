@@ -36,7 +36,8 @@ class SettingsEstimate:
     radius_um: float | None = None
 
 
-def _estimate_of(values: _orva.Estimate) -> SettingsEstimate:
+def estimate_of(values: _orva.Estimate) -> SettingsEstimate:
+    """An estimate of the compiled functions."""
     best, other = values
     return SettingsEstimate(*best, SettingsEstimate(*other))
 
@@ -48,7 +49,7 @@ def combined(estimates: Iterable[SettingsEstimate]) -> SettingsEstimate:
         return e.radius, e.polarity, e.confidence
 
     pairs = [(values(e), values(e.runner_up)) for e in estimates if e.runner_up is not None]
-    return _estimate_of(_orva.combined_estimate(pairs))
+    return estimate_of(_orva.combined_estimate(pairs))
 
 
 @dataclasses.dataclass(frozen=True)
@@ -87,7 +88,7 @@ def search(
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
     objects, used = _orva.find_objects(plane, *dataclasses.astuple(settings))
-    return objects, _estimate_of(used)
+    return objects, estimate_of(used)
 
 
 def one_plane_of(
@@ -188,7 +189,7 @@ def estimate_settings(
     ValueError
         For a frame that the image does not have.
     """
-    estimate = _estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
+    estimate = estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
     sizes = getattr(image, "pixel_size", {})
     size = _orva.square_pixel_size(sizes.get("x"), sizes.get("y"))
     return estimate if size is None else dataclasses.replace(estimate, radius_um=estimate.radius * size)

@@ -65,7 +65,7 @@ def find_objects(
 ) -> tuple[npt.NDArray[np.void], Estimate]: ...
 def estimate_settings(image: AnyArray) -> Estimate: ...
 def combined_estimate(images: list[Estimate]) -> Estimate: ...
-def segment(
+def segment_objects(
     image: AnyArray,
     measure: AnyArray | None,
     objects: npt.NDArray[np.void],
@@ -74,6 +74,18 @@ def segment(
     max_area: float,
     exclude_border: bool,
 ) -> tuple[WideLabels, npt.NDArray[np.void]]: ...
+def segment_image(
+    image: AnyArray,
+    measure: AnyArray | None,
+    radius: float | None,
+    min_radius: float | None,
+    max_radius: float | None,
+    polarity: str | None,
+    min_score: float,
+    min_area: float,
+    max_area: float,
+    exclude_border: bool,
+) -> tuple[WideLabels, npt.NDArray[np.void], Estimate]: ...
 def measure_labels(labels: WideLabels, image: AnyArray) -> npt.NDArray[np.void]: ...
 def objects_as_csv(parts: list[Part]) -> str: ...
 def regions_as_csv(parts: list[Part]) -> str: ...

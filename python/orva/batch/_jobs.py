@@ -25,7 +25,7 @@ from .. import _orva
 from .._arrays import Pixels, WideLabels
 from .._files import PlaneOptions, plane_options
 from .._objects import FindSettings, SettingsEstimate, find_settings, search
-from .._segment import SegmentSettings, regions_of, segment_settings
+from .._segment import SegmentSettings, search_regions, segment_settings
 from ._grid import MAX_SIDE
 from ._object_tiles import estimate_in_tiles, search_in_tiles
 from ._tiles import find_centers_in_tiles
@@ -295,9 +295,7 @@ def settings_of_regions(settings: dict[str, Any]) -> tuple[FindSettings, Segment
 
 def _segmented(plane: Pixels, settings: dict[str, Any]) -> _Findings:
     """The regions of an image."""
-    told, kept = settings_of_regions(settings)
-    objects, used = _search(plane, told)
-    labels, table = regions_of(plane, objects, used.polarity, kept)
+    labels, table, used = search_regions(plane, *settings_of_regions(settings))
     return _Findings(table, used, labels)
 
 
