@@ -82,7 +82,8 @@ TEST_F(OutputFormats, NapariPointsHaveTheCenters) {
 
 TEST_F(OutputFormats, SegmentDrawsThePixelsOfEachLabel) {
   ASSERT_EQ(box.run({"segment", "--table", "t.geojson", "discs.pgm"}).status, 0);
-  for (const json& feature : json::parse(box.read("t.geojson"))["features"]) {
+  const json document = json::parse(box.read("t.geojson"));
+  for (const json& feature : document["features"]) {
     ASSERT_EQ(feature["geometry"]["type"], "Polygon");
     const json& ring = feature["geometry"]["coordinates"][0];
     double area = 0;

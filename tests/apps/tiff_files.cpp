@@ -25,7 +25,7 @@ void appendSample(std::vector<unsigned char>& bytes, double value, const TiffFor
   if (form.bits == 8)
     return append<std::uint8_t>(bytes, isSigned && value < 0 ? value + 256 : value);
   if (form.bits == 16) {
-    return isSigned ? append<std::int16_t>(bytes, value) : append<std::uint16_t>(bytes, value);
+    return append<std::uint16_t>(bytes, isSigned && value < 0 ? value + 65536 : value);
   }
   return isSigned ? append<std::int32_t>(bytes, value) : append<std::uint32_t>(bytes, value);
 }
