@@ -148,16 +148,15 @@ def segment(
         int32 array (y, x): 0 in the background, k in the region of row k - 1 of the table. Regions
         are connected along the axes; a hole in one is another region.
     table
-        Structured array with one row per region, in the order of the objects; those that are found
-        have the highest score first, those without a center come last; pandas.DataFrame(table) converts it. The columns have
-        the names and definitions of regionprops_table() of scikit-image: label (int32); centroid-0
-        and centroid-1 (row and column); area; equivalent_diameter_area; perimeter; eccentricity,
-        major_axis_length, minor_axis_length and orientation of the ellipse with the same second
-        moments; solidity; mean_intensity, min_intensity, max_intensity and intensity_std (all
+        Structured array with one row per region, in the order of the objects; those that are found have
+        the highest score first, those without a center come last; pandas.DataFrame(table) converts it.
+        The columns have the names and definitions of regionprops_table() of scikit-image: label
+        (int32); centroid-0 and centroid-1 (row and column); area; equivalent_diameter_area; perimeter;
+        eccentricity, major_axis_length, minor_axis_length and orientation of the ellipse with the same
+        second moments; solidity; mean_intensity, min_intensity, max_intensity and intensity_std (all
         float64); bbox-0 to bbox-3 (int32: first row and column, and those behind the last). score
         (float32), that of the object, and touches_border (bool), whether a pixel is in the first or
-        last row or column, follow. Lengths are in pixels, orientation is in radians from the row
-        axis.
+        last row or column, follow. Lengths are in pixels, orientation is in radians from the row axis.
 
     Raises
     ------
