@@ -85,9 +85,15 @@ std::string endingOf(const ChosenImages::Place& place) {
 }
 
 std::string fragmentOf(const ChosenImages::Place& place) {
-  if (!place.t && !place.z) return "";
-  return "#" + (place.t ? "t=" + std::to_string(*place.t) : "") + (place.t && place.z ? "&" : "") +
-         (place.z ? "z=" + std::to_string(*place.z) : "");
+  std::string fragment;
+  const auto append = [&fragment](const char* name, std::optional<int> index) {
+    if (!index) return;
+    fragment += fragment.empty() ? '#' : '&';
+    fragment += name + std::to_string(*index);
+  };
+  append("t=", place.t);
+  append("z=", place.z);
+  return fragment;
 }
 
 }  // namespace orva::formats
