@@ -72,7 +72,7 @@ std::vector<GenericRgb<std::uint16_t>> colour16(const ImageSource& source, const
 
 void ConvertCommand::convert() const {
   const Fit fit = stretch_ ? Fit::kStretched : Fit::kExactly;
-  const std::string extension = "." + format_.value_or("tif");
+  const std::string extension = std::string(".").append(format_.value_or("tif"));
   const std::string name = isStandardStream(output_) ? output_ + extension : output_;
   const ColourUse colour = holdsColour(name) ? ColourUse::kKept : ColourUse::kKeptIfBytes;
   const InputFile file(input_);
