@@ -89,14 +89,14 @@ struct SegmentedImage : FindResult {
 /// Then, unless @p sought asks for scores above 0.5, labels compact regions that stand out like the
 /// others but have no center that the search finds, such as crescents and nuclei that the border
 /// cuts. Such a region is a 4-connected component of the pixels that are brighter (for dark
-/// objects darker) than a threshold of the image and that have no labelled neighbour. The threshold
-/// lies 0.42 of the way from the median of the background, the pixels more than 4 steps away from
-/// every region, to the median of one of the fainter regions, and at least 4 standard deviations of
-/// the background away from it. The component's area is 0.5 to 2.5 times the median region's, its
-/// solidity at least 0.75, and it stands out of the pixels around it at least half as much as out
-/// of the background. Its object has the centroid, the radius of a circle of the same area, which
-/// is in the range that @p sought asks for, a score of 0.5 and a coverage of 0. There are none
-/// where fewer than three objects have a region.
+/// objects darker) than a threshold of the image and more than 2 steps away from any region. The
+/// threshold lies 0.42 of the way from the median of the background, the pixels more than 4 steps
+/// away from every region, to the median of one of the fainter regions, and at least 4 standard
+/// deviations of the background away from it. The component's area is 0.5 to 2.5 times the median
+/// region's, its solidity at least 0.75, and it stands out of the pixels around it at least half as
+/// much as out of the background. Its object has the centroid, the radius of a circle of the same
+/// area, which is in the range that @p sought asks for, a score of 0.5 and a coverage of 0. There
+/// are none where fewer than three objects have a region.
 ///
 /// Pixels that are not finite numbers, small images, memory and threads: as for findObjects() and
 /// segmentObjects(), whose levels of scale are made once.

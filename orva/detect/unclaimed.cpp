@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
 
 #include "orva/detect/elementary.h"
 #include "orva/detect/measure.h"
@@ -80,8 +79,9 @@ bool setReference(const image<float>& plane, const image<int>& labels,
   return true;
 }
 
-// The components of the pixels above a threshold that are more than one step from any label, with
-// an area in a range, as labels 1, 2 and so on in raster order of their first pixels.
+// The components of the pixels above a threshold that are more than one step from any label, of
+// which those count that are farther away from them and have an area in a range, as labels 1, 2 and
+// so on in raster order of their first pixels.
 class Components {
  public:
   Components(const image<float>& plane, const image<unsigned char>& steps, const Reference& r)
@@ -94,14 +94,17 @@ class Components {
       if (labels_.pixels()[i] != kOpen) continue;
       gather(i);
       const auto area = static_cast<double>(pixels_.size());
+      // One that is cut off a region is most often the rest of the same object.
+      const bool isCutOff = std::any_of(pixels_.begin(), pixels_.end(),
+                                        [&](int pixel) { return steps.pixels()[pixel] == 2; });
       const bool counts =
-          area >= kMinAreaShare * r.medianArea && area <= kMaxAreaShare * r.medianArea;
+          !isCutOff && area >= kMinAreaShare * r.medianArea && area <= kMaxAreaShare * r.medianArea;
       if (counts) ++n;
       for (const int pixel : pixels_) labels_.pixels()[pixel] = counts ? n : 0;
     }
   }
 
-  image<int> take() { return std::move(labels_); }
+  const image<int>& labels() const { return labels_; }
 
  private:
   static constexpr int kOpen = -1;
@@ -170,7 +173,8 @@ std::vector<Object> labelUnclaimed(const image<float>& plane, image<int>& labels
   const image<unsigned char> steps = stepsToLabels(labels);
   Reference r;
   if (!setReference(plane, labels, steps, r)) return objects;
-  const image<int> components = Components(plane, steps, r).take();
+  const Components found(plane, steps, r);
+  const image<int>& components = found.labels();
   const std::vector<ObjectMeasures> measures = measureObjects(components, plane);
   std::vector<int> renumbered(measures.size() + 1);
   int n = *std::max_element(labels.pixels(), labels.pixels() + labels.npix());

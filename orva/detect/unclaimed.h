@@ -31,9 +31,11 @@ inline constexpr float kMinOwnContrast = 0.5F;      // share of the contrast to 
 // from any region; in an image of k times kSampledBackground pixels every k-th, in raster order)
 // and the brightness that kFaintShare of the regions' medians do not reach, and
 // kUnclaimedToNoise standard deviations (from the median deviation) above the background at least.
-// A component counts if its area is kMinAreaShare to kMaxAreaShare of the regions' median area, its
-// solidity at least kMinUnclaimedSolidity, and its median above that of the unlabelled pixels from
-// 2 to kFarPixels steps around it by at least kMinOwnContrast of what it is above the background.
+// A component counts if none of its pixels is 2 steps from a region, which would most often be the
+// rest of the same object, if its area is kMinAreaShare to kMaxAreaShare of the regions' median
+// area, its solidity at least kMinUnclaimedSolidity, and its median above that of the unlabelled
+// pixels from 2 to kFarPixels steps around it by at least kMinOwnContrast of what it is above the
+// background.
 //
 // None with fewer than kMinClaimed regions, without background, or where the regions are not
 // brighter than it.

@@ -48,9 +48,9 @@ py::tuple segmentObjects(const py::array& array, const std::optional<py::array>&
     std::vector<Object> kept;
     for (const std::size_t k : regions.kept) kept.push_back(given[k]);
     rows = measured(regions.labels, other ? *other : *img, kept);
-    return std::move(regions.labels);
+    return regions.labels;
   });
-  return py::make_tuple(toArray(std::move(labels), shapeOf(array)), tableOf(rows));
+  return py::make_tuple(toArray(labels, shapeOf(array)), tableOf(rows));
 }
 
 py::tuple segmentImage(const py::array& array, const std::optional<py::array>& measure,
@@ -67,7 +67,7 @@ py::tuple segmentImage(const py::array& array, const std::optional<py::array>& m
     rows = measured(segmented.labels, other ? *other : *img, segmented.objects);
     return segmented;
   });
-  return py::make_tuple(toArray(std::move(regions.labels), shapeOf(array)), tableOf(rows),
+  return py::make_tuple(toArray(regions.labels, shapeOf(array)), tableOf(rows),
                         estimateOf(regions.used));
 }
 

@@ -116,6 +116,8 @@ std::vector<detect::Object> labelUnclaimed(const image<float>& plane, image<int>
     if (area < detect::kMinAreaShare * medianArea || area > detect::kMaxAreaShare * medianArea) {
       continue;
     }
+    const auto isClose = [&](const Place& q) { return isNear(labels, q, 2, isLabelled); };
+    if (std::any_of(component.begin(), component.end(), isClose)) continue;
     components.push_back(component);
   }
 
