@@ -21,6 +21,7 @@ namespace {
 // The first character of the child's answer.
 constexpr char kResult = '+';
 constexpr char kFailure = '-';
+constexpr int kMaxAnswer = 1 << 20;  // bytes
 
 [[noreturn]] void answer(const std::function<std::string()>& work, int pipe) {
   std::string text;
@@ -29,7 +30,7 @@ constexpr char kFailure = '-';
   } catch (const std::exception& error) {
     text = std::string(1, kFailure) + reasonOf(error);
   }
-  // The buffer of the pipe holds the whole text.
+  // The buffer of the pipe holds the whole text, or the write does not wait.
   const bool told = ::write(pipe, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   std::exit(told ? 0 : 1);
 }
@@ -66,7 +67,8 @@ std::string allOf(int pipe) {
 
 std::string inChildProcess(const std::function<std::string()>& work) {
   std::array<int, 2> pipe{};
-  if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return work();
+  if (::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) return work();
+  ::fcntl(pipe[1], F_SETPIPE_SZ, kMaxAnswer);
   std::cout.flush();              // else the child has the same text to write
   std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
   std::optional<SignalBlock> pause(std::in_place, SIGCHLD);

@@ -1,7 +1,14 @@
 #include "apps/convert_command.h"
 
+#include <cstdint>
+#include <memory>
+#include <vector>
+
 #include "apps/input_file.h"
+#include "formats/file_error.h"
+#include "formats/image_source.h"
 #include "formats/image_writer.h"
+#include "formats/plane_choice.h"
 
 namespace orva::apps {
 
@@ -21,18 +28,68 @@ ConvertCommand::ConvertCommand(CommandLine& line)
       .required()
       .check(writableFile({}))
       .valueText("OUT REQUIRED");
-  addFrameOption(frame_);
+  addPlaneOptions(planes_, kSlicesKept);
   options().addFlag("--stretch", stretch_,
                     "Map the range of grey pixels to 0..255, whatever the format");
 }
 
+namespace {
+
+// The pixels of planes in colour of 16 bits, which no image of the library holds.
+std::vector<GenericRgb<std::uint16_t>> colour16(const ImageSource& source, const KeptPlanes& planes,
+                                                int level, int& nx, int& ny) {
+  std::vector<GenericRgb<std::uint16_t>> pixels;
+  for (const PlanarImage& image : planes.images) {
+    const int page = planes.axes.pageOf({image.c, image.z.value_or(0), image.t});
+    const auto raster = source.readRaster(page, level);
+    if (!raster->isColour() || raster->type() != SampleType::kUint16 ||
+        (!pixels.empty() && (raster->width() != static_cast<std::size_t>(nx) ||
+                             raster->height() != static_cast<std::size_t>(ny)))) {
+      throw FileError("its pages differ in size or pixel type; choose one with --frame");
+    }
+    nx = static_cast<int>(raster->width());
+    ny = static_cast<int>(raster->height());
+    const std::size_t samples = raster->pixelBytes() / sizeof(std::uint16_t);
+    for (std::size_t y = 0; y < raster->height(); ++y) {
+      const auto* from = reinterpret_cast<const std::uint16_t*>(raster->row(y));
+      for (std::size_t x = 0; x < raster->width(); ++x, from += samples) {
+        pixels.push_back({from[0], from[1], from[2]});
+      }
+    }
+  }
+  return pixels;
+}
+
+}  // namespace
+
+void ConvertCommand::convert() const {
+  const Fit fit = stretch_ ? Fit::kStretched : Fit::kExactly;
+  const ColourUse colour = holdsColour(output_) ? ColourUse::kKept : ColourUse::kKeptIfBytes;
+  const InputFile file(input_);
+  if (planes_.frame) {
+    writeImageFile(output_, *readImageFile(file.path(), *planes_.frame, colour), fit);
+    return;
+  }
+  const ImageSource source(file.path(), planes_.series);
+  const KeptPlanes planes = keepPlanes(source.axes(), planes_.chosen());
+  if (fit == Fit::kExactly && holdsColour16(output_) && source.isColour16() &&
+      planes.images.front().z) {
+    int nx = 0;
+    int ny = 0;
+    const auto pixels = colour16(source, planes, planes_.level, nx, ny);
+    writeFiles(encodeColour16(output_, pixels, nx, ny, planes.kept));
+    return;
+  }
+  PlaneStack stack;
+  for (const PlanarImage& image : planes.images) {
+    stack.add(readPlanar(source, planes.axes, image, planes_.level, colour));
+  }
+  writeImageFile(output_, *stack.take(), fit, {planes.kept, source.isUnsigned16()});
+}
+
 int ConvertCommand::run() {
   requireSeparate({input_}, filesOf(output_));
-  return statusOf(input_, [this] {
-    const auto img = readInput(input_, frame_,
-                               holdsColour(output_) ? ColourUse::kKept : ColourUse::kKeptIfBytes);
-    writeImageFile(output_, *img, stretch_ ? Fit::kStretched : Fit::kExactly);
-  });
+  return statusOf(input_, [this] { convert(); });
 }
 
 }  // namespace orva::apps

@@ -16,9 +16,11 @@ class ConvertCommand : public Subcommand {
   int run() override;
 
  private:
+  void convert() const;
+
   std::string input_;
   std::string output_;
-  std::optional<int> frame_;
+  PlaneOptions planes_;
   bool stretch_ = false;
 };
 

@@ -6,12 +6,14 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include "apps/child_process.h"
 #include "apps/input_file.h"
 #include "apps/progress.h"
+#include "apps/size_option.h"
 #include "formats/file_error.h"
 #include "formats/output_file.h"
 #include "formats/text.h"
@@ -30,6 +32,14 @@ std::string seconds(std::chrono::steady_clock::duration time) {
   return text.data();
 }
 
+// What is said of a file whose pixels are not square, or "".
+std::string oblongNote(const PixelSize& size) {
+  if (!size.x || !size.y || squarePixelSize(size)) return "";
+  return "a pixel is " + shortestDecimal(static_cast<float>(*size.x)) + " x " +
+         shortestDecimal(static_cast<float>(*size.y)) +
+         " um, not square; sizes are in pixels only; --pixel-size gives another";
+}
+
 }  // namespace
 
 DetectionCommand::DetectionCommand(const Options& options, std::string summaryColumns)
@@ -38,15 +48,18 @@ DetectionCommand::DetectionCommand(const Options& options, std::string summaryCo
 void DetectionCommand::addImages() { options().add("image", images_, kImageFiles).required(); }
 
 void DetectionCommand::addFileOptions(const FileOptions& files) {
-  options()
-      .add("--frame", frame_, "Page of a TIFF file or plane of a stack, counted from 0; default 0")
-      .check(frameNumber())
-      .valueText("K");
+  addPlaneOptions(planes_, kSlicesByThemselves);
   std::vector<Option> single;
   single.push_back(options().add(files.tableOption, tableFile_, files.table).valueText("FILE"));
-  options().addChoice<TableFormat>("--format", format_,
-                                   {{"csv", TableFormat::kCsv}, {"json", TableFormat::kJson}},
-                                   "csv or json; default csv");
+  options().addChoice<std::optional<TableFormat>>(
+      "--format", format_,
+      {{"csv", TableFormat::kCsv},
+       {"json", TableFormat::kJson},
+       {"geojson", TableFormat::kGeoJson},
+       {"roi", TableFormat::kRoi},
+       {"napari", TableFormat::kNapari}},
+      "csv, json, geojson for QuPath, roi for ImageJ (a ZIP file), or napari (its CSV of points); "
+      "default by the extension of FILE (.csv, .json, .geojson, .geojson.gz, .zip), or csv");
   // The options refer to the elements.
   others_.resize(files.others.size());
   for (std::size_t i = 0; i < others_.size(); ++i) {
@@ -62,7 +75,28 @@ void DetectionCommand::addFileOptions(const FileOptions& files) {
   options().addFlag("--quiet", quiet_, files.quiet);
 }
 
+void DetectionCommand::addPixelSizeOption() {
+  usesMicrometres_ = true;
+  options()
+      .add("--pixel-size", pixelSizeText_,
+           "Width and height of a pixel, in micrometres unless it has a unit; default what the "
+           "file says")
+      .check([](const std::string& text) {
+        const std::optional<Size> size = lengthIn(text);
+        return size && size->value > 0 ? "" : text + " is not a length above 0, such as 0.25um";
+      })
+      .valueText("S");
+}
+
+TableFormat DetectionCommand::format() const {
+  if (format_) return *format_;
+  return tableFile_ ? formatOf(*tableFile_) : TableFormat::kCsv;
+}
+
 void DetectionCommand::checkFiles() const {
+  if (format() == TableFormat::kRoi && !outDirectory_ && isPrinted()) {
+    throw UsageError("--format", "roi makes a ZIP file, which needs a name, not standard output");
+  }
   if (images_.size() > 1 && !outDirectory_) {
     throw UsageError("image", "several images need --out DIR");
   }
@@ -84,7 +118,7 @@ void DetectionCommand::checkFiles() const {
 std::vector<fs::path> DetectionCommand::batchFiles(const std::string& image) const {
   const fs::path out(*outDirectory_);
   const std::string stem = stemOf(image);
-  std::vector<fs::path> files{out / (stem + extension())};
+  std::vector<fs::path> files{out / (stem + extensionOf(format()))};
   for (const Other& other : others_) files.push_back(out / (stem + other.ending));
   return files;
 }
@@ -92,45 +126,100 @@ std::vector<fs::path> DetectionCommand::batchFiles(const std::string& image) con
 // Whether the table of a single image goes to standard output.
 bool DetectionCommand::isPrinted() const { return !tableFile_ || isStandardStream(*tableFile_); }
 
-ImageFacts DetectionCommand::factsOf(const Input& input) const {
-  return {input.file, frame_, input.img.nx(), input.img.ny()};
+ImageFacts DetectionCommand::factsOf(const Input& input) {
+  return {input.file,    input.place.page, input.img.nx(),       input.img.ny(),
+          input.place.t, input.place.z,    input.place.position, input.pixelSize};
 }
 
-std::unique_ptr<Image> DetectionCommand::read(const std::string& file) const {
-  return readInput(file, frame_, ColourUse::kLuminance);
+std::optional<double> DetectionCommand::pixelSizeOf(const InputImages& images,
+                                                    const Image& img) const {
+  if (!usesMicrometres_) return std::nullopt;
+  std::optional<double> size;
+  if (pixelSizeText_) {
+    size = lengthIn(*pixelSizeText_)->value;  // in micrometres with and without a unit
+  } else {
+    size = squarePixelSize(images.pixelSize());
+  }
+  return size ? std::optional(*size * images.reductionOf(img)) : std::nullopt;
 }
 
-// After the results are written, over the progress line.
-void DetectionCommand::showReport(const std::string& file, const Findings& findings) const {
-  if (quiet_ || findings.report.empty()) return;
+std::pair<std::unique_ptr<Image>, std::optional<double>> DetectionCommand::readFirst(
+    const std::string& file) const {
+  const InputImages images(file, planes_);
+  std::unique_ptr<Image> img = images.read(0);
+  const std::optional<double> pixelSize = pixelSizeOf(images, *img);
+  return {std::move(img), pixelSize};
+}
+
+// A line for people, over the progress line.
+void DetectionCommand::show(const std::string& file, const std::string& text) const {
+  if (quiet_ || text.empty()) return;
   const Progress line(images_.size(), quiet_);
   line.clear();
-  std::cerr << "orva: " + file + ": " + findings.report + '\n';
+  std::cerr << "orva: " + file + ": " + text + '\n';
+}
+
+std::string DetectionCommand::workOn(const std::string& file,
+                                     const std::optional<std::string>& stem,
+                                     const std::optional<fs::path>& table,
+                                     const std::vector<std::optional<fs::path>>& files) const {
+  auto start = std::chrono::steady_clock::now();
+  const InputImages images(file, planes_);
+  show(file, images.note());
+  if (usesMicrometres_ && !pixelSizeText_) show(file, oblongNote(images.pixelSize()));
+  std::string summary;
+  std::vector<Detections> found;
+  std::vector<FileContent> contents;
+  std::vector<std::pair<std::string, std::string>> reports;
+  for (std::size_t i = 0; i < images.count(); ++i) {
+    const std::unique_ptr<Image> img = images.read(i);
+    Input input{file, *img, i, images.placeOf(i), pixelSizeOf(images, *img), stem, files};
+    const std::string ending = endingOf(input.place);
+    if (input.stem) *input.stem += ending;
+    for (std::optional<fs::path>& each : input.files) {
+      if (each) each = withEnding(*each, ending);
+    }
+    Findings findings = findIn(input);
+    found.push_back(std::move(findings.found));
+    contents = std::move(findings.files);
+    // Those of several images would fill the memory.
+    if (images.count() > 1) {
+      requireNoInputs(contents);
+      writeFiles(contents);
+      contents.clear();
+    }
+    const std::string name = file + fragmentOf(input.place);
+    reports.emplace_back(name, findings.report);
+    const auto now = std::chrono::steady_clock::now();
+    summary += csvField(name) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) +
+               ',' + findings.summary + ',' + seconds(now - start) + '\n';
+    start = now;
+  }
+  const std::string text = encodeTable(found, format(), table ? table->string() : "");
+  // In a directory the table is the first.
+  if (table) contents.insert(stem ? contents.begin() : contents.end(), {*table, text});
+  writeFiles(contents);
+  if (!table) print(text, "the table");
+  for (const auto& [name, report] : reports) show(name, report);
+  return summary;
+}
+
+// For files whose names the command line does not tell.
+void DetectionCommand::requireNoInputs(const std::vector<FileContent>& files) const {
+  for (const FileContent& file : files) {
+    for (const std::string& input : inputs()) {
+      if (!isStandardStream(input) && resolvedPath(input) == resolvedPath(file.path)) {
+        throw FileError("a result would replace the input " + input);
+      }
+    }
+  }
 }
 
 void DetectionCommand::workOnOne() const {
-  const std::string& file = images_.front();
-  const std::unique_ptr<Image> img = read(file);
-  Input input{file, *img, {}, {}};
-  for (const Other& other : others_) input.files.emplace_back(other.file);
-  Findings findings = findIn(input);
-  if (!isPrinted()) findings.files.push_back({*tableFile_, findings.table});
-  writeFiles(findings.files);
-  if (isPrinted()) print(findings.table, "the table");
-  showReport(file, findings);
-}
-
-std::string DetectionCommand::workInBatch(const std::string& file) const {
-  const auto start = std::chrono::steady_clock::now();
-  const std::vector<fs::path> results = batchFiles(file);
-  const std::unique_ptr<Image> img = read(file);
-  Findings findings = findIn({file, *img, stemOf(file), {results.begin() + 1, results.end()}});
-  findings.files.insert(findings.files.begin(), {results.front(), findings.table});
-  writeFiles(findings.files);
-  showReport(file, findings);
-  const auto time = std::chrono::steady_clock::now() - start;
-  return csvField(file) + ',' + std::to_string(img->nx()) + ',' + std::to_string(img->ny()) + ',' +
-         findings.summary + ',' + seconds(time) + '\n';
+  std::vector<std::optional<fs::path>> files;
+  for (const Other& other : others_) files.emplace_back(other.file);
+  const auto table = isPrinted() ? std::nullopt : std::optional<fs::path>(*tableFile_);
+  workOn(images_.front(), {}, table, files);
 }
 
 int DetectionCommand::workOnAll() {
@@ -147,7 +236,10 @@ int DetectionCommand::workOnAll() {
     progress.show(i, file);
     try {
       // The library ends the process when memory runs out; the other images are to be done still.
-      summary += inChildProcess([&] { return workInBatch(file); });
+      summary += inChildProcess([&] {
+        const std::vector<fs::path> results = batchFiles(file);
+        return workOn(file, stemOf(file), results.front(), {results.begin() + 1, results.end()});
+      });
     } catch (const std::exception& error) {
       progress.clear();
       reportFailure(file, error);

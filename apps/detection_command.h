@@ -8,8 +8,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "apps/input_file.h"
 #include "apps/subcommand.h"
 #include "formats/output_file.h"
 #include "formats/result_table.h"
@@ -21,18 +23,22 @@ class DetectionCommand : public Subcommand {
   int run() override;
 
  protected:
-  // An image to work on.
+  // An image to work on: one of those that the options choose of a file.
   struct Input {
     std::string file;
     const Image& img;
-    std::optional<std::string> stem;  // of the results' names; none for a single image
+    std::size_t index;  // of the image
+    InputImages::Place place;
+    std::optional<double> pixelSize;  // micrometres per pixel of square pixels, where known
+    // Of the names of results that have no option of their own; none for a single image.
+    std::optional<std::string> stem;
     // Where the further results go, in their order; none for those that are not asked for.
     std::vector<std::optional<std::filesystem::path>> files;
   };
 
   // The results of one image.
   struct Findings {
-    std::string table;
+    Detections found;
     std::vector<FileContent> files;  // those that the input asks for
     std::string summary;             // its fields of the summary
     std::string report;              // for people, unless --quiet; may be empty
@@ -62,6 +68,8 @@ class DetectionCommand : public Subcommand {
   // For the constructors of the subcommands, in the order of the help.
   void addImages();
   void addFileOptions(const FileOptions& options);
+  // Of the commands that use micrometres.
+  void addPixelSizeOption();
 
   // What the options' own checks do not see. Nothing has been written yet. Throws UsageError.
   virtual void check() {}
@@ -75,29 +83,37 @@ class DetectionCommand : public Subcommand {
   virtual Findings findIn(const Input& input) const = 0;
 
   const std::vector<std::string>& images() const { return images_; }
-  TableFormat format() const { return format_; }
+  TableFormat format() const;
   bool isQuiet() const { return quiet_; }
   bool isBatch() const { return outDirectory_.has_value(); }
-  ImageFacts factsOf(const Input& input) const;
-  std::unique_ptr<Image> read(const std::string& file) const;
+  const PlaneOptions& planes() const { return planes_; }
+  static ImageFacts factsOf(const Input& input);
+  // The first of the images of a file that the options choose, and its Input::pixelSize.
+  std::pair<std::unique_ptr<Image>, std::optional<double>> readFirst(const std::string& file) const;
 
  private:
   void checkFiles() const;
-  void showReport(const std::string& file, const Findings& findings) const;
+  void show(const std::string& file, const std::string& text) const;
   bool isPrinted() const;
   void workOnOne() const;
   int workOnAll();
-  // Writes the results of one image of several and returns its row of the summary.
-  std::string workInBatch(const std::string& file) const;
+  void requireNoInputs(const std::vector<FileContent>& files) const;
+  std::optional<double> pixelSizeOf(const InputImages& images, const Image& img) const;
+  // Writes the results of all images of a file; without `table`, the table goes to standard output.
+  // Returns their rows of the summary.
+  std::string workOn(const std::string& file, const std::optional<std::string>& stem,
+                     const std::optional<std::filesystem::path>& table,
+                     const std::vector<std::optional<std::filesystem::path>>& files) const;
   // The files that the results of an image go to in a directory, the table's first.
   std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
-  const char* extension() const { return format_ == TableFormat::kCsv ? ".csv" : ".json"; }
 
   std::string summaryColumns_;
   std::vector<std::string> images_;
-  int frame_ = 0;
+  PlaneOptions planes_;
   std::optional<std::string> tableFile_;
-  TableFormat format_ = TableFormat::kCsv;
+  std::optional<TableFormat> format_;
+  bool usesMicrometres_ = false;
+  std::optional<std::string> pixelSizeText_;
   struct Other {
     std::string ending;
     std::optional<std::string> file;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -83,18 +84,22 @@ FilterCommand::FilterCommand(CommandLine& line)
       .required()
       .check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
       .valueText("FILE REQUIRED");
-  addFrameOption(frame_);
+  addPlaneOptions(planes_, kSlicesAsVolume);
 }
 
 int FilterCommand::run() {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
-    const auto img = readInput(input_, frame_, ColourUse::kLuminance);
-    const bool needsStack = operation_.find('z') != std::string::npos;
-    if (needsStack && img->nframes() == 1) {
-      throw FileError("has one plane, and " + operation_ + " needs a stack");
+    const InputImages images(input_, planes_, InputImages::Slices::kVolume);
+    for (std::size_t i = 0; i < images.count(); ++i) {
+      const std::unique_ptr<Image> img = images.read(i);
+      const bool needsStack = operation_.find('z') != std::string::npos;
+      if (needsStack && img->nframes() == 1) {
+        throw FileError("has one plane, and " + operation_ + " needs a stack");
+      }
+      writeImageFile(withEnding(output_, endingOf(images.placeOf(i))).string(),
+                     operationNamed(operation_).apply(*img, sigma_), Fit::kExactly);
     }
-    writeImageFile(output_, operationNamed(operation_).apply(*img, sigma_), Fit::kExactly);
   });
 }
 

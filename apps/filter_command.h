@@ -2,7 +2,6 @@
 #ifndef ORVA_APPS_FILTER_COMMAND_H
 #define ORVA_APPS_FILTER_COMMAND_H
 
-#include <optional>
 #include <string>
 
 #include "apps/subcommand.h"
@@ -20,7 +19,7 @@ class FilterCommand : public Subcommand {
   std::string operation_;
   float sigma_ = 0.0F;
   std::string output_;
-  std::optional<int> frame_;
+  PlaneOptions planes_;
 };
 
 }  // namespace orva::apps

@@ -22,16 +22,15 @@ FindCommand::FindCommand(CommandLine& line)
 }
 
 DetectionCommand::Findings FindCommand::findIn(const Input& input) const {
-  const detect::FindResult result = detect::findObjects(input.img, settings());
+  const detect::FindSettings settings = settingsFor(input.pixelSize);
+  const detect::FindResult result = detect::findObjects(input.img, settings);
   Findings findings;
-  findings.table = format() == TableFormat::kCsv
-                       ? objectsAsCsv(result.objects)
-                       : objectsAsJson(factsOf(input), settings(), result);
+  findings.found = detectionsOf(factsOf(input), settings, result);
   if (const auto& overlay = input.files.front()) {
     findings.files.push_back({*overlay, overlayAsPng(input.img, result.objects)});
   }
   findings.summary = summaryOf(result.objects.size(), result.used);
-  findings.report = reportOf(result);
+  findings.report = reportOf(result, input.pixelSize);
   return findings;
 }
 

@@ -6,10 +6,12 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <vector>
 
 #include "apps/input_file.h"
 #include "formats/file_error.h"
 #include "formats/image_file.h"
+#include "formats/image_source.h"
 #include "formats/text.h"
 #include "orva/image_io/icsparser.h"
 
@@ -78,6 +80,47 @@ std::string describePlane(const orva::Image& img) {
   return line("width", img.nx()) + line("height", img.ny());
 }
 
+// What a description says of the axes, and the size of a pixel; nothing for pages without one.
+std::string describeAxes(const ImageSource& source) {
+  const ImageAxes& axes = source.axes();
+  std::string text;
+  if (*source.description() != '\0') {
+    text += line("description", source.description());
+    text += axes.areKnown
+                ? line("channels", axes.nc) + line("slices", axes.nz) + line("times", axes.nt)
+                : line("axes", "do not fit the number of pages");
+  }
+  std::string names;
+  for (std::size_t c = 0; c < axes.channelNames.size(); ++c) {
+    if (axes.channelNames[c].empty()) continue;
+    names += (names.empty() ? "" : ", ") + std::to_string(c) + ' ' + axes.channelNames[c];
+  }
+  if (!names.empty()) text += line("channel names", names);
+  const PixelSize& size = axes.pixelSize;
+  if (size.x && size.y) {
+    text += line("pixel size", shortestDecimal(*size.x) + " x " + shortestDecimal(*size.y) +
+                                   (size.z ? " x " + shortestDecimal(*size.z) : "") + " um");
+  }
+  if (axes.bitDepth) text += line("bit depth", *axes.bitDepth);
+  if (source.levels() > 1) text += line("levels", source.levels());
+  return text;
+}
+
+// The same for each image of an OME-TIFF file.
+std::string describeImages(const std::string& file) {
+  const std::vector<std::string> images = ImageSource::imagesOf(file);
+  if (images.size() == 1) return describeAxes(ImageSource(file));
+  std::string text = line("images", static_cast<int>(images.size()));
+  for (std::size_t i = 0; i < images.size(); ++i) {
+    const ImageSource source(file, static_cast<int>(i));
+    text += line("image " + std::to_string(i), std::to_string(source.nx()) + " x " +
+                                                   std::to_string(source.ny()) +
+                                                   (images[i].empty() ? "" : ", " + images[i])) +
+            describeAxes(source);
+  }
+  return text;
+}
+
 // Pages may differ; the sizes and the type are those of the first.
 std::string describeTiff(const std::string& file) {
   int pages = 0;
@@ -138,7 +181,7 @@ std::string describe(const std::string& name) {
   const FileKind kind = kindOf(file);
   const std::string start = line("file", name) + line("format", nameOf(kind));
   if (kind == FileKind::kIcs) return start + describeIcs(file);
-  if (kind == FileKind::kTiff) return start + describeTiff(file);
+  if (kind == FileKind::kTiff) return start + describeTiff(file) + describeImages(file);
   return start + describeImage(file);
 }
 

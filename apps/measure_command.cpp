@@ -4,12 +4,15 @@
 #include <cmath>
 #include <iostream>
 #include <limits>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "apps/input_file.h"
 #include "formats/file_error.h"
 #include "formats/image_writer.h"
 #include "formats/output_file.h"
+#include "formats/result_table.h"
 #include "formats/text.h"
 #include "orva/bip/bip.h"
 #include "orva/bip/silent.h"
@@ -19,16 +22,22 @@ namespace {
 
 using orva::RegionFeature;
 
-std::string tableOf(const std::vector<RegionFeature>& features) {
-  std::string text = "xmin,xmax,ymin,ymax,zmin,zmax,cx,cy,cz,radius,npix,mean,var\n";
+Detections tableOf(const ImageFacts& facts, const std::vector<RegionFeature>& features) {
+  Detections table;
+  table.facts = facts;
+  for (const char* name :
+       {"xmin", "xmax", "ymin", "ymax", "zmin", "zmax", "cx", "cy", "cz", "radius", "npix"}) {
+    table.columns.push_back({name, Column::Kind::kWhole});
+  }
+  for (const char* name : {"mean", "var"}) table.columns.push_back({name, Column::Kind::kFloat});
   for (const RegionFeature& f : features) {
     for (const int v :
          {f.xmin, f.xmax, f.ymin, f.ymax, f.zmin, f.zmax, f.cx, f.cy, f.cz, f.radius, f.npix}) {
-      text += std::to_string(v) + ',';
+      table.values.push_back(v);
     }
-    text += shortestDecimal(f.mean) + ',' + shortestDecimal(f.var) + '\n';
+    for (const float v : {f.mean, f.var}) table.values.push_back(v);
   }
-  return text;
+  return table;
 }
 
 // Takes the regions out of the labels and the table that do not have `minSize` to `maxSize` pixels,
@@ -103,32 +112,47 @@ MeasureCommand::MeasureCommand(CommandLine& line)
       .add("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
       .check(writableFile({".iht", ".ics"}))
       .valueText("FILE");
-  addFrameOption(frame_);
+  addPlaneOptions(planes_, kSlicesAsVolume);
 }
 
-void MeasureCommand::measure() const {
-  const auto img = readInput(input_, frame_, ColourUse::kLuminance);
-  const float t = threshold_ ? *threshold_ : orva::bip::computeThreshold(*img, scale_);
+MeasureCommand::Regions MeasureCommand::measured(const Image& img) const {
+  const float t = threshold_ ? *threshold_ : orva::bip::computeThreshold(img, scale_);
   if (!std::isfinite(t)) {
     throw FileError("has pixels that are no numbers or infinite; give a --threshold");
   }
-  orva::image<unsigned char> mask = orva::bip::threshold(*img, t);
+  orva::image<unsigned char> mask = orva::bip::threshold(img, t);
   int n = 0;
   orva::image<short> labels = labelled(mask, fill_, n);
-  std::vector<RegionFeature> features = orva::bip::regionFeatures(labels, n, *img);
+  std::vector<RegionFeature> features = orva::bip::regionFeatures(labels, n, img);
   selectBySize(labels, features, minSize_, maxSize_.value_or(std::numeric_limits<int>::max()));
-  std::vector<FileContent> results;
-  if (labels_) results = encodeImage(*labels_, labels, Fit::kExactly);
-  if (!isStandardStream(table_)) results.push_back({table_, tableOf(features)});
-  writeFiles(results);
-  if (isStandardStream(table_)) print(tableOf(features), "the table");
-  summarize(t, features.size());
+  return {t, std::move(features), std::move(labels)};
 }
 
-// Not into a table that goes the same way.
-void MeasureCommand::summarize(float threshold, std::size_t regions) const {
-  if (isStandardStream(table_) || isStandardOutput(table_)) return;
-  std::cout << "threshold: " << shortestDecimal(threshold) << "\nregions: " << regions << std::endl;
+void MeasureCommand::measure() const {
+  const InputImages images(input_, planes_, InputImages::Slices::kVolume);
+  std::vector<Detections> tables;
+  std::string summary;
+  std::vector<FileContent> results;
+  for (std::size_t i = 0; i < images.count(); ++i) {
+    const std::unique_ptr<Image> img = images.read(i);
+    const InputImages::Place place = images.placeOf(i);
+    const Regions regions = measured(*img);
+    tables.push_back(
+        tableOf({input_, place.page, img->nx(), img->ny(), place.t, place.z}, regions.features));
+    summary += "threshold: " + shortestDecimal(regions.threshold) +
+               "\nregions: " + std::to_string(regions.features.size()) + '\n';
+    if (!labels_) continue;
+    const std::filesystem::path file = withEnding(*labels_, endingOf(place));
+    results = encodeImage(file.string(), regions.labels, Fit::kExactly);
+    if (images.count() > 1) writeFiles(results);
+  }
+  if (images.count() > 1) results.clear();  // they have been written
+  const std::string table = csvOf(tables);
+  if (!isStandardStream(table_)) results.push_back({table_, table});
+  writeFiles(results);
+  if (isStandardStream(table_)) print(table, "the table");
+  // Not into a table that goes the same way.
+  if (!isStandardStream(table_) && !isStandardOutput(table_)) std::cout << summary << std::flush;
 }
 
 int MeasureCommand::run() {

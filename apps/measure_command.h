@@ -2,11 +2,13 @@
 #ifndef ORVA_APPS_MEASURE_COMMAND_H
 #define ORVA_APPS_MEASURE_COMMAND_H
 
-#include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/subcommand.h"
+#include "orva/bip/bip.h"
+#include "orva/image/image.h"
 
 namespace orva::apps {
 
@@ -17,8 +19,14 @@ class MeasureCommand : public Subcommand {
   int run() override;
 
  private:
+  // The regions of one image.
+  struct Regions {
+    float threshold;
+    std::vector<RegionFeature> features;
+    image<short> labels;
+  };
+  Regions measured(const Image& img) const;
   void measure() const;
-  void summarize(float threshold, std::size_t regions) const;
 
   std::string input_;
   std::optional<float> threshold_;
@@ -28,7 +36,7 @@ class MeasureCommand : public Subcommand {
   bool fill_ = false;
   std::string table_;
   std::optional<std::string> labels_;
-  std::optional<int> frame_;
+  PlaneOptions planes_;
 };
 
 }  // namespace orva::apps

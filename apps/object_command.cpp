@@ -1,7 +1,5 @@
 #include "apps/object_command.h"
 
-#include <charconv>
-#include <cmath>
 #include <locale>
 #include <sstream>
 #include <vector>
@@ -20,27 +18,6 @@ using detect::Settings;
 using detect::SettingsEstimate;
 
 constexpr float kLowConfidence = 0.6F;  // below it a user should look at the result
-
-// A number of at least 0 that takes the whole of `text`.
-std::optional<float> radiusIn(const std::string& text) {
-  float v = 0;
-  const char* end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, v);
-  if (error != std::errc() || rest != end || !std::isfinite(v) || v < 0) return std::nullopt;
-  return v;
-}
-
-// Sets the radius or its range from "R" or "A:B". False for other texts.
-bool setRadius(const std::string& text, detect::FindSettings& settings) {
-  const std::size_t colon = text.find(':');
-  if (colon == std::string::npos) {
-    settings.radius = radiusIn(text);
-    return settings.radius && *settings.radius > 0;
-  }
-  settings.minRadius = radiusIn(text.substr(0, colon));
-  settings.maxRadius = radiusIn(text.substr(colon + 1));
-  return settings.minRadius && settings.maxRadius && *settings.minRadius <= *settings.maxRadius;
-}
 
 // An estimate as it leaves a child process.
 std::string textOf(const SettingsEstimate& estimate) {
@@ -66,21 +43,38 @@ SettingsEstimate estimateIn(const std::string& text) {
   return estimate;
 }
 
+// With two digits at least.
+std::string micrometresText(double v) {
+  int decimals = 1;
+  for (double limit = 1; v < limit && decimals < 6; limit /= 10) ++decimals;
+  return fixed(static_cast<float>(v), decimals);
+}
+
 }  // namespace
 
 ObjectCommand::ObjectCommand(const Options& options)
     : DetectionCommand(options, "objects,radius,polarity,confidence") {}
 
+// From "R" or "A:B".
+std::optional<ObjectCommand::Radii> ObjectCommand::radiiIn(const std::string& text) {
+  const std::size_t colon = text.find(':');
+  if (colon == std::string::npos) {
+    const Radii radii{lengthIn(text), {}, {}};
+    return radii.typical && radii.typical->value > 0 ? std::optional(radii) : std::nullopt;
+  }
+  const Radii radii{{}, lengthIn(text.substr(0, colon)), lengthIn(text.substr(colon + 1))};
+  const bool isRange = radii.min && radii.max && radii.min->isMetric == radii.max->isMetric &&
+                       radii.min->value <= radii.max->value;
+  return isRange ? std::optional(radii) : std::nullopt;
+}
+
 void ObjectCommand::addSearchOptions() {
   options()
-      .add("--radius", radius_,
-           "Typical radius of the objects in pixels, or a range A:B of their radii; "
-           "default estimated from the image")
+      .add("--radius", radiusText_,
+           "Typical radius of the objects in pixels, or with a unit such as um, or a range A:B of "
+           "their radii; default estimated from the image")
       .check([](const std::string& text) {
-        detect::FindSettings ignored;
-        return setRadius(text, ignored)
-                   ? ""
-                   : text + " is neither a radius above 0 nor a range A:B of radii";
+        return radiiIn(text) ? "" : text + " is neither a radius above 0 nor a range A:B of radii";
       })
       .valueText("R|A:B");
   options().addChoice<std::optional<Polarity>>(
@@ -93,10 +87,11 @@ void ObjectCommand::addSearchOptions() {
       .valueText("S");
   options().addFlag("--same-settings", sameSettings_,
                     "One estimate over all images, then the same radius and polarity for each");
+  addPixelSizeOption();
 }
 
 void ObjectCommand::check() {
-  if (radius_) setRadius(*radius_, settings_);
+  if (radiusText_) radii_ = *radiiIn(*radiusText_);
   if (!sameSettings_) return;
   for (const std::string& image : images()) {
     if (isStandardStream(image)) {
@@ -112,15 +107,28 @@ void ObjectCommand::prepare() {
   for (std::size_t i = 0; i < images().size(); ++i) {
     progress.show(i, images()[i] + " (estimate)");
     try {
-      estimates.push_back(estimateIn(inChildProcess(
-          [&] { return textOf(detect::findObjects(*read(images()[i]), settings_).used); })));
+      estimates.push_back(estimateIn(inChildProcess([&] {
+        const auto [img, pixelSize] = readFirst(images()[i]);
+        return textOf(detect::findObjects(*img, settingsFor(pixelSize)).used);
+      })));
     } catch (const std::exception&) {
       // Reported when the image's turn comes.
     }
   }
   const SettingsEstimate common = detect::combinedEstimate(estimates);
   if (!settings_.polarity) settings_.polarity = common.polarity;
-  if (!radius_ && common.radius > 0) settings_.radius = common.radius;
+  if (!radiusText_ && common.radius > 0) settings_.radius = common.radius;
+}
+
+detect::FindSettings ObjectCommand::settingsFor(const std::optional<double>& pixelSize) const {
+  detect::FindSettings settings = settings_;
+  const auto set = [&](std::optional<float>& radius, const std::optional<Size>& size) {
+    if (size) radius = size->inPixels(pixelSize);
+  };
+  set(settings.radius, radii_.typical);
+  set(settings.minRadius, radii_.min);
+  set(settings.maxRadius, radii_.max);
+  return settings;
 }
 
 std::string ObjectCommand::summaryOf(std::size_t objects, const Settings& used) {
@@ -129,14 +137,17 @@ std::string ObjectCommand::summaryOf(std::size_t objects, const Settings& used) 
 }
 
 // What was found, in one line, with the confidence of what was estimated.
-std::string ObjectCommand::reportOf(const FindResult& result) const {
+std::string ObjectCommand::reportOf(const FindResult& result,
+                                    const std::optional<double>& pixelSize) const {
   const std::size_t n = result.objects.size();
   const Settings& used = result.used;
   if (n == 0) return "no objects found";
+  const float radius = detect::typicalRadius(result.objects);
   std::string text = std::to_string(n) + ' ' + nameOf(used.polarity) +
-                     (n == 1 ? " object" : " objects") + " of radius about " +
-                     fixed(detect::typicalRadius(result.objects), 1) + " pixels";
-  if (settings_.radius && settings_.polarity) return text;
+                     (n == 1 ? " object" : " objects") + " of radius about " + fixed(radius, 1) +
+                     " pixels";
+  if (pixelSize) text += " (" + micrometresText(radius * *pixelSize) + " um)";
+  if ((settings_.radius || radii_.typical) && settings_.polarity) return text;
   text += ", confidence " + fixed(used.confidence, 2);
   if (used.confidence < kLowConfidence) {
     text += "; this is low: check the picture, or give --radius and --polarity";

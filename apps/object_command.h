@@ -8,6 +8,7 @@
 #include <string>
 
 #include "apps/detection_command.h"
+#include "apps/size_option.h"
 #include "orva/detect/detect.h"
 
 namespace orva::apps {
@@ -23,13 +24,24 @@ class ObjectCommand : public DetectionCommand {
   void check() override;
   void prepare() override;
 
-  const detect::FindSettings& settings() const { return settings_; }
+  // The settings for an image with pixels of this size. Throws FileError where that is needed and
+  // not known.
+  detect::FindSettings settingsFor(const std::optional<double>& pixelSize) const;
   // The fields of the summary, and what the report says, of a number of objects.
   static std::string summaryOf(std::size_t objects, const detect::Settings& used);
-  std::string reportOf(const detect::FindResult& result) const;
+  std::string reportOf(const detect::FindResult& result,
+                       const std::optional<double>& pixelSize) const;
 
  private:
-  std::optional<std::string> radius_;
+  std::optional<std::string> radiusText_;
+  // What it gives.
+  struct Radii {
+    std::optional<Size> typical;
+    std::optional<Size> min;
+    std::optional<Size> max;
+  };
+  static std::optional<Radii> radiiIn(const std::string& text);
+  Radii radii_;
   detect::FindSettings settings_;
   bool sameSettings_ = false;
 };

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/input_file.h"
+#include "apps/size_option.h"
 #include "formats/file_error.h"
 #include "formats/image_writer.h"
 #include "formats/overlay.h"
@@ -42,36 +43,42 @@ SegmentCommand::SegmentCommand(CommandLine& line)
 }
 
 void SegmentCommand::addRegionOptions() {
-  const Check area = numberIn(0.0F, kMaxArea);
+  const Check area = [number = numberIn(0.0F, kMaxArea)](const std::string& text) {
+    const std::optional<Size> size = areaIn(text);
+    return size && size->isMetric ? std::string() : number(text);
+  };
   options()
-      .add("--min-area", regionSettings_.minArea, "Leave out smaller objects, in pixels; default 0")
+      .add("--min-area", minAreaText_,
+           "Leave out smaller objects, in pixels or with a unit such as um2; default 0")
       .check(area)
       .valueText("N");
   options()
-      .add("--max-area", maxArea_, "Leave out larger objects, in pixels")
+      .add("--max-area", maxAreaText_,
+           "Leave out larger objects, in pixels or with a unit such as um2")
       .check(area)
       .valueText("N");
-  options().addFlag("--exclude-border", regionSettings_.excludeBorder,
+  options().addFlag("--exclude-border", excludeBorder_,
                     "Leave out objects that touch the border of the image");
   options()
       .add("--measure", measured_,
-           "Measure the intensities in IMAGE, another channel of the same size")
+           "Measure the intensities in IMAGE, another image of the same size")
       .valueText("IMAGE");
   options()
-      .add("--measure-frame", measuredFrame_, "Its page or plane; default 0")
-      .check(frameNumber())
-      .valueText("K");
+      .add("--measure-channel", measuredChannel_,
+           "Measure the intensities in this channel, of IMAGE or of the image itself")
+      .valueText("K|NAME");
 }
 
 void SegmentCommand::check() {
   ObjectCommand::check();
-  if (maxArea_) {
-    if (*maxArea_ < regionSettings_.minArea) {
-      throw UsageError("--min-area", "must not exceed --max-area");
+  if (minAreaText_ && maxAreaText_) {
+    const Size min = *areaIn(*minAreaText_);
+    const Size max = *areaIn(*maxAreaText_);
+    if (min.isMetric != max.isMetric) {
+      throw UsageError("--min-area", "must have a unit if --max-area has one");
     }
-    regionSettings_.maxArea = *maxArea_;
+    if (max.value < min.value) throw UsageError("--min-area", "must not exceed --max-area");
   }
-  if (measuredFrame_ && !measured_) throw UsageError("--measure-frame", "goes with --measure");
   if (measured_ && isBatch()) {
     throw UsageError("--measure", "goes with a single image, without --out");
   }
@@ -83,31 +90,48 @@ std::vector<std::string> SegmentCommand::inputs() const {
   return files;
 }
 
-std::unique_ptr<Image> SegmentCommand::otherImage(const Image& img) const {
-  if (!measured_) return nullptr;
-  const auto prefixed = [this](const std::string& text) {
-    return "cannot be measured in " + *measured_ + ": " + text;
+std::unique_ptr<Image> SegmentCommand::otherImage(const Input& input) const {
+  if (!measured_ && !measuredChannel_) return nullptr;
+  const std::string file = measured_.value_or(input.file);
+  const auto prefixed = [&](const std::string& text) {
+    return "cannot be measured in " + file + ": " + text;
   };
+  PlaneOptions options = planes();
+  if (measured_) options.frame.reset();
+  options.channel = measuredChannel_;
   std::unique_ptr<Image> other;
   try {
-    other = readInput(*measured_, measuredFrame_.value_or(0), ColourUse::kLuminance);
+    const InputImages images(file, options);
+    if (input.index < images.count()) other = images.read(input.index);
   } catch (const FileError& error) {
     throw FileError(prefixed(error.what()));
   }
-  if (other->nx() != img.nx() || other->ny() != img.ny()) {
+  if (!other) throw FileError(prefixed("it has fewer times or slices"));
+  if (other->nx() != input.img.nx() || other->ny() != input.img.ny()) {
     const auto sizeOf = [](const Image& i) {
       return std::to_string(i.nx()) + " x " + std::to_string(i.ny());
     };
-    throw FileError(prefixed("one has " + sizeOf(img) + " pixels, the other " + sizeOf(*other)));
+    throw FileError(
+        prefixed("one has " + sizeOf(input.img) + " pixels, the other " + sizeOf(*other)));
   }
   return other;
 }
 
+detect::SegmentSettings SegmentCommand::regionSettingsFor(
+    const std::optional<double>& pixelSize) const {
+  detect::SegmentSettings settings;
+  if (minAreaText_) settings.minArea = areaIn(*minAreaText_)->inPixels(pixelSize);
+  if (maxAreaText_) settings.maxArea = areaIn(*maxAreaText_)->inPixels(pixelSize);
+  settings.excludeBorder = excludeBorder_;
+  return settings;
+}
+
 DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   const Image& img = input.img;
-  const std::unique_ptr<Image> other = otherImage(img);
-  const detect::FindResult found = detect::findObjects(img, settings());
-  detect::SegmentSettings regionSettings = regionSettings_;
+  const std::unique_ptr<Image> other = otherImage(input);
+  const detect::FindSettings settings = settingsFor(input.pixelSize);
+  detect::SegmentSettings regionSettings = regionSettingsFor(input.pixelSize);
+  const detect::FindResult found = detect::findObjects(img, settings);
   regionSettings.polarity = found.used.polarity;
   const detect::Segmentation segmented = detect::segmentObjects(img, found.objects, regionSettings);
   detect::FindResult kept{found.used, {}};
@@ -115,9 +139,9 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   const auto measures = detect::measureObjects(segmented.labels, other ? *other : img);
 
   Findings findings;
-  findings.table = format() == TableFormat::kCsv
-                       ? regionsAsCsv(measures, kept.objects)
-                       : regionsAsJson(factsOf(input), settings(), regionSettings, kept, measures);
+  findings.found =
+      detectionsOf(factsOf(input), settings, regionSettings, kept, measures,
+                   drawsContours(format()) ? contoursOf(segmented.labels) : std::vector<Contour>());
   if (const auto& file = input.files[kLabels]) {
     findings.files.push_back({*file, encodeLabels(*file, segmented.labels)});
   }
@@ -125,7 +149,7 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
     findings.files.push_back({*file, outlinesAsPng(img, segmented.labels)});
   }
   findings.summary = summaryOf(kept.objects.size(), found.used);
-  findings.report = reportOf(kept);
+  findings.report = reportOf(kept, input.pixelSize);
   if (const std::size_t n = found.objects.size() - kept.objects.size(); n > 0) {
     findings.report += "; " + std::to_string(n) + " more left out";
   }

@@ -23,13 +23,17 @@ class SegmentCommand : public ObjectCommand {
   void check() override;
   std::vector<std::string> inputs() const override;
   Findings findIn(const Input& input) const override;
-  // The image to measure, of the size of `img`; null where that is `img` itself.
-  std::unique_ptr<Image> otherImage(const Image& img) const;
+  // The image to measure; null where that is the input's.
+  std::unique_ptr<Image> otherImage(const Input& input) const;
 
-  detect::SegmentSettings regionSettings_;
-  std::optional<float> maxArea_;
+  // As settingsFor().
+  detect::SegmentSettings regionSettingsFor(const std::optional<double>& pixelSize) const;
+
+  bool excludeBorder_ = false;
+  std::optional<std::string> minAreaText_;
+  std::optional<std::string> maxAreaText_;
   std::optional<std::string> measured_;
-  std::optional<int> measuredFrame_;
+  std::optional<std::string> measuredChannel_;
 };
 
 }  // namespace orva::apps

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <new>
 #include <set>
+#include <utility>
 
 #include "apps/input_file.h"
 #include "formats/file_error.h"
@@ -15,11 +16,65 @@ namespace orva::apps {
 
 namespace fs = std::filesystem;
 
-void Subcommand::addFrameOption(std::optional<int>& frame) {
+void Subcommand::addPlaneOptions(PlaneOptions& planes, const std::string& zHelp) {
+  const Check number = frameNumber();
+  const auto numberOr = [number](std::vector<std::string> words) -> Check {
+    return [number, words = std::move(words)](const std::string& text) {
+      if (std::find(words.begin(), words.end(), text) != words.end() || number(text).empty()) {
+        return std::string();
+      }
+      return text + " is neither a number from 0 nor one of " + joined(words, ", ");
+    };
+  };
+  const Option frame =
+      options_
+          .add("--frame", planes.frame,
+               "Page of a TIFF file or plane of a stack, counted from 0, whatever it shows")
+          .check(number)
+          .valueText("K");
   options_
-      .add("--frame", frame, "Page of a TIFF file or plane of a stack, counted from 0; default all")
-      .check(frameNumber())
+      .add("--channel", planes.channel,
+           "Channel, by its number, counted from 0, or its name; needed if there are several")
+      .excludes(frame)
+      .valueText("K|NAME");
+  options_.add("--z", planes.z, zHelp)
+      .check(numberOr({"max", "mean", "all"}))
+      .excludes(frame)
+      .valueText("K|max|mean|all");
+  options_.add("--time", planes.t, "Time, counted from 0, or each by itself; default all")
+      .check(numberOr({"all"}))
+      .excludes(frame)
+      .valueText("K|all");
+  options_.add("--series", planes.series, "Image of an OME-TIFF file of several, counted from 0")
+      .check(number)
+      .excludes(frame)
       .valueText("K");
+  options_
+      .add("--level", planes.level,
+           "Smaller size of a file that stores several; default 0, the full one")
+      .check(wholeNumberIn(0, 63))
+      .excludes(frame)
+      .valueText("K");
+}
+
+PlaneChoice PlaneOptions::chosen() const {
+  PlaneChoice c;
+  c.channel = channel;
+  if (z == "max") {
+    c.projection = Projection::kMax;
+  } else if (z == "mean") {
+    c.projection = Projection::kMean;
+  } else if (z == "all") {
+    c.eachSlice = true;
+  } else if (z) {
+    c.z = std::stoi(*z);  // the option's check has seen that it is a number
+  }
+  if (t == "all") {
+    c.eachTime = true;
+  } else if (t) {
+    c.t = std::stoi(*t);
+  }
+  return c;
 }
 
 const char* reasonOf(const std::exception& error) {

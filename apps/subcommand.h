@@ -9,12 +9,31 @@
 #include <vector>
 
 #include "apps/command_line.h"
-
-namespace orva::formats {}
+#include "formats/plane_choice.h"
 
 namespace orva::apps {
 
 using namespace formats;  // every subcommand reads and writes files
+
+// Which planes of a file a command works on.
+struct PlaneOptions {
+  std::optional<int> frame;  // a page or plane by its number, instead of the others
+  std::optional<std::string> channel;
+  std::optional<std::string> z;
+  std::optional<std::string> t;
+  std::optional<int> series;
+  int level = 0;
+
+  PlaneChoice chosen() const;
+};
+
+inline constexpr const char* kSlicesByThemselves =
+    "Slice, counted from 0, or all: their maximum, their mean, or each by itself; default max";
+inline constexpr const char* kSlicesAsVolume =
+    "Slice, counted from 0, or the maximum or the mean of all, or all as a volume; default all";
+
+inline constexpr const char* kSlicesKept =
+    "Slice, counted from 0, or the maximum or the mean of all, or all of them; default all";
 
 class Subcommand {
  public:
@@ -32,8 +51,9 @@ class Subcommand {
 
   Options& options() { return options_; }
 
-  // Adds --frame, for a command that otherwise takes all frames.
-  void addFrameOption(std::optional<int>& frame);
+  // Adds --channel, --z, --time, --series and --level, for a command that takes one image at a
+  // time, and --frame instead of them. `zHelp` describes --z.
+  void addPlaneOptions(PlaneOptions& planes, const std::string& zHelp);
 
  private:
   Options options_;

@@ -111,8 +111,7 @@ DetectionCommand::Findings VoteCommand::findIn(const Input& input) const {
   if (prefix && input.stem) *prefix += *input.stem + "_";
   const VoteResult result = vote(input.img, settings_, prefix);
   Findings findings;
-  findings.table = format() == TableFormat::kCsv ? centersAsCsv(result.centers)
-                                                 : centersAsJson(factsOf(input), settings_, result);
+  findings.found = detectionsOf(factsOf(input), settings_, result);
   if (const auto& overlay = input.files.front()) {
     findings.files.push_back(
         {*overlay, overlayAsPng(input.img, result.centers, settings_.maxRadius)});

@@ -47,33 +47,11 @@ bool isTiff(std::string_view start) {
   throw FileError("there is no frame " + std::to_string(frame));
 }
 
-// The planes, of one size and type, one behind the other in z.
-ImagePointer stackOf(const std::vector<ImagePointer>& planes) {
-  ImagePointer stack(planes.front()->scale(-1, -1, static_cast<int>(planes.size())));
-  auto* to = static_cast<unsigned char*>(stack->data());
-  for (const ImagePointer& plane : planes) {
-    const auto* from = static_cast<const unsigned char*>(plane->data());
-    to = std::copy_n(from, std::ptrdiff_t{plane->npix()} * plane->pixelSize(), to);
-  }
-  return stack;
-}
-
 // Judges every page before the next one takes memory.
 ImagePointer readTiffStack(const std::string& path, ColourUse colour) {
-  constexpr std::size_t kMaxPixels = std::numeric_limits<int>::max();
-  std::vector<ImagePointer> planes;
-  readTiffPages(path, [&](const Raster& page) {
-    planes.push_back(page.toImage(colour));
-    const orva::Image& first = *planes.front();
-    const orva::Image& last = *planes.back();
-    if (last.format() != first.format() || !last.equalSize(first)) {
-      throw FileError("its pages differ in size or pixel type; choose one with --frame");
-    }
-    if (planes.size() * static_cast<std::size_t>(first.npix()) > kMaxPixels) {
-      throw FileError("the stack is too large");
-    }
-  });
-  return planes.size() == 1 ? std::move(planes.front()) : stackOf(planes);
+  PlaneStack planes;
+  readTiffPages(path, [&](const Raster& page) { planes.add(page.toImage(colour)); });
+  return planes.take();
 }
 
 // The whole of a file that is no TIFF file.
@@ -107,6 +85,30 @@ FileKind kindOf(const std::string& path) {
   if (start.starts_with("P5")) return FileKind::kPgm;
   if (start.starts_with("P6")) return FileKind::kPpm;
   throw FileError("is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif");
+}
+
+void PlaneStack::add(ImagePointer plane) {
+  constexpr std::size_t kMaxPixels = std::numeric_limits<int>::max();
+  planes_.push_back(std::move(plane));
+  const orva::Image& first = *planes_.front();
+  const orva::Image& last = *planes_.back();
+  if (last.format() != first.format() || !last.equalSize(first)) {
+    throw FileError("its pages differ in size or pixel type; choose one with --frame");
+  }
+  if (planes_.size() * static_cast<std::size_t>(first.npix()) > kMaxPixels) {
+    throw FileError("the stack is too large");
+  }
+}
+
+ImagePointer PlaneStack::take() {
+  if (planes_.size() == 1) return std::move(planes_.front());
+  ImagePointer stack(planes_.front()->scale(-1, -1, static_cast<int>(planes_.size())));
+  auto* to = static_cast<unsigned char*>(stack->data());
+  for (const ImagePointer& plane : planes_) {
+    const auto* from = static_cast<const unsigned char*>(plane->data());
+    to = std::copy_n(from, std::ptrdiff_t{plane->npix()} * plane->pixelSize(), to);
+  }
+  return stack;
 }
 
 ImagePointer readImageFile(const std::string& path, std::optional<int> frame, ColourUse colour) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "formats/raster.h"
 #include "orva/image/image.h"
@@ -23,6 +24,19 @@ FileKind kindOf(const std::string& path);
 // as kindOf(), and for a damaged file.
 std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,
                                            ColourUse colour);
+
+// Planes on their way to a stack.
+class PlaneStack {
+ public:
+  // Throws FileError for a plane of another size or type than the first, and for too many pixels.
+  void add(std::unique_ptr<orva::Image> plane);
+
+  // The planes, at least one, as planes in z. To be called once.
+  std::unique_ptr<orva::Image> take();
+
+ private:
+  std::vector<std::unique_ptr<orva::Image>> planes_;
+};
 
 // One reader per format.
 std::unique_ptr<orva::Image> readPgmFile(const std::string& path);

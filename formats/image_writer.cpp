@@ -31,10 +31,13 @@ constexpr int kMaxSample = 65535;  // of 16 bits
 
 const image<Rgb>* asColour(const Image& img) { return dynamic_cast<const image<Rgb>*>(&img); }
 
-void requireOnePlane(const Image& img, const char* format) {
-  if (img.nframes() == 1) return;
-  throw FileError("has " + std::to_string(img.nframes()) + " planes and " + format +
+[[noreturn]] void failForPlanes(int planes, const char* format) {
+  throw FileError("has " + std::to_string(planes) + " planes and " + format +
                   " holds one; choose one with --frame");
+}
+
+void requireOnePlane(const Image& img, const char* format) {
+  if (img.nframes() != 1) failForPlanes(img.nframes(), format);
 }
 
 // The brightness of a colour image.
@@ -113,6 +116,15 @@ Files ppmFiles(const fs::path& path, const Image& img, Fit fit) {
   return {{path, encoded([&](std::ostream& out) { image_io::encodePpm(out, planes); })}};
 }
 
+// Of pixels that fit 16 bits.
+std::vector<std::uint16_t> samplesOf(const Image& img) {
+  std::vector<std::uint16_t> samples(static_cast<std::size_t>(img.npix()));
+  for (int i = 0; i < img.npix(); ++i) {
+    samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(img.pixel(i));
+  }
+  return samples;
+}
+
 Files pngFiles(const fs::path& path, const Image& img, Fit fit) {
   requireOnePlane(img, "PNG");
   if (const auto* colour = asColour(img)) {
@@ -120,11 +132,7 @@ Files pngFiles(const fs::path& path, const Image& img, Fit fit) {
   } else if (fit == Fit::kStretched || fits(img, 255.0F)) {
     return {{path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny())}};
   } else if (fits(img, kMaxSample)) {
-    std::vector<std::uint16_t> samples(static_cast<std::size_t>(img.npix()));
-    for (int i = 0; i < img.npix(); ++i) {
-      samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(img.pixel(i));
-    }
-    return {{path, encodePng(samples.data(), img.nx(), img.ny())}};
+    return {{path, encodePng(samplesOf(img).data(), img.nx(), img.ny())}};
   } else {
     throw FileError("has pixels that do not fit 16 bits; --stretch maps their range to 0..255");
   }
@@ -188,8 +196,25 @@ Files icsFiles(const fs::path& path, const Image& img, Fit fit) {
           {names[1], encoded([&](std::ostream& out) { image_io::encodePixels(out, *result); })}};
 }
 
-Files tiffFiles(const fs::path& path, const Image& img, Fit fit) {
-  return {{path, encodeTiff(*stretchedIfAsked(img, fit))}};
+bool isTiffName(const std::string& path) {
+  return extensionOf(path) == ".tif" || extensionOf(path) == ".tiff";
+}
+
+Description descriptionFor(const fs::path& path) {
+  return extensionOf(path.stem().string()) == ".ome" ? Description::kOme : Description::kImageJ;
+}
+
+Files tiffFiles(const fs::path& path, const Image& img, Fit fit, const Origin& origin) {
+  const Description description = descriptionFor(path);
+  if (origin.isUnsigned16 && fit == Fit::kExactly && fits(img, kMaxSample)) {
+    return {{path, encodeTiff(samplesOf(img).data(), img.nx(), img.ny(), img.nframes(), origin.axes,
+                              description)}};
+  }
+  return {{path, encodeTiff(*stretchedIfAsked(img, fit), origin.axes, description)}};
+}
+
+Files plainTiffFiles(const fs::path& path, const Image& img, Fit fit) {
+  return tiffFiles(path, img, fit, {});
 }
 
 using Encoder = Files (*)(const fs::path&, const Image&, Fit);
@@ -199,10 +224,10 @@ struct Format {
   Encoder encoder;
 };
 
-constexpr std::array kFormats{Format{".pgm", pgmFiles},   Format{".ppm", ppmFiles},
-                              Format{".png", pngFiles},   Format{".tif", tiffFiles},
-                              Format{".tiff", tiffFiles}, Format{".iht", ihtFiles},
-                              Format{".uif", uifFiles},   Format{".ics", icsFiles}};
+constexpr std::array kFormats{Format{".pgm", pgmFiles},        Format{".ppm", ppmFiles},
+                              Format{".png", pngFiles},        Format{".tif", plainTiffFiles},
+                              Format{".tiff", plainTiffFiles}, Format{".iht", ihtFiles},
+                              Format{".uif", uifFiles},        Format{".ics", icsFiles}};
 
 // Null for an extension that is not known.
 Encoder encoderFor(const std::string& path) {
@@ -216,12 +241,25 @@ Encoder encoderFor(const std::string& path) {
 
 }  // namespace
 
-std::vector<FileContent> encodeImage(const std::string& path, const Image& img, Fit fit) {
-  return encoderFor(path)(path, img, fit);
+std::vector<FileContent> encodeImage(const std::string& path, const Image& img, Fit fit,
+                                     const Origin& origin) {
+  return isTiffName(path) ? tiffFiles(path, img, fit, origin) : encoderFor(path)(path, img, fit);
 }
 
-void writeImageFile(const std::string& path, const Image& img, Fit fit) {
-  writeFiles(encodeImage(path, img, fit));
+void writeImageFile(const std::string& path, const Image& img, Fit fit, const Origin& origin) {
+  writeFiles(encodeImage(path, img, fit, origin));
+}
+
+std::vector<FileContent> encodeColour16(const std::string& path,
+                                        const std::vector<GenericRgb<std::uint16_t>>& pixels,
+                                        int width, int height, const ImageAxes& axes) {
+  const std::size_t plane = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  const auto count = static_cast<int>(pixels.size() / plane);
+  if (isTiffName(path)) {
+    return {{path, encodeTiff(pixels.data(), width, height, count, axes, descriptionFor(path))}};
+  }
+  if (count > 1) failForPlanes(count, "PNG");
+  return {{path, encodePng(pixels.data(), width, height)}};
 }
 
 std::string encodeLabels(const std::string& path, const image<int>& labels) {
@@ -247,6 +285,10 @@ std::vector<fs::path> filesOf(const std::string& path) {
 bool holdsColour(const std::string& path) {
   const std::string extension = extensionOf(path);
   return extension != ".pgm" && extension != ".iht" && extension != ".uif";
+}
+
+bool holdsColour16(const std::string& path) {
+  return isTiffName(path) || extensionOf(path) == ".png";
 }
 
 std::vector<std::string> writableExtensions() {

@@ -91,4 +91,8 @@ std::string encodePng(const orva::GenericRgb<unsigned char>* pixels, int width, 
   return encodePixels(pixels, width, height, 8, PNG_COLOR_TYPE_RGB);
 }
 
+std::string encodePng(const orva::GenericRgb<std::uint16_t>* pixels, int width, int height) {
+  return encodePixels(pixels, width, height, 16, PNG_COLOR_TYPE_RGB);
+}
+
 }  // namespace orva::formats

@@ -13,6 +13,7 @@ namespace orva::formats {
 std::string encodePng(const unsigned char* pixels, int width, int height);
 std::string encodePng(const std::uint16_t* pixels, int width, int height);
 std::string encodePng(const orva::GenericRgb<unsigned char>* pixels, int width, int height);
+std::string encodePng(const orva::GenericRgb<std::uint16_t>* pixels, int width, int height);
 
 }  // namespace orva::formats
 

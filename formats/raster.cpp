@@ -34,6 +34,12 @@ Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Colo
   data_.reset(new unsigned char[height * rowBytes()]);
 }
 
+Raster Raster::copy() const {
+  Raster result(width_, height_, channels_, model_, type_);
+  std::copy_n(data_.get(), height_ * rowBytes(), result.data_.get());
+  return result;
+}
+
 template <class Sample>
 void Raster::invertSamples() {
   auto* samples = reinterpret_cast<Sample*>(data_.get());

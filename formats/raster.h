@@ -43,10 +43,15 @@ class Raster {
 
   std::size_t width() const { return width_; }
   std::size_t height() const { return height_; }
+  SampleType type() const { return type_; }
+  bool isColour() const { return model_ == ColourModel::kRgb; }
   std::size_t pixelBytes() const { return channels_ * sizeOf(type_); }
   std::size_t rowBytes() const { return width_ * pixelBytes(); }
   // The start of row `y`; memory is as allocated until written.
   unsigned char* row(std::size_t y) { return data_.get() + y * rowBytes(); }
+  const unsigned char* row(std::size_t y) const { return data_.get() + y * rowBytes(); }
+
+  Raster copy() const;
 
   // Inverts the order of the grey values: unsigned samples v become maximum - v.
   void invert();

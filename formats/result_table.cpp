@@ -1,169 +1,173 @@
 #include "formats/result_table.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <utility>
+#include <optional>
 
+#include "formats/geojson.h"
+#include "formats/roi_set.h"
 #include "formats/text.h"
 
 namespace orva::formats {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using orva::voting::CircularVoting;
+using Kind = Column::Kind;
 
 constexpr double kExactlyWhole = 9007199254740992;  // below it every whole number is a double
 
-const char* nameOf(CircularVoting::RegionType polarity) {
-  switch (polarity) {
-    case CircularVoting::Bright:
-      return "bright";
-    case CircularVoting::Dark:
-      return "dark";
+Json jsonValue(Kind kind, double v) {
+  switch (kind) {
+    case Kind::kFlag:
+      return v != 0;
+    case Kind::kWhole:
+      return static_cast<std::int64_t>(v);
+    case Kind::kDouble:
+      if (!std::isfinite(v)) return nullptr;
+      if (v == std::trunc(v) && std::fabs(v) < kExactlyWhole) return static_cast<std::int64_t>(v);
+      return v;
     default:
-      return "both";
+      return parsedDecimal(cellText(kind, v));
   }
 }
 
-double parsed(const std::string& text) {
-  double value = 0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
-  return value;
+std::string documentOf(const Detections& d) {
+  Json document{{"image", d.facts.file}, {"frame", d.facts.frame}};
+  if (d.facts.t) document["t"] = *d.facts.t;
+  if (d.facts.z) document["z"] = *d.facts.z;
+  document["width"] = d.facts.width;
+  document["height"] = d.facts.height;
+  if (d.facts.pixelSize) document["pixel_size_um"] = *d.facts.pixelSize;
+  document["settings"] = Json::parse(d.settings);
+  Json rows = Json::array();
+  for (std::size_t row = 0; row < d.rows(); ++row) {
+    Json object;
+    for (std::size_t k = 0; k < d.columns.size(); ++k) {
+      object[d.columns[k].name] = jsonValue(d.columns[k].kind, d.value(row, k));
+    }
+    rows.push_back(std::move(object));
+  }
+  document[d.what] = std::move(rows);
+  return document.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
-// A double that prints as shortly as the float does.
-double asJson(float v) { return parsed(shortestDecimal(v)); }
-
-// Lengths and scores in thousandths, which is finer than any of them is known.
-std::string rounded(float v) { return fixed(v, 3); }
-
-double asRoundedJson(float v) { return parsed(rounded(v)); }
-
-std::string documentOf(const ImageFacts& facts, const Json& settings, const char* what,
-                       const Json& found) {
-  const Json document{{"image", facts.file},    {"frame", facts.frame}, {"width", facts.width},
-                      {"height", facts.height}, {"settings", settings}, {what, found}};
-  return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
-}
-
-Json asJson(const detect::FindSettings& s, const detect::Settings& used) {
-  Json settings{{"radius", s.radius ? asJson(*s.radius) : asRoundedJson(used.radius)},
-                {"polarity", formats::nameOf(used.polarity)},
-                {"min_score", asJson(s.minScore)}};
-  if (s.minRadius) settings["min_radius"] = asJson(*s.minRadius);
-  if (s.maxRadius) settings["max_radius"] = asJson(*s.maxRadius);
-  Json estimated = Json::array();
-  if (!s.radius) estimated.push_back("radius");
-  if (!s.polarity) estimated.push_back("polarity");
-  settings["estimated"] = estimated;
-  settings["confidence"] = asRoundedJson(used.confidence);
-  return settings;
-}
-
-// A whole number without decimals; null for what is no number.
-Json asNumber(double v) {
-  if (!std::isfinite(v)) return nullptr;
-  if (v == std::trunc(v) && std::fabs(v) < kExactlyWhole) return static_cast<std::int64_t>(v);
-  return v;
+// ",VALUE" for what the images have.
+std::string optionalCell(const std::optional<int>& v) {
+  return v ? ',' + std::to_string(*v) : std::string();
 }
 
 }  // namespace
 
-const char* nameOf(detect::Polarity polarity) {
-  return polarity == detect::Polarity::Bright ? "bright" : "dark";
+TableFormat formatOf(const std::string& path) {
+  const std::string extension = extensionOf(path);
+  if (extension == ".json") return TableFormat::kJson;
+  if (extension == ".zip") return TableFormat::kRoi;
+  const bool isGeoJson =
+      extension == ".geojson" ||
+      (extension == ".gz" && extensionOf(path.substr(0, path.size() - 3)) == ".geojson");
+  return isGeoJson ? TableFormat::kGeoJson : TableFormat::kCsv;
 }
 
-std::string centersAsCsv(const std::vector<Center>& centers) {
-  std::string text = "x,y,weight\n";
-  for (const Center& c : centers) {
-    text +=
-        std::to_string(c.x) + ',' + std::to_string(c.y) + ',' + shortestDecimal(c.weight) + '\n';
+const char* extensionOf(TableFormat format) {
+  switch (format) {
+    case TableFormat::kJson:
+      return ".json";
+    case TableFormat::kGeoJson:
+      return ".geojson";
+    case TableFormat::kRoi:
+      return ".zip";
+    default:
+      return ".csv";
   }
-  return text;
 }
 
-std::string centersAsJson(const ImageFacts& facts, const VoteSettings& s,
-                          const VoteResult& result) {
-  Json settings{{"polarity", nameOf(s.polarity)},     {"min_radius", s.minRadius},
-                {"max_radius", s.maxRadius},          {"cone_width", result.used.coneWidth},
-                {"sigma", asJson(result.used.sigma)}, {"gradient", asJson(result.used.gradient)}};
-  if (!s.gradient) settings["relative_gradient"] = asJson(s.relativeGradient);
-  if (s.threshold) {
-    settings["threshold"] = asJson(*s.threshold);
-  } else {
-    settings["relative_threshold"] = asJson(s.relativeThreshold);
-  }
-  settings["edges"] = s.edges;
-  settings["power"] = asJson(s.power);
-
-  Json centers = Json::array();
-  for (const Center& c : result.centers) {
-    centers.push_back({{"x", c.x}, {"y", c.y}, {"weight", asJson(c.weight)}});
-  }
-  return documentOf(facts, settings, "centers", centers);
+bool drawsContours(TableFormat format) {
+  return format == TableFormat::kGeoJson || format == TableFormat::kRoi;
 }
 
-std::string objectsAsCsv(const std::vector<detect::Object>& objects) {
-  std::string text = "x,y,radius,score\n";
-  for (const detect::Object& o : objects) {
-    text +=
-        rounded(o.x) + ',' + rounded(o.y) + ',' + rounded(o.radius) + ',' + rounded(o.score) + '\n';
+std::string encodeTable(const std::vector<Detections>& images, TableFormat format,
+                        const std::string& path) {
+  switch (format) {
+    case TableFormat::kJson:
+      return jsonOf(images);
+    case TableFormat::kGeoJson:
+      return extensionOf(path) == ".gz" ? gzipped(geoJsonOf(images)) : geoJsonOf(images);
+    case TableFormat::kRoi:
+      return roiSetOf(images);
+    case TableFormat::kNapari:
+      return napariPointsOf(images);
+    default:
+      return csvOf(images);
   }
-  return text;
 }
 
-std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
-                          const detect::FindResult& result) {
-  Json objects = Json::array();
-  for (const detect::Object& o : result.objects) {
-    objects.push_back({{"x", asRoundedJson(o.x)},
-                       {"y", asRoundedJson(o.y)},
-                       {"radius", asRoundedJson(o.radius)},
-                       {"score", asRoundedJson(o.score)},
-                       {"coverage", asRoundedJson(o.coverage)}});
-  }
-  return documentOf(facts, asJson(settings, result.used), "objects", objects);
-}
-
-std::string regionsAsCsv(const std::vector<detect::ObjectMeasures>& regions,
-                         const std::vector<detect::Object>& objects) {
+std::string csvOf(const std::vector<Detections>& images) {
   std::string text;
-  for (const detect::MeasureColumn& column : detect::measureColumns()) {
-    text += column.name;
-    text += ',';
-  }
-  text += "score,touches_border\n";
-  for (std::size_t i = 0; i < regions.size(); ++i) {
-    for (const detect::MeasureColumn& column : detect::measureColumns()) {
-      text += shortestDecimal(column.of(regions[i])) + ',';
+  for (const Detections& d : images) {
+    const auto addRow = [&](auto cell, const std::string& end) {
+      bool isFirst = true;
+      for (std::size_t k = 0; k < d.columns.size(); ++k) {
+        if (!d.columns[k].isInCsv) continue;
+        if (!isFirst) text += ',';
+        text += cell(k);
+        isFirst = false;
+      }
+      text += end;
+    };
+    if (&d == &images.front()) {
+      addRow([&](std::size_t k) { return d.columns[k].name; },
+             std::string(d.facts.t ? ",t" : "") + (d.facts.z ? ",z" : "") + '\n');
     }
-    text += rounded(objects[i].score) + (regions[i].touchesBorder ? ",true\n" : ",false\n");
+    const std::string end = optionalCell(d.facts.t) + optionalCell(d.facts.z) + '\n';
+    for (std::size_t row = 0; row < d.rows(); ++row) {
+      addRow([&](std::size_t k) { return cellText(d.columns[k].kind, d.value(row, k)); }, end);
+    }
   }
   return text;
 }
 
-std::string regionsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
-                          const detect::SegmentSettings& regionSettings,
-                          const detect::FindResult& result,
-                          const std::vector<detect::ObjectMeasures>& regions) {
-  Json used = asJson(settings, result.used);
-  used["min_area"] = asJson(regionSettings.minArea);
-  if (std::isfinite(regionSettings.maxArea)) used["max_area"] = asJson(regionSettings.maxArea);
-  used["exclude_border"] = regionSettings.excludeBorder;
-  Json objects = Json::array();
-  for (std::size_t i = 0; i < regions.size(); ++i) {
-    Json object;
-    for (const detect::MeasureColumn& column : detect::measureColumns()) {
-      object[column.name] = asNumber(column.of(regions[i]));
-    }
-    object["score"] = asRoundedJson(result.objects[i].score);
-    object["touches_border"] = regions[i].touchesBorder;
-    objects.push_back(std::move(object));
+std::string jsonOf(const std::vector<Detections>& images) {
+  if (images.size() == 1) return documentOf(images.front()) + '\n';
+  std::string text = "[\n";
+  for (const Detections& d : images) {
+    if (&d != &images.front()) text += ",\n";
+    text += documentOf(d);
   }
-  return documentOf(facts, used, "objects", objects);
+  return text + "\n]\n";
+}
+
+std::string napariPointsOf(const std::vector<Detections>& images) {
+  const ImageFacts& facts = images.front().facts;
+  const int axes = 2 + (facts.t ? 1 : 0) + (facts.z ? 1 : 0);
+  std::string text = "index";
+  for (int k = 0; k < axes; ++k) text += ",axis-" + std::to_string(k);
+  text += '\n';
+  std::size_t index = 0;
+  for (const Detections& d : images) {
+    const std::string place = optionalCell(d.facts.t) + optionalCell(d.facts.z);
+    for (const Detections::Place& p : d.places) {
+      text += std::to_string(index++) + place + ',' + trimmedDecimal(p.y) + ',' +
+              trimmedDecimal(p.x) + '\n';
+    }
+  }
+  return text;
+}
+
+std::string cellText(Kind kind, double value) {
+  switch (kind) {
+    case Kind::kWhole:
+      return std::to_string(static_cast<std::int64_t>(value));
+    case Kind::kFloat:
+      return shortestDecimal(static_cast<float>(value));
+    case Kind::kThousandths:
+      return fixed(static_cast<float>(value), 3);
+    case Kind::kFlag:
+      return value != 0 ? "true" : "false";
+    default:
+      return shortestDecimal(value);
+  }
 }
 
 }  // namespace orva::formats

@@ -1,54 +1,45 @@
-// What is found in one image as text: a CSV table or a JSON document.
+// What is found in the images of a file as the bytes of a table or of a file of shapes.
 #ifndef ORVA_FORMATS_RESULT_TABLE_H
 #define ORVA_FORMATS_RESULT_TABLE_H
 
 #include <string>
 #include <vector>
 
-#include "formats/vote.h"
-#include "orva/detect/detect.h"
-#include "orva/detect/measure.h"
-#include "orva/detect/segment.h"
+#include "formats/detections.h"
 
 namespace orva::formats {
 
-enum class TableFormat { kCsv, kJson };
+enum class TableFormat { kCsv, kJson, kGeoJson, kRoi, kNapari };
 
-// A header line "x,y,weight", then one row per center.
-std::string centersAsCsv(const std::vector<Center>& centers);
+// The format that the name of a file means: JSON for .json, GeoJSON for .geojson and .geojson.gz,
+// an ROI set for .zip, CSV for any other.
+TableFormat formatOf(const std::string& path);
 
-// A header line "x,y,radius,score", then one row per object, rounded to thousandths.
-std::string objectsAsCsv(const std::vector<detect::Object>& objects);
+// The extension of files of a format, ".csv" for example.
+const char* extensionOf(TableFormat format);
 
-// The image that a JSON document describes.
-struct ImageFacts {
-  std::string file;
-  int frame;
-  int width;
-  int height;
-};
+// Whether a format draws contours.
+bool drawsContours(TableFormat format);
 
-std::string centersAsJson(const ImageFacts& facts, const VoteSettings& settings,
-                          const VoteResult& result);
+// The results of the images of a file, at least one, with the same columns. GeoJSON that goes to a
+// file whose name `path` ends in .gz is compressed. Throws FileError for an ROI set that cannot be
+// made.
+std::string encodeTable(const std::vector<Detections>& images, TableFormat format,
+                        const std::string& path = "");
 
-// The settings say what was told or estimated; objects are rounded as in the CSV table.
-std::string objectsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
-                          const detect::FindResult& result);
+// A header line, then one row per detection, with the columns t and z at the end as far as the
+// images have them.
+std::string csvOf(const std::vector<Detections>& images);
 
-// A header line, then one row per region: its measurements in the order and with the names of
-// detect::measureColumns(), the score of the object in the same place of `objects`, and whether it
-// touches the border ("true" or "false").
-std::string regionsAsCsv(const std::vector<detect::ObjectMeasures>& regions,
-                         const std::vector<detect::Object>& objects);
+// A document per image; several in an array.
+std::string jsonOf(const std::vector<Detections>& images);
 
-// The same with the settings; `result` has the objects of the regions.
-std::string regionsAsJson(const ImageFacts& facts, const detect::FindSettings& settings,
-                          const detect::SegmentSettings& regionSettings,
-                          const detect::FindResult& result,
-                          const std::vector<detect::ObjectMeasures>& regions);
+// The points that napari reads: index, then the axes t and z as far as the images have them, y and
+// x, named axis-0, axis-1, ...
+std::string napariPointsOf(const std::vector<Detections>& images);
 
-// "bright" or "dark".
-const char* nameOf(detect::Polarity polarity);
+// The value of a cell as text, "true" or "false" for flags.
+std::string cellText(Column::Kind kind, double value);
 
 }  // namespace orva::formats
 

@@ -28,6 +28,23 @@ std::string fixed(float v, int decimals) {
   return {text.data(), written.ptr};
 }
 
+std::string trimmedDecimal(double v) {
+  std::array<char, 400> text{};  // for the largest double
+  const auto written =
+      std::to_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed, 3);
+  std::string trimmed(text.data(), written.ptr);
+  if (!std::isfinite(v)) return trimmed;
+  trimmed.erase(trimmed.find_last_not_of('0') + 1);
+  if (trimmed.back() == '.') trimmed.pop_back();
+  return trimmed == "-0" ? "0" : trimmed;
+}
+
+double parsedDecimal(const std::string& text) {
+  double value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
 std::string csvField(const std::string& text) {
   if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
   std::string quoted = "\"";

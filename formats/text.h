@@ -14,6 +14,12 @@ std::string shortestDecimal(double v);
 // `v` with this number of decimals.
 std::string fixed(float v, int decimals);
 
+// `v` with three decimals at most, without zeros at their end.
+std::string trimmedDecimal(double v);
+
+// The number that a decimal text begins with; 0 for other texts.
+double parsedDecimal(const std::string& text);
+
 // One field of a CSV row, in quotes where its characters need them.
 std::string csvField(const std::string& text);
 

@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "formats/ome_xml.h"
 #include "formats/tiff_handle.h"
 
 namespace orva::formats {
@@ -114,7 +115,45 @@ class MemoryFile {
   bool isOutOfMemory_ = false;
 };
 
-std::string encode(const Pages& pages) {
+const char* omeTypeOf(const SampleForm& form) {
+  if (form.format == SAMPLEFORMAT_IEEEFP) return "float";
+  const bool isSigned = form.format == SAMPLEFORMAT_INT;
+  if (form.bits == 8) return isSigned ? "int8" : "uint8";
+  if (form.bits == 16) return isSigned ? "int16" : "uint16";
+  return isSigned ? "int32" : "uint32";
+}
+
+// What the first page says of all.
+struct Notes {
+  std::string description;
+  PixelSize pixelSize;
+};
+
+Notes notesOf(const Pages& pages, const ImageAxes& axes, Description description) {
+  const bool isStack =
+      axes.areKnown && pages.count > 1 && axes.nc * axes.nz * axes.nt == pages.count;
+  const bool isCalibrated = axes.pixelSize.x && axes.pixelSize.y;
+  const bool isNamed = std::any_of(axes.channelNames.begin(), axes.channelNames.end(),
+                                   [](const std::string& name) { return !name.empty(); });
+  if (!isStack && !(pages.count == 1 && (isCalibrated || isNamed))) return {};
+  if (description == Description::kImageJ) return {imageJDescription(axes), axes.pixelSize};
+  return {omeXml(axes, pages.width, pages.height, omeTypeOf(pages.form), pages.form.samples),
+          axes.pixelSize};
+}
+
+void addNotes(const TiffHandle& out, const Notes& notes) {
+  TIFF* tiff = out.handle();
+  if (!notes.description.empty()) {
+    TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, notes.description.c_str());
+  }
+  if (!notes.pixelSize.x || !notes.pixelSize.y) return;
+  // Pixels per micrometre, the unit of the description.
+  TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_NONE);
+  TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 1 / *notes.pixelSize.x);
+  TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 1 / *notes.pixelSize.y);
+}
+
+std::string encode(const Pages& pages, const Notes& notes = {}) {
   const std::int64_t rowBytes = std::int64_t{pages.width} * pages.form.pixelBytes();
   const std::int64_t bytes = rowBytes * pages.height * pages.count;
   constexpr std::int64_t kMaxClassic = 4000000000;  // with room for the directories
@@ -132,6 +171,7 @@ std::string encode(const Pages& pages) {
   auto* row = static_cast<unsigned char*>(const_cast<void*>(pages.pixels));
   for (int page = 0; page < pages.count; ++page) {
     describePage(out, pages);
+    if (page == 0) addNotes(out, notes);
     for (int y = 0; y < pages.height; ++y, row += rowBytes) {
       require(TIFFWriteScanline(out.handle(), row, static_cast<std::uint32_t>(y), 0) >= 0);
     }
@@ -144,12 +184,23 @@ std::string encode(const Pages& pages) {
 
 }  // namespace
 
-std::string encodeTiff(const Image& img) {
-  return encode({img.data(), img.nx(), img.ny(), img.nframes(), formOf(img)});
+std::string encodeTiff(const Image& img) { return encodeTiff(img, {}, Description::kImageJ); }
+
+std::string encodeTiff(const Image& img, const ImageAxes& axes, Description description) {
+  const Pages pages{img.data(), img.nx(), img.ny(), img.nframes(), formOf(img)};
+  return encode(pages, notesOf(pages, axes, description));
 }
 
-std::string encodeTiff(const std::uint16_t* pixels, int width, int height) {
-  return encode({pixels, width, height, 1, {16, SAMPLEFORMAT_UINT}});
+std::string encodeTiff(const std::uint16_t* pixels, int width, int height, int count,
+                       const ImageAxes& axes, Description description) {
+  const Pages pages{pixels, width, height, count, {16, SAMPLEFORMAT_UINT}};
+  return encode(pages, notesOf(pages, axes, description));
+}
+
+std::string encodeTiff(const orva::GenericRgb<std::uint16_t>* pixels, int width, int height,
+                       int count, const ImageAxes& axes, Description description) {
+  const Pages pages{pixels, width, height, count, {16, SAMPLEFORMAT_UINT, 3}};
+  return encode(pages, notesOf(pages, axes, description));
 }
 
 }  // namespace orva::formats

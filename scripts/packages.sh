@@ -27,7 +27,8 @@ require_packages() {
 
 # Needed to build the library and the command.
 # shellcheck disable=SC2034
-build_packages=(g++ cmake ninja-build libcli11-dev libpng-dev libtiff-dev nlohmann-json3-dev)
+build_packages=(g++ cmake ninja-build libcli11-dev libminizip-dev libpng-dev libpugixml-dev
+                libtiff-dev nlohmann-json3-dev zlib1g-dev)
 
 # Needed to build Debian packages of them.
 # shellcheck disable=SC2034

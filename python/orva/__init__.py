@@ -4,11 +4,13 @@ orva finds round objects, such as cell nuclei, and measures and filters images. 
 settings; segment() also labels and measures their pixels; find_centers() is the bare voting with all
 of its settings.
 
-Images are NumPy arrays of the types uint8, int16, int32, uint32 and float32. Arrays of other types
-are not converted; they raise a TypeError. The axes are (t, c, z, y, x), with x varying fastest;
-leading axes may be omitted: (y, x) is a plane, (z, y, x) a stack, (c, z, y, x) a stack of several
-channels. A result has the axes of the input. Lengths and coordinates are in pixels; coordinates
-start at 0.
+Images are NumPy arrays of any real type and byte order. bool (as 0 and 255), int8, uint16 and
+float16 are widened; 64-bit integers are taken where their values fit 32 bits, and float64 is rounded
+to float32. Masked arrays are refused: only their owner knows what masked pixels are. The axes are
+(t, c, z, y, x), with x varying fastest; leading axes may be omitted: (y, x) is a plane, (z, y, x) a
+stack, (c, z, y, x) a stack of several channels. Colour is (y, x, 3) or (y, x, 4) with
+channel_axis=-1, or becomes grey with luminance(). A result has the axes of the input. Lengths and
+coordinates are in pixels; coordinates start at 0.
 
 Masks are arrays of bool, or of uint8 with only the values 0 and 255. Labels are int16: the pixels of
 region k have the value k = 0, 1, 2, ..., and the background is -1. Labels in the
@@ -20,8 +22,10 @@ Lack of memory inside the library ends the process with a message and status 1: 
 free, or use a separate process.
 """
 
+from ._arrays import luminance
 from ._files import read, write
 from ._filters import compute_threshold, features, gaussian, gradient, laplacian, smooth, threshold
+from ._image import Image
 from ._masks import dilate, edge, erode, fill_holes
 from ._objects import SettingsEstimate, estimate_settings, find_objects
 from ._orva import __version__
@@ -30,6 +34,7 @@ from ._segment import measure_labels, segment
 from ._voting import find_centers, vote_field
 
 __all__ = [
+    "Image",
     "SettingsEstimate",
     "__version__",
     "chamfer",
@@ -47,6 +52,7 @@ __all__ = [
     "gradient",
     "label",
     "laplacian",
+    "luminance",
     "measure",
     "measure_labels",
     "propagate",

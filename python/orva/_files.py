@@ -3,18 +3,32 @@
 from __future__ import annotations
 
 import os
-from typing import Union
+from typing import Any, Union
+
+import numpy as np
 
 from . import _options as options
 from . import _orva
-from ._arrays import IMAGE_TYPES, Image, Truth, require
+from ._arrays import Image as AnyImage
+from ._arrays import Truth, image_of, require_array
+from ._image import Image, described
 
 Path = Union[str, "os.PathLike[str]"]
 
 _MAX_FRAME = 65534
+_MAX_LEVEL = 63
 
 
-def read(path: Path, *, frame: int | None = None) -> Image:
+def read(
+    path: Path,
+    *,
+    frame: int | None = None,
+    channel: int | str | None = None,
+    z: int | str | None = None,
+    time: int | str | None = None,
+    series: int | None = None,
+    level: int = 0,
+) -> Image:
     """Read an image file: PGM, PPM, PNG, TIFF, IHT or UIF.
 
     Parameters
@@ -22,33 +36,75 @@ def read(path: Path, *, frame: int | None = None) -> Image:
     path
         The file. IHT and UIF files are known by their names, the others by their first bytes.
     frame
-        Page of a TIFF file or plane of a stack, from 0; all if None.
+        Page of a TIFF file or plane of a stack, from 0, whatever it shows; instead of what follows.
+    channel
+        Number or name of a channel; all if None.
+    z
+        Number of a slice, "max" or "mean" for the maximum or the mean of all, or "all", as None.
+    time
+        Number of a time, or "all", as None.
+    series
+        Number of the image in an OME-TIFF file of several.
+    level
+        Number of a smaller size, in a file that stores several; 0 is the full one.
 
     Returns
     -------
-    Array (y, x), or (z, y, x) of the planes if there are several. Grey pixels keep their type, but
-    for int8, which becomes int16, and uint16, which becomes int32. Colour becomes its luminance,
-    float32.
+    Image, an array with the axes (t, c, z, y, x) without those of length 1, and with the attributes
+    axes, pixel_size (in micrometres) and channel_names. The pages of a TIFF file that does not say
+    what they are have the axes (page, y, x), unless channel, z or time says it. Grey pixels keep
+    their type, but for int8, which becomes int16, and uint16, which becomes int32. Colour becomes
+    its luminance, float32.
 
     Raises
     ------
     OSError
-        For a file that is missing (FileNotFoundError), damaged or of another kind, and for a frame
+        For a file that is missing (FileNotFoundError), damaged or of another kind, and for a plane
         that it does not have.
     TypeError, ValueError
-        For a frame that is not an integer or is out of range.
+        For an option of another type or out of range.
     """
-    if frame is not None:
-        frame = options.whole("frame", frame, 0, _MAX_FRAME)
     os.stat(path)  # raises FileNotFoundError for a missing file
+    name = os.fsencode(path)
     try:
-        return _orva.read(os.fsencode(path), frame)
+        if frame is not None:
+            if (channel, z, time, series, level) != (None, None, None, None, 0):
+                raise ValueError("frame is given; it goes without channel, z, time, series and level")
+            number = options.whole("frame", frame, 0, _MAX_FRAME)
+            return described(_orva.read_frame(name, number), ("y", "x"), {}, ("",))
+        if channel is not None and not isinstance(channel, str):
+            channel = str(options.whole("channel", channel, 0, _MAX_FRAME))
+        slices, z = _number_or_word("z", z, ("all", "max", "mean"))
+        times, time = _number_or_word("time", time, ("all",))
+        if series is not None:
+            series = options.whole("series", series, 0, _MAX_FRAME)
+        level = options.whole("level", level, 0, _MAX_LEVEL)
+        pixels, axes, sizes, names = _orva.read(
+            name, series, channel, z, slices, time, times == "all", level
+        )
+        by_axis = {axis: size for axis, size in zip("xyz", sizes) if size is not None}
+        return described(pixels, axes, by_axis, names)
     except _orva.FileError as error:
-        reason = str(error).replace("--frame", "frame=")
+        reason = str(error)
+        for option in ("frame", "channel", "z", "time", "series", "level"):
+            reason = reason.replace(f"--{option} K|NAME", f"{option}=").replace(f"--{option}", f"{option}=")
     raise OSError(f"{os.fsdecode(path)}: {reason}")
 
 
-def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
+def _number_or_word(
+    name: str, value: int | str | None, words: tuple[str, ...]
+) -> tuple[str, int | None]:
+    """The word and the number that an option gives; "" and None for the other one."""
+    if value is None:
+        return "", None
+    if isinstance(value, str):
+        return options.choice(name, value, words), None
+    return "", options.whole(name, value, 0, _MAX_FRAME)
+
+
+def write(
+    path: Path, image: AnyImage | Truth, *, stretch: bool = False, channel_axis: int | None = None
+) -> None:
     """Write an image file, completely or not at all.
 
     Parameters
@@ -57,10 +113,14 @@ def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
         The file, of the kind that its extension says: .pgm, .ppm or .png for one plane, .tif, .tiff,
         .iht, .uif or .ics for stacks. ICS is a pair, with a file .ids.
     image
-        Array of 2 to 5 axes; truth values become 0 and 255.
+        Array of 2 to 5 axes, of any real type; truth values become 0 and 255. TIFF keeps the axes,
+        the size of a pixel and, if the name ends in .ome.tif, the names of channels that an Image
+        has; and, as PNG, uint16.
     stretch
         Map the range of pixels to 0..255. Otherwise a format that does not hold the pixels as they
         are is an error.
+    channel_axis
+        The axis of colour, red, green and blue, of a uint8 or uint16 array; uint16 for TIFF and PNG.
 
     Raises
     ------
@@ -71,8 +131,8 @@ def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
     ValueError
         For an extension that is not known, and for a path with a null character.
     """
-    require(image, ("bool", *IMAGE_TYPES))
     stretch = options.flag("stretch", stretch)
+    pixels = None if channel_axis is not None else image_of(image)
     name = os.fsdecode(path)
     if "\0" in name:  # the file would have what comes before it as its name
         raise ValueError("embedded null byte")
@@ -81,7 +141,49 @@ def write(path: Path, image: Image | Truth, *, stretch: bool = False) -> None:
         raise ValueError(f"{name} has none of the extensions that can be written: {known}")
     os.stat(os.path.dirname(name) or os.curdir)
     try:
-        return _orva.write(os.fsencode(path), image, stretch)
+        if pixels is None:
+            return _write_colour(path, image, channel_axis, stretch)
+        order, sizes, pixel_size, names = _description(image)
+        pixels = pixels if order is None else np.transpose(pixels, order)
+        unsigned = image.dtype.name == "uint16"
+        return _orva.write(os.fsencode(path), pixels, stretch, unsigned, sizes, pixel_size, names)
     except _orva.FileError as error:
         reason = str(error).replace("--stretch", "stretch=True").replace("; choose one with --frame", "")
     raise OSError(reason if reason.startswith(name) else f"{name}: {reason}")
+
+
+def _description(
+    image: Any,
+) -> tuple[tuple[int, ...] | None, tuple[int, int, int], _orva.PixelSizes, list[str]]:
+    """The order of axes with channels varying fastest, their sizes, and what else an Image says."""
+    size = getattr(image, "pixel_size", {})
+    pixel_size = (size.get("x"), size.get("y"), size.get("z"))
+    axes = getattr(image, "axes", None)
+    names = list(getattr(image, "channel_names", None) or [])
+    plain = ("y", "x")
+    if not axes or axes[-2:] != plain or not set(axes) <= set("tzc") | set(plain) or len(axes) != image.ndim:
+        return None, (1, 1, 1) if image.ndim == 2 else (0, 0, 0), pixel_size, []
+    counts = dict(zip(axes, image.shape))
+    order = sorted(range(image.ndim), key=lambda i: "tzcyx".index(axes[i]))
+    return tuple(order), (counts.get("c", 1), counts.get("z", 1), counts.get("t", 1)), pixel_size, names
+
+
+def _write_colour(path: Path, image: Any, channel_axis: int | None, stretch: bool) -> None:
+    require_array(image, "image")
+    array = np.asarray(image)
+    if stretch:
+        raise ValueError("stretch is for grey images")
+    if array.dtype.name not in ("uint8", "uint16"):
+        raise TypeError(f"image has the dtype {array.dtype}; colour is written of uint8 and uint16")
+    axis = options.whole("channel_axis", channel_axis, -array.ndim, array.ndim - 1)
+    if array.ndim < 3 or array.shape[axis] != 3:
+        raise ValueError(f"image has {array.shape[axis]} channels along the axis {axis}; colour has 3")
+    if array.size == 0:
+        raise ValueError("image is empty")
+    holds = _orva.holds_colour if array.dtype.name == "uint8" else _orva.holds_colour_16
+    if not holds(os.fsencode(path)):
+        raise ValueError(f"{os.fsdecode(path)}: this format does not hold colour of {array.dtype}")
+    planes = np.moveaxis(array, axis, -1)
+    native = planes.astype(planes.dtype.newbyteorder("="), order="C", copy=False)
+    stack = native.reshape(-1, *native.shape[-3:])
+    _orva.write_colour(os.fsencode(path), stack, (0, 0, 0), (None, None, None))

@@ -8,7 +8,7 @@ import numpy as np
 
 from . import _options as options
 from . import _orva
-from ._arrays import IMAGE_TYPES, Floats, Image, Truth, frames, require
+from ._arrays import Floats, Image, Truth, frames, image_of
 
 _MAX_LEVEL = 3e38
 _MAX_ORDER = 10
@@ -55,7 +55,7 @@ def gaussian(
     ValueError
         For an option out of range, and for a derivative along an axis of length 1.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     sigmas = options.along_axes("sigma", sigma, image.ndim, options.sigma)
     chosen = options.along_axes(
         "orders", orders, image.ndim, lambda name, v: options.whole(name, v, 0, _MAX_ORDER)
@@ -87,7 +87,7 @@ def smooth(image: Image, *, sigma: float | Sequence[float]) -> Floats:
     TypeError, ValueError
         For an array or an option of another type, and for a sigma out of range.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     return _orva.smooth(image, options.along_axes("sigma", sigma, image.ndim, options.sigma))
 
 
@@ -113,7 +113,7 @@ def gradient(image: Image, *, sigma: float, ratio: float = 1.0) -> Floats:
     TypeError, ValueError
         For an array or an option of another type, and for a sigma out of range.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     scale = options.sigma("sigma", sigma)
     return _orva.gradient(image, scale, options.ratio(ratio, scale))
 
@@ -139,7 +139,7 @@ def laplacian(image: Image, *, sigma: float) -> Floats:
     TypeError, ValueError
         For an array or an option of another type, and for a sigma out of range.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     return _orva.laplacian(image, options.sigma("sigma", sigma))
 
 
@@ -170,7 +170,7 @@ def features(image: Image, *, sigma: float, kind: str, ratio: float = 1.0) -> Tr
     TypeError, ValueError
         For an array or an option of another type, and for an option out of range.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     scale = options.sigma("sigma", sigma)
     number = _KINDS[options.choice("kind", kind, tuple(_KINDS))]
     return _orva.features(image, scale, number, options.ratio(ratio, scale))
@@ -195,7 +195,7 @@ def threshold(image: Image, level: float) -> Truth:
     TypeError, ValueError
         For an array or a level of another type, and for a level that is no finite number.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     options.number("level", level, -_MAX_LEVEL, _MAX_LEVEL)
     planes = np.asarray(image).reshape(frames(image), *image.shape[-2:])
     return _orva.threshold(planes, level).reshape(image.shape)
@@ -221,7 +221,7 @@ def compute_threshold(image: Image, *, scale: float = 5.0) -> float:
         For an array or a scale of another type, for a scale out of range, and when the level is no
         finite number because pixels are none.
     """
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     level = _orva.compute_threshold(image, options.sigma("scale", scale))
     if not -_MAX_LEVEL <= level <= _MAX_LEVEL:
         raise ValueError("image has pixels that are no numbers or infinite")

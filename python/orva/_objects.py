@@ -10,7 +10,7 @@ import numpy.typing as npt
 
 from . import _options as options
 from . import _orva
-from ._arrays import Image, plane_of
+from ._arrays import Image, frames, image_of, plane_of
 
 _MIN_RADIUS = 0.1
 _MAX_RADIUS = 1_000_000
@@ -81,21 +81,24 @@ def find_settings(
 
 
 def search(
-    image: Image, settings: FindSettings, frame: int = 0
+    plane: Image, settings: FindSettings
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
-    objects, used = _orva.find_objects(grey_plane_of(image, frame), *dataclasses.astuple(settings))
+    objects, used = _orva.find_objects(plane, *dataclasses.astuple(settings))
     return objects, _estimate_of(used)
 
 
-def grey_plane_of(image: Image, frame: int, name: str = "image") -> Image:
-    """The plane of an image that is not an array of colours, which would pass for a thin stack."""
-    if np.ndim(image) in (3, 4, 5) and np.shape(image)[-1] in (3, 4):
+def one_plane_of(
+    image: Image, frame: int | None, channel_axis: int | None, name: str = "image"
+) -> Image:
+    """The plane of an image that frame chooses, if there are several; raises as image_of()."""
+    pixels = image_of(image, name, channel_axis=channel_axis)
+    if frame is None and frames(pixels) > 1:
         raise ValueError(
-            f"{name} has the shape {np.shape(image)}, which looks like colour; pass one channel, such "
-            f"as {name}[..., 0], or the luminance, which orva.read() returns"
+            f"{name} has {frames(pixels)} planes; choose one, frame=0, or project them: "
+            f"{name}.max(axis=0)"
         )
-    return plane_of(image, frame, name)
+    return plane_of(pixels, 0 if frame is None else frame, name)
 
 
 def find_objects(
@@ -104,7 +107,8 @@ def find_objects(
     radius: Radius = None,
     polarity: str | None = None,
     min_score: float = 0.5,
-    frame: int = 0,
+    frame: int | None = None,
+    channel_axis: int | None = None,
 ) -> npt.NDArray[np.void]:
     """Find round objects of unknown size and brightness.
 
@@ -115,7 +119,7 @@ def find_objects(
     Parameters
     ----------
     image
-        A plane (y, x), or a stack, of which one plane is used.
+        A plane (y, x) of any real type, or a stack, of which one plane is used.
     radius
         Typical radius of the objects in pixels, 0.1 to 1000000, for objects of 0.4 to 2.5 times this
         radius; or a pair (low, high) of the smallest and the largest radius to find. If None, it is
@@ -125,7 +129,10 @@ def find_objects(
     min_score
         Objects of lower score are left out, 0 to 1.
     frame
-        The plane of a stack, counted from 0: along z first, then c, then t.
+        The plane of a stack, counted from 0: along z first, then c, then t. Needed for a stack.
+    channel_axis
+        The axis of colour, -1 as in scikit-image, which is searched by its luminance. If None, the
+        image is grey.
 
     Returns
     -------
@@ -146,18 +153,23 @@ def find_objects(
     finite number counts as the smallest finite one. estimate_settings() shows what is estimated.
     """
     settings = find_settings(radius=radius, polarity=polarity, min_score=min_score)
-    return search(image, settings, frame)[0]
+    return search(one_plane_of(image, frame, channel_axis), settings)[0]
 
 
-def estimate_settings(image: Image, *, frame: int = 0) -> SettingsEstimate:
+def estimate_settings(
+    image: Image, *, frame: int | None = None, channel_axis: int | None = None
+) -> SettingsEstimate:
     """Estimate the typical radius and the polarity of the objects in an image.
 
     Parameters
     ----------
     image
-        A plane (y, x), or a stack, of which one plane is used.
+        A plane (y, x) of any real type, or a stack, of which one plane is used.
     frame
-        The plane of a stack, counted from 0: along z first, then c, then t.
+        The plane of a stack, counted from 0: along z first, then c, then t. Needed for a stack.
+    channel_axis
+        The axis of colour, -1 as in scikit-image, which is searched by its luminance. If None, the
+        image is grey.
 
     Returns
     -------
@@ -173,4 +185,4 @@ def estimate_settings(image: Image, *, frame: int = 0) -> SettingsEstimate:
     ValueError
         For a frame that the image does not have.
     """
-    return _estimate_of(_orva.estimate_settings(grey_plane_of(image, frame)))
+    return _estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))

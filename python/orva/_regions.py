@@ -10,7 +10,6 @@ import numpy.typing as npt
 from . import _options as options
 from . import _orva
 from ._arrays import (
-    IMAGE_TYPES,
     LABEL_TYPES,
     MASK_TYPES,
     AnyLabels,
@@ -19,6 +18,7 @@ from ._arrays import (
     Labels,
     Mask,
     WideLabels,
+    image_of,
     labels_from_one,
     require,
     require_mask,
@@ -154,7 +154,7 @@ def measure(
         require(labels, LABEL_TYPES, "labels")
     require_volume(labels, "labels")
     if image is not None:
-        require(image, IMAGE_TYPES)
+        image = image_of(image)
         if image.shape != labels.shape:
             raise ValueError(f"image has the shape {image.shape}, labels have {labels.shape}")
     return _orva.measure(labels, image) if background == -1 else _measured_from_one(labels, image)

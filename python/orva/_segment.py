@@ -12,16 +12,15 @@ import numpy.typing as npt
 from . import _options as options
 from . import _orva
 from ._arrays import (
-    IMAGE_TYPES,
     MAX_PIXELS,
     AnyLabels,
     Image,
     WideLabels,
+    image_of,
     labels_from_one,
-    require,
     require_plane,
 )
-from ._objects import Radius, find_settings, grey_plane_of, search
+from ._objects import Radius, find_settings, one_plane_of, search
 
 COLUMNS = _orva.REGION_COLUMNS
 
@@ -93,7 +92,8 @@ def segment(
     min_area: float = 0,
     max_area: float | None = None,
     exclude_border: bool = False,
-    frame: int = 0,
+    frame: int | None = None,
+    channel_axis: int | None = None,
 ) -> tuple[WideLabels, npt.NDArray[np.void]]:
     """Find round objects, label the pixels of each, and measure them.
 
@@ -104,7 +104,7 @@ def segment(
     Parameters
     ----------
     image
-        A plane (y, x), or a stack, of which one plane is used.
+        A plane (y, x) of any real type, or a stack, of which one plane is used.
     objects
         The objects to label: a table as find_objects() returns it, or rows of one, with the columns
         x, y, radius and score. If None, they are searched for. Those with a center off the image or
@@ -125,7 +125,10 @@ def segment(
     exclude_border
         Whether regions with a pixel in the first or last row or column are left out.
     frame
-        The plane of a stack, counted from 0: along z first, then c, then t.
+        The plane of a stack, counted from 0: along z first, then c, then t. Needed for a stack.
+    channel_axis
+        The axis of colour, -1 as in scikit-image, which is searched and measured by its luminance. If
+        None, image and measure are grey.
 
     Returns
     -------
@@ -162,10 +165,10 @@ def segment(
     sought = find_settings(
         radius=radius, polarity=polarity, min_score=_MIN_SCORE if min_score is None else min_score
     )
-    plane = grey_plane_of(image, frame)
+    plane = one_plane_of(image, frame, channel_axis)
     brightness = None
     if measure is not None:
-        brightness = grey_plane_of(measure, frame, "measure")
+        brightness = one_plane_of(measure, frame, channel_axis, "measure")
         if np.shape(measure) != np.shape(image):
             raise ValueError(f"measure has the shape {measure.shape}, image has {image.shape}")
     if objects is None:
@@ -202,7 +205,7 @@ def measure_labels(labels: AnyLabels, image: Image) -> npt.NDArray[np.void]:
     """
     narrow = labels_from_one(labels)
     require_plane(labels, "labels")
-    require(image, IMAGE_TYPES)
+    image = image_of(image)
     if image.shape != labels.shape:
         raise ValueError(f"image has the shape {image.shape}, labels have {labels.shape}")
     return _orva.measure_labels(narrow, image)

@@ -1,60 +1,184 @@
 #include <pybind11/stl.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "formats/image_file.h"
+#include "formats/image_source.h"
 #include "formats/image_writer.h"
+#include "formats/output_file.h"
+#include "formats/plane_choice.h"
 #include "python/src/arrays.h"
 
 namespace orva_python {
 namespace {
 
-// A plane has two axes, a stack three.
+namespace formats = orva::formats;
+
 template <class T>
-py::array arrayOf(const orva::Image& img) {
-  Shape shape{img.ny(), img.nx()};
-  if (img.nframes() > 1) shape.insert(shape.begin(), img.nframes());
+py::array arrayOf(const orva::Image& img, const Shape& shape) {
   return toArray(dynamic_cast<const orva::image<T>&>(img), shape);
 }
 
-py::array read(const std::string& path, std::optional<int> frame) {
-  const auto img = unlocked([&] {
-    return orva::formats::readImageFile(path, frame, orva::formats::ColourUse::kLuminance);
-  });
-  switch (img->format()) {
+py::array arrayOf(const orva::Image& img, const Shape& shape) {
+  switch (img.format()) {
     case orva::BYTE:
-      return arrayOf<unsigned char>(*img);
+      return arrayOf<unsigned char>(img, shape);
     case orva::SHORT:
-      return arrayOf<short>(*img);
+      return arrayOf<short>(img, shape);
     case orva::INT:
-      return arrayOf<int>(*img);
+      return arrayOf<int>(img, shape);
     case orva::UINT:
-      return arrayOf<unsigned int>(*img);
+      return arrayOf<unsigned int>(img, shape);
     default:
-      return arrayOf<float>(*img);
+      return arrayOf<float>(img, shape);
   }
 }
 
+// A plane has two axes, a stack three.
+py::array readFrame(const std::string& path, int frame) {
+  const auto img =
+      unlocked([&] { return formats::readImageFile(path, frame, formats::ColourUse::kLuminance); });
+  return arrayOf(*img, {img->ny(), img->nx()});
+}
+
+// What a file says of its pixels beside them.
+struct Notes {
+  std::vector<std::string> axes;
+  formats::PixelSize pixelSize;
+  std::vector<std::string> channelNames;
+};
+
+py::tuple read(const std::string& path, const std::optional<int>& series,
+               const formats::PlaneChoice& choice, int level) {
+  Notes notes;
+  Shape shape;
+  const auto img = unlocked([&] {
+    const formats::ImageSource source(path, series);
+    formats::KeptPlanes planes = formats::keepPlanes(source.axes(), choice);
+    // Slices vary fastest in an array.
+    std::stable_sort(planes.images.begin(), planes.images.end(), [](const auto& p, const auto& q) {
+      return std::pair(p.t, p.c) < std::pair(q.t, q.c);
+    });
+    formats::PlaneStack stack;
+    for (const formats::PlanarImage& image : planes.images) {
+      stack.add(formats::readPlanar(source, planes.axes, image, level));
+    }
+    const formats::ImageAxes& kept = planes.kept;
+    const auto add = [&](int count, const char* name) {
+      if (count == 1) return;
+      shape.push_back(count);
+      notes.axes.emplace_back(name);
+    };
+    add(kept.nt, "t");
+    add(kept.nc, "c");
+    add(kept.nz, kept.areKnown || planes.axes.areKnown ? "z" : "page");
+    notes.pixelSize = kept.pixelSize;
+    notes.channelNames = kept.channelNames;
+    return stack.take();
+  });
+  shape.insert(shape.end(), {img->ny(), img->nx()});
+  notes.axes.insert(notes.axes.end(), {"y", "x"});
+  const formats::PixelSize& size = notes.pixelSize;
+  return py::make_tuple(arrayOf(*img, shape), py::tuple(py::cast(notes.axes)),
+                        py::make_tuple(size.x, size.y, size.z),
+                        py::tuple(py::cast(notes.channelNames)));
+}
+
+formats::PlaneChoice choiceOf(const std::optional<std::string>& channel,
+                              const std::optional<int>& z, const std::string& slices,
+                              const std::optional<int>& t, bool eachTime) {
+  formats::PlaneChoice choice;
+  choice.channel = channel;
+  choice.z = z;
+  if (slices == "max") choice.projection = formats::Projection::kMax;
+  if (slices == "mean") choice.projection = formats::Projection::kMean;
+  choice.eachSlice = slices == "all";
+  choice.t = t;
+  choice.eachTime = eachTime;
+  return choice;
+}
+
 // One file after the other, for the list of temporary files has no lock.
-void write(const std::string& path, const py::array& array, bool stretch) {
+template <class Write>
+void writeOneByOne(const Write& write) {
   static std::mutex one;
-  const auto img = toImage(array);
   unlocked([&] {
     const std::lock_guard lock(one);
-    orva::formats::writeImageFile(
-        path, *img, stretch ? orva::formats::Fit::kStretched : orva::formats::Fit::kExactly);
+    write();
   });
+}
+
+using PixelSizes = std::array<std::optional<double>, 3>;  // x, y, z
+
+formats::ImageAxes axesOf(const std::array<int, 3>& sizes, const PixelSizes& pixelSize,
+                          const std::vector<std::string>& channelNames) {
+  formats::ImageAxes axes;
+  axes.nc = sizes[0];
+  axes.nz = sizes[1];
+  axes.nt = sizes[2];
+  axes.areKnown = axes.nc > 0;
+  axes.pixelSize = {pixelSize[0], pixelSize[1], pixelSize[2]};
+  axes.channelNames = channelNames;
+  return axes;
+}
+
+// Planes with channels varying fastest; `sizes` counts channels, slices and times, 0 where their
+// meaning is unknown.
+void write(const std::string& path, const py::array& array, bool stretch, bool isUnsigned16,
+           const std::array<int, 3>& sizes, const PixelSizes& pixelSize,
+           const std::vector<std::string>& channelNames) {
+  const auto img = toImage(array);
+  writeOneByOne([&] {
+    formats::writeImageFile(path, *img, stretch ? formats::Fit::kStretched : formats::Fit::kExactly,
+                            {axesOf(sizes, pixelSize, channelNames), isUnsigned16});
+  });
+}
+
+// Planes (n, y, x, 3) of bytes or unsigned 16-bit samples.
+void writeColour(const std::string& path, const py::array& array, const std::array<int, 3>& sizes,
+                 const PixelSizes& pixelSize) {
+  const auto n = static_cast<int>(array.shape(0));
+  const auto ny = static_cast<int>(array.shape(1));
+  const auto nx = static_cast<int>(array.shape(2));
+  const auto count = static_cast<std::size_t>(array.size());
+  const formats::ImageAxes axes = axesOf(sizes, pixelSize, {});
+  if (array.itemsize() == 1) {
+    orva::image<orva::GenericRgb<unsigned char>> img(nx, ny, n, 1, 1);
+    std::memcpy(static_cast<void*>(img.pixels()), array.data(), count);
+    writeOneByOne([&] {
+      formats::writeImageFile(path, img, formats::Fit::kExactly, {axes, false});
+    });
+    return;
+  }
+  std::vector<orva::GenericRgb<std::uint16_t>> pixels(count / 3);
+  std::memcpy(static_cast<void*>(pixels.data()), array.data(), count * sizeof(std::uint16_t));
+  writeOneByOne([&] { formats::writeFiles(formats::encodeColour16(path, pixels, nx, ny, axes)); });
 }
 
 }  // namespace
 
 void addFiles(py::module_& module) {
-  module.def("read", read);
+  module.def("read_frame", readFrame);
+  module.def("read",
+             [](const std::string& path, const std::optional<int>& series,
+                const std::optional<std::string>& channel, const std::optional<int>& z,
+                const std::string& slices, const std::optional<int>& t, bool eachTime, int level) {
+               return read(path, series, choiceOf(channel, z, slices, t, eachTime), level);
+             });
   module.def("write", write);
-  module.def("is_writable", orva::formats::isWritable);
-  module.def("writable_extensions", orva::formats::writableExtensions);
+  module.def("write_colour", writeColour);
+  module.def("holds_colour", formats::holdsColour);
+  module.def("holds_colour_16", formats::holdsColour16);
+  module.def("is_writable", formats::isWritable);
+  module.def("writable_extensions", formats::writableExtensions);
 }
 
 }  // namespace orva_python

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/detections.h"
 #include "formats/image_writer.h"
 #include "formats/result_table.h"
 #include "orva/detect/measure.h"
@@ -73,13 +74,13 @@ py::array measureLabels(const py::array& array, const py::array& brightness) {
 // A table as the command writes it.
 std::string asCsv(const RegionTable& table) {
   std::vector<ObjectMeasures> measures;
-  std::vector<Object> objects;
+  orva::detect::FindResult result;
   for (const Region* row = table.data(); row != table.data() + table.size(); ++row) {
     measures.push_back(row->measures);
     measures.back().touchesBorder = row->touchesBorder;
-    objects.push_back({0, 0, 0, row->score, 0});
+    result.objects.push_back({0, 0, 0, row->score, 0});
   }
-  return orva::formats::regionsAsCsv(measures, objects);
+  return orva::formats::csvOf({orva::formats::detectionsOf({}, {}, {}, result, measures, {})});
 }
 
 // The TIFF file of labels.

@@ -184,5 +184,5 @@ def test_results_are_the_same_in_many_threads(discs):
 def test_arrays_of_colours_are_refused(colours):
     picture = np.zeros((40, 50, colours), np.uint8)
     for call in (orva.find_objects, orva.estimate_settings):
-        with pytest.raises(ValueError, match="looks like colour; pass one channel"):
+        with pytest.raises(ValueError, match="looks like colour; pass channel_axis=-1"):
             call(picture)

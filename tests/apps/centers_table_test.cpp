@@ -107,11 +107,12 @@ TEST(CentersTable, JsonCarriesTheGivenSettings) {
                                            {"threshold", 12.3},
                                            {"edges", true},
                                            {"power", 0.7}}));
-  EXPECT_EQ(
-      json::parse(box.run({"vote", "--format", "json", "--polarity", "dark", "stack.tif"}).out)
-          .at("settings")
-          .at("polarity"),
-      "dark");
+  EXPECT_EQ(json::parse(box.run({"vote", "--format", "json", "--polarity", "dark", "--frame", "0",
+                                 "stack.tif"})
+                            .out)
+                .at("settings")
+                .at("polarity"),
+            "dark");
 }
 
 TEST(CentersTable, JsonWithoutCentersHasAnEmptyList) {

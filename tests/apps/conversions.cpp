@@ -80,8 +80,8 @@ std::optional<Content> expectedIn(const std::string& extension, const Content& c
   if (extension == ".iht" && c.type == UINT) {
     return allWholeUpTo(c, 2147483647.0) ? std::optional(retyped(c, INT)) : std::nullopt;
   }
-  // The library has no pixels of 16 bits without sign.
-  return c.type == USHORT ? retyped(c, INT) : c;
+  // Only TIFF and PNG hold pixels of 16 bits without sign.
+  return c.type == USHORT && extension != ".tif" ? retyped(c, INT) : c;
 }
 
 std::string reasonOf(const std::string& extension, const Content& c) {

@@ -123,14 +123,30 @@ TEST_F(ConvertCommand, NumbersTooLargeForIhtFail) {
   EXPECT_EQ(readContent(box / "out.iht"), (Content{INT, 2, 1, 1, {1, 2147483647}}));
 }
 
-TEST_F(ConvertCommand, WideColourCannotBeKept) {
+TEST_F(ConvertCommand, WideColourIsKeptByPngAndTiffAlone) {
   const Picture picture{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
   TiffFile(box / "wide.tif").page(picture, {.bits = 16, .photometric = PHOTOMETRIC_RGB});
-  for (const std::string to : {".ppm", ".png", ".tif", ".ics"}) {
+  for (const std::string to : {".ppm", ".ics"}) {
     EXPECT_TRUE(failedWithOneLine(convert("wide.tif", "out" + to), "wide.tif",
                                   "has colour of other samples than bytes"));
   }
   EXPECT_EQ(box.names(), std::vector<std::string>{"wide.tif"});
+  std::vector<std::string> backs;
+  for (const std::string to : {"out.png", "out.tif"}) {
+    EXPECT_TRUE(succeeded(convert("wide.tif", to)));
+    EXPECT_TRUE(succeeded(convert(to, "back.tif")));
+    backs.push_back(box.read("back.tif"));
+  }
+  EXPECT_EQ(backs[0], backs[1]);
+  EXPECT_EQ(backs[0], box.read("out.tif"));
+  const std::string png = box.read("out.png");
+  EXPECT_EQ(png[24], 16);  // bits
+  EXPECT_EQ(png[25], 2);   // red, green and blue
+  // Signed samples are kept by none.
+  TiffFile(box / "signed.tif")
+      .page(picture, {.bits = 16, .format = SAMPLEFORMAT_INT, .photometric = PHOTOMETRIC_RGB});
+  EXPECT_TRUE(failedWithOneLine(convert("signed.tif", "out.tif"), "signed.tif",
+                                "has colour of other samples than bytes"));
 }
 
 TEST_F(ConvertCommand, WideColourBecomesLuminanceWhereThereIsNoColour) {

@@ -13,7 +13,7 @@ namespace {
 const std::vector<std::string> kVoteOnDiscs{"vote", "--max-radius", "10", "discs"};
 
 // What the command prints for a PGM file of the picture.
-std::string expectedTable(const Picture& picture) {
+std::string pngTable(const Picture& picture) {
   const Sandbox box;
   box.write("discs", pgm(picture));
   return box.run(kVoteOnDiscs).out;
@@ -65,7 +65,7 @@ TEST(PngFile, EveryFormOfTheSameGreyGivesTheSameTable) {
       {"16-bit colour", rgb, {.depth = 16, .colourType = PNG_COLOR_TYPE_RGB}},
       {"16-bit colour with alpha", rgba, {.depth = 16, .colourType = PNG_COLOR_TYPE_RGB_ALPHA}},
   };
-  const std::string expected = expectedTable(grey);
+  const std::string expected = pngTable(grey);
   ASSERT_TRUE(marksEach(parseCsv(expected), kTwoDiscs));
   for (const Case& c : cases) {
     for (const bool interlaced : {false, true}) {
@@ -88,7 +88,7 @@ TEST(PngFile, FewBitsSpanTheWholeGreyRange) {
       const double max = (1 << depth) - 1;
       Picture levels = twoDiscs();
       for (double& v : levels.values) v = std::floor(v / 256 * (max + 1));
-      const std::string expected = expectedTable(scaled(levels, 255 / max));
+      const std::string expected = pngTable(scaled(levels, 255 / max));
       ASSERT_TRUE(marksEach(parseCsv(expected), kTwoDiscs));
       const Sandbox box;
       writePng(box / "discs", levels, {.depth = depth, .interlaced = interlaced});
@@ -111,7 +111,7 @@ TEST(PngFile, ASmallPaletteIsLookedUp) {
   for (double& v : grey.values) v = v == 1 ? 200 : 30;
   const Outcome outcome = box.run(kVoteOnDiscs);
   EXPECT_TRUE(succeeded(outcome));
-  EXPECT_EQ(outcome.out, expectedTable(grey));
+  EXPECT_EQ(outcome.out, pngTable(grey));
 }
 
 // A red, a green and a blue disc: each counts by its share of the luminance.

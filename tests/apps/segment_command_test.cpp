@@ -277,7 +277,7 @@ TEST(SegmentCommand, IntensitiesAreThoseOfTheOtherImage) {
     }
   };
   expectLevel({"--measure", "other.pgm"}, 77);
-  expectLevel({"--measure", "stack.tif", "--measure-frame", "1"}, 33);
+  expectLevel({"--measure", "stack.tif", "--measure-channel", "1"}, 33);
 }
 
 TEST(SegmentCommand, AnOtherImageThatDoesNotFitFails) {
@@ -351,7 +351,6 @@ TEST(SegmentCommand, WrongOptionsAreRefused) {
   expectRefusal({"--outlines", "o.png", "--out", "o"}, "--out");
   expectRefusal({"--labels", "same.png", "--outlines", "same.png"}, "same.png");
   expectRefusal({"--measure", "a.pgm", "--out", "o"}, "goes with a single image");
-  expectRefusal({"--measure-frame", "1"}, "goes with --measure");
   expectRefusal({"--labels", "a.tif", "--table", "a.tif"}, "a.tif");
   EXPECT_TRUE(refused(box.run({"segment", "--measure", "-", "-"}), "cannot be read twice"));
   EXPECT_EQ(box.names(), (Arguments{"a.pgm"}));
@@ -370,7 +369,7 @@ TEST(SegmentCommand, HelpNamesEveryOption) {
   EXPECT_TRUE(succeeded(outcome));
   for (const std::string option :
        {"--radius", "--polarity", "--min-score", "--same-settings", "--min-area", "--max-area",
-        "--exclude-border", "--measure", "--measure-frame", "--frame", "--table", "--format",
+        "--exclude-border", "--measure", "--measure-channel", "--frame", "--table", "--format",
         "--labels", "--outlines", "--out", "--quiet"}) {
     EXPECT_NE(outcome.out.find("\n  " + option + ' '), std::string::npos) << option;
   }

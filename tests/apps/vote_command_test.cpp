@@ -29,7 +29,7 @@ TEST(VoteCommand, UsageErrorsWriteNothing) {
       {{"vote", "--polarity", "grey", "a.pgm"}, "--polarity: grey not in {bright,dark,both}"},
       {{"vote", "--polarity", "Bright", "a.pgm"}, "--polarity"},
       {{"vote", "--polarity", "0", "a.pgm"}, "--polarity"},
-      {{"vote", "--format", "xml", "a.pgm"}, "--format: xml not in {csv,json}"},
+      {{"vote", "--format", "xml", "a.pgm"}, "--format: xml not in {csv,json,geojson,roi,napari}"},
       {{"vote", "--format", "1", "a.pgm"}, "--format"},
       {{"vote", "--min-radius", "5", "--max-radius", "4", "a.pgm"},
        "--min-radius: must not exceed --max-radius"},

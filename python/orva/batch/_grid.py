@@ -8,7 +8,7 @@ from typing import Any, NamedTuple
 import numpy as np
 import numpy.typing as npt
 
-from .._arrays import IMAGE_TYPES, require
+from .._arrays import image_of, require_array
 
 # Images with a longer side are divided into tiles.
 MAX_SIDE = 8192
@@ -44,14 +44,14 @@ def tiles_of(shape: tuple[int, int], tile: int, overlap: int) -> Iterator[Tile]:
 
 
 def block_of(image: Any, part: Part, factor: float = 1.0) -> npt.NDArray[Any]:
-    block: npt.NDArray[Any] = np.asarray(image[part[0] : part[1], part[2] : part[3]])
+    block = image_of(np.asarray(image[part[0] : part[1], part[2] : part[3]]))
     return block if factor == 1 else block.astype(np.float32) * np.float32(factor)
 
 
 def plane_shape(image: Any) -> tuple[int, int]:
     """The sides of what is to be divided into tiles; raises for what is not a plane."""
     if isinstance(image, np.ndarray) or not hasattr(image, "shape"):
-        require(image, IMAGE_TYPES)
+        require_array(image, "image")
     if len(image.shape) != 2:
         raise ValueError(f"image must be a plane (y, x), not of {len(image.shape)} axes")
     shape = int(image.shape[0]), int(image.shape[1])

@@ -1,0 +1,173 @@
+// Sizes in micrometres with find and segment.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/apps/pictures.h"
+#include "tests/apps/sandbox.h"
+#include "tests/apps/tiff_files.h"
+
+namespace orva::test {
+namespace {
+
+using nlohmann::json;
+
+std::string omePixels(const std::string& sizes) {
+  return "<?xml version=\"1.0\"?><OME xmlns=\"http://www.openmicroscopy.org/Schemas/OME/2016-06\">"
+         "<Image ID=\"Image:0\"><Pixels DimensionOrder=\"XYCZT\" Type=\"uint8\" SizeX=\"150\" "
+         "SizeY=\"110\" SizeC=\"1\" SizeZ=\"1\" SizeT=\"1\" " +
+         sizes + "><Channel/><TiffData/></Pixels></Image></OME>";
+}
+
+// Discs of radius 9 and one of radius 14.
+struct Micrometres : ::testing::Test {
+  Micrometres() {
+    write("plain.tif", "");
+    write("half.tif", "PhysicalSizeX=\"500\" PhysicalSizeXUnit=\"nm\" PhysicalSizeY=\"0.5\"");
+    write("oblong.tif", "PhysicalSizeX=\"0.5\" PhysicalSizeY=\"0.7\"");
+    write("nearly.tif", "PhysicalSizeX=\"0.4995\" PhysicalSizeY=\"0.5005\"");
+  }
+
+  void write(const std::string& name, const std::string& sizes) const {
+    TiffFile file(box / name);
+    TiffForm form;
+    if (!sizes.empty()) form.description = omePixels(sizes);
+    file.page(discs(150, 110, {{20, 22, 9}, {61, 18, 9}, {35, 70, 9}, {100, 60, 14}}), form);
+  }
+
+  Sandbox box;
+};
+
+std::vector<std::vector<std::string>> fieldsOfLines(const std::string& csv) {
+  std::vector<std::vector<std::string>> rows;
+  std::istringstream lines(csv);
+  for (std::string line; std::getline(lines, line);) {
+    rows.emplace_back();
+    std::istringstream fields(line);
+    for (std::string field; std::getline(fields, field, ',');) rows.back().push_back(field);
+  }
+  return rows;
+}
+
+TEST_F(Micrometres, TableOfACalibratedImageHasBoth) {
+  const auto rows = fieldsOfLines(box.run({"find", "half.tif"}).out);
+  ASSERT_EQ(rows.size(), 5U);
+  EXPECT_EQ(rows[0],
+            (std::vector<std::string>{"x", "y", "radius", "score", "x_um", "y_um", "radius_um"}));
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    for (const std::size_t k : {0U, 1U, 2U}) {
+      EXPECT_NEAR(std::stod(rows[i][k + 4]), std::stod(rows[i][k]) / 2, 0.0003);
+    }
+  }
+}
+
+TEST_F(Micrometres, OtherImagesAreAsBefore) {
+  const Outcome plain = box.run({"find", "plain.tif"});
+  EXPECT_TRUE(plain.out.starts_with("x,y,radius,score\n"));
+  EXPECT_EQ(plain.err.find("um"), std::string::npos);
+  EXPECT_EQ(box.run({"vote", "--max-radius", "13", "half.tif"}).out,
+            box.run({"vote", "--max-radius", "13", "plain.tif"}).out);
+}
+
+TEST_F(Micrometres, ReportSaysBoth) {
+  const auto radius = [&](const std::string& file) {
+    const std::string line = box.run({"find", file}).err;
+    const std::string before = "4 bright objects of radius about ";
+    const std::size_t at = line.find(before);
+    EXPECT_NE(at, std::string::npos) << line;
+    return line.substr(at + before.size(), line.find(", confidence") - at - before.size());
+  };
+  EXPECT_EQ(radius("plain.tif"), "8.9 pixels");
+  EXPECT_EQ(radius("half.tif"), "8.9 pixels (4.4 um)");
+}
+
+TEST_F(Micrometres, OblongPixelsAreReportedAndNotUsed) {
+  const Outcome outcome = box.run({"find", "oblong.tif"});
+  EXPECT_TRUE(outcome.out.starts_with("x,y,radius,score\n"));
+  EXPECT_TRUE(outcome.err.starts_with("orva: oblong.tif: a pixel is 0.5 x 0.7 um, not square; "))
+      << outcome.err;
+  EXPECT_EQ(box.run({"find", "nearly.tif"}).out, box.run({"find", "half.tif"}).out);
+}
+
+TEST_F(Micrometres, RadiusIsThatInPixels) {
+  const auto objects = [&](const Arguments& options) {
+    Arguments arguments{"find", "--format", "json", "half.tif"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return json::parse(box.run(arguments).out)["objects"];
+  };
+  EXPECT_EQ(objects({"--radius", "4.5um"}), objects({"--radius", "9"}));
+  EXPECT_EQ(objects({"--radius", "4500nm"}), objects({"--radius", "9"}));
+  EXPECT_EQ(objects({"--radius", "6um:0.008mm"}), objects({"--radius", "12:16"}));
+  EXPECT_EQ(objects({"--radius", "6um:8um"}).size(), 1U);
+  EXPECT_EQ(objects({"--radius", "9um", "--pixel-size", "1"}).size(), 4U);
+}
+
+TEST_F(Micrometres, PixelSizeGivesAndOverrides) {
+  const std::string half = box.run({"find", "half.tif"}).out;
+  for (const std::string size : {"0.5", "0.5um", "500nm"}) {
+    EXPECT_EQ(box.run({"find", "--pixel-size", size, "plain.tif"}).out, half);
+    EXPECT_EQ(box.run({"find", "--pixel-size", size, "oblong.tif"}).out, half);
+  }
+  EXPECT_NE(box.run({"find", "--pixel-size", "1", "half.tif"}).out, half);
+}
+
+TEST_F(Micrometres, WithoutACalibrationAreAnError) {
+  for (const std::string file : {"plain.tif", "oblong.tif"}) {
+    const Outcome outcome = box.run({"find", "--quiet", "--radius", "6um", file});
+    EXPECT_TRUE(
+        failedWithOneLine(outcome, file, "has no known size of square pixels; give --pixel-size"));
+  }
+  EXPECT_TRUE(failedWithOneLine(box.run({"segment", "--min-area", "50um2", "plain.tif"}),
+                                "plain.tif", "has no known size of square pixels"));
+}
+
+TEST_F(Micrometres, WrongSizesAreRefused) {
+  for (const std::string radius : {"6px", "um", "-1um", "0um", "4:9um", "9um:4um", "6um2"}) {
+    EXPECT_TRUE(refused(box.run({"find", "--radius=" + radius, "half.tif"}), "neither a radius"))
+        << radius;
+  }
+  for (const std::string area : {"6um", "-1um2", "um2", "x"}) {
+    EXPECT_TRUE(refused(box.run({"segment", "--min-area=" + area, "half.tif"}), "is not a number"))
+        << area;
+  }
+  for (const std::string size : {"0", "-1", "1px", "nan"}) {
+    EXPECT_TRUE(refused(box.run({"find", "--pixel-size=" + size, "half.tif"}), "is not a length"))
+        << size;
+  }
+  EXPECT_TRUE(refused(box.run({"segment", "--min-area", "3", "--max-area", "9um2", "half.tif"}),
+                      "must have a unit"));
+}
+
+TEST_F(Micrometres, AreasAreLimitedInSquares) {
+  const std::string large = box.run({"segment", "--min-area", "400", "half.tif"}).out;
+  EXPECT_EQ(fieldsOfLines(large).size(), 2U);
+  EXPECT_EQ(box.run({"segment", "--min-area", "100um2", "half.tif"}).out, large);
+  const std::string small = box.run({"segment", "--max-area", "400", "half.tif"}).out;
+  EXPECT_EQ(fieldsOfLines(small).size(), 4U);
+  EXPECT_EQ(box.run({"segment", "--max-area", "100um2", "half.tif"}).out, small);
+}
+
+TEST_F(Micrometres, MeasurementsAreRepeatedInMicrometres) {
+  const auto rows = fieldsOfLines(box.run({"segment", "half.tif"}).out);
+  ASSERT_EQ(rows.size(), 5U);
+  ASSERT_EQ(rows[0].size(), 26U);
+  EXPECT_EQ(rows[0][21], "area_um2");
+  EXPECT_EQ(std::stod(rows[1][21]), std::stod(rows[1][3]) / 4);
+  EXPECT_EQ(rows[0][22], "perimeter_um");
+  EXPECT_EQ(std::stod(rows[1][22]), std::stod(rows[1][5]) / 2);
+}
+
+TEST_F(Micrometres, SameSettingsHoldForTheBatch) {
+  EXPECT_EQ(box.run({"find", "--quiet", "--same-settings", "--radius", "4.5um", "--out", "out",
+                     "half.tif", "nearly.tif"})
+                .status,
+            0);
+  EXPECT_EQ(box.read("out/half.csv"),
+            box.run({"find", "--radius", "9", "--polarity", "bright", "half.tif"}).out);
+}
+
+}  // namespace
+}  // namespace orva::test
