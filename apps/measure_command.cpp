@@ -125,7 +125,7 @@ MeasureCommand::Regions MeasureCommand::measured(const Image& img) const {
   orva::image<short> labels = labelled(mask, fill_, n);
   std::vector<RegionFeature> features = orva::bip::regionFeatures(labels, n, img);
   selectBySize(labels, features, minSize_, maxSize_.value_or(std::numeric_limits<int>::max()));
-  return {t, std::move(features), std::move(labels)};
+  return {t, std::move(features), labels};
 }
 
 void MeasureCommand::measure() const {

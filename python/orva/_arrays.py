@@ -15,7 +15,9 @@ Floats = npt.NDArray[np.float32]
 Labels = npt.NDArray[np.int16]
 WideLabels = npt.NDArray[np.int32]  # with background 0
 AnyLabels = npt.NDArray[np.integer[Any]]
-Image = Bytes | Labels | npt.NDArray[np.int32] | npt.NDArray[np.uint32] | Floats
+# What the compiled functions take, and what others are converted to.
+Pixels = Bytes | Labels | npt.NDArray[np.int32] | npt.NDArray[np.uint32] | Floats
+Image = Truth | npt.NDArray[np.integer[Any]] | npt.NDArray[np.floating[Any]]
 Mask = Truth | Bytes
 
 IMAGE_TYPES = ("uint8", "int16", "int32", "uint32", "float32")
@@ -64,7 +66,7 @@ def _require_sizes(array: npt.NDArray[Any], name: str) -> None:
         raise ValueError(f"{name} has {array.size} pixels; an image has at most {MAX_PIXELS}")
 
 
-def image_of(image: Any, name: str = "image", *, channel_axis: int | None = None) -> Image:
+def image_of(image: Any, name: str = "image", *, channel_axis: int | None = None) -> Pixels:
     """The pixels of an array of any real type in one of IMAGE_TYPES, in the machine's byte order.
 
     Truth values become 0 and 255. Whole numbers and floating-point numbers become wider where their
@@ -76,7 +78,7 @@ def image_of(image: Any, name: str = "image", *, channel_axis: int | None = None
     """
     require_array(image, name)
     if channel_axis is not None:
-        image = luminance(image, channel_axis=channel_axis, name=name)
+        image = _luminance(image, channel_axis, name)
     _require_sizes(image, name)
     if channel_axis is None and _looks_like_colour(image):
         raise ValueError(
@@ -104,12 +106,13 @@ def _looks_like_colour(array: npt.NDArray[Any]) -> bool:
     )
 
 
-def _narrow_whole(array: npt.NDArray[Any], name: str) -> Image:
+def _narrow_whole(array: npt.NDArray[Any], name: str) -> Pixels:
     low, high = int(array.min()), int(array.max())
-    for narrow in (np.int32, np.uint32):
-        limits = np.iinfo(narrow)
-        if limits.min <= low and high <= limits.max:
-            return array.astype(narrow)
+    limits = np.iinfo(np.int32)
+    if limits.min <= low and high <= limits.max:
+        return array.astype(np.int32)
+    if low >= 0 and high <= np.iinfo(np.uint32).max:
+        return array.astype(np.uint32)
     raise ValueError(
         f"{name} has values from {low} to {high}, which no whole numbers of 32 bits hold; convert it, "
         f"which rounds: {name}.astype(numpy.float32)"
@@ -124,7 +127,7 @@ def _float32(array: npt.NDArray[Any], name: str) -> Floats:
     return narrow
 
 
-def luminance(image: Any, *, channel_axis: int = -1, name: str = "image") -> Floats:
+def luminance(image: Any, *, channel_axis: int = -1) -> Floats:
     """The brightness of a colour image.
 
     Parameters
@@ -147,6 +150,10 @@ def luminance(image: Any, *, channel_axis: int = -1, name: str = "image") -> Flo
     ValueError
         For an axis that the image does not have, or one of other than 3 or 4 channels.
     """
+    return _luminance(image, channel_axis, "image")
+
+
+def _luminance(image: Any, channel_axis: int, name: str) -> Floats:
     require_array(image, name)
     array = np.asarray(image)
     if array.dtype.kind not in "biuf":

@@ -10,7 +10,7 @@ import numpy as np
 from . import _options as options
 from . import _orva
 from ._arrays import Image as AnyImage
-from ._arrays import Truth, image_of, require_array
+from ._arrays import image_of, require_array
 from ._image import Image, described
 
 Path = Union[str, "os.PathLike[str]"]
@@ -103,7 +103,7 @@ def _number_or_word(
 
 
 def write(
-    path: Path, image: AnyImage | Truth, *, stretch: bool = False, channel_axis: int | None = None
+    path: Path, image: AnyImage, *, stretch: bool = False, channel_axis: int | None = None
 ) -> None:
     """Write an image file, completely or not at all.
 
@@ -158,10 +158,10 @@ def _description(
     """The order of axes with channels varying fastest, their sizes, and what else an Image says."""
     size = getattr(image, "pixel_size", {})
     pixel_size = (size.get("x"), size.get("y"), size.get("z"))
-    axes = getattr(image, "axes", None)
+    axes: tuple[str, ...] = getattr(image, "axes", None) or ()
     names = list(getattr(image, "channel_names", None) or [])
     plain = ("y", "x")
-    if not axes or axes[-2:] != plain or not set(axes) <= set("tzc") | set(plain) or len(axes) != image.ndim:
+    if axes[-2:] != plain or not set(axes) <= set("tzc") | set(plain) or len(axes) != image.ndim:
         return None, (1, 1, 1) if image.ndim == 2 else (0, 0, 0), pixel_size, []
     counts = dict(zip(axes, image.shape))
     order = sorted(range(image.ndim), key=lambda i: "tzcyx".index(axes[i]))

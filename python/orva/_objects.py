@@ -10,7 +10,7 @@ import numpy.typing as npt
 
 from . import _options as options
 from . import _orva
-from ._arrays import Image, frames, image_of, plane_of
+from ._arrays import Image, Pixels, frames, image_of, plane_of
 
 _MIN_RADIUS = 0.1
 _MAX_RADIUS = 1_000_000
@@ -81,7 +81,7 @@ def find_settings(
 
 
 def search(
-    plane: Image, settings: FindSettings
+    plane: Pixels, settings: FindSettings
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
     objects, used = _orva.find_objects(plane, *dataclasses.astuple(settings))
@@ -90,7 +90,7 @@ def search(
 
 def one_plane_of(
     image: Image, frame: int | None, channel_axis: int | None, name: str = "image"
-) -> Image:
+) -> Pixels:
     """The plane of an image that frame chooses, if there are several; raises as image_of()."""
     pixels = image_of(image, name, channel_axis=channel_axis)
     if frame is None and frames(pixels) > 1:

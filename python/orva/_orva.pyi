@@ -3,7 +3,7 @@ from typing import Any, TypeVar
 import numpy as np
 import numpy.typing as npt
 
-from ._arrays import Floats, Image, Labels, Truth, WideLabels
+from ._arrays import Floats, Pixels, Labels, Truth, WideLabels
 
 Same = TypeVar("Same")
 AnyArray = npt.NDArray[Any]
@@ -81,7 +81,7 @@ def erode_labels(labels: Same) -> Same: ...
 def dilate(mask: Same) -> Same: ...
 def fill_holes(mask: Same) -> Same: ...
 def edge(image: AnyArray) -> Truth: ...
-def read_frame(path: bytes, frame: int) -> Image: ...
+def read_frame(path: bytes, frame: int) -> Pixels: ...
 def read(
     path: bytes,
     series: int | None,
@@ -91,7 +91,7 @@ def read(
     time: int | None,
     each_time: bool,
     level: int,
-) -> tuple[Image, tuple[str, ...], PixelSizes, tuple[str, ...]]: ...
+) -> tuple[Pixels, tuple[str, ...], PixelSizes, tuple[str, ...]]: ...
 def write(
     path: bytes,
     image: AnyArray,

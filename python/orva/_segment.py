@@ -15,6 +15,7 @@ from ._arrays import (
     MAX_PIXELS,
     AnyLabels,
     Image,
+    Pixels,
     WideLabels,
     image_of,
     labels_from_one,
@@ -46,11 +47,11 @@ def segment_settings(
 
 
 def regions_of(
-    image: Image,
+    image: Pixels,
     objects: npt.NDArray[np.void],
     polarity: str | None,
     settings: SegmentSettings,
-    measure: Image | None = None,
+    measure: Pixels | None = None,
 ) -> tuple[WideLabels, npt.NDArray[np.void]]:
     """The labels and the table of objects in a plane."""
     return _orva.segment(image, measure, objects, polarity, *dataclasses.astuple(settings))

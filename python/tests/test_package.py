@@ -33,6 +33,9 @@ kept: npt.NDArray[np.int32] = wide
 regions = orva.measure_labels(kept, image)
 centers: npt.NDArray[np.void] = orva.find_centers(image, max_radius=5, polarity="dark")
 field: npt.NDArray[np.float32] = orva.vote_field(image)
+nuclei = orva.find_objects(orva.read("image.tif", channel="DAPI", z="max"), radius=4)
+nuclei = orva.find_objects(np.zeros((20, 30, 3)), channel_axis=-1)
+size: float = orva.read("image.tif").pixel_size["x"]
 flat: npt.NDArray[np.float32] = orva.gaussian(image, sigma=(1, 2.5), orders=(0, 1))
 level: float = orva.compute_threshold(image)
 mask: npt.NDArray[np.bool_] = orva.erode(orva.threshold(image, level))
@@ -51,7 +54,7 @@ orva.write("mask.tif", orva.features(image, sigma=1, kind="hessian_maximum"))
 BAD = """
 import numpy as np
 import orva
-orva.smooth(np.zeros((4, 5)), sigma=1)
+orva.smooth(np.zeros((4, 5), complex), sigma=1)
 orva.find_centers(np.zeros((4, 5), np.uint8), 20)
 orva.find_objects(np.zeros((4, 5), np.uint8), radius="20")
 orva.erode(np.zeros((4, 5), np.float32))
@@ -122,8 +125,9 @@ def test_every_function_says_what_it_takes_gives_and_raises():
     classes = {name: c for name, c in vars(orva).items() if inspect.isclass(c)}
     assert set(orva.__all__) == {"__version__", *functions, *classes}
     for name, c in classes.items():
-        for field in dataclasses.fields(c):
-            assert re.search(rf"\b{field.name}\b", inspect.getdoc(c)), (name, field.name)
+        fields = [f.name for f in dataclasses.fields(c)] if dataclasses.is_dataclass(c) else c.__annotations__
+        for field in fields:
+            assert re.search(rf"\b{field}\b", inspect.getdoc(c)), (name, field)
     for name, function in functions.items():
         text = inspect.getdoc(function)
         for heading in ("Parameters", "Returns", "Raises"):

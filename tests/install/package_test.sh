@@ -60,7 +60,7 @@ depends() {
   if grep orva <<<"$found"; then exit 1; fi
 }
 depends "$library" libc6 'libstdc++6'
-depends orva libc6 'libstdc++6' 'libpng.*' 'libtiff.*'
+depends orva libc6 'libstdc++6' 'libminizip.*' 'libpng.*' 'libpugixml.*' 'libtiff.*' 'zlib1g'
 same "$library" "version for its users" "liborva ${release%%.*} $library (>= $release)" \
   "$(dpkg-deb -I "$(package "$library")" shlibs)"
 

@@ -23,7 +23,7 @@ import numpy.typing as npt
 import orva
 
 from .. import _orva
-from .._arrays import Image
+from .._arrays import Pixels
 from .._objects import FindSettings, SettingsEstimate, find_settings, search
 from .._segment import SegmentSettings, regions_of, segment_settings
 from ._grid import MAX_SIDE
@@ -259,7 +259,7 @@ class _Findings:
     labels: bytes = b""
 
 
-def _voted(plane: Image, settings: dict[str, Any]) -> _Findings:
+def _voted(plane: Pixels, settings: dict[str, Any]) -> _Findings:
     """The centers of an image."""
     if max(plane.shape) > MAX_SIDE:
         centers = find_centers_in_tiles(plane, **settings)
@@ -270,13 +270,13 @@ def _voted(plane: Image, settings: dict[str, Any]) -> _Findings:
 
 
 def _search(
-    plane: Image, told: FindSettings
+    plane: Pixels, told: FindSettings
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects of an image of any size, and the radius and polarity used."""
     return search_in_tiles(plane, told) if max(plane.shape) > MAX_SIDE else search(plane, told)
 
 
-def _found(plane: Image, settings: dict[str, Any]) -> _Findings:
+def _found(plane: Pixels, settings: dict[str, Any]) -> _Findings:
     """The objects of an image, rounded as by the command."""
     objects, used = _search(plane, find_settings(**settings))
     rows = "".join(
@@ -292,7 +292,7 @@ def settings_of_regions(settings: dict[str, Any]) -> tuple[FindSettings, Segment
     return find_settings(**others), segment_settings(**regions)
 
 
-def _segmented(plane: Image, settings: dict[str, Any]) -> _Findings:
+def _segmented(plane: Pixels, settings: dict[str, Any]) -> _Findings:
     """The regions of an image, with the files of the command."""
     told, kept = settings_of_regions(settings)
     objects, used = _search(plane, told)
@@ -302,7 +302,7 @@ def _segmented(plane: Image, settings: dict[str, Any]) -> _Findings:
     )
 
 
-_METHODS: dict[Method, Callable[[Image, dict[str, Any]], _Findings]] = {
+_METHODS: dict[Method, Callable[[Pixels, dict[str, Any]], _Findings]] = {
     "find": _found,
     "segment": _segmented,
     "vote": _voted,
@@ -313,7 +313,7 @@ def _write_record(job: Job, record: dict[str, Any]) -> None:
     write_whole(job.record, json.dumps(record, indent=1) + "\n")
 
 
-def _read(job: Job) -> tuple[Image, dict[str, Any]]:
+def _read(job: Job) -> tuple[Pixels, dict[str, Any]]:
     """The image, and the settings without the frame."""
     settings = dict(job.settings)
     return orva.read(job.image, frame=settings.pop("frame", 0)), settings
