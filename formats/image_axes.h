@@ -32,6 +32,14 @@ struct PlaneIndex {
   int t = 0;
 };
 
+// Of a plane among those of `nc` channels and `nz` slices, channels varying fastest.
+inline std::size_t placeOf(const PlaneIndex& p, int nc, int nz) {
+  return static_cast<std::size_t>(p.c) +
+         static_cast<std::size_t>(nc) *
+             (static_cast<std::size_t>(p.z) +
+              static_cast<std::size_t>(nz) * static_cast<std::size_t>(p.t));
+}
+
 // The place of an image in a file, each number where the file has several along that axis; no slice
 // for a projection.
 struct StackPosition {
@@ -55,12 +63,7 @@ struct ImageAxes {
   // has none.
   std::vector<int> pages;
 
-  int pageOf(const PlaneIndex& p) const {
-    return pages[static_cast<std::size_t>(p.c) +
-                 static_cast<std::size_t>(nc) *
-                     (static_cast<std::size_t>(p.z) +
-                      static_cast<std::size_t>(nz) * static_cast<std::size_t>(p.t))];
-  }
+  int pageOf(const PlaneIndex& p) const { return pages[placeOf(p, nc, nz)]; }
 };
 
 // What the first page of a TIFF file says apart from its description.

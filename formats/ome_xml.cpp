@@ -180,8 +180,7 @@ std::vector<int> pagesOf(const xml_node& pixels, const Sizes& sizes,
   std::vector<int> pages(static_cast<std::size_t>(sizes.planes()), -1);
   const auto assign = [&](int firstPage, int firstPlane, int count) {
     for (int i = 0; i < count; ++i) {
-      const PlaneIndex p = order.planeOf(firstPlane + i);
-      pages[static_cast<std::size_t>(p.c + sizes.nc * (p.z + sizes.nz * p.t))] = firstPage + i;
+      pages[placeOf(order.planeOf(firstPlane + i), sizes.nc, sizes.nz)] = firstPage + i;
     }
   };
   if (parts.empty()) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <utility>
 
@@ -79,7 +80,7 @@ ImageAxes meant(const ImageAxes& axes, const PlaneChoice& choice) {
 template <class T>
 void takeMax(image<T>& max, const image<T>& plane) {
   std::transform(max.pixels(), max.pixels() + max.npix(), plane.pixels(), max.pixels(),
-                 [](T a, T b) { return b > a || a != a ? b : a; });
+                 [](T a, T b) { return b > a || std::isnan(static_cast<float>(a)) ? b : a; });
 }
 
 // Calls use(a, b) with both as images of their pixel type. False for other types.

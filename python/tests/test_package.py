@@ -54,7 +54,7 @@ orva.write("mask.tif", orva.features(image, sigma=1, kind="hessian_maximum"))
 BAD = """
 import numpy as np
 import orva
-orva.smooth(np.zeros((4, 5), complex), sigma=1)
+orva.smooth([[0.0]], sigma=1)
 orva.find_centers(np.zeros((4, 5), np.uint8), 20)
 orva.find_objects(np.zeros((4, 5), np.uint8), radius="20")
 orva.erode(np.zeros((4, 5), np.float32))
