@@ -3,7 +3,7 @@ from typing import Any, TypeVar
 import numpy as np
 import numpy.typing as npt
 
-from ._arrays import Floats, Pixels, Labels, Truth, WideLabels
+from ._arrays import Floats, Labels, Pixels, Truth, WideLabels
 
 Same = TypeVar("Same")
 AnyArray = npt.NDArray[Any]

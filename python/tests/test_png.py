@@ -89,7 +89,8 @@ def expected_pixels(samples, kind, depth, palette):
 def assert_reads(path, expected, command):
     """As Pillow, which keeps the upper byte of colour and of grey with alpha."""
     with Image.open(path) as picture:
-        theirs = np.asarray(picture.convert("RGB" if expected.ndim == 3 else "L" if picture.mode != "I" else "I"))
+        grey = "I" if picture.mode == "I" else "L"
+        theirs = np.asarray(picture.convert("RGB" if expected.ndim == 3 else grey))
     is_wide = expected.dtype == np.uint16 and theirs.dtype == np.uint8
     np.testing.assert_array_equal(theirs, expected >> 8 if is_wide else expected)
     image = orva.read(path)
