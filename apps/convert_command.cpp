@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/input_file.h"
@@ -24,10 +26,16 @@ ConvertCommand::ConvertCommand(CommandLine& line)
           "  orva convert --stretch nuclei.tif nuclei.png")) {
   options().add("in", input_, kImageFiles).required().valueText("IN REQUIRED");
   options()
-      .add("out", output_, "File to write: .pgm, .ppm, .png, .tif, .iht, .uif or .ics")
+      .add("out", output_,
+           "File to write: .pgm, .ppm, .png, .tif, .iht, .uif or .ics; or - for standard output")
       .required()
       .check(writableFile({}))
       .valueText("OUT REQUIRED");
+  options()
+      .add("--format", format_,
+           "Format of standard output: pgm, ppm, png, tif, ome.tif, iht or uif; default tif")
+      .check(oneOf({"pgm", "ppm", "png", "tif", "ome.tif", "iht", "uif"}))
+      .valueText("NAME");
   addPlaneOptions(planes_, kSlicesKept);
   options().addFlag("--stretch", stretch_,
                     "Map the range of grey pixels to 0..255, whatever the format");
@@ -64,30 +72,39 @@ std::vector<GenericRgb<std::uint16_t>> colour16(const ImageSource& source, const
 
 void ConvertCommand::convert() const {
   const Fit fit = stretch_ ? Fit::kStretched : Fit::kExactly;
-  const ColourUse colour = holdsColour(output_) ? ColourUse::kKept : ColourUse::kKeptIfBytes;
+  const std::string extension = "." + format_.value_or("tif");
+  const std::string name = isStandardStream(output_) ? output_ + extension : output_;
+  const ColourUse colour = holdsColour(name) ? ColourUse::kKept : ColourUse::kKeptIfBytes;
   const InputFile file(input_);
   if (planes_.frame) {
-    writeImageFile(output_, *readImageFile(file.path(), *planes_.frame, colour), fit);
+    const auto img = readImageFile(file.path(), *planes_.frame, colour);
+    writeResults(encodeResult(output_, extension, *img, fit));
     return;
   }
   const ImageSource source(file.path(), planes_.series);
-  const KeptPlanes planes = keepPlanes(source.axes(), planes_.chosen());
-  if (fit == Fit::kExactly && holdsColour16(output_) && source.isColour16() &&
+  const KeptPlanes planes = keepPlanes(source.axes(), planes_.chosen().planes);
+  if (fit == Fit::kExactly && holdsColour16(name) && source.isColour16() &&
       planes.images.front().z) {
     int nx = 0;
     int ny = 0;
     const auto pixels = colour16(source, planes, planes_.level, nx, ny);
-    writeFiles(encodeColour16(output_, pixels, nx, ny, planes.kept));
+    std::vector<FileContent> files = encodeColour16(name, pixels, nx, ny, planes.kept);
+    files.front().path = output_;
+    writeResults(std::move(files));
     return;
   }
   PlaneStack stack;
   for (const PlanarImage& image : planes.images) {
     stack.add(readPlanar(source, planes.axes, image, planes_.level, colour));
   }
-  writeImageFile(output_, *stack.take(), fit, {planes.kept, source.isUnsigned16()});
+  writeResults(
+      encodeResult(output_, extension, *stack.take(), fit, {planes.kept, source.isUnsigned16()}));
 }
 
 int ConvertCommand::run() {
+  if (format_ && !isStandardStream(output_)) {
+    throw UsageError("--format", "is for standard output (-); the name of a file has an extension");
+  }
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] { convert(); });
 }

@@ -20,6 +20,7 @@ class ConvertCommand : public Subcommand {
 
   std::string input_;
   std::string output_;
+  std::optional<std::string> format_;
   PlaneOptions planes_;
   bool stretch_ = false;
 };

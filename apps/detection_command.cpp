@@ -15,6 +15,7 @@
 #include "apps/progress.h"
 #include "apps/size_option.h"
 #include "formats/file_error.h"
+#include "formats/image_list.h"
 #include "formats/output_file.h"
 #include "formats/text.h"
 
@@ -45,7 +46,13 @@ std::string oblongNote(const PixelSize& size) {
 DetectionCommand::DetectionCommand(const Options& options, std::string summaryColumns)
     : Subcommand(options), summaryColumns_(std::move(summaryColumns)) {}
 
-void DetectionCommand::addImages() { options().add("image", images_, kImageFiles).required(); }
+void DetectionCommand::addImages() {
+  options()
+      .add(
+          "image", images_,
+          std::string(kImageFiles) + "; also a folder of images or a pattern such as 'plate/*.tif'")
+      .required();
+}
 
 void DetectionCommand::addFileOptions(const FileOptions& files) {
   addPlaneOptions(planes_, kSlicesByThemselves);
@@ -70,6 +77,7 @@ void DetectionCommand::addFileOptions(const FileOptions& files) {
     if (other.check) single.back().check(other.check);
   }
   const Option out = options().add("--out", outDirectory_, files.out);
+  out.check([](const std::string& name) { return name.empty() ? "must name a folder" : ""; });
   for (const Option& option : single) out.excludes(option);
   out.valueText("DIR");
   options().addFlag("--quiet", quiet_, files.quiet);
@@ -94,14 +102,14 @@ TableFormat DetectionCommand::format() const {
 }
 
 void DetectionCommand::checkFiles() const {
-  if (format() == TableFormat::kRoi && !outDirectory_ && isPrinted()) {
-    throw UsageError("--format", "roi makes a ZIP file, which needs a name, not standard output");
+  if (format() == TableFormat::kRoi && !outDirectory_ && !tableFile_) {
+    throw UsageError("--format", "roi makes a ZIP file; name it, or - for standard output");
   }
   if (images_.size() > 1 && !outDirectory_) {
     throw UsageError("image", "several images need --out DIR");
   }
   std::vector<fs::path> results;
-  if (!isPrinted()) results.emplace_back(*tableFile_);
+  if (!outDirectory_) results.emplace_back(isPrinted() ? "-" : *tableFile_);
   for (const Other& other : others_) {
     if (other.file) results.emplace_back(*other.file);
   }
@@ -131,23 +139,19 @@ ImageFacts DetectionCommand::factsOf(const Input& input) {
           input.place.t, input.place.z,    input.place.position, input.pixelSize};
 }
 
-std::optional<double> DetectionCommand::pixelSizeOf(const InputImages& images,
-                                                    const Image& img) const {
-  if (!usesMicrometres_) return std::nullopt;
-  std::optional<double> size;
-  if (pixelSizeText_) {
-    size = lengthIn(*pixelSizeText_)->value;  // in micrometres with and without a unit
-  } else {
-    size = squarePixelSize(images.pixelSize());
-  }
-  return size ? std::optional(*size * images.reductionOf(img)) : std::nullopt;
+PixelSize DetectionCommand::pixelSizesOf(const InputImages& images, const Image& img) const {
+  if (!usesMicrometres_) return {};
+  if (!pixelSizeText_) return images.axesOf(img).pixelSize;
+  const double full = lengthIn(*pixelSizeText_)->value;  // in micrometres with and without a unit
+  const double size = full * images.reductionOf(img);
+  return {size, size, {}};
 }
 
 std::pair<std::unique_ptr<Image>, std::optional<double>> DetectionCommand::readFirst(
     const std::string& file) const {
   const InputImages images(file, planes_);
   std::unique_ptr<Image> img = images.read(0);
-  const std::optional<double> pixelSize = pixelSizeOf(images, *img);
+  const std::optional<double> pixelSize = squarePixelSize(pixelSizesOf(images, *img));
   return {std::move(img), pixelSize};
 }
 
@@ -167,13 +171,17 @@ std::string DetectionCommand::workOn(const std::string& file,
   const InputImages images(file, planes_);
   show(file, images.note());
   if (usesMicrometres_ && !pixelSizeText_) show(file, oblongNote(images.pixelSize()));
+  for (const std::optional<fs::path>& each : files) {
+    if (each) requireOnePicture(images.count(), each->string());
+  }
   std::string summary;
   std::vector<Detections> found;
   std::vector<FileContent> contents;
   std::vector<std::pair<std::string, std::string>> reports;
   for (std::size_t i = 0; i < images.count(); ++i) {
     const std::unique_ptr<Image> img = images.read(i);
-    Input input{file, *img, i, images.placeOf(i), pixelSizeOf(images, *img), stem, files};
+    const PixelSize size = pixelSizesOf(images, *img);
+    Input input{file, *img, i, images.placeOf(i), size, squarePixelSize(size), stem, files};
     const std::string ending = endingOf(input.place);
     if (input.stem) *input.stem += ending;
     for (std::optional<fs::path>& each : input.files) {
@@ -198,7 +206,7 @@ std::string DetectionCommand::workOn(const std::string& file,
   const std::string text = encodeTable(found, format(), table ? table->string() : "");
   // In a directory the table is the first.
   if (table) contents.insert(stem ? contents.begin() : contents.end(), {*table, text});
-  writeFiles(contents);
+  writeResults(std::move(contents));
   if (!table) print(text, "the table");
   for (const auto& [name, report] : reports) show(name, report);
   return summary;
@@ -250,7 +258,18 @@ int DetectionCommand::workOnAll() {
   return status;
 }
 
+// Replaces folders and patterns by the images that they stand for.
+void DetectionCommand::expandImages() {
+  std::vector<std::string> all;
+  for (const std::string& name : images_) {
+    const std::vector<std::string> files = imagesNamed(name);
+    all.insert(all.end(), files.begin(), files.end());
+  }
+  images_ = std::move(all);
+}
+
 int DetectionCommand::run() {
+  expandImages();
   check();
   checkFiles();
   if (outDirectory_) return workOnAll();

@@ -29,6 +29,7 @@ class DetectionCommand : public Subcommand {
     const Image& img;
     std::size_t index;  // of the image
     InputImages::Place place;
+    PixelSize pixelSizes;             // along x and y, for the commands that use micrometres
     std::optional<double> pixelSize;  // micrometres per pixel of square pixels, where known
     // Of the names of results that have no option of their own; none for a single image.
     std::optional<std::string> stem;
@@ -92,13 +93,14 @@ class DetectionCommand : public Subcommand {
   std::pair<std::unique_ptr<Image>, std::optional<double>> readFirst(const std::string& file) const;
 
  private:
+  void expandImages();
   void checkFiles() const;
   void show(const std::string& file, const std::string& text) const;
   bool isPrinted() const;
   void workOnOne() const;
   int workOnAll();
   void requireNoInputs(const std::vector<FileContent>& files) const;
-  std::optional<double> pixelSizeOf(const InputImages& images, const Image& img) const;
+  PixelSize pixelSizesOf(const InputImages& images, const Image& img) const;
   // Writes the results of all images of a file; without `table`, the table goes to standard output.
   // Returns their rows of the summary.
   std::string workOn(const std::string& file, const std::optional<std::string>& stem,

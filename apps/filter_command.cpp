@@ -80,7 +80,9 @@ FilterCommand::FilterCommand(CommandLine& line)
       .check(numberIn(0.1F, 1000.0F))
       .valueText("S REQUIRED");
   options()
-      .add("--output", output_, "The result, in floats, goes to FILE.tif, .iht or .ics")
+      .add("--output", output_,
+           "The result, in floats, goes to FILE.tif, .iht or .ics, or to standard output for -, as "
+           "TIFF")
       .required()
       .check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
       .valueText("FILE REQUIRED");
@@ -91,14 +93,16 @@ int FilterCommand::run() {
   requireSeparate({input_}, filesOf(output_));
   return statusOf(input_, [this] {
     const InputImages images(input_, planes_, InputImages::Slices::kVolume);
+    requireOnePicture(images.count(), output_);
     for (std::size_t i = 0; i < images.count(); ++i) {
       const std::unique_ptr<Image> img = images.read(i);
       const bool needsStack = operation_.find('z') != std::string::npos;
       if (needsStack && img->nframes() == 1) {
         throw FileError("has one plane, and " + operation_ + " needs a stack");
       }
-      writeImageFile(withEnding(output_, endingOf(images.placeOf(i))).string(),
-                     operationNamed(operation_).apply(*img, sigma_), Fit::kExactly);
+      writeResults(encodeResult(withEnding(output_, endingOf(images.placeOf(i))).string(), ".tif",
+                                operationNamed(operation_).apply(*img, sigma_), Fit::kExactly,
+                                {images.axesOf(*img)}));
     }
   });
 }

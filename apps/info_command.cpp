@@ -98,8 +98,10 @@ std::string describeAxes(const ImageSource& source) {
   if (!names.empty()) text += line("channel names", names);
   const PixelSize& size = axes.pixelSize;
   if (size.x && size.y) {
-    text += line("pixel size", shortestDecimal(*size.x) + " x " + shortestDecimal(*size.y) +
-                                   (size.z ? " x " + shortestDecimal(*size.z) : "") + " um");
+    // Resolution tags have the precision of floats.
+    const auto shown = [](double v) { return shortestDecimal(static_cast<float>(v)); };
+    text += line("pixel size", shown(*size.x) + " x " + shown(*size.y) +
+                                   (size.z ? " x " + shown(*size.z) : "") + " um");
   }
   if (axes.bitDepth) text += line("bit depth", *axes.bitDepth);
   if (source.levels() > 1) text += line("levels", source.levels());

@@ -5,7 +5,6 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -82,86 +81,17 @@ void InputFile::copyStandardInput() {
   }
 }
 
-InputImages::InputImages(const std::string& name, const PlaneOptions& options, Slices slices)
-    : file_(name), frame_(options.frame), level_(options.level) {
-  if (frame_) {
-    selection_.images.emplace_back();
-    return;
-  }
-  source_.emplace(file_.path(), options.series);
-  formats::PlaneChoice choice = options.chosen();
-  if (slices == Slices::kVolume && !choice.z && !choice.projection) {
-    isVolume_ = true;
-    choice.eachSlice = false;
-    // One image per time; pages of unknown meaning are slices unless the choice says otherwise.
-    if (source_->axes().areKnown || !(choice.channel || choice.hasTimes())) {
-      choice.projection = formats::Projection::kMax;
-    }
-  }
-  selection_ = formats::selectPlanes(source_->axes(), choice);
-}
-
-InputImages::Place InputImages::placeOf(std::size_t i) const {
-  if (frame_) return {{}, {}, *frame_, {}};
-  const auto several = [](int n, std::optional<int> k) { return n > 1 ? k : std::nullopt; };
-  const formats::PlanarImage& image = selection_.images[i];
-  return {selection_.variesInT ? std::optional(image.t) : std::nullopt,
-          selection_.variesInZ ? image.z : std::nullopt,
-          selection_.axes.pageOf({image.c, image.z.value_or(0), image.t}),
-          {several(selection_.axes.nc, image.c), several(selection_.axes.nz, image.z),
-           several(selection_.axes.nt, image.t)}};
-}
-
-formats::PixelSize InputImages::pixelSize() const {
-  if (source_) return source_->axes().pixelSize;
-  if (formats::kindOf(file_.path()) != formats::FileKind::kTiff) return {};
-  try {
-    return formats::ImageSource(file_.path()).axes().pixelSize;
-  } catch (const FileError&) {
-    return {};  // --frame reads a page whatever the file says of its axes
-  }
-}
-
-double InputImages::reductionOf(const orva::Image& img) const {
-  return source_ ? static_cast<double>(source_->nx()) / img.nx() : 1.0;
-}
-
-std::unique_ptr<orva::Image> InputImages::read(std::size_t i) const {
-  if (frame_) {
-    return formats::readImageFile(file_.path(), *frame_, formats::ColourUse::kLuminance);
-  }
-  if (isVolume_) {
-    return formats::readVolume(*source_, selection_.axes, selection_.images[i], level_);
-  }
-  return formats::readPlanar(*source_, selection_.axes, selection_.images[i], level_);
-}
-
-std::string endingOf(const InputImages::Place& place) {
-  const auto part = [](char axis, std::optional<int> index) {
-    if (!index) return std::string();
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "_%c%04d", axis, *index);
-    return std::string(text.data());
-  };
-  return part('t', place.t) + part('z', place.z);
-}
-
-std::string fragmentOf(const InputImages::Place& place) {
-  if (!place.t && !place.z) return "";
-  return "#" + (place.t ? "t=" + std::to_string(*place.t) : "") + (place.t && place.z ? "&" : "") +
-         (place.z ? "z=" + std::to_string(*place.z) : "");
-}
-
 fs::path withEnding(const fs::path& path, const std::string& ending) {
-  fs::path name = path.stem();
+  // ".ome.tif" is one extension.
+  const bool isOme = path.stem().extension() == ".ome";
+  fs::path name = isOme ? path.stem().stem() : path.stem();
   name += ending;
+  if (isOme) name += ".ome";
   name += path.extension();
   return path.parent_path() / name;
 }
 
-std::unique_ptr<orva::Image> readInput(const std::string& name, std::optional<int> frame,
-                                       formats::ColourUse colour) {
-  return formats::readImageFile(InputFile(name).path(), frame, colour);
-}
+InputImages::InputImages(const std::string& name, const PlaneOptions& options, Slices slices)
+    : InputFile(name), ChosenImages(InputFile::path(), options.chosen(), slices) {}
 
 }  // namespace orva::apps

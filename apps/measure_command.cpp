@@ -109,7 +109,10 @@ MeasureCommand::MeasureCommand(CommandLine& line)
       .required()
       .valueText("FILE.csv REQUIRED");
   options()
-      .add("--labels", labels_, "The image of labels, -1 outside, goes to FILE.iht or .ics")
+      .add(
+          "--labels", labels_,
+          "The image of labels, -1 outside, goes to FILE.iht or .ics, or to standard output for -, "
+          "as IHT")
       .check(writableFile({".iht", ".ics"}))
       .valueText("FILE");
   addPlaneOptions(planes_, kSlicesAsVolume);
@@ -130,6 +133,7 @@ MeasureCommand::Regions MeasureCommand::measured(const Image& img) const {
 
 void MeasureCommand::measure() const {
   const InputImages images(input_, planes_, InputImages::Slices::kVolume);
+  if (labels_) requireOnePicture(images.count(), *labels_);
   std::vector<Detections> tables;
   std::string summary;
   std::vector<FileContent> results;
@@ -143,16 +147,18 @@ void MeasureCommand::measure() const {
                "\nregions: " + std::to_string(regions.features.size()) + '\n';
     if (!labels_) continue;
     const std::filesystem::path file = withEnding(*labels_, endingOf(place));
-    results = encodeImage(file.string(), regions.labels, Fit::kExactly);
+    results = encodeResult(file.string(), ".iht", regions.labels, Fit::kExactly);
     if (images.count() > 1) writeFiles(results);
   }
   if (images.count() > 1) results.clear();  // they have been written
   const std::string table = csvOf(tables);
   if (!isStandardStream(table_)) results.push_back({table_, table});
-  writeFiles(results);
+  writeResults(std::move(results));
   if (isStandardStream(table_)) print(table, "the table");
-  // Not into a table that goes the same way.
-  if (!isStandardStream(table_) && !isStandardOutput(table_)) std::cout << summary << std::flush;
+  // Not into a result that goes the same way.
+  const bool isTaken = isStandardStream(table_) || isStandardOutput(table_) ||
+                       (labels_ && isStandardStream(*labels_));
+  if (!isTaken) std::cout << summary << std::flush;
 }
 
 int MeasureCommand::run() {
@@ -160,7 +166,7 @@ int MeasureCommand::run() {
     throw UsageError("--max-size", "must not be below --min-size");
   }
   std::vector<std::filesystem::path> results;
-  if (!isStandardStream(table_)) results.emplace_back(table_);
+  results.emplace_back(table_);
   if (labels_) {
     for (const auto& file : filesOf(*labels_)) results.push_back(file);
   }

@@ -138,12 +138,15 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   for (const std::size_t k : segmented.kept) kept.objects.push_back(found.objects[k]);
   const auto measures = detect::measureObjects(segmented.labels, other ? *other : img);
 
+  ImageFacts facts = factsOf(input);
+  facts.measured = measured_;
+  facts.measuredChannel = measuredChannel_;
   Findings findings;
   findings.found =
-      detectionsOf(factsOf(input), settings, regionSettings, kept, measures,
+      detectionsOf(facts, settings, regionSettings, kept, measures,
                    drawsContours(format()) ? contoursOf(segmented.labels) : std::vector<Contour>());
   if (const auto& file = input.files[kLabels]) {
-    findings.files.push_back({*file, encodeLabels(*file, segmented.labels)});
+    findings.files.push_back({*file, encodeLabels(*file, segmented.labels, input.pixelSizes)});
   }
   if (const auto& file = input.files[kOutlines]) {
     findings.files.push_back({*file, outlinesAsPng(img, segmented.labels)});

@@ -8,8 +8,6 @@
 
 #include "apps/input_file.h"
 #include "formats/file_error.h"
-#include "formats/image_writer.h"
-#include "formats/output_file.h"
 #include "formats/text.h"
 
 namespace orva::apps {
@@ -57,8 +55,12 @@ void Subcommand::addPlaneOptions(PlaneOptions& planes, const std::string& zHelp)
       .valueText("K");
 }
 
-PlaneChoice PlaneOptions::chosen() const {
-  PlaneChoice c;
+FileChoice PlaneOptions::chosen() const {
+  FileChoice choice;
+  choice.frame = frame;
+  choice.series = series;
+  choice.level = level;
+  PlaneChoice& c = choice.planes;
   c.channel = channel;
   if (z == "max") {
     c.projection = Projection::kMax;
@@ -74,7 +76,7 @@ PlaneChoice PlaneOptions::chosen() const {
   } else if (t) {
     c.t = std::stoi(*t);
   }
-  return c;
+  return choice;
 }
 
 const char* reasonOf(const std::exception& error) {
@@ -95,6 +97,7 @@ std::string joined(const std::vector<std::string>& words, const std::string& sep
 Check writableFile(const std::vector<std::string>& extensions) {
   const std::vector<std::string> accepted = extensions.empty() ? writableExtensions() : extensions;
   return [accepted](const std::string& path) {
+    if (isStandardStream(path)) return std::string();
     const bool good = isWritable(path) && std::find(accepted.begin(), accepted.end(),
                                                     extensionOf(path)) != accepted.end();
     return good
@@ -111,14 +114,45 @@ void print(const std::string& text, const std::string& what) {
   }
 }
 
+std::vector<FileContent> encodeResult(const std::string& path, const std::string& extension,
+                                      const Image& img, Fit fit, const Origin& origin) {
+  if (!isStandardStream(path)) return encodeImage(path, img, fit, origin);
+  std::vector<FileContent> files = encodeImage(path + extension, img, fit, origin);
+  files.front().path = path;
+  return files;
+}
+
+void requireOnePicture(std::size_t count, const std::string& path) {
+  if (count == 1 || !isStandardStream(path)) return;
+  throw FileError("has " + std::to_string(count) +
+                  " times or slices to write, and standard output takes one picture; choose one, "
+                  "or name a file");
+}
+
+void writeResults(std::vector<FileContent> results) {
+  const auto found = std::find_if(results.begin(), results.end(), [](const FileContent& result) {
+    return isStandardStream(result.path.string());
+  });
+  std::optional<FileContent> printed;
+  if (found != results.end()) {
+    printed = std::move(*found);
+    results.erase(found);
+  }
+  writeFiles(results);
+  if (printed) print(printed->content, "the result");
+}
+
 void requireSeparate(const std::vector<std::string>& inputs, const std::vector<fs::path>& results) {
   if (std::count_if(inputs.begin(), inputs.end(), isStandardStream) > 1) {
     throw UsageError("image", "standard input (-) cannot be read twice");
   }
   std::set<fs::path> taken;
   for (const fs::path& result : results) {
-    if (!taken.insert(resolvedPath(result)).second) {
-      throw UsageError("image", "two results would go to " + result.string());
+    const bool isPrinted = isStandardStream(result.string());
+    // No resolved path is "-".
+    if (!taken.insert(isPrinted ? result : resolvedPath(result)).second) {
+      throw UsageError(
+          "image", "two results would go to " + (isPrinted ? "standard output" : result.string()));
     }
   }
   for (const std::string& input : inputs) {

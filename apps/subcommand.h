@@ -2,6 +2,7 @@
 #ifndef ORVA_APPS_SUBCOMMAND_H
 #define ORVA_APPS_SUBCOMMAND_H
 
+#include <cstddef>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -9,7 +10,9 @@
 #include <vector>
 
 #include "apps/command_line.h"
-#include "formats/plane_choice.h"
+#include "formats/chosen_images.h"
+#include "formats/image_writer.h"
+#include "formats/output_file.h"
 
 namespace orva::apps {
 
@@ -24,7 +27,7 @@ struct PlaneOptions {
   std::optional<int> series;
   int level = 0;
 
-  PlaneChoice chosen() const;
+  FileChoice chosen() const;
 };
 
 inline constexpr const char* kSlicesByThemselves =
@@ -79,7 +82,7 @@ int statusOf(const std::string& file, Work work) {
 
 std::string joined(const std::vector<std::string>& words, const std::string& separator);
 
-// The name of a file that writeImageFile() knows, of these extensions if some are given.
+// The name of a file that writeImageFile() knows, of these extensions if some are given, or "-".
 Check writableFile(const std::vector<std::string>& extensions);
 
 // A page of a TIFF file or a plane of a stack.
@@ -89,8 +92,18 @@ Check frameNumber();
 // calls the text `what`.
 void print(const std::string& text, const std::string& what);
 
+// As encodeImage(); for the path "-" in the format that `extension` names, which takes one file.
+std::vector<FileContent> encodeResult(const std::string& path, const std::string& extension,
+                                      const Image& img, Fit fit, const Origin& origin = {});
+
+// Throws FileError for several pictures that would go to standard output ("-").
+void requireOnePicture(std::size_t count, const std::string& path);
+
+// As writeFiles(), and what has the path "-" is then written to standard output.
+void writeResults(std::vector<FileContent> results);
+
 // Throws UsageError when standard input is named twice, when two results would go to one file,
-// whatever its names, or when a result would replace an input.
+// whatever its names, or to standard output ("-"), or when a result would replace an input.
 void requireSeparate(const std::vector<std::string>& inputs,
                      const std::vector<std::filesystem::path>& results);
 

@@ -30,10 +30,15 @@ double asDouble(Kind kind, float v) { return parsedDecimal(cellText(kind, v)); }
 double asJson(float v) { return asDouble(Kind::kFloat, v); }
 double asRoundedJson(float v) { return asDouble(Kind::kThousandths, v); }
 
-Json settingsJson(const detect::FindSettings& s, const detect::Settings& used) {
-  Json settings{{"radius", s.radius ? asJson(*s.radius) : asRoundedJson(used.radius)},
-                {"polarity", formats::nameOf(used.polarity)},
-                {"min_score", asJson(s.minScore)}};
+Json settingsJson(const detect::FindSettings& s, const detect::Settings& used,
+                  const ImageFacts& facts) {
+  Json settings{{"radius", s.radius ? asJson(*s.radius) : asRoundedJson(used.radius)}};
+  if (facts.pixelSize) {
+    settings["radius_um"] =
+        asJson(static_cast<float>(s.radius.value_or(used.radius) * *facts.pixelSize));
+  }
+  settings["polarity"] = formats::nameOf(used.polarity);
+  settings["min_score"] = asJson(s.minScore);
   if (s.minRadius) settings["min_radius"] = asJson(*s.minRadius);
   if (s.maxRadius) settings["max_radius"] = asJson(*s.maxRadius);
   Json estimated = Json::array();
@@ -96,7 +101,7 @@ Detections detectionsOf(const ImageFacts& facts, const detect::FindSettings& set
                         const detect::FindResult& result) {
   Detections d;
   d.facts = facts;
-  d.settings = settingsJson(settings, result.used).dump();
+  d.settings = settingsJson(settings, result.used, facts).dump();
   d.what = "objects";
   d.columns = {{"x", Kind::kThousandths},
                {"y", Kind::kThousandths},
@@ -122,14 +127,16 @@ Detections detectionsOf(const ImageFacts& facts, const detect::FindSettings& set
                         const detect::FindResult& result,
                         const std::vector<detect::ObjectMeasures>& regions,
                         std::vector<Contour> contours) {
-  Json used = settingsJson(settings, result.used);
+  Json used = settingsJson(settings, result.used, facts);
   used["min_area"] = asJson(regionSettings.minArea);
   if (std::isfinite(regionSettings.maxArea)) used["max_area"] = asJson(regionSettings.maxArea);
   used["exclude_border"] = regionSettings.excludeBorder;
+  if (facts.measured) used["measure"] = *facts.measured;
+  if (facts.measuredChannel) used["measure_channel"] = *facts.measuredChannel;
 
   Detections d;
   d.facts = facts;
-  d.settings = used.dump();
+  d.settings = used.dump(-1, ' ', false, Json::error_handler_t::replace);
   d.what = "objects";
   for (const detect::MeasureColumn& column : detect::measureColumns()) {
     d.columns.push_back({column.name, Kind::kDouble});

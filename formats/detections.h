@@ -28,6 +28,9 @@ struct ImageFacts {
   StackPosition position{};
   // Micrometres per pixel, of an image with square pixels of known size.
   std::optional<double> pixelSize{};
+  // The file and the channel whose brightness is measured, where these are others.
+  std::optional<std::string> measured{};
+  std::optional<std::string> measuredChannel{};
 };
 
 // A column of a table; its values are doubles in memory.

@@ -262,18 +262,22 @@ std::vector<FileContent> encodeColour16(const std::string& path,
   return {{path, encodePng(pixels.data(), width, height)}};
 }
 
-std::string encodeLabels(const std::string& path, const image<int>& labels) {
+std::string encodeLabels(const std::string& path, const image<int>& labels,
+                         const PixelSize& pixelSize) {
+  ImageAxes axes;
+  axes.pixelSize = pixelSize;
+  const Description description = descriptionFor(path);
   const int* const begin = labels.pixels();
   const int* const end = begin + labels.npix();
   const bool isTiff = extensionOf(path) != ".png";
   if (begin != end && *std::max_element(begin, end) > kMaxSample) {
-    if (isTiff) return encodeTiff(labels);
+    if (isTiff) return encodeTiff(labels, axes, description);
     throw FileError(
         "has more than 65535 objects, the labels that a PNG file holds; name a TIFF "
         "file");
   }
   const std::vector<std::uint16_t> samples(begin, end);
-  return isTiff ? encodeTiff(samples.data(), labels.nx(), labels.ny())
+  return isTiff ? encodeTiff(samples.data(), labels.nx(), labels.ny(), 1, axes, description)
                 : encodePng(samples.data(), labels.nx(), labels.ny());
 }
 

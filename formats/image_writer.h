@@ -42,9 +42,11 @@ std::vector<FileContent> encodeColour16(const std::string& path,
                                         int width, int height, const ImageAxes& axes);
 
 // A label image as the file `path`, TIFF or PNG: unsigned samples of 16 bits, or where a label
-// exceeds 65535, a TIFF file of signed 32-bit samples. Labels are not negative. Throws FileError,
-// with a text to follow the input's name, for more labels than a PNG file holds.
-std::string encodeLabels(const std::string& path, const orva::image<int>& labels);
+// exceeds 65535, a TIFF file of signed 32-bit samples. TIFF has the size of a pixel, where known.
+// Labels are not negative. Throws FileError, with a text to follow the input's name, for more
+// labels than a PNG file holds.
+std::string encodeLabels(const std::string& path, const orva::image<int>& labels,
+                         const PixelSize& pixelSize = {});
 
 // The names of the files that writeImageFile(path) writes.
 std::vector<std::filesystem::path> filesOf(const std::string& path);

@@ -60,6 +60,29 @@ TEST(Batch, EveryImageGetsATableAPictureAndARow) {
   }
 }
 
+TEST(Batch, FoldersAndPatternsStandForTheirImages) {
+  const Sandbox box;
+  fs::create_directory(box / "in");
+  for (const std::string name : {"in/b.pgm", "in/a.pgm", "c.pgm"}) box.write(name, pgm(twoDiscs()));
+  const auto filesOf = [&](const Arguments& images) {
+    Arguments call{"vote", "--max-radius", "10", "--out", "out"};
+    call.insert(call.end(), images.begin(), images.end());
+    EXPECT_TRUE(succeeded(box.run(call)));
+    std::vector<std::string> files;
+    std::istringstream lines(box.read("out/summary.csv"));
+    for (std::string line; std::getline(lines, line);)
+      files.push_back(line.substr(0, line.find(',')));
+    files.erase(files.begin());
+    return files;
+  };
+  EXPECT_EQ(filesOf({"in", "c.pgm"}), (Arguments{"in/a.pgm", "in/b.pgm", "c.pgm"}));
+  EXPECT_EQ(filesOf({"*.pgm", "in/[b].*"}), (Arguments{"c.pgm", "in/b.pgm"}));
+  EXPECT_TRUE(refused(box.run({"vote", "in"}), "several images need --out DIR"));
+  EXPECT_TRUE(failedWithOneLine(box.run({"vote", "--out", "out", "*.tif"}), "*.tif",
+                                "can not be opened: No such file or directory"));
+  EXPECT_TRUE(refused(box.run({"vote", "--out", "", "c.pgm"}), "--out: must name a folder"));
+}
+
 TEST(Batch, OneImageWorksToo) {
   const Sandbox box;
   box.write("one.pgm", pgm(twoDiscs()));

@@ -84,6 +84,40 @@ TEST_F(Micrometres, ReportSaysBoth) {
   EXPECT_EQ(radius("half.tif"), "8.9 pixels (4.4 um)");
 }
 
+TEST_F(Micrometres, JsonHasTheEstimateInBoth) {
+  for (const char* name : {"find", "segment"}) {
+    const Outcome outcome = box.run({name, "--format", "json", "half.tif"});
+    const json settings = json::parse(outcome.out)["settings"];
+    EXPECT_NEAR(settings["radius_um"].get<double>(), settings["radius"].get<double>() / 2, 0.0003);
+    const Outcome plain = box.run({name, "--format", "json", "plain.tif"});
+    EXPECT_FALSE(json::parse(plain.out)["settings"].contains("radius_um"));
+  }
+}
+
+TEST_F(Micrometres, LabelsAndFilteredImagesKeepTheSize) {
+  const auto sizeOf = [&](const std::string& file) {
+    const std::string text = box.run({"info", file}).out;
+    const std::size_t at = text.find("pixel size: ");
+    return at == std::string::npos ? "" : text.substr(at, text.find('\n', at) - at);
+  };
+  for (const auto& [file, size] :
+       {std::pair("plain.tif", ""), std::pair("half.tif", "pixel size: 0.5 x 0.5 um"),
+        std::pair("oblong.tif", "pixel size: 0.5 x 0.7 um")}) {
+    EXPECT_EQ(box.run({"segment", "--quiet", "--labels", "labels.tif", file}).status, 0);
+    EXPECT_EQ(sizeOf("labels.tif"), size) << file;
+    for (const std::string output : {"smooth.tif", "smooth.ome.tif"}) {
+      EXPECT_EQ(
+          box.run({"filter", "--op", "smooth", "--sigma", "2", "--output", output, file}).status,
+          0);
+      EXPECT_EQ(sizeOf(output), size) << file;
+    }
+  }
+  EXPECT_EQ(
+      box.run({"segment", "--pixel-size", "200nm", "--labels", "labels.tif", "plain.tif"}).status,
+      0);
+  EXPECT_EQ(sizeOf("labels.tif"), "pixel size: 0.2 x 0.2 um");
+}
+
 TEST_F(Micrometres, OblongPixelsAreReportedAndNotUsed) {
   const Outcome outcome = box.run({"find", "oblong.tif"});
   EXPECT_TRUE(outcome.out.starts_with("x,y,radius,score\n"));

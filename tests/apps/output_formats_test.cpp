@@ -64,12 +64,12 @@ TEST_F(OutputFormats, GeoJsonGoesToStandardOutput) {
   EXPECT_EQ(features[0]["geometry"]["type"], "Point");
 }
 
-TEST_F(OutputFormats, RoiSetNeedsAFile) {
-  for (const Arguments& more : {Arguments{}, {"--table", "-"}}) {
-    Arguments arguments{"find", "--format", "roi", "discs.pgm"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    EXPECT_TRUE(refused(box.run(arguments), "--format: roi makes a ZIP file"));
-  }
+TEST_F(OutputFormats, RoiSetNeedsAName) {
+  EXPECT_TRUE(refused(box.run({"find", "--format", "roi", "discs.pgm"}),
+                      "--format: roi makes a ZIP file; name it, or - for standard output"));
+  EXPECT_EQ(box.run({"find", "--table", "t.zip", "discs.pgm"}).status, 0);
+  EXPECT_EQ(box.run({"find", "--format", "roi", "--table", "-", "discs.pgm"}).out,
+            box.read("t.zip"));
   EXPECT_TRUE(refused(box.run({"find", "--format", "xml", "discs.pgm"}), "--format"));
 }
 

@@ -280,6 +280,18 @@ TEST(SegmentCommand, IntensitiesAreThoseOfTheOtherImage) {
   expectLevel({"--measure", "stack.tif", "--measure-channel", "1"}, 33);
 }
 
+TEST(SegmentCommand, JsonNamesTheOtherImage) {
+  const Sandbox box;
+  box.write("discs.pgm", pgm(fiveDiscs()));
+  const Arguments call{"segment", "--quiet", "--format", "json", "discs.pgm"};
+  EXPECT_FALSE(json::parse(box.run(call).out)["settings"].contains("measure"));
+  Arguments other = call;
+  other.insert(other.end(), {"--measure", "discs.pgm", "--measure-channel", "0"});
+  const json settings = json::parse(box.run(other).out)["settings"];
+  EXPECT_EQ(settings["measure"], "discs.pgm");
+  EXPECT_EQ(settings["measure_channel"], "0");
+}
+
 TEST(SegmentCommand, AnOtherImageThatDoesNotFitFails) {
   const Sandbox box;
   box.write("discs.pgm", pgm(fiveDiscs()));
