@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from typing import Any, Union
+from typing import Any, NamedTuple, Union
 
 import numpy as np
 
@@ -66,22 +66,11 @@ def read(
     """
     os.stat(path)  # raises FileNotFoundError for a missing file
     name = os.fsencode(path)
+    chosen = plane_options(frame=frame, channel=channel, z=z, time=time, series=series, level=level)
     try:
-        if frame is not None:
-            if (channel, z, time, series, level) != (None, None, None, None, 0):
-                raise ValueError("frame is given; it goes without channel, z, time, series and level")
-            number = options.whole("frame", frame, 0, _MAX_FRAME)
-            return described(_orva.read_frame(name, number), ("y", "x"), {}, ("",))
-        if channel is not None and not isinstance(channel, str):
-            channel = str(options.whole("channel", channel, 0, _MAX_FRAME))
-        slices, z = _number_or_word("z", z, ("all", "max", "mean"))
-        times, time = _number_or_word("time", time, ("all",))
-        if series is not None:
-            series = options.whole("series", series, 0, _MAX_FRAME)
-        level = options.whole("level", level, 0, _MAX_LEVEL)
-        pixels, axes, sizes, names = _orva.read(
-            name, series, channel, z, slices, time, times == "all", level
-        )
+        if chosen.frame is not None:
+            return described(_orva.read_frame(name, chosen.frame), ("y", "x"), {}, ("",))
+        pixels, axes, sizes, names = _orva.read(name, *chosen[1:])
         by_axis = {axis: size for axis, size in zip("xyz", sizes) if size is not None}
         return described(pixels, axes, by_axis, names)
     except _orva.FileError as error:
@@ -89,6 +78,43 @@ def read(
         for option in ("frame", "channel", "z", "time", "series", "level"):
             reason = reason.replace(f"--{option} K|NAME", f"{option}=").replace(f"--{option}", f"{option}=")
     raise OSError(f"{os.fsdecode(path)}: {reason}")
+
+
+class PlaneOptions(NamedTuple):
+    """Which planes of a file are read, in the order of the compiled functions."""
+
+    frame: int | None
+    series: int | None
+    channel: str | None
+    z: int | None
+    slices: str  # "all", "max", "mean" or ""
+    time: int | None
+    each_time: bool
+    level: int
+
+
+def plane_options(
+    *,
+    frame: int | None = None,
+    channel: int | str | None = None,
+    z: int | str | None = None,
+    time: int | str | None = None,
+    series: int | None = None,
+    level: int = 0,
+) -> PlaneOptions:
+    """The options of read(); raises as it does."""
+    if frame is not None:
+        if (channel, z, time, series, level) != (None, None, None, None, 0):
+            raise ValueError("frame is given; it goes without channel, z, time, series and level")
+        frame = options.whole("frame", frame, 0, _MAX_FRAME)
+    if channel is not None and not isinstance(channel, str):
+        channel = str(options.whole("channel", channel, 0, _MAX_FRAME))
+    slices, z = _number_or_word("z", z, ("all", "max", "mean"))
+    times, time = _number_or_word("time", time, ("all",))
+    if series is not None:
+        series = options.whole("series", series, 0, _MAX_FRAME)
+    level = options.whole("level", level, 0, _MAX_LEVEL)
+    return PlaneOptions(frame, series, channel, z, slices, time, times == "all", level)
 
 
 def _number_or_word(

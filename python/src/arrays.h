@@ -74,6 +74,7 @@ void addFilters(py::module_& module);
 void addRegions(py::module_& module);
 void addMasks(py::module_& module);
 void addFiles(py::module_& module);
+void addBatch(py::module_& module);
 
 }  // namespace orva_python
 

@@ -1,3 +1,5 @@
+#include "python/src/files.h"
+
 #include <pybind11/stl.h>
 
 #include <algorithm>
@@ -23,24 +25,42 @@ namespace {
 namespace formats = orva::formats;
 
 template <class T>
-py::array arrayOf(const orva::Image& img, const Shape& shape) {
+py::array typedArrayOf(const orva::Image& img, const Shape& shape) {
   return toArray(dynamic_cast<const orva::image<T>&>(img), shape);
 }
+
+}  // namespace
 
 py::array arrayOf(const orva::Image& img, const Shape& shape) {
   switch (img.format()) {
     case orva::BYTE:
-      return arrayOf<unsigned char>(img, shape);
+      return typedArrayOf<unsigned char>(img, shape);
     case orva::SHORT:
-      return arrayOf<short>(img, shape);
+      return typedArrayOf<short>(img, shape);
     case orva::INT:
-      return arrayOf<int>(img, shape);
+      return typedArrayOf<int>(img, shape);
     case orva::UINT:
-      return arrayOf<unsigned int>(img, shape);
+      return typedArrayOf<unsigned int>(img, shape);
     default:
-      return arrayOf<float>(img, shape);
+      return typedArrayOf<float>(img, shape);
   }
 }
+
+formats::PlaneChoice planeChoice(const std::optional<std::string>& channel,
+                                 const std::optional<int>& z, const std::string& slices,
+                                 const std::optional<int>& t, bool eachTime) {
+  formats::PlaneChoice choice;
+  choice.channel = channel;
+  choice.z = z;
+  if (slices == "max") choice.projection = formats::Projection::kMax;
+  if (slices == "mean") choice.projection = formats::Projection::kMean;
+  choice.eachSlice = slices == "all";
+  choice.t = t;
+  choice.eachTime = eachTime;
+  return choice;
+}
+
+namespace {
 
 // A plane has two axes, a stack three.
 py::array readFrame(const std::string& path, int frame) {
@@ -90,20 +110,6 @@ py::tuple read(const std::string& path, const std::optional<int>& series,
   return py::make_tuple(arrayOf(*img, shape), py::tuple(py::cast(notes.axes)),
                         py::make_tuple(size.x, size.y, size.z),
                         py::tuple(py::cast(notes.channelNames)));
-}
-
-formats::PlaneChoice choiceOf(const std::optional<std::string>& channel,
-                              const std::optional<int>& z, const std::string& slices,
-                              const std::optional<int>& t, bool eachTime) {
-  formats::PlaneChoice choice;
-  choice.channel = channel;
-  choice.z = z;
-  if (slices == "max") choice.projection = formats::Projection::kMax;
-  if (slices == "mean") choice.projection = formats::Projection::kMean;
-  choice.eachSlice = slices == "all";
-  choice.t = t;
-  choice.eachTime = eachTime;
-  return choice;
 }
 
 // One file after the other, for the list of temporary files has no lock.
@@ -171,7 +177,7 @@ void addFiles(py::module_& module) {
              [](const std::string& path, const std::optional<int>& series,
                 const std::optional<std::string>& channel, const std::optional<int>& z,
                 const std::string& slices, const std::optional<int>& t, bool eachTime, int level) {
-               return read(path, series, choiceOf(channel, z, slices, t, eachTime), level);
+               return read(path, series, planeChoice(channel, z, slices, t, eachTime), level);
              });
   module.def("write", write);
   module.def("write_colour", writeColour);

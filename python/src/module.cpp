@@ -37,4 +37,5 @@ PYBIND11_MODULE(_orva, module) {
   orva_python::addRegions(module);
   orva_python::addMasks(module);
   orva_python::addFiles(module);
+  orva_python::addBatch(module);
 }

@@ -7,9 +7,10 @@
 #include <tuple>
 #include <vector>
 
-#include "formats/result_table.h"
+#include "formats/detections.h"
 #include "orva/detect/detect.h"
 #include "python/src/arrays.h"
+#include "python/src/tables.h"
 
 namespace orva_python {
 namespace {
@@ -61,6 +62,13 @@ Estimate combinedEstimate(const std::vector<Estimate>& images) {
 
 Polarity polarityOf(const std::string& name) {
   return name == "dark" ? Polarity::Dark : Polarity::Bright;
+}
+
+orva::formats::Detections detectionsIn(const ObjectTable& table,
+                                       const orva::formats::ImageFacts& facts) {
+  orva::detect::FindResult result;
+  result.objects.assign(table.data(), table.data() + table.size());
+  return orva::formats::detectionsOf(facts, {}, result);
 }
 
 void addObjects(py::module_& module) {

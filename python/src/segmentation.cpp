@@ -8,27 +8,17 @@
 #include <vector>
 
 #include "formats/detections.h"
-#include "formats/image_writer.h"
-#include "formats/result_table.h"
 #include "orva/detect/measure.h"
 #include "orva/detect/segment.h"
 #include "python/src/arrays.h"
 #include "python/src/objects.h"
+#include "python/src/tables.h"
 
 namespace orva_python {
 namespace {
 
 using orva::detect::Object;
 using orva::detect::ObjectMeasures;
-
-// A row of the table of regions.
-struct Region {
-  ObjectMeasures measures;
-  float score;         // not a number where there is none
-  bool touchesBorder;  // that of the measures, for the last column
-};
-
-using RegionTable = py::array_t<Region, py::array::c_style>;
 
 // The rows of labels whose scores are known, or of any labels.
 std::vector<Region> measured(const orva::image<int>& labels, const orva::Image& brightness,
@@ -71,8 +61,10 @@ py::array measureLabels(const py::array& array, const py::array& brightness) {
   return tableOf(unlocked([&] { return measured(labels, *img, nullptr); }));
 }
 
-// A table as the command writes it.
-std::string asCsv(const RegionTable& table) {
+}  // namespace
+
+orva::formats::Detections detectionsIn(const RegionTable& table,
+                                       const orva::formats::ImageFacts& facts) {
   std::vector<ObjectMeasures> measures;
   orva::detect::FindResult result;
   for (const Region* row = table.data(); row != table.data() + table.size(); ++row) {
@@ -80,16 +72,8 @@ std::string asCsv(const RegionTable& table) {
     measures.back().touchesBorder = row->touchesBorder;
     result.objects.push_back({0, 0, 0, row->score, 0});
   }
-  return orva::formats::csvOf({orva::formats::detectionsOf({}, {}, {}, result, measures, {})});
+  return orva::formats::detectionsOf(facts, {}, {}, result, measures, {});
 }
-
-// The TIFF file of labels.
-py::bytes asTiff(const py::array& array) {
-  const auto labels = toImageOf<int>(array);
-  return unlocked([&] { return orva::formats::encodeLabels("labels.tif", labels); });
-}
-
-}  // namespace
 
 void addSegmentation(py::module_& module) {
   PYBIND11_NUMPY_DTYPE_EX(
@@ -105,8 +89,6 @@ void addSegmentation(py::module_& module) {
   module.attr("REGION_COLUMNS") = py::dtype::of<Region>().attr("names");
   module.def("segment", segment);
   module.def("measure_labels", measureLabels);
-  module.def("regions_as_csv", asCsv);
-  module.def("labels_as_tiff", asTiff);
 }
 
 }  // namespace orva_python

@@ -5,19 +5,13 @@
 
 #include "formats/vote.h"
 #include "python/src/arrays.h"
+#include "python/src/tables.h"
 
 namespace orva_python {
 namespace {
 
 using orva::formats::VoteSettings;
 using orva::voting::CircularVoting;
-
-// A row of the array of centers.
-struct Row {
-  int x;
-  int y;
-  float weight;
-};
 
 VoteSettings settingsOf(const std::string& polarity, int minRadius, int maxRadius,
                         std::optional<int> coneWidth, std::optional<float> sigma,
@@ -34,8 +28,8 @@ VoteSettings settingsOf(const std::string& polarity, int minRadius, int maxRadiu
 py::array findCenters(const py::array& array, const VoteSettings& settings) {
   const auto img = toImage(array);
   const auto result = unlocked([&] { return orva::formats::vote(*img, settings); });
-  py::array_t<Row> rows(static_cast<py::ssize_t>(result.centers.size()));
-  Row* row = rows.mutable_data();
+  CenterTable rows(static_cast<py::ssize_t>(result.centers.size()));
+  CenterRow* row = rows.mutable_data();
   for (const orva::formats::Center& c : result.centers) *row++ = {c.x, c.y, c.weight};
   return rows;
 }
@@ -48,8 +42,17 @@ py::array voteField(const py::array& array, const VoteSettings& settings) {
 
 }  // namespace
 
+orva::formats::Detections detectionsIn(const CenterTable& table,
+                                       const orva::formats::ImageFacts& facts) {
+  orva::formats::VoteResult result;
+  for (const CenterRow* row = table.data(); row != table.data() + table.size(); ++row) {
+    result.centers.push_back({row->x, row->y, row->weight});
+  }
+  return orva::formats::detectionsOf(facts, VoteSettings(), result);
+}
+
 void addVoting(py::module_& module) {
-  PYBIND11_NUMPY_DTYPE(Row, x, y, weight);
+  PYBIND11_NUMPY_DTYPE(CenterRow, x, y, weight);
   py::class_<VoteSettings>(module, "VoteSettings")
       .def(py::init(&settingsOf), py::kw_only(), py::arg("polarity"), py::arg("min_radius"),
            py::arg("max_radius"), py::arg("cone_width"), py::arg("sigma"), py::arg("gradient"),

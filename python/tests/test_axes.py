@@ -18,6 +18,7 @@ HELD = {
     "int32": "int32",
     "float32": "float32",
 }
+ORDERS = ["".join(order) for order in itertools.permutations("TCZ")]
 REFUSED = ("float16", "float64", "int64", "uint64", "complex64")
 SIZES = {"T": 2, "C": 3, "Z": 4, "Y": 18, "X": 33}
 LAYOUTS = [
@@ -52,7 +53,7 @@ def assert_reads(path, expected, axes):
     np.testing.assert_array_equal(image, array)
 
 
-@pytest.mark.parametrize("order", ["".join(o) for o in itertools.permutations("TCZ")])
+@pytest.mark.parametrize("order", ORDERS)
 @pytest.mark.parametrize("dtype", HELD)
 def test_ome_of_every_order_and_type(tmp_path, order, dtype):
     axes = order + "YX"
@@ -70,9 +71,11 @@ def test_ome_of_every_order_and_type(tmp_path, order, dtype):
 @pytest.mark.parametrize("dtype", ["uint8", "uint16", "float32"])
 def test_imagej_hyperstacks(tmp_path, axes, dtype):
     array = numbered(axes, dtype)
-    for byteorder in "<>":
-        path = tmp_path / f"{ord(byteorder)}.tif"
-        tifffile.imwrite(path, array, byteorder=byteorder, imagej=True, metadata={"axes": axes})
+    for k, (layout, byteorder) in enumerate(itertools.product(LAYOUTS, "<>")):
+        if "bigtiff" in layout or layout.get("predictor") and dtype == "float32":
+            continue
+        path = tmp_path / f"{k}.tif"
+        tifffile.imwrite(path, array, byteorder=byteorder, imagej=True, metadata={"axes": axes}, **layout)
         assert_reads(path, array, axes)
 
 
@@ -123,6 +126,60 @@ def test_colour_becomes_luminance(tmp_path, dtype, planar, axes):
         np.testing.assert_array_equal(image, orva.luminance(array))
 
 
+@pytest.mark.parametrize("planar", ["contig", "separate"])
+@pytest.mark.parametrize("order", ORDERS)
+@pytest.mark.parametrize("dtype", ["uint8", "uint16"])
+def test_colour_of_every_order(tmp_path, order, dtype, planar):
+    """Several channels, each in colour."""
+    axes = order + "YXS"
+    array = numbered(axes, dtype)
+    grey, names = in_order(orva.luminance(array), order + "YX")
+    stored = array if planar == "contig" else np.moveaxis(array, -1, -3)
+    for k, (layout, byteorder) in enumerate(itertools.product(LAYOUTS, "<>")):
+        path = tmp_path / f"{k}.ome.tif"
+        metadata = {"axes": axes if planar == "contig" else order + "SYX"}
+        tifffile.imwrite(path, stored, byteorder=byteorder, photometric="rgb", planarconfig=planar,
+                         metadata=metadata, **layout)
+        image = orva.read(path)
+        assert image.axes == names
+        np.testing.assert_array_equal(image, grey)
+
+
+@pytest.mark.parametrize("axes", ["TZCYXS", "ZYXS", "YXS"])
+def test_colour_of_imagej(tmp_path, axes):
+    array = numbered(axes, "uint8")
+    for byteorder in "<>":
+        tifffile.imwrite(tmp_path / "a.tif", array, byteorder=byteorder, imagej=True, metadata={"axes": axes})
+        grey, names = in_order(orva.luminance(array), axes[:-1])
+        image = orva.read(tmp_path / "a.tif")
+        assert image.axes == names
+        np.testing.assert_array_equal(image, grey)
+
+
+@pytest.mark.parametrize("kind, dtype", [
+    *(("plain", dtype) for dtype in (*HELD, *REFUSED)),
+    *(("ome", dtype) for dtype in (*HELD, "float64", "complex64"))])
+def test_colour_of_any_type_is_read_or_refused(tmp_path, kind, dtype):
+    array = numbered("YXS", dtype)
+    path = tmp_path / ("a.ome.tif" if kind == "ome" else "a.tif")
+    tifffile.imwrite(path, array, photometric="rgb", metadata={"axes": "YXS"} if kind == "ome" else None)
+    if dtype in REFUSED:
+        with pytest.raises(OSError, match=r"a(\.ome)?\.tif: is a TIFF file of "):
+            orva.read(path)
+    else:
+        np.testing.assert_array_equal(orva.read(path), orva.luminance(array))
+
+
+def test_channels_in_one_page_are_refused(tmp_path):
+    """Several samples per pixel that are no colour."""
+    for planar in ("contig", "separate"):
+        shape = (18, 33, 5) if planar == "contig" else (5, 18, 33)
+        tifffile.imwrite(tmp_path / "a.tif", np.zeros(shape, np.uint8), photometric="minisblack",
+                         planarconfig=planar, metadata=None)
+        with pytest.raises(OSError, match=r"a\.tif: is a TIFF file with 5 samples per pixel"):
+            orva.read(tmp_path / "a.tif")
+
+
 def test_calibration_and_channel_names(tmp_path):
     array = numbered("CZYX", "uint16")
     tifffile.imwrite(tmp_path / "a.ome.tif", array, photometric="minisblack", metadata={
@@ -152,6 +209,24 @@ def test_calibration_and_channel_names(tmp_path):
             {"x": factor / 20000, "y": factor / 20000})
         tifffile.imwrite(tmp_path / "d.tif", array[0, 0], resolution=(72, 72, unit), metadata=None)
         assert orva.read(tmp_path / "d.tif").pixel_size == {}
+
+
+def test_a_plane_is_read_without_the_others(tmp_path):
+    """Of which one is damaged."""
+    array = numbered("CZYX", "uint16")
+    path = tmp_path / "a.ome.tif"
+    tifffile.imwrite(path, array, photometric="minisblack", compression="zlib", metadata={"axes": "CZYX"})
+    with tifffile.TiffFile(path) as file:
+        start, length = file.pages[1].dataoffsets[0], file.pages[1].databytecounts[0]
+    content = bytearray(path.read_bytes())
+    content[start : start + length] = bytes(length)
+    path.write_bytes(content)
+    for c, z in itertools.product(range(3), range(4)):
+        if (c, z) != (0, 1):
+            np.testing.assert_array_equal(orva.read(path, channel=c, z=z), array[c, z])
+    for options in ({"channel": 0, "z": 1}, {"channel": 0, "z": "max"}, {}):
+        with pytest.raises(OSError, match="damaged"):
+            orva.read(path, **options)
 
 
 def test_results_of_operations_know_nothing():

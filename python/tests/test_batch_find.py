@@ -109,7 +109,7 @@ def test_large_images_are_searched_in_tiles(images, tmp_path, monkeypatch):
     tiled = _jobs._run(job)
     assert len(searched) == 1
     assert tiled.centers == whole.centers > 0
-    assert (tiled.used.radius, tiled.used.polarity) == (6.0, "bright")
+    assert (tiled.planes[0].used.radius, tiled.planes[0].used.polarity) == (6.0, "bright")
     expected = np.loadtxt(tmp_path / f"{images[4].stem}.csv", delimiter=",", skiprows=1)
     found = np.loadtxt(job.table, delimiter=",", skiprows=1)
     order = [np.lexsort(np.round(table[:, 1::-1]).T) for table in (found, expected)]

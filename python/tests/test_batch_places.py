@@ -124,7 +124,7 @@ def test_a_record_that_is_no_longer_one_is_made_again(tmp_path, field, change, m
     job = make(field, tmp_path, **settings)
     first = _jobs.run(job)
     record = json.loads(job.record.read_text(encoding="utf-8"))
-    record["result"].update(change)
+    record["planes"][0].update(change)
     job.record.write_text(json.dumps(record), encoding="utf-8")
     again = _jobs.run(job)
     is_good = job.method == "vote" and "used" in change

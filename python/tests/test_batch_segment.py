@@ -50,8 +50,8 @@ def test_the_table_is_that_of_the_function(images, tmp_path):
     result = _jobs.run(job)
     labels, table = orva.segment(orva.read(images[4]), min_area=60)
     assert (result.error, result.centers) == ("", len(table))
-    assert result.used == orva.estimate_settings(orva.read(images[4]))
-    np.testing.assert_array_equal(tifffile.imread(job.labels), labels)
+    assert result.planes[0].used == orva.estimate_settings(orva.read(images[4]))
+    np.testing.assert_array_equal(tifffile.imread(job.labels()), labels)
     written = rows(job.table)
     assert list(written[0]) == list(table.dtype.names)
     for name in set(table.dtype.names) - {"score", "touches_border"}:
@@ -64,17 +64,17 @@ def test_the_table_is_that_of_the_function(images, tmp_path):
 def test_labels_that_have_changed_are_made_again(images, tmp_path, change):
     job = segment_job_of(images[1], tmp_path)
     assert _jobs.run(job).error == ""
-    content = job.labels.read_bytes()
+    content = job.labels().read_bytes()
     if change == "other":
-        job.labels.write_bytes(content[:-1] + b"x")
+        job.labels().write_bytes(content[:-1] + b"x")
     elif change == "none":
-        job.labels.unlink()
+        job.labels().unlink()
     else:
         record = json.loads(job.record.read_text(encoding="utf-8"))
-        record["labels"] = hashlib.sha256(b"").hexdigest()
+        record["labels"][job.labels().name] = hashlib.sha256(b"").hexdigest()
         job.record.write_text(json.dumps(record), encoding="utf-8")
     assert not _jobs.run(job).skipped
-    assert job.labels.read_bytes() == content
+    assert job.labels().read_bytes() == content
     assert _jobs.run(job).skipped
 
 
@@ -83,15 +83,26 @@ def test_labels_of_others_are_not_replaced(images, tmp_path):
     for make in (None, find_job_of):  # without and with a record of ours
         if make:
             assert _jobs.run(make(images[1], tmp_path)).error == ""
-        job.labels.write_bytes(b"theirs")
-        assert _jobs.run(job).error == f"{job.labels} is there, and not from a batch"
-        assert job.labels.read_bytes() == b"theirs"
-        job.labels.unlink()
+        job.labels().write_bytes(b"theirs")
+        assert _jobs.run(job).error == f"{job.labels()} is there, and not from a batch"
+        assert job.labels().read_bytes() == b"theirs"
+        job.labels().unlink()
     assert _jobs.run(job).error == ""
 
 
+@pytest.mark.parametrize("make", [find_job_of, job_of])
+def test_labels_go_with_their_table(images, tmp_path, make):
+    labels = segment_job_of(images[1], tmp_path).labels()
+    for is_changed in (False, True):
+        assert _jobs.run(segment_job_of(images[1], tmp_path)).error == ""
+        if is_changed:
+            labels.write_bytes(b"corrected by hand")
+        assert _jobs.run(make(images[1], tmp_path)).error == ""
+        assert labels.exists() == is_changed
+        labels.unlink(missing_ok=True)
+
+
 def test_one_method_is_never_taken_for_another(images, tmp_path):
-    """And labels stay replaceable when another method has replaced the table."""
     heads = []
     for make in (segment_job_of, find_job_of, segment_job_of, job_of, job_of, segment_job_of):
         job = make(images[1], tmp_path)
@@ -109,7 +120,7 @@ def test_one_estimate_over_all_images_leaves_the_labels_ours(images, tmp_path):
     first = _jobs.run(job)
     changed = segment_job_of(images[1], tmp_path, min_area=61)
     estimate = _jobs.estimate(changed)
-    assert (estimate.error, estimate.used) == ("", first.used)
+    assert (estimate.error, estimate.used) == ("", first.planes[0].used)
     assert _jobs.run(changed).error == ""
 
 
@@ -131,6 +142,6 @@ def test_large_images_are_searched_in_tiles_and_labelled_as_a_whole(images, tmp_
     other.mkdir()
     tiled = segment_job_of(images[4], other, radius=6.0, polarity="bright")
     assert _jobs.run(tiled).error == ""
-    expected, found = tifffile.imread(whole.labels), tifffile.imread(tiled.labels)
+    expected, found = tifffile.imread(whole.labels()), tifffile.imread(tiled.labels())
     assert len(np.unique(found)) == len(np.unique(expected)) > 2
     assert np.mean((found > 0) == (expected > 0)) > 0.999

@@ -5,6 +5,7 @@ from __future__ import annotations
 import contextlib
 import logging
 import sys
+import tempfile
 import threading
 from collections.abc import Callable, Iterator
 from concurrent.futures import CancelledError
@@ -64,17 +65,26 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
         with remote as c:
             yield c
         return
-    # The search uses one processor.
-    local: Any = LocalCluster(  # type: ignore[no-untyped-call]
-        n_workers=workers,
-        threads_per_worker=1,
-        processes=True,
-        # A free port, because another batch may be running, and no dashboard.
-        dashboard_address="127.0.0.1:0",
-        scheduler_kwargs={"dashboard": False},
-    )
-    with local as cluster, Client(cluster) as c:  # type: ignore[no-untyped-call]
-        yield c
+    logging.getLogger("distributed.nanny").addFilter(_is_of_use)
+    # A folder of its own, so that nothing is said of what other clusters have left.
+    with tempfile.TemporaryDirectory(prefix="orva-", ignore_cleanup_errors=True) as folder:
+        # The search uses one processor.
+        local: Any = LocalCluster(  # type: ignore[no-untyped-call]
+            n_workers=workers,
+            threads_per_worker=1,
+            processes=True,
+            local_directory=folder,
+            # A free port, because another batch may be running, and no dashboard.
+            dashboard_address="127.0.0.1:0",
+            scheduler_kwargs={"dashboard": False},
+        )
+        with local as cluster, Client(cluster) as c:  # type: ignore[no-untyped-call]
+            yield c
+
+
+def _is_of_use(record: logging.LogRecord) -> bool:
+    """Not that an idle worker took long to end."""
+    return "still alive after" not in record.getMessage()
 
 
 def run_all(

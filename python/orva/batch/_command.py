@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import argparse
+import collections
 import dataclasses
 import os
 import pathlib
@@ -13,12 +14,23 @@ from collections.abc import Iterable
 from typing import Any, NoReturn
 
 from .. import _options as options
+from .. import _orva
 from .._objects import combined
 from .._voting import complete
 from ._cluster import client, run_all
 from ._interrupt import ignore_interrupts
 from ._interrupt import run as run_interruptible
-from ._jobs import REGION_SETTINGS, Job, Method, Result, estimate, run, settings_of_regions
+from ._jobs import (
+    PLANE_SETTINGS,
+    REGION_SETTINGS,
+    Job,
+    Method,
+    Result,
+    estimate,
+    planes_of_settings,
+    run,
+    settings_of_regions,
+)
 from ._summary import summary_files, write_summary
 
 _EPILOG = """\
@@ -27,8 +39,8 @@ Radius and polarity are estimated from each image. A setting of the voting selec
 DIR receives a table x,y,radius,score per image, objects.csv with all objects, summary.csv with one row
 per image, failures.csv and counts.png; with --segment, tables of measurements, and the label image
 NAME_labels.tif per image; of the voting, tables x,y,weight, and centers.csv with all centers. A repeated
-run skips images whose file and settings have not changed. The exit status is 0, 1 if an image failed,
-or 2 for a usage error.
+run skips images whose file and settings have not changed. Of a file with several times, the tables and
+summary.csv have rows for each. The exit status is 0, 1 if an image failed, or 2 for a usage error.
 
 Example: the nuclei of a plate, on four processors
   python -m orva.batch plate/*.tif --out results --workers 4
@@ -46,6 +58,10 @@ def _whole(text: str) -> int:
         return int(text)
     except ValueError:
         raise argparse.ArgumentTypeError(f"must be a whole number, not {text}") from None
+
+
+def _number_or_word(text: str) -> int | str:
+    return int(text) if text.isdecimal() else text
 
 
 def _radius(text: str) -> float | list[float]:
@@ -66,7 +82,12 @@ def _parser() -> argparse.ArgumentParser:
         epilog=_EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
-    parser.add_argument("images", nargs="+", metavar="IMAGE", help="what orva.read() reads")
+    parser.add_argument(
+        "images",
+        nargs="+",
+        metavar="IMAGE",
+        help="what orva.read() reads; also a folder of images or a pattern such as 'plate/*.tif'",
+    )
     parser.add_argument("--out", required=True, metavar="DIR", help="the results go there")
     where = parser.add_mutually_exclusive_group()
     where.add_argument("--scheduler", metavar="ADDRESS", help="of a running Dask cluster")
@@ -120,7 +141,17 @@ def _parser() -> argparse.ArgumentParser:
     vote.add_argument("--relative-threshold", type=float, metavar="F", help="a share; default 0.3")
     vote.add_argument("--edges", action="store_true", default=None, help="vote from edges only")
     vote.add_argument("--power", type=float, metavar="P", help="of gradients; default 0.5")
-    parser.add_argument("--frame", type=_whole, metavar="K", help="page or plane of a stack; default 0")
+    planes = parser.add_argument_group("planes", "as for orva find")
+    planes.add_argument("--channel", metavar="K|NAME", help="needed if there are several")
+    planes.add_argument(
+        "--z", type=_number_or_word, metavar="K|max|mean|all", help="slice, or their projection; default max"
+    )
+    planes.add_argument("--time", type=_number_or_word, metavar="K|all", help="default all")
+    planes.add_argument("--series", type=_whole, metavar="K", help="image of an OME-TIFF file of several")
+    planes.add_argument("--level", type=_whole, metavar="K", help="smaller size of a file that stores several")
+    planes.add_argument(
+        "--frame", type=_whole, metavar="K", help="page or plane by its number, instead of the others"
+    )
     return parser
 
 
@@ -128,7 +159,7 @@ def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], Method]:
     """What was given, checked, and the method that it selects; the rest has the defaults."""
     others = ("images", "out", "scheduler", "workers")
     given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
-    common = {"frame", "polarity"}
+    common = PLANE_SETTINGS | {"polarity"}
     of_regions = given.keys() & REGION_SETTINGS
     of_find = given.keys() & {"radius", "min_score", "same_settings", "segment"} | of_regions
     of_vote = given.keys() - of_find - common
@@ -139,10 +170,9 @@ def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], Method]:
         raise ValueError(f"{other} belongs to the voting and {one} does not; give one of them")
     if of_regions and "segment" not in given:
         raise ValueError(f"{_option(min(of_regions))} goes with --segment")
-    options.whole("frame", given.get("frame", 0), 0, 65534)
     given.pop("same_settings", None)
     method: Method = "vote" if of_vote else "segment" if given.pop("segment", False) else "find"
-    checked = {k: v for k, v in given.items() if k != "frame"}
+    checked = planes_of_settings(given)[1]
     if method == "vote":
         complete(checked)
     else:
@@ -152,6 +182,11 @@ def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], Method]:
 
 def _option(name: str) -> str:
     return "--" + name.replace("_", "-")
+
+
+def _expanded(names: list[str]) -> list[str]:
+    """The images that names, folders and patterns stand for."""
+    return [os.fsdecode(path) for name in names for path in _orva.images_named(os.fsencode(name))]
 
 
 def _jobs(
@@ -208,6 +243,9 @@ def _run(
                 final = _frozen(jobs, run_all(estimate, jobs, c, stop, "estimates: "))
             results = run_all(run, final, c, stop)
         write_summary(out, results, jobs[0].method)
+        notes = collections.Counter(r.note for r in results if r.note)
+        for note, count in notes.items():
+            sys.stderr.write(f"{count} of {len(results)} images: {note}\n")
         return results
 
     return run_interruptible(work)
@@ -218,7 +256,9 @@ def main(argv: list[str] | None = None) -> int:
     arguments = parser.parse_args(argv)
     out = pathlib.Path(arguments.out).absolute()
     try:
-        jobs = _jobs(arguments.images, out, *_settings(arguments))
+        if not arguments.out:
+            raise ValueError("argument --out: must name a folder")
+        jobs = _jobs(_expanded(arguments.images), out, *_settings(arguments))
         workers = len(os.sched_getaffinity(0))
         if arguments.workers is not None:
             workers = options.whole("workers", arguments.workers, 1, 1024)

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import contextlib
-import csv
 import dataclasses
 import hashlib
 import json
@@ -14,7 +13,7 @@ import signal
 import tempfile
 import time
 import uuid
-from collections.abc import Callable, Iterator, Sequence
+from collections.abc import Callable, Iterator
 from typing import Any, Literal
 
 import numpy as np
@@ -23,7 +22,8 @@ import numpy.typing as npt
 import orva
 
 from .. import _orva
-from .._arrays import Pixels
+from .._arrays import Pixels, WideLabels
+from .._files import PlaneOptions, plane_options
 from .._objects import FindSettings, SettingsEstimate, find_settings, search
 from .._segment import SegmentSettings, regions_of, segment_settings
 from ._grid import MAX_SIDE
@@ -34,13 +34,14 @@ _NO_ANSWER = 70  # a status with which the library never exits
 
 REGION_SETTINGS = frozenset(field.name for field in dataclasses.fields(SegmentSettings))
 
-Center = tuple[int, int, float]
+PLANE_SETTINGS = frozenset({"frame", "channel", "z", "time", "series", "level"})
+
 Method = Literal["find", "segment", "vote"]
 
 
 @dataclasses.dataclass(frozen=True)
 class Job:
-    """An image, its table, and the settings: those of find_objects(), segment() or find_centers()."""
+    """A file, its table, and the settings: those of read(), with find_objects(), segment() or find_centers()."""
 
     image: str
     table: str
@@ -52,31 +53,45 @@ class Job:
         """The file that records the input and the settings of the table."""
         return pathlib.Path(self.table).with_suffix(".json")
 
-    @property
-    def labels(self) -> pathlib.Path | None:
-        """The file of the label image, where there is one."""
+    def labels(self, ending: str = "") -> pathlib.Path:
+        """The file of the labels of an image, of several in the file the one of this ending."""
         table = pathlib.Path(self.table)
-        return table.with_name(f"{table.stem}_labels.tif") if self.method == "segment" else None
+        return table.with_name(f"{table.stem}_labels{ending}.tif")
 
     @property
     def files(self) -> list[pathlib.Path]:
-        """All files that the job writes."""
-        return [pathlib.Path(self.table), self.record, *filter(None, [self.labels])]
+        """All files that the job writes, of a file with one image."""
+        labels = [self.labels()] if self.method == "segment" else []
+        return [pathlib.Path(self.table), self.record, *labels]
+
+
+@dataclasses.dataclass(frozen=True)
+class Plane:
+    """What was found in one image of a file."""
+
+    fragment: str  # what tells it apart behind the name of the file, such as "#t=3"
+    width: int
+    height: int
+    centers: int  # of objects, each of which has one
+    seconds: float
+    used: SettingsEstimate | None = None  # radius and polarity, except of a voting
 
 
 @dataclasses.dataclass(frozen=True)
 class Result:
-    """A finished or failed image."""
+    """A finished or failed file."""
 
     image: str
     table: str = ""
-    width: int = 0
-    height: int = 0
-    centers: int = 0  # of objects, each of which has one
-    seconds: float = 0.0
+    planes: tuple[Plane, ...] = ()
+    note: str = ""  # what was chosen without being asked for
     skipped: bool = False  # finished by an earlier run
     error: str = ""
-    used: SettingsEstimate | None = None  # radius and polarity, except of a voting
+    used: SettingsEstimate | None = None  # of estimate()
+
+    @property
+    def centers(self) -> int:
+        return sum(plane.centers for plane in self.planes)
 
 
 def _digest(path: str | pathlib.Path) -> str:
@@ -104,17 +119,25 @@ def _record(job: Job) -> dict[str, Any]:
         text = job.record.read_text(encoding="utf-8", errors="replace")
     except FileNotFoundError:
         text = ""
-    record: dict[str, Any] | None = None
+    for path in (pathlib.Path(job.table), job.record):
+        _require_ours(path, '"origin"' in text)
     with contextlib.suppress(ValueError):
         value = json.loads(text)
-        record = value if isinstance(value, dict) else None
-    for path in job.files:
-        is_ours = '"origin"' in text
-        if path == job.labels and record is not None:  # a damaged record may have had labels
-            is_ours = "labels" in record
-        if not is_ours and os.path.lexists(path):
-            raise ValueError(f"{path} is there, and not from a batch")
-    return record or {}
+        if isinstance(value, dict):
+            return value
+    # A damaged record may have had any labels.
+    return {"labels": None} if text else {}
+
+
+def _require_ours(path: pathlib.Path, is_ours: bool) -> None:
+    if not is_ours and os.path.lexists(path):
+        raise ValueError(f"{path} is there, and not from a batch")
+
+
+def _known_labels(record: dict[str, Any]) -> dict[str, Any]:
+    """The checksums of labels by the names of their files."""
+    labels = record.get("labels")
+    return labels if isinstance(labels, dict) else {}
 
 
 def _guess_in(value: Any, runner_up: SettingsEstimate | None) -> SettingsEstimate:
@@ -132,19 +155,30 @@ def _estimate_in(value: Any) -> SettingsEstimate:
     return _guess_in(value, _guess_in(value["runner_up"], None))
 
 
+def _plane_in(value: Any, method: Method) -> Plane:
+    """An image of a file as it is recorded; raises KeyError or TypeError for other values."""
+    plane = Plane(**value)
+    numbers = (plane.width, plane.height, plane.centers, plane.seconds)
+    if not isinstance(plane.fragment, str) or not all(type(n) in (int, float) for n in numbers):
+        raise TypeError("not an image")
+    return dataclasses.replace(plane, used=None if method == "vote" else _estimate_in(plane.used))
+
+
 def _finished(job: Job, record: dict[str, Any], origin: dict[str, Any]) -> Result | None:
     """The result of an earlier run, if it is still good."""
     try:
         if record["origin"] != origin or _digest(job.table) != record["table"]:
             return None
-        if job.labels and _digest(job.labels) != record["labels"]:
+        labels = _known_labels(record)
+        if job.method == "segment" and not labels:
             return None
-        result = Result(**record["result"])
-        numbers = (result.width, result.height, result.centers, result.seconds)
-        if result.error or not all(type(n) in (int, float) for n in numbers):
+        folder = pathlib.Path(job.table).parent
+        if any(_digest(folder / name) != checksum for name, checksum in labels.items()):
             return None
-        used = None if job.method == "vote" else _estimate_in(result.used)
-        return dataclasses.replace(result, image=job.image, table=job.table, skipped=True, used=used)
+        planes = tuple(_plane_in(value, job.method) for value in record["planes"])
+        if not planes or not isinstance(record["note"], str):
+            return None
+        return Result(job.image, job.table, planes, record["note"], skipped=True)
     except (OSError, ValueError, KeyError, TypeError):
         return None
 
@@ -163,31 +197,6 @@ def write_whole(path: pathlib.Path, content: str | bytes) -> None:
         os.replace(temporary, path)
     finally:
         temporary.unlink(missing_ok=True)
-
-
-def _shortest(weight: np.float32) -> str:
-    """In no more digits than it takes to read it back, as the command writes it.
-
-    Whole numbers have all their digits, unless the form with an exponent is shorter.
-    """
-    whole = np.isfinite(weight) and weight == np.trunc(weight)
-    plain = str(int(weight)) if whole else np.format_float_positional(weight, trim="-")
-    power = np.format_float_scientific(weight, trim="-", exp_digits=2)
-    return power if len(power) < len(plain) else plain
-
-
-def read_rows(path: str, method: Method) -> Sequence[Sequence[Any]]:
-    """The rows of a table, without its header."""
-    if method == "vote":
-        return read_centers(path)
-    with open(path, encoding="utf-8", newline="") as file:
-        return list(csv.reader(file))[1:]
-
-
-def read_centers(path: str) -> list[Center]:
-    """The rows of a table of centers."""
-    with open(path, encoding="utf-8", newline="") as file:
-        return [(int(x), int(y), float(w)) for x, y, w in list(csv.reader(file))[1:]]
 
 
 def run(job: Job) -> Result:
@@ -251,22 +260,18 @@ def _not_terminated() -> Iterator[None]:
 
 @dataclasses.dataclass(frozen=True)
 class _Findings:
-    """The results of an image: the table, its rows, what was estimated, and the file of the labels."""
+    """What is found in an image: the table, what was estimated, and the labels."""
 
-    table: str
-    count: int
+    table: npt.NDArray[np.void]
     used: SettingsEstimate | None = None
-    labels: bytes = b""
+    labels: WideLabels | None = None
 
 
 def _voted(plane: Pixels, settings: dict[str, Any]) -> _Findings:
     """The centers of an image."""
     if max(plane.shape) > MAX_SIDE:
-        centers = find_centers_in_tiles(plane, **settings)
-    else:
-        centers = orva.find_centers(plane, **settings)
-    rows = "".join(f"{c['x']},{c['y']},{_shortest(c['weight'])}\n" for c in centers)
-    return _Findings("x,y,weight\n" + rows, len(centers))
+        return _Findings(find_centers_in_tiles(plane, **settings))
+    return _Findings(orva.find_centers(plane, **settings))
 
 
 def _search(
@@ -277,12 +282,8 @@ def _search(
 
 
 def _found(plane: Pixels, settings: dict[str, Any]) -> _Findings:
-    """The objects of an image, rounded as by the command."""
-    objects, used = _search(plane, find_settings(**settings))
-    rows = "".join(
-        f"{o['x']:.3f},{o['y']:.3f},{o['radius']:.3f},{o['score']:.3f}\n" for o in objects
-    )
-    return _Findings("x,y,radius,score\n" + rows, len(objects), used)
+    """The objects of an image."""
+    return _Findings(*_search(plane, find_settings(**settings)))
 
 
 def settings_of_regions(settings: dict[str, Any]) -> tuple[FindSettings, SegmentSettings]:
@@ -293,13 +294,11 @@ def settings_of_regions(settings: dict[str, Any]) -> tuple[FindSettings, Segment
 
 
 def _segmented(plane: Pixels, settings: dict[str, Any]) -> _Findings:
-    """The regions of an image, with the files of the command."""
+    """The regions of an image."""
     told, kept = settings_of_regions(settings)
     objects, used = _search(plane, told)
     labels, table = regions_of(plane, objects, used.polarity, kept)
-    return _Findings(
-        _orva.regions_as_csv(table), len(table), used, _orva.labels_as_tiff(labels)
-    )
+    return _Findings(table, used, labels)
 
 
 _METHODS: dict[Method, Callable[[Pixels, dict[str, Any]], _Findings]] = {
@@ -309,49 +308,110 @@ _METHODS: dict[Method, Callable[[Pixels, dict[str, Any]], _Findings]] = {
 }
 
 
+# The table of a file as the command writes it.
+_AS_CSV: dict[Method, Callable[[list[_orva.Part]], str]] = {
+    "find": _orva.objects_as_csv,
+    "segment": _orva.regions_as_csv,
+    "vote": _orva.centers_as_csv,
+}
+
+
 def _write_record(job: Job, record: dict[str, Any]) -> None:
     write_whole(job.record, json.dumps(record, indent=1) + "\n")
 
 
-def _read(job: Job) -> tuple[Pixels, dict[str, Any]]:
-    """The image, and the settings without the frame."""
-    settings = dict(job.settings)
-    return orva.read(job.image, frame=settings.pop("frame", 0)), settings
+def planes_of_settings(settings: dict[str, Any]) -> tuple[PlaneOptions, dict[str, Any]]:
+    """Which planes are read, and the settings without that; raises as read()."""
+    planes = {name: settings[name] for name in settings.keys() & PLANE_SETTINGS}
+    return plane_options(**planes), {k: v for k, v in settings.items() if k not in PLANE_SETTINGS}
+
+
+def _open(job: Job) -> tuple[_orva.ChosenImages, dict[str, Any]]:
+    """The images of the file, and the settings without those that choose them."""
+    planes, settings = planes_of_settings(job.settings)
+    os.stat(job.image)  # raises FileNotFoundError for a missing file
+    try:
+        return _orva.ChosenImages(os.fsencode(job.image), *planes), settings
+    except _orva.FileError as error:
+        raise OSError(f"{job.image}: {error}") from None
+
+
+def _read(job: Job, images: _orva.ChosenImages, i: int) -> tuple[Pixels, float | None, float | None]:
+    try:
+        return images.read(i)
+    except _orva.FileError as error:
+        raise OSError(f"{job.image}: {error}") from None
 
 
 def _run(job: Job) -> Result:
-    start = time.perf_counter()
     origin = _origin(job)
     record = _record(job)
     finished = _finished(job, record, origin)
     if finished:
         return finished
-    plane, settings = _read(job)
-    found = _METHODS[job.method](plane, settings)
-    height, width = plane.shape
-    seconds = time.perf_counter() - start
-    result = Result(job.image, job.table, width, height, found.count, seconds, used=found.used)
-    values = dataclasses.asdict(result)
-    if job.method == "vote":
-        del values["used"]
-    new = {
-        "origin": origin,
-        "table": hashlib.sha256(found.table.encode()).hexdigest(),
-        "result": values,
-    }
-    if job.labels:
-        new["labels"] = hashlib.sha256(found.labels).hexdigest()
-    elif "labels" in record:  # the file is still there, and from a batch
-        new["labels"] = record["labels"]
+    start = time.perf_counter()
+    images, settings = _open(job)
+    places = [images.place(i) for i in range(len(images))]
+    labels: dict[str, str] = {}
+    old = _known_labels(record)
+    if job.method == "segment":
+        for _, _, ending, _ in places:
+            path = job.labels(ending)
+            _require_ours(path, path.name in old or record.get("labels", {}) is None)
+            labels[path.name] = ""
+    new: dict[str, Any] = {"origin": origin, "labels": {**old, **labels}}
     if job.method != "vote" and "estimate" in record:
         new["estimate"] = record["estimate"]
+    if len(images) > 1:  # so that the labels of the first ones are ours
+        with _not_terminated():
+            _write_record(job, new)
+    planes: list[Plane] = []
+    parts: list[_orva.Part] = []
+    content = b""
+    for i, (t, z, ending, fragment) in enumerate(places):
+        plane, x, y = _read(job, images, i)
+        found = _METHODS[job.method](plane, settings)
+        parts.append((found.table, t, z, x, y))
+        if found.labels is not None:
+            path = job.labels(ending)
+            content = _orva.labels_as_tiff(found.labels, x, y)
+            labels[path.name] = hashlib.sha256(content).hexdigest()
+            if len(images) > 1:
+                with _not_terminated():
+                    write_whole(path, content)
+        now = time.perf_counter()
+        height, width = plane.shape
+        planes.append(Plane(fragment, width, height, len(found.table), now - start, found.used))
+        start = now
+    table = _AS_CSV[job.method](parts)
+    new["labels"] = labels
+    new["note"] = images.note()
+    new["planes"] = [_recorded(plane, job.method) for plane in planes]
+    new["table"] = hashlib.sha256(table.encode()).hexdigest()
     with _not_terminated():
         # First, so that a table without a record is none of ours.
         _write_record(job, new)
-        if job.labels:
-            write_whole(job.labels, found.labels)
-        write_whole(pathlib.Path(job.table), found.table)
-    return result
+        _remove_stale(job, {name: old[name] for name in old.keys() - labels.keys()})
+        if len(images) == 1 and job.method == "segment":
+            write_whole(job.labels(), content)
+        write_whole(pathlib.Path(job.table), table)
+    return Result(job.image, job.table, tuple(planes), images.note())
+
+
+def _recorded(plane: Plane, method: Method) -> dict[str, Any]:
+    values = dataclasses.asdict(plane)
+    if method == "vote":
+        del values["used"]
+    return values
+
+
+def _remove_stale(job: Job, labels: dict[str, Any]) -> None:
+    """Removes labels of an earlier run that do not belong to the table, if they are unchanged."""
+    for name, checksum in labels.items():
+        path = pathlib.Path(job.table).with_name(name)
+        with contextlib.suppress(OSError):
+            if _digest(path) == checksum:
+                path.unlink()
 
 
 def _estimate(job: Job) -> Result:
@@ -361,7 +421,8 @@ def _estimate(job: Job) -> Result:
     with contextlib.suppress(KeyError, TypeError):
         if record["estimate"]["origin"] == origin:
             return Result(job.image, skipped=True, used=_estimate_in(record["estimate"]["used"]))
-    plane, settings = _read(job)
+    images, settings = _open(job)
+    plane = _read(job, images, 0)[0]
     told = settings_of_regions(settings)[0]
     is_large = max(plane.shape) > MAX_SIDE
     used = estimate_in_tiles(plane, told) if is_large else search(plane, told)[1]

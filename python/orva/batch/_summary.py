@@ -9,9 +9,9 @@ from collections.abc import Iterable, Sequence
 from typing import Any
 
 from .._segment import COLUMNS
-from ._jobs import Method, Result, read_rows, write_whole
+from ._jobs import Method, Plane, Result, write_whole
 
-# Of the tables of the images.
+# Of the tables of images without calibration.
 _COLUMNS: dict[Method, tuple[str, ...]] = {
     "find": ("x", "y", "radius", "score"),
     "segment": COLUMNS,
@@ -36,20 +36,33 @@ def _write_csv(path: pathlib.Path, head: Sequence[str], rows: Iterable[Sequence[
     write_whole(path, text.getvalue())
 
 
+def read_table(path: str) -> list[dict[str, str]]:
+    """The rows of a table by the names of their columns."""
+    with open(path, encoding="utf-8", newline="") as file:
+        return list(csv.DictReader(file))
+
+
 def write_summary(directory: pathlib.Path, results: list[Result], method: Method) -> None:
     """Writes the summary files, images in the order given."""
     done = [r for r in results if not r.error]
     everything, summary = summary_files(method)[:2]
+    tables = [(r.image, read_table(r.table)) for r in done]
+    # In the order of their first use: files may differ in calibration and axes.
+    names = list(dict.fromkeys([*_COLUMNS[method], *(name for _, rows in tables for name in (rows or [{}])[0])]))
     _write_csv(
         directory / everything,
-        ("file", *_COLUMNS[method]),
-        ((r.image, *row) for r in done for row in read_rows(r.table, method)),
+        ("file", *names),
+        ((image, *(row.get(name, "") for name in names)) for image, rows in tables for row in rows),
     )
     columns = ("centers",) if method == "vote" else ("objects", "radius", "polarity", "confidence")
     _write_csv(
         directory / summary,
         ("file", "width", "height", *columns, "seconds"),
-        ((r.image, r.width, r.height, r.centers, *_used(r), f"{r.seconds:.3f}") for r in done),
+        (
+            (r.image + p.fragment, p.width, p.height, p.centers, *_used(p), f"{p.seconds:.3f}")
+            for r in done
+            for p in r.planes
+        ),
     )
     _write_csv(
         directory / "failures.csv",
@@ -59,9 +72,9 @@ def write_summary(directory: pathlib.Path, results: list[Result], method: Method
     _draw(directory / "counts.png", done, _noun(method))
 
 
-def _used(result: Result) -> tuple[str, ...]:
+def _used(plane: Plane) -> tuple[str, ...]:
     """Radius, polarity and confidence, rounded as in the summary of the command."""
-    used = result.used
+    used = plane.used
     return () if used is None else (f"{used.radius:.1f}", used.polarity, f"{used.confidence:.2f}")
 
 
@@ -84,10 +97,11 @@ def _draw(path: pathlib.Path, results: list[Result], noun: str) -> None:
     figure = Figure(figsize=(8, 4.5), layout="constrained")
     FigureCanvasAgg(figure)
     axes = figure.add_subplot()
-    counts = [r.centers for r in results]
-    if len(results) <= few:
+    bars = [(pathlib.Path(r.image).stem + p.fragment, p.centers) for r in results for p in r.planes]
+    counts = [count for _, count in bars]
+    if len(bars) <= few:
         axes.bar(range(len(counts)), counts, color="#4477aa")
-        names = [_name(pathlib.Path(r.image).stem) for r in results]
+        names = [_name(name) for name, _ in bars]
         axes.set_xticks(range(len(counts)), names, rotation=60, ha="right", fontsize=7)
         axes.set_ylabel(noun)
         axes.yaxis.set_major_locator(MaxNLocator(integer=True))
