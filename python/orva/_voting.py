@@ -10,7 +10,8 @@ import numpy.typing as npt
 
 from . import _options as options
 from . import _orva
-from ._arrays import Floats, Image, plane_of
+from ._arrays import Floats, Image
+from ._objects import one_plane_of
 
 Result = TypeVar("Result")
 
@@ -60,11 +61,12 @@ def _voted(
     vote: Callable[[npt.NDArray[Any], _orva.VoteSettings], Result],
     *,
     image: Image,
-    frame: int,
+    frame: int | None,
+    channel_axis: int | None,
     **settings: Any,
 ) -> Result:
     try:
-        return vote(plane_of(image, frame), _settings(**settings))
+        return vote(one_plane_of(image, frame, channel_axis), _settings(**settings))
     except _orva.FileError as error:
         raise ValueError(f"image {error}") from None
 
@@ -83,7 +85,8 @@ def find_centers(
     polarity: str = "bright",
     edges: bool = False,
     power: float = 0.5,
-    frame: int = 0,
+    frame: int | None = None,
+    channel_axis: int | None = None,
 ) -> npt.NDArray[np.void]:
     """Find the centers of round objects by iterative circular voting.
 
@@ -119,7 +122,9 @@ def find_centers(
     power
         Exponent that turns gradient magnitudes into weights, 0 to 100.
     frame
-        The plane of a stack, counted from 0: along z first, then c, then t.
+        The plane of a stack, counted from 0: along z first, then c, then t. Needed for a stack.
+    channel_axis
+        The axis of colour, -1 as in scikit-image, whose luminance votes. If None, the image is grey.
 
     Returns
     -------
@@ -155,7 +160,8 @@ def vote_field(
     polarity: str = "bright",
     edges: bool = False,
     power: float = 0.5,
-    frame: int = 0,
+    frame: int | None = None,
+    channel_axis: int | None = None,
 ) -> Floats:
     """The votes after the last pass, from which find_centers() extracts the centers.
 
@@ -171,9 +177,9 @@ def vote_field(
 
 
 def complete(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """The settings of find_centers() except frame, with its defaults; raises as it does."""
+    """The settings of find_centers() except frame and channel_axis, with its defaults; raises as it does."""
     defaults = dict(find_centers.__kwdefaults__)
-    del defaults["frame"]
+    del defaults["frame"], defaults["channel_axis"]
     result = {**defaults, **settings}
     _settings(**result)
     return result

@@ -28,8 +28,8 @@ CALLS = {
         lambda i: columns(orva.measure_labels(LINE.reshape(i.shape) + 1, i)), GREY, "plane"
     ),
     "estimate_settings": (lambda i: orva.estimate_settings(i, frame=0).radius, GREY, "all"),
-    "find_centers": (lambda i: orva.find_centers(i, max_radius=5), GREY, "all"),
-    "vote_field": (lambda i: orva.vote_field(i, max_radius=5), GREY, "all"),
+    "find_centers": (lambda i: orva.find_centers(i, max_radius=5, frame=0), GREY, "all"),
+    "vote_field": (lambda i: orva.vote_field(i, max_radius=5, frame=0), GREY, "all"),
     "gaussian": (lambda i: orva.gaussian(i, sigma=1), GREY, "all"),
     "smooth": (lambda i: orva.smooth(i, sigma=1), GREY, "all"),
     "gradient": (lambda i: orva.gradient(i, sigma=1), GREY, "all"),
@@ -233,7 +233,9 @@ def test_axes_without_colour_are_refused():
 
 def test_stacks_need_a_frame():
     stack = np.stack([spots(0), spots(4)])
-    for function in (orva.find_objects, orva.segment, orva.estimate_settings):
+    for function in (
+        orva.find_objects, orva.segment, orva.estimate_settings, orva.find_centers, orva.vote_field
+    ):
         with pytest.raises(ValueError, match="2 planes; choose one, frame=0, or project them"):
             function(stack)
     assert len(orva.find_objects(stack, frame=1)) == 4

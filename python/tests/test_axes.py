@@ -72,7 +72,7 @@ def test_ome_of_every_order_and_type(tmp_path, order, dtype):
 def test_imagej_hyperstacks(tmp_path, axes, dtype):
     array = numbered(axes, dtype)
     for k, (layout, byteorder) in enumerate(itertools.product(LAYOUTS, "<>")):
-        if "bigtiff" in layout or layout.get("predictor") and dtype == "float32":
+        if "bigtiff" in layout or (layout.get("predictor") and dtype == "float32"):
             continue
         path = tmp_path / f"{k}.tif"
         tifffile.imwrite(path, array, byteorder=byteorder, imagej=True, metadata={"axes": axes}, **layout)

@@ -85,9 +85,10 @@ def test_planes_are_those_of_the_command(stack, tmp_path, command, jobs, name, o
 
 def test_every_time_has_rows(stack, tmp_path, jobs):
     (result,) = jobs(stack, "--out", tmp_path / "out", "--channel", "DAPI", "--z", "all")
-    assert [plane.fragment for plane in result.planes] == [f"#t={t}&z={z}" for t in range(2) for z in range(3)]
+    places = [(t, z) for t in range(2) for z in range(3)]
+    assert [plane.fragment for plane in result.planes] == [f"#t={t}&z={z}" for t, z in places]
     table = rows(tmp_path / "out" / "objects.csv")
-    assert [(r["t"], r["z"]) for r in table] == [(str(t), str(z)) for t in range(2) for z in range(3)]
+    assert [(int(r["t"]), int(r["z"])) for r in table] == places
     for row in table:
         t, z = int(row["t"]), int(row["z"])
         assert float(row["x"]) == pytest.approx(25 + 25 * z, abs=1)
@@ -154,7 +155,7 @@ def test_folders_and_patterns_stand_for_their_images(tmp_path, jobs):
 
 def test_folders_without_images_and_patterns_without_files_fail(tmp_path, jobs):
     (tmp_path / "empty").mkdir()
-    for name, words in (("empty", "is a directory"), ("*.png", "No such file or directory")):
+    for name, words in (("empty", "Is a directory"), ("*.png", "No such file or directory")):
         (result,) = jobs(tmp_path / name, "--out", tmp_path / "out")
         assert words in result.error
 

@@ -148,7 +148,7 @@ def _parser() -> argparse.ArgumentParser:
     )
     planes.add_argument("--time", type=_number_or_word, metavar="K|all", help="default all")
     planes.add_argument("--series", type=_whole, metavar="K", help="image of an OME-TIFF file of several")
-    planes.add_argument("--level", type=_whole, metavar="K", help="smaller size of a file that stores several")
+    planes.add_argument("--level", type=_whole, metavar="K", help="smaller size, if the file stores several")
     planes.add_argument(
         "--frame", type=_whole, metavar="K", help="page or plane by its number, instead of the others"
     )

@@ -41,7 +41,7 @@ Method = Literal["find", "segment", "vote"]
 
 @dataclasses.dataclass(frozen=True)
 class Job:
-    """A file, its table, and the settings: those of read(), with find_objects(), segment() or find_centers()."""
+    """A file, its table, and the settings of read() and of find_objects(), segment() or find_centers()."""
 
     image: str
     table: str

@@ -48,7 +48,8 @@ def write_summary(directory: pathlib.Path, results: list[Result], method: Method
     everything, summary = summary_files(method)[:2]
     tables = [(r.image, read_table(r.table)) for r in done]
     # In the order of their first use: files may differ in calibration and axes.
-    names = list(dict.fromkeys([*_COLUMNS[method], *(name for _, rows in tables for name in (rows or [{}])[0])]))
+    used = [name for _, rows in tables if rows for name in rows[0]]
+    names = list(dict.fromkeys([*_COLUMNS[method], *used]))
     _write_csv(
         directory / everything,
         ("file", *names),
