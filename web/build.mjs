@@ -1,0 +1,106 @@
+// Builds the npm package and the page: node build.mjs VERSION ORVA.wasm FOLDER
+//
+// FOLDER gets `package`, the content of the package orva, and `page`, a folder of files to serve.
+import { build } from "esbuild";
+import { decode, encode } from "fast-png";
+import { createHash } from "node:crypto";
+import { cp, mkdir, readFile, readdir, rm, writeFile } from "node:fs/promises";
+import { dirname, join } from "node:path";
+import { fileURLToPath } from "node:url";
+import { readPnm } from "./page/pnm.js";
+
+const here = dirname(fileURLToPath(import.meta.url));
+const [version, wasm, folder] = process.argv.slice(2);
+
+const common = {
+  bundle: true,
+  format: "esm",
+  target: ["es2022"],
+  legalComments: "none",
+  logLevel: "warning",
+};
+
+async function buildPackage(to) {
+  const source = (name) => join(here, "package", name);
+  await rm(to, { recursive: true, force: true });
+  await mkdir(to, { recursive: true });
+  // The files import each other, so that both entries share them; pako is in engine.js.
+  await build({
+    ...common,
+    entryPoints: ["browser", "local", "worker", "node", "node_worker"].map((name) => source(`${name}.js`)),
+    outdir: to,
+    splitting: true,
+    chunkNames: "shared_[hash]",
+    platform: "neutral",
+    mainFields: ["module", "main"],
+    external: ["node:*"],
+  });
+  await cp(source("index.d.ts"), join(to, "index.d.ts"));
+  await cp(source("README.md"), join(to, "README.md"));
+  await cp(wasm, join(to, "orva.wasm"));
+  const facts = JSON.parse(await readFile(source("package.json"), "utf-8"));
+  await writeFile(join(to, "package.json"), `${JSON.stringify({ ...facts, version }, null, 2)}\n`);
+}
+
+// The sample images as PNG files, which are smaller.
+async function buildSamples(to) {
+  const from = join(here, "..", "data", "images");
+  await mkdir(to, { recursive: true });
+  for (const name of await readdir(from)) {
+    const { data, width, height } = readPnm(await readFile(join(from, name)));
+    const png = encode({ data, width, height, channels: 1, depth: 8 }, { zlib: { level: 9 } });
+    if (Buffer.compare(Buffer.from(decode(png).data), Buffer.from(data)) !== 0) throw new Error(`${name} changed`);
+    await writeFile(join(to, name.replace(/\.pgm$/, ".png")), png);
+  }
+}
+
+async function filesIn(folder, under = "") {
+  const files = [];
+  for (const entry of await readdir(join(folder, under), { withFileTypes: true })) {
+    const name = under ? `${under}/${entry.name}` : entry.name;
+    if (entry.isDirectory()) files.push(...(await filesIn(folder, name)));
+    else files.push(name);
+  }
+  return files.sort();
+}
+
+async function buildPage(to) {
+  const source = join(here, "page");
+  await rm(to, { recursive: true, force: true });
+  await mkdir(to, { recursive: true });
+  await build({
+    ...common,
+    entryPoints: { app: join(source, "app.js"), worker: join(here, "package", "worker.js") },
+    outdir: to,
+    splitting: true,
+    chunkNames: "part_[hash]",
+    platform: "browser",
+    minify: true,
+    define: { ORVA_VERSION: JSON.stringify(version) },
+    // No microscope writes the formats of surveying.
+    alias: { lerc: join(source, "no_decoder.js") },
+  });
+  for (const name of ["index.html", "icon.svg", "manifest.webmanifest"]) await cp(join(source, name), join(to, name));
+  await build({ ...common, entryPoints: [join(source, "style.css")], outdir: to, minify: true });
+  await cp(wasm, join(to, "orva.wasm"));
+  await buildSamples(join(to, "samples"));
+
+  // The service worker keeps all files under a name that changes with their content.
+  const files = await filesIn(to);
+  const hash = createHash("sha256");
+  for (const name of files) hash.update(name).update(await readFile(join(to, name)));
+  await build({
+    ...common,
+    entryPoints: [join(source, "service_worker.js")],
+    outdir: to,
+    format: "iife",
+    minify: true,
+    define: {
+      FILES: JSON.stringify(["./", ...files.filter((name) => name !== "index.html")]),
+      CACHE_NAME: JSON.stringify(`orva-${version}-${hash.digest("hex").slice(0, 12)}`),
+    },
+  });
+}
+
+await buildPackage(join(folder, "package"));
+await buildPage(join(folder, "page"));
