@@ -1,0 +1,140 @@
+// The packed package in a fresh folder, its arguments, its errors and its memory.
+import assert from "node:assert/strict";
+import { execFileSync } from "node:child_process";
+import { readFileSync, readdirSync, writeFileSync } from "node:fs";
+import { join } from "node:path";
+import { test } from "node:test";
+import { built, randomImage, readSample, root, samples, temporaryFolder } from "./support.mjs";
+
+const orva = await import(join(built, "package", "node.js"));
+const [archive] = readdirSync(built).filter((name) => /^orva-.*\.tgz$/.test(name));
+const image = readSample(samples.find((file) => file.includes("sparse")));
+
+const USER = `
+import { findObjects, type FindResult, type Image } from "orva";
+const image: Image = { data: new Uint8Array(64 * 64), width: 64, height: 64 };
+for (let y = 20; y < 40; ++y) for (let x = 20; x < 40; ++x) {
+  if ((x - 30) ** 2 + (y - 30) ** 2 < 81) (image.data as Uint8Array)[y * 64 + x] = 200;
+}
+const { objects, settings }: FindResult = await findObjects(image, { minScore: 0.3 });
+console.log(objects.length, Math.round(objects[0].x), Math.round(objects[0].radius), settings.polarity);
+`;
+
+test("a fresh folder installs and uses the archive", () => {
+  const folder = temporaryFolder();
+  writeFileSync(join(folder, "package.json"), '{"type": "module"}');
+  execFileSync("npm", ["install", "--offline", "--no-audit", "--no-fund", join(built, archive)], { cwd: folder });
+  writeFileSync(join(folder, "user.ts"), USER);
+  const tsc = join(root, "web", "node_modules", "typescript", "bin", "tsc");
+  const options = ["--strict", "--target", "es2022", "--module", "nodenext", "--lib", "es2022,dom"];
+  execFileSync("node", [tsc, ...options, "user.ts"], { cwd: folder, stdio: "inherit" });
+  assert.equal(execFileSync("node", ["user.js"], { cwd: folder }).toString(), "1 30 9 bright\n");
+});
+
+test("the archive names no other package and no host", () => {
+  const facts = JSON.parse(readFileSync(join(built, "package", "package.json"), "utf-8"));
+  assert.equal(facts.dependencies, undefined);
+  const cmake = readFileSync(join(root, "CMakeLists.txt"), "utf-8");
+  assert.equal(facts.version, /project\(orva VERSION ([0-9.]+)/.exec(cmake)[1]);
+  for (const name of readdirSync(join(built, "package")).filter((file) => file.endsWith(".js"))) {
+    const text = readFileSync(join(built, "package", name), "utf-8");
+    assert.doesNotMatch(text, /https?:\/\/|\beval\(|new Function/, name);
+  }
+  assert.doesNotMatch(readFileSync(join(root, "web", "package-lock.json"), "utf-8"), /"resolved"/);
+});
+
+test("arguments of another type or out of range are errors", async () => {
+  const { findObjects, segment, vote, measure, measureLabels, encode } = orva;
+  const found = await findObjects(image);
+  const small = { data: new Uint8Array(4), width: 2, height: 2 };
+  const wrong = [
+    [TypeError, "image must be an object", () => findObjects(null)],
+    [TypeError, "typed array", () => findObjects({ data: [1, 2], width: 2, height: 1 })],
+    [TypeError, "not Float64Array", () => findObjects({ data: new Float64Array(1), width: 1, height: 1 })],
+    [RangeError, "image.data has 4 numbers, 3 x 2 x 1 are 6", () => findObjects({ ...small, width: 3 })],
+    [RangeError, "image.width", () => findObjects({ ...small, width: 0 })],
+    [TypeError, "image.height must be a whole number", () => findObjects({ ...small, height: 1.5 })],
+    [RangeError, "channels", () => findObjects({ ...small, channels: 2 })],
+    [RangeError, "minScore must be from 0 to 1, not 2", () => findObjects(image, { minScore: 2 })],
+    [TypeError, "minScore must be a number", () => findObjects(image, { minScore: "0.5" })],
+    [RangeError, "radius", () => findObjects(image, { radius: NaN })],
+    [RangeError, "the upper radius", () => findObjects(image, { radius: [5, 4] })],
+    [RangeError, "polarity must be one of bright, dark, not both", () => findObjects(image, { polarity: "both" })],
+    [TypeError, "there is no option min_score", () => findObjects(image, { min_score: 0.5 })],
+    [TypeError, "options must be an object", () => findObjects(image, 3)],
+    [RangeError, "minArea must not exceed maxArea", () => segment(image, { minArea: 9, maxArea: 8 })],
+    [TypeError, "excludeBorder", () => segment(image, { excludeBorder: 1 })],
+    [RangeError, "2 x 2", () => segment(image, { measure: small })],
+    [TypeError, "objects[0].radius", () => segment(image, { objects: [{ x: 1, y: 1 }] })],
+    [RangeError, "minRadius must not exceed maxRadius", () => vote(image, { minRadius: 21 })],
+    [TypeError, "coneWidth must be a whole number", () => vote(image, { coneWidth: 1.5 })],
+    [RangeError, "threshold", () => measure(image, { threshold: Infinity })],
+    [RangeError, "labels must be from 0", () => measureLabels({ data: Int32Array.of(-1), width: 1, height: 1 }, small)],
+    [TypeError, "whole numbers", () => measureLabels({ data: new Float32Array(4), width: 2, height: 2 }, small)],
+    [RangeError, "format must be one of", () => encode(image, found, "labels")],
+  ];
+  for (const [type, text, call] of wrong) {
+    await assert.rejects(call, (error) => error instanceof type && error.message.includes(text), text);
+  }
+});
+
+test("images without objects have none", async () => {
+  for (const [width, height] of [[1, 1], [1, 40], [64, 64]]) {
+    const flat = { data: new Float32Array(width * height).fill(7), width, height };
+    const { objects, settings } = await orva.findObjects(flat);
+    assert.deepEqual([objects, settings.radius, settings.confidence], [[], 0, 0]);
+    const { regions, labels } = await orva.segment(flat);
+    assert.deepEqual([regions, labels.data.some((v) => v !== 0)], [[], false]);
+  }
+});
+
+test("colour counts as luminance", async () => {
+  const grey = randomImage(2, "uint8");
+  const colour = { ...grey, channels: 3, data: Uint8Array.from({ length: grey.data.length * 3 }, (_, i) => grey.data[Math.floor(i / 3)]) };
+  const opaque = { ...grey, channels: 4, data: Uint8Array.from({ length: grey.data.length * 4 }, (_, i) => (i % 4 === 3 ? 255 : grey.data[i >> 2])) };
+  const found = await orva.findObjects(colour);
+  assert.ok(found.objects.length > 3);
+  assert.deepEqual(found, await orva.findObjects(opaque));
+});
+
+test("given objects are segmented", async () => {
+  const { objects, settings } = await orva.findObjects(image);
+  const all = await orva.segment(image);
+  assert.deepEqual(await orva.segment(image, { objects, settings }), all);
+  const one = await orva.segment(image, { objects: objects.slice(0, 1), settings });
+  assert.deepEqual([one.regions.length, one.objects], [1, objects.slice(0, 1)]);
+  const measures = await orva.measureLabels(all.labels, image);
+  assert.deepEqual(measures, all.regions.map(({ score, ...region }) => region));
+});
+
+test("brightness of another image is measured", async () => {
+  const negative = { ...image, data: image.data.map((v) => 255 - v) };
+  const plain = await orva.segment(image);
+  const other = await orva.segment(image, { measure: negative });
+  assert.deepEqual(other.labels, plain.labels);
+  other.regions.forEach((r, i) => assert.equal(r.minIntensity, 255 - plain.regions[i].maxIntensity));
+});
+
+test("an image that does not fit is an error and no harm", async () => {
+  const width = 30000;
+  const huge = { data: new Uint8Array(width * width), width, height: width };
+  await assert.rejects(orva.findObjects(huge), /could not be processed|too large|out of memory/);
+  assert.equal((await orva.findObjects(image)).objects.length, 11);
+});
+
+test("a hundred calls keep the memory", async () => {
+  const grown = [];
+  for (let i = 0; i < 100; ++i) {
+    await orva.segment(randomImage(i, "uint16"));
+    if (i % 20 === 19) grown.push(process.memoryUsage.rss());
+  }
+  // Of the worker, too, which is a thread of this process.
+  assert.ok(grown[4] - grown[1] < 32 << 20, `resident bytes: ${grown.join(", ")}`);
+});
+
+test("calls after close() start another worker", async () => {
+  const pending = orva.findObjects(image);
+  orva.close();
+  await assert.rejects(pending, /closed/);
+  assert.equal((await orva.findObjects(image)).objects.length, 11);
+});
