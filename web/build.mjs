@@ -78,7 +78,7 @@ async function buildPage(to) {
     minify: true,
     define: { ORVA_VERSION: JSON.stringify(version) },
     // No microscope writes the formats of surveying.
-    alias: { lerc: join(source, "no_decoder.js") },
+    alias: { lerc: join(source, "no_decoder.js"), orva: join(here, "package", "browser.js") },
   });
   for (const name of ["index.html", "icon.svg", "manifest.webmanifest"]) await cp(join(source, name), join(to, name));
   await build({ ...common, entryPoints: [join(source, "style.css")], outdir: to, minify: true });
