@@ -6,7 +6,8 @@ const WHITE_IS_ZERO = 0;
 const RGB = 2;
 const PALETTE = 3;
 
-const ratio = (value) => (value?.length === 2 ? value[0] / value[1] : Number(value ?? 0));
+// As a single-precision number, which the command reads.
+const ratio = (value) => Math.fround(value?.length === 2 ? value[0] / value[1] : Number(value ?? 0));
 
 function inverted(data) {
   if (data instanceof Float32Array) return data.map((v) => -v);
@@ -49,7 +50,7 @@ export async function openTiff(file) {
   const description = directory.hasTag("ImageDescription") ? await directory.loadValue("ImageDescription") : "";
   const resolution = async (tag) => (directory.hasTag(tag) ? ratio(await directory.loadValue(tag)) : 0);
   const isColour = directory.getValue("PhotometricInterpretation") === RGB;
-  const axes = tiffAxes(String(description ?? ""), {
+  const axes = tiffAxes(String(description ?? "").replace(/\0+$/, ""), {
     pages: await tiff.getImageCount(),
     samplesPerColour: isColour ? first.getSamplesPerPixel() : 1,
     xResolution: await resolution("XResolution"),

@@ -1,12 +1,22 @@
 // The image with its objects on a canvas: zoom and pan by wheel, pointers and keys.
 
 const MAX_SCALE = 40; // screen pixels per pixel
+const REST = 120; // milliseconds without a change after which nothing moves
+
+// Of a mark in pixels of the image, whose centers are at whole numbers.
+function pathOf({ x, y, radius, path }) {
+  if (path) return path;
+  const circle = new Path2D();
+  circle.arc(x + 0.5, y + 0.5, radius, 0, 2 * Math.PI);
+  return circle;
+}
 
 export class Viewer {
   #canvas;
   #context;
   #picture = null; // a canvas
   #marks = []; // {x, y, radius, path} in pixels of the image; a path or a circle
+  #path = new Path2D(); // of all marks
   #hovered = null;
   #scale = 1;
   #x = 0; // of the image's corner on the screen
@@ -14,6 +24,8 @@ export class Viewer {
   #isFitted = true;
   #pointers = new Map();
   #frame = 0;
+  #isMoving = false;
+  #rest = 0; // timer
 
   // `onHover(position)` gets the pixel under the pointer, or null.
   constructor(canvas, onHover) {
@@ -41,6 +53,8 @@ export class Viewer {
 
   mark(marks) {
     this.#marks = marks;
+    this.#path = new Path2D();
+    for (const mark of marks) this.#path.addPath(pathOf(mark));
     this.#draw();
   }
 
@@ -162,7 +176,14 @@ export class Viewer {
     action();
   }
 
+  // Thin lines while things move, which every machine draws fast; then the others.
   #draw() {
+    this.#isMoving = true;
+    clearTimeout(this.#rest);
+    this.#rest = setTimeout(() => {
+      this.#isMoving = false;
+      this.#paint();
+    }, REST);
     if (this.#frame) return;
     this.#frame = requestAnimationFrame(() => {
       this.#frame = 0;
@@ -181,23 +202,17 @@ export class Viewer {
     context.imageSmoothingEnabled = scale < 2;
     context.imageSmoothingQuality = "high";
     context.drawImage(this.#picture, 0, 0);
-    context.lineJoin = "round";
-    context.lineCap = "round";
-    const stroke = (mark, colour, width) => {
+    // Outlines consist of straight pieces along the axes: square ends close their corners, and cost
+    // a small part of what round ones do.
+    context.lineCap = "square";
+    const stroke = (path, colour, width) => {
       context.strokeStyle = colour;
       context.lineWidth = (width * ratio) / scale;
-      if (mark.path) {
-        context.stroke(mark.path);
-        return;
-      }
-      context.beginPath();
-      // Pixel centers are at whole numbers.
-      context.arc(mark.x + 0.5, mark.y + 0.5, mark.radius, 0, 2 * Math.PI);
-      context.stroke();
+      context.stroke(path);
     };
     const width = Math.min(Math.max(this.#scale * 1.1, 1.4), 2.2);
-    for (const mark of this.#marks) stroke(mark, "rgb(0 0 0 / 65%)", width + 1.8);
-    for (const mark of this.#marks) stroke(mark, "#ff9a3c", width);
-    if (this.#hovered && this.#marks.includes(this.#hovered)) stroke(this.#hovered, "#ffffff", width + 1);
+    if (!this.#isMoving) stroke(this.#path, "rgb(0 0 0 / 65%)", width + 1.8);
+    stroke(this.#path, "#ff9a3c", this.#isMoving ? 1 / ratio : width);
+    if (this.#hovered && this.#marks.includes(this.#hovered)) stroke(pathOf(this.#hovered), "#ffffff", width + 1);
   }
 }
