@@ -2,12 +2,13 @@
 //
 // FOLDER gets `package`, the content of the package orva, and `page`, a folder of files to serve.
 import { build } from "esbuild";
-import { decode, encode } from "fast-png";
+import { decode } from "fast-png";
 import { createHash } from "node:crypto";
 import { cp, mkdir, readFile, readdir, rm, writeFile } from "node:fs/promises";
 import { dirname, join } from "node:path";
 import { fileURLToPath } from "node:url";
 import { readPnm } from "./page/pnm.js";
+import { smallPng } from "./small_png.mjs";
 
 const here = dirname(fileURLToPath(import.meta.url));
 const [version, wasm, folder] = process.argv.slice(2);
@@ -16,7 +17,8 @@ const common = {
   bundle: true,
   format: "esm",
   target: ["es2022"],
-  legalComments: "none",
+  legalComments: "none", // licences.txt has them all
+  metafile: true,
   logLevel: "warning",
 };
 
@@ -25,7 +27,7 @@ async function buildPackage(to) {
   await rm(to, { recursive: true, force: true });
   await mkdir(to, { recursive: true });
   // The files import each other, so that both entries share them; pako is in engine.js.
-  await build({
+  const { metafile } = await build({
     ...common,
     entryPoints: ["browser", "local", "worker", "node", "node_worker"].map((name) => source(`${name}.js`)),
     outdir: to,
@@ -38,6 +40,7 @@ async function buildPackage(to) {
   await cp(source("index.d.ts"), join(to, "index.d.ts"));
   await cp(source("README.md"), join(to, "README.md"));
   await cp(wasm, join(to, "orva.wasm"));
+  await writeFile(join(to, "licences.txt"), await licencesOf(Object.keys(metafile.inputs)));
   const facts = JSON.parse(await readFile(source("package.json"), "utf-8"));
   await writeFile(join(to, "package.json"), `${JSON.stringify({ ...facts, version }, null, 2)}\n`);
 }
@@ -47,11 +50,35 @@ async function buildSamples(to) {
   const from = join(here, "..", "data", "images");
   await mkdir(to, { recursive: true });
   for (const name of await readdir(from)) {
-    const { data, width, height } = readPnm(await readFile(join(from, name)));
-    const png = encode({ data, width, height, channels: 1, depth: 8 }, { zlib: { level: 9 } });
-    if (Buffer.compare(Buffer.from(decode(png).data), Buffer.from(data)) !== 0) throw new Error(`${name} changed`);
+    const image = readPnm(await readFile(join(from, name)));
+    const png = smallPng(image);
+    if (Buffer.compare(decode(png).data, image.data) !== 0) throw new Error(`${name} changed`);
     await writeFile(join(to, name.replace(/\.pgm$/, ".png")), png);
   }
+}
+
+// The licences of the npm packages of which `inputs` name files, and of what the module is linked
+// with.
+const LINKED = {
+  "nlohmann-json": "/usr/share/doc/nlohmann-json3-dev/copyright",
+  musl: "/usr/share/emscripten/system/lib/libc/musl/COPYRIGHT",
+};
+
+async function licencesOf(inputs) {
+  const folders = new Set();
+  for (const input of inputs) {
+    const match = /node_modules\/((?:@[^/]+\/)?[^/]+)\//.exec(input);
+    if (match) folders.add(match[1]);
+  }
+  const texts = [];
+  for (const [name, file] of Object.entries(LINKED)) texts.push(name, await readFile(file, "utf-8"));
+  for (const name of [...folders].sort()) {
+    const from = join(here, "node_modules", name);
+    const file = (await readdir(from)).find((entry) => /^licen[cs]e/i.test(entry));
+    if (!file) throw new Error(`${name} has no licence`);
+    texts.push(name, await readFile(join(from, file), "utf-8"));
+  }
+  return `${texts.map((text) => text.trim()).join("\n\n")}\n`;
 }
 
 async function filesIn(folder, under = "") {
@@ -68,7 +95,7 @@ async function buildPage(to) {
   const source = join(here, "page");
   await rm(to, { recursive: true, force: true });
   await mkdir(to, { recursive: true });
-  await build({
+  const { metafile } = await build({
     ...common,
     entryPoints: { app: join(source, "app.js"), worker: join(here, "package", "worker.js") },
     outdir: to,
@@ -83,6 +110,7 @@ async function buildPage(to) {
   for (const name of ["index.html", "icon.svg", "manifest.webmanifest"]) await cp(join(source, name), join(to, name));
   await build({ ...common, entryPoints: [join(source, "style.css")], outdir: to, minify: true });
   await cp(wasm, join(to, "orva.wasm"));
+  await writeFile(join(to, "licences.txt"), await licencesOf(Object.keys(metafile.inputs)));
   await buildSamples(join(to, "samples"));
 
   // The service worker keeps all files under a name that changes with their content.

@@ -10,7 +10,7 @@
 namespace orva::formats {
 namespace {
 
-constexpr std::uint16_t kVersion = 20;
+constexpr std::uint16_t kNeededVersion = 20;
 constexpr std::uint16_t kDeflated = 8;
 constexpr std::uint16_t kFirstDay = (1U << 5U) | 1U;  // 1980-01-01
 
@@ -35,7 +35,7 @@ struct Entry {
 
 // What the header before a file and its row in the directory have in common.
 void appendFacts(std::string& to, const Entry& e) {
-  append16(to, kVersion);
+  append16(to, kNeededVersion);
   append16(to, 0);  // flags
   append16(to, kDeflated);
   append16(to, 0);  // time

@@ -91,13 +91,14 @@ export class Project {
       item.ranged && hasRange(settings) && item.ranged.key === rangeKey(settings) ? item.ranged : item.base;
     if (!known || item.base.key !== baseKey(settings)) return null;
     if (known.cut?.key === rangeKey(settings) + settings.minScore) return known.cut.result;
-    const [low, high] = [settings.low ?? 0, settings.high ?? Infinity];
+    // Scores and radii are single-precision numbers.
+    const [minScore, low, high] = [settings.minScore, settings.low ?? 0, settings.high ?? Infinity].map(Math.fround);
     const objects = known.found.objects.filter(
-      (o) => o.score >= settings.minScore && o.radius >= low && o.radius <= high,
+      (o) => o.score >= minScore && o.radius >= low && o.radius <= high,
     );
     const options = { minScore: settings.minScore };
     if (settings.polarity) options.polarity = settings.polarity;
-    if (hasRange(settings)) options.radius = [low, Math.min(high, 1e6)];
+    if (hasRange(settings)) options.radius = [settings.low ?? 0, settings.high ?? 1e6];
     const result = { objects, settings: known.found.settings, options };
     known.cut = { key: rangeKey(settings) + settings.minScore, result };
     return result;

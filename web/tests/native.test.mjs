@@ -4,7 +4,7 @@ import { execFileSync } from "node:child_process";
 import { readFileSync, writeFileSync } from "node:fs";
 import { basename, join } from "node:path";
 import { test } from "node:test";
-import { crc32 } from "./checksum.mjs";
+import { crc32 } from "../checksum.mjs";
 import { built, randomImage, readSample, root, runCommand, samples, temporaryFolder } from "./support.mjs";
 
 const orva = await import(join(built, "package", "node.js"));

@@ -1,7 +1,7 @@
 // The packed package in a fresh folder, its arguments, its errors and its memory.
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
-import { readFileSync, readdirSync, writeFileSync } from "node:fs";
+import { mkdirSync, readFileSync, readdirSync, symlinkSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { test } from "node:test";
 import { built, randomImage, readSample, root, samples, temporaryFolder } from "./support.mjs";
@@ -31,6 +31,22 @@ test("a fresh folder installs and uses the archive", () => {
   assert.equal(execFileSync("node", ["user.js"], { cwd: folder }).toString(), "1 30 9 bright\n");
 });
 
+test("the programs of the documents run", () => {
+  const folder = temporaryFolder();
+  symlinkSync(join(root, "data"), join(folder, "data"));
+  mkdirSync(join(folder, "node_modules"));
+  symlinkSync(join(built, "package"), join(folder, "node_modules", "orva"));
+  const outputs = ["docs/web.md", "web/package/README.md"].map((document) => {
+    const blocks = [...readFileSync(join(root, document), "utf-8").matchAll(/^```js\n(.*?)^```/gms)];
+    assert.equal(blocks.length, 1, document);
+    writeFileSync(join(folder, "program.mjs"), blocks[0][1]);
+    return execFileSync("node", ["--preserve-symlinks", "program.mjs"], { cwd: folder }).toString();
+  });
+  assert.match(outputs[0], /^23 bright objects\n/);
+  assert.equal(outputs[0].split("\n").length, 25);
+  assert.match(readFileSync(join(folder, "nuclei.csv"), "utf-8"), /^label,centroid-0,/);
+});
+
 test("the archive names no other package and no host", () => {
   const facts = JSON.parse(readFileSync(join(built, "package", "package.json"), "utf-8"));
   assert.equal(facts.dependencies, undefined);
@@ -41,6 +57,18 @@ test("the archive names no other package and no host", () => {
     assert.doesNotMatch(text, /https?:\/\/|\beval\(|new Function/, name);
   }
   assert.doesNotMatch(readFileSync(join(root, "web", "package-lock.json"), "utf-8"), /"resolved"/);
+});
+
+test("the module imports what the package offers", async () => {
+  const module = await WebAssembly.compile(readFileSync(join(built, "package", "orva.wasm")));
+  const names = WebAssembly.Module.imports(module).map(({ module: from, name }) => `${from}.${name}`);
+  const system = ["environ_get", "environ_sizes_get", "fd_close", "fd_read", "fd_seek", "fd_write", "proc_exit"];
+  assert.deepEqual(names.sort(), [
+    "env.emscripten_notify_memory_growth",
+    "host.copyDeflated",
+    "host.deflate",
+    ...system.map((name) => `wasi_snapshot_preview1.${name}`),
+  ]);
 });
 
 test("arguments of another type or out of range are errors", async () => {
