@@ -1,7 +1,7 @@
 """Results of the Python package for images and options in JSON on standard input, with every number exact.
 
-Each job is {"file", "width", "height", "type", "calls": [[function, options], ...]}; the pixels are in the file. The
-answer to a call is a list of rows, or of {"labels": checksum, "rows"} for segment.
+Each job is {"file", "width", "height", "type", "calls": [[function, options], ...]}; the pixels are in
+the file. The answer to a call is a list of rows, or {"labels": checksum, "rows"} for segment.
 """
 
 import json
@@ -10,6 +10,7 @@ import sys
 import zlib
 
 import numpy as np
+
 import orva
 
 # As the command reads samples from files.
