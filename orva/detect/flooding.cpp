@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <queue>
 
-#include "orva/bip/union_find.h"
+#include "orva/bip/rectangle_groups.h"
 #include "orva/detect/star_shape.h"
 #include "orva/util/parallel_for.h"
 
@@ -36,39 +35,16 @@ void clearMarks(image<int>& labels) {
   });
 }
 
-// Basins that may reach the same pixels, in ascending order. Others neither take nor mark a pixel
-// that one of them does, so each group floods as if there were no others.
-std::vector<std::vector<std::size_t>> groupsOf(const std::vector<Basin>& basins, int nx, int ny) {
-  constexpr int kSide = 16;  // of the squares by which basins are compared, in pixels
-  constexpr int kNone = -1;
-  const int columns = nx / kSide + 1;
-  const int rows = ny / kSide + 1;
-  std::vector<int> owners(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows),
-                          kNone);
-  bip::UnionFind<> sets;
-  for (const Basin& b : basins) {
-    int set = sets.add();
-    const float radius = *std::max_element(b.radii.begin(), b.radii.end());
-    // With the pixels beyond it that are marked, and one more, as positions are rounded.
-    const float reach = std::max(kReachShare * radius, radius + kReachPixels) + 2;
-    const auto squareOf = [](float v, int n) {
-      return static_cast<int>(std::clamp(v, 0.0F, static_cast<float>(n - 1))) / kSide;
-    };
-    for (int y = squareOf(b.y - reach, ny); y <= squareOf(b.y + reach, ny); ++y) {
-      for (int x = squareOf(b.x - reach, nx); x <= squareOf(b.x + reach, nx); ++x) {
-        int& owner = owners[static_cast<std::size_t>(y) * static_cast<std::size_t>(columns) +
-                            static_cast<std::size_t>(x)];
-        if (owner != kNone) set = sets.join(owner, set);
-        owner = set;
-      }
-    }
-  }
-  const std::ptrdiff_t count = sets.number(std::numeric_limits<std::ptrdiff_t>::max());
-  std::vector<std::vector<std::size_t>> groups(static_cast<std::size_t>(count));
-  for (std::size_t k = 0; k < basins.size(); ++k) {
-    groups[static_cast<std::size_t>(sets.numberOf(static_cast<int>(k)))].push_back(k);
-  }
-  return groups;
+// The pixels that a basin takes or marks, at least.
+bip::Rectangle reachOf(const Basin& b) {
+  const float radius = *std::max_element(b.radii.begin(), b.radii.end());
+  // With the pixels beyond that are marked, and one more, as positions are rounded.
+  const float reach = std::max(kReachShare * radius, radius + kReachPixels) + 2;
+  const auto pixel = [](float v) {
+    constexpr float kFar = 1e9F;
+    return static_cast<int>(std::clamp(v, -kFar, kFar));
+  };
+  return {pixel(b.x - reach), pixel(b.y - reach), pixel(b.x + reach), pixel(b.y + reach)};
 }
 
 // While it runs, -k marks pixels that basin k - 1 was the last to reach: to reach one again changes
@@ -208,7 +184,10 @@ float floodLevel(const Basin& basin, int x, int y, float value) {
 image<int> flooded(const image<float>& values, const std::vector<Basin>& basins) {
   image<int> labels(values.nx(), values.ny(), 1, 1, 1);
   if (labels.isNull()) return labels;
-  const std::vector<std::vector<std::size_t>> groups = groupsOf(basins, labels.nx(), labels.ny());
+  std::vector<bip::Rectangle> reaches;
+  for (const Basin& b : basins) reaches.push_back(reachOf(b));
+  // Each group floods as if there were no others.
+  const auto groups = bip::groupsOf(reaches, labels.nx(), labels.ny());
   parallelFor(groups.size(), [&](std::size_t k) { Flood(values, basins, labels).run(groups[k]); });
   clearMarks(labels);
   return labels;

@@ -25,8 +25,12 @@ constexpr float kInside = 0.8F;      // share of the outline's radius up to whic
 constexpr std::array<float, 2> kAround{1.2F, 1.5F};  // shares from and up to which they are around,
 constexpr std::array<float, 2> kAroundPixels{1.0F, 2.0F};  // and pixels beyond these
 constexpr float kMinContrastToNoise = 0.25F;
-constexpr double kMinFilled = 0.3;    // share of the outline's area
-constexpr int kSamplesAcross = 64;    // of the pixels inside and around along an axis, at least
+constexpr double kMinFilled = 0.3;  // share of the outline's area
+constexpr int kSamplesAcross = 64;  // of the pixels inside and around along an axis, at least
+// Estimated shares of the time up to the end of the scale levels, the polarity and the outlines.
+constexpr double kLevelsShare = 0.35;
+constexpr double kPollShare = 0.5;
+constexpr double kOutlinesShare = 0.75;
 constexpr std::size_t kPolled = 200;  // objects that decide on the polarity, at least, if there are
 
 void requireInRange(const SegmentSettings& s) {
@@ -203,19 +207,29 @@ Segmentation segmentObjects(const Image& img, const std::vector<Object>& objects
   requireInRange(settings);
   Segmentation s{image<int>(img.nx(), img.ny(), 1, 1, 1), {}};
   if (objects.empty()) return s;
-  const std::vector<ScaleLevel> levels = scaleLevels(img);
+  const auto during = [](const char* name, double begin, double end, const auto& work) {
+    const Step step(name, begin, end);
+    return work();
+  };
+  const std::vector<ScaleLevel> levels =
+      during("scales", 0, kLevelsShare, [&] { return scaleLevels(img); });
   if (levels.empty()) return s;
-  const Polarity polarity =
-      settings.polarity ? *settings.polarity : polarityOf(levels, img, objects);
-  const image<float> plane = smoothed(levels.front(), polarity);
+  const Polarity polarity = during("outlines", kLevelsShare, kPollShare, [&] {
+    return settings.polarity ? *settings.polarity : polarityOf(levels, img, objects);
+  });
+  const image<float> plane = during("outlines", kPollShare, kPollShare,
+                                    [&] { return smoothed(levels.front(), polarity); });
   std::vector<Shape> shapes;
   std::vector<Basin> basins;
   std::vector<std::optional<Shape>> found(objects.size());
-  parallelFor(objects.size(), [&](std::size_t i) {
-    if (!fits(img, objects[i])) return;
-    Shape shape = outlinedShape(levels, polarity, objects[i]);
-    if (setThreshold(plane, levels.front().noise, shape.basin)) found[i] = shape;
+  during("outlines", kPollShare, kOutlinesShare, [&] {
+    parallelFor(objects.size(), [&](std::size_t i) {
+      if (!fits(img, objects[i])) return;
+      Shape shape = outlinedShape(levels, polarity, objects[i]);
+      if (setThreshold(plane, levels.front().noise, shape.basin)) found[i] = shape;
+    });
   });
+  const Step step("regions", kOutlinesShare, 1);
   for (std::size_t i = 0; i < objects.size(); ++i) {
     if (!found[i]) continue;
     s.kept.push_back(i);
