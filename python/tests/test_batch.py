@@ -327,7 +327,8 @@ class Cluster:
         self._file = directory / "scheduler.json"
         self._processes = []
         self.scheduler = self.start("dask_scheduler", "--port", "0", "--no-dashboard")
-        until(self._file.exists)
+        # The scheduler creates the file before it writes the line.
+        until(lambda: self._file.exists() and self._file.read_text(encoding="utf-8").strip().endswith("}"))
         self.workers = [self.start_worker(), self.start_worker()]
 
     def start(self, module, *arguments):
