@@ -130,17 +130,13 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   const Image& img = input.img;
   const std::unique_ptr<Image> other = otherImage(input);
   const detect::FindSettings settings = settingsFor(input.pixelSize);
-  detect::SegmentSettings regionSettings = regionSettingsFor(input.pixelSize);
-  const detect::FindResult found = detect::findObjects(img, settings);
-  regionSettings.polarity = found.used.polarity;
-  const detect::Segmentation segmented = detect::segmentObjects(img, found.objects, regionSettings);
-  detect::FindResult kept{found.used, {}};
-  for (const std::size_t k : segmented.kept) kept.objects.push_back(found.objects[k]);
+  const detect::SegmentSettings regionSettings = regionSettingsFor(input.pixelSize);
+  const detect::SegmentedImage segmented = detect::segmentImage(img, settings, regionSettings);
   const auto measures = detect::measureObjects(segmented.labels, other ? *other : img);
 
   Findings findings;
   findings.found =
-      detectionsOf(factsOf(input), settings, regionSettings, kept, measures,
+      detectionsOf(factsOf(input), settings, regionSettings, segmented, measures,
                    drawsContours(format()) ? contoursOf(segmented.labels) : std::vector<Contour>());
   if (const auto& file = input.files[kLabels]) {
     findings.files.push_back({*file, encodeLabels(*file, segmented.labels)});
@@ -148,10 +144,10 @@ DetectionCommand::Findings SegmentCommand::findIn(const Input& input) const {
   if (const auto& file = input.files[kOutlines]) {
     findings.files.push_back({*file, outlinesAsPng(img, segmented.labels)});
   }
-  findings.summary = summaryOf(kept.objects.size(), found.used);
-  findings.report = reportOf(kept, input.pixelSize);
-  if (const std::size_t n = found.objects.size() - kept.objects.size(); n > 0) {
-    findings.report += "; " + std::to_string(n) + " more left out";
+  findings.summary = summaryOf(segmented.objects.size(), segmented.used);
+  findings.report = reportOf(segmented, input.pixelSize);
+  if (segmented.leftOut > 0) {
+    findings.report += "; " + std::to_string(segmented.leftOut) + " more left out";
   }
   return findings;
 }

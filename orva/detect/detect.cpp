@@ -25,29 +25,6 @@ void require(bool holds, const char* what) {
   if (!holds) throw std::invalid_argument(std::string("orva::detect::FindSettings: ") + what);
 }
 
-void requireInRange(const FindSettings& s) {
-  const auto isRadius = [](const std::optional<float>& r, float low) {
-    return !r || (std::isfinite(*r) && *r >= low);
-  };
-  require(isRadius(s.radius, 0.0F) && s.radius.value_or(1.0F) > 0.0F,
-          "radius is not a number above 0");
-  require(isRadius(s.minRadius, 0.0F), "minRadius is not a number of at least 0");
-  require(isRadius(s.maxRadius, s.minRadius.value_or(0.0F)),
-          "maxRadius is not a number of at least minRadius");
-  require(s.minScore >= 0.0F && s.minScore <= 1.0F, "minScore is not 0 to 1");
-}
-
-RadiusRange rangeOf(const FindSettings& s) {
-  RadiusRange range;
-  if (s.radius) {
-    range.low = *s.radius / kRadiusRange;
-    range.high = *s.radius * kRadiusRange;
-  }
-  range.low = s.minRadius.value_or(range.low);
-  range.high = s.maxRadius.value_or(range.high);
-  return range;
-}
-
 std::size_t countOf(const std::vector<LevelSeeds>& seeds, Polarity p) {
   std::size_t n = 0;
   for (const LevelSeeds& level : seeds) n += level.of(p).size();
@@ -121,7 +98,6 @@ Settings combinedOf(const std::vector<SettingsEstimate>& images, Polarity polari
 
 // What is found in an image.
 struct Search {
-  std::vector<ScaleLevel> levels;
   SettingsEstimate estimate;
   Selection selection;  // of the polarity chosen
 };
@@ -152,12 +128,11 @@ class Searcher {
   std::vector<LevelSeeds> seeds_;
 };
 
-Search search(const Image& img, const FindSettings& settings) {
+Search search(const std::vector<ScaleLevel>& levels, const FindSettings& settings) {
   Search s;
-  s.levels = scaleLevels(img);
   s.estimate = estimateOf({}, {}, settings.polarity);
-  if (s.levels.empty()) return s;
-  const Searcher searcher(s.levels, settings);
+  if (levels.empty()) return s;
+  const Searcher searcher(levels, settings);
   std::array<Selection, 2> selections;
   std::array<Evidence, 2> evidence;
   std::array<bool, 2> isWhole{};
@@ -216,9 +191,36 @@ SettingsEstimate combinedEstimate(const std::vector<SettingsEstimate>& images) {
   return estimate;
 }
 
+void requireInRange(const FindSettings& s) {
+  const auto isRadius = [](const std::optional<float>& r, float low) {
+    return !r || (std::isfinite(*r) && *r >= low);
+  };
+  require(isRadius(s.radius, 0.0F) && s.radius.value_or(1.0F) > 0.0F,
+          "radius is not a number above 0");
+  require(isRadius(s.minRadius, 0.0F), "minRadius is not a number of at least 0");
+  require(isRadius(s.maxRadius, s.minRadius.value_or(0.0F)),
+          "maxRadius is not a number of at least minRadius");
+  require(s.minScore >= 0.0F && s.minScore <= 1.0F, "minScore is not 0 to 1");
+}
+
+RadiusRange rangeOf(const FindSettings& s) {
+  RadiusRange range;
+  if (s.radius) {
+    range.low = *s.radius / kRadiusRange;
+    range.high = *s.radius * kRadiusRange;
+  }
+  range.low = s.minRadius.value_or(range.low);
+  range.high = s.maxRadius.value_or(range.high);
+  return range;
+}
+
 FindResult findObjects(const Image& img, const FindSettings& settings) {
   requireInRange(settings);
-  const Search s = search(img, settings);
+  return objectsIn(scaleLevels(img), settings);
+}
+
+FindResult objectsIn(const std::vector<ScaleLevel>& levels, const FindSettings& settings) {
+  const Search s = search(levels, settings);
   FindResult result;
   result.used = s.estimate;
   const RadiusRange range = rangeOf(settings);
@@ -227,7 +229,7 @@ FindResult findObjects(const Image& img, const FindSettings& settings) {
   for (const std::size_t k : s.selection.kept) {
     const Candidate& c = s.selection.candidates[k];
     if (scoreOf(c.logit) < settings.minScore) break;
-    const Candidate object = refined(s.levels, c);
+    const Candidate object = refined(levels, c);
     if (range.contains(object.radius)) objects.push_back(object);
   }
   for (const std::size_t k : withoutOverlaps(objects, kLowestLogit)) {

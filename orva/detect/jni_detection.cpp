@@ -56,12 +56,11 @@ std::vector<jfloat> valuesOf(const FindResult& result) {
 }
 
 // The settings used, then the measurements of each region with the score of its object.
-std::vector<jdouble> valuesOf(const FindResult& result, const Segmentation& regions,
-                              const image<float>& img) {
-  std::vector<jdouble> values = valuesOf<jdouble>(result.used);
+std::vector<jdouble> valuesOf(const SegmentedImage& regions, const image<float>& img) {
+  std::vector<jdouble> values = valuesOf<jdouble>(regions.used);
   for (const ObjectMeasures& m : measureObjects(regions.labels, img)) {
     for (const MeasureColumn& column : measureColumns()) values.push_back(column.of(m));
-    values.push_back(result.objects[regions.kept[static_cast<std::size_t>(m.label) - 1]].score);
+    values.push_back(regions.objects[static_cast<std::size_t>(m.label) - 1].score);
     values.push_back(m.touchesBorder ? 1.0 : 0.0);
   }
   return values;
@@ -93,14 +92,12 @@ jdoubleArray Java_orva_NativeDetection_segmentObjects(
     const FindSettings settings = settingsOf(radius, minRadius, maxRadius, polarity, minScore);
     const orva::image<float> img = imageOf(env, pixels, height, width);
     requireSize(env, labels, "label", height, width);
-    const FindResult found = findObjects(img, settings);
     SegmentSettings kept;
-    kept.polarity = found.used.polarity;
     kept.minArea = minArea;
     kept.maxArea = maxArea;
     kept.excludeBorder = excludeBorder == JNI_TRUE;
-    const Segmentation regions = segmentObjects(img, found.objects, kept);
-    const std::vector<jdouble> values = valuesOf(found, regions, img);
+    const SegmentedImage regions = segmentImage(img, settings, kept);
+    const std::vector<jdouble> values = valuesOf(regions, img);
     jdoubleArray result = newArray(env, values);
     // A failed creation leaves the labels as they are.
     if (result != nullptr) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orva/detect/candidate.h"
+#include "orva/detect/detect.h"
 #include "orva/detect/score.h"
 
 namespace orva::detect {
@@ -60,6 +61,15 @@ Candidate refined(const std::vector<ScaleLevel>& levels, const Candidate& candid
 // about its radius there.
 std::optional<Candidate> outlinedAgain(const std::vector<ScaleLevel>& levels, Polarity polarity,
                                        float x, float y, float radius);
+
+// @throws std::invalid_argument for a setting out of its range or not a number
+void requireInRange(const FindSettings& settings);
+
+// The radii that the settings ask for.
+RadiusRange rangeOf(const FindSettings& settings);
+
+// findObjects() in the levels of an image, for settings in their range.
+FindResult objectsIn(const std::vector<ScaleLevel>& levels, const FindSettings& settings);
 
 }  // namespace orva::detect
 

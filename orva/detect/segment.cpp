@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "orva/detect/elementary.h"
 #include "orva/detect/flooding.h"
+#include "orva/detect/quantile.h"
 #include "orva/detect/search.h"
 #include "orva/detect/star_shape.h"
+#include "orva/detect/unclaimed.h"
 #include "orva/scalespace/scalespace.h"
 
 namespace orva::detect {
@@ -100,13 +103,6 @@ Shape outlinedShape(const std::vector<ScaleLevel>& levels, Polarity polarity, co
   return s;
 }
 
-// The value that so many quarters of the values do not exceed.
-float quartile(std::vector<float>& values, std::size_t quarters) {
-  const auto at = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) * quarters / 4);
-  std::nth_element(values.begin(), at, values.end());
-  return *at;
-}
-
 // Pixel values inside and around a shape: all, or fewer than twice kSamplesAcross along an axis.
 struct Sides {
   std::vector<float> inside;
@@ -144,10 +140,10 @@ Sides sidesOf(const image<float>& plane, const Basin& b) {
 bool setThreshold(const image<float>& plane, float noise, Basin& b) {
   Sides s = sidesOf(plane, b);
   if (s.inside.empty() || s.around.empty()) return false;
-  const float inside = quartile(s.inside, 2);
-  const float around = quartile(s.around, 2);
+  const float inside = quantile(s.inside, 0.5);
+  const float around = quantile(s.around, 0.5);
   if (!(inside - around >= kMinContrastToNoise * noise)) return false;
-  const float background = quartile(s.around, 1);
+  const float background = quantile(s.around, 0.25);
   b.threshold = background + kThreshold * (inside - background);
   return true;
 }
@@ -173,62 +169,118 @@ Extents extentsOf(const image<int>& labels, std::size_t n) {
   return e;
 }
 
-// Keeps the labels k + 1 for which keeps(k), numbered anew, and their entries in `shapes` and
-// `s.kept`. Returns whether that leaves any out.
+// Keeps the labels k + 1 of 1 .. n for which keeps(k), numbered anew; returns these k.
 template <class Keeps>
-bool keepLabels(Segmentation& s, std::vector<Shape>& shapes, Keeps keeps) {
-  std::vector<int> renumbered(shapes.size() + 1);
-  std::size_t n = 0;
-  for (std::size_t k = 0; k < shapes.size(); ++k) {
+std::vector<std::size_t> keepLabels(image<int>& labels, std::size_t n, Keeps keeps) {
+  std::vector<std::size_t> kept;
+  std::vector<int> renumbered(n + 1);
+  for (std::size_t k = 0; k < n; ++k) {
     if (!keeps(k)) continue;
-    shapes[n] = shapes[k];
-    s.kept[n] = s.kept[k];
-    renumbered[k + 1] = static_cast<int>(++n);
+    kept.push_back(k);
+    renumbered[k + 1] = static_cast<int>(kept.size());
   }
-  if (n == shapes.size()) return false;
-  shapes.resize(n);
-  s.kept.resize(n);
-  std::transform(s.labels.pixels(), s.labels.pixels() + s.labels.npix(), s.labels.pixels(),
-                 [&](int label) { return renumbered[static_cast<std::size_t>(label)]; });
-  return true;
+  if (kept.size() < n) {
+    std::transform(labels.pixels(), labels.pixels() + labels.npix(), labels.pixels(),
+                   [&](int label) { return renumbered[static_cast<std::size_t>(label)]; });
+  }
+  return kept;
 }
+
+// Keeps values[k] for each k of `kept`, which ascend.
+template <class T>
+void keepOnly(std::vector<T>& values, const std::vector<std::size_t>& kept) {
+  for (std::size_t i = 0; i < kept.size(); ++i) values[i] = values[kept[i]];
+  values.resize(kept.size());
+}
+
+// Labels the regions of the objects in the plane at full size. Returns the objects' indices.
+std::vector<std::size_t> labelObjects(const std::vector<ScaleLevel>& levels,
+                                      const image<float>& plane, const Image& img,
+                                      const std::vector<Object>& objects, Polarity polarity,
+                                      image<int>& labels) {
+  std::vector<std::size_t> indices;
+  std::vector<double> areas;
+  std::vector<Basin> basins;
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    if (!fits(img, objects[i])) continue;
+    Shape shape = outlinedShape(levels, polarity, objects[i]);
+    if (!setThreshold(plane, levels.front().noise, shape.basin)) continue;
+    indices.push_back(i);
+    areas.push_back(shape.area);
+    basins.push_back(shape.basin);
+  }
+  labels = flooded(plane, basins);
+  const Extents flooding = extentsOf(labels, areas.size());
+  keepOnly(indices, keepLabels(labels, areas.size(), [&](std::size_t k) {
+             return flooding.areas[k + 1] >= kMinFilled * areas[k];
+           }));
+  fillHoles(labels);
+  return indices;
+}
+
+// Leaves out regions as the settings say. Returns the k of the labels k + 1 that are kept.
+std::vector<std::size_t> applySettings(const SegmentSettings& settings, std::size_t n,
+                                       image<int>& labels) {
+  std::vector<std::size_t> kept(n);
+  std::iota(kept.begin(), kept.end(), std::size_t{0});
+  while (true) {
+    const Extents extents = extentsOf(labels, kept.size());
+    const auto still = keepLabels(labels, kept.size(), [&](std::size_t k) {
+      const auto area = static_cast<float>(extents.areas[k + 1]);
+      return area >= settings.minArea && area <= settings.maxArea &&
+             !(settings.excludeBorder && extents.areAtBorder[k + 1]);
+    });
+    if (still.size() == kept.size()) return kept;
+    keepOnly(kept, still);
+    // A region that is left out may have been a hole in another, which then grows.
+    fillHoles(labels);
+  }
+}
+
+image<int> emptyLabels(const Image& img) { return {img.nx(), img.ny(), 1, 1, 1}; }
 
 }  // namespace
 
 Segmentation segmentObjects(const Image& img, const std::vector<Object>& objects,
                             const SegmentSettings& settings) {
   requireInRange(settings);
-  Segmentation s{image<int>(img.nx(), img.ny(), 1, 1, 1), {}};
+  Segmentation s{emptyLabels(img), {}};
   if (objects.empty()) return s;
   const std::vector<ScaleLevel> levels = scaleLevels(img);
   if (levels.empty()) return s;
   const Polarity polarity =
       settings.polarity ? *settings.polarity : polarityOf(levels, img, objects);
   const image<float> plane = smoothed(levels.front(), polarity);
-  std::vector<Shape> shapes;
-  std::vector<Basin> basins;
-  for (std::size_t i = 0; i < objects.size(); ++i) {
-    if (!fits(img, objects[i])) continue;
-    Shape shape = outlinedShape(levels, polarity, objects[i]);
-    if (!setThreshold(plane, levels.front().noise, shape.basin)) continue;
-    s.kept.push_back(i);
-    shapes.push_back(shape);
-    basins.push_back(shape.basin);
-  }
-  s.labels = flooded(plane, basins);
-  const Extents flooding = extentsOf(s.labels, shapes.size());
-  keepLabels(s, shapes,
-             [&](std::size_t k) { return flooding.areas[k + 1] >= kMinFilled * shapes[k].area; });
-  // A region that is left out may have been a hole in another, which then grows.
-  for (bool areLeftOut = true; areLeftOut;) {
+  s.kept = labelObjects(levels, plane, img, objects, polarity, s.labels);
+  keepOnly(s.kept, applySettings(settings, s.kept.size(), s.labels));
+  return s;
+}
+
+SegmentedImage segmentImage(const Image& img, const FindSettings& sought,
+                            const SegmentSettings& settings) {
+  requireInRange(sought);
+  requireInRange(settings);
+  const std::vector<ScaleLevel> levels = scaleLevels(img);
+  SegmentedImage s{objectsIn(levels, sought), emptyLabels(img), 0};
+  if (s.objects.empty()) return s;
+  const image<float> plane = smoothed(levels.front(), s.used.polarity);
+  const std::vector<std::size_t> labelled =
+      labelObjects(levels, plane, img, s.objects, s.used.polarity, s.labels);
+  s.leftOut = s.objects.size() - labelled.size();
+  keepOnly(s.objects, labelled);
+  if (sought.minScore <= kUnclaimedScore) {
+    const RadiusRange range = rangeOf(sought);
+    const std::size_t n = s.objects.size();
+    const std::vector<Object> unclaimed = labelUnclaimed(plane, s.labels);
+    s.objects.insert(s.objects.end(), unclaimed.begin(), unclaimed.end());
+    keepOnly(s.objects, keepLabels(s.labels, s.objects.size(), [&](std::size_t k) {
+               return k < n || range.contains(s.objects[k].radius);
+             }));
     fillHoles(s.labels);
-    const Extents filled = extentsOf(s.labels, shapes.size());
-    areLeftOut = keepLabels(s, shapes, [&](std::size_t k) {
-      const auto area = static_cast<float>(filled.areas[k + 1]);
-      return area >= settings.minArea && area <= settings.maxArea &&
-             !(settings.excludeBorder && filled.areAtBorder[k + 1]);
-    });
   }
+  const std::size_t all = s.objects.size();
+  keepOnly(s.objects, applySettings(settings, all, s.labels));
+  s.leftOut += all - s.objects.size();
   return s;
 }
 

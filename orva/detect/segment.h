@@ -1,13 +1,9 @@
 /// @file
-/// Regions of objects: a label image from objects with center and radius.
+/// Regions of objects: a label image from objects with center and radius, or from an image alone.
 ///
-///     const auto found = orva::detect::findObjects(img, {});
-///     orva::detect::SegmentSettings settings;
-///     settings.polarity = found.used.polarity;
-///     const auto regions = orva::detect::segmentObjects(img, found.objects, settings);
-///     for (std::size_t k = 0; k < regions.kept.size(); ++k)
-///       std::cout << "label " << k + 1 << " has the score "
-///                 << found.objects[regions.kept[k]].score << '\n';
+///     const auto nuclei = orva::detect::segmentImage(img, {}, {});
+///     for (std::size_t k = 0; k < nuclei.objects.size(); ++k)
+///       std::cout << "label " << k + 1 << " has the score " << nuclei.objects[k].score << '\n';
 ///
 /// The results are the same bit for bit on every CPU. Nothing is printed and no thread started.
 #ifndef ORVA_DETECT_SEGMENT_H
@@ -77,6 +73,37 @@ struct Segmentation {
 /// Literature: F. Meyer, Topographic distance and watershed lines, Signal Processing 38, 1994;
 /// P. Soille, Morphological Image Analysis, 2nd edition, Springer 2004, chapter 9.
 ORVA_EXPORT Segmentation segmentObjects(const Image& img, const std::vector<Object>& objects,
+                                        const SegmentSettings& settings);
+
+/// What segmentImage() returns: the objects that have a region, those found in the order of
+/// findObjects(), then those that are regions only.
+struct SegmentedImage : FindResult {
+  image<int> labels;        ///< width and height of the image; 0 is background, label k the region
+                            ///< of objects[k - 1]
+  std::size_t leftOut = 0;  ///< objects without a region
+};
+
+/// Finds the objects of @p img as findObjects() does and labels the region of each as
+/// segmentObjects() does, with the polarity that was found; that of @p settings is ignored.
+///
+/// Then, unless @p sought asks for scores above 0.5, labels compact regions that stand out like the
+/// others but have no center that the search finds, such as crescents and nuclei that the border
+/// cuts. Such a region is a 4-connected component of the pixels that are brighter (for dark
+/// objects darker) than a threshold of the image and that have no labelled neighbour. The threshold
+/// lies 0.42 of the way from the median of the background, the pixels more than 4 steps away from
+/// every region, to the median of one of the fainter regions, and at least 4 standard deviations of
+/// the background away from it. The component's area is 0.4 to 2.5 times the median region's, its
+/// solidity at least 0.8, and it stands out of the pixels around it at least half as much as out of
+/// the background. Its object has the centroid, the radius of a circle of the same area, which is
+/// in the range that @p sought asks for, a score of 0.5 and a coverage of 0. There are none where
+/// fewer than three objects have a region.
+///
+/// Pixels that are not finite numbers, small images, memory and threads: as for findObjects() and
+/// segmentObjects(), whose levels of scale are made once.
+///
+/// @throws std::invalid_argument for a setting out of its range or not a number
+/// @throws std::bad_alloc as the two functions do
+ORVA_EXPORT SegmentedImage segmentImage(const Image& img, const FindSettings& sought,
                                         const SegmentSettings& settings);
 
 }  // namespace orva::detect
