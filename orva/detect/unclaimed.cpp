@@ -14,7 +14,6 @@ namespace {
 
 constexpr int kBeyond = kFarPixels + 1;  // steps that stand for all greater distances
 constexpr double kMadToDeviation = 1.4826;
-constexpr std::ptrdiff_t kSampledBackground = 1 << 18;  // pixels at least, if there are
 
 // The steps along the axes from each pixel to the nearest one with a label, kBeyond at most.
 image<unsigned char> stepsToLabels(const image<int>& labels) {
@@ -54,8 +53,7 @@ bool setReference(const image<float>& plane, const image<int>& labels,
   if (n < kMinClaimed) return false;
   std::vector<std::vector<float>> regions(static_cast<std::size_t>(n));
   std::vector<float> background;
-  const int stride =
-      static_cast<int>(std::max<std::ptrdiff_t>(1, labels.npix() / kSampledBackground));
+  const int stride = std::max(1, labels.npix() / kSampledBackground);
   for (int i = 0; i < labels.npix(); ++i) {
     if (label[i] > 0) {
       regions[static_cast<std::size_t>(label[i] - 1)].push_back(plane.pixels()[i]);

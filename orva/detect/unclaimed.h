@@ -16,7 +16,8 @@ inline constexpr float kUnclaimedToNoise = 4.0F;
 inline constexpr double kMinAreaShare = 0.4;  // of the regions' median area
 inline constexpr double kMaxAreaShare = 2.5;
 inline constexpr double kMinUnclaimedSolidity = 0.8;
-inline constexpr float kMinOwnContrast = 0.5F;  // share of the contrast to the background
+inline constexpr int kSampledBackground = 1 << 18;  // pixels
+inline constexpr float kMinOwnContrast = 0.5F;      // share of the contrast to the background
 
 // Where the regions of `labels` (0 is background, 1 .. n are regions) stand out of the background
 // of `plane`, in which objects are bright, others may stand out like them and have no label: those
@@ -27,7 +28,8 @@ inline constexpr float kMinOwnContrast = 0.5F;  // share of the contrast to the 
 // Unclaimed are the 4-connected components of the pixels above a threshold that neither have a
 // label nor a labelled pixel among their four neighbours. The threshold lies at kUnclaimedLevel
 // between the median of the background (the pixels farther than kFarPixels steps along the axes
-// from any region) and the brightness that kFaintShare of the regions' medians do not reach, and
+// from any region; in an image of k times kSampledBackground pixels every k-th, in raster order)
+// and the brightness that kFaintShare of the regions' medians do not reach, and
 // kUnclaimedToNoise standard deviations (from the median deviation) above the background at least.
 // A component counts if its area is kMinAreaShare to kMaxAreaShare of the regions' median area, its
 // solidity at least kMinUnclaimedSolidity, and its median above that of the unlabelled pixels from

@@ -34,7 +34,8 @@ class SettingsEstimate:
     runner_up: SettingsEstimate | None = None
 
 
-def _estimate_of(values: _orva.Estimate) -> SettingsEstimate:
+def estimate_of(values: _orva.Estimate) -> SettingsEstimate:
+    """An estimate of the compiled functions."""
     best, other = values
     return SettingsEstimate(*best, SettingsEstimate(*other))
 
@@ -46,7 +47,7 @@ def combined(estimates: Iterable[SettingsEstimate]) -> SettingsEstimate:
         return e.radius, e.polarity, e.confidence
 
     pairs = [(values(e), values(e.runner_up)) for e in estimates if e.runner_up is not None]
-    return _estimate_of(_orva.combined_estimate(pairs))
+    return estimate_of(_orva.combined_estimate(pairs))
 
 
 @dataclasses.dataclass(frozen=True)
@@ -85,7 +86,7 @@ def search(
 ) -> tuple[npt.NDArray[np.void], SettingsEstimate]:
     """The objects in a plane, and the radius and polarity that were used, given or estimated."""
     objects, used = _orva.find_objects(plane, *dataclasses.astuple(settings))
-    return objects, _estimate_of(used)
+    return objects, estimate_of(used)
 
 
 def one_plane_of(
@@ -185,4 +186,4 @@ def estimate_settings(
     ValueError
         For a frame that the image does not have.
     """
-    return _estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
+    return estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))

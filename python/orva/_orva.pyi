@@ -45,7 +45,7 @@ def find_objects(
 ) -> tuple[npt.NDArray[np.void], Estimate]: ...
 def estimate_settings(image: AnyArray) -> Estimate: ...
 def combined_estimate(images: list[Estimate]) -> Estimate: ...
-def segment(
+def segment_objects(
     image: AnyArray,
     measure: AnyArray | None,
     objects: npt.NDArray[np.void],
@@ -54,6 +54,18 @@ def segment(
     max_area: float,
     exclude_border: bool,
 ) -> tuple[WideLabels, npt.NDArray[np.void]]: ...
+def segment_image(
+    image: AnyArray,
+    measure: AnyArray | None,
+    radius: float | None,
+    min_radius: float | None,
+    max_radius: float | None,
+    polarity: str | None,
+    min_score: float,
+    min_area: float,
+    max_area: float,
+    exclude_border: bool,
+) -> tuple[WideLabels, npt.NDArray[np.void], Estimate]: ...
 def measure_labels(labels: WideLabels, image: AnyArray) -> npt.NDArray[np.void]: ...
 def regions_as_csv(table: npt.NDArray[np.void]) -> str: ...
 def labels_as_tiff(labels: WideLabels) -> bytes: ...

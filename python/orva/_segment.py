@@ -21,7 +21,14 @@ from ._arrays import (
     labels_from_one,
     require_plane,
 )
-from ._objects import Radius, find_settings, one_plane_of, search
+from ._objects import (
+    FindSettings,
+    Radius,
+    SettingsEstimate,
+    estimate_of,
+    find_settings,
+    one_plane_of,
+)
 
 COLUMNS = _orva.REGION_COLUMNS
 
@@ -46,15 +53,17 @@ def segment_settings(
     return SegmentSettings(low, high, options.flag("exclude_border", exclude_border))
 
 
-def regions_of(
+def search_regions(
     image: Pixels,
-    objects: npt.NDArray[np.void],
-    polarity: str | None,
+    sought: FindSettings,
     settings: SegmentSettings,
     measure: Pixels | None = None,
-) -> tuple[WideLabels, npt.NDArray[np.void]]:
-    """The labels and the table of objects in a plane."""
-    return _orva.segment(image, measure, objects, polarity, *dataclasses.astuple(settings))
+) -> tuple[WideLabels, npt.NDArray[np.void], SettingsEstimate]:
+    """The labels and the table of what is found in a plane, and the radius and polarity used."""
+    labels, table, used = _orva.segment_image(
+        image, measure, *dataclasses.astuple(sought), *dataclasses.astuple(settings)
+    )
+    return labels, table, estimate_of(used)
 
 
 def _object_rows(objects: Any) -> npt.NDArray[np.void]:
@@ -100,7 +109,8 @@ def segment(
 
     All settings are optional; those that are left open are estimated from the image. Every object has
     a threshold of its own, and touching objects are divided between their centers. An object that
-    does not stand out from what surrounds it is left out.
+    does not stand out from what surrounds it is left out. Compact regions that stand out like the
+    others but have no center that the search finds, such as crescents, follow with a score of 0.5.
 
     Parameters
     ----------
@@ -118,7 +128,8 @@ def segment(
     polarity
         "bright" or "dark": the objects relative to their background. If None, it is estimated.
     min_score
-        Objects of lower score are left out, 0 to 1. If None, 0.5; None if objects are given.
+        Objects of lower score are left out, 0 to 1. If None, 0.5; None if objects are given. Above
+        0.5, regions without a center are left out, too.
     min_area
         Smaller regions are left out; in pixels.
     max_area
@@ -137,8 +148,8 @@ def segment(
         int32 array (y, x): 0 in the background, k in the region of row k - 1 of the table. Regions
         are connected along the axes; a hole in one is another region.
     table
-        Structured array with one row per region, in the order of the objects, of which those that
-        are found have the highest score first; pandas.DataFrame(table) converts it. The columns have
+        Structured array with one row per region, in the order of the objects; those that are found
+        have the highest score first, those without a center come last; pandas.DataFrame(table) converts it. The columns have
         the names and definitions of regionprops_table() of scikit-image: label (int32); centroid-0
         and centroid-1 (row and column); area; equivalent_diameter_area; perimeter; eccentricity,
         major_axis_length, minor_axis_length and orientation of the ellipse with the same second
@@ -173,11 +184,10 @@ def segment(
         if np.shape(measure) != np.shape(image):
             raise ValueError(f"measure has the shape {measure.shape}, image has {image.shape}")
     if objects is None:
-        objects, used = search(plane, sought)
-        polarity = used.polarity
-    else:
-        objects = _object_rows(objects)
-    return regions_of(plane, objects, polarity, kept, brightness)
+        return search_regions(plane, sought, kept, brightness)[:2]
+    return _orva.segment_objects(
+        plane, brightness, _object_rows(objects), polarity, *dataclasses.astuple(kept)
+    )
 
 
 def measure_labels(labels: AnyLabels, image: Image) -> npt.NDArray[np.void]:

@@ -19,14 +19,9 @@ using orva::detect::Polarity;
 using orva::detect::Settings;
 using orva::detect::SettingsEstimate;
 
-using Guess = std::tuple<float, std::string, float>;  // radius, polarity, confidence
-using Estimate = std::tuple<Guess, Guess>;            // the better one first
-
 Guess guessOf(const Settings& s) {
   return {s.radius, orva::formats::nameOf(s.polarity), s.confidence};
 }
-
-Estimate estimateOf(const SettingsEstimate& e) { return {guessOf(e), guessOf(e.runnerUp)}; }
 
 Settings guessedSettings(const Guess& guess) {
   const auto& [radius, polarity, confidence] = guess;
@@ -37,8 +32,7 @@ py::tuple findObjects(const py::array& array, std::optional<float> radius,
                       std::optional<float> minRadius, std::optional<float> maxRadius,
                       const std::optional<std::string>& polarity, float minScore) {
   const auto img = toImage(array);
-  orva::detect::FindSettings settings{radius, minRadius, maxRadius, {}, minScore};
-  if (polarity) settings.polarity = polarityOf(*polarity);
+  const auto settings = findSettingsOf(radius, minRadius, maxRadius, polarity, minScore);
   const auto result = unlocked([&] { return orva::detect::findObjects(*img, settings); });
   const ObjectTable rows(static_cast<py::ssize_t>(result.objects.size()), result.objects.data());
   return py::make_tuple(rows, estimateOf(result.used));
@@ -59,8 +53,20 @@ Estimate combinedEstimate(const std::vector<Estimate>& images) {
 
 }  // namespace
 
+Estimate estimateOf(const SettingsEstimate& e) { return {guessOf(e), guessOf(e.runnerUp)}; }
+
 Polarity polarityOf(const std::string& name) {
   return name == "dark" ? Polarity::Dark : Polarity::Bright;
+}
+
+orva::detect::FindSettings findSettingsOf(std::optional<float> radius,
+                                          std::optional<float> minRadius,
+                                          std::optional<float> maxRadius,
+                                          const std::optional<std::string>& polarity,
+                                          float minScore) {
+  orva::detect::FindSettings settings{radius, minRadius, maxRadius, {}, minScore};
+  if (polarity) settings.polarity = polarityOf(*polarity);
+  return settings;
 }
 
 void addObjects(py::module_& module) {

@@ -30,14 +30,12 @@ struct Region {
 
 using RegionTable = py::array_t<Region, py::array::c_style>;
 
-// The rows of labels whose scores are known, or of any labels.
+// The rows of labels, of which label k is the region of objects[k - 1].
 std::vector<Region> measured(const orva::image<int>& labels, const orva::Image& brightness,
-                             const std::vector<float>* scores) {
+                             const std::vector<Object>& objects) {
   std::vector<Region> rows;
   for (const ObjectMeasures& m : orva::detect::measureObjects(labels, brightness)) {
-    const float score = scores != nullptr ? (*scores)[static_cast<std::size_t>(m.label - 1)]
-                                          : std::numeric_limits<float>::quiet_NaN();
-    rows.push_back({m, score, m.touchesBorder});
+    rows.push_back({m, objects[static_cast<std::size_t>(m.label - 1)].score, m.touchesBorder});
   }
   return rows;
 }
@@ -46,9 +44,9 @@ py::array tableOf(const std::vector<Region>& rows) {
   return py::array_t<Region>(static_cast<py::ssize_t>(rows.size()), rows.data());
 }
 
-py::tuple segment(const py::array& array, const std::optional<py::array>& measure,
-                  const ObjectTable& objects, const std::optional<std::string>& polarity,
-                  float minArea, float maxArea, bool excludeBorder) {
+py::tuple segmentObjects(const py::array& array, const std::optional<py::array>& measure,
+                         const ObjectTable& objects, const std::optional<std::string>& polarity,
+                         float minArea, float maxArea, bool excludeBorder) {
   const auto img = toImage(array);
   const auto other = measure ? toImage(*measure) : nullptr;
   const std::vector<Object> given(objects.data(), objects.data() + objects.size());
@@ -57,18 +55,42 @@ py::tuple segment(const py::array& array, const std::optional<py::array>& measur
   std::vector<Region> rows;
   auto labels = unlocked([&] {
     auto regions = orva::detect::segmentObjects(*img, given, settings);
-    std::vector<float> scores;
-    for (const std::size_t k : regions.kept) scores.push_back(given[k].score);
-    rows = measured(regions.labels, other ? *other : *img, &scores);
+    std::vector<Object> kept;
+    for (const std::size_t k : regions.kept) kept.push_back(given[k]);
+    rows = measured(regions.labels, other ? *other : *img, kept);
     return std::move(regions.labels);
   });
   return py::make_tuple(toArray(std::move(labels), shapeOf(array)), tableOf(rows));
 }
 
+py::tuple segmentImage(const py::array& array, const std::optional<py::array>& measure,
+                       std::optional<float> radius, std::optional<float> minRadius,
+                       std::optional<float> maxRadius, const std::optional<std::string>& polarity,
+                       float minScore, float minArea, float maxArea, bool excludeBorder) {
+  const auto img = toImage(array);
+  const auto other = measure ? toImage(*measure) : nullptr;
+  const auto sought = findSettingsOf(radius, minRadius, maxRadius, polarity, minScore);
+  std::vector<Region> rows;
+  auto regions = unlocked([&] {
+    auto segmented =
+        orva::detect::segmentImage(*img, sought, {{}, minArea, maxArea, excludeBorder});
+    rows = measured(segmented.labels, other ? *other : *img, segmented.objects);
+    return segmented;
+  });
+  return py::make_tuple(toArray(std::move(regions.labels), shapeOf(array)), tableOf(rows),
+                        estimateOf(regions.used));
+}
+
 py::array measureLabels(const py::array& array, const py::array& brightness) {
   const auto labels = toImageOf<int>(array);
   const auto img = toImage(brightness);
-  return tableOf(unlocked([&] { return measured(labels, *img, nullptr); }));
+  return tableOf(unlocked([&] {
+    std::vector<Region> rows;
+    for (const ObjectMeasures& m : orva::detect::measureObjects(labels, *img)) {
+      rows.push_back({m, std::numeric_limits<float>::quiet_NaN(), m.touchesBorder});
+    }
+    return rows;
+  }));
 }
 
 // A table as the command writes it.
@@ -103,7 +125,8 @@ void addSegmentation(py::module_& module) {
       measures.minRow, "bbox-0", measures.minColumn, "bbox-1", measures.endRow, "bbox-2",
       measures.endColumn, "bbox-3", score, "score", touchesBorder, "touches_border");
   module.attr("REGION_COLUMNS") = py::dtype::of<Region>().attr("names");
-  module.def("segment", segment);
+  module.def("segment_objects", segmentObjects);
+  module.def("segment_image", segmentImage);
   module.def("measure_labels", measureLabels);
   module.def("regions_as_csv", asCsv);
   module.def("labels_as_tiff", asTiff);

@@ -1,7 +1,9 @@
 // The search for objects, their regions and measurements on images of any kind, with any settings
 // and objects: what the headers promise of the results, the same results once more, and the regions
 // of given basins as in the reference implementation.
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -13,9 +15,11 @@
 #include "orva/detect/flooding.h"
 #include "orva/detect/measure.h"
 #include "orva/detect/segment.h"
+#include "orva/detect/unclaimed.h"
 #include "tests/fuzz/operations/parameters.h"
 #include "tests/fuzz/operations/pictures.h"
 #include "tests/support/reference/flooding.h"
+#include "tests/support/reference/unclaimed.h"
 
 namespace orva::test {
 namespace {
@@ -185,6 +189,33 @@ void findAndSegment(Input& in) {
   }
 }
 
+void segmentWhole(Input& in) {
+  const std::unique_ptr<Image> img = takeAnyPicture(in, takePlane(in));
+  const detect::SegmentSettings settings = takeSegmentSettings(in);
+  try {
+    const detect::SegmentedImage s = detect::segmentImage(*img, {}, settings);
+    const auto measures = detect::measureObjects(s.labels, *img);
+    require(measures.size() == s.objects.size(), "a region for every object");
+  } catch (const std::invalid_argument&) {
+  }
+}
+
+void claim(Input& in) {
+  image<float> plane = takePicture<float>(in, {in.between(1, 24), in.between(1, 24), 1, 1, 1});
+  std::replace_if(
+      plane.pixels(), plane.pixels() + plane.npix(), [](float v) { return !std::isfinite(v); },
+      0.0F);
+  image<int> labels(plane.nx(), plane.ny(), 1, 1, 1);
+  for (int n = in.between(0, 8), k = 1; k <= n; ++k) {
+    labels.pixels()[in.between(0, labels.npix() - 1)] = k;
+  }
+  image<int> expected = labels;
+  const std::size_t n = detect::labelUnclaimed(plane, labels).size();
+  require(n == reference::labelUnclaimed(plane, expected).size(), "regions as in the reference");
+  require(std::equal(labels.pixels(), labels.pixels() + labels.npix(), expected.pixels()),
+          "labels as in the reference");
+}
+
 void flood(Input& in) {
   const image<float> values =
       takePicture<float>(in, {in.between(1, 24), in.between(1, 24), 1, 1, 1});
@@ -212,7 +243,13 @@ void flood(Input& in) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input in(data, size);
   const Captured captured;
-  takeBool(in) ? flood(in) : findAndSegment(in);
+  if (takeBool(in)) {
+    flood(in);
+    claim(in);
+  } else {
+    findAndSegment(in);
+    segmentWhole(in);
+  }
   return 0;
 }
 

@@ -25,7 +25,7 @@ import orva
 from .. import _orva
 from .._arrays import Pixels
 from .._objects import FindSettings, SettingsEstimate, find_settings, search
-from .._segment import SegmentSettings, regions_of, segment_settings
+from .._segment import SegmentSettings, search_regions, segment_settings
 from ._grid import MAX_SIDE
 from ._object_tiles import estimate_in_tiles, search_in_tiles
 from ._tiles import find_centers_in_tiles
@@ -294,9 +294,7 @@ def settings_of_regions(settings: dict[str, Any]) -> tuple[FindSettings, Segment
 
 def _segmented(plane: Pixels, settings: dict[str, Any]) -> _Findings:
     """The regions of an image, with the files of the command."""
-    told, kept = settings_of_regions(settings)
-    objects, used = _search(plane, told)
-    labels, table = regions_of(plane, objects, used.polarity, kept)
+    labels, table, used = search_regions(plane, *settings_of_regions(settings))
     return _Findings(
         _orva.regions_as_csv(table), len(table), used, _orva.labels_as_tiff(labels)
     )
