@@ -147,9 +147,15 @@ std::string endingOf(const InputImages::Place& place) {
 }
 
 std::string fragmentOf(const InputImages::Place& place) {
-  if (!place.t && !place.z) return "";
-  return "#" + (place.t ? "t=" + std::to_string(*place.t) : "") + (place.t && place.z ? "&" : "") +
-         (place.z ? "z=" + std::to_string(*place.z) : "");
+  std::string fragment;
+  const auto append = [&fragment](const char* name, std::optional<int> index) {
+    if (!index) return;
+    fragment += fragment.empty() ? '#' : '&';
+    fragment += name + std::to_string(*index);
+  };
+  append("t=", place.t);
+  append("z=", place.z);
+  return fragment;
 }
 
 fs::path withEnding(const fs::path& path, const std::string& ending) {

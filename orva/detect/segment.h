@@ -92,8 +92,8 @@ struct SegmentedImage : FindResult {
 /// objects darker) than a threshold of the image and that have no labelled neighbour. The threshold
 /// lies 0.42 of the way from the median of the background, the pixels more than 4 steps away from
 /// every region, to the median of one of the fainter regions, and at least 4 standard deviations of
-/// the background away from it. The component's area is 0.4 to 2.5 times the median region's, its
-/// solidity at least 0.8, and it stands out of the pixels around it at least half as much as out of
+/// the background away from it. The component's area is 0.5 to 2.5 times the median region's, its
+/// solidity at least 0.75, and it stands out of the pixels around it at least half as much as out of
 /// the background. Its object has the centroid, the radius of a circle of the same area, which is
 /// in the range that @p sought asks for, a score of 0.5 and a coverage of 0. There are none where
 /// fewer than three objects have a region.

@@ -13,9 +13,9 @@ inline constexpr int kFarPixels = 4;             // along the axes from any regi
 inline constexpr double kFaintShare = 0.3;       // of the regions are fainter than what counts
 inline constexpr float kUnclaimedLevel = 0.42F;  // between the background and their brightness
 inline constexpr float kUnclaimedToNoise = 4.0F;
-inline constexpr double kMinAreaShare = 0.4;  // of the regions' median area
+inline constexpr double kMinAreaShare = 0.5;  // of the regions' median area
 inline constexpr double kMaxAreaShare = 2.5;
-inline constexpr double kMinUnclaimedSolidity = 0.8;
+inline constexpr double kMinUnclaimedSolidity = 0.75;
 inline constexpr int kSampledBackground = 1 << 18;  // pixels
 inline constexpr float kMinOwnContrast = 0.5F;      // share of the contrast to the background
 

@@ -209,7 +209,8 @@ void claim(Input& in) {
   for (int n = in.between(0, 8), k = 1; k <= n; ++k) {
     labels.pixels()[in.between(0, labels.npix() - 1)] = k;
   }
-  image<int> expected = labels;
+  image<int> expected(labels.nx(), labels.ny(), 1, 1, 1);
+  std::copy(labels.pixels(), labels.pixels() + labels.npix(), expected.pixels());
   const std::size_t n = detect::labelUnclaimed(plane, labels).size();
   require(n == reference::labelUnclaimed(plane, expected).size(), "regions as in the reference");
   require(std::equal(labels.pixels(), labels.pixels() + labels.npix(), expected.pixels()),

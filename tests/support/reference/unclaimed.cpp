@@ -64,7 +64,9 @@ std::vector<float> valuesAt(const image<float>& plane, const Pixels& pixels) {
 }  // namespace
 
 std::vector<detect::Object> labelUnclaimed(const image<float>& plane, image<int>& labels) {
-  const auto labelAt = [&](const Place& p) { return labels.pixel(p.second, p.first); };
+  const auto labelAt = [&](const Place& p) {
+    return labels.pixels()[p.first * labels.nx() + p.second];
+  };
   const auto isLabelled = [&](const Place& p) { return labelAt(p) > 0; };
   std::map<int, Pixels> regions;
   Pixels background;
@@ -118,7 +120,7 @@ std::vector<detect::Object> labelUnclaimed(const image<float>& plane, image<int>
   }
 
   std::vector<detect::Object> objects;
-  image<int> found = labels;
+  std::vector<Pixels> added;
   for (const Pixels& component : components) {
     image<int> alone(labels.nx(), labels.ny(), 1, 1, 1);
     for (const Place& p : component) alone.setPixel(p.second, p.first, 1);
@@ -141,11 +143,13 @@ std::vector<detect::Object> labelUnclaimed(const image<float>& plane, image<int>
     objects.push_back({static_cast<float>(m.centroidColumn), static_cast<float>(m.centroidRow),
                        static_cast<float>(std::sqrt(m.area / detect::kPi)), detect::kUnclaimedScore,
                        0.0F});
-    for (const Place& p : component) {
-      found.setPixel(p.second, p.first, static_cast<float>(n + static_cast<int>(objects.size())));
+    added.push_back(component);
+  }
+  for (std::size_t k = 0; k < added.size(); ++k) {
+    for (const Place& p : added[k]) {
+      labels.pixels()[p.first * labels.nx() + p.second] = n + static_cast<int>(k) + 1;
     }
   }
-  labels = found;
   return objects;
 }
 
