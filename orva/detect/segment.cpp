@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -12,6 +14,7 @@
 #include "orva/detect/search.h"
 #include "orva/detect/star_shape.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -45,15 +48,15 @@ bool fits(const Image& img, const Object& o) {
 
 Polarity polarityOf(const std::vector<ScaleLevel>& levels, const Image& img,
                     const std::vector<Object>& objects) {
-  std::array<int, 2> outlines{};
+  std::array<std::atomic<int>, 2> outlines{};
   const std::size_t stride = std::max<std::size_t>(1, objects.size() / kPolled);
-  for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
-    for (std::size_t i = 0; i < objects.size(); i += stride) {
-      const Object& o = objects[i];
-      if (!fits(img, o)) continue;
-      if (outlinedAgain(levels, p, o.x, o.y, o.radius)) ++outlines[static_cast<std::size_t>(p)];
-    }
-  }
+  const std::size_t polled = (objects.size() + stride - 1) / stride;
+  parallelFor(2 * polled, [&](std::size_t k) {
+    const auto p = static_cast<Polarity>(k / polled);
+    const Object& o = objects[k % polled * stride];
+    if (!fits(img, o)) return;
+    if (outlinedAgain(levels, p, o.x, o.y, o.radius)) ++outlines[static_cast<std::size_t>(p)];
+  });
   return outlines[1] > outlines[0] ? Polarity::Dark : Polarity::Bright;
 }
 
@@ -207,13 +210,17 @@ Segmentation segmentObjects(const Image& img, const std::vector<Object>& objects
   const image<float> plane = smoothed(levels.front(), polarity);
   std::vector<Shape> shapes;
   std::vector<Basin> basins;
-  for (std::size_t i = 0; i < objects.size(); ++i) {
-    if (!fits(img, objects[i])) continue;
+  std::vector<std::optional<Shape>> found(objects.size());
+  parallelFor(objects.size(), [&](std::size_t i) {
+    if (!fits(img, objects[i])) return;
     Shape shape = outlinedShape(levels, polarity, objects[i]);
-    if (!setThreshold(plane, levels.front().noise, shape.basin)) continue;
+    if (setThreshold(plane, levels.front().noise, shape.basin)) found[i] = shape;
+  });
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    if (!found[i]) continue;
     s.kept.push_back(i);
-    shapes.push_back(shape);
-    basins.push_back(shape.basin);
+    shapes.push_back(*found[i]);
+    basins.push_back(found[i]->basin);
   }
   s.labels = flooded(plane, basins);
   const Extents flooding = extentsOf(s.labels, shapes.size());
