@@ -14,14 +14,14 @@ namespace orva::detect {
 namespace {
 
 // A pixel that a basin may take.
-struct Step {
+struct Visit {
   float level;
   int pixel;
   int label;
 };
 
 struct IsLater {
-  bool operator()(const Step& a, const Step& b) const {
+  bool operator()(const Visit& a, const Visit& b) const {
     if (a.level != b.level) return a.level > b.level;
     if (a.pixel != b.pixel) return a.pixel > b.pixel;
     return a.label > b.label;
@@ -84,7 +84,7 @@ class Flood {
     constexpr int kStepsPerCheckpoint = 1 << 16;
     for (int steps = 1; !queue_.empty(); ++steps) {
       if (steps % kStepsPerCheckpoint == 0) checkpoint();
-      const Step step = queue_.top();
+      const Visit step = queue_.top();
       queue_.pop();
       if (labels_.pixels()[step.pixel] > 0) continue;
       labels_.pixels()[step.pixel] = step.label;
@@ -94,20 +94,20 @@ class Flood {
 
  private:
   void setMarkers(const std::vector<std::size_t>& group) {
-    std::vector<Step> markers;
+    std::vector<Visit> markers;
     for (const std::size_t k : group) {
       const Basin& b = basins_[k];
       const int x = std::clamp(static_cast<int>(std::floor(b.x + 0.5F)), 0, labels_.nx() - 1);
       const int y = std::clamp(static_cast<int>(std::floor(b.y + 0.5F)), 0, labels_.ny() - 1);
-      const Step marker{0.0F, y * labels_.nx() + x, static_cast<int>(k) + 1};
+      const Visit marker{0.0F, y * labels_.nx() + x, static_cast<int>(k) + 1};
       if (labels_.pixels()[marker.pixel] != 0) continue;
       labels_.pixels()[marker.pixel] = marker.label;
       markers.push_back(marker);
     }
-    for (const Step& marker : markers) addNeighbours(marker);
+    for (const Visit& marker : markers) addNeighbours(marker);
   }
 
-  void addNeighbours(const Step& step) {
+  void addNeighbours(const Visit& step) {
     const int nx = labels_.nx();
     const int x = step.pixel % nx;
     const int y = step.pixel / nx;
@@ -117,7 +117,7 @@ class Flood {
     if (y + 1 < labels_.ny()) add(step, x, y + 1);
   }
 
-  void add(const Step& from, int x, int y) {
+  void add(const Visit& from, int x, int y) {
     const int pixel = y * labels_.nx() + x;
     int& label = labels_.pixels()[pixel];
     if (label > 0 || label == -from.label) return;
@@ -130,7 +130,7 @@ class Flood {
   const image<float>& values_;
   const std::vector<Basin>& basins_;
   image<int>& labels_;
-  std::priority_queue<Step, std::vector<Step>, IsLater> queue_;
+  std::priority_queue<Visit, std::vector<Visit>, IsLater> queue_;
 };
 
 // Gathers background regions and the label around them.
