@@ -11,6 +11,7 @@ import numpy.typing as npt
 from . import _options as options
 from . import _orva
 from ._arrays import Image, Pixels, frames, image_of, plane_of
+from ._running import Progress, running
 
 _MIN_RADIUS = 0.1
 _MAX_RADIUS = 1_000_000
@@ -110,6 +111,8 @@ def find_objects(
     min_score: float = 0.5,
     frame: int | None = None,
     channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> npt.NDArray[np.void]:
     """Find round objects of unknown size and brightness.
 
@@ -134,6 +137,11 @@ def find_objects(
     channel_axis
         The axis of colour, -1 as in scikit-image, which is searched by its luminance. If None, the
         image is grey.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -154,11 +162,17 @@ def find_objects(
     finite number counts as the smallest finite one. estimate_settings() shows what is estimated.
     """
     settings = find_settings(radius=radius, polarity=polarity, min_score=min_score)
-    return search(one_plane_of(image, frame, channel_axis), settings)[0]
+    with running(threads, progress):
+        return search(one_plane_of(image, frame, channel_axis), settings)[0]
 
 
 def estimate_settings(
-    image: Image, *, frame: int | None = None, channel_axis: int | None = None
+    image: Image,
+    *,
+    frame: int | None = None,
+    channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> SettingsEstimate:
     """Estimate the typical radius and the polarity of the objects in an image.
 
@@ -171,6 +185,11 @@ def estimate_settings(
     channel_axis
         The axis of colour, -1 as in scikit-image, which is searched by its luminance. If None, the
         image is grey.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -186,4 +205,5 @@ def estimate_settings(
     ValueError
         For a frame that the image does not have.
     """
-    return estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
+    with running(threads, progress):
+        return estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))

@@ -1,3 +1,4 @@
+from collections.abc import Callable
 from typing import Any, TypeVar
 
 import numpy as np
@@ -35,6 +36,9 @@ class VoteSettings:
         power: float,
     ) -> None: ...
 
+def set_call_settings(
+    threads: int | None, progress: Callable[[str, float], None] | None
+) -> tuple[int, Callable[[str, float], None] | None]: ...
 def find_objects(
     image: AnyArray,
     radius: float | None,

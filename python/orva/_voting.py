@@ -11,6 +11,7 @@ import numpy.typing as npt
 from . import _options as options
 from . import _orva
 from ._arrays import Floats, Image, plane_of
+from ._running import Progress, running
 
 Result = TypeVar("Result")
 
@@ -61,10 +62,13 @@ def _voted(
     *,
     image: Image,
     frame: int,
+    threads: int | None,
+    progress: Progress | None,
     **settings: Any,
 ) -> Result:
     try:
-        return vote(plane_of(image, frame), _settings(**settings))
+        with running(threads, progress):
+            return vote(plane_of(image, frame), _settings(**settings))
     except _orva.FileError as error:
         raise ValueError(f"image {error}") from None
 
@@ -84,6 +88,8 @@ def find_centers(
     edges: bool = False,
     power: float = 0.5,
     frame: int = 0,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> npt.NDArray[np.void]:
     """Find the centers of round objects by iterative circular voting.
 
@@ -120,6 +126,11 @@ def find_centers(
         Exponent that turns gradient magnitudes into weights, 0 to 100.
     frame
         The plane of a stack, counted from 0: along z first, then c, then t.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -156,6 +167,8 @@ def vote_field(
     edges: bool = False,
     power: float = 0.5,
     frame: int = 0,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> Floats:
     """The votes after the last pass, from which find_centers() extracts the centers.
 
@@ -171,9 +184,10 @@ def vote_field(
 
 
 def complete(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """The settings of find_centers() except frame, with its defaults; raises as it does."""
+    """The settings of the voting, with the defaults of find_centers(); raises as it does."""
     defaults = dict(find_centers.__kwdefaults__)
-    del defaults["frame"]
+    for name in ("frame", "threads", "progress"):
+        del defaults[name]
     result = {**defaults, **settings}
     _settings(**result)
     return result
