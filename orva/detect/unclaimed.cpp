@@ -115,8 +115,8 @@ class Components {
     const int nx = labels_.nx();
     pixels_.clear();
     visit(first);
-    for (std::size_t k = 0; k < pixels_.size(); ++k) {
-      const int i = pixels_[k];
+    for (std::size_t done = 0; done < pixels_.size();) {
+      const int i = pixels_[done++];
       if (i % nx > 0) visit(i - 1);
       if (i % nx < nx - 1) visit(i + 1);
       if (i >= nx) visit(i - nx);

@@ -46,6 +46,7 @@ Estimate estimateSettings(const py::array& array) {
 
 Estimate combinedEstimate(const std::vector<Estimate>& images) {
   std::vector<SettingsEstimate> estimates;
+  estimates.reserve(images.size());
   for (const auto& [best, runnerUp] : images) {
     estimates.push_back({guessedSettings(best), guessedSettings(runnerUp)});
   }
