@@ -5,32 +5,14 @@
 #include <string>
 #include <string_view>
 
-#include "tests/apps/pictures.h"
-#include "tests/apps/sandbox.h"
-#include "tests/apps/tiff_files.h"
+#include "tests/apps/disc_files.h"
 
 namespace orva::test {
 namespace {
 
 using nlohmann::json;
 
-struct OutputFormats : ::testing::Test {
-  OutputFormats() {
-    box.write("discs.pgm", pgm(discs(150, 110, {{20, 22, 9}, {61, 18, 9}, {88, 51, 9}})));
-  }
-
-  // Two times of one disc each.
-  void writeTimes() const {
-    TiffFile file(box / "times.tif");
-    TiffForm form;
-    form.description = "ImageJ=1.53t\nimages=2\nframes=2\n";
-    file.page(discs(100, 90, {{30, 30, 9}}), form);
-    form.description.clear();
-    file.page(discs(100, 90, {{60, 50, 9}}), form);
-  }
-
-  Sandbox box;
-};
+struct OutputFormats : DiscFiles {};
 
 TEST_F(OutputFormats, AreThoseOfTheExtension) {
   const std::string csv = box.run({"find", "discs.pgm"}).out;
@@ -112,7 +94,6 @@ TEST_F(OutputFormats, BatchNamesFilesByFormat) {
 }
 
 TEST_F(OutputFormats, TimesAreColumnsArraysAndPlanes) {
-  writeTimes();
   const auto printed = [&](const char* format) {
     return box.run({"find", "--format", format, "times.tif"}).out;
   };
@@ -125,7 +106,6 @@ TEST_F(OutputFormats, TimesAreColumnsArraysAndPlanes) {
 }
 
 TEST_F(OutputFormats, AChosenTimeHasItsPlane) {
-  writeTimes();
   const json features =
       json::parse(box.run({"find", "--time", "1", "--format", "geojson", "times.tif"}).out);
   EXPECT_EQ(features["features"][0]["geometry"]["plane"]["t"], 1);
