@@ -8,8 +8,8 @@
 
 namespace orva::detect {
 
-// The value at `share` of the way from the smallest to the largest, of two the smaller one: 0.5 is
-// the (lower) median. At least one value; reorders them.
+// The value that lies `share` of the way through the values in ascending order, the lower of two:
+// 0.5 is the lower median. At least one value; reorders them.
 inline float quantile(std::vector<float>& values, double share) {
   const auto at = static_cast<std::ptrdiff_t>(static_cast<double>(values.size() - 1) * share);
   std::nth_element(values.begin(), values.begin() + at, values.end());

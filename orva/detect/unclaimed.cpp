@@ -37,16 +37,16 @@ image<unsigned char> stepsToLabels(const image<int>& labels) {
   return steps;
 }
 
-// What the labelled regions and the background have in common.
-struct Reference {
+// What unlabelled components are compared with.
+struct Standard {
   double medianArea = 0;
   float background = 0;
   float threshold = 0;
 };
 
 // False where there is nothing to compare with.
-bool setReference(const image<float>& plane, const image<int>& labels,
-                  const image<unsigned char>& steps, Reference& r) {
+bool setStandard(const image<float>& plane, const image<int>& labels,
+                 const image<unsigned char>& steps, Standard& r) {
   const int* const label = labels.pixels();
   const int n = labels.npix() > 0 ? *std::max_element(label, label + labels.npix()) : 0;
   if (n < kMinClaimed) return false;
@@ -84,7 +84,7 @@ bool setReference(const image<float>& plane, const image<int>& labels,
 // so on in raster order of their first pixels.
 class Components {
  public:
-  Components(const image<float>& plane, const image<unsigned char>& steps, const Reference& r)
+  Components(const image<float>& plane, const image<unsigned char>& steps, const Standard& r)
       : labels_(plane.nx(), plane.ny(), 1, 1, 1) {
     for (int i = 0; i < plane.npix(); ++i) {
       if (steps.pixels()[i] > 1 && plane.pixels()[i] > r.threshold) labels_.pixels()[i] = kOpen;
@@ -171,8 +171,8 @@ bool hasOwnContrast(const image<float>& plane, const image<int>& labels,
 std::vector<Object> labelUnclaimed(const image<float>& plane, image<int>& labels) {
   std::vector<Object> objects;
   const image<unsigned char> steps = stepsToLabels(labels);
-  Reference r;
-  if (!setReference(plane, labels, steps, r)) return objects;
+  Standard r;
+  if (!setStandard(plane, labels, steps, r)) return objects;
   const Components found(plane, steps, r);
   const image<int>& components = found.labels();
   const std::vector<ObjectMeasures> measures = measureObjects(components, plane);
