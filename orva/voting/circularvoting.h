@@ -185,7 +185,8 @@ class ORVA_EXPORT CircularVoting {
   /// image's width and height; not for an image without pixels.
   using PassObserver = std::function<void(int width, const image<float>& votes)>;
   /// As compute(img), and calls @p observer before every narrowing pass; no history is written. An
-  /// exception of @p observer ends the search and leaves centers() as they were.
+  /// exception of @p observer ends the search and leaves centers(), center_weights() and
+  /// votingImage() as they were, and so does Cancelled.
   void compute(const Image& img, const PassObserver& observer);
 
   /// The image of the last compute(), of its width and height: the mean vote of its region at every

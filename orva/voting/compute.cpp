@@ -4,13 +4,16 @@
 #include <cstdint>
 #include <iostream>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "orva/bip/bip.h"
 #include "orva/image/bad_alloc.h"
+#include "orva/image/uninitialized_image.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/narrow.h"
+#include "orva/util/parallel_for.h"
 #include "orva/voting/circularvoting.h"
 #include "orva/voting/find_centers.h"
 #include "orva/voting/negligible.h"
@@ -21,6 +24,16 @@ namespace {
 // Coordinates of voting points have 16 bits.
 constexpr std::int64_t kMaxSide = std::numeric_limits<std::int16_t>::max();
 
+// Estimated shares of the time up to the end of the points and of the votes.
+constexpr double kPointsShare = 0.12;
+constexpr double kVotesShare = 0.98;
+
+// Whole rows, for pixelwise work.
+Parts rowParts(int nx, int ny) {
+  constexpr std::ptrdiff_t kPixels = std::ptrdiff_t{1} << 17;
+  return {ny, kPixels / std::max(nx, 1) + 1};
+}
+
 struct Gradient {
   image<float> x;
   image<float> y;
@@ -28,13 +41,18 @@ struct Gradient {
 };
 
 Gradient gradientOf(const Image& img, float sigma) {
-  Gradient g{scalespace::dX(img, sigma), scalespace::dY(img, sigma),
-             image<float>(img.nx(), img.ny(), 1, 1, 1)};
+  const auto derivative = [&](int ox, int oy, double begin, double end) {
+    const Step step("gradient", begin, end);
+    return scalespace::gaussian(img, sigma, ox, oy, 0);
+  };
+  Gradient g{derivative(1, 0, 0, 0.5), derivative(0, 1, 0.5, 1),
+             uninitializedImage<float>(img.nx(), img.ny(), 1, 1, 1)};
   if (g.x.isNull()) return g;
-  onWidestPath(
-      [x = g.x.pixels(), y = g.y.pixels(), m = g.magnitude.pixels(), count = g.magnitude.npix()] {
-        for (int i = 0; i < count; ++i) m[i] = std::sqrt(x[i] * x[i] + y[i] * y[i]);
-      });
+  parallelPixels(g.magnitude.npix(), [&g](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    onWidestPath([=, x = g.x.pixels(), y = g.y.pixels(), m = g.magnitude.pixels()] {
+      for (std::ptrdiff_t i = begin; i < end; ++i) m[i] = std::sqrt(x[i] * x[i] + y[i] * y[i]);
+    });
+  });
   return g;
 }
 
@@ -44,8 +62,10 @@ void suppressWeak(image<float>& magnitude, float threshold, bool absolute) {
   const float max = magnitude.max();
   if (!(max > kNegligible)) return;
   const float divisor = absolute ? 1.0F : max;
-  onWidestPath([=, m = magnitude.pixels(), count = magnitude.npix()] {
-    for (int i = 0; i < count; ++i) m[i] = m[i] < threshold ? 0.0F : m[i] / divisor;
+  parallelPixels(magnitude.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    onWidestPath([=, m = magnitude.pixels()] {
+      for (std::ptrdiff_t i = begin; i < end; ++i) m[i] = m[i] < threshold ? 0.0F : m[i] / divisor;
+    });
   });
 }
 
@@ -53,19 +73,23 @@ void suppressWeak(image<float>& magnitude, float threshold, bool absolute) {
 void suppressNonEdges(image<float>& magnitude, const Image& img, float sigma) {
   const image<unsigned char> edges =
       bip::edge(scalespace::features(img, sigma, LAPLACIAN_NEGATIVE, 1.0F));
-  for (int i = 0; i < magnitude.npix(); ++i) {
-    if (edges.pixels()[i] == 0) magnitude.pixels()[i] = 0.0F;
-  }
+  parallelPixels(magnitude.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t i = begin; i < end; ++i) {
+      if (edges.pixels()[i] == 0) magnitude.pixels()[i] = 0.0F;
+    }
+  });
 }
 
 // Turns magnitudes into weights. Intended: Exponential leaves them as they are.
 void applyWeighting(image<float>& magnitude, CircularVoting::WeightingMethod weighting,
                     float exponent) {
   if (weighting != CircularVoting::Power || !(std::abs(exponent - 1.0) > kNegligible)) return;
-  for (int i = 0; i < magnitude.npix(); ++i) {
-    float& m = magnitude.pixels()[i];
-    if (m > kNegligible) m = std::pow(m, exponent);
-  }
+  parallelPixels(magnitude.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t i = begin; i < end; ++i) {
+      float& m = magnitude.pixels()[i];
+      if (m > kNegligible) m = std::pow(m, exponent);
+    }
+  });
 }
 
 }  // namespace
@@ -77,31 +101,51 @@ void CircularVoting::setSize(int nx, int ny) {
 }
 
 void CircularVoting::collectPoints(const Image& img) {
-  Gradient g = gradientOf(img, sigma);
+  Gradient g = [&] {
+    const Step step("gradient", 0, 0.7);
+    return gradientOf(img, sigma);
+  }();
   if (g.x.isNull()) return;  // no pixels, or a format without a float form
-  const float sign = regionType == Dark ? -1.0F : 1.0F;
+  const Step step("gradient", 0.7, 1);
   suppressWeak(g.magnitude, gradThreshold, absoluteValues);
   if (useEdges) suppressNonEdges(g.magnitude, img, sigma);
   applyWeighting(g.magnitude, weighting, weightParam);
-  for (int y = 0, i = 0; y < ny_; ++y) {
-    for (int x = 0; x < nx_; ++x, ++i) {
-      const float weight = g.magnitude.pixels()[i];
-      if (!(weight > kNegligible)) continue;
-      VPoint2D p;
-      p.x = fittedTo16(x + margin_);
-      p.y = fittedTo16(y + margin_);
-      float gx = sign * g.x.pixels()[i];
-      float gy = sign * g.y.pixels()[i];
-      const float length = std::sqrt(gx * gx + gy * gy);
-      if (length > kNegligible) {
-        gx /= length;
-        gy /= length;
-      }
-      p.angle = fittedTo16(computeAngleIndex(gx, gy));
-      p.weight = weight;
-      points_.push_back(p);
+
+  const float sign = regionType == Dark ? -1.0F : 1.0F;
+  const auto pointAt = [&](int x, int y, std::ptrdiff_t i) {
+    VPoint2D p;
+    p.x = fittedTo16(x + margin_);
+    p.y = fittedTo16(y + margin_);
+    float gx = sign * g.x.pixels()[i];
+    float gy = sign * g.y.pixels()[i];
+    const float length = std::sqrt(gx * gx + gy * gy);
+    if (length > kNegligible) {
+      gx /= length;
+      gy /= length;
     }
-  }
+    p.angle = fittedTo16(computeAngleIndex(gx, gy));
+    p.weight = g.magnitude.pixels()[i];
+    return p;
+  };
+  const Parts rows = rowParts(nx_, ny_);
+  const float* weights = g.magnitude.pixels();
+  std::vector<std::ptrdiff_t> places(rows.count());  // of the first point of each part
+  parallelFor(rows.count(), [&](std::size_t k) {
+    places[k] = std::count_if(weights + rows.begin(k) * nx_, weights + rows.end(k) * nx_,
+                              [](float w) { return w > kNegligible; });
+  });
+  const std::ptrdiff_t all = std::accumulate(places.begin(), places.end(), std::ptrdiff_t{0});
+  points_.resize(static_cast<std::size_t>(all));
+  std::exclusive_scan(places.begin(), places.end(), places.begin(), std::ptrdiff_t{0});
+  parallelFor(rows.count(), [&](std::size_t k) {
+    VPoint2D* p = points_.data() + places[k];
+    for (std::ptrdiff_t y = rows.begin(k); y < rows.end(k); ++y) {
+      for (int x = 0; x < nx_; ++x) {
+        const std::ptrdiff_t i = y * nx_ + x;
+        if (weights[i] > kNegligible) *p++ = pointAt(x, static_cast<int>(y), i);
+      }
+    }
+  });
 }
 
 void CircularVoting::compute(const Image& img) { compute(img, historyWriter()); }
@@ -110,10 +154,10 @@ void CircularVoting::compute(const Image& img, const PassObserver& observer) {
   exitOnBadAlloc([&] { findCenters(img, observer); });
 }
 
+// The results change at the end only: what is thrown before leaves them as they were.
 void CircularVoting::findCenters(const Image& img, const PassObserver& observer) {
   setSize(img.nx(), img.ny());
   points_.clear();
-  centerWeights_.clear();
   const std::int64_t margin = voteMargin(coneWidth, maxRadius);
   const bool hasPixels = !img.isNull() && npix_ != 0;
   if (std::max(nx_, ny_) + 2 * margin > kMaxSide) {
@@ -121,6 +165,7 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
       std::cerr << "In CircularVoting::compute\n"
                 << "   Warning: image is too large, no centers\n";
     }
+    centerWeights_.clear();
     acc_ = prevAcc_ = image<float>(0, 1, 1, 1, 1);
     const bool addressable = std::int64_t{nx_} * ny_ <= std::numeric_limits<std::int32_t>::max();
     votingImage_ = addressable ? image<float>(nx_, ny_, 1, 1, 1) : acc_;
@@ -128,18 +173,25 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
   }
 
   margin_ = static_cast<int>(margin);
-  points_.reserve(static_cast<std::size_t>(std::max(npix_, 0)) / 2);
-  collectPoints(img);
+  {
+    const Step step("gradient", 0, kPointsShare);
+    collectPoints(img);
+  }
 
   const int pad = 2 * margin_;
   setSize(nx_ + pad, ny_ + pad);
   WPoint2D::nx = ConePlane2D::nx = Cone2D::nx = nx_;
   WPoint2D::ny = ConePlane2D::ny = Cone2D::ny = ny_;
-  runPasses(hasPixels ? observer : PassObserver());
+  {
+    const Step step("votes", kPointsShare, kVotesShare);
+    runPasses(hasPixels ? observer : PassObserver());
+  }
+  const Step step("centers", kVotesShare, 1);
   setSize(nx_ - pad, ny_ - pad);
   if (hasPixels) {
     extractCenters();
   } else {
+    centerWeights_.clear();
     votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
   }
 
@@ -154,38 +206,50 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
 image<float> CircularVoting::votesWithoutMargin() const {
   const int nx = acc_.nx() - 2 * margin_;
   const int ny = acc_.ny() - 2 * margin_;
-  image<float> votes(nx, ny, 1, 1, 1);
-  for (int y = 0; y < ny; ++y) {
-    const float* row = acc_.pixels() + margin_ + std::ptrdiff_t{y + margin_} * acc_.nx();
-    std::copy_n(row, nx, votes.pixels() + std::ptrdiff_t{y} * nx);
-  }
+  image<float> votes = uninitializedImage<float>(nx, ny, 1, 1, 1);
+  parallelParts(rowParts(nx, ny), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t y = begin; y < end; ++y) {
+      const float* row = acc_.pixels() + margin_ + (y + margin_) * acc_.nx();
+      std::copy_n(row, nx, votes.pixels() + y * nx);
+    }
+  });
   return votes;
 }
 
 // Makes a center of each region of votes above the threshold. Its position is the centroid, its
 // weight the mean vote.
 void CircularVoting::extractCenters() {
-  votingImage_ = votesWithoutMargin();
-  float* votes = votingImage_.pixels();
-  float max = 0.0F;
-  for (int i = 0; i < npix_; ++i) {
-    if (votes[i] > max) max = votes[i];
-  }
+  image<float> voting = votesWithoutMargin();
+  float* votes = voting.pixels();
+  const Parts rows = rowParts(nx_, ny_);
+  std::vector<float> maxima(rows.count());
+  parallelFor(rows.count(), [&](std::size_t k) {
+    for (std::ptrdiff_t i = rows.begin(k) * nx_; i < rows.end(k) * nx_; ++i) {
+      if (votes[i] > maxima[k]) maxima[k] = votes[i];
+    }
+  });
+  const float max = *std::max_element(maxima.begin(), maxima.end());
 
   const float threshold = absoluteValues ? centerThreshold : centerThreshold * max;
-  image<unsigned char> mask(nx_, ny_, 1, 1, 1);
-  for (int i = 0; i < npix_; ++i) mask.pixels()[i] = votes[i] > threshold ? 255 : 0;
+  image<unsigned char> mask = uninitializedImage<unsigned char>(nx_, ny_, 1, 1, 1);
+  parallelPixels(npix_, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    onWidestPath([=, to = mask.pixels()] {
+      for (std::ptrdiff_t i = begin; i < end; ++i) to[i] = votes[i] > threshold ? 255 : 0;
+    });
+  });
   int n = 0;
   const image<short> labels = bip::regions(mask, n, 255, 1, NEIGHBORHOOD_4);
-  const std::vector<RegionFeature> features = bip::regionFeatures(labels, n, votingImage_);
+  const std::vector<RegionFeature> features = bip::regionFeatures(labels, n, voting);
 
   std::fill_n(votes, npix_, 0.0F);
+  centerWeights_.clear();
   for (const RegionFeature& f : features) {
     if (f.cx < 0 || f.cx >= nx_ || f.cy < 0 || f.cy >= ny_) continue;
-    votingImage_.setPixel(f.cx, f.cy, f.mean);
+    voting.setPixel(f.cx, f.cy, f.mean);
     centers_.emplace_back(f.cx, f.cy);
     centerWeights_.push_back(f.mean);
   }
+  votingImage_ = voting;
 }
 
 }  // namespace orva::voting

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "orva/util/narrow.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::voting {
 namespace {
@@ -67,26 +68,52 @@ void Rotation::apply(int& x, int& y) const {
 }
 
 ConeTable::ConeTable(const Cone2D& prototype, int bins, float step, int accumulatorWidth)
-    : bins_(bins) {
+    : bins_(bins), extents_(static_cast<std::size_t>(bins)) {
   std::vector<WPoint2D> cells;
   for (const ConePlane2D& plane : prototype.planes) {
     cells.insert(cells.end(), plane.points.begin(), plane.points.end());
   }
   size_ = cells.size();
   const std::size_t count = size_ * static_cast<std::size_t>(bins);
-  offsets_.reserve(count);
-  cells_.reserve(count);
-  directions_.assign(count, -1);
-  for (int bin = 0; bin < bins; ++bin) {
-    const Rotation rotation(bin, step);
-    for (const WPoint2D& cell : cells) {
-      int x = cell.x;
-      int y = cell.y;
-      rotation.apply(x, y);
-      cells_.push_back({fittedTo16(x), fittedTo16(y)});
-      offsets_.push_back(offsetOf(x, y, accumulatorWidth));
+  // Uninitialized, so that each task is the first to touch what it writes.
+  offsets_ = std::make_unique_for_overwrite<int[]>(count);
+  cells_ = std::make_unique_for_overwrite<Cell[]>(count);
+  directions_ = std::make_unique_for_overwrite<std::int16_t[]>(count);
+  constexpr std::ptrdiff_t kCellsPerTask = 8192;
+  const std::ptrdiff_t binsPerTask = kCellsPerTask / static_cast<std::ptrdiff_t>(size_ + 1) + 1;
+  parallelParts(Parts(bins, binsPerTask), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t bin = begin; bin < end; ++bin) {
+      addCone(static_cast<int>(bin), step, accumulatorWidth, cells);
     }
+  });
+}
+
+void ConeTable::addCone(int bin, float step, int accumulatorWidth,
+                        const std::vector<WPoint2D>& prototype) {
+  const Rotation rotation(bin, step);
+  int* offset = offsets_.get() + first(bin);
+  Cell* to = cells_.get() + first(bin);
+  std::fill_n(directions_.get() + first(bin), size_, std::int16_t{-1});
+  Extent extent;
+  for (const WPoint2D& cell : prototype) {
+    int x = cell.x;
+    int y = cell.y;
+    rotation.apply(x, y);
+    *to++ = {fittedTo16(x), fittedTo16(y)};
+    *offset = offsetOf(x, y, accumulatorWidth);
+    extent.min = std::min(extent.min, *offset);
+    extent.max = std::max(extent.max, *offset++);
   }
+  extents_[static_cast<std::size_t>(bin)] = extent;
+}
+
+ConeTable::Extent ConeTable::extent() const {
+  Extent all;
+  for (const Extent& e : extents_) {
+    all.min = std::min(all.min, e.min);
+    all.max = std::max(all.max, e.max);
+  }
+  return all;
 }
 
 }  // namespace orva::voting

@@ -2,8 +2,10 @@
 #ifndef ORVA_VOTING_CONE_TABLE_H
 #define ORVA_VOTING_CONE_TABLE_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "orva/voting/circularvoting.h"
@@ -41,7 +43,16 @@ class ConeTable {
   // The number of cells of each cone.
   std::size_t size() const { return size_; }
   // The linear offsets of the cells of cone `bin` relative to its apex.
-  const int* offsets(int bin) const { return offsets_.data() + first(bin); }
+  const int* offsets(int bin) const { return offsets_.get() + first(bin); }
+
+  // The smallest and the largest of them and of the apex's, 0.
+  struct Extent {
+    int min = 0;
+    int max = 0;
+  };
+  const Extent& extent(int bin) const { return extents_[static_cast<std::size_t>(bin)]; }
+  // Of all cones.
+  Extent extent() const;
 
   struct Cell {
     std::int16_t x;
@@ -51,19 +62,28 @@ class ConeTable {
     return cells_[first(bin) + static_cast<std::size_t>(i)];
   }
 
-  // The angle bin in which a cell lies, as the caller caches it; below 0 until then.
-  std::int16_t& direction(int bin, int i) {
-    return directions_[first(bin) + static_cast<std::size_t>(i)];
+  // The angle bin in which a cell lies, as the caller caches it; below 0 until then. Several
+  // threads may find and cache the same one.
+  std::int16_t direction(int bin, int i) const {
+    return cached(bin, i).load(std::memory_order_relaxed);
+  }
+  void setDirection(int bin, int i, std::int16_t direction) const {
+    cached(bin, i).store(direction, std::memory_order_relaxed);
   }
 
  private:
   std::size_t first(int bin) const { return static_cast<std::size_t>(bin) * size_; }
+  std::atomic_ref<std::int16_t> cached(int bin, int i) const {
+    return std::atomic_ref(directions_[first(bin) + static_cast<std::size_t>(i)]);
+  }
+  void addCone(int bin, float step, int accumulatorWidth, const std::vector<WPoint2D>& prototype);
 
   int bins_;
   std::size_t size_ = 0;
-  std::vector<int> offsets_;
-  std::vector<Cell> cells_;
-  std::vector<std::int16_t> directions_;
+  std::unique_ptr<int[]> offsets_;
+  std::unique_ptr<Cell[]> cells_;
+  std::unique_ptr<std::int16_t[]> directions_;
+  std::vector<Extent> extents_;  // one per bin
 };
 
 }  // namespace orva::voting

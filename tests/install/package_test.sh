@@ -35,7 +35,7 @@ holds() {
 
 headers=(bip/bip detect/detect detect/measure detect/segment image/image image/point image/point3d
   image/point_operators image/points image/truncate image_io/icsparser image_io/image_io image_math/image_math scalespace/scalespace
-  util/export util/fnp util/global voting/circularvoting voting/find_centers)
+  util/export util/fnp util/global util/parallel voting/circularvoting voting/find_centers)
 if grep -q '^ORVA_BUILD_JAVA:BOOL=ON$' "$build/CMakeCache.txt"; then
   headers+=(voting/JNICircularVoting)
 fi
