@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
+#include <optional>
+#include <vector>
 
 #include "orva/image/float_conversion.h"
 #include "orva/image/image.h"
@@ -11,6 +14,7 @@
 #include "orva/image/uninitialized_image.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/narrow.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva {
 namespace {
@@ -45,13 +49,33 @@ Range widened(Range range, const float* values, std::ptrdiff_t count) {
   return range;
 }
 
+// The same by tasks; nothing if there is a NaN, with which the order matters.
+std::optional<Range> rangeOfParts(const Image& img, const Parts& parts) {
+  std::vector<MinMax> found(parts.count());
+  parallelFor(parts.count(), [&](std::size_t k) {
+    PixelFloats pixels(img);
+    for (std::ptrdiff_t i = parts.begin(k); i < parts.end(k); i += kConverted) {
+      const std::ptrdiff_t n = std::min(kConverted, parts.end(k) - i);
+      const MinMax some = findMinMax(pixels.read(i, n), n);
+      found[k] = i == parts.begin(k) ? some : united(found[k], some);
+    }
+  });
+  const MinMax all = std::accumulate(found.begin() + 1, found.end(), found.front(), united);
+  return all.hasNan ? std::nullopt : std::optional(Range{all.min, all.max});
+}
+
 // The range of the first `count` pixels.
 Range rangeOf(const Image& img, std::ptrdiff_t count) {
+  const Parts parts(count, kPixelsPerTask, 64);
+  if (isCancellable() && parts.count() > 1) {
+    if (const auto range = rangeOfParts(img, parts)) return *range;
+  }
   PixelFloats pixels(img);
   const float first = *pixels.read(0, 1);
   Range range{first, first};
   bool hasNan = first != first;
   for (std::ptrdiff_t i = 0; i < count; i += kConverted) {
+    if (i % kPixelsPerTask == 0) checkpoint();
     const std::ptrdiff_t n = std::min(kConverted, count - i);
     const float* values = pixels.read(i, n);
     const MinMax minMax = hasNan ? MinMax{} : findMinMax(values, n);
@@ -88,6 +112,7 @@ image<unsigned char> bytesOf(const Image& img, bool scale) {
   if (img.isNull()) return image<unsigned char>(0, 1, 1, 1, 1);
   if (img.format() == BYTE && !scale) return sharedOrCopied(img);
 
+  const Step step("conversion", 0, 1);
   image<unsigned char> result =
       uninitializedImage<unsigned char>(img.nx(), img.ny(), img.nframes(), 1, 1);
   if (result.isNull()) return result;
@@ -98,16 +123,18 @@ image<unsigned char> bytesOf(const Image& img, bool scale) {
     return result;
   }
   const bool fits = range.low >= 0.0F && range.high <= 255.0F && !scale;
-  PixelFloats pixels(img);
-  for (std::ptrdiff_t i = 0; i < result.npix(); i += kConverted) {
-    const std::ptrdiff_t count = std::min(kConverted, result.npix() - i);
-    const float* from = pixels.read(i, count);
-    if (fits) {
-      truncateAll(from, count, result.pixels() + i);
-    } else {
-      stretchAll(from, count, range, result.pixels() + i);
+  parallelPixels(result.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    PixelFloats pixels(img);
+    for (std::ptrdiff_t i = begin; i < end; i += kConverted) {
+      const std::ptrdiff_t count = std::min(kConverted, end - i);
+      const float* from = pixels.read(i, count);
+      if (fits) {
+        truncateAll(from, count, result.pixels() + i);
+      } else {
+        stretchAll(from, count, range, result.pixels() + i);
+      }
     }
-  }
+  });
   return result;
 }
 

@@ -7,6 +7,7 @@
 #include "orva/image/image.h"
 #include "orva/image/uninitialized_image.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva {
 namespace {
@@ -68,10 +69,7 @@ void readPixels(const Image& img, std::ptrdiff_t first, std::ptrdiff_t count, fl
     });
     return;
   }
-  const bool isOwn = ownImage<unsigned char>(img) != nullptr || ownImage<short>(img) != nullptr ||
-                     ownImage<int>(img) != nullptr || ownImage<unsigned int>(img) != nullptr ||
-                     ownImage<float>(img) != nullptr;
-  if (isOwn) {
+  if (isOwnImage(img)) {
     readFloats(img, first, count, to);
   } else {
     for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = img.pixel(static_cast<int>(first + i));
@@ -94,8 +92,17 @@ const float* PixelFloats::read(std::ptrdiff_t first, std::ptrdiff_t count) {
 image<float> toFloatImage(const Image& img) {
   if (!hasFloatForm(img)) return image<float>(0, 1, 1, 1, 1);
   image<float> result = uninitializedImage<float>(img.nx(), img.ny(), img.nz(), img.nc(), img.nt());
-  readFloats(img, 0, result.npix(), result.pixels());
+  const Step step("conversion", 0, 1);
+  parallelPixels(result.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    readFloats(img, begin, end - begin, result.pixels() + begin);
+  });
   return result;
+}
+
+bool isOwnImage(const Image& img) {
+  return ownImage<unsigned char>(img) != nullptr || ownImage<short>(img) != nullptr ||
+         ownImage<int>(img) != nullptr || ownImage<unsigned int>(img) != nullptr ||
+         ownImage<float>(img) != nullptr || ownImage<GenericRgb<unsigned char>>(img) != nullptr;
 }
 
 }  // namespace orva

@@ -40,6 +40,9 @@ const image<T>* ownImage(const Image& img) {
   return typeid(img) == typeid(image<T>) ? static_cast<const image<T>*>(&img) : nullptr;
 }
 
+// Whether `img` is one of the library's own images, whose pixels different threads may set.
+bool isOwnImage(const Image& img);
+
 }  // namespace orva
 
 #endif

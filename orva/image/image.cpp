@@ -17,6 +17,7 @@
 #include "orva/image/pixel_traits.h"
 #include "orva/image/truncate.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva {
 namespace {
@@ -271,11 +272,13 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
   if (isNull() || result->isNull()) return result;
   auto columns = exitOnBadAlloc([sx] { return std::vector<int>(static_cast<std::size_t>(sx)); });
   for (int x = 0; x < sx; ++x) columns[static_cast<std::size_t>(x)] = sourceIndex(x, nx(), sx);
-  T* to = result->data_;
-  const T* previous = nullptr;  // source of the previous row
-  for (int z = 0; z < sz; ++z) {
-    for (int y = 0; y < sy; ++y, to += sx) {
+  const auto fillRows = [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    const T* previous = nullptr;  // source of the previous row
+    for (std::ptrdiff_t i = begin; i < end; ++i) {
+      const int y = static_cast<int>(i % sy);
+      const int z = static_cast<int>(i / sy);
       const T* row = data_ + at(0, sourceIndex(y, ny(), sy), sourceIndex(z, nframes(), sz), 0, 0);
+      T* to = result->data_ + i * sx;
       if (row == previous) {
         std::copy_n(to - sx, sx, to);
       } else {
@@ -283,7 +286,8 @@ image<T>* image<T>::scale(int sx, int sy, int sz) const {
       }
       previous = row;
     }
-  }
+  };
+  parallelParts(rowParts(sx, std::ptrdiff_t{sy} * sz), fillRows, Interruption::Off);
   return result;
 }
 

@@ -1,8 +1,12 @@
 #include "orva/image/min_max.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <vector>
 
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva {
 namespace {
@@ -19,9 +23,7 @@ void widen(const float* values, float* min, float* max, int* nans) {
   }
 }
 
-}  // namespace
-
-MinMax findMinMax(const float* values, std::ptrdiff_t count) {
+MinMax minMaxOf(const float* values, std::ptrdiff_t count) {
   MinMax result{values[0], values[0], false};
   MinMax* out = &result;
   onWidestPath([=] {
@@ -44,6 +46,22 @@ MinMax findMinMax(const float* values, std::ptrdiff_t count) {
     }
   });
   return result;
+}
+
+}  // namespace
+
+MinMax united(const MinMax& a, const MinMax& b) {
+  return {std::min(a.min, b.min), std::max(a.max, b.max), a.hasNan || b.hasNan};
+}
+
+MinMax findMinMax(const float* values, std::ptrdiff_t count) {
+  const Parts parts(count, kPixelsPerTask, 64);
+  if (!isCancellable() || parts.count() < 2) return minMaxOf(values, count);
+  std::vector<MinMax> found(parts.count());
+  parallelFor(parts.count(), [&](std::size_t i) {
+    found[i] = minMaxOf(values + parts.begin(i), parts.end(i) - parts.begin(i));
+  });
+  return std::accumulate(found.begin() + 1, found.end(), found.front(), united);
 }
 
 }  // namespace orva

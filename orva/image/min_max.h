@@ -16,6 +16,9 @@ struct MinMax {
 // The minimum and maximum of at least one value. The sign of a zero is undefined.
 MinMax findMinMax(const float* values, std::ptrdiff_t count);
 
+// The minimum and maximum of two parts of an array.
+MinMax united(const MinMax& a, const MinMax& b);
+
 }  // namespace orva
 
 #endif

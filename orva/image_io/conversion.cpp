@@ -7,6 +7,7 @@
 #include "orva/image/uninitialized_image.h"
 #include "orva/image_io/image_io.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::image_io {
 namespace {
@@ -16,17 +17,20 @@ template <class T>
 image<T> converted(const Image& img) {
   if (img.isNull()) return image<T>(0, 1, 1, 1, 1);
   image<T> result = uninitializedImage<T>(img.nx(), img.ny(), img.nframes(), 1, 1);
-  PixelFloats pixels(img);
   constexpr std::ptrdiff_t kTogether = 2048;
-  for (std::ptrdiff_t i = 0; i < result.npix(); i += kTogether) {
-    const std::ptrdiff_t count = std::min(kTogether, result.npix() - i);
-    const float* from = pixels.read(i, count);
-    T* to = result.pixels() + i;
-    onWidestPath([=] {
-      ORVA_INDEPENDENT
-      for (std::ptrdiff_t k = 0; k < count; ++k) to[k] = pixelFromFloat<T>(from[k]);
-    });
-  }
+  const Step step("conversion", 0, 1);
+  parallelPixels(result.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    PixelFloats pixels(img);
+    for (std::ptrdiff_t i = begin; i < end; i += kTogether) {
+      const std::ptrdiff_t count = std::min(kTogether, end - i);
+      const float* from = pixels.read(i, count);
+      T* to = result.pixels() + i;
+      onWidestPath([=] {
+        ORVA_INDEPENDENT
+        for (std::ptrdiff_t k = 0; k < count; ++k) to[k] = pixelFromFloat<T>(from[k]);
+      });
+    }
+  });
   return result;
 }
 

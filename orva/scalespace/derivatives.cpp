@@ -1,5 +1,8 @@
+#include <cstddef>
+
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::scalespace {
 
@@ -70,14 +73,22 @@ image<float> dXYZ(const Image& img, float sx, float sy, float sz) {
 }
 
 image<float> laplacian(const Image& img, float sigma) {
-  image<float> sum = gaussian(img, sigma, 2, 0, 0);
+  const int terms = img.nframes() > 1 ? 3 : 2;
+  const auto derivative = [&](int ox, int oy, int oz, int term) {
+    const Step step("laplacian", static_cast<double>(term) / terms,
+                    static_cast<double>(term + 1) / terms);
+    return gaussian(img, sigma, ox, oy, oz);
+  };
+  image<float> sum = derivative(2, 0, 0, 0);
   const auto add = [&sum](const image<float>& term) {
-    onWidestPath([to = sum.pixels(), from = term.pixels(), count = sum.npix()] {
-      for (int i = 0; i < count; ++i) to[i] += from[i];
+    parallelPixels(sum.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      onWidestPath([=, to = sum.pixels(), from = term.pixels()] {
+        for (std::ptrdiff_t i = begin; i < end; ++i) to[i] += from[i];
+      });
     });
   };
-  add(gaussian(img, sigma, 0, 2, 0));
-  if (img.nframes() > 1) add(gaussian(img, sigma, 0, 0, 2));
+  add(derivative(0, 2, 0, 1));
+  if (img.nframes() > 1) add(derivative(0, 0, 2, 2));
   return sum;
 }
 

@@ -3,6 +3,7 @@
 
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::scalespace {
 namespace {
@@ -12,10 +13,11 @@ constexpr unsigned char kMarked = 255;
 // Marks where the Laplacian has the sign of the type. An image without a float form (RGBA) has
 // none.
 void markBySign(const image<float>& sum, FeatureType type, image<unsigned char>& mask) {
-  const int count = std::min(sum.npix(), mask.npix());
   const float sign = type == LAPLACIAN_NEGATIVE ? -1.0F : 1.0F;
-  onWidestPath([=, from = sum.pixels(), to = mask.pixels()] {
-    for (int i = 0; i < count; ++i) to[i] = from[i] * sign > 0.0F ? kMarked : 0;
+  parallelPixels(std::min(sum.npix(), mask.npix()), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    onWidestPath([=, from = sum.pixels(), to = mask.pixels()] {
+      for (std::ptrdiff_t i = begin; i < end; ++i) to[i] = from[i] * sign > 0.0F ? kMarked : 0;
+    });
   });
 }
 
@@ -90,21 +92,27 @@ bool holds3d(const Differences& l, std::ptrdiff_t row, std::ptrdiff_t plane) {
   }
 }
 
-// Marks the interior of plane z of a smoothed image by `holds`.
+// Marks the interior of the planes first .. end - 1 of a smoothed image by `holds`.
 template <class Test>
-void markInterior(const image<float>& smoothed, int z, const Test& holds,
+void markInterior(const image<float>& smoothed, int first, int end, const Test& holds,
                   image<unsigned char>& mask) {
-  onWidestPath([from = smoothed.pixels(), to = mask.pixels(), plane = smoothed.frameSize(), holds,
-                z, nx = std::ptrdiff_t{smoothed.nx()}, ny = std::ptrdiff_t{smoothed.ny()}] {
-    for (std::ptrdiff_t y = 1; y < ny - 1; ++y) {
-      const std::ptrdiff_t row = z * std::ptrdiff_t{plane} + y * nx;
-      const std::ptrdiff_t end = row + nx - 1;
-      ORVA_INDEPENDENT
-      for (std::ptrdiff_t i = row + 1; i < end; ++i) {
-        to[i] = holds(Differences(from + i)) ? kMarked : 0;
-      }
-    }
-  });
+  const std::ptrdiff_t nx = smoothed.nx();
+  const std::ptrdiff_t ny = smoothed.ny();
+  parallelParts(
+      rowParts(nx, (end - first) * ny), [&](std::ptrdiff_t beginRow, std::ptrdiff_t endRow) {
+        onWidestPath(
+            [=, from = smoothed.pixels() + first * ny * nx, to = mask.pixels() + first * ny * nx] {
+              for (std::ptrdiff_t row = beginRow; row < endRow; ++row) {
+                const std::ptrdiff_t y = row % ny;
+                if (y == 0 || y == ny - 1) continue;
+                const std::ptrdiff_t last = row * nx + nx - 1;
+                ORVA_INDEPENDENT
+                for (std::ptrdiff_t i = row * nx + 1; i < last; ++i) {
+                  to[i] = holds(Differences(from + i)) ? kMarked : 0;
+                }
+              }
+            });
+      });
 }
 
 // Calls f with the type as a template argument; not at all for a type that marks nothing.
@@ -136,7 +144,7 @@ image<unsigned char> __features_2d__(const Image& img, float sigma, FeatureType 
   const std::ptrdiff_t row = img.nx();
   withType(type, [&]<FeatureType Type>() {
     markInterior(
-        smoothed, 0, [row](const Differences& l) { return holds2d<Type>(l, row); }, mask);
+        smoothed, 0, 1, [row](const Differences& l) { return holds2d<Type>(l, row); }, mask);
   });
   return mask;
 }
@@ -148,8 +156,10 @@ image<unsigned char> __features_3d__(const Image& img, float sigma, FeatureType 
     image<float> sum = gaussian(img, sigma, sigma, sz, 2, 0, 0);
     const image<float> yy = gaussian(img, sigma, sigma, sz, 0, 2, 0);
     const image<float> zz = gaussian(img, sigma, sigma, sz, 0, 0, 2);
-    onWidestPath([to = sum.pixels(), y = yy.pixels(), z = zz.pixels(), count = sum.npix()] {
-      for (int i = 0; i < count; ++i) to[i] = to[i] + y[i] + z[i];
+    parallelPixels(sum.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      onWidestPath([=, to = sum.pixels(), y = yy.pixels(), z = zz.pixels()] {
+        for (std::ptrdiff_t i = begin; i < end; ++i) to[i] = to[i] + y[i] + z[i];
+      });
     });
     markBySign(sum, type, mask);
     return mask;
@@ -160,7 +170,7 @@ image<unsigned char> __features_3d__(const Image& img, float sigma, FeatureType 
   const std::ptrdiff_t plane = img.frameSize();
   withType(type, [&]<FeatureType Type>() {
     const auto holds = [=](const Differences& l) { return holds3d<Type>(l, row, plane); };
-    for (int z = 1; z < img.nframes() - 1; ++z) markInterior(smoothed, z, holds, mask);
+    markInterior(smoothed, 1, img.nframes() - 1, holds, mask);
   });
   return mask;
 }
@@ -169,6 +179,7 @@ image<unsigned char> __features_3d__(const Image& img, float sigma, FeatureType 
 
 image<unsigned char> features(const Image& img, float sigma, FeatureType type, float ratio) {
   if (img.isNull()) return image<unsigned char>(0, 1, 1, 1, 1);
+  const Step step("features", 0, 1);
   return img.nframes() < 2 ? __features_2d__(img, sigma, type)
                            : __features_3d__(img, sigma, type, ratio);
 }

@@ -1,9 +1,11 @@
 #include <cmath>
+#include <cstddef>
 
 #include "orva/image/pixel_traits.h"
 #include "orva/image_math/image_math.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::scalespace {
 namespace {
@@ -13,28 +15,46 @@ template <class T, class F, class... Images>
 image<T> combine(F f, const Image& a, const Images&... others) {
   if (!(a.equalSize(others) && ...)) return image<T>(0, 1, 1, 1, 1);
   image<T> result(a.nx(), a.ny(), a.nframes(), 1, 1);
-  for (int i = 0; i < result.npix(); ++i) {
-    result.pixels()[i] = pixelFromFloat<T>(f(a.pixel(i), others.pixel(i)...));
-  }
+  const Step step("combination", 0, 1);
+  parallelPixels(result.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t k = begin; k < end; ++k) {
+      const auto i = static_cast<int>(k);
+      result.pixels()[i] = pixelFromFloat<T>(f(a.pixel(i), others.pixel(i)...));
+    }
+  });
   return result;
 }
 
 }  // namespace
 
 image<float> gradient(const Image& img, float sigma, float ratio) {
-  image<float> gx = gaussian(img, sigma, 1, 0, 0);
-  const image<float> gy = gaussian(img, sigma, 0, 1, 0);
-  float* g = gx.pixels();
-  if (img.nframes() > 1) {
-    const image<float> gz = gaussian(img, ratio == 0.0F ? sigma : sigma / ratio, 0, 0, 1);
-    onWidestPath([g, y = gy.pixels(), z = gz.pixels(), count = gx.npix()] {
-      for (int i = 0; i < count; ++i) g[i] = std::sqrt(g[i] * g[i] + y[i] * y[i] + z[i] * z[i]);
-    });
-  } else {
-    onWidestPath([g, y = gy.pixels(), count = gx.npix()] {
-      for (int i = 0; i < count; ++i) g[i] = std::sqrt(g[i] * g[i] + y[i] * y[i]);
-    });
-  }
+  const bool hasFrames = img.nframes() > 1;
+  const double each = hasFrames ? 0.32 : 0.47;  // share of the time of a derivative
+  const auto derivative = [&](float s, int ox, int oy, int oz) {
+    const Step step("gradient", (oy + 2 * oz) * each, (oy + 2 * oz + 1) * each);
+    return gaussian(img, s, ox, oy, oz);
+  };
+  image<float> gx = derivative(sigma, 1, 0, 0);
+  const image<float> gy = derivative(sigma, 0, 1, 0);
+  image<float> gz(0, 1, 1, 1, 1);
+  if (hasFrames) gz = derivative(ratio == 0.0F ? sigma : sigma / ratio, 0, 0, 1);
+  const Step step("gradient", hasFrames ? 0.96 : 0.94, 1);
+  parallelPixels(gx.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    float* g = gx.pixels();
+    const float* y = gy.pixels();
+    const float* z = gz.pixels();
+    if (hasFrames) {
+      onWidestPath([=] {
+        for (std::ptrdiff_t i = begin; i < end; ++i) {
+          g[i] = std::sqrt(g[i] * g[i] + y[i] * y[i] + z[i] * z[i]);
+        }
+      });
+    } else {
+      onWidestPath([=] {
+        for (std::ptrdiff_t i = begin; i < end; ++i) g[i] = std::sqrt(g[i] * g[i] + y[i] * y[i]);
+      });
+    }
+  });
   return gx;
 }
 

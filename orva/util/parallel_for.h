@@ -95,12 +95,19 @@ void parallelParts(const Parts& parts, const Body& body,
       parts.count(), [&](std::size_t i) { body(parts.begin(i), parts.end(i)); }, interruption);
 }
 
+// Pixels of a task that computes them one by one.
+inline constexpr std::ptrdiff_t kPixelsPerTask = std::ptrdiff_t{1} << 17U;
+
+// Whole rows for such tasks.
+inline Parts rowParts(std::ptrdiff_t nx, std::ptrdiff_t rows) {
+  return {rows, kPixelsPerTask / std::max<std::ptrdiff_t>(nx, 1) + 1};
+}
+
 // Calls body(begin, end) for parts of n pixels that are computed one by one.
 template <class Body>
 void parallelPixels(std::ptrdiff_t n, const Body& body,
                     Interruption interruption = Interruption::Allowed) {
-  constexpr std::ptrdiff_t kPixels = std::ptrdiff_t{1} << 17;
-  parallelParts(Parts(n, kPixels, 64), body, interruption);
+  parallelParts(Parts(n, kPixelsPerTask, 64), body, interruption);
 }
 
 // Working memory of tasks: as many objects as tasks run at the same time, each made when needed.

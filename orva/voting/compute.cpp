@@ -28,12 +28,6 @@ constexpr std::int64_t kMaxSide = std::numeric_limits<std::int16_t>::max();
 constexpr double kPointsShare = 0.12;
 constexpr double kVotesShare = 0.98;
 
-// Whole rows, for pixelwise work.
-Parts rowParts(int nx, int ny) {
-  constexpr std::ptrdiff_t kPixels = std::ptrdiff_t{1} << 17;
-  return {ny, kPixels / std::max(nx, 1) + 1};
-}
-
 struct Gradient {
   image<float> x;
   image<float> y;
