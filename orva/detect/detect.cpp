@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -12,6 +13,7 @@
 #include "orva/detect/overlap.h"
 #include "orva/detect/search.h"
 #include "orva/detect/weighted_median.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -20,6 +22,12 @@ constexpr double kObjectScore = 0.5;     // minimum of a candidate that is evide
 constexpr std::size_t kSampled = 600;    // seeds per polarity that the estimate samples
 constexpr std::size_t kFewObjects = 10;  // in a sample, which then may have missed the others
 constexpr double kLowestLogit = -1000;
+// Estimated shares of the time up to the end of the scale levels and of the search.
+constexpr double kLevelsShare = 0.25;
+constexpr double kSearchShare = 0.8;  // of the rest
+// The same within the search, up to the end of the seeds and of their sample.
+constexpr double kSeedsShare = 0.15;
+constexpr double kSampleShare = 0.3;
 
 void require(bool holds, const char* what) {
   if (!holds) throw std::invalid_argument(std::string("orva::detect::FindSettings: ") + what);
@@ -109,8 +117,10 @@ class Searcher {
       : levels_(levels),
         range_(rangeOf(settings)),
         radius_(settings.radius),
-        lowest_(std::min<double>(settings.minScore, kObjectScore)),
-        seeds_(seedsOf(levels, range_, settings.polarity)) {}
+        lowest_(std::min<double>(settings.minScore, kObjectScore)) {
+    const Step step("outlines", 0, kSeedsShare);
+    seeds_ = seedsOf(levels, range_, settings.polarity);
+  }
 
   bool hasMoreThanASample(Polarity p) const { return countOf(seeds_, p) > kSampled; }
   Selection sampled(Polarity p) const { return of(sampleOf(seeds_, p, kSampled), p); }
@@ -130,6 +140,7 @@ class Searcher {
 
 Search search(const std::vector<ScaleLevel>& levels, const FindSettings& settings) {
   Search s;
+  const Step step("outlines", 0, kSearchShare);
   s.estimate = estimateOf({}, {}, settings.polarity);
   if (levels.empty()) return s;
   const Searcher searcher(levels, settings);
@@ -138,6 +149,7 @@ Search search(const std::vector<ScaleLevel>& levels, const FindSettings& setting
   std::array<bool, 2> isWhole{};
   const auto searchOne = [&](Polarity p, bool whole) {
     const auto i = static_cast<std::size_t>(p);
+    const Step own("outlines", whole ? kSampleShare : kSeedsShare, whole ? 1 : kSampleShare);
     isWhole[i] = whole || !searcher.hasMoreThanASample(p);
     selections[i] = isWhole[i] ? searcher.whole(p) : searcher.sampled(p);
     evidence[i] = evidenceOf(selections[i]);
@@ -216,7 +228,13 @@ RadiusRange rangeOf(const FindSettings& s) {
 
 FindResult findObjects(const Image& img, const FindSettings& settings) {
   requireInRange(settings);
-  return objectsIn(scaleLevels(img), settings);
+  std::vector<ScaleLevel> levels;
+  {
+    const Step step("scales", 0, kLevelsShare);
+    levels = scaleLevels(img);
+  }
+  const Step step("outlines", kLevelsShare, 1);
+  return objectsIn(levels, settings);
 }
 
 FindResult objectsIn(const std::vector<ScaleLevel>& levels, const FindSettings& settings) {
@@ -225,13 +243,18 @@ FindResult objectsIn(const std::vector<ScaleLevel>& levels, const FindSettings& 
   result.used = s.estimate;
   const RadiusRange range = rangeOf(settings);
   // Outlines that meet only when they are refined are one object, too.
-  std::vector<Candidate> objects;
+  const Step step("refinement", kSearchShare, 1);
+  std::vector<Candidate> refinements;
   for (const std::size_t k : s.selection.kept) {
     const Candidate& c = s.selection.candidates[k];
     if (scoreOf(c.logit) < settings.minScore) break;
-    const Candidate object = refined(levels, c);
-    if (range.contains(object.radius)) objects.push_back(object);
+    refinements.push_back(c);
   }
+  parallelFor(refinements.size(),
+              [&](std::size_t k) { refinements[k] = refined(levels, refinements[k]); });
+  std::vector<Candidate> objects;
+  std::copy_if(refinements.begin(), refinements.end(), std::back_inserter(objects),
+               [&](const Candidate& c) { return range.contains(c.radius); });
   for (const std::size_t k : withoutOverlaps(objects, kLowestLogit)) {
     result.objects.push_back(objectOf(objects[k]));
   }

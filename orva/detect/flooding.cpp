@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <queue>
 
+#include "orva/bip/union_find.h"
 #include "orva/detect/star_shape.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -27,34 +30,72 @@ struct IsLater {
 
 // Makes pixels that are marked with a negative number background.
 void clearMarks(image<int>& labels) {
-  std::transform(labels.pixels(), labels.pixels() + labels.npix(), labels.pixels(),
-                 [](int label) { return std::max(label, 0); });
+  parallelPixels(labels.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    std::transform(labels.pixels() + begin, labels.pixels() + end, labels.pixels() + begin,
+                   [](int label) { return std::max(label, 0); });
+  });
+}
+
+// Basins that may reach the same pixels, in ascending order. Others neither take nor mark a pixel
+// that one of them does, so each group floods as if there were no others.
+std::vector<std::vector<std::size_t>> groupsOf(const std::vector<Basin>& basins, int nx, int ny) {
+  constexpr int kSide = 16;  // of the squares by which basins are compared, in pixels
+  constexpr int kNone = -1;
+  const int columns = nx / kSide + 1;
+  const int rows = ny / kSide + 1;
+  std::vector<int> owners(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows),
+                          kNone);
+  bip::UnionFind<> sets;
+  for (const Basin& b : basins) {
+    int set = sets.add();
+    const float radius = *std::max_element(b.radii.begin(), b.radii.end());
+    // With the pixels beyond it that are marked, and one more, as positions are rounded.
+    const float reach = std::max(kReachShare * radius, radius + kReachPixels) + 2;
+    const auto squareOf = [](float v, int n) {
+      return static_cast<int>(std::clamp(v, 0.0F, static_cast<float>(n - 1))) / kSide;
+    };
+    for (int y = squareOf(b.y - reach, ny); y <= squareOf(b.y + reach, ny); ++y) {
+      for (int x = squareOf(b.x - reach, nx); x <= squareOf(b.x + reach, nx); ++x) {
+        int& owner = owners[static_cast<std::size_t>(y) * static_cast<std::size_t>(columns) +
+                            static_cast<std::size_t>(x)];
+        if (owner != kNone) set = sets.join(owner, set);
+        owner = set;
+      }
+    }
+  }
+  const std::ptrdiff_t count = sets.number(std::numeric_limits<std::ptrdiff_t>::max());
+  std::vector<std::vector<std::size_t>> groups(static_cast<std::size_t>(count));
+  for (std::size_t k = 0; k < basins.size(); ++k) {
+    groups[static_cast<std::size_t>(sets.numberOf(static_cast<int>(k)))].push_back(k);
+  }
+  return groups;
 }
 
 // While it runs, -k marks pixels that basin k - 1 was the last to reach: to reach one again changes
 // nothing, as its level stays the same.
 class Flood {
  public:
-  Flood(const image<float>& values, const std::vector<Basin>& basins)
-      : values_(values), basins_(basins), labels_(values.nx(), values.ny(), 1, 1, 1) {}
+  Flood(const image<float>& values, const std::vector<Basin>& basins, image<int>& labels)
+      : values_(values), basins_(basins), labels_(labels) {}
 
-  image<int> run() {
-    setMarkers();
-    while (!queue_.empty()) {
+  // Floods the basins of a group.
+  void run(const std::vector<std::size_t>& group) {
+    setMarkers(group);
+    constexpr int kStepsPerCheckpoint = 1 << 16;
+    for (int steps = 1; !queue_.empty(); ++steps) {
+      if (steps % kStepsPerCheckpoint == 0) checkpoint();
       const Step step = queue_.top();
       queue_.pop();
       if (labels_.pixels()[step.pixel] > 0) continue;
       labels_.pixels()[step.pixel] = step.label;
       addNeighbours(step);
     }
-    clearMarks(labels_);
-    return labels_;
   }
 
  private:
-  void setMarkers() {
+  void setMarkers(const std::vector<std::size_t>& group) {
     std::vector<Step> markers;
-    for (std::size_t k = 0; k < basins_.size(); ++k) {
+    for (const std::size_t k : group) {
       const Basin& b = basins_[k];
       const int x = std::clamp(static_cast<int>(std::floor(b.x + 0.5F)), 0, labels_.nx() - 1);
       const int y = std::clamp(static_cast<int>(std::floor(b.y + 0.5F)), 0, labels_.ny() - 1);
@@ -88,7 +129,7 @@ class Flood {
 
   const image<float>& values_;
   const std::vector<Basin>& basins_;
-  image<int> labels_;
+  image<int>& labels_;
   std::priority_queue<Step, std::vector<Step>, IsLater> queue_;
 };
 
@@ -165,7 +206,12 @@ float floodLevel(const Basin& basin, int x, int y, float value) {
 }
 
 image<int> flooded(const image<float>& values, const std::vector<Basin>& basins) {
-  return Flood(values, basins).run();
+  image<int> labels(values.nx(), values.ny(), 1, 1, 1);
+  if (labels.isNull()) return labels;
+  const std::vector<std::vector<std::size_t>> groups = groupsOf(basins, labels.nx(), labels.ny());
+  parallelFor(groups.size(), [&](std::size_t k) { Flood(values, basins, labels).run(groups[k]); });
+  clearMarks(labels);
+  return labels;
 }
 
 void fillHoles(image<int>& labels) {

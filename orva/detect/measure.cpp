@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "orva/detect/elementary.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -267,19 +268,23 @@ std::vector<ObjectMeasures> measureObjects(const image<int>& labels, const Image
   if (labels.isNull() || intensities.isNull()) return all;
   const std::vector<Run> runs = runsOf(labels);
   const Run* const end = runs.data() + runs.size();
-  for (const Run* run = runs.data(); run != end;) {
-    const Region region{
-        run, std::find_if(run, end, [run](const Run& r) { return r.label != run->label; })};
-    ObjectMeasures m{};
-    m.label = run->label;
+  std::vector<Region> regions;
+  for (const Run* run = runs.data(); run != end; run = regions.back().last) {
+    const Run* last = std::find_if(run, end, [run](const Run& r) { return r.label != run->label; });
+    regions.push_back({run, last});
+  }
+  all.resize(regions.size());
+  const Step step("measures", 0, 1);
+  parallelFor(regions.size(), [&](std::size_t k) {
+    const Region& region = regions[k];
+    ObjectMeasures& m = all[k];
+    m.label = region.first->label;
     setBox(labels, region, m);
     setMoments(region, m);
     m.perimeter = perimeterOf(labels, region);
     m.solidity = m.area / hullArea(region);
     setIntensities(intensities, region, m);
-    all.push_back(m);
-    run = region.last;
-  }
+  });
   return all;
 }
 

@@ -5,8 +5,12 @@
 #include <cstddef>
 #include <limits>
 #include <memory>
+#include <numeric>
 
+#include "orva/detect/order_statistic.h"
+#include "orva/image/float_conversion.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -30,55 +34,63 @@ struct Neighbourhood {
   }
 };
 
+// Row y of clampImpulses().
+void clampImpulsesOfRow(const std::vector<float>& from, int nx, int ny, int y, float* to) {
+  const int y0 = std::max(y - 1, 0);
+  const int y1 = std::min(y + 1, ny - 1);
+  for (int x = 0; x < nx; ++x) {
+    const float* p = from.data() + pixelCount(nx, y) + x;
+    Neighbourhood around;
+    if (x > 0 && y > 0 && x + 1 < nx && y + 1 < ny) {
+      for (const std::ptrdiff_t row : {-std::ptrdiff_t{nx}, std::ptrdiff_t{nx}}) {
+        for (int dx = -1; dx <= 1; ++dx) around.add(p[row + dx]);
+      }
+      around.add(p[-1]);
+      around.add(p[1]);
+    } else {
+      for (int j = y0; j <= y1; ++j) {
+        for (int i = std::max(x - 1, 0); i <= std::min(x + 1, nx - 1); ++i) {
+          if (i != x || j != y) around.add(from[static_cast<std::size_t>(pixelCount(nx, j) + i)]);
+        }
+      }
+    }
+    to[x] = std::clamp(*p, around.low, around.high);
+  }
+}
+
 // Moves each pixel into the range of its eight neighbours, so that single outliers (hot pixels,
 // salt and pepper) vanish while edges stay.
 void clampImpulses(std::vector<float>& plane, int nx, int ny) {
   const std::vector<float> from = plane;
-  for (int y = 0; y < ny; ++y) {
-    const int y0 = std::max(y - 1, 0);
-    const int y1 = std::min(y + 1, ny - 1);
-    for (int x = 0; x < nx; ++x) {
-      const float* p = from.data() + pixelCount(nx, y) + x;
-      Neighbourhood around;
-      if (x > 0 && y > 0 && x + 1 < nx && y + 1 < ny) {
-        for (const std::ptrdiff_t row : {-std::ptrdiff_t{nx}, std::ptrdiff_t{nx}}) {
-          for (int dx = -1; dx <= 1; ++dx) around.add(p[row + dx]);
-        }
-        around.add(p[-1]);
-        around.add(p[1]);
-      } else {
-        for (int j = y0; j <= y1; ++j) {
-          for (int i = std::max(x - 1, 0); i <= std::min(x + 1, nx - 1); ++i) {
-            if (i != x || j != y) around.add(from[static_cast<std::size_t>(pixelCount(nx, j) + i)]);
-          }
-        }
-      }
-      plane[static_cast<std::size_t>(pixelCount(nx, y) + x)] =
-          std::clamp(*p, around.low, around.high);
+  parallelParts(rowParts(nx, ny), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (int y = static_cast<int>(begin); y < end; ++y) {
+      clampImpulsesOfRow(from, nx, ny, y, plane.data() + pixelCount(nx, y));
     }
-  }
+  });
 }
 
 // Plane 0, a pixel that is not a finite number as the smallest finite one; empty without any.
 std::vector<float> finitePlane(const Image& img) {
   const std::ptrdiff_t n = pixelCount(img.nx(), img.ny());
   std::vector<float> plane(static_cast<std::size_t>(n));
-  float low = std::numeric_limits<float>::infinity();
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
-    const float v = img.pixel(static_cast<int>(i));
-    plane[static_cast<std::size_t>(i)] = v;
-    if (std::isfinite(v)) low = std::min(low, v);
-  }
+  const Parts parts(n, kPixelsPerTask, 64);
+  std::vector<float> lows(parts.count(), std::numeric_limits<float>::infinity());
+  parallelFor(parts.count(), [&](std::size_t k) {
+    const std::ptrdiff_t first = parts.begin(k);
+    float* v = plane.data() + first;
+    readPixels(img, first, parts.end(k) - first, v);
+    for (float* const end = plane.data() + parts.end(k); v != end; ++v) {
+      if (std::isfinite(*v)) lows[k] = std::min(lows[k], *v);
+    }
+  });
+  const float low = *std::min_element(lows.begin(), lows.end());
   if (!std::isfinite(low)) return {};
-  for (float& v : plane) v = std::isfinite(v) ? v : low;
+  parallelParts(parts, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (float* v = plane.data() + begin; v != plane.data() + end; ++v) {
+      if (!std::isfinite(*v)) *v = low;
+    }
+  });
   return plane;
-}
-
-// The value that has `rank` others before it in ascending order.
-float orderStatistic(std::vector<float>& values, std::size_t rank) {
-  const auto place = values.begin() + static_cast<std::ptrdiff_t>(rank);
-  std::nth_element(values.begin(), place, values.end());
-  return *place;
 }
 
 // Plane 0 stretched so that its range without single outliers becomes 0 .. kBrightest; no pixels
@@ -93,23 +105,29 @@ std::vector<float> stretchedPlane(const Image& img) {
   const double high = orderStatistic(calm, last - std::min(kOutliers, last));
   if (!(high > low)) return {};
   const double scale = kBrightest / (high - low);
-  for (float& v : plane) {
-    v = std::clamp(static_cast<float>((static_cast<double>(v) - low) * scale), 0.0F, kBrightest);
-  }
+  parallelPixels(static_cast<std::ptrdiff_t>(plane.size()),
+                 [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+                   for (float* v = plane.data() + begin; v != plane.data() + end; ++v) {
+                     const double above = (static_cast<double>(*v) - low) * scale;
+                     *v = std::clamp(static_cast<float>(above), 0.0F, kBrightest);
+                   }
+                 });
   return plane;
 }
 
 // The means of 2 x 2 pixels; an odd last row or column is dropped.
 std::vector<float> halved(const ScaleLevel& from, int nx, int ny) {
   std::vector<float> result(static_cast<std::size_t>(pixelCount(nx, ny)));
-  float* out = result.data();
-  for (int y = 0; y < ny; ++y) {
-    const float* row = from.pixels.data() + 2 * pixelCount(from.nx, y);
-    const float* next = row + from.nx;
-    for (int x = 0; x < nx; ++x, row += 2, next += 2) {
-      *out++ = 0.25F * ((row[0] + next[1]) + (row[1] + next[0]));
+  parallelParts(rowParts(nx, ny), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    float* out = result.data() + begin * nx;
+    for (std::ptrdiff_t y = begin; y < end; ++y) {
+      const float* row = from.pixels.data() + 2 * y * from.nx;
+      const float* next = row + from.nx;
+      for (int x = 0; x < nx; ++x, row += 2, next += 2) {
+        *out++ = 0.25F * ((row[0] + next[1]) + (row[1] + next[0]));
+      }
     }
-  }
+  });
   return result;
 }
 
@@ -118,22 +136,22 @@ std::vector<float> halved(const ScaleLevel& from, int nx, int ny) {
 // few pixels only.
 float noiseOf(const ScaleLevel& level) {
   const int nx = level.nx;
-  std::vector<float> response;
-  response.reserve(level.pixels.size());
-  double sum = 0;
-  for (int y = 1; y + 1 < level.ny; ++y) {
-    const float* p = level.pixels.data() + pixelCount(nx, y) + 1;
-    for (int x = 1; x + 1 < nx; ++x, ++p) {
-      const float sides = (p[-1] + p[1]) + (p[-nx] + p[nx]);
-      const float corners = (p[-nx - 1] + p[nx + 1]) + (p[-nx + 1] + p[nx - 1]);
-      const float r = std::fabs((4 * p[0] - 2 * sides) + corners) / 6;
-      response.push_back(r);
-      sum += r;
+  const std::ptrdiff_t columns = nx - 2;
+  const std::ptrdiff_t rows = level.ny - 2;
+  std::vector<float> response(static_cast<std::size_t>(columns * rows));
+  parallelParts(rowParts(nx, rows), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    float* r = response.data() + begin * columns;
+    for (std::ptrdiff_t y = begin; y < end; ++y) {
+      const float* p = level.pixels.data() + (y + 1) * nx + 1;
+      for (std::ptrdiff_t x = 0; x < columns; ++x, ++p) {
+        const float sides = (p[-1] + p[1]) + (p[-nx] + p[nx]);
+        const float corners = (p[-nx - 1] + p[nx + 1]) + (p[-nx + 1] + p[nx - 1]);
+        *r++ = std::fabs((4 * p[0] - 2 * sides) + corners) / 6;
+      }
     }
-  }
-  const auto middle = response.begin() + static_cast<std::ptrdiff_t>(response.size() / 2);
-  std::nth_element(response.begin(), middle, response.end());
-  const double byMedian = 1.4826 * *middle;
+  });
+  const double sum = std::accumulate(response.begin(), response.end(), 0.0);
+  const double byMedian = 1.4826 * orderStatistic(response, response.size() / 2);
   const double byMean = 0.5 * sum / static_cast<double>(response.size());
   return std::max(static_cast<float>(std::max(byMedian, byMean)), kMinNoise);
 }
@@ -144,12 +162,12 @@ void addGradients(ScaleLevel& level) {
   const image<float> dx = scalespace::gaussian(plane, kGradientSigma, 1, 0, 0);
   const image<float> dy = scalespace::gaussian(plane, kGradientSigma, 0, 1, 0);
   level.gradients.resize(level.pixels.size());
+  parallelPixels(dx.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    Gradient* to = level.gradients.data() + begin;
+    for (std::ptrdiff_t i = begin; i < end; ++i) *to++ = {dx.pixels()[i], dy.pixels()[i]};
+  });
   double sum = 0;
-  for (std::size_t i = 0; i < level.gradients.size(); ++i) {
-    const Gradient g{dx.pixels()[i], dy.pixels()[i]};
-    level.gradients[i] = g;
-    sum += std::sqrt(g.x * g.x + g.y * g.y);
-  }
+  for (const Gradient& g : level.gradients) sum += std::sqrt(g.x * g.x + g.y * g.y);
   level.meanGradient = static_cast<float>(sum / static_cast<double>(level.gradients.size()));
 }
 

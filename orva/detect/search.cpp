@@ -3,15 +3,20 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <functional>
+#include <span>
 #include <utility>
 
 #include "orva/detect/octave_grids.h"
 #include "orva/detect/overlap.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
 
+constexpr std::ptrdiff_t kSeedsPerTask = 4;
+constexpr std::ptrdiff_t kObjectsPerTask = 8;
 constexpr double kContextScore = 0.5;  // minimum of a candidate of the context
 constexpr float kCore = 0.8F;  // share of the radius of a clear object without further seeds
 constexpr float kRangeMargin = 1.25F;  // by which refinement may change a radius
@@ -73,6 +78,130 @@ bool mayHold(const std::vector<ScaleLevel>& levels, std::size_t index, const Rad
          (isFirst || range.high >= kLevelLow * factor);
 }
 
+// Whether a place in the image is in the core of an object.
+bool isInCore(const Candidate& c, float x, float y) {
+  const float dx = x - c.x;
+  const float dy = y - c.y;
+  const float core = kCore * c.radius;
+  return dx * dx + dy * dy < core * core;
+}
+
+// Candidates around the seeds of one level after the other.
+class CandidateSearch {
+ public:
+  // `seeds` is the number of all.
+  CandidateSearch(const std::vector<ScaleLevel>& levels, Polarity polarity,
+                  const RadiusRange& range, std::size_t seeds)
+      : levels_(levels), polarity_(polarity), range_(range), seeds_(static_cast<double>(seeds)) {}
+
+  // Searches around the seeds of a level, in their order, but for those in the core of a clear
+  // candidate found before.
+  void addFrom(std::size_t level, const std::vector<Seed>& seeds) {
+    constexpr std::size_t kSeedsPerBatch = 256;
+    for (std::size_t first = 0; first < seeds.size(); first += kSeedsPerBatch) {
+      const auto batch =
+          std::span(seeds).subspan(first, std::min(kSeedsPerBatch, seeds.size() - first));
+      const double begin = done_ / seeds_;
+      done_ += static_cast<double>(batch.size());
+      const Step step("outlines", begin, done_ / seeds_);
+      std::vector<Attempt> attempts(batch.size());
+      if (hasRunner()) tryAhead(level, batch, attempts);
+      for (std::size_t k = 0; k < batch.size(); ++k) {
+        checkpoint(static_cast<std::ptrdiff_t>(k), static_cast<std::ptrdiff_t>(batch.size()));
+        if (isCovered(level, batch[k])) continue;
+        if (!attempts[k].isMade) attempts[k] = attempt(level, batch[k]);
+        if (const auto& c = attempts[k].candidate) add(*c);
+      }
+    }
+  }
+
+  const std::vector<Candidate>& found() const { return found_; }
+
+ private:
+  // A search around a seed, and what it found.
+  struct Attempt {
+    bool isMade = false;
+    std::optional<Candidate> candidate;
+  };
+
+  Attempt attempt(std::size_t level, const Seed& s) const {
+    checkpoint();
+    Attempt made{true, std::nullopt};
+    const auto outline = bestOutline(levels_[level], polarity_, static_cast<float>(s.x),
+                                     static_cast<float>(s.y), s.band);
+    if (!outline) return made;
+    made.candidate = measured(levels_, static_cast<int>(level), s.band, polarity_, *outline);
+    if (made.candidate && !range_.contains(made.candidate->radius)) made.candidate.reset();
+    return made;
+  }
+
+  // Makes attempts in parallel, most of which will be asked for: first around seeds without
+  // another close before them in the batch, then around those that the candidates of these leave.
+  void tryAhead(std::size_t level, std::span<const Seed> seeds,
+                std::vector<Attempt>& attempts) const {
+    constexpr int kClose = 10;  // pixels of the level: hardly the distance of two objects
+    std::vector<std::size_t> chosen;
+    for (std::size_t k = 0; k < seeds.size(); ++k) {
+      const auto before = seeds.first(k);
+      const bool isFollower = std::any_of(before.begin(), before.end(), [&](const Seed& other) {
+        return std::max(std::abs(other.x - seeds[k].x), std::abs(other.y - seeds[k].y)) < kClose;
+      });
+      if (!isFollower && !isCovered(level, seeds[k])) chosen.push_back(k);
+    }
+    attemptAll(level, seeds, chosen, attempts);
+    std::vector<Candidate> clear;
+    for (const std::size_t k : chosen) {
+      const auto& c = attempts[k].candidate;
+      if (c && isClear(*c)) clear.push_back(*c);
+    }
+    chosen.clear();
+    for (std::size_t k = 0; k < seeds.size(); ++k) {
+      if (attempts[k].isMade || isCovered(level, seeds[k])) continue;
+      const auto [x, y] = placeOf(level, seeds[k]);
+      const bool isLeft =
+          std::none_of(clear.begin(), clear.end(),
+                       [x = x, y = y](const Candidate& c) { return isInCore(c, x, y); });
+      if (isLeft) chosen.push_back(k);
+    }
+    attemptAll(level, seeds, chosen, attempts);
+  }
+
+  void attemptAll(std::size_t level, std::span<const Seed> seeds,
+                  const std::vector<std::size_t>& chosen, std::vector<Attempt>& attempts) const {
+    const auto count = static_cast<std::ptrdiff_t>(chosen.size());
+    parallelParts(Parts(count, kSeedsPerTask), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      for (std::ptrdiff_t k = begin; k < end; ++k) {
+        const std::size_t at = chosen[static_cast<std::size_t>(k)];
+        attempts[at] = attempt(level, seeds[at]);
+      }
+    });
+  }
+
+  bool isCovered(std::size_t level, const Seed& s) const {
+    const auto [x, y] = placeOf(level, s);
+    return clear_.anyNear(x, y, 0.0F, kCore,
+                          [&, x = x, y = y](std::size_t n) { return isInCore(found_[n], x, y); });
+  }
+
+  std::pair<float, float> placeOf(std::size_t level, const Seed& s) const {
+    return {levels_[level].toImage(static_cast<float>(s.x)),
+            levels_[level].toImage(static_cast<float>(s.y))};
+  }
+
+  void add(const Candidate& c) {
+    if (isClear(c)) clear_.add(c.x, c.y, c.radius, found_.size());
+    found_.push_back(c);
+  }
+
+  const std::vector<ScaleLevel>& levels_;
+  Polarity polarity_;
+  RadiusRange range_;
+  double seeds_;
+  double done_ = 0;  // of them
+  std::vector<Candidate> found_;
+  OctaveGrids clear_;
+};
+
 double logitOf(double score) {
   // The logistic function is monotone: its inverse by bisection, without a logarithm of 0.
   double low = -60;
@@ -88,19 +217,33 @@ double logitOf(double score) {
 
 std::vector<LevelSeeds> seedsOf(const std::vector<ScaleLevel>& levels, const RadiusRange& range,
                                 std::optional<Polarity> polarity) {
-  std::vector<LevelSeeds> all(levels.size());
+  struct Search {
+    std::size_t level;
+    Polarity polarity;
+    Band band;
+    std::vector<Seed> found;
+  };
+  std::vector<Search> searches;
+  std::vector<std::vector<EdgePixel>> edges(levels.size());
   for (std::size_t i = 0; i < levels.size(); ++i) {
     if (!mayHold(levels, i, range)) continue;
-    const std::vector<EdgePixel> edges = edgePixels(levels[i]);
-    if (edges.empty()) continue;
+    checkpoint();
+    edges[i] = edgePixels(levels[i]);
+    if (edges[i].empty()) continue;
     for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
       if (polarity && *polarity != p) continue;
-      std::vector<Seed>& found = all[i].of(p);
-      found = seeds(levels[i], edges, p, Band::Usual);
-      if (i > 0) continue;
-      const std::vector<Seed> small = seeds(levels[i], edges, p, Band::Small);
-      found.insert(found.end(), small.begin(), small.end());
+      searches.push_back({i, p, Band::Usual, {}});
+      if (i == 0) searches.push_back({i, p, Band::Small, {}});
     }
+  }
+  parallelFor(searches.size(), [&](std::size_t k) {
+    Search& s = searches[k];
+    s.found = seeds(levels[s.level], edges[s.level], s.polarity, s.band);
+  });
+  std::vector<LevelSeeds> all(levels.size());
+  for (const Search& s : searches) {
+    std::vector<Seed>& found = all[s.level].of(s.polarity);
+    found.insert(found.end(), s.found.begin(), s.found.end());
   }
   return all;
 }
@@ -129,36 +272,26 @@ std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
                                     const std::vector<LevelSeeds>& seeds, Polarity polarity,
                                     const RadiusRange& exactRange) {
   const RadiusRange range = exactRange.widened(kRangeMargin);
-  std::vector<Candidate> found;
-  OctaveGrids clear;
-  // Large objects first: most seeds inside a clear one need no search of their own.
-  for (std::size_t i = levels.size(); i-- > 0;) {
-    for (const Seed& s : seeds[i].of(polarity)) {
-      const auto x = static_cast<float>(s.x);
-      const auto y = static_cast<float>(s.y);
-      const float px = levels[i].toImage(x);
-      const float py = levels[i].toImage(y);
-      const bool isCovered = clear.anyNear(px, py, 0.0F, kCore, [&](std::size_t n) {
-        const float dx = px - found[n].x;
-        const float dy = py - found[n].y;
-        const float core = kCore * found[n].radius;
-        return dx * dx + dy * dy < core * core;
-      });
-      if (isCovered) continue;
-      const auto outline = bestOutline(levels[i], polarity, x, y, s.band);
-      if (!outline) continue;
-      const auto c = measured(levels, static_cast<int>(i), s.band, polarity, *outline);
-      if (!c || !range.contains(c->radius)) continue;
-      if (isClear(*c)) clear.add(c->x, c->y, c->radius, found.size());
-      found.push_back(*c);
+  std::size_t all = 0;
+  for (const LevelSeeds& level : seeds) all += level.of(polarity).size();
+  CandidateSearch search(levels, polarity, range, all);
+  {
+    const Step step("outlines", 0, 0.9);
+    // Large objects first: most seeds inside a clear one need no search of their own.
+    for (std::size_t i = levels.size(); i-- > 0;) search.addFrom(i, seeds[i].of(polarity));
+  }
+  const Step step("outlines", 0.9, 1);
+  std::vector<Candidate> found = withoutDuplicates(search.found());
+  const auto count = static_cast<std::ptrdiff_t>(found.size());
+  parallelParts(Parts(count, kObjectsPerTask), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t k = begin; k < end; ++k) {
+      checkpoint();
+      Candidate& c = found[static_cast<std::size_t>(k)];
+      if (c.measures[kOffCenter] < kOffCenterSeed) continue;
+      const auto next = recentered(levels, c, c.level);
+      if (next && isSame(*next, c) && range.contains(next->radius)) c = *next;
     }
-  }
-  found = withoutDuplicates(std::move(found));
-  for (Candidate& c : found) {
-    if (c.measures[kOffCenter] < kOffCenterSeed) continue;
-    const auto next = recentered(levels, c, c.level);
-    if (next && isSame(*next, c) && range.contains(next->radius)) c = *next;
-  }
+  });
   return withoutDuplicates(std::move(found));
 }
 

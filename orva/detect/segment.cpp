@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <numeric>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -15,6 +17,7 @@
 #include "orva/detect/star_shape.h"
 #include "orva/detect/unclaimed.h"
 #include "orva/scalespace/scalespace.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -48,15 +51,15 @@ bool fits(const Image& img, const Object& o) {
 
 Polarity polarityOf(const std::vector<ScaleLevel>& levels, const Image& img,
                     const std::vector<Object>& objects) {
-  std::array<int, 2> outlines{};
+  std::array<std::atomic<int>, 2> outlines{};
   const std::size_t stride = std::max<std::size_t>(1, objects.size() / kPolled);
-  for (const Polarity p : {Polarity::Bright, Polarity::Dark}) {
-    for (std::size_t i = 0; i < objects.size(); i += stride) {
-      const Object& o = objects[i];
-      if (!fits(img, o)) continue;
-      if (outlinedAgain(levels, p, o.x, o.y, o.radius)) ++outlines[static_cast<std::size_t>(p)];
-    }
-  }
+  const std::size_t polled = (objects.size() + stride - 1) / stride;
+  parallelFor(2 * polled, [&](std::size_t k) {
+    const auto p = static_cast<Polarity>(k / polled);
+    const Object& o = objects[k % polled * stride];
+    if (!fits(img, o)) return;
+    if (outlinedAgain(levels, p, o.x, o.y, o.radius)) ++outlines[static_cast<std::size_t>(p)];
+  });
   return outlines[1] > outlines[0] ? Polarity::Dark : Polarity::Bright;
 }
 
@@ -198,16 +201,20 @@ std::vector<std::size_t> labelObjects(const std::vector<ScaleLevel>& levels,
                                       const image<float>& plane, const Image& img,
                                       const std::vector<Object>& objects, Polarity polarity,
                                       image<int>& labels) {
+  std::vector<std::optional<Shape>> shapes(objects.size());
+  parallelFor(objects.size(), [&](std::size_t i) {
+    if (!fits(img, objects[i])) return;
+    Shape shape = outlinedShape(levels, polarity, objects[i]);
+    if (setThreshold(plane, levels.front().noise, shape.basin)) shapes[i] = shape;
+  });
   std::vector<std::size_t> indices;
   std::vector<double> areas;
   std::vector<Basin> basins;
   for (std::size_t i = 0; i < objects.size(); ++i) {
-    if (!fits(img, objects[i])) continue;
-    Shape shape = outlinedShape(levels, polarity, objects[i]);
-    if (!setThreshold(plane, levels.front().noise, shape.basin)) continue;
+    if (!shapes[i]) continue;
     indices.push_back(i);
-    areas.push_back(shape.area);
-    basins.push_back(shape.basin);
+    areas.push_back(shapes[i]->area);
+    basins.push_back(shapes[i]->basin);
   }
   labels = flooded(plane, basins);
   const Extents flooding = extentsOf(labels, areas.size());
@@ -260,9 +267,18 @@ SegmentedImage segmentImage(const Image& img, const FindSettings& sought,
                             const SegmentSettings& settings) {
   requireInRange(sought);
   requireInRange(settings);
-  const std::vector<ScaleLevel> levels = scaleLevels(img);
-  SegmentedImage s{objectsIn(levels, sought), emptyLabels(img), 0};
+  std::vector<ScaleLevel> levels;
+  {
+    const Step step("scales", 0, 0.15);
+    levels = scaleLevels(img);
+  }
+  SegmentedImage s{{}, emptyLabels(img), 0};
+  {
+    const Step step("outlines", 0.15, 0.7);
+    static_cast<FindResult&>(s) = objectsIn(levels, sought);
+  }
   if (s.objects.empty()) return s;
+  const Step step("regions", 0.7, 1);
   const image<float> plane = smoothed(levels.front(), s.used.polarity);
   const std::vector<std::size_t> labelled =
       labelObjects(levels, plane, img, s.objects, s.used.polarity, s.labels);
