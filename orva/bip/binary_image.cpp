@@ -3,6 +3,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 
@@ -28,11 +29,17 @@ bool isBinaryImage(const Image& img) {
 
 void reverse(image<unsigned char>& img) {
   unsigned char* pixels = img.pixels();
-  const std::ptrdiff_t count = img.npix();
-  onWidestPath([=] {
-    ORVA_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < count; ++i) pixels[i] = static_cast<unsigned char>(~pixels[i]);
-  });
+  parallelPixels(
+      img.npix(),
+      [=](std::ptrdiff_t begin, std::ptrdiff_t end) {
+        onWidestPath([=] {
+          ORVA_INDEPENDENT
+          for (std::ptrdiff_t i = begin; i < end; ++i) {
+            pixels[i] = static_cast<unsigned char>(~pixels[i]);
+          }
+        });
+      },
+      Interruption::Off);
 }
 
 }  // namespace orva::bip

@@ -11,6 +11,7 @@
 #include "orva/image/uninitialized_image.h"
 #include "orva/image_io/image_io.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 namespace {
@@ -19,27 +20,31 @@ constexpr float kBackgroundDistance = 0.0F;
 constexpr float kBoundaryDistance = 1.0F;
 constexpr float kUnreached = 9999.0F;
 
-// Calls visit(first, y, z) for every row of the first volume, in linear order, with the index of
-// its first pixel.
+// Calls visit(first, y, z) for the rows begin .. end - 1 of the first volume, in linear order, with
+// the index of the first pixel.
 template <class Visit>
-void forEachRow(const Image& img, Visit visit) {
-  std::ptrdiff_t first = 0;
-  for (int z = 0; z < img.nz(); ++z) {
-    for (int y = 0; y < img.ny(); ++y, first += img.nx()) visit(first, y, z);
+void forEachRow(const Image& img, std::ptrdiff_t begin, std::ptrdiff_t end, Visit visit) {
+  for (std::ptrdiff_t row = begin; row < end; ++row) {
+    visit(row * img.nx(), static_cast<int>(row % img.ny()), static_cast<int>(row / img.ny()));
   }
 }
 
+// The rows of the first volume, cut for several threads.
+Parts rowsOf(const Image& img) { return rowParts(img.nx(), std::ptrdiff_t{img.ny()} * img.nz()); }
+
 void initFromBytes(const Image& mask, image<float>& distance) {
-  PixelFloats pixels(mask);
   const std::ptrdiff_t nx = distance.nx();
-  forEachRow(distance, [&](std::ptrdiff_t first, int, int) {
-    const float* from = pixels.read(first, nx);
-    float* to = distance.pixels() + first;
-    onWidestPath([=] {
-      ORVA_INDEPENDENT
-      for (std::ptrdiff_t x = 0; x < nx; ++x) {
-        to[x] = from[x] != 0.0F ? kUnknownDistance : kBackgroundDistance;
-      }
+  parallelParts(rowsOf(distance), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    PixelFloats pixels(mask);
+    forEachRow(distance, begin, end, [&](std::ptrdiff_t first, int, int) {
+      const float* from = pixels.read(first, nx);
+      float* to = distance.pixels() + first;
+      onWidestPath([=] {
+        ORVA_INDEPENDENT
+        for (std::ptrdiff_t x = 0; x < nx; ++x) {
+          to[x] = from[x] != 0.0F ? kUnknownDistance : kBackgroundDistance;
+        }
+      });
     });
   });
 }
@@ -52,12 +57,12 @@ image<short> labelsOf(const Image& in) {
   return labels;
 }
 
-void initFromLabels(const Image& in, image<float>& distance) {
-  const image<short> labels = labelsOf(in);
+void initRowsFromLabels(const image<short>& labels, std::ptrdiff_t begin, std::ptrdiff_t end,
+                        image<float>& distance) {
   const std::ptrdiff_t nx = distance.nx();
   // Whether the three (or nine) pixels of a column of the box are equal.
-  auto columns = exitOnBadAlloc([nx] { return std::vector<short>(static_cast<std::size_t>(nx)); });
-  forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
+  std::vector<short> columns(static_cast<std::size_t>(nx));
+  forEachRow(distance, begin, end, [&](std::ptrdiff_t first, int y, int z) {
     const short* row = labels.pixels() + first;
     float* to = distance.pixels() + first;
     short* alike = columns.data();
@@ -87,6 +92,15 @@ void initFromLabels(const Image& in, image<float>& distance) {
   });
 }
 
+void initFromLabels(const Image& in, image<float>& distance) {
+  const image<short> labels = labelsOf(in);
+  exitOnBadAlloc([&] {
+    parallelParts(rowsOf(distance), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      initRowsFromLabels(labels, begin, end, distance);
+    });
+  });
+}
+
 bool anyUnreached(const float* row, std::ptrdiff_t n) {
   int any = 0;
   for (std::ptrdiff_t x = 0; x < n; ++x) any |= row[x] >= kUnreached ? 1 : 0;
@@ -102,25 +116,28 @@ bool anyReached(const float* row, std::ptrdiff_t n) {
 // Pixels that the two passes did not reach, above all the border, take the smallest distance among
 // their neighbours plus 1, also along diagonals; this is intended.
 void repair(image<float>& distance) {
+  constexpr int kRowsPerCheckpoint = 64;
   float* d = distance.pixels();
   const std::ptrdiff_t nx = distance.nx();
-  forEachRow(distance, [&](std::ptrdiff_t first, int y, int z) {
-    bool hasReached = false;
-    if (!anyUnreached(d + first, nx)) return;
-    // Without a reached neighbour they stay as they are.
-    forEachRowOfBox(distance, y, z, [&](std::ptrdiff_t other) {
-      hasReached = hasReached || anyReached(d + other, nx);
-    });
-    if (!hasReached) return;
-    for (std::ptrdiff_t x = 0; x < nx; ++x) {
-      float& own = d[first + x];
-      if (own < kUnreached) continue;
-      anyInBox(distance, static_cast<int>(x), y, z, [&](std::ptrdiff_t j) {
-        own = std::min(own, d[j] + 1.0F);
-        return false;
-      });
-    }
-  });
+  forEachRow(distance, 0, std::ptrdiff_t{distance.ny()} * distance.nz(),
+             [&](std::ptrdiff_t first, int y, int z) {
+               if (y % kRowsPerCheckpoint == 0) checkpoint();
+               bool hasReached = false;
+               if (!anyUnreached(d + first, nx)) return;
+               // Without a reached neighbour they stay as they are.
+               forEachRowOfBox(distance, y, z, [&](std::ptrdiff_t other) {
+                 hasReached = hasReached || anyReached(d + other, nx);
+               });
+               if (!hasReached) return;
+               for (std::ptrdiff_t x = 0; x < nx; ++x) {
+                 float& own = d[first + x];
+                 if (own < kUnreached) continue;
+                 anyInBox(distance, static_cast<int>(x), y, z, [&](std::ptrdiff_t j) {
+                   own = std::min(own, d[j] + 1.0F);
+                   return false;
+                 });
+               }
+             });
 }
 
 }  // namespace
@@ -135,13 +152,20 @@ image<float> fchamfer(const Image& in) {
   }
   image<float> distance = uninitializedImage<float>(in.nx(), in.ny(), in.nz(), 1, 1);
   if (distance.isNull()) return distance;  // sizes below zero whose product is positive
+  const Step all("distances", 0, 1);
   if (in.format() == BYTE) {
     initFromBytes(in, distance);
   } else {
     initFromLabels(in, distance);
   }
-  chamferPass(distance, Pass::kForward);
-  chamferPass(distance, Pass::kBackward);
+  {
+    const Step step("distances", 0.1, 0.5);
+    chamferPass(distance, Pass::kForward);
+  }
+  {
+    const Step step("distances", 0.5, 0.9);
+    chamferPass(distance, Pass::kBackward);
+  }
   repair(distance);
   return distance;
 }

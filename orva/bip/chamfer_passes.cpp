@@ -11,6 +11,7 @@
 
 #include "orva/image/bad_alloc.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 #include "orva/util/simd.h"
 
 namespace orva::bip {
@@ -103,8 +104,11 @@ void forEachInnerRow(const Image& img, Pass pass, Lower lower) {
   const auto at = [pass](int k, int n) { return pass == Pass::kForward ? k : n - 1 - k; };
   const bool isVolume = img.nz() > 1;
   if (img.nx() < 3) return;
+  constexpr int kRowsPerCheckpoint = 32;
+  const std::ptrdiff_t rows = std::ptrdiff_t{img.ny()} * img.nz();
   for (int kz = isVolume ? 1 : 0; kz < (isVolume ? img.nz() - 1 : 1); ++kz) {
     for (int ky = 1; ky < img.ny() - 1; ++ky) {
+      if (ky % kRowsPerCheckpoint == 0) checkpoint(std::ptrdiff_t{kz} * img.ny() + ky, rows);
       lower((std::ptrdiff_t{at(kz, img.nz())} * img.ny() + at(ky, img.ny())) * img.nx());
     }
   }

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "orva/bip/union_find.h"
 #include "orva/util/cpu_path.h"
 #include "orva/util/narrow.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 namespace {
@@ -80,10 +83,18 @@ class Areas {
   const T* in_;
 };
 
+// The rows of a plane, or the planes of a volume, first .. end - 1.
+struct Slices {
+  int first;
+  int end;
+};
+
 // Two passes over the rows. The first gives every run a provisional label and unites those of runs
 // that touch. If there are many, it stores them where they take no further memory: at the start of
 // the run's own row of the label image. The second pass encodes the runs once more, which costs
 // less than to keep them, and writes the final labels.
+//
+// Several threads label a band of slices each, whose regions are then joined across the edges.
 //
 // L. He, Y. Chao, K. Suzuki, A run-based two-scan labeling algorithm, IEEE Transactions on Image
 // Processing 17, 2008.
@@ -93,10 +104,11 @@ class RunLabelling {
   // `apartLabels` provisional labels, of few runs, are stored apart from the label image: to touch
   // its rows in the first pass, too, takes longer.
   RunLabelling(Source source, Connectivity connectivity, MemoryBudget& budget,
-               std::size_t apartLabels, image<short>& labels)
+               std::size_t apartLabels, const Slices& slices, image<short>& labels)
       : source_(std::move(source)),
         connectivity_(connectivity),
         apartLabels_(apartLabels),
+        slices_(slices),
         nx_(labels.nx()),
         labels_(labels),
         sets_(budget),
@@ -106,30 +118,86 @@ class RunLabelling {
         apart_(budget),
         current_(budget),
         next_(budget),
-        buffer_(budget) {
+        buffer_(budget),
+        firstLabels_(budget) {
     // A plane is a volume of planes of one row: only one row is then kept.
-    const bool isPlane = labels.nz() == 1;
-    ny_ = isPlane ? 1 : labels.ny();
-    nz_ = isPlane ? labels.ny() : labels.nz();
+    ny_ = labels.nz() == 1 ? 1 : labels.ny();
   }
 
-  std::ptrdiff_t run(std::ptrdiff_t limit) {
-    counts_.reserve(static_cast<std::size_t>(std::ptrdiff_t{ny_} * nz_));
+  // Gives the runs provisional labels.
+  void scan() {
+    const std::ptrdiff_t slices = slices_.end - std::ptrdiff_t{slices_.first};
+    counts_.reserve(static_cast<std::size_t>(ny_ * slices));
     apart_.reserve(apartLabels_);
-    for (int z = 0; z < nz_; ++z) {
+    for (int z = slices_.first; z < slices_.end; ++z) {
       std::swap(plane_, before_);
       plane_.encoder.discardKept();
       plane_.provisional.clear();
       plane_.rows.clear();
-      for (int y = 0; y < ny_; ++y) addRow(y, z);
+      for (int y = 0; y < ny_; ++y) {
+        if (counts_.size() % kRowsPerCheckpoint == 0) checkpoint(z - slices_.first, 2 * slices);
+        addRow(y, z);
+      }
+      if (z == slices_.first && slices_.first > 0) firstLabels_ = plane_.provisional;
     }
     plane_.encoder.discardKept();
-    const std::ptrdiff_t regions = sets_.number(limit);
-    write();
-    return regions;
+  }
+
+  // Numbers the regions in the order of their first pixels and returns how many there are.
+  std::ptrdiff_t number(std::ptrdiff_t limit) { return sets_.number(limit); }
+  void renumber(const int* numberOf) { sets_.renumber(numberOf); }
+
+  // Calls join(a, b) for regions of this band, whose last slice touches, and of the next.
+  template <class Join>
+  void joinNext(RunLabelling& next, MemoryBudget& budget, const Join& join) const {
+    RunEncoder<typename Source::Pixel> own(budget);
+    RunEncoder<typename Source::Pixel> other(budget);
+    const bool isBox = connectivity_ == Connectivity::Box;
+    const int* otherLabels = next.firstLabels_.data();
+    for (int y = 0; y < ny_; ++y) {
+      const std::ptrdiff_t otherRow = pixelsOf(y, slices_.end);
+      const int otherCount = next.source_.encode(otherRow, nx_, other);
+      for (int v = isBox ? std::max(y - 1, 0) : y; v <= (isBox ? std::min(y + 1, ny_ - 1) : y);
+           ++v) {
+        const std::ptrdiff_t row = pixelsOf(v, slices_.end - 1);
+        const int count = source_.encode(row, nx_, own);
+        const int* labels =
+            plane_.provisional.data() + plane_.rows[static_cast<std::size_t>(v)].provisional;
+        const Run* run = own.runs();
+        const Run* const end = run + count;
+        const int reach = isBox ? 1 : 0;
+        for (int k = 0; k < otherCount; ++k) {
+          const Run& mine = other.runs()[k];
+          for (; run != end && run->end <= mine.begin - reach; ++run) ++labels;
+          for (std::ptrdiff_t n = 0; run + n != end && run[n].begin - reach < mine.end; ++n) {
+            if (source_.areConnected(row + run[n].begin, otherRow + mine.begin)) {
+              join(sets_.numberOf(labels[n]), next.sets_.numberOf(otherLabels[k]));
+            }
+          }
+        }
+      }
+      otherLabels += otherCount;
+    }
+  }
+
+  // Writes the numbers of the regions.
+  void write() {
+    const std::size_t rows = counts_.size();
+    if (rows > 0) load(0, next_);
+    for (std::size_t y = 0; y < rows; ++y) {
+      if (y % kRowsPerCheckpoint == 0) {
+        checkpoint(static_cast<std::ptrdiff_t>(rows + y), static_cast<std::ptrdiff_t>(2 * rows));
+      }
+      std::swap(current_, next_);
+      // Before this row is written, which overwrites the start of the next.
+      if (y + 1 < rows) load(y + 1, next_);
+      writeRow(pixelsOf(0, slices_.first) + static_cast<std::ptrdiff_t>(y) * nx_);
+    }
   }
 
  private:
+  static constexpr std::size_t kRowsPerCheckpoint = 64;
+
   struct Row {
     std::ptrdiff_t pixels;    // index of its first pixel
     std::size_t runs;         // where its runs begin
@@ -154,7 +222,7 @@ class RunLabelling {
     int* own = plane_.provisional.data() + row.provisional;
 
     const bool isBox = connectivity_ == Connectivity::Box;
-    if (z > 0) {
+    if (z > slices_.first) {
       if (isBox && y > 0) link(row, count, before_, y - 1, 1);
       link(row, count, before_, y, isBox ? 1 : 0);
       if (isBox && y < ny_ - 1) link(row, count, before_, y + 1, 1);
@@ -237,7 +305,8 @@ class RunLabelling {
   // Reads the region numbers of a row's runs. To be called for all rows in order.
   void load(std::size_t y, BudgetVector<int>& numbers) {
     const auto count = static_cast<std::size_t>(counts_[y]);
-    const short* row = labels_.pixels() + static_cast<std::ptrdiff_t>(y) * nx_;
+    const short* row =
+        labels_.pixels() + pixelsOf(0, slices_.first) + static_cast<std::ptrdiff_t>(y) * nx_;
     numbers.resize(count);
     if (count == 0) return;
     if (y >= apartRows_ && y < narrowRows_) {
@@ -253,17 +322,6 @@ class RunLabelling {
     for (int& number : numbers) number = sets_.numberOf(number);
   }
 
-  void write() {
-    const std::size_t rows = counts_.size();
-    if (rows > 0) load(0, next_);
-    for (std::size_t y = 0; y < rows; ++y) {
-      std::swap(current_, next_);
-      // Before this row is written, which overwrites the start of the next.
-      if (y + 1 < rows) load(y + 1, next_);
-      writeRow(static_cast<std::ptrdiff_t>(y) * nx_);
-    }
-  }
-
   void writeRow(std::ptrdiff_t first) {
     short* row = labels_.pixels() + first;
     const bool isUniform = std::all_of(current_.begin(), current_.end(),
@@ -273,7 +331,7 @@ class RunLabelling {
       return;
     }
     source_.encode(first, nx_, plane_.encoder);
-    if (nx_ >= kVectorSize && first + nx_ + kVectorSize <= labels_.npix()) {
+    if (nx_ >= kVectorSize && first + nx_ + kVectorSize <= pixelsOf(0, slices_.end)) {
       writeRuns(row);
     } else {
       buffer_.resize(static_cast<std::size_t>(nx_ + kVectorSize));
@@ -296,9 +354,9 @@ class RunLabelling {
   Source source_;
   Connectivity connectivity_;
   std::size_t apartLabels_;
+  Slices slices_;
   int nx_;
-  int ny_;
-  int nz_;
+  int ny_;  // rows of a slice
   image<short>& labels_;
   UnionFind<BudgetAllocator<int>> sets_;
   BudgetVector<int> counts_;    // the number of runs of each row
@@ -310,17 +368,86 @@ class RunLabelling {
   std::size_t apartRead_ = 0;
   BudgetVector<int> current_;  // the region numbers of the row that is written
   BudgetVector<int> next_;
-  BudgetVector<short> buffer_;  // a row and what is overwritten behind it
+  BudgetVector<short> buffer_;     // a row and what is overwritten behind it
+  BudgetVector<int> firstLabels_;  // provisional labels of the first slice, if others precede it
 };
 
+// The share of the memory for the provisional labels that are stored apart.
+std::size_t apartLabelsOf(std::size_t bytes) { return bytes / 8 / sizeof(int); }
+
 template <class Source>
-std::optional<std::ptrdiff_t> labelRuns(Source source, Connectivity connectivity,
+std::ptrdiff_t labelOnOneThread(const Source& source, Connectivity connectivity,
+                                std::ptrdiff_t limit, std::size_t bytes, const Slices& slices,
+                                image<short>& labels) {
+  MemoryBudget budget(bytes);
+  RunLabelling labelling(source, connectivity, budget, apartLabelsOf(bytes), slices, labels);
+  labelling.scan();
+  const std::ptrdiff_t regions = labelling.number(limit);
+  labelling.write();
+  return regions;
+}
+
+// Regions are numbered within each band, then all together: those of a band come, in their order,
+// after those of the bands before it.
+template <class Source>
+std::ptrdiff_t labelInBands(const Source& source, Connectivity connectivity, std::ptrdiff_t limit,
+                            std::size_t bytes, const Parts& bands, image<short>& labels) {
+  struct Band {
+    MemoryBudget budget;
+    RunLabelling<Source> labelling;
+    Band(const Source& from, Connectivity by, std::size_t size, const Slices& slices,
+         image<short>& to)
+        : budget(size), labelling(from, by, budget, apartLabelsOf(size), slices, to) {}
+  };
+  std::vector<std::unique_ptr<Band>> parts(bands.count());
+  std::vector<int> firsts(bands.count() + 1);  // numbers of the first region of each band
+  {
+    const Step step("regions", 0, 0.6);
+    parallelFor(parts.size(), [&](std::size_t k) {
+      const Slices slices{static_cast<int>(bands.begin(k)), static_cast<int>(bands.end(k))};
+      parts[k] =
+          std::make_unique<Band>(source, connectivity, bytes / 2 / bands.count(), slices, labels);
+      parts[k]->labelling.scan();
+      firsts[k + 1] = static_cast<int>(parts[k]->labelling.number(labels.npix()));
+    });
+  }
+  std::partial_sum(firsts.begin(), firsts.end(), firsts.begin());
+  MemoryBudget budget(bytes / 2);
+  UnionFind<BudgetAllocator<int>> sets(budget);
+  for (int i = 0; i < firsts.back(); ++i) sets.add();
+  for (std::size_t k = 0; k + 1 < parts.size(); ++k) {
+    parts[k]->labelling.joinNext(parts[k + 1]->labelling, budget, [&](int a, int b) {
+      sets.join(firsts[k] + a, firsts[k + 1] + b);
+    });
+  }
+  const std::ptrdiff_t regions = sets.number(limit);
+  const Step step("regions", 0.6, 1);
+  parallelFor(parts.size(), [&](std::size_t k) {
+    if (firsts[k + 1] > firsts[k]) parts[k]->labelling.renumber(sets.numbers() + firsts[k]);
+    parts[k]->labelling.write();
+  });
+  return regions;
+}
+
+template <class Source>
+std::optional<std::ptrdiff_t> labelRuns(const Source& source, Connectivity connectivity,
                                         std::ptrdiff_t limit, std::size_t bytes,
                                         image<short>& labels) {
-  MemoryBudget budget(bytes);
+  const Step step("regions", 0, 1);
+  const bool isPlane = labels.nz() == 1;
+  const int slices = isPlane ? labels.ny() : labels.nz();
+  const std::ptrdiff_t slicePixels = isPlane ? labels.nx() : labels.frameSize();
+  constexpr std::ptrdiff_t kPixelsPerBand = std::ptrdiff_t{1} << 18U;
+  const Parts bands(slices, kPixelsPerBand / std::max<std::ptrdiff_t>(slicePixels, 1) + 1);
+  if (hasRunner() && bands.count() > 1) {
+    try {
+      return labelInBands(source, connectivity, limit, bytes, bands, labels);
+    } catch (const BudgetExceeded&) {
+      // One thread needs less.
+    }
+  }
   try {
-    const std::size_t apartLabels = bytes / 8 / sizeof(int);
-    return RunLabelling(std::move(source), connectivity, budget, apartLabels, labels).run(limit);
+    return labelOnOneThread(source, connectivity, limit, bytes, {0, slices}, labels);
   } catch (const BudgetExceeded&) {
     return std::nullopt;
   }

@@ -1,14 +1,18 @@
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iostream>
+#include <memory>
 #include <vector>
 
 #include "orva/bip/bip.h"
 #include "orva/bip/neighbour_box.h"
+#include "orva/bip/rectangle_groups.h"
 #include "orva/bip/silent.h"
 #include "orva/image/bad_alloc.h"
 #include "orva/util/global.h"
 #include "orva/util/narrow.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 namespace {
@@ -62,6 +66,7 @@ template <class Visit>
 void forEachInBounds(const Image& img, const RegionFeature& f, Visit visit) {
   for (int z = f.zmin; z <= f.zmax; ++z) {
     for (int y = f.ymin; y <= f.ymax; ++y) {
+      checkpoint();
       const std::ptrdiff_t row = (std::ptrdiff_t{z} * img.ny() + y) * img.nx();
       for (int x = f.xmin; x <= f.xmax; ++x) visit(x, y, z, row + x);
     }
@@ -94,13 +99,28 @@ void fillHull(image<short>& labels, short region, const RegionFeature& f,
 }
 
 void fillHulls(image<short>& labels, int n, int precision) {
+  const Step all("hulls", 0, 1);
   const std::vector<RegionFeature> features = regionFeatures(labels, n);
   const int directions = std::clamp(precision, 3, 50);
-  std::vector<Slab> slabs = exitOnBadAlloc(
+  const std::vector<Slab> slabs = exitOnBadAlloc(
       [&] { return labels.nz() == 1 ? directions2d(directions) : directions3d(directions); });
-  for (int r = 0; r < n; ++r) {
-    fillHull(labels, fittedTo16(r), features[static_cast<std::size_t>(r)], slabs);
+  // A hull looks at the neighbours of its region's pixels, too. It may see pixels of the hulls
+  // before it, so only regions apart from each other are filled at the same time.
+  std::vector<Rectangle> bounds;
+  for (const RegionFeature& f : features) {
+    bounds.push_back({f.xmin - 1, f.ymin - 1, f.xmax + 1, f.ymax + 1});
   }
+  const Step step("hulls", 0.1, 1);
+  exitOnBadAlloc([&] {
+    const auto groups = groupsOf(bounds, labels.nx(), labels.ny());
+    Workspaces<std::vector<Slab>> workspaces;
+    parallelFor(groups.size(), [&](std::size_t k) {
+      const auto own = workspaces.take([&] { return std::make_unique<std::vector<Slab>>(slabs); });
+      for (const std::size_t r : groups[k]) {
+        fillHull(labels, fittedTo16(static_cast<int>(r)), features[r], *own);
+      }
+    });
+  });
 }
 
 void reportCount(int n) { std::cout << toString(n) << " regions detected.\n"; }
@@ -108,7 +128,12 @@ void reportCount(int n) { std::cout << toString(n) << " regions detected.\n"; }
 }  // namespace
 
 void silent::convexHull(image<short>& labels, int precision) {
-  if (!labels.isNull()) fillHulls(labels, regionNumber(labels), precision);
+  if (labels.isNull()) return;
+  if (!isCancellable()) return fillHulls(labels, regionNumber(labels), precision);
+  // What may be stopped works on a copy.
+  image<short> work = labels.duplicate();
+  fillHulls(work, regionNumber(work), precision);
+  std::copy_n(work.pixels(), work.npix(), labels.pixels());
 }
 
 void convexHull(image<short>& labels, int precision) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -6,6 +7,7 @@
 #include "orva/bip/bip.h"
 #include "orva/image/bad_alloc.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 namespace {
@@ -47,9 +49,12 @@ template <class T>
 image<unsigned char> edgeOf(const image<T>& img) {
   image<unsigned char> edges(img.nx(), img.ny(), 1, 1, 1);
   const std::ptrdiff_t nx = img.nx();
-  for (std::ptrdiff_t y = 1; y < img.ny() - 1; ++y) {
-    findEdges(img.pixels() + y * nx, nx, nx, edges.pixels() + y * nx);
-  }
+  const std::ptrdiff_t ny = img.ny();
+  parallelParts(rowParts(nx, ny), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t y = std::max<std::ptrdiff_t>(begin, 1); y < std::min(end, ny - 1); ++y) {
+      findEdges(img.pixels() + y * nx, nx, nx, edges.pixels() + y * nx);
+    }
+  });
   return edges;
 }
 

@@ -4,6 +4,7 @@
 
 #include "orva/bip/bip.h"
 #include "orva/bip/silent.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 
@@ -15,25 +16,34 @@ bool silent::removeInternalStructures(image<unsigned char>& mask) {
   const int zOffset = mask.nz() == 1 ? 0 : 1;
   image<unsigned char> padded(nx + 2, mask.ny() + 2, mask.nz() + 2 * zOffset, 1, 1);
   // Row y of plane z of the mask, and its place in the padded image.
-  const auto forEachRow = [&](auto copy) {
-    for (int z = 0; z < mask.nz(); ++z) {
-      for (int y = 0; y < mask.ny(); ++y) {
-        const std::ptrdiff_t row = std::ptrdiff_t{z + zOffset} * padded.ny() + y + 1;
-        copy(mask.pixels() + (std::ptrdiff_t{z} * mask.ny() + y) * nx,
-             padded.pixels() + row * padded.nx() + 1);
-      }
-    }
+  const auto forEachRow = [&](Interruption interruption, auto copy) {
+    const std::ptrdiff_t rows = std::ptrdiff_t{mask.ny()} * mask.nz();
+    parallelParts(
+        rowParts(nx, rows),
+        [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+          for (std::ptrdiff_t i = begin; i < end; ++i) {
+            const std::ptrdiff_t plane = i / mask.ny() + zOffset;
+            const std::ptrdiff_t row = plane * padded.ny() + i % mask.ny() + 1;
+            copy(mask.pixels() + i * nx, padded.pixels() + row * padded.nx() + 1);
+          }
+        },
+        interruption);
   };
-  forEachRow([nx](const unsigned char* m, unsigned char* p) { std::copy_n(m, nx, p); });
+  const Step step("holes", 0, 1);
+  forEachRow(Interruption::Allowed,
+             [nx](const unsigned char* m, unsigned char* p) { std::copy_n(m, nx, p); });
 
   const Regions background = regions(padded, 0, 1, NEIGHBORHOOD_4);
   const image<short>& labels = background.labels;
   // The frame's region comes first in raster order, and no other has a larger bounding box.
   constexpr short kBackground = 0;
-  std::transform(labels.pixels(), labels.pixels() + labels.npix(), padded.pixels(),
-                 [](short k) { return static_cast<unsigned char>(k == kBackground ? 0 : 255); });
+  parallelPixels(labels.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    std::transform(labels.pixels() + begin, labels.pixels() + end, padded.pixels() + begin,
+                   [](short k) { return static_cast<unsigned char>(k == kBackground ? 0 : 255); });
+  });
 
-  forEachRow([nx](unsigned char* m, const unsigned char* p) { std::copy_n(p, nx, m); });
+  forEachRow(Interruption::Off,
+             [nx](unsigned char* m, const unsigned char* p) { std::copy_n(p, nx, m); });
   return background.areAllLabelled;
 }
 

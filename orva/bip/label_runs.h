@@ -6,6 +6,7 @@
 
 #include "orva/bip/run_length_encoding.h"
 #include "orva/image/image.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 
@@ -22,14 +23,16 @@ inline int rowWidth(const image<short>& labels) {
   return labels.nx() > 0 ? labels.nx() : labels.npix();
 }
 
-// Calls beginRow(i) with the index i of the first pixel of every row, and visit(run) for every run
-// of a label in 0 .. n - 1 in it, all in linear order.
+// Calls beginRow(i) with the index i of the first pixel of each of the rows first .. end - 1, and
+// visit(run) for every run of a label in 0 .. n - 1 in it, all in linear order.
 template <class BeginRow, class Visit>
-void forEachLabelRun(const image<short>& labels, std::size_t n, BeginRow beginRow, Visit visit) {
+void forEachLabelRun(const image<short>& labels, std::ptrdiff_t first, std::ptrdiff_t end,
+                     std::size_t n, BeginRow beginRow, Visit visit) {
+  constexpr std::ptrdiff_t kRowsPerCheckpoint = 64;
   RunLengthEncoder<short> encoder;
   const int nx = rowWidth(labels);
-  const std::ptrdiff_t rows = labels.npix() / nx;
-  for (std::ptrdiff_t y = 0; y < rows; ++y) {
+  for (std::ptrdiff_t y = first; y < end; ++y) {
+    if (y % kRowsPerCheckpoint == 0) checkpoint();
     const short* row = labels.pixels() + y * nx;
     beginRow(y * nx);
     const int count = encoder.encodeEqual(row, nx);
@@ -39,6 +42,12 @@ void forEachLabelRun(const image<short>& labels, std::size_t n, BeginRow beginRo
       visit(LabelRun{static_cast<std::size_t>(k), run->begin, run->end});
     }
   }
+}
+
+// The same for all rows.
+template <class BeginRow, class Visit>
+void forEachLabelRun(const image<short>& labels, std::size_t n, BeginRow beginRow, Visit visit) {
+  forEachLabelRun(labels, 0, labels.npix() / rowWidth(labels), n, beginRow, visit);
 }
 
 }  // namespace orva::bip

@@ -79,6 +79,30 @@ class RegionGeometry {
     }
   }
 
+  // Adds what was accumulated from rows behind those of this object.
+  void append(RegionGeometry& later) {
+    addPart();
+    later.addPart();
+    for (std::size_t k = 0; k < features_.size(); ++k) {
+      const RegionFeature& other = later.features_[k];
+      if (other.npix == 0) continue;
+      RegionFeature& f = features_[k];
+      if (f.npix == 0) {
+        f = other;
+      } else {
+        f.xmin = std::min(f.xmin, other.xmin);
+        f.xmax = std::max(f.xmax, other.xmax);
+        f.ymin = std::min(f.ymin, other.ymin);
+        f.ymax = std::max(f.ymax, other.ymax);
+        f.zmax = other.zmax;
+        f.npix += other.npix;
+      }
+      sums_[k].x += later.sums_[k].x;
+      sums_[k].y += later.sums_[k].y;
+      sums_[k].z += later.sums_[k].z;
+    }
+  }
+
   // Completes all records but for their brightness.
   void finish() {
     addPart();

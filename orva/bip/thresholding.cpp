@@ -10,6 +10,7 @@
 #include "orva/image/uninitialized_image.h"
 #include "orva/scalespace/scalespace.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::bip {
 namespace {
@@ -33,9 +34,11 @@ class Mean {
 // 255 where a value is at least `min`, else 0.
 template <class T>
 void markFrom(const T* from, std::ptrdiff_t count, T min, unsigned char* to) {
-  onWidestPath([=] {
-    ORVA_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = from[i] >= min ? 255 : 0;
+  parallelPixels(count, [=](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    onWidestPath([=] {
+      ORVA_INDEPENDENT
+      for (std::ptrdiff_t i = begin; i < end; ++i) to[i] = from[i] >= min ? 255 : 0;
+    });
   });
 }
 
@@ -55,17 +58,20 @@ void thresholdWhole(const T* from, image<unsigned char>& mask, float t) {
 
 image<unsigned char> threshold(const Image& img, float t) {
   if (img.isNull()) return image<unsigned char>(0, 1, 1, 1, 1);
+  const Step step("threshold", 0, 1);
   image<unsigned char> mask = uninitializedImage<unsigned char>(img.nx(), img.ny(), img.nz(), 1, 1);
   if (const auto* bytes = ownImage<unsigned char>(img)) {
     thresholdWhole(bytes->pixels(), mask, t);
   } else if (const auto* shorts = ownImage<short>(img)) {
     thresholdWhole(shorts->pixels(), mask, t);
   } else {
-    PixelFloats pixels(img);
-    for (std::ptrdiff_t i = 0; i < mask.npix(); i += kBlock) {
-      const std::ptrdiff_t count = std::min(kBlock, mask.npix() - i);
-      markFrom(pixels.read(i, count), count, t, mask.pixels() + i);
-    }
+    parallelPixels(mask.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      PixelFloats pixels(img);
+      for (std::ptrdiff_t i = begin; i < end; i += kBlock) {
+        const std::ptrdiff_t count = std::min(kBlock, end - i);
+        markFrom(pixels.read(i, count), count, t, mask.pixels() + i);
+      }
+    });
   }
   return mask;
 }
@@ -77,11 +83,13 @@ float computeThreshold(const Image& img, float scale) {
               << "0 returned\n";
     return 0.0F;
   }
+  const Step step("threshold", 0, 1);
   const image<unsigned char> blobs = scalespace::features(img, scale, LAPLACIAN_NEGATIVE, 1.0F);
   Mean foreground;
   Mean background;
   PixelFloats pixels(img);
   for (std::ptrdiff_t i = 0; i < blobs.npix(); i += kBlock) {
+    if (i % kPixelsPerTask == 0) checkpoint();
     const std::ptrdiff_t count = std::min(kBlock, blobs.npix() - i);
     const float* v = pixels.read(i, count);
     for (std::ptrdiff_t k = 0; k < count; ++k) {

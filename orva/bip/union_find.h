@@ -57,8 +57,15 @@ class UnionFind {
     return sets;
   }
 
+  // Replaces the number of every set by numberOf[number].
+  void renumber(const int* numberOf) {
+    for (int& number : parents_) number = numberOf[number];
+  }
+
   // The number of an element's set, or -1 for numbers from the limit on.
   int numberOf(int a) const { return parents_[static_cast<std::size_t>(a)]; }
+  // Those of all elements.
+  const int* numbers() const { return parents_.data(); }
 
  private:
   int find(int a) {

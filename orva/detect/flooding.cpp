@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <queue>
 
-#include "orva/bip/union_find.h"
+#include "orva/bip/rectangle_groups.h"
 #include "orva/detect/star_shape.h"
 #include "orva/util/parallel_for.h"
 
@@ -14,14 +13,14 @@ namespace orva::detect {
 namespace {
 
 // A pixel that a basin may take.
-struct Step {
+struct Visit {
   float level;
   int pixel;
   int label;
 };
 
 struct IsLater {
-  bool operator()(const Step& a, const Step& b) const {
+  bool operator()(const Visit& a, const Visit& b) const {
     if (a.level != b.level) return a.level > b.level;
     if (a.pixel != b.pixel) return a.pixel > b.pixel;
     return a.label > b.label;
@@ -36,39 +35,16 @@ void clearMarks(image<int>& labels) {
   });
 }
 
-// Basins that may reach the same pixels, in ascending order. Others neither take nor mark a pixel
-// that one of them does, so each group floods as if there were no others.
-std::vector<std::vector<std::size_t>> groupsOf(const std::vector<Basin>& basins, int nx, int ny) {
-  constexpr int kSide = 16;  // of the squares by which basins are compared, in pixels
-  constexpr int kNone = -1;
-  const int columns = nx / kSide + 1;
-  const int rows = ny / kSide + 1;
-  std::vector<int> owners(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows),
-                          kNone);
-  bip::UnionFind<> sets;
-  for (const Basin& b : basins) {
-    int set = sets.add();
-    const float radius = *std::max_element(b.radii.begin(), b.radii.end());
-    // With the pixels beyond it that are marked, and one more, as positions are rounded.
-    const float reach = std::max(kReachShare * radius, radius + kReachPixels) + 2;
-    const auto squareOf = [](float v, int n) {
-      return static_cast<int>(std::clamp(v, 0.0F, static_cast<float>(n - 1))) / kSide;
-    };
-    for (int y = squareOf(b.y - reach, ny); y <= squareOf(b.y + reach, ny); ++y) {
-      for (int x = squareOf(b.x - reach, nx); x <= squareOf(b.x + reach, nx); ++x) {
-        int& owner = owners[static_cast<std::size_t>(y) * static_cast<std::size_t>(columns) +
-                            static_cast<std::size_t>(x)];
-        if (owner != kNone) set = sets.join(owner, set);
-        owner = set;
-      }
-    }
-  }
-  const std::ptrdiff_t count = sets.number(std::numeric_limits<std::ptrdiff_t>::max());
-  std::vector<std::vector<std::size_t>> groups(static_cast<std::size_t>(count));
-  for (std::size_t k = 0; k < basins.size(); ++k) {
-    groups[static_cast<std::size_t>(sets.numberOf(static_cast<int>(k)))].push_back(k);
-  }
-  return groups;
+// The pixels that a basin takes or marks, at least.
+bip::Rectangle reachOf(const Basin& b) {
+  const float radius = *std::max_element(b.radii.begin(), b.radii.end());
+  // With the pixels beyond that are marked, and one more, as positions are rounded.
+  const float reach = std::max(kReachShare * radius, radius + kReachPixels) + 2;
+  const auto pixel = [](float v) {
+    constexpr float kFar = 1e9F;
+    return static_cast<int>(std::clamp(v, -kFar, kFar));
+  };
+  return {pixel(b.x - reach), pixel(b.y - reach), pixel(b.x + reach), pixel(b.y + reach)};
 }
 
 // While it runs, -k marks pixels that basin k - 1 was the last to reach: to reach one again changes
@@ -81,43 +57,43 @@ class Flood {
   // Floods the basins of a group.
   void run(const std::vector<std::size_t>& group) {
     setMarkers(group);
-    constexpr int kStepsPerCheckpoint = 1 << 16;
-    for (int steps = 1; !queue_.empty(); ++steps) {
-      if (steps % kStepsPerCheckpoint == 0) checkpoint();
-      const Step step = queue_.top();
+    constexpr int kVisitsPerCheckpoint = 1 << 16;
+    for (int visits = 1; !queue_.empty(); ++visits) {
+      if (visits % kVisitsPerCheckpoint == 0) checkpoint();
+      const Visit visit = queue_.top();
       queue_.pop();
-      if (labels_.pixels()[step.pixel] > 0) continue;
-      labels_.pixels()[step.pixel] = step.label;
-      addNeighbours(step);
+      if (labels_.pixels()[visit.pixel] > 0) continue;
+      labels_.pixels()[visit.pixel] = visit.label;
+      addNeighbours(visit);
     }
   }
 
  private:
   void setMarkers(const std::vector<std::size_t>& group) {
-    std::vector<Step> markers;
+    std::vector<Visit> markers;
     for (const std::size_t k : group) {
       const Basin& b = basins_[k];
       const int x = std::clamp(static_cast<int>(std::floor(b.x + 0.5F)), 0, labels_.nx() - 1);
       const int y = std::clamp(static_cast<int>(std::floor(b.y + 0.5F)), 0, labels_.ny() - 1);
-      const Step marker{0.0F, y * labels_.nx() + x, static_cast<int>(k) + 1};
+      const Visit marker{0.0F, y * labels_.nx() + x, static_cast<int>(k) + 1};
       if (labels_.pixels()[marker.pixel] != 0) continue;
       labels_.pixels()[marker.pixel] = marker.label;
       markers.push_back(marker);
     }
-    for (const Step& marker : markers) addNeighbours(marker);
+    for (const Visit& marker : markers) addNeighbours(marker);
   }
 
-  void addNeighbours(const Step& step) {
+  void addNeighbours(const Visit& visit) {
     const int nx = labels_.nx();
-    const int x = step.pixel % nx;
-    const int y = step.pixel / nx;
-    if (y > 0) add(step, x, y - 1);
-    if (x > 0) add(step, x - 1, y);
-    if (x + 1 < nx) add(step, x + 1, y);
-    if (y + 1 < labels_.ny()) add(step, x, y + 1);
+    const int x = visit.pixel % nx;
+    const int y = visit.pixel / nx;
+    if (y > 0) add(visit, x, y - 1);
+    if (x > 0) add(visit, x - 1, y);
+    if (x + 1 < nx) add(visit, x + 1, y);
+    if (y + 1 < labels_.ny()) add(visit, x, y + 1);
   }
 
-  void add(const Step& from, int x, int y) {
+  void add(const Visit& from, int x, int y) {
     const int pixel = y * labels_.nx() + x;
     int& label = labels_.pixels()[pixel];
     if (label > 0 || label == -from.label) return;
@@ -130,7 +106,7 @@ class Flood {
   const image<float>& values_;
   const std::vector<Basin>& basins_;
   image<int>& labels_;
-  std::priority_queue<Step, std::vector<Step>, IsLater> queue_;
+  std::priority_queue<Visit, std::vector<Visit>, IsLater> queue_;
 };
 
 // Gathers background regions and the label around them.
@@ -208,7 +184,10 @@ float floodLevel(const Basin& basin, int x, int y, float value) {
 image<int> flooded(const image<float>& values, const std::vector<Basin>& basins) {
   image<int> labels(values.nx(), values.ny(), 1, 1, 1);
   if (labels.isNull()) return labels;
-  const std::vector<std::vector<std::size_t>> groups = groupsOf(basins, labels.nx(), labels.ny());
+  std::vector<bip::Rectangle> reaches;
+  for (const Basin& b : basins) reaches.push_back(reachOf(b));
+  // Each group floods as if there were no others.
+  const auto groups = bip::groupsOf(reaches, labels.nx(), labels.ny());
   parallelFor(groups.size(), [&](std::size_t k) { Flood(values, basins, labels).run(groups[k]); });
   clearMarks(labels);
   return labels;

@@ -31,6 +31,12 @@ constexpr float kMinContrastToNoise = 0.25F;
 constexpr double kMinFilled = 0.3;    // share of the outline's area
 constexpr int kSamplesAcross = 64;    // of the pixels inside and around along an axis, at least
 constexpr std::size_t kPolled = 200;  // objects that decide on the polarity, at least, if there are
+// Estimated shares of the time up to the end of the scale levels, and of finding where that is
+// done.
+constexpr double kLevelsShare = 0.35;
+constexpr double kLevelsOfAllShare = 0.15;
+constexpr double kFindingShare = 0.7;
+constexpr double kOutlinesShare = 0.6;  // of labelling
 
 void requireInRange(const SegmentSettings& s) {
   const std::string prefix = "orva::detect::SegmentSettings: ";
@@ -202,11 +208,15 @@ std::vector<std::size_t> labelObjects(const std::vector<ScaleLevel>& levels,
                                       const std::vector<Object>& objects, Polarity polarity,
                                       image<int>& labels) {
   std::vector<std::optional<Shape>> shapes(objects.size());
-  parallelFor(objects.size(), [&](std::size_t i) {
-    if (!fits(img, objects[i])) return;
-    Shape shape = outlinedShape(levels, polarity, objects[i]);
-    if (setThreshold(plane, levels.front().noise, shape.basin)) shapes[i] = shape;
-  });
+  {
+    const Step step("outlines", 0, kOutlinesShare);
+    parallelFor(objects.size(), [&](std::size_t i) {
+      if (!fits(img, objects[i])) return;
+      Shape shape = outlinedShape(levels, polarity, objects[i]);
+      if (setThreshold(plane, levels.front().noise, shape.basin)) shapes[i] = shape;
+    });
+  }
+  const Step step("regions", kOutlinesShare, 1);
   std::vector<std::size_t> indices;
   std::vector<double> areas;
   std::vector<Basin> basins;
@@ -253,8 +263,13 @@ Segmentation segmentObjects(const Image& img, const std::vector<Object>& objects
   requireInRange(settings);
   Segmentation s{emptyLabels(img), {}};
   if (objects.empty()) return s;
-  const std::vector<ScaleLevel> levels = scaleLevels(img);
+  std::vector<ScaleLevel> levels;
+  {
+    const Step step("scales", 0, kLevelsShare);
+    levels = scaleLevels(img);
+  }
   if (levels.empty()) return s;
+  const Step step("regions", kLevelsShare, 1);
   const Polarity polarity =
       settings.polarity ? *settings.polarity : polarityOf(levels, img, objects);
   const image<float> plane = smoothed(levels.front(), polarity);
@@ -269,16 +284,16 @@ SegmentedImage segmentImage(const Image& img, const FindSettings& sought,
   requireInRange(settings);
   std::vector<ScaleLevel> levels;
   {
-    const Step step("scales", 0, 0.15);
+    const Step step("scales", 0, kLevelsOfAllShare);
     levels = scaleLevels(img);
   }
   SegmentedImage s{{}, emptyLabels(img), 0};
   {
-    const Step step("outlines", 0.15, 0.7);
+    const Step step("outlines", kLevelsOfAllShare, kFindingShare);
     static_cast<FindResult&>(s) = objectsIn(levels, sought);
   }
   if (s.objects.empty()) return s;
-  const Step step("regions", 0.7, 1);
+  const Step step("regions", kFindingShare, 1);
   const image<float> plane = smoothed(levels.front(), s.used.polarity);
   const std::vector<std::size_t> labelled =
       labelObjects(levels, plane, img, s.objects, s.used.polarity, s.labels);

@@ -6,6 +6,7 @@
 #include "orva/image/bad_alloc.h"
 #include "orva/image_math/image_math.h"
 #include "orva/util/cpu_path.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::image_math {
 namespace {
@@ -51,10 +52,11 @@ std::vector<Point> findZeros(const Image& a, const Image& b) {
   if (!edgesA.equalSize(edgesB)) return {};  // sizes below zero whose product is positive
   unsigned char* both = edgesA.pixels();
   const unsigned char* others = edgesB.pixels();
-  const std::ptrdiff_t count = edgesA.npix();
-  onWidestPath([=] {
-    ORVA_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < count; ++i) both[i] &= others[i];
+  parallelPixels(edgesA.npix(), [=](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    onWidestPath([=] {
+      ORVA_INDEPENDENT
+      for (std::ptrdiff_t i = begin; i < end; ++i) both[i] &= others[i];
+    });
   });
   return exitOnBadAlloc([&] { return pointsOf(edgesA); });
 }
