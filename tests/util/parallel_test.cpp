@@ -56,7 +56,7 @@ std::vector<int> callsOf(std::size_t count, Interruption interruption = Interrup
 }
 
 TEST(ParallelFor, CallsEachBodyOnceWithAnyRunner) {
-  for (const std::size_t count : {0, 1, 2, 100, 1024, 1025, 5000}) {
+  for (const std::size_t count : {0U, 1U, 2U, 100U, 1024U, 1025U, 5000U}) {
     const std::vector<int> once(count, 1);
     EXPECT_EQ(callsOf(count), once);
     for (const ParallelRunner runner : {runTwiceBackwards, runEverySecond}) {
@@ -177,6 +177,7 @@ struct Progress {
   std::vector<std::string> steps;
   std::vector<double> shares;
   std::size_t stopped = std::numeric_limits<std::size_t>::max();
+  std::atomic<int> calls = 0;
   std::thread::id thread = std::this_thread::get_id();
 
   static int note(void* opaque, const char* step, double share) {
@@ -184,6 +185,7 @@ struct Progress {
     EXPECT_EQ(std::this_thread::get_id(), self.thread);
     self.steps.emplace_back(step);
     self.shares.push_back(share);
+    ++self.calls;
     return self.shares.size() > self.stopped ? 1 : 0;
   }
 };
@@ -225,11 +227,11 @@ TEST(ProgressScope, StopsLoopsWithAndWithoutARunner) {
     const ProgressScope scope(Progress::note, &progress);
     EXPECT_THROW(checkpoint(), Cancelled);
     std::atomic<int> calls = 0;
-    // Other threads go on until the calling one has run a task.
+    // Other threads wait until the calling one has run a task.
     EXPECT_THROW(parallelFor(1000,
                              [&](std::size_t) {
                                ++calls;
-                               while (hasPool && progress.shares.size() < 2) {
+                               while (hasPool && progress.calls < 2) {
                                  std::this_thread::yield();
                                }
                                checkpoint();

@@ -183,9 +183,13 @@ TEST_F(Cancel, StopsEveryLongOperation) {
       {"convertToShortImage", [&] { image_io::convertToShortImage(img); }},
       {"reduce", [&] { std::unique_ptr<Image>(scalespace::reduce(img, 0.5F, 2)); }},
   };
-  for (const auto& [name, operation] : operations) {
-    EXPECT_TRUE(isStopped(operation, 0)) << name;
-    EXPECT_FALSE(isStopped(operation, std::numeric_limits<std::size_t>::max())) << name;
+  for (const bool hasPool : {false, true}) {
+    ThreadPool pool(3);
+    const ParallelScope parallel(hasPool ? ThreadPool::run : nullptr, &pool);
+    for (const auto& [name, operation] : operations) {
+      EXPECT_TRUE(isStopped(operation, 0)) << name;
+      EXPECT_FALSE(isStopped(operation, std::numeric_limits<std::size_t>::max())) << name;
+    }
   }
 }
 

@@ -1,0 +1,54 @@
+#!/usr/bin/python3
+"""Operations with one thread and with two, and a simulation of more from the lengths of their tasks.
+
+The ratios of 2 threads are measured: wall-clock time without a runner divided by that with two threads.
+The others are simulated: the tasks of each job, as long as they took on one thread, go to the first
+thread that is free, and what runs outside tasks is added. That leaves out the time to wake threads, and
+memory and clock rates that threads share.
+"""
+
+import argparse
+import csv
+import pathlib
+import subprocess
+
+import report
+
+COLUMNS = ["operation", "cpu_ms", "outside_tasks_ms", "in_tasks_ms", "wall_ms", "wall_2_ms", "measured_2",
+           "simulated_2", "simulated_4", "simulated_16"]
+HEADER = ["operation", "one thread, CPU ms", "2 threads, measured", "2, simulated", "4, simulated", "16, simulated"]
+SHOWN = ["operation", "cpu_ms", "measured_2", "simulated_2", "simulated_4", "simulated_16"]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("program", help="orva_threads_benchmark")
+    parser.add_argument("--output", type=pathlib.Path, required=True, help="CSV file to write")
+    parser.add_argument("--side", type=int, default=4096, help="of the square image, in pixels")
+    parser.add_argument("--repetitions", type=int, default=5, help="runs of which the median is taken")
+    parser.add_argument("--filter", default="", help="only operations whose name contains this")
+    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
+    arguments = parser.parse_args()
+
+    command = [arguments.program, str(arguments.side), str(arguments.repetitions), arguments.filter]
+    rows = []
+    with subprocess.Popen(command, stdout=subprocess.PIPE, text=True) as process:
+        for row in csv.reader(process.stdout):
+            rows.append(dict(zip(COLUMNS, row)))
+            print("%-34s" % row[0] + "".join("%12s" % figure for figure in row[1:]), flush=True)
+    if process.returncode != 0:
+        raise SystemExit(f"{arguments.program} failed")
+
+    arguments.output.parent.mkdir(parents=True, exist_ok=True)
+    with open(arguments.output, "w", newline="", encoding="utf-8") as file:
+        writer = csv.DictWriter(file, COLUMNS)
+        writer.writeheader()
+        writer.writerows(rows)
+    print(arguments.output)
+    if arguments.write:
+        note = f"An image of {arguments.side} x {arguments.side} bytes, medians of {arguments.repetitions} runs.\n\n"
+        report.write_section("threads", note + report.table(HEADER, [[row[c] for c in SHOWN] for row in rows]))
+
+
+if __name__ == "__main__":
+    main()
