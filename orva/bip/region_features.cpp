@@ -89,76 +89,8 @@ void measureGeometry(const image<short>& labels, std::vector<RegionFeature>& fea
   geometry.finish();
 }
 
-// Adds to sums[k] value(k, v) for every pixel v of the regions k for which isWanted(k), in the rows
-// first .. end - 1.
-template <class IsWanted, class Value>
-void addBrightness(const image<short>& labels, const Image& brightness, std::ptrdiff_t first,
-                   std::ptrdiff_t end, std::vector<float>& sums, const IsWanted& isWanted,
-                   const Value& value) {
-  const int nx = rowWidth(labels);
-  PixelFloats pixels(brightness);
-  const float* row = nullptr;
-  forEachLabelRun(
-      labels, first, end, sums.size(), [&](std::ptrdiff_t i) { row = pixels.read(i, nx); },
-      [&](const LabelRun& run) {
-        if (!isWanted(run.label)) return;
-        float sum = sums[run.label];
-        for (std::ptrdiff_t x = run.begin; x < run.end; ++x) sum += value(run.label, row[x]);
-        sums[run.label] = sum;
-      });
-}
-
-// measureAll() for several threads: each region's brightness is summed in one task, in the order of
-// its pixels. Regions within the rows of a part belong to it, the others to one task more.
-void measureAllInParts(const image<short>& labels, const Image& brightness, const Parts& parts,
-                       std::vector<RegionFeature>& features) {
-  measureGeometry(labels, features);
-  const std::size_t n = features.size();
-  const auto partOf = [&](int y, int z) {
-    const std::ptrdiff_t row = std::ptrdiff_t{z} * labels.ny() + y;
-    return static_cast<std::size_t>(row / parts.end(0));
-  };
-  const std::size_t shared = parts.count();
-  std::vector<std::size_t> owners(n);
-  std::ptrdiff_t firstShared = rowCount(labels);
-  std::ptrdiff_t endShared = 0;
-  for (std::size_t k = 0; k < n; ++k) {
-    const RegionFeature& f = features[k];
-    const std::size_t part = partOf(f.ymin, f.zmin);
-    owners[k] = part == partOf(f.ymax, f.zmax) ? part : shared;
-    if (owners[k] != shared) continue;
-    firstShared = std::min(firstShared, std::ptrdiff_t{f.zmin} * labels.ny() + f.ymin);
-    endShared = std::max(endShared, std::ptrdiff_t{f.zmax} * labels.ny() + f.ymax + 1);
-  }
-  std::vector<float> sums(n);
-  parallelFor(parts.count() + 1, [&](std::size_t task) {
-    // The one that may take longest comes first.
-    const std::size_t part = task == 0 ? shared : task - 1;
-    const bool isShared = part == shared;
-    const std::ptrdiff_t first = isShared ? firstShared : parts.begin(part);
-    const std::ptrdiff_t end = isShared ? endShared : parts.end(part);
-    const auto isOwn = [&](std::size_t k) { return owners[k] == part; };
-    addBrightness(labels, brightness, first, end, sums, isOwn,
-                  [](std::size_t, float v) { return v; });
-    for (std::size_t k = 0; k < n; ++k) {
-      if (!isOwn(k)) continue;
-      RegionFeature& f = features[k];
-      f.mean = f.npix > 0 ? sums[k] / static_cast<float>(f.npix) : sums[k];
-      sums[k] = 0.0F;
-    }
-    addBrightness(labels, brightness, first, end, sums, isOwn, [&](std::size_t k, float v) {
-      const float d = v - features[k].mean;
-      return d * d;
-    });
-    for (std::size_t k = 0; k < n; ++k) {
-      if (!isOwn(k)) continue;
-      RegionFeature& f = features[k];
-      f.var = f.npix > 1 ? sums[k] / static_cast<float>(f.npix - 1) : 0.0F;
-    }
-  });
-}
-
-// Two passes: geometry and mean, then variance.
+// Two passes: geometry and mean, then variance. Serial, as the sums of a region are in the order of
+// its pixels; tasks for the regions within bands of rows took longer.
 void measureAll(const image<short>& labels, const Image& brightness,
                 std::vector<RegionFeature>& features) {
   const std::size_t n = features.size();
@@ -210,13 +142,7 @@ std::vector<RegionFeature> measured(const image<short>& labels, int n, const Ima
   std::vector<RegionFeature> features(static_cast<std::size_t>(std::max(n, 0)));
   const Step step("region features", 0, 1);
   if (!brightness.isNull() && brightness.equalSize(labels)) {
-    const Parts parts = measuredParts(labels, features.size());
-    const bool isOneVolume = labels.npix() == labels.volumeSize() && labels.nx() > 0;
-    if (hasRunner() && parts.count() > 1 && isOneVolume) {
-      measureAllInParts(labels, brightness, parts, features);
-    } else {
-      measureAll(labels, brightness, features);
-    }
+    measureAll(labels, brightness, features);
     return features;
   }
   measureGeometry(labels, features);

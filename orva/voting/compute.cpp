@@ -189,12 +189,17 @@ void CircularVoting::findCenters(const Image& img, const PassObserver& observer)
     votingImage_ = image<float>(nx_, ny_, 1, 1, 1);
   }
 
-  for (VPoint2D& p : points_) {
-    p.x = fittedTo16(p.x - margin_);
-    p.y = fittedTo16(p.y - margin_);
-    p.cx = fittedTo16(p.cx - margin_);
-    p.cy = fittedTo16(p.cy - margin_);
-  }
+  parallelPixels(
+      static_cast<std::ptrdiff_t>(points_.size()),
+      [this](std::ptrdiff_t begin, std::ptrdiff_t end) {
+        for (VPoint2D* p = points_.data() + begin; p != points_.data() + end; ++p) {
+          p->x = fittedTo16(p->x - margin_);
+          p->y = fittedTo16(p->y - margin_);
+          p->cx = fittedTo16(p->cx - margin_);
+          p->cy = fittedTo16(p->cy - margin_);
+        }
+      },
+      Interruption::Off);
 }
 
 image<float> CircularVoting::votesWithoutMargin() const {

@@ -116,20 +116,15 @@ std::ptrdiff_t signedSize(std::span<const VPoint2D> points) {
 class Votes {
  public:
   // Accumulators have `pixels` pixels in rows of `nx`, and need not be initialized.
-  Votes(const ConeTable& cones, std::span<VPoint2D> points, int nx, int pixels)
+  // `inRasterOrder` states whether the points are.
+  Votes(const ConeTable& cones, std::span<VPoint2D> points, bool inRasterOrder, int nx, int pixels)
       : cones_(cones),
         blocks_(cones, pixels),
         points_(points),
         pixels_(pixels),
         bands_(pixels, bandPixels(cones.extent(), nx), kAlignment),
-        inBands_(hasRunner() && bands_.count() > 1) {
-    if (inBands_) {
-      const auto isBefore = [](const VPoint2D& p, const VPoint2D& q) {
-        return p.offset < q.offset;
-      };
-      inRasterOrder_ = std::is_sorted(points.begin(), points.end(), isBefore);
-    }
-  }
+        inBands_(hasRunner() && bands_.count() > 1),
+        inRasterOrder_(inRasterOrder) {}
 
   // Sets `acc` to the votes before the first pass: every point adds its weight to all cells of its
   // cone.
@@ -224,7 +219,7 @@ class Votes {
   int pixels_;
   Parts bands_;
   bool inBands_;
-  bool inRasterOrder_ = false;
+  bool inRasterOrder_;
 };
 
 }  // namespace
@@ -234,7 +229,14 @@ void CircularVoting::vote() { runPasses(historyWriter()); }
 void CircularVoting::runPasses(const PassObserver& observer) {
   acc_ = uninitializedImage<float>(nx_, ny_, 1, 1, 1);
   prevAcc_ = uninitializedImage<float>(nx_, ny_, 1, 1, 1);
-  for (VPoint2D& p : points_) p.offset = p.x + p.y * acc_.nx();
+  parallelPixels(signedSize(points_), [this](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (VPoint2D* p = points_.data() + begin; p != points_.data() + end; ++p) {
+      p->offset = p->x + p->y * acc_.nx();
+    }
+  });
+  const auto isBefore = [](const VPoint2D& p, const VPoint2D& q) { return p.offset < q.offset; };
+  const bool inRasterOrder =
+      hasRunner() && std::is_sorted(points_.begin(), points_.end(), isBefore);
   const auto coneTable = [this](int width) {
     return ConeTable(prototypeCone(minRadius, maxRadius, width, regionType == Both), angleBins_,
                      angleStep_, WPoint2D::nx);
@@ -246,7 +248,7 @@ void CircularVoting::runPasses(const PassObserver& observer) {
   for (int width = coneWidth;; width = nextConeRadius(maxRadius, width)) {
     const Step step("votes", shareBefore(width, coneWidth), shareBefore(0.7 * width, coneWidth));
     const ConeTable cones = coneTable(width);
-    Votes votes(cones, points_, acc_.nx(), acc_.npix());
+    Votes votes(cones, points_, inRasterOrder, acc_.nx(), acc_.npix());
     if (isFirst) votes.castWeights(acc_.pixels());
     isFirst = false;
     if (width < 0) {
