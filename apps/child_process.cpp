@@ -10,9 +10,9 @@
 #include <cstring>
 #include <iostream>
 #include <optional>
+#include <vector>
 
 #include "apps/subcommand.h"
-#include "formats/file_error.h"
 #include "formats/temporary.h"
 
 namespace orva::apps {
@@ -35,25 +35,6 @@ constexpr int kMaxAnswer = 1 << 20;  // bytes
   std::exit(told ? 0 : 1);
 }
 
-// Waits for the end of the child and returns its status. A termination signal is passed on to the
-// child, and `ending` becomes its number. The termination signals and SIGCHLD must be blocked.
-int waitFor(pid_t child, int& ending) {
-  sigset_t signals{};
-  ::sigemptyset(&signals);
-  ::sigaddset(&signals, SIGCHLD);
-  for (const int signal : kTerminationSignals) ::sigaddset(&signals, signal);
-  for (int status = 0;;) {
-    int signal = 0;
-    if (::sigwait(&signals, &signal) != 0) continue;
-    if (signal != SIGCHLD) {
-      ending = signal;
-      ::kill(child, signal);
-    } else if (::waitpid(child, &status, WNOHANG) == child) {
-      return status;
-    }
-  }
-}
-
 std::string allOf(int pipe) {
   std::string text;
   std::array<char, 4096> piece{};
@@ -63,33 +44,120 @@ std::string allOf(int pipe) {
   return text;
 }
 
+Outcome outcomeOf(const std::string& answer, int status) {
+  if (answer.starts_with(kResult)) return {answer.substr(1), ""};
+  if (answer.starts_with(kFailure)) return {std::nullopt, answer.substr(1)};
+  const std::string unfinished = "could not be finished";
+  return {std::nullopt,
+          WIFSIGNALED(status) ? unfinished + ": " + ::strsignal(WTERMSIG(status)) : unfinished};
+}
+
+Outcome outcomeHere(const std::function<std::string()>& work) {
+  try {
+    return {work(), ""};
+  } catch (const std::exception& error) {
+    return {std::nullopt, reasonOf(error)};
+  }
+}
+
+// The child processes that run. While there is one, SIGCHLD and the termination signals are
+// blocked.
+class Children {
+ public:
+  bool areRunning() const { return !running_.empty(); }
+  std::size_t number() const { return running_.size(); }
+
+  // False where no copy of the process can be made.
+  bool start(std::size_t i, const std::function<std::string()>& work) {
+    std::array<int, 2> pipe{};
+    if (::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) return false;
+    ::fcntl(pipe[1], F_SETPIPE_SZ, kMaxAnswer);
+    std::cout.flush();              // else the child has the same text to write
+    std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
+    if (!pause_) pause_.emplace(SIGCHLD);
+    const pid_t child = ::fork();
+    if (child == 0) {
+      pause_.reset();
+      answer(work, pipe[1]);
+    }
+    ::close(pipe[1]);
+    if (child > 0) {
+      running_.push_back({i, child, pipe[0]});
+      return true;
+    }
+    ::close(pipe[0]);
+    if (running_.empty()) pause_.reset();
+    return false;
+  }
+
+  // Waits until one or more have ended, and sets their outcomes.
+  void wait(std::vector<std::optional<Outcome>>& outcomes) {
+    const std::size_t before = running_.size();
+    while (running_.size() == before) {
+      int signal = 0;
+      if (::sigwait(&signals_, &signal) != 0) continue;
+      if (signal != SIGCHLD) {
+        ending_ = signal;
+        for (const Child& child : running_) ::kill(child.id, signal);
+      }
+      std::erase_if(running_, [&](const Child& child) {
+        int status = 0;
+        if (::waitpid(child.id, &status, WNOHANG) != child.id) return false;
+        outcomes[child.i] = outcomeOf(allOf(child.pipe), status);
+        ::close(child.pipe);
+        return true;
+      });
+    }
+    if (!running_.empty()) return;
+    pause_.reset();
+    if (ending_ != 0) ::raise(ending_);  // does not come back, unless it is ignored
+    ending_ = 0;
+  }
+
+  // Whether a termination signal has come.
+  bool areEnding() const { return ending_ != 0; }
+
+ private:
+  struct Child {
+    std::size_t i;
+    pid_t id;
+    int pipe;
+  };
+
+  static sigset_t awaitedSignals() {
+    sigset_t signals{};
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGCHLD);
+    for (const int signal : kTerminationSignals) ::sigaddset(&signals, signal);
+    return signals;
+  }
+
+  std::vector<Child> running_;
+  std::optional<SignalBlock> pause_;
+  sigset_t signals_ = awaitedSignals();
+  int ending_ = 0;
+};
+
 }  // namespace
 
-std::string inChildProcess(const std::function<std::string()>& work) {
-  std::array<int, 2> pipe{};
-  if (::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) return work();
-  ::fcntl(pipe[1], F_SETPIPE_SZ, kMaxAnswer);
-  std::cout.flush();              // else the child has the same text to write
-  std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
-  std::optional<SignalBlock> pause(std::in_place, SIGCHLD);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    pause.reset();
-    answer(work, pipe[1]);
+void inChildProcesses(std::size_t count, std::size_t atOnce,
+                      const std::function<void(std::size_t)>& begun,
+                      const std::function<std::string(std::size_t)>& work,
+                      const std::function<void(std::size_t, const Outcome&)>& ended) {
+  std::vector<std::optional<Outcome>> outcomes(count);
+  Children children;
+  std::size_t begin = 0;
+  for (std::size_t end = 0; end < count;) {
+    while (begin < count && children.number() < atOnce && !children.areEnding()) {
+      const std::size_t i = begin++;
+      begun(i);
+      if (!children.start(i, [&work, i] { return work(i); })) {
+        outcomes[i] = outcomeHere([&work, i] { return work(i); });
+      }
+    }
+    if (children.areRunning()) children.wait(outcomes);
+    for (; end < begin && outcomes[end]; ++end) ended(end, *outcomes[end]);
   }
-  ::close(pipe[1]);
-  int ending = 0;
-  const int status = child > 0 ? waitFor(child, ending) : 0;
-  pause.reset();
-  const std::string text = allOf(pipe[0]);
-  ::close(pipe[0]);
-  if (child < 0) return work();
-  if (ending != 0) ::raise(ending);  // does not come back, unless it is ignored
-  if (text.starts_with(kResult)) return text.substr(1);
-  if (text.starts_with(kFailure)) throw FileError(text.substr(1));
-  const std::string unfinished = "could not be finished";
-  throw FileError(WIFSIGNALED(status) ? unfinished + ": " + ::strsignal(WTERMSIG(status))
-                                      : unfinished);
 }
 
 }  // namespace orva::apps

@@ -39,6 +39,7 @@ ConvertCommand::ConvertCommand(CommandLine& line)
   addPlaneOptions(planes_, kSlicesKept);
   options().addFlag("--stretch", stretch_,
                     "Map the range of grey pixels to 0..255, whatever the format");
+  addThreadsOption();
 }
 
 namespace {

@@ -1,5 +1,6 @@
 #include "apps/detection_command.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -18,6 +19,8 @@
 #include "formats/image_list.h"
 #include "formats/output_file.h"
 #include "formats/text.h"
+#include "formats/thread_pool.h"
+#include "orva/util/parallel.h"
 
 namespace orva::apps {
 namespace {
@@ -32,6 +35,8 @@ std::string seconds(std::chrono::steady_clock::duration time) {
                 static_cast<long long>(milliseconds % 1000));
   return text.data();
 }
+
+constexpr char kLinesFollow = '\0';  // between the rows of the summary and the lines for people
 
 // What is said of a file whose pixels are not square, or "".
 std::string oblongNote(const PixelSize& size) {
@@ -81,6 +86,7 @@ void DetectionCommand::addFileOptions(const FileOptions& files) {
   for (const Option& option : single) out.excludes(option);
   out.valueText("DIR");
   options().addFlag("--quiet", quiet_, files.quiet);
+  addThreadsOption();
 }
 
 void DetectionCommand::addPixelSizeOption() {
@@ -155,18 +161,30 @@ std::pair<std::unique_ptr<Image>, std::optional<double>> DetectionCommand::readF
   return {std::move(img), pixelSize};
 }
 
-// A line for people, over the progress line.
-void DetectionCommand::show(const std::string& file, const std::string& text) const {
-  if (quiet_ || text.empty()) return;
-  const Progress line(images_.size(), quiet_);
-  line.clear();
-  std::cerr << "orva: " + file + ": " + text + '\n';
+void DetectionCommand::forEachImage(
+    const std::function<void(std::size_t)>& begun,
+    const std::function<std::string(std::size_t)>& work,
+    const std::function<void(std::size_t, const Outcome&)>& ended) const {
+  const std::size_t count = images_.size();
+  const auto all = static_cast<std::size_t>(threads());
+  const auto workOnThreads = [&](std::size_t i) {
+    // Fewer images than threads share them; the last ones have those that the others have left.
+    const std::size_t remaining = std::min(all, count < all ? count : count - i);
+    ThreadPool pool(static_cast<int>((all + remaining - 1) / remaining));
+    const ParallelScope scope(ThreadPool::run, &pool);
+    return work(i);
+  };
+  inChildProcesses(count, all, begun, workOnThreads, ended);
 }
 
 std::string DetectionCommand::workOn(const std::string& file,
                                      const std::optional<std::string>& stem,
                                      const std::optional<fs::path>& table,
-                                     const std::vector<std::optional<fs::path>>& files) const {
+                                     const std::vector<std::optional<fs::path>>& files,
+                                     const Say& say) const {
+  const auto show = [&](const std::string& name, const std::string& text) {
+    if (!quiet_ && !text.empty()) say("orva: " + name + ": " + text + '\n');
+  };
   auto start = std::chrono::steady_clock::now();
   const InputImages images(file, planes_);
   show(file, images.note());
@@ -227,7 +245,11 @@ void DetectionCommand::workOnOne() const {
   std::vector<std::optional<fs::path>> files;
   for (const Other& other : others_) files.emplace_back(other.file);
   const auto table = isPrinted() ? std::nullopt : std::optional<fs::path>(*tableFile_);
-  workOn(images_.front(), {}, table, files);
+  StepLine steps(images_.front(), quiet_);
+  workOn(images_.front(), {}, table, files, [&](const std::string& line) {
+    steps.clear();
+    std::cerr << line;
+  });
 }
 
 int DetectionCommand::workOnAll() {
@@ -239,21 +261,37 @@ int DetectionCommand::workOnAll() {
   const Progress progress(images_.size(), quiet_);
   std::string summary = "file,width,height," + summaryColumns_ + ",seconds\n";
   int status = 0;
-  for (std::size_t i = 0; i < images_.size(); ++i) {
+  const auto begun = [&](std::size_t i) { progress.show(i, images_[i]); };
+  // Several images at the same time would write over each other's steps.
+  const bool hidesSteps = quiet_ || (images_.size() > 1 && threads() > 1);
+  // The library ends the process when memory runs out; the other images are to be done still.
+  const auto work = [&](std::size_t i) {
     const std::string& file = images_[i];
-    progress.show(i, file);
+    const std::vector<fs::path> results = batchFiles(file);
+    std::string lines;
+    const auto say = [&](const std::string& line) { lines += line; };
+    const StepLine steps(progress.label(i, file), hidesSteps);
     try {
-      // The library ends the process when memory runs out; the other images are to be done still.
-      summary += inChildProcess([&] {
-        const std::vector<fs::path> results = batchFiles(file);
-        return workOn(file, stemOf(file), results.front(), {results.begin() + 1, results.end()});
-      });
-    } catch (const std::exception& error) {
-      progress.clear();
-      reportFailure(file, error);
+      return workOn(file, stemOf(file), results.front(), {results.begin() + 1, results.end()},
+                    say) +
+             kLinesFollow + lines;
+    } catch (...) {
+      std::cerr << lines;
+      throw;
+    }
+  };
+  const auto ended = [&](std::size_t i, const Outcome& outcome) {
+    progress.clear();
+    if (outcome.text) {
+      const std::size_t rows = outcome.text->find(kLinesFollow);
+      summary += outcome.text->substr(0, rows);
+      std::cerr << outcome.text->substr(rows + 1);
+    } else {
+      reportFailure(images_[i], FileError(outcome.error));
       status = 1;
     }
-  }
+  };
+  forEachImage(begun, work, ended);
   writeFile(out / "summary.csv", summary);
   return status;
 }

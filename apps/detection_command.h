@@ -5,12 +5,14 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "apps/child_process.h"
 #include "apps/input_file.h"
 #include "apps/subcommand.h"
 #include "formats/output_file.h"
@@ -89,13 +91,19 @@ class DetectionCommand : public Subcommand {
   bool isBatch() const { return outDirectory_.has_value(); }
   const PlaneOptions& planes() const { return planes_; }
   static ImageFacts factsOf(const Input& input);
+  // Calls work(i) for the image of each i in a child process, several at the same time, on as many
+  // threads in all as the command may use; begun() and ended() as by inChildProcesses().
+  void forEachImage(const std::function<void(std::size_t)>& begun,
+                    const std::function<std::string(std::size_t)>& work,
+                    const std::function<void(std::size_t, const Outcome&)>& ended) const;
   // The first of the images of a file that the options choose, and its Input::pixelSize.
   std::pair<std::unique_ptr<Image>, std::optional<double>> readFirst(const std::string& file) const;
 
  private:
   void expandImages();
   void checkFiles() const;
-  void show(const std::string& file, const std::string& text) const;
+  // Writes a line for people.
+  using Say = std::function<void(const std::string& line)>;
   bool isPrinted() const;
   void workOnOne() const;
   int workOnAll();
@@ -105,7 +113,8 @@ class DetectionCommand : public Subcommand {
   // Returns their rows of the summary.
   std::string workOn(const std::string& file, const std::optional<std::string>& stem,
                      const std::optional<std::filesystem::path>& table,
-                     const std::vector<std::optional<std::filesystem::path>>& files) const;
+                     const std::vector<std::optional<std::filesystem::path>>& files,
+                     const Say& say) const;
   // The files that the results of an image go to in a directory, the table's first.
   std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
 

@@ -87,6 +87,7 @@ FilterCommand::FilterCommand(CommandLine& line)
       .check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
       .valueText("FILE REQUIRED");
   addPlaneOptions(planes_, kSlicesAsVolume);
+  addThreadsOption();
 }
 
 int FilterCommand::run() {

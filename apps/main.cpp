@@ -16,6 +16,8 @@
 #include "apps/segment_command.h"
 #include "apps/vote_command.h"
 #include "formats/temporary.h"
+#include "formats/thread_pool.h"
+#include "orva/util/parallel.h"
 
 namespace orva::apps {
 namespace {
@@ -44,6 +46,8 @@ int run(int argc, char** argv) {
   if (const std::optional<int> status = line.parse(argc, argv)) return *status;
   const auto chosen = std::find_if(subcommands.begin(), subcommands.end(),
                                    [](const auto& each) { return each->isChosen(); });
+  formats::ThreadPool pool((*chosen)->threads());
+  const ParallelScope scope(formats::ThreadPool::run, &pool);
   try {
     return (*chosen)->run();
   } catch (const UsageError& error) {

@@ -116,6 +116,7 @@ MeasureCommand::MeasureCommand(CommandLine& line)
       .check(writableFile({".iht", ".ics"}))
       .valueText("FILE");
   addPlaneOptions(planes_, kSlicesAsVolume);
+  addThreadsOption();
 }
 
 MeasureCommand::Regions MeasureCommand::measured(const Image& img) const {

@@ -4,7 +4,6 @@
 #include <sstream>
 #include <vector>
 
-#include "apps/child_process.h"
 #include "apps/input_file.h"
 #include "apps/progress.h"
 #include "formats/text.h"
@@ -104,17 +103,15 @@ void ObjectCommand::prepare() {
   if (!sameSettings_) return;
   const Progress progress(images().size(), isQuiet());
   std::vector<SettingsEstimate> estimates;
-  for (std::size_t i = 0; i < images().size(); ++i) {
-    progress.show(i, images()[i] + " (estimate)");
-    try {
-      estimates.push_back(estimateIn(inChildProcess([&] {
-        const auto [img, pixelSize] = readFirst(images()[i]);
-        return textOf(detect::findObjects(*img, settingsFor(pixelSize)).used);
-      })));
-    } catch (const std::exception&) {
-      // Reported when the image's turn comes.
-    }
-  }
+  forEachImage([&](std::size_t i) { progress.show(i, images()[i] + " (estimate)"); },
+               [&](std::size_t i) {
+                 const auto [img, pixelSize] = readFirst(images()[i]);
+                 return textOf(detect::findObjects(*img, settingsFor(pixelSize)).used);
+               },
+               [&](std::size_t, const Outcome& outcome) {
+                 // A failure is reported when the image's turn comes.
+                 if (outcome.text) estimates.push_back(estimateIn(*outcome.text));
+               });
   const SettingsEstimate common = detect::combinedEstimate(estimates);
   if (!settings_.polarity) settings_.polarity = common.polarity;
   if (!radiusText_ && common.radius > 0) settings_.radius = common.radius;

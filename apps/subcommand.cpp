@@ -14,6 +14,15 @@ namespace orva::apps {
 
 namespace fs = std::filesystem;
 
+void Subcommand::addThreadsOption() {
+  constexpr int kMaxThreads = 1024;
+  options_
+      .add("--threads", threads_,
+           "Threads to use; the results do not depend on it; default one per processor core")
+      .check(wholeNumberIn(1, kMaxThreads))
+      .valueText("N");
+}
+
 void Subcommand::addPlaneOptions(PlaneOptions& planes, const std::string& zHelp) {
   const Check number = frameNumber();
   const auto numberOr = [number](std::vector<std::string> words) -> Check {

@@ -13,6 +13,7 @@
 #include "formats/chosen_images.h"
 #include "formats/image_writer.h"
 #include "formats/output_file.h"
+#include "formats/thread_pool.h"
 
 namespace orva::apps {
 
@@ -49,10 +50,15 @@ class Subcommand {
   // Throws UsageError for options that do not go together. Returns the exit status.
   virtual int run() = 0;
 
+  // How many threads the command is to use.
+  int threads() const { return threads_.value_or(coreCount()); }
+
  protected:
   explicit Subcommand(const Options& options) : options_(options) {}
 
   Options& options() { return options_; }
+
+  void addThreadsOption();
 
   // Adds --channel, --z, --time, --series and --level, for a command that takes one image at a
   // time, and --frame instead of them. `zHelp` describes --z.
@@ -60,6 +66,7 @@ class Subcommand {
 
  private:
   Options options_;
+  std::optional<int> threads_;
 };
 
 // The message of an error, to follow the name of a file.

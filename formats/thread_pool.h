@@ -16,7 +16,9 @@
 namespace orva::formats {
 
 // As many threads as this process may use at the same time, at least 1.
-inline int coreCount() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
+inline int coreCount() {
+  return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
 
 // The calling thread and others that take the tasks of one job at a time:
 //
