@@ -84,6 +84,8 @@ GenericRgb<unsigned char> firstExtreme(const GenericRgb<unsigned char>* pixels,
   return pixels[at];
 }
 
+constinit thread_local bool outOfMemoryThrows = false;
+
 }  // namespace
 
 int round_double(double v) {
@@ -91,7 +93,16 @@ int round_double(double v) {
   return v - t >= 0.5 && t < std::numeric_limits<int>::max() ? t + 1 : t;
 }
 
+BadAllocScope::BadAllocScope(bool throws) : before_(outOfMemoryThrows) {
+  outOfMemoryThrows = throws;
+}
+
+BadAllocScope::~BadAllocScope() { outOfMemoryThrows = before_; }
+
+bool throwsBadAlloc() { return outOfMemoryThrows; }
+
 void out_of_memory() {
+  if (outOfMemoryThrows) throw std::bad_alloc();
   std::cerr << "Error: out of memory\n";
   std::exit(1);
 }

@@ -7,6 +7,7 @@
 #include <limits>
 #include <mutex>
 
+#include "orva/image/bad_alloc.h"
 #include "orva/util/parallel_for.h"
 
 namespace orva {
@@ -53,6 +54,7 @@ class Job {
         body_(body),
         object_(object),
         isInterruptible_(interruption == Interruption::Allowed),
+        throwsBadAlloc_(throwsBadAlloc()),
         caller_(&context) {}
 
   void run() {
@@ -78,6 +80,7 @@ class Job {
     context.runner = nullptr;
     context.inTask = true;
     context.stop = &stop_;
+    const BadAllocScope memory(throwsBadAlloc_);
     if (!isCaller || !isInterruptible_) context.progress = nullptr;
     try {
       if (context.progress != nullptr) {
@@ -115,6 +118,7 @@ class Job {
   void (*body_)(const void*, std::size_t);
   const void* object_;
   bool isInterruptible_;
+  bool throwsBadAlloc_;
   const Context* caller_;
   std::array<std::atomic<bool>, kMaxTasks> hasBegun_{};
   std::atomic<std::size_t> finished_ = 0;

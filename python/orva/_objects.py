@@ -11,6 +11,7 @@ import numpy.typing as npt
 from . import _options as options
 from . import _orva
 from ._arrays import Image, Pixels, frames, image_of, plane_of
+from ._running import Progress, running
 
 _MIN_RADIUS = 0.1
 _MAX_RADIUS = 1_000_000
@@ -112,6 +113,8 @@ def find_objects(
     min_score: float = 0.5,
     frame: int | None = None,
     channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> npt.NDArray[np.void]:
     """Find round objects of unknown size and brightness.
 
@@ -136,6 +139,11 @@ def find_objects(
     channel_axis
         The axis of colour, -1 as in scikit-image, which is searched by its luminance. If None, the
         image is grey.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -156,11 +164,17 @@ def find_objects(
     finite number counts as the smallest finite one. estimate_settings() shows what is estimated.
     """
     settings = find_settings(radius=radius, polarity=polarity, min_score=min_score)
-    return search(one_plane_of(image, frame, channel_axis), settings)[0]
+    with running(threads, progress):
+        return search(one_plane_of(image, frame, channel_axis), settings)[0]
 
 
 def estimate_settings(
-    image: Image, *, frame: int | None = None, channel_axis: int | None = None
+    image: Image,
+    *,
+    frame: int | None = None,
+    channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> SettingsEstimate:
     """Estimate the typical radius and the polarity of the objects in an image.
 
@@ -173,6 +187,11 @@ def estimate_settings(
     channel_axis
         The axis of colour, -1 as in scikit-image, which is searched by its luminance. If None, the
         image is grey.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -189,7 +208,8 @@ def estimate_settings(
     ValueError
         For a frame that the image does not have.
     """
-    estimate = estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
+    with running(threads, progress):
+        estimate = estimate_of(_orva.estimate_settings(one_plane_of(image, frame, channel_axis)))
     sizes = getattr(image, "pixel_size", {})
     size = _orva.square_pixel_size(sizes.get("x"), sizes.get("y"))
     return estimate if size is None else dataclasses.replace(estimate, radius_um=estimate.radius * size)

@@ -1,3 +1,4 @@
+from collections.abc import Callable
 from typing import Any, TypeVar
 
 import numpy as np
@@ -54,6 +55,10 @@ class ChosenImages:
     def note(self) -> str: ...
     def place(self, i: int) -> tuple[int | None, int | None, str, str]: ...
     def read(self, i: int) -> tuple[Pixels, float | None, float | None]: ...
+
+def set_call_settings(
+    threads: int | None, progress: Callable[[str, float], None] | None
+) -> tuple[int, Callable[[str, float], None] | None]: ...
 
 def find_objects(
     image: AnyArray,

@@ -29,6 +29,7 @@ from ._objects import (
     find_settings,
     one_plane_of,
 )
+from ._running import Progress, running
 
 COLUMNS = _orva.REGION_COLUMNS
 
@@ -104,6 +105,8 @@ def segment(
     exclude_border: bool = False,
     frame: int | None = None,
     channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> tuple[WideLabels, npt.NDArray[np.void]]:
     """Find round objects, label the pixels of each, and measure them.
 
@@ -141,6 +144,11 @@ def segment(
     channel_axis
         The axis of colour, -1 as in scikit-image, which is searched and measured by its luminance. If
         None, image and measure are grey.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -182,11 +190,13 @@ def segment(
         brightness = one_plane_of(measure, frame, channel_axis, "measure")
         if np.shape(measure) != np.shape(image):
             raise ValueError(f"measure has the shape {measure.shape}, image has {image.shape}")
-    if objects is None:
-        return search_regions(plane, sought, kept, brightness)[:2]
-    return _orva.segment_objects(
-        plane, brightness, _object_rows(objects), polarity, *dataclasses.astuple(kept)
-    )
+    rows = None if objects is None else _object_rows(objects)
+    with running(threads, progress):
+        if rows is None:
+            return search_regions(plane, sought, kept, brightness)[:2]
+        return _orva.segment_objects(
+            plane, brightness, rows, polarity, *dataclasses.astuple(kept)
+        )
 
 
 def measure_labels(labels: AnyLabels, image: Image) -> npt.NDArray[np.void]:

@@ -12,6 +12,7 @@ from . import _options as options
 from . import _orva
 from ._arrays import Floats, Image
 from ._objects import one_plane_of
+from ._running import Progress, running
 
 Result = TypeVar("Result")
 
@@ -63,10 +64,13 @@ def _voted(
     image: Image,
     frame: int | None,
     channel_axis: int | None,
+    threads: int | None,
+    progress: Progress | None,
     **settings: Any,
 ) -> Result:
     try:
-        return vote(one_plane_of(image, frame, channel_axis), _settings(**settings))
+        with running(threads, progress):
+            return vote(one_plane_of(image, frame, channel_axis), _settings(**settings))
     except _orva.FileError as error:
         raise ValueError(f"image {error}") from None
 
@@ -87,6 +91,8 @@ def find_centers(
     power: float = 0.5,
     frame: int | None = None,
     channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> npt.NDArray[np.void]:
     """Find the centers of round objects by iterative circular voting.
 
@@ -125,6 +131,11 @@ def find_centers(
         The plane of a stack, counted from 0: along z first, then c, then t. Needed for a stack.
     channel_axis
         The axis of colour, -1 as in scikit-image, whose luminance votes. If None, the image is grey.
+    threads
+        Threads to use, 1 to 1024; one per processor core if None. The result does not depend on it.
+    progress
+        Called with total=100 for a progress bar with the methods update(n) and close(), such as
+        tqdm.tqdm.
 
     Returns
     -------
@@ -162,6 +173,8 @@ def vote_field(
     power: float = 0.5,
     frame: int | None = None,
     channel_axis: int | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
 ) -> Floats:
     """The votes after the last pass, from which find_centers() extracts the centers.
 
@@ -177,9 +190,10 @@ def vote_field(
 
 
 def complete(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """The settings of find_centers() except frame and channel_axis, with its defaults; raises as it does."""
+    """The settings of the voting, with the defaults of find_centers(); raises as it does."""
     defaults = dict(find_centers.__kwdefaults__)
-    del defaults["frame"], defaults["channel_axis"]
+    for name in ("frame", "channel_axis", "threads", "progress"):
+        del defaults[name]
     result = {**defaults, **settings}
     _settings(**result)
     return result

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "orva/image/image.h"
+#include "python/src/library_call.h"
 
 namespace orva_python {
 
@@ -59,14 +60,8 @@ py::array toArray(orva::image<T> img, const Shape& shape) {
 // A mask of 0 and 255 as truth values.
 py::array toTruth(const Bytes& mask, const Shape& shape);
 
-// Returns work(), called without the interpreter lock; work() must not touch Python objects.
-template <class Work>
-auto unlocked(const Work& work) {
-  const py::gil_scoped_release release;
-  return work();
-}
-
 // One function per subject, which adds its functions to the module.
+void addCallSettings(py::module_& module);
 void addObjects(py::module_& module);
 void addSegmentation(py::module_& module);
 void addVoting(py::module_& module);

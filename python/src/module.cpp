@@ -30,6 +30,7 @@ PYBIND11_MODULE(_orva, module) {
       setError(PyExc_OSError, e.what());
     }
   });
+  orva_python::addCallSettings(module);
   orva_python::addObjects(module);
   orva_python::addSegmentation(module);
   orva_python::addVoting(module);

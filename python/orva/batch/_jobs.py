@@ -25,6 +25,7 @@ from .. import _orva
 from .._arrays import Pixels, WideLabels
 from .._files import PlaneOptions, plane_options
 from .._objects import FindSettings, SettingsEstimate, find_settings, search
+from .._running import running
 from .._segment import SegmentSettings, search_regions, segment_settings
 from ._grid import MAX_SIDE
 from ._object_tiles import estimate_in_tiles, search_in_tiles
@@ -241,7 +242,9 @@ def _in_child(work: Callable[[Job], Result], job: Job) -> Result:
 
 def _attempt(work: Callable[[Job], Result], job: Job) -> Result:
     try:
-        return work(job)
+        # The workers share the processor cores among them.
+        with running(1):
+            return work(job)
     except MemoryError:
         return Result(job.image, error="out of memory")
     except (OSError, ValueError) as error:
