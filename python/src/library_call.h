@@ -17,7 +17,7 @@ namespace py = pybind11;
 
 // How the library's functions run on this Python thread.
 struct CallSettings {
-  int threads = 0;                // 0 is one per processor core
+  int threads = 0;               // 0 is one per processor core
   PyObject* progress = nullptr;  // called with the step and the share that is done; may be null
 };
 
