@@ -18,7 +18,7 @@ namespace orva::bip {
 namespace {
 
 // A step to a neighbour: the difference of the indices and the Euclidean length.
-struct Step {
+struct NeighbourStep {
   std::ptrdiff_t offset;
   float length;
 };
@@ -27,7 +27,7 @@ struct Step {
 // processed last, comes after the first `beforeRow` of them.
 template <std::size_t N>
 struct Steps {
-  std::array<Step, N> leaving;
+  std::array<NeighbourStep, N> leaving;
   std::size_t beforeRow;
 };
 
