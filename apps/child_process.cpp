@@ -1,15 +1,17 @@
 #include "apps/child_process.h"
 
-#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "apps/subcommand.h"
@@ -21,32 +23,40 @@ namespace {
 // The first character of the child's answer.
 constexpr char kResult = '+';
 constexpr char kFailure = '-';
-constexpr int kMaxAnswer = 1 << 20;  // bytes
 
-[[noreturn]] void answer(const std::function<std::string()>& work, int pipe) {
+// A file without a name, through which a child answers: unlike a pipe it takes a text of any length
+// while nobody reads.
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using AnswerFile = std::unique_ptr<std::FILE, FileCloser>;
+
+[[noreturn]] void answer(const std::function<std::string()>& work, std::FILE* file) {
   std::string text;
   try {
     text = kResult + work();
   } catch (const std::exception& error) {
     text = std::string(1, kFailure) + reasonOf(error);
   }
-  // The buffer of the pipe holds the whole text, or the write does not wait.
-  const bool told = ::write(pipe, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  std::exit(told ? 0 : 1);
+  const bool isTold =
+      std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  std::exit(isTold ? 0 : 1);
 }
 
-std::string allOf(int pipe) {
+std::string allOf(std::FILE* file) {
   std::string text;
   std::array<char, 4096> piece{};
-  for (ssize_t n = 0; (n = ::read(pipe, piece.data(), piece.size())) > 0;) {
-    text.append(piece.data(), static_cast<std::size_t>(n));
+  std::rewind(file);
+  for (std::size_t n = 0; (n = std::fread(piece.data(), 1, piece.size(), file)) > 0;) {
+    text.append(piece.data(), n);
   }
   return text;
 }
 
+// An answer counts only if the child says that it is whole.
 Outcome outcomeOf(const std::string& answer, int status) {
-  if (answer.starts_with(kResult)) return {answer.substr(1), ""};
-  if (answer.starts_with(kFailure)) return {std::nullopt, answer.substr(1)};
+  if (status == 0 && answer.starts_with(kResult)) return {answer.substr(1), ""};
+  if (status == 0 && answer.starts_with(kFailure)) return {std::nullopt, answer.substr(1)};
   const std::string unfinished = "could not be finished";
   return {std::nullopt,
           WIFSIGNALED(status) ? unfinished + ": " + ::strsignal(WTERMSIG(status)) : unfinished};
@@ -69,23 +79,20 @@ class Children {
 
   // False where no copy of the process can be made.
   bool start(std::size_t i, const std::function<std::string()>& work) {
-    std::array<int, 2> pipe{};
-    if (::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) return false;
-    ::fcntl(pipe[1], F_SETPIPE_SZ, kMaxAnswer);
+    AnswerFile file(std::tmpfile());
+    if (!file) return false;
     std::cout.flush();              // else the child has the same text to write
     std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
     if (!pause_) pause_.emplace(SIGCHLD);
     const pid_t child = ::fork();
     if (child == 0) {
       pause_.reset();
-      answer(work, pipe[1]);
+      answer(work, file.get());
     }
-    ::close(pipe[1]);
     if (child > 0) {
-      running_.push_back({i, child, pipe[0]});
+      running_.push_back({i, child, std::move(file)});
       return true;
     }
-    ::close(pipe[0]);
     if (running_.empty()) pause_.reset();
     return false;
   }
@@ -103,8 +110,7 @@ class Children {
       std::erase_if(running_, [&](const Child& child) {
         int status = 0;
         if (::waitpid(child.id, &status, WNOHANG) != child.id) return false;
-        outcomes[child.i] = outcomeOf(allOf(child.pipe), status);
-        ::close(child.pipe);
+        outcomes[child.i] = outcomeOf(allOf(child.answer.get()), status);
         return true;
       });
     }
@@ -121,7 +127,7 @@ class Children {
   struct Child {
     std::size_t i;
     pid_t id;
-    int pipe;
+    AnswerFile answer;
   };
 
   static sigset_t awaitedSignals() {
