@@ -1,21 +1,25 @@
 #include "apps/child_process.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
-#include <cstdio>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "apps/subcommand.h"
-#include "formats/temporary.h"
+#include "formats/termination_signals.h"
 
 namespace orva::apps {
 namespace {
@@ -24,33 +28,20 @@ namespace {
 constexpr char kResult = '+';
 constexpr char kFailure = '-';
 
-// A file without a name, through which a child answers: unlike a pipe it takes a text of any length
-// while nobody reads.
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using AnswerFile = std::unique_ptr<std::FILE, FileCloser>;
-
-[[noreturn]] void answer(const std::function<std::string()>& work, std::FILE* file) {
+[[noreturn]] void answer(const std::function<std::string()>& work, int pipe) {
   std::string text;
   try {
     text = kResult + work();
   } catch (const std::exception& error) {
     text = std::string(1, kFailure) + reasonOf(error);
   }
-  const bool isTold =
-      std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
-  std::exit(isTold ? 0 : 1);
-}
-
-std::string allOf(std::FILE* file) {
-  std::string text;
-  std::array<char, 4096> piece{};
-  std::rewind(file);
-  for (std::size_t n = 0; (n = std::fread(piece.data(), 1, piece.size(), file)) > 0;) {
-    text.append(piece.data(), n);
+  std::size_t written = 0;
+  while (written < text.size()) {
+    const ssize_t n = ::write(pipe, text.data() + written, text.size() - written);
+    if (n < 0 && errno != EINTR) break;
+    written += static_cast<std::size_t>(std::max<ssize_t>(n, 0));
   }
-  return text;
+  std::exit(written == text.size() ? 0 : 1);
 }
 
 // An answer counts only if the child says that it is whole.
@@ -70,8 +61,7 @@ Outcome outcomeHere(const std::function<std::string()>& work) {
   }
 }
 
-// The child processes that run. While there is one, SIGCHLD and the termination signals are
-// blocked.
+// The child processes that run. While there is one, the termination signals are blocked.
 class Children {
  public:
   bool areRunning() const { return !running_.empty(); }
@@ -79,20 +69,23 @@ class Children {
 
   // False where no copy of the process can be made.
   bool start(std::size_t i, const std::function<std::string()>& work) {
-    AnswerFile file(std::tmpfile());
-    if (!file) return false;
+    std::array<int, 2> pipe{};
+    if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return false;
+    running_.reserve(running_.size() + 1);
     std::cout.flush();              // else the child has the same text to write
     std::signal(SIGCHLD, SIG_DFL);  // a child whose end is ignored could not be waited for
-    if (!pause_) pause_.emplace(SIGCHLD);
+    if (!pause_) pause_.emplace();
     const pid_t child = ::fork();
     if (child == 0) {
       pause_.reset();
-      answer(work, file.get());
+      answer(work, pipe[1]);
     }
+    ::close(pipe[1]);
     if (child > 0) {
-      running_.push_back({i, child, std::move(file)});
+      running_.push_back({i, child, pipe[0], ""});
       return true;
     }
+    ::close(pipe[0]);
     if (running_.empty()) pause_.reset();
     return false;
   }
@@ -101,18 +94,13 @@ class Children {
   void wait(std::vector<std::optional<Outcome>>& outcomes) {
     const std::size_t before = running_.size();
     while (running_.size() == before) {
-      int signal = 0;
-      if (::sigwait(&signals_, &signal) != 0) continue;
-      if (signal != SIGCHLD) {
-        ending_ = signal;
-        for (const Child& child : running_) ::kill(child.id, signal);
+      passSignalOn();
+      std::vector<pollfd> pipes;
+      for (const Child& child : running_) pipes.push_back({child.pipe, POLLIN, 0});
+      if (::poll(pipes.data(), pipes.size(), kSignalInterval) <= 0) continue;
+      for (std::size_t k = running_.size(); k-- > 0;) {
+        if (pipes[k].revents != 0 && !hasMore(running_[k])) end(k, outcomes);
       }
-      std::erase_if(running_, [&](const Child& child) {
-        int status = 0;
-        if (::waitpid(child.id, &status, WNOHANG) != child.id) return false;
-        outcomes[child.i] = outcomeOf(allOf(child.answer.get()), status);
-        return true;
-      });
     }
     if (!running_.empty()) return;
     pause_.reset();
@@ -124,23 +112,44 @@ class Children {
   bool areEnding() const { return ending_ != 0; }
 
  private:
+  static constexpr int kSignalInterval = 50;  // milliseconds after which a signal is passed on
+
   struct Child {
     std::size_t i;
     pid_t id;
-    AnswerFile answer;
+    int pipe;
+    std::string answer;  // so far
   };
 
-  static sigset_t awaitedSignals() {
-    sigset_t signals{};
-    ::sigemptyset(&signals);
-    ::sigaddset(&signals, SIGCHLD);
-    for (const int signal : kTerminationSignals) ::sigaddset(&signals, signal);
-    return signals;
+  void passSignalOn() {
+    const sigset_t signals = terminationSignals();
+    const timespec now{};
+    const int signal = ::sigtimedwait(&signals, nullptr, &now);
+    if (signal <= 0) return;
+    ending_ = signal;
+    for (const Child& child : running_) ::kill(child.id, signal);
+  }
+
+  // Takes what the child has written. False at the end, which its own end brings.
+  static bool hasMore(Child& child) {
+    std::array<char, 1 << 16> piece{};
+    const ssize_t n = ::read(child.pipe, piece.data(), piece.size());
+    if (n > 0) child.answer.append(piece.data(), static_cast<std::size_t>(n));
+    return n > 0 || (n < 0 && errno == EINTR);
+  }
+
+  void end(std::size_t k, std::vector<std::optional<Outcome>>& outcomes) {
+    const Child& child = running_[k];
+    int status = 0;
+    while (::waitpid(child.id, &status, 0) < 0 && errno == EINTR) {
+    }
+    outcomes[child.i] = outcomeOf(child.answer, status);
+    ::close(child.pipe);
+    running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(k));
   }
 
   std::vector<Child> running_;
   std::optional<SignalBlock> pause_;
-  sigset_t signals_ = awaitedSignals();
   int ending_ = 0;
 };
 

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "formats/file_error.h"
+#include "formats/termination_signals.h"
 
 namespace orva::formats {
 namespace {

@@ -4,10 +4,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+
+#include "formats/termination_signals.h"
 
 namespace orva::formats {
 namespace {
@@ -26,13 +29,6 @@ void removeFilesIn(int directory) {
       at += entry->d_reclen;
     }
   }
-}
-
-sigset_t terminationSignals() {
-  sigset_t signals{};
-  ::sigemptyset(&signals);
-  for (const int signal : kTerminationSignals) ::sigaddset(&signals, signal);
-  return signals;
 }
 
 // The default action of the signal follows when this returns.
@@ -56,14 +52,6 @@ void removeTemporariesAtExit() {
     }
   }
 }
-
-SignalBlock::SignalBlock(int another) {
-  sigset_t signals = terminationSignals();
-  if (another != 0) ::sigaddset(&signals, another);
-  ::sigprocmask(SIG_BLOCK, &signals, &before_);
-}
-
-SignalBlock::~SignalBlock() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
 Temporary::Temporary(const std::filesystem::path& parent, Kind kind)
     : name_((parent / ".orva-XXXXXX").string()), kind_(kind) {

@@ -2,31 +2,14 @@
 #ifndef ORVA_FORMATS_TEMPORARY_H
 #define ORVA_FORMATS_TEMPORARY_H
 
-#include <array>
-#include <csignal>
 #include <filesystem>
 #include <string>
 
 namespace orva::formats {
 
-// The signals by which a user ends a process, and SIGPIPE.
-inline constexpr std::array kTerminationSignals{SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM};
-
 // From now on these signals and std::exit() first remove all temporary files and directories. A
 // signal that is ignored stays ignored. To be called once.
 void removeTemporariesAtExit();
-
-// Blocks the termination signals, and the signal `another` unless it is 0, to the end of the scope.
-class SignalBlock {
- public:
-  explicit SignalBlock(int another = 0);
-  SignalBlock(const SignalBlock&) = delete;
-  SignalBlock& operator=(const SignalBlock&) = delete;
-  ~SignalBlock();
-
- private:
-  sigset_t before_{};
-};
 
 // A new file or directory .orva-XXXXXX, removed with this object; a directory with the files in it.
 class Temporary {

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "formats/termination_signals.h"
 #include "orva/util/parallel.h"
 
 namespace orva::formats {
@@ -71,6 +72,7 @@ class ThreadPool {
   void startWorkers() {
     if (isStarted_) return;
     isStarted_ = true;
+    const SignalBlock none;  // a signal then interrupts the thread that expects it
     try {
       for (int i = 1; i < threads_; ++i) workers_.emplace_back([this] { serve(); });
     } catch (const std::system_error&) {

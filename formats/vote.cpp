@@ -10,6 +10,7 @@
 #include "formats/file_error.h"
 #include "formats/output_file.h"
 #include "formats/temporary.h"
+#include "formats/termination_signals.h"
 #include "orva/image_io/encode.h"
 
 namespace orva::formats {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "orva/image/image.h"
+#include "orva/image/jni_progress.h"
 
 namespace orva::jni {
 
@@ -40,14 +41,18 @@ std::nullptr_t raise(JNIEnv* env, const char* type, const std::string& message);
 // The message of a C++ exception without the namespace that it starts with.
 std::string withoutNamespace(const std::string& message);
 
-// What search() returns, or null with its exception as one of Java. `results`: what
-// OutOfMemoryError says did not fit.
+// What search() returns, or null with its exception as one of Java. Reports the progress of the
+// search. `results`: what OutOfMemoryError says did not fit.
 template <class Search>
 auto withJavaExceptions(JNIEnv* env, const char* results, const Search& search)
     -> decltype(search()) {
   constexpr const char* kIllegalArgument = "java/lang/IllegalArgumentException";
+  const ProgressReport progress(env);
   try {
-    return search();
+    const auto found = search();
+    return progress.hasFailed() ? progress.raise() : found;
+  } catch (const Cancelled&) {
+    return progress.raise();
   } catch (const std::invalid_argument& e) {
     return raise(env, kIllegalArgument, withoutNamespace(e.what()));
   } catch (const std::length_error& e) {

@@ -239,14 +239,8 @@ def test_a_bar_shows_the_progress_on_a_terminal(images, tmp_path):
     assert shown.rstrip().endswith(b"] 2 of 2 images")
 
 
-@pytest.mark.parametrize(
-    "options, error",
-    [(["--max-radius", "20"], "its process ended early: Error: out of memory"), ([], "out of memory")],
-)
-def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(
-    images, tmp_path, options, error
-):
-    # With so little memory the library ends the process for one image alone.
+@pytest.mark.parametrize("options", [["--max-radius", "20"], []])
+def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(images, tmp_path, options):
     large = tmp_path / "large.tif"
     orva.write(large, np.eye(6000, dtype=np.uint8))
     memory = 1 << 30
@@ -261,7 +255,7 @@ def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(
     assert done.returncode == 1, done.stderr
     failures = rows(tmp_path / "out" / "failures.csv")
     assert [f["file"] for f in failures] == [str(large)]
-    assert failures[0]["error"].endswith(error)
+    assert failures[0]["error"].endswith("out of memory")
     assert len(rows(tmp_path / "out" / "summary.csv")) == 8
 
 

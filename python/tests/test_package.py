@@ -175,4 +175,10 @@ def test_the_defaults_of_voting_are_those_of_the_command(command, tmp_path):
     assert all(defaults[name] is None for name in computed)
     for name in settings.keys() - computed:
         assert defaults[name] == settings[name], name
-    assert defaults.keys() == settings.keys() | {"threshold", "frame", "channel_axis"}
+    assert defaults.keys() == settings.keys() | {
+        "threshold",
+        "frame",
+        "channel_axis",
+        "threads",
+        "progress",
+    }

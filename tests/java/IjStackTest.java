@@ -205,6 +205,29 @@ class IjStackTest {
     IJ.resetEscape();
   }
 
+  @Test
+  void escapeEndsTheSearchWithinASlice() throws Exception {
+    ByteProcessor ip = new ByteProcessor(1500, 1500);
+    ip.setValue(200);
+    for (int i = 0; i < 400; i++) ip.fillOval(30 + i % 20 * 70, 30 + i / 20 * 70, 41, 41);
+    List<String> former = IjCommand.run(stack(2), OPTIONS);
+    for (String command : List.of(IjCommand.NAME, IjCommand.FIND, IjCommand.SEGMENT)) {
+      ImagePlus image = new ImagePlus("escape", ip);
+      Thread key = new Thread(() -> {
+        while (!Thread.currentThread().isInterrupted()) IJ.setKeyDown(KeyEvent.VK_ESCAPE);
+      });
+      key.start();
+      IJ.run(image, command, command.equals(IjCommand.NAME) ? "max_radius=30" : "radius=0");
+      key.interrupt();
+      key.join();
+      IJ.resetEscape();
+      assertEquals(former, IjCommand.rows());
+      assertNull(image.getRoi());
+      assertNull(image.getOverlay());
+      assertFalse(image.isLocked());
+    }
+  }
+
   /** Makes its slices when they are asked for, as a stack on a disk does. */
   private static class OnDemand extends VirtualStack {
     private final int slices;

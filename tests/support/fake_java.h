@@ -83,10 +83,14 @@ inline void setIntRegion(JNIEnv* /*env*/, jintArray array, jsize start, jsize le
   std::copy_n(from, length, machine.integers.values.begin() + start);
 }
 
+// There are no classes but those of exceptions.
 inline jclass findClass(JNIEnv* /*env*/, const char* name) {
+  if (!std::string(name).starts_with("java/")) return nullptr;
   machine.exception.name = name;
   return &machine.exception;
 }
+
+inline void clearException(JNIEnv* /*env*/) {}
 
 inline jint throwNew(JNIEnv* /*env*/, jclass type, const char* message) {
   EXPECT_EQ(type, &machine.exception);
@@ -107,6 +111,7 @@ class JavaCalls : public testing::Test {
     table_.SetDoubleArrayRegion = setDoubleRegion;
     table_.SetIntArrayRegion = setIntRegion;
     table_.FindClass = findClass;
+    table_.ExceptionClear = clearException;
     table_.ThrowNew = throwNew;
     env_.functions = &table_;
   }

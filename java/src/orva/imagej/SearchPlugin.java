@@ -20,7 +20,9 @@ import java.awt.Rectangle;
 import java.util.Collections;
 import java.util.SortedMap;
 import java.util.TreeMap;
+import java.util.concurrent.CancellationException;
 import java.util.function.Consumer;
+import orva.Progress;
 
 /**
  * A command that searches the current slice or all of a stack, by the settings of a dialog or of a
@@ -37,7 +39,9 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
   private final SortedMap<Integer, R> found = Collections.synchronizedSortedMap(new TreeMap<>());
   private ImagePlus imp;
   private PlugInFilterRunner runner;
+  private final SliceProgress progress = new SliceProgress();
   private volatile boolean previewing;
+  private volatile boolean stopped;
   private volatile String failure;
 
   /** Elements of the overlay with this name are those of an earlier search. */
@@ -101,6 +105,11 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
   }
 
   private void finish() {
+    progress.end();
+    if (stopped) {
+      IJ.showStatus("!" + title + ": stopped"); // else ImageJ shows the time taken
+      return;
+    }
     try {
       if (failure == null)
         show(found);
@@ -171,28 +180,45 @@ abstract class SearchPlugin<R> implements ExtendedPlugInFilter, DialogListener {
   }
 
   @Override
-  public final void setNPasses(int passes) {}
+  public final void setNPasses(int passes) {
+    progress.begin(passes);
+  }
 
-  /** Searches a slice. */
+  /**
+   * Searches a slice. The progress bar shows how far the search has come, and Escape stops it, as
+   * does a change of the settings that it is a preview of.
+   */
   @Override
   public final void run(ImageProcessor ip) {
-    if (failure != null)
+    if (failure != null || stopped)
       return;
     int slice = runner.getSliceNumber();
     if (slice < 1)
       slice = imp.getCurrentSlice();
     boolean isPreview = previewing;
     try {
-      R result = search(ip, slice);
+      R result = searchWatched(ip, slice, isPreview);
       if (isPreview) {
         preview(slice, result);
       } else {
         found.put(slice, result);
       }
+    } catch (CancellationException e) {
+      stopped = !isPreview;
     } catch (RuntimeException | LinkageError | OutOfMemoryError e) {
       if (!isPreview) // it comes again when the user accepts the settings
         failure = e.getMessage() == null ? e.toString() : e.getMessage();
     }
+  }
+
+  private R searchWatched(ImageProcessor ip, int slice, boolean isPreview) {
+    Progress.Listener listener = isPreview ? (step, share)
+        -> !Thread.currentThread().isInterrupted()
+        : (step, share) -> {
+      progress.show(slice, share);
+      return !IJ.escapePressed();
+    };
+    return Progress.during(listener, () -> search(ip, slice));
   }
 
   static boolean isSelected(ImageProcessor ip, int x, int y) {
