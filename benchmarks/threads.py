@@ -16,7 +16,8 @@ import report
 
 COLUMNS = ["operation", "cpu_ms", "outside_tasks_ms", "in_tasks_ms", "wall_ms", "wall_2_ms", "measured_2",
            "simulated_2", "simulated_4", "simulated_16"]
-HEADER = ["operation", "one thread, CPU ms", "2 threads, measured", "2, simulated", "4, simulated", "16, simulated"]
+HEADER = ["operation", "one thread, CPU ms", "2 threads, measured", "2, simulated", "4, simulated",
+          "16, simulated"]
 SHOWN = ["operation", "cpu_ms", "measured_2", "simulated_2", "simulated_4", "simulated_16"]
 
 
@@ -46,8 +47,10 @@ def main():
         writer.writerows(rows)
     print(arguments.output)
     if arguments.write:
-        note = f"An image of {arguments.side} x {arguments.side} bytes, medians of {arguments.repetitions} runs.\n\n"
-        report.write_section("threads", note + report.table(HEADER, [[row[c] for c in SHOWN] for row in rows]))
+        side = arguments.side
+        note = f"An image of {side} x {side} bytes, medians of {arguments.repetitions} runs.\n\n"
+        shown = [[row[c] for c in SHOWN] for row in rows]
+        report.write_section("threads", note + report.table(HEADER, shown))
 
 
 if __name__ == "__main__":

@@ -6,8 +6,9 @@ import sys
 import time
 
 import numpy as np
-import orva
 import pytest
+
+import orva
 
 WAIT = 60  # seconds after which a test has failed
 
