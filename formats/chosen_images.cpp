@@ -35,7 +35,8 @@ ChosenImages::Place ChosenImages::placeOf(std::size_t i) const {
           selection_.variesInZ ? image.z : std::nullopt,
           selection_.axes.pageOf({image.c, image.z.value_or(0), image.t}),
           {several(selection_.axes.nc, image.c), several(selection_.axes.nz, image.z),
-           several(selection_.axes.nt, image.t)}};
+           several(selection_.axes.nt, image.t),
+           (selection_.axes.nc > 1) + (selection_.axes.nz > 1) + (selection_.axes.nt > 1) > 1}};
 }
 
 PixelSize ChosenImages::pixelSize() const {

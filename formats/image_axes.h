@@ -46,6 +46,8 @@ struct StackPosition {
   std::optional<int> c{};
   std::optional<int> z{};
   std::optional<int> t{};
+  // Whether several axes of the file have more than one plane, also those without a number here.
+  bool isInHyperstack = false;
 };
 
 struct ImageAxes {

@@ -72,18 +72,19 @@ struct RoiFile {
   Bytes coordinates;
 };
 
-// The position in a stack, counted from 1. A stack along one axis has a number, others have one per
-// axis, 0 for all.
+// The position in a stack, counted from 1, 0 for all. A hyperstack has a number per axis.
 struct RoiPosition {
   explicit RoiPosition(const StackPosition& p) {
     const auto oneOf = [](const std::optional<int>& v) { return v ? *v + 1 : 0; };
     c = oneOf(p.c);
     z = oneOf(p.z);
     t = oneOf(p.t);
+    isInHyperstack = p.isInHyperstack;
   }
   int c;
   int z;
   int t;
+  bool isInHyperstack;
 };
 
 std::string encode(RoiFile roi, const RoiPosition& position, const std::string& name) {
@@ -107,8 +108,7 @@ std::string encode(RoiFile roi, const RoiPosition& position, const std::string& 
   bytes.addZeros(50 - bytes.size());
   bytes.add16(static_cast<unsigned>(roi.options));
   bytes.addZeros(56 - bytes.size());
-  const bool isAlongOneAxis = (position.c > 0) + (position.z > 0) + (position.t > 0) == 1;
-  bytes.add32(isAlongOneAxis ? position.c + position.z + position.t : 0);
+  bytes.add32(position.isInHyperstack ? 0 : position.c + position.z + position.t);
   const std::string coordinates = roi.coordinates.take();
   const std::size_t second = kHeader + coordinates.size();
   bytes.add32(static_cast<std::uint32_t>(second));
@@ -116,7 +116,9 @@ std::string encode(RoiFile roi, const RoiPosition& position, const std::string& 
 
   Bytes more;
   more.add32(0U);
-  for (const int v : {position.c, position.z, position.t}) more.add32(isAlongOneAxis ? 0 : v);
+  for (const int v : {position.c, position.z, position.t}) {
+    more.add32(position.isInHyperstack ? v : 0);
+  }
   more.add32(static_cast<std::uint32_t>(second + kHeader));
   more.add32(static_cast<std::uint32_t>(name.size()));
   more.addZeros(kHeader - more.size());

@@ -127,12 +127,21 @@ TEST(RoiSet, NamesAreRowsOverAllImages) {
 
 TEST(RoiSet, PositionsCountFromOne) {
   formats::ImageFacts facts{"a.tif", 0, 40, 30};
-  facts.position = {1, {}, 4};
+  facts.position = {1, {}, 4, true};
   const std::string roi = unzipped(roiSetOf({circlesScene(facts)}))[0].second;
   EXPECT_EQ(numberAt(roi, 56, 4), 0U);
   EXPECT_EQ(numberAt(roi, 64 + 4, 4), 2U);
   EXPECT_EQ(numberAt(roi, 64 + 8, 4), 0U);
   EXPECT_EQ(numberAt(roi, 64 + 12, 4), 5U);
+}
+
+TEST(RoiSet, AProjectionInAHyperstackHasItsChannel) {
+  formats::ImageFacts facts{"a.tif", 0, 40, 30};
+  facts.position = {1, {}, {}, true};
+  const std::string roi = unzipped(roiSetOf({circlesScene(facts)}))[0].second;
+  EXPECT_EQ(numberAt(roi, 56, 4), 0U);
+  EXPECT_EQ(numberAt(roi, 64 + 4, 4), 2U);
+  EXPECT_EQ(numberAt(roi, 64 + 8, 4), 0U);
 }
 
 TEST(RoiSet, AStackAlongOneAxisHasOneNumber) {

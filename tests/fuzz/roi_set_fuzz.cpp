@@ -55,7 +55,9 @@ formats::StackPosition positionIn(Input& in) {
     const int v = in.between(0, 20);
     return v == 0 ? std::optional<int>() : v * in.between(1, 250);
   };
-  return {number(), number(), number()};
+  formats::StackPosition p{number(), number(), number()};
+  p.isInHyperstack = (p.c ? 1 : 0) + (p.z ? 1 : 0) + (p.t ? 1 : 0) > 1 || in.between(0, 1) == 1;
+  return p;
 }
 
 // A place in an image of up to 65536 pixels in each direction.
@@ -107,15 +109,13 @@ Rings ringsOf(const formats::Contour& contour) {
 
 void requirePosition(const Roi& roi, const formats::StackPosition& p) {
   std::array<int, 3> numbers{};
-  int axes = 0;
   int one = 0;
   for (const auto& [i, v] : {std::pair(0U, p.c), std::pair(1U, p.z), std::pair(2U, p.t)}) {
     if (!v) continue;
     numbers[i] = one = *v + 1;
-    ++axes;
   }
-  require(roi.position == (axes == 1 ? one : 0), "the position along one axis");
-  require(roi.channelSliceTime == (axes == 1 ? std::array<int, 3>{} : numbers),
+  require(roi.position == (p.isInHyperstack ? 0 : one), "the position along one axis");
+  require(roi.channelSliceTime == (p.isInHyperstack ? numbers : std::array<int, 3>{}),
           "the position along several axes");
 }
 

@@ -221,6 +221,28 @@ class IjRoiSetDisplayTest {
     }
   }
 
+  /** A projection has no slice, but a time: shown on every slice of it. */
+  @Test
+  void circlesOfProjectionsHaveTheirTime() throws Exception {
+    Path input = folder.resolve("movie.tif");
+    Path file = folder.resolve("movie.zip");
+    ImagePlus image = stack(3, 2);
+    IJ.saveAsTiff(image, input.toString());
+    orva("find", "--quiet", "--z", "max", "--radius", "6", "--table", file, input);
+    Roi[] rois = open(file);
+    assertEquals(6, rois.length);
+    image.show();
+    for (int i = 0; i < rois.length; i++) {
+      assertTrue(rois[i].hasHyperStackPosition());
+      assertEquals(0, rois[i].getCPosition());
+      assertEquals(0, rois[i].getZPosition());
+      assertEquals(
+          25.5 + 30 * (rois[i].getTPosition() - 1), rois[i].getFloatBounds().getCenterY(), 1);
+      manager.select(image, i);
+      assertEquals(rois[i].getTPosition(), image.getFrame());
+    }
+  }
+
   @Test
   void pointsOfAStackHaveTheirSlice() throws Exception {
     Path input = folder.resolve("stack.tif");
