@@ -7,7 +7,6 @@ bytes per point and per pixel.
 """
 
 import argparse
-import csv
 import pathlib
 import subprocess
 
@@ -70,7 +69,7 @@ def main():
     parser.add_argument("program", help="orva_single_call")
     parser.add_argument("--output", type=pathlib.Path, required=True, help="CSV file to write")
     parser.add_argument("--picture", type=pathlib.Path, help="PNG file to draw the chart to")
-    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
+    parser.add_argument("--write", action="store_true", help="also update docs/performance.md and its table")
     arguments = parser.parse_args()
 
     rows = []
@@ -85,16 +84,14 @@ def main():
             + " and ".join(f"{size / 1e6:.0f} MB with {points} points" for points, size in runs))
     print(text)
 
-    arguments.output.parent.mkdir(parents=True, exist_ok=True)
-    with open(arguments.output, "w", newline="", encoding="utf-8") as file:
-        csv.writer(file).writerows([["side", *OPERATIONS], *rows])
+    full = [["side", *OPERATIONS], *rows]
+    report.write_csv(arguments.output, full)
     print(arguments.output)
     if arguments.picture:
         draw(arguments.picture, rows)
         print(arguments.picture)
     if arguments.write:
-        header = ["side", *(f"{name}, ns per pixel" for name in OPERATIONS)]
-        report.write_section("growth", report.table(header, rows) + f"\n{text}.\n")
+        report.publish("growth", full, f"{text}.\n")
 
 
 if __name__ == "__main__":

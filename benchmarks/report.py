@@ -1,10 +1,12 @@
-"""Markdown tables, and the measured sections of docs/performance.md."""
+"""Tables, and the measured sections of docs/performance.md."""
 
+import csv
 import pathlib
 import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DOCUMENT = ROOT / "docs/performance.md"
+FOLDER = ROOT / "docs/performance"
 
 
 def table(header, rows):
@@ -28,3 +30,15 @@ def write_section(name, text, document=DOCUMENT):
     if not found or not closed:
         raise SystemExit(f"{document}: no markers for {name}")
     document.write_text(f"{head}{start}Commit {commit()}.\n\n{text}{end}{tail}", encoding="utf-8")
+
+
+def write_csv(path, rows):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    with open(path, "w", newline="", encoding="utf-8") as file:
+        csv.writer(file, lineterminator="\n").writerows(rows)
+
+
+def publish(name, rows, text):
+    """Replaces the full table, whose first row has its columns, and the section of the document."""
+    write_csv(FOLDER / f"{name}.csv", rows)
+    write_section(name, text)

@@ -28,7 +28,7 @@ def main():
     parser.add_argument("--side", type=int, default=4096, help="of the square image, in pixels")
     parser.add_argument("--repetitions", type=int, default=5, help="runs of which the median is taken")
     parser.add_argument("--filter", default="", help="only operations whose name contains this")
-    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
+    parser.add_argument("--write", action="store_true", help="also update docs/performance.md and its table")
     arguments = parser.parse_args()
 
     command = [arguments.program, str(arguments.side), str(arguments.repetitions), arguments.filter]
@@ -40,17 +40,14 @@ def main():
     if process.returncode != 0:
         raise SystemExit(f"{arguments.program} failed")
 
-    arguments.output.parent.mkdir(parents=True, exist_ok=True)
-    with open(arguments.output, "w", newline="", encoding="utf-8") as file:
-        writer = csv.DictWriter(file, COLUMNS)
-        writer.writeheader()
-        writer.writerows(rows)
+    full = [COLUMNS, *([row[c] for c in COLUMNS] for row in rows)]
+    report.write_csv(arguments.output, full)
     print(arguments.output)
     if arguments.write:
         side = arguments.side
         note = f"An image of {side} x {side} bytes, medians of {arguments.repetitions} runs.\n\n"
         shown = [[row[c] for c in SHOWN] for row in rows]
-        report.write_section("threads", note + report.table(HEADER, shown))
+        report.publish("threads", full, note + report.table(HEADER, shown))
 
 
 if __name__ == "__main__":

@@ -13,7 +13,6 @@ reading the image and printing the table. For the others it is that of the call 
 """
 
 import argparse
-import csv
 import itertools
 import os
 import pathlib
@@ -168,7 +167,7 @@ def main():
     parser.add_argument("--orva", required=True, help="the orva command")
     parser.add_argument("folders", nargs="*", type=pathlib.Path, help="default: data")
     parser.add_argument("--output", type=pathlib.Path, required=True, help="CSV file to write")
-    parser.add_argument("--write", action="store_true", help="also write the table to docs/performance.md")
+    parser.add_argument("--write", action="store_true", help="also update docs/performance.md and its table")
     arguments = parser.parse_args()
     cv2.setNumThreads(1)
 
@@ -178,12 +177,10 @@ def main():
     for name in METHODS:
         rows.append(peer_row(name, samples))
         print(*rows[-1], sep=" | ", flush=True)
-    arguments.output.parent.mkdir(parents=True, exist_ok=True)
-    with open(arguments.output, "w", newline="", encoding="utf-8") as file:
-        csv.writer(file).writerows([HEADER, *rows])
+    report.write_csv(arguments.output, [HEADER, *rows])
     print(f"{len(samples)} images; {arguments.output}")
     if arguments.write:
-        report.write_section("detectors", report.table(HEADER, rows))
+        report.publish("detectors", [HEADER, *rows], report.table(HEADER, rows))
 
 
 if __name__ == "__main__":
