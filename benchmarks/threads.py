@@ -15,7 +15,7 @@ import subprocess
 import report
 
 COLUMNS = ["operation", "cpu_ms", "outside_tasks_ms", "in_tasks_ms", "wall_ms", "wall_2_ms", "measured_2",
-           "simulated_2", "simulated_4", "simulated_16"]
+           "simulated_2", "simulated_4", "simulated_16", "longest_silence_ms"]
 HEADER = ["operation", "one thread, CPU ms", "2 threads, measured", "2, simulated", "4, simulated",
           "16, simulated"]
 SHOWN = ["operation", "cpu_ms", "measured_2", "simulated_2", "simulated_4", "simulated_16"]

@@ -5,7 +5,8 @@
 // prints a line of CSV per operation whose name contains FILTER: its name; the median CPU time
 // without a runner, and the medians outside tasks and in tasks with a runner of one thread; the
 // median wall-clock time without a runner and with two threads, and the median of their ratios; the
-// ratio that the simulation gives for 2, 4 and 16 threads. Times are in milliseconds.
+// ratio that the simulation gives for 2, 4 and 16 threads; and the longest time without a report of
+// the progress, for which a request to stop would wait. Times are in milliseconds.
 //
 // The simulation gives the tasks of each job, as long as they took on one thread, to the first
 // thread that is free, in their order, and adds what runs outside tasks. It ignores the time to
@@ -72,6 +73,32 @@ struct TimingRunner {
   }
 };
 
+// Notes the longest CPU time between two reports of the progress, or an end of the call.
+struct Silence {
+  double last = orva_benchmark::cpuSeconds();
+  double longest = 0;
+
+  void end() {
+    const double now = orva_benchmark::cpuSeconds();
+    longest = std::max(longest, now - last);
+    last = now;
+  }
+  static int report(void* silence, const char* /*step*/, double /*share*/) {
+    static_cast<Silence*>(silence)->end();
+    return 0;
+  }
+};
+
+double longestSilence(const Call& call) {
+  Silence silence;
+  {
+    const orva::ProgressScope scope(Silence::report, &silence);
+    call();
+  }
+  silence.end();
+  return 1000 * silence.longest;
+}
+
 double median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
@@ -93,7 +120,7 @@ Times timesOf(const Call& call) {
 
 void measure(const std::string& name, const Call& call, int repetitions) {
   static orva::test::ThreadPool pool(2);
-  constexpr std::size_t kColumns = 9;
+  constexpr std::size_t kColumns = 10;
   std::vector<std::vector<double>> columns(kColumns);
   call();
   for (int i = 0; i < repetitions; ++i) {
@@ -103,6 +130,7 @@ void measure(const std::string& name, const Call& call, int repetitions) {
       const orva::ParallelScope scope(orva::test::ThreadPool::run, &pool);
       together = timesOf(call);
     }
+    const double silence = longestSilence(call);
     TimingRunner timing;
     const orva::ParallelScope scope(TimingRunner::run, &timing);
     const double all = timesOf(call).cpu;
@@ -112,7 +140,7 @@ void measure(const std::string& name, const Call& call, int repetitions) {
     for (const double v :
          {alone.cpu, outside, inTasks, alone.wall, together.wall, alone.wall / together.wall,
           alone.cpu / (outside + timing.simulated(2)), alone.cpu / (outside + timing.simulated(4)),
-          alone.cpu / (outside + timing.simulated(16))}) {
+          alone.cpu / (outside + timing.simulated(16)), silence}) {
       columns[k++].push_back(v);
     }
   }
@@ -191,6 +219,7 @@ std::vector<std::pair<std::string, Call>> operationsOn(int side) {
       {"toRgbImage", [=] { orva::toRgbImage(img); }},
       {"findObjects", [=] { detect::findObjects(img, {}); }},
       {"segmentObjects", [=] { detect::segmentObjects(img, objects, {}); }},
+      {"segmentImage", [=] { detect::segmentImage(img, {}, {}); }},
       {"measureObjects", [=] { detect::measureObjects(segments, img); }},
   };
 }

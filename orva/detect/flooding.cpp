@@ -117,7 +117,9 @@ class HoleFiller {
   void run() {
     const int nx = labels_.nx();
     const int* p = labels_.pixels();
+    constexpr int kRowsPerCheckpoint = 64;
     for (int y = 1; y < labels_.ny(); ++y) {
+      if (y % kRowsPerCheckpoint == 0) checkpoint();
       for (int i = y * nx + 1; i < (y + 1) * nx; ++i) {
         // The first pixel of a hole has labels above and to the left.
         if (p[i] == 0 && p[i - 1] > 0 && p[i - nx] > 0) fill(i);

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <numeric>
 
 #include "orva/detect/octave_grids.h"
 #include "orva/detect/star_shape.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -16,6 +18,7 @@ constexpr float kSameCenter = 0.15F;  // distance as a share of the radius
 constexpr float kSameRadius = 0.1F;
 constexpr float kReach = 1.1F;  // outlines whose centers are farther apart, in sums of their radii,
                                 // are not compared
+constexpr std::size_t kCandidatesPerCheckpoint = 1024;
 
 bool contains(const Candidate& c, float x, float y) {
   const float dx = x - c.seedX;
@@ -59,16 +62,23 @@ float overlapShare(const Candidate& a, const Candidate& b) {
   return inside / all;
 }
 
-std::vector<Candidate> withoutDuplicates(std::vector<Candidate> candidates) {
-  std::stable_sort(candidates.begin(), candidates.end(),
-                   [](const Candidate& a, const Candidate& b) {
-                     const double va = a.measures[kPathValue];
-                     const double vb = b.measures[kPathValue];
-                     return va != vb ? va > vb : isBefore(a, b);
-                   });
+std::vector<Candidate> withoutDuplicates(const std::vector<Candidate>& candidates) {
+  checkpoint();
+  std::vector<std::size_t> order(candidates.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t i, std::size_t j) {
+    const Candidate& a = candidates[i];
+    const Candidate& b = candidates[j];
+    const double va = a.measures[kPathValue];
+    const double vb = b.measures[kPathValue];
+    return va != vb ? va > vb : isBefore(a, b);
+  });
+  checkpoint();
   std::vector<Candidate> kept;
   OctaveGrids grids;
-  for (const Candidate& c : candidates) {
+  for (std::size_t n = 0; n < order.size(); ++n) {
+    if (n % kCandidatesPerCheckpoint == 0) checkpoint();
+    const Candidate& c = candidates[order[n]];
     const float reach = std::max(1.0F, kSameCenter * c.radius);
     const bool isKnown = grids.anyNear(c.x, c.y, reach, 0.0F, [&](std::size_t k) {
       const Candidate& other = kept[k];
@@ -91,9 +101,12 @@ std::vector<std::size_t> withoutOverlaps(const std::vector<Candidate>& candidate
     const Candidate& b = candidates[j];
     return a.logit != b.logit ? a.logit > b.logit : isBefore(a, b);
   });
+  checkpoint();
   std::vector<std::size_t> kept;
   OctaveGrids grids;
-  for (const std::size_t i : order) {
+  for (std::size_t n = 0; n < order.size(); ++n) {
+    if (n % kCandidatesPerCheckpoint == 0) checkpoint();
+    const std::size_t i = order[n];
     const Candidate& c = candidates[i];
     if (!(c.logit >= minLogit)) break;
     const bool isTaken = grids.anyNear(c.x, c.y, kReach * c.radius, kReach,

@@ -13,7 +13,7 @@ namespace orva::detect {
 float overlapShare(const Candidate& a, const Candidate& b);
 
 // Of outlines with nearly the same centroid and radius the one of the highest path value.
-std::vector<Candidate> withoutDuplicates(std::vector<Candidate> candidates);
+std::vector<Candidate> withoutDuplicates(const std::vector<Candidate>& candidates);
 
 // Greedy selection: in the order of descending logits (equal ones in raster order), each candidate
 // of at least `minLogit` is kept unless it overlaps one that is kept already. The indices of the

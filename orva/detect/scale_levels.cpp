@@ -61,6 +61,7 @@ void clampImpulsesOfRow(const std::vector<float>& from, int nx, int ny, int y, f
 // Moves each pixel into the range of its eight neighbours, so that single outliers (hot pixels,
 // salt and pepper) vanish while edges stay.
 void clampImpulses(std::vector<float>& plane, int nx, int ny) {
+  checkpoint();
   const std::vector<float> from = plane;
   parallelParts(rowParts(nx, ny), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
     for (int y = static_cast<int>(begin); y < end; ++y) {
@@ -98,6 +99,7 @@ std::vector<float> finitePlane(const Image& img) {
 std::vector<float> stretchedPlane(const Image& img) {
   std::vector<float> plane = finitePlane(img);
   if (plane.empty()) return plane;
+  checkpoint();
   std::vector<float> calm = plane;
   clampImpulses(calm, img.nx(), img.ny());
   const std::size_t last = calm.size() - 1;
@@ -113,6 +115,20 @@ std::vector<float> stretchedPlane(const Image& img) {
                    }
                  });
   return plane;
+}
+
+// The sum of valueOf(v) over all v, in their order.
+template <class T, class ValueOf>
+double sumOf(const std::vector<T>& values, const ValueOf& valueOf) {
+  const Parts parts(static_cast<std::ptrdiff_t>(values.size()), kPixelsPerTask);
+  double sum = 0;
+  for (std::size_t k = 0; k < parts.count(); ++k) {
+    checkpoint();
+    for (std::ptrdiff_t i = parts.begin(k); i < parts.end(k); ++i) {
+      sum += valueOf(values[static_cast<std::size_t>(i)]);
+    }
+  }
+  return sum;
 }
 
 // The means of 2 x 2 pixels; an odd last row or column is dropped.
@@ -150,7 +166,7 @@ float noiseOf(const ScaleLevel& level) {
       }
     }
   });
-  const double sum = std::accumulate(response.begin(), response.end(), 0.0);
+  const double sum = sumOf(response, [](float r) { return static_cast<double>(r); });
   const double byMedian = 1.4826 * orderStatistic(response, response.size() / 2);
   const double byMean = 0.5 * sum / static_cast<double>(response.size());
   return std::max(static_cast<float>(std::max(byMedian, byMean)), kMinNoise);
@@ -166,8 +182,9 @@ void addGradients(ScaleLevel& level) {
     Gradient* to = level.gradients.data() + begin;
     for (std::ptrdiff_t i = begin; i < end; ++i) *to++ = {dx.pixels()[i], dy.pixels()[i]};
   });
-  double sum = 0;
-  for (const Gradient& g : level.gradients) sum += std::sqrt(g.x * g.x + g.y * g.y);
+  const double sum = sumOf(level.gradients, [](const Gradient& g) {
+    return static_cast<double>(std::sqrt(g.x * g.x + g.y * g.y));
+  });
   level.meanGradient = static_cast<float>(sum / static_cast<double>(level.gradients.size()));
 }
 

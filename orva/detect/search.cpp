@@ -292,7 +292,7 @@ std::vector<Candidate> candidatesOf(const std::vector<ScaleLevel>& levels,
       if (next && isSame(*next, c) && range.contains(next->radius)) c = *next;
     }
   });
-  return withoutDuplicates(std::move(found));
+  return withoutDuplicates(found);
 }
 
 Selection selected(std::vector<Candidate> candidates, std::optional<float> radius,

@@ -4,12 +4,16 @@
 #include <cmath>
 #include <cstddef>
 
+#include "orva/util/parallel_for.h"
+
 namespace orva::detect {
 namespace {
 
 constexpr float kMinSignal = 3.0F;     // of an edge, in standard deviations of the gradient's noise
 constexpr float kMinMeanShare = 0.3F;  // of an edge, of the mean gradient
 constexpr float kTan225 = 0.41421356F;
+constexpr int kRowsPerPoll = 64;
+constexpr std::size_t kEdgesPerPoll = 1 << 14;
 
 // How the votes of a band are cast and read.
 struct BandShape {
@@ -35,6 +39,7 @@ void smoothBinomially(std::vector<float>& votes, int nx, int ny, int times) {
   };
   for (int k = 0; k < times; ++k) {
     for (int y = 0; y < ny; ++y) {
+      if (y % kRowsPerPoll == 0) checkpoint();
       const float* in = votes.data() + std::ptrdiff_t{y} * nx;
       float* out = rows.data() + std::ptrdiff_t{y} * nx;
       out[0] = weigh(in[0], in[0], in[1]);
@@ -42,6 +47,7 @@ void smoothBinomially(std::vector<float>& votes, int nx, int ny, int times) {
       out[nx - 1] = weigh(in[nx - 2], in[nx - 1], in[nx - 1]);
     }
     for (int y = 0; y < ny; ++y) {
+      if (y % kRowsPerPoll == 0) checkpoint();
       const float* at = rows.data() + std::ptrdiff_t{y} * nx;
       const float* before = y > 0 ? at - nx : at;
       const float* after = y + 1 < ny ? at + nx : at;
@@ -68,30 +74,49 @@ bool isMaximum(const std::vector<float>& votes, int nx, int ny, int x, int y, in
   return true;
 }
 
+// The edge pixels of a row that is not at the border, with their magnitudes as weights.
+void addEdgesOfRow(const ScaleLevel& level, const std::vector<float>& magnitudes, float threshold,
+                   int y, std::vector<EdgePixel>& edges) {
+  const int nx = level.nx;
+  const std::ptrdiff_t row = std::ptrdiff_t{y} * nx;
+  for (int x = 1; x + 1 < nx; ++x) {
+    const float* m = magnitudes.data() + row + x;
+    if (!(*m > threshold)) continue;
+    const Gradient& g = level.gradients[static_cast<std::size_t>(row + x)];
+    const int stepX = std::fabs(g.x) > kTan225 * std::fabs(g.y) ? (g.x > 0 ? 1 : -1) : 0;
+    const int stepY = std::fabs(g.y) > kTan225 * std::fabs(g.x) ? (g.y > 0 ? 1 : -1) : 0;
+    const std::ptrdiff_t step = std::ptrdiff_t{stepY} * nx + stepX;
+    if (m[step] > *m || m[-step] > *m) continue;
+    edges.push_back({x, y, g.x / *m, g.y / *m, *m});
+  }
+}
+
 }  // namespace
 
 std::vector<EdgePixel> edgePixels(const ScaleLevel& level) {
-  const int nx = level.nx;
   const float threshold =
       std::max(kMinSignal * level.gradientNoise, kMinMeanShare * level.meanGradient);
   std::vector<float> magnitudes(level.gradients.size());
-  std::transform(level.gradients.begin(), level.gradients.end(), magnitudes.begin(), magnitude);
-  std::vector<EdgePixel> edges;
-  double sum = 0;
-  for (int y = 1; y + 1 < level.ny; ++y) {
-    const std::ptrdiff_t row = std::ptrdiff_t{y} * nx;
-    for (int x = 1; x + 1 < nx; ++x) {
-      const float* m = magnitudes.data() + row + x;
-      if (!(*m > threshold)) continue;
-      const Gradient& g = level.gradients[static_cast<std::size_t>(row + x)];
-      const int stepX = std::fabs(g.x) > kTan225 * std::fabs(g.y) ? (g.x > 0 ? 1 : -1) : 0;
-      const int stepY = std::fabs(g.y) > kTan225 * std::fabs(g.x) ? (g.y > 0 ? 1 : -1) : 0;
-      const std::ptrdiff_t step = std::ptrdiff_t{stepY} * nx + stepX;
-      if (m[step] > *m || m[-step] > *m) continue;
-      edges.push_back({x, y, g.x / *m, g.y / *m, *m});
-      sum += std::sqrt(*m);
+  parallelPixels(static_cast<std::ptrdiff_t>(magnitudes.size()),
+                 [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+                   std::transform(level.gradients.begin() + begin, level.gradients.begin() + end,
+                                  magnitudes.begin() + begin, magnitude);
+                 });
+  const Parts parts = rowParts(level.nx, level.ny);
+  std::vector<std::vector<EdgePixel>> found(parts.count());
+  parallelFor(parts.count(), [&](std::size_t k) {
+    const auto end = static_cast<int>(std::min<std::ptrdiff_t>(parts.end(k), level.ny - 1));
+    for (int y = std::max(1, static_cast<int>(parts.begin(k))); y < end; ++y) {
+      addEdgesOfRow(level, magnitudes, threshold, y, found[k]);
     }
+  });
+  std::vector<EdgePixel> edges;
+  for (const std::vector<EdgePixel>& part : found) {
+    edges.insert(edges.end(), part.begin(), part.end());
   }
+  checkpoint();
+  double sum = 0;
+  for (const EdgePixel& e : edges) sum += std::sqrt(e.weight);
   if (edges.empty()) return edges;
   // A weak edge counts by its strength, a strong one hardly more than a typical one.
   const double meanRoot = sum / static_cast<double>(edges.size());
@@ -107,7 +132,9 @@ std::vector<Seed> seeds(const ScaleLevel& level, const std::vector<EdgePixel>& e
   const BandShape shape = shapeOf(band);
   const float sign = polarity == Polarity::Bright ? 1.0F : -1.0F;
   std::vector<float> votes(level.pixels.size(), 0.0F);
-  for (const EdgePixel& e : edges) {
+  for (std::size_t k = 0; k < edges.size(); ++k) {
+    if (k % kEdgesPerPoll == 0) checkpoint();
+    const EdgePixel& e = edges[k];
     for (int r = shape.nearest; r <= shape.farthest; ++r) {
       const float reach = sign * static_cast<float>(r);
       const int x = static_cast<int>(std::floor(static_cast<float>(e.x) + e.dx * reach + 0.5F));
@@ -120,6 +147,7 @@ std::vector<Seed> seeds(const ScaleLevel& level, const std::vector<EdgePixel>& e
   smoothBinomially(votes, nx, ny, shape.smoothing);
   std::vector<Seed> found;
   for (int y = 0; y < ny; ++y) {
+    if (y % kRowsPerPoll == 0) checkpoint();
     for (int x = 0; x < nx; ++x) {
       const float v = votes[static_cast<std::size_t>(std::ptrdiff_t{y} * nx + x)];
       if (v > shape.threshold && isMaximum(votes, nx, ny, x, y, shape.reach)) {

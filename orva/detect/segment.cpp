@@ -73,8 +73,10 @@ Polarity polarityOf(const std::vector<ScaleLevel>& levels, const Image& img,
 image<float> smoothed(const ScaleLevel& level, Polarity polarity) {
   image<float> plane(level.nx, level.ny, 1, 1, 1);
   const float sign = polarity == Polarity::Bright ? 1.0F : -1.0F;
-  std::transform(level.pixels.begin(), level.pixels.end(), plane.pixels(),
-                 [sign](float v) { return sign * v; });
+  parallelPixels(plane.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    std::transform(level.pixels.begin() + begin, level.pixels.begin() + end, plane.pixels() + begin,
+                   [sign](float v) { return sign * v; });
+  });
   return scalespace::gaussian(plane, kSmoothing, 0, 0, 0);
 }
 
@@ -166,7 +168,9 @@ struct Extents {
 Extents extentsOf(const image<int>& labels, std::size_t n) {
   Extents e{std::vector<int>(n + 1), std::vector<bool>(n + 1)};
   const int* p = labels.pixels();
+  constexpr int kRowsPerCheckpoint = 64;
   for (int y = 0; y < labels.ny(); ++y) {
+    if (y % kRowsPerCheckpoint == 0) checkpoint();
     for (int x = 0; x < labels.nx(); ++x, ++p) {
       const auto label = static_cast<std::size_t>(*p);
       ++e.areas[label];
@@ -189,8 +193,10 @@ std::vector<std::size_t> keepLabels(image<int>& labels, std::size_t n, Keeps kee
     renumbered[k + 1] = static_cast<int>(kept.size());
   }
   if (kept.size() < n) {
-    std::transform(labels.pixels(), labels.pixels() + labels.npix(), labels.pixels(),
-                   [&](int label) { return renumbered[static_cast<std::size_t>(label)]; });
+    parallelPixels(labels.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      std::transform(labels.pixels() + begin, labels.pixels() + end, labels.pixels() + begin,
+                     [&](int label) { return renumbered[static_cast<std::size_t>(label)]; });
+    });
   }
   return kept;
 }

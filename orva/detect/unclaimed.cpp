@@ -7,6 +7,7 @@
 #include "orva/detect/elementary.h"
 #include "orva/detect/measure.h"
 #include "orva/detect/quantile.h"
+#include "orva/util/parallel_for.h"
 
 namespace orva::detect {
 namespace {
@@ -23,17 +24,25 @@ image<unsigned char> stepsToLabels(const image<int>& labels) {
   const auto lower = [](unsigned char& step, unsigned char neighbour) {
     step = std::min(step, static_cast<unsigned char>(neighbour + 1));
   };
-  std::transform(labels.pixels(), labels.pixels() + labels.npix(), steps.pixels(),
-                 [](int label) { return static_cast<unsigned char>(label > 0 ? 0 : kBeyond); });
-  for (int y = 0; y < ny; ++y) {
-    unsigned char* const p = row(y);
-    for (int x = 1; x < nx; ++x) lower(p[x], p[x - 1]);
-    for (int x = nx - 1; x > 0; --x) lower(p[x - 1], p[x]);
-    for (int x = 0; x < nx && y > 0; ++x) lower(p[x], row(y - 1)[x]);
-  }
-  for (int y = ny - 1; y > 0; --y) {
-    for (int x = 0; x < nx; ++x) lower(row(y - 1)[x], row(y)[x]);
-  }
+  // Along the rows, then along the columns.
+  parallelParts(rowParts(nx, ny), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (int y = static_cast<int>(begin); y < end; ++y) {
+      unsigned char* const p = row(y);
+      const int* const label = labels.pixels() + std::ptrdiff_t{y} * nx;
+      std::transform(label, label + nx, p,
+                     [](int k) { return static_cast<unsigned char>(k > 0 ? 0 : kBeyond); });
+      for (int x = 1; x < nx; ++x) lower(p[x], p[x - 1]);
+      for (int x = nx - 1; x > 0; --x) lower(p[x - 1], p[x]);
+    }
+  });
+  parallelParts(rowParts(ny, nx), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (int y = 1; y < ny; ++y) {
+      for (std::ptrdiff_t x = begin; x < end; ++x) lower(row(y)[x], row(y - 1)[x]);
+    }
+    for (int y = ny - 1; y > 0; --y) {
+      for (std::ptrdiff_t x = begin; x < end; ++x) lower(row(y - 1)[x], row(y)[x]);
+    }
+  });
   return steps;
 }
 
@@ -54,6 +63,7 @@ bool setStandard(const image<float>& plane, const image<int>& labels,
   std::vector<float> background;
   const int stride = std::max(1, labels.npix() / kSampledBackground);
   for (int i = 0; i < labels.npix(); ++i) {
+    if (i % kPixelsPerTask == 0) checkpoint();
     if (label[i] > 0) {
       regions[static_cast<std::size_t>(label[i] - 1)].push_back(plane.pixels()[i]);
     } else if (i % stride == 0 && steps.pixels()[i] == kBeyond) {
@@ -61,12 +71,16 @@ bool setStandard(const image<float>& plane, const image<int>& labels,
     }
   }
   if (background.empty()) return false;
+  std::vector<float> regionMedians(regions.size());
+  parallelFor(regions.size(), [&](std::size_t k) {
+    if (!regions[k].empty()) regionMedians[k] = quantile(regions[k], 0.5);
+  });
   std::vector<float> areas;
   std::vector<float> medians;
-  for (std::vector<float>& region : regions) {
-    if (region.empty()) continue;
-    areas.push_back(static_cast<float>(region.size()));
-    medians.push_back(quantile(region, 0.5));
+  for (std::size_t k = 0; k < regions.size(); ++k) {
+    if (regions[k].empty()) continue;
+    areas.push_back(static_cast<float>(regions[k].size()));
+    medians.push_back(regionMedians[k]);
   }
   r.medianArea = static_cast<double>(quantile(areas, 0.5));
   r.background = quantile(background, 0.5);
@@ -86,11 +100,14 @@ class Components {
  public:
   Components(const image<float>& plane, const image<unsigned char>& steps, const Standard& r)
       : labels_(plane.nx(), plane.ny(), 1, 1, 1) {
-    for (int i = 0; i < plane.npix(); ++i) {
-      if (steps.pixels()[i] > 1 && plane.pixels()[i] > r.threshold) labels_.pixels()[i] = kOpen;
-    }
+    parallelPixels(plane.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+      for (std::ptrdiff_t i = begin; i < end; ++i) {
+        if (steps.pixels()[i] > 1 && plane.pixels()[i] > r.threshold) labels_.pixels()[i] = kOpen;
+      }
+    });
     int n = 0;
     for (int i = 0; i < labels_.npix(); ++i) {
+      if (i % kPixelsPerTask == 0) checkpoint();
       if (labels_.pixels()[i] != kOpen) continue;
       gather(i);
       const auto area = static_cast<double>(pixels_.size());
@@ -178,19 +195,24 @@ std::vector<Object> labelUnclaimed(const image<float>& plane, image<int>& labels
   const std::vector<ObjectMeasures> measures = measureObjects(components, plane);
   std::vector<int> renumbered(measures.size() + 1);
   int n = *std::max_element(labels.pixels(), labels.pixels() + labels.npix());
-  for (const ObjectMeasures& m : measures) {
-    if (m.solidity < kMinUnclaimedSolidity ||
-        !hasOwnContrast(plane, labels, components, m, r.background)) {
-      continue;
-    }
+  std::vector<char> standsOut(measures.size());
+  parallelFor(measures.size(), [&](std::size_t k) {
+    standsOut[k] = measures[k].solidity >= kMinUnclaimedSolidity &&
+                   hasOwnContrast(plane, labels, components, measures[k], r.background);
+  });
+  for (std::size_t k = 0; k < measures.size(); ++k) {
+    if (!standsOut[k]) continue;
+    const ObjectMeasures& m = measures[k];
     renumbered[static_cast<std::size_t>(m.label)] = ++n;
     objects.push_back({static_cast<float>(m.centroidColumn), static_cast<float>(m.centroidRow),
                        static_cast<float>(std::sqrt(m.area / kPi)), kUnclaimedScore, 0.0F});
   }
-  for (int i = 0; i < labels.npix(); ++i) {
-    const int label = renumbered[static_cast<std::size_t>(components.pixels()[i])];
-    if (label > 0) labels.pixels()[i] = label;
-  }
+  parallelPixels(labels.npix(), [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    for (std::ptrdiff_t i = begin; i < end; ++i) {
+      const int label = renumbered[static_cast<std::size_t>(components.pixels()[i])];
+      if (label > 0) labels.pixels()[i] = label;
+    }
+  });
   return objects;
 }
 
