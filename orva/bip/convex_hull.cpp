@@ -107,6 +107,7 @@ void fillHulls(image<short>& labels, int n, int precision) {
   // A hull looks at the neighbours of its region's pixels, too. It may see pixels of the hulls
   // before it, so only regions apart from each other are filled at the same time.
   std::vector<Rectangle> bounds;
+  bounds.reserve(features.size());
   for (const RegionFeature& f : features) {
     bounds.push_back({f.xmin - 1, f.ymin - 1, f.xmax + 1, f.ymax + 1});
   }

@@ -187,6 +187,7 @@ image<int> flooded(const image<float>& values, const std::vector<Basin>& basins)
   image<int> labels(values.nx(), values.ny(), 1, 1, 1);
   if (labels.isNull()) return labels;
   std::vector<bip::Rectangle> reaches;
+  reaches.reserve(basins.size());
   for (const Basin& b : basins) reaches.push_back(reachOf(b));
   // Each group floods as if there were no others.
   const auto groups = bip::groupsOf(reaches, labels.nx(), labels.ny());

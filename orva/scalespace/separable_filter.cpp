@@ -86,9 +86,10 @@ class PlaneFilter {
  private:
   std::unique_ptr<Workspace> newWorkspace() const {
     const std::ptrdiff_t radius = alongX_ != nullptr ? alongX_->radius() : 0;
-    return std::make_unique<Workspace>(
-        Workspace{newZeros(windowRows_ * tile_), newZeros(tile_ + 2 * radius)});
-  }
+    auto workspace = std::make_unique<Workspace>();
+    *workspace = {newZeros(windowRows_ * tile_), newZeros(tile_ + 2 * radius)};
+    return workspace;
+  }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the lease destroys it
 
   // So many that the rows filtered twice are few.
   std::ptrdiff_t bandRows() const {
