@@ -197,11 +197,12 @@ std::vector<Object> labelUnclaimed(const image<float>& plane, image<int>& labels
   int n = *std::max_element(labels.pixels(), labels.pixels() + labels.npix());
   std::vector<char> standsOut(measures.size());
   parallelFor(measures.size(), [&](std::size_t k) {
-    standsOut[k] = measures[k].solidity >= kMinUnclaimedSolidity &&
-                   hasOwnContrast(plane, labels, components, measures[k], r.background);
+    const bool does = measures[k].solidity >= kMinUnclaimedSolidity &&
+                      hasOwnContrast(plane, labels, components, measures[k], r.background);
+    standsOut[k] = does ? 1 : 0;
   });
   for (std::size_t k = 0; k < measures.size(); ++k) {
-    if (!standsOut[k]) continue;
+    if (standsOut[k] == 0) continue;
     const ObjectMeasures& m = measures[k];
     renumbered[static_cast<std::size_t>(m.label)] = ++n;
     objects.push_back({static_cast<float>(m.centroidColumn), static_cast<float>(m.centroidRow),
