@@ -8,7 +8,7 @@
 #include <string>
 
 #include "apps/detection_command.h"
-#include "apps/size_option.h"
+#include "formats/size_text.h"
 #include "orva/detect/detect.h"
 
 namespace orva::apps {

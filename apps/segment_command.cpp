@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "apps/input_file.h"
-#include "apps/size_option.h"
 #include "formats/file_error.h"
 #include "formats/image_writer.h"
 #include "formats/overlay.h"
+#include "formats/size_text.h"
 #include "orva/detect/detect.h"
 #include "orva/detect/measure.h"
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "formats/chosen_images.h"
@@ -13,6 +14,7 @@
 #include "formats/image_list.h"
 #include "formats/image_writer.h"
 #include "formats/result_table.h"
+#include "formats/size_text.h"
 #include "python/src/arrays.h"
 #include "python/src/files.h"
 #include "python/src/tables.h"
@@ -42,11 +44,17 @@ std::unique_ptr<ChosenImages> open(const std::string& path, std::optional<int> f
   });
 }
 
-// The pixels and the width and height of one in micrometres.
-py::tuple read(const ChosenImages& images, std::size_t i) {
+// The pixels and the width and height of one in micrometres: `pixelSize`, if given, in the full
+// size of the image.
+py::tuple read(const ChosenImages& images, std::size_t i, std::optional<double> pixelSize) {
   const auto img = unlocked([&] { return images.read(i); });
-  const formats::PixelSize size = images.axesOf(*img).pixelSize;
+  formats::PixelSize size = images.axesOf(*img).pixelSize;
+  if (pixelSize) size.x = size.y = *pixelSize * images.reductionOf(*img);
   return py::make_tuple(arrayOf(*img, {img->ny(), img->nx()}), size.x, size.y);
+}
+
+std::optional<formats::Size> sizeIn(const std::string& text, bool isArea) {
+  return isArea ? formats::areaIn(text) : formats::lengthIn(text);
 }
 
 // A table of one image of a file with its t and z, and the width and height of a pixel.
@@ -89,6 +97,17 @@ void addBatch(py::module_& module) {
            })
       .def("read", read);
   module.def("images_named", imagesNamed);
+  // A length or an area, in pixels or micrometres, and whether it is in these; None for other
+  // texts.
+  module.def("size_in", [](const std::string& text, bool isArea) {
+    const auto size = sizeIn(text, isArea);
+    return size ? std::optional(std::pair(size->value, size->isMetric)) : std::nullopt;
+  });
+  // Of a text that size_in() takes.
+  module.def("size_in_pixels",
+             [](const std::string& text, bool isArea, const std::optional<double>& pixelSize) {
+               return sizeIn(text, isArea).value().inPixels(pixelSize);
+             });
   module.def("objects_as_csv", asCsv<ObjectTable>);
   module.def("regions_as_csv", asCsv<RegionTable>);
   module.def("centers_as_csv", asCsv<CenterTable>);

@@ -279,8 +279,8 @@ def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(imag
         ),
         (["objects.tif", "--out", "o", "--segment"], "rename it"),
         (["a.tif", "--out", "o", "--radius", "9:5"], "the upper radius must be from 9.0"),
-        (["a.tif", "--out", "o", "--radius", "1:2:3"], "must be a radius or a range A:B, not 1:2:3"),
-        (["a.tif", "--out", "o", "--radius", "ten"], "must be a radius or a range A:B, not ten"),
+        (["a.tif", "--out", "o", "--radius", "1:2:3"], "1:2:3 is neither a radius above 0 nor a range"),
+        (["a.tif", "--out", "o", "--radius", "ten"], "ten is neither a radius above 0 nor a range"),
         (["a.tif", "--out", "o", "--min-score", "2"], "min_score must be from 0 to 1"),
         (
             ["a.tif", "--out", "o", "--radius", "9", "--max-radius", "12"],

@@ -126,6 +126,76 @@ def test_labels_know_the_size_of_a_pixel(stack, tmp_path, jobs):
     assert orva.read(tmp_path / "out" / "stack.ome_labels.tif").pixel_size == {"x": 0.5, "y": 0.5}
 
 
+SIZES = [
+    ["--radius", "5um"],
+    ["--radius", "3um:0.008mm"],
+    ["--segment", "--radius", "5um", "--min-area", "40um2", "--max-area", "100um2"],
+    ["--radius", "10um", "--pixel-size", "1"],
+    ["--segment", "--pixel-size", "500nm", "--min-area", "9e-5mm2"],
+]
+
+
+@pytest.mark.parametrize("options", SIZES)
+def test_sizes_in_micrometres_are_those_of_the_command(stack, tmp_path, command, jobs, options):
+    ours, theirs = tmp_path / "ours", tmp_path / "theirs"
+    planes = ["--channel", "GFP", "--z", "all"]
+    (result,) = jobs(stack, "--out", ours, *options, *planes)
+    assert result.error == ""
+    name = "segment" if "--segment" in options else "find"
+    told = [option for option in options if option != "--segment"]
+    command(name, "--quiet", "--out", theirs, *told, *planes, stack)
+    assert without_seconds(ours / "summary.csv") == without_seconds(theirs / "summary.csv")
+    same_files(ours, theirs, "stack.ome.csv")
+    assert jobs(stack, "--out", ours, *options, *planes)[0].skipped
+
+
+def test_each_image_has_its_own_pixels(tmp_path, jobs):
+    paths = []
+    for k, size in enumerate((0.5, 0.75)):
+        paths.append(tmp_path / f"{k}.ome.tif")
+        tifffile.imwrite(paths[-1], np.maximum(disc(30, 30, 8), disc(80, 50, 12)), metadata={
+            "axes": "YX", "PhysicalSizeX": size, "PhysicalSizeY": size})
+    results = jobs(*paths, "--out", tmp_path / "out", "--radius", "5um:7um")
+    radii = [[float(row["radius"]) for row in rows(result.table)] for result in results]
+    assert radii == [[pytest.approx(12, abs=0.5)], [pytest.approx(8, abs=0.5)]]
+
+
+@pytest.mark.parametrize("more", [[], ["--same-settings"]])
+def test_micrometres_need_a_known_size(tmp_path, jobs, more):
+    plain = tmp_path / "plain.pgm"
+    orva.write(plain, disc(40, 40))
+    words = "has no known size of square pixels; give --pixel-size, or sizes in pixels without a unit"
+    for options in (["--radius", "5um"], ["--segment", "--min-area", "5um2"]):
+        (result,) = jobs(plain, "--out", tmp_path / "out", *options, *more)
+        assert result.error == f"{plain}: {words}"
+        assert _jobs.estimate(_jobs.Job(str(plain), str(tmp_path / "e.csv"), dict(
+            batch_command._settings(batch_command._parser().parse_args(
+                [str(plain), "--out", "o", *options]))[0]))).error == f"{plain}: {words}"
+    (result,) = jobs(plain, "--out", tmp_path / "out", "--radius", "4.5um", "--pixel-size", "500nm", *more)
+    assert result.error == ""
+    (row,) = rows(result.table)
+    assert float(row["radius_um"]) == pytest.approx(float(row["radius"]) / 2, abs=1e-3)
+
+
+@pytest.mark.parametrize("options, message", [
+    (["--radius", "5us"], "5us is neither a radius above 0 nor a range A:B of radii"),
+    (["--radius", "0um"], "0um is neither a radius above 0"),
+    (["--radius", "1um:5"], "1um:5 is neither a radius above 0"),
+    (["--radius", "5um:1um"], "5um:1um is neither a radius above 0"),
+    (["--pixel-size", "0"], "0 is not a length above 0, such as 0.25um"),
+    (["--segment", "--min-area", "5um"], "5um is neither a number nor an area such as 50um2"),
+    (["--segment", "--min-area", "5um2", "--max-area", "9"],
+     "--min-area must have a unit if --max-area has one"),
+    (["--segment", "--min-area", "5um2", "--max-area", "4um2"], "--min-area must not exceed --max-area"),
+    (["--pixel-size", "1", "--power", "0.5"], "--power belongs to the voting and --pixel-size does not"),
+])
+def test_wrong_sizes_are_usage_errors(capsys, options, message):
+    with pytest.raises(SystemExit) as ended:
+        batch_command.main(["a.tif", "--out", "out", *options])
+    assert ended.value.code == 2
+    assert message in capsys.readouterr().err
+
+
 def test_labels_of_times_that_are_left_out_go(stack, tmp_path, jobs):
     out = tmp_path / "out"
     jobs(stack, "--out", out, "--segment", "--channel", "0")

@@ -30,6 +30,7 @@ from ._jobs import (
     planes_of_settings,
     run,
     settings_of_regions,
+    without_units,
 )
 from ._summary import summary_files, write_summary
 
@@ -64,15 +65,41 @@ def _number_or_word(text: str) -> int | str:
     return int(text) if text.isdecimal() else text
 
 
-def _radius(text: str) -> float | list[float]:
-    """A radius, or a range A:B of them as a list, which is also how JSON holds it."""
+def _radius(text: str) -> float | list[float] | str:
+    """A radius, or a range A:B of them as a list, which is also how JSON holds it.
+
+    With a unit it stays a text, which in_pixels() converts for each image.
+    """
+    parts = text.split(":")
+    sizes = [size for part in parts if (size := _orva.size_in(part, False)) is not None]
+    if len(sizes) == len(parts) == 1 and sizes[0][0] > 0:
+        return text if sizes[0][1] else float(text)
+    if len(sizes) == len(parts) == 2:
+        (low, is_metric), (high, is_high_metric) = sizes
+        if low <= high and is_metric == is_high_metric:
+            return text if is_metric else [float(part) for part in parts]
+    raise argparse.ArgumentTypeError(
+        f"{text} is neither a radius above 0 nor a range A:B of radii"
+    )
+
+
+def _area(text: str) -> float | str:
+    """An area in pixels; with a unit a text, as _radius()."""
+    size = _orva.size_in(text, True)
+    if size is not None and size[1]:
+        return text
     try:
-        values = [float(v) for v in text.split(":")]
+        return float(text)
     except ValueError:
-        values = []
-    if len(values) not in (1, 2):
-        raise argparse.ArgumentTypeError(f"must be a radius or a range A:B, not {text}")
-    return values if len(values) == 2 else values[0]
+        raise argparse.ArgumentTypeError(f"{text} is neither a number nor an area such as 50um2") from None
+
+
+def _pixel_size(text: str) -> float:
+    """In micrometres, with and without a unit."""
+    size = _orva.size_in(text, False)
+    if size is None or not size[0] > 0:
+        raise argparse.ArgumentTypeError(f"{text} is not a length above 0, such as 0.25um")
+    return size[0]
 
 
 def _parser() -> argparse.ArgumentParser:
@@ -104,7 +131,10 @@ def _parser() -> argparse.ArgumentParser:
     )
     find = parser.add_argument_group("finding", "as for orva find")
     find.add_argument(
-        "--radius", type=_radius, metavar="R|A:B", help="typical radius, or a range of the radii"
+        "--radius",
+        type=_radius,
+        metavar="R|A:B",
+        help="typical radius in pixels, or with a unit such as um, or a range of the radii",
     )
     find.add_argument("--min-score", type=float, metavar="S", help="default 0.5")
     find.add_argument(
@@ -113,6 +143,12 @@ def _parser() -> argparse.ArgumentParser:
         default=None,
         help="one estimate over all images, then the same radius and polarity for each",
     )
+    find.add_argument(
+        "--pixel-size",
+        type=_pixel_size,
+        metavar="S",
+        help="of a pixel, in micrometres unless it has a unit; default what the file says",
+    )
     regions = parser.add_argument_group("regions", "as for orva segment")
     regions.add_argument(
         "--segment",
@@ -120,8 +156,10 @@ def _parser() -> argparse.ArgumentParser:
         default=None,
         help="label and measure the pixels of each object",
     )
-    regions.add_argument("--min-area", type=float, metavar="N", help="leave out smaller ones, in pixels")
-    regions.add_argument("--max-area", type=float, metavar="N", help="leave out larger ones, in pixels")
+    for option, those in (("--min-area", "smaller"), ("--max-area", "larger")):
+        regions.add_argument(
+            option, type=_area, metavar="N", help=f"leave out {those} ones, in pixels or as 50um2"
+        )
     regions.add_argument(
         "--exclude-border",
         action="store_true",
@@ -161,7 +199,7 @@ def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], Method]:
     given = {k: v for k, v in vars(arguments).items() if k not in others and v is not None}
     common = PLANE_SETTINGS | {"polarity"}
     of_regions = given.keys() & REGION_SETTINGS
-    of_find = given.keys() & {"radius", "min_score", "same_settings", "segment"} | of_regions
+    of_find = given.keys() & {"radius", "min_score", "pixel_size", "same_settings", "segment"} | of_regions
     of_vote = given.keys() - of_find - common
     if given.get("polarity") == "both":
         of_vote.add("polarity both")
@@ -176,8 +214,21 @@ def _settings(arguments: argparse.Namespace) -> tuple[dict[str, Any], Method]:
     if method == "vote":
         complete(checked)
     else:
-        settings_of_regions(checked)
+        _require_order(checked)
+        settings_of_regions(without_units(checked))
     return given, method
+
+
+def _require_order(settings: dict[str, Any]) -> None:
+    """Raises ValueError for areas of which only one has a unit or the lower one is the larger."""
+    low, high = settings.get("min_area"), settings.get("max_area")
+    if low is None or high is None:
+        return
+    sizes = [_orva.size_in(area, True) for area in (low, high) if isinstance(area, str)]
+    if len(sizes) == 1:
+        raise ValueError("--min-area must have a unit if --max-area has one")
+    if sizes and sizes[0] > sizes[1]:
+        raise ValueError("--min-area must not exceed --max-area")
 
 
 def _option(name: str) -> str:

@@ -35,6 +35,8 @@ _NO_ANSWER = 70  # a status with which the library never exits
 
 REGION_SETTINGS = frozenset(field.name for field in dataclasses.fields(SegmentSettings))
 
+_AREAS = {"radius": False, "min_area": True, "max_area": True}  # the settings that may have units
+
 PLANE_SETTINGS = frozenset({"frame", "channel", "z", "time", "series", "level"})
 
 Method = Literal["find", "segment", "vote"]
@@ -322,9 +324,33 @@ def _write_record(job: Job, record: dict[str, Any]) -> None:
 
 
 def planes_of_settings(settings: dict[str, Any]) -> tuple[PlaneOptions, dict[str, Any]]:
-    """Which planes are read, and the settings without that; raises as read()."""
+    """Which planes are read, and the settings without that and the size of a pixel; raises as read()."""
     planes = {name: settings[name] for name in settings.keys() & PLANE_SETTINGS}
-    return plane_options(**planes), {k: v for k, v in settings.items() if k not in PLANE_SETTINGS}
+    others = settings.keys() - PLANE_SETTINGS - {"pixel_size"}
+    return plane_options(**planes), {name: settings[name] for name in settings if name in others}
+
+
+def _has_unit(settings: dict[str, Any], name: str) -> bool:
+    return name in _AREAS and isinstance(settings[name], str)
+
+
+def without_units(settings: dict[str, Any]) -> dict[str, Any]:
+    """The settings that need no size of a pixel."""
+    return {name: value for name, value in settings.items() if not _has_unit(settings, name)}
+
+
+def _in_pixels(job: Job, settings: dict[str, Any], x: float | None, y: float | None) -> dict[str, Any]:
+    """The settings for pixels of a width and height in micrometres."""
+    result = without_units(settings)
+    pixel_size = _orva.square_pixel_size(x, y)
+    try:
+        for name in settings.keys() - result.keys():
+            parts = settings[name].split(":")
+            sizes = [_orva.size_in_pixels(part, _AREAS[name], pixel_size) for part in parts]
+            result[name] = sizes[0] if len(sizes) == 1 else sizes
+    except _orva.FileError as error:
+        raise OSError(f"{job.image}: {error}") from None
+    return result
 
 
 def _open(job: Job) -> tuple[_orva.ChosenImages, dict[str, Any]]:
@@ -339,7 +365,7 @@ def _open(job: Job) -> tuple[_orva.ChosenImages, dict[str, Any]]:
 
 def _read(job: Job, images: _orva.ChosenImages, i: int) -> tuple[Pixels, float | None, float | None]:
     try:
-        return images.read(i)
+        return images.read(i, job.settings.get("pixel_size"))
     except _orva.FileError as error:
         raise OSError(f"{job.image}: {error}") from None
 
@@ -371,7 +397,7 @@ def _run(job: Job) -> Result:
     content = b""
     for i, (t, z, ending, fragment) in enumerate(places):
         plane, x, y = _read(job, images, i)
-        found = _METHODS[job.method](plane, settings)
+        found = _METHODS[job.method](plane, _in_pixels(job, settings, x, y))
         parts.append((found.table, t, z, x, y))
         if found.labels is not None:
             path = job.labels(ending)
@@ -423,8 +449,8 @@ def _estimate(job: Job) -> Result:
         if record["estimate"]["origin"] == origin:
             return Result(job.image, skipped=True, used=_estimate_in(record["estimate"]["used"]))
     images, settings = _open(job)
-    plane = _read(job, images, 0)[0]
-    told = settings_of_regions(settings)[0]
+    plane, x, y = _read(job, images, 0)
+    told = settings_of_regions(_in_pixels(job, settings, x, y))[0]
     is_large = max(plane.shape) > MAX_SIDE
     used = estimate_in_tiles(plane, told) if is_large else search(plane, told)[1]
     record["estimate"] = {"origin": origin, "used": dataclasses.asdict(used)}

@@ -1,11 +1,11 @@
-// Lengths and areas on the command line: in pixels, or with a metric unit.
-#ifndef ORVA_APPS_SIZE_OPTION_H
-#define ORVA_APPS_SIZE_OPTION_H
+// Lengths and areas as options give them: in pixels, or with a metric unit.
+#ifndef ORVA_FORMATS_SIZE_TEXT_H
+#define ORVA_FORMATS_SIZE_TEXT_H
 
 #include <optional>
 #include <string>
 
-namespace orva::apps {
+namespace orva::formats {
 
 struct Size {
   double value;  // in pixels or, if isMetric, in micrometres; of an area in squares of them
@@ -22,6 +22,6 @@ struct Size {
 std::optional<Size> lengthIn(const std::string& text);
 std::optional<Size> areaIn(const std::string& text);
 
-}  // namespace orva::apps
+}  // namespace orva::formats
 
 #endif

@@ -1,4 +1,4 @@
-#include "apps/size_option.h"
+#include "formats/size_text.h"
 
 #include <charconv>
 #include <cmath>
@@ -8,7 +8,7 @@
 #include "formats/file_error.h"
 #include "formats/length_unit.h"
 
-namespace orva::apps {
+namespace orva::formats {
 namespace {
 
 // A finite number of at least 0 at the start of `text`, and what follows it.
@@ -32,7 +32,7 @@ std::optional<Size> sizeIn(const std::string& text, int dimension) {
     if (!unit.ends_with('2')) return std::nullopt;
     unit.remove_suffix(1);
   }
-  const std::optional<double> factor = formats::micrometresPer(unit);
+  const std::optional<double> factor = micrometresPer(unit);
   if (!factor) return std::nullopt;
   const double micrometres = *metric * std::pow(*factor, dimension);
   return std::isfinite(micrometres) ? std::optional(Size{micrometres, true, dimension})
@@ -44,7 +44,7 @@ std::optional<Size> sizeIn(const std::string& text, int dimension) {
 float Size::inPixels(const std::optional<double>& pixelSize) const {
   if (!isMetric) return static_cast<float>(value);
   if (!pixelSize) {
-    throw formats::FileError(
+    throw FileError(
         "has no known size of square pixels; give --pixel-size, or sizes in pixels without a unit");
   }
   return static_cast<float>(value / std::pow(*pixelSize, dimension));
@@ -54,4 +54,4 @@ std::optional<Size> lengthIn(const std::string& text) { return sizeIn(text, 1); 
 
 std::optional<Size> areaIn(const std::string& text) { return sizeIn(text, 2); }
 
-}  // namespace orva::apps
+}  // namespace orva::formats
