@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/input_file.h"
+#include "formats/chosen_images.h"
 #include "formats/file_error.h"
+#include "formats/image_file.h"
 #include "formats/image_source.h"
 #include "formats/image_writer.h"
 #include "formats/plane_choice.h"
@@ -39,67 +42,112 @@ ConvertCommand::ConvertCommand(CommandLine& line)
   addPlaneOptions(planes_, kSlicesKept);
   options().addFlag("--stretch", stretch_,
                     "Map the range of grey pixels to 0..255, whatever the format");
+  options().addFlag("--keep-type", keepsType_,
+                    "Keep unsigned 16 bits in PNG, too, where the values would fit 8 bits");
   addThreadsOption();
 }
 
 namespace {
 
+using Colour16 = GenericRgb<std::uint16_t>;
+
+void append(std::vector<Colour16>& pixels, const Raster& raster) {
+  const std::size_t samples = raster.pixelBytes() / sizeof(std::uint16_t);
+  for (std::size_t y = 0; y < raster.height(); ++y) {
+    const auto* from = reinterpret_cast<const std::uint16_t*>(raster.row(y));
+    for (std::size_t x = 0; x < raster.width(); ++x, from += samples) {
+      pixels.push_back({from[0], from[1], from[2]});
+    }
+  }
+}
+
+bool isColour16(const Raster& raster) {
+  return raster.isColour() && raster.type() == SampleType::kUint16;
+}
+
 // The pixels of planes in colour of 16 bits, which no image of the library holds.
-std::vector<GenericRgb<std::uint16_t>> colour16(const ImageSource& source, const KeptPlanes& planes,
-                                                int level, int& nx, int& ny) {
-  std::vector<GenericRgb<std::uint16_t>> pixels;
+std::vector<Colour16> colour16(const ImageSource& source, const KeptPlanes& planes, int level,
+                               int& nx, int& ny) {
+  std::vector<Colour16> pixels;
   for (const PlanarImage& image : planes.images) {
     const int page = planes.axes.pageOf({image.c, image.z.value_or(0), image.t});
     const auto raster = source.readRaster(page, level);
-    if (!raster->isColour() || raster->type() != SampleType::kUint16 ||
+    if (!isColour16(*raster) ||
         (!pixels.empty() && (raster->width() != static_cast<std::size_t>(nx) ||
                              raster->height() != static_cast<std::size_t>(ny)))) {
       throw FileError("its pages differ in size or pixel type; choose one with --frame");
     }
     nx = static_cast<int>(raster->width());
     ny = static_cast<int>(raster->height());
-    const std::size_t samples = raster->pixelBytes() / sizeof(std::uint16_t);
-    for (std::size_t y = 0; y < raster->height(); ++y) {
-      const auto* from = reinterpret_cast<const std::uint16_t*>(raster->row(y));
-      for (std::size_t x = 0; x < raster->width(); ++x, from += samples) {
-        pixels.push_back({from[0], from[1], from[2]});
-      }
-    }
+    append(pixels, *raster);
   }
   return pixels;
 }
 
 }  // namespace
 
+// The name of the file, or one of the format that standard output has.
+std::string ConvertCommand::nameOfResult() const {
+  return isStandardStream(output_) ? output_ + extension() : output_;
+}
+
+std::string ConvertCommand::extension() const {
+  return std::string(".").append(format_.value_or("tif"));
+}
+
+void ConvertCommand::writeColour16(const std::vector<Colour16>& pixels, int nx, int ny,
+                                   const ImageAxes& axes) const {
+  std::vector<FileContent> files = encodeColour16(nameOfResult(), pixels, nx, ny, axes);
+  files.front().path = output_;
+  writeResults(std::move(files));
+}
+
+void ConvertCommand::writeGreyOrBytes(const orva::Image& img, const ImageAxes& axes,
+                                      bool isUnsigned16) const {
+  writeResults(encodeResult(output_, extension(), img, stretch_ ? Fit::kStretched : Fit::kExactly,
+                            {axes, isUnsigned16, keepsType_}));
+}
+
+void ConvertCommand::convertFrame(const std::string& file, ColourUse colour) const {
+  const int frame = *planes_.frame;
+  const std::optional<Raster> raster = readFrameRaster(file, frame);
+  const ChosenImages place(file, planes_.chosen());
+  if (raster && isColour16(*raster) && !stretch_ && holdsColour16(nameOfResult())) {
+    const auto img = raster->toImage(ColourUse::kLuminance);
+    std::vector<Colour16> pixels;
+    append(pixels, *raster);
+    writeColour16(pixels, img->nx(), img->ny(), place.axesOf(*img));
+    return;
+  }
+  const auto img = raster ? raster->toImage(colour) : readImageFile(file, frame, colour);
+  writeGreyOrBytes(*img, place.axesOf(*img), raster && raster->type() == SampleType::kUint16);
+}
+
 void ConvertCommand::convert() const {
-  const Fit fit = stretch_ ? Fit::kStretched : Fit::kExactly;
-  const std::string extension = std::string(".").append(format_.value_or("tif"));
-  const std::string name = isStandardStream(output_) ? output_ + extension : output_;
+  const std::string name = nameOfResult();
   const ColourUse colour = holdsColour(name) ? ColourUse::kKept : ColourUse::kKeptIfBytes;
   const InputFile file(input_);
   if (planes_.frame) {
-    const auto img = readImageFile(file.path(), *planes_.frame, colour);
-    writeResults(encodeResult(output_, extension, *img, fit));
+    convertFrame(file.path(), colour);
     return;
   }
   const ImageSource source(file.path(), planes_.series);
-  const KeptPlanes planes = keepPlanes(source.axes(), planes_.chosen().planes);
-  if (fit == Fit::kExactly && holdsColour16(name) && source.isColour16() &&
-      planes.images.front().z) {
+  KeptPlanes planes = keepPlanes(source.axes(), planes_.chosen().planes);
+  if (!stretch_ && holdsColour16(name) && source.isColour16() && planes.images.front().z) {
     int nx = 0;
     int ny = 0;
     const auto pixels = colour16(source, planes, planes_.level, nx, ny);
-    std::vector<FileContent> files = encodeColour16(name, pixels, nx, ny, planes.kept);
-    files.front().path = output_;
-    writeResults(std::move(files));
+    planes.kept.pixelSize = source.pixelSizeAt(nx);
+    writeColour16(pixels, nx, ny, planes.kept);
     return;
   }
   PlaneStack stack;
   for (const PlanarImage& image : planes.images) {
     stack.add(readPlanar(source, planes.axes, image, planes_.level, colour));
   }
-  writeResults(
-      encodeResult(output_, extension, *stack.take(), fit, {planes.kept, source.isUnsigned16()}));
+  const auto img = stack.take();
+  planes.kept.pixelSize = source.pixelSizeAt(img->nx());
+  writeGreyOrBytes(*img, planes.kept, source.isUnsigned16());
 }
 
 int ConvertCommand::run() {

@@ -2,8 +2,10 @@
 #ifndef ORVA_APPS_CONVERT_COMMAND_H
 #define ORVA_APPS_CONVERT_COMMAND_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/subcommand.h"
 
@@ -17,12 +19,20 @@ class ConvertCommand : public Subcommand {
 
  private:
   void convert() const;
+  void convertFrame(const std::string& file, formats::ColourUse colour) const;
+  void writeColour16(const std::vector<orva::GenericRgb<std::uint16_t>>& pixels, int nx, int ny,
+                     const formats::ImageAxes& axes) const;
+  void writeGreyOrBytes(const orva::Image& img, const formats::ImageAxes& axes,
+                        bool isUnsigned16) const;
+  std::string nameOfResult() const;
+  std::string extension() const;
 
   std::string input_;
   std::string output_;
   std::optional<std::string> format_;
   PlaneOptions planes_;
   bool stretch_ = false;
+  bool keepsType_ = false;
 };
 
 }  // namespace orva::apps

@@ -9,6 +9,7 @@
 #include "apps/input_file.h"
 #include "formats/file_error.h"
 #include "formats/image_writer.h"
+#include "formats/kept_type.h"
 #include "orva/scalespace/scalespace.h"
 
 namespace orva::apps {
@@ -86,6 +87,9 @@ FilterCommand::FilterCommand(CommandLine& line)
       .required()
       .check(writableFile({".tif", ".tiff", ".iht", ".ics"}))
       .valueText("FILE REQUIRED");
+  options().addFlag("--keep-type", keepsType_,
+                    "Round the result to the pixel type of the image, such as unsigned 16 bits; "
+                    "that of colour and of means stays in floats");
   addPlaneOptions(planes_, kSlicesAsVolume);
   addThreadsOption();
 }
@@ -95,15 +99,19 @@ int FilterCommand::run() {
   return statusOf(input_, [this] {
     const InputImages images(input_, planes_, InputImages::Slices::kVolume);
     requireOnePicture(images.count(), output_);
+    const bool isUnsigned16 = keepsType_ && images.isUnsigned16();
     for (std::size_t i = 0; i < images.count(); ++i) {
       const std::unique_ptr<Image> img = images.read(i);
       const bool needsStack = operation_.find('z') != std::string::npos;
       if (needsStack && img->nframes() == 1) {
         throw FileError("has one plane, and " + operation_ + " needs a stack");
       }
+      const Result result = operationNamed(operation_).apply(*img, sigma_);
+      const std::unique_ptr<Image> kept(keepsType_ ? inTypeOf(*img, result, isUnsigned16)
+                                                   : std::make_unique<Result>(result));
+      const bool isKept16 = isUnsigned16 && kept->format() == orva::INT;
       writeResults(encodeResult(withEnding(output_, endingOf(images.placeOf(i))).string(), ".tif",
-                                operationNamed(operation_).apply(*img, sigma_), Fit::kExactly,
-                                {images.axesOf(*img)}));
+                                *kept, Fit::kExactly, {images.axesOf(*img), isKept16}));
     }
   });
 }

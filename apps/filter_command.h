@@ -20,6 +20,7 @@ class FilterCommand : public Subcommand {
   float sigma_ = 0.0F;
   std::string output_;
   PlaneOptions planes_;
+  bool keepsType_ = false;
 };
 
 }  // namespace orva::apps

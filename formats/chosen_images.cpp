@@ -53,10 +53,7 @@ ImageAxes ChosenImages::axesOf(const orva::Image& img) const {
   ImageAxes axes;
   axes.nz = img.nframes();
   axes.areKnown = axes.nz == 1 || (source_ && source_->axes().areKnown);
-  axes.pixelSize = pixelSize();
-  for (std::optional<double>* size : {&axes.pixelSize.x, &axes.pixelSize.y}) {
-    if (*size) **size *= reductionOf(img);
-  }
+  axes.pixelSize = source_ ? source_->pixelSizeAt(img.nx()) : pixelSize();
   if (axes.nz == 1) axes.pixelSize.z.reset();
   return axes;
 }
@@ -73,6 +70,12 @@ std::unique_ptr<orva::Image> ChosenImages::read(std::size_t i) const {
     return readVolume(*source_, selection_.axes, selection_.images[i], level_);
   }
   return readPlanar(*source_, selection_.axes, selection_.images[i], level_);
+}
+
+bool ChosenImages::isUnsigned16() const {
+  if (source_) return source_->isUnsigned16();
+  const std::optional<Raster> samples = readFrameRaster(path_, *frame_);
+  return samples && samples->type() == SampleType::kUint16;
 }
 
 std::string endingOf(const ChosenImages::Place& place) {

@@ -45,6 +45,8 @@ class ChosenImages {
   };
   Place placeOf(std::size_t i) const;
   std::unique_ptr<orva::Image> read(std::size_t i) const;
+  // Whether the first page holds unsigned 16-bit samples.
+  bool isUnsigned16() const;
 
   // As the file has it, of the full size; nothing with a frame of a file of unclear axes.
   PixelSize pixelSize() const;

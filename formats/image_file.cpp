@@ -123,4 +123,12 @@ ImagePointer readImageFile(const std::string& path, std::optional<int> frame, Co
   return plane;
 }
 
+std::optional<Raster> readFrameRaster(const std::string& path, int frame) {
+  const FileKind kind = kindOf(path);
+  if (kind == FileKind::kTiff) return readTiffFile(path, frame);
+  if (frame == 0 && kind == FileKind::kPng) return readPngFile(path);
+  if (frame == 0 && kind == FileKind::kPpm) return readPpmFile(path);
+  return std::nullopt;
+}
+
 }  // namespace orva::formats

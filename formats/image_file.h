@@ -25,6 +25,10 @@ FileKind kindOf(const std::string& path);
 std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optional<int> frame,
                                            ColourUse colour);
 
+// The samples of the same frame of a file that holds them in rasters (TIFF, PNG, PPM); none of
+// another file, and none of another frame than 0 of PNG and PPM. Throws as readImageFile().
+std::optional<Raster> readFrameRaster(const std::string& path, int frame);
+
 // Planes on their way to a stack.
 class PlaneStack {
  public:

@@ -83,6 +83,14 @@ void ImageSource::openTiff(const std::string& path, std::optional<int> series) {
   levels_ = tiff_->levels(page);
 }
 
+PixelSize ImageSource::pixelSizeAt(int width) const {
+  PixelSize size = axes_.pixelSize;
+  for (std::optional<double>* each : {&size.x, &size.y}) {
+    if (*each) **each *= static_cast<double>(nx_) / width;
+  }
+  return size;
+}
+
 std::unique_ptr<orva::Image> ImageSource::read(int page, ColourUse colour, int level) const {
   if (level < 0 || level >= (tiff_ ? tiff_->levels(page) : 1)) {
     throw FileError("has no level " + std::to_string(level) + "; there are 0 to " +

@@ -37,6 +37,9 @@ class ImageSource {
   // The number of sizes in which the first plane is stored, the full one first.
   int levels() const { return levels_; }
 
+  // The size of a pixel of an image of this width that was read, at any level.
+  PixelSize pixelSizeAt(int width) const;
+
   // The plane of page `page`, a number in axes().pages, at a level, and no pixels of other pages of
   // a TIFF file. Throws FileError for a page that is damaged or of another size than the first, and
   // for a level that it does not have.

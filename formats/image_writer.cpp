@@ -125,17 +125,19 @@ std::vector<std::uint16_t> samplesOf(const Image& img) {
   return samples;
 }
 
-Files pngFiles(const fs::path& path, const Image& img, Fit fit) {
+Files pngFiles(const fs::path& path, const Image& img, Fit fit, const Origin& origin) {
   requireOnePlane(img, "PNG");
   if (const auto* colour = asColour(img)) {
     return {{path, encodePng(colour->pixels(), img.nx(), img.ny())}};
-  } else if (fit == Fit::kStretched || fits(img, 255.0F)) {
+  }
+  const bool isWide = origin.isUnsigned16 && origin.keepsType;
+  if (fit == Fit::kStretched || (!isWide && fits(img, 255.0F))) {
     return {{path, encodePng(greyBytes(img, fit).pixels(), img.nx(), img.ny())}};
-  } else if (fits(img, kMaxSample)) {
-    return {{path, encodePng(samplesOf(img).data(), img.nx(), img.ny())}};
-  } else {
+  }
+  if (!fits(img, kMaxSample)) {
     throw FileError("has pixels that do not fit 16 bits; --stretch maps their range to 0..255");
   }
+  return {{path, encodePng(samplesOf(img).data(), img.nx(), img.ny())}};
 }
 
 // In one of the pixel types that IHT files are read with.
@@ -213,21 +215,27 @@ Files tiffFiles(const fs::path& path, const Image& img, Fit fit, const Origin& o
   return {{path, encodeTiff(*stretchedIfAsked(img, fit), origin.axes, description)}};
 }
 
-Files plainTiffFiles(const fs::path& path, const Image& img, Fit fit) {
-  return tiffFiles(path, img, fit, {});
-}
+using Encoder = Files (*)(const fs::path&, const Image&, Fit, const Origin&);
 
-using Encoder = Files (*)(const fs::path&, const Image&, Fit);
+// For a format that keeps pixels only.
+template <Files (*encode)(const fs::path&, const Image&, Fit)>
+Files pixelsAlone(const fs::path& path, const Image& img, Fit fit, const Origin& /*origin*/) {
+  return encode(path, img, fit);
+}
 
 struct Format {
   const char* extension;
   Encoder encoder;
 };
 
-constexpr std::array kFormats{Format{".pgm", pgmFiles},        Format{".ppm", ppmFiles},
-                              Format{".png", pngFiles},        Format{".tif", plainTiffFiles},
-                              Format{".tiff", plainTiffFiles}, Format{".iht", ihtFiles},
-                              Format{".uif", uifFiles},        Format{".ics", icsFiles}};
+constexpr std::array kFormats{Format{".pgm", pixelsAlone<pgmFiles>},
+                              Format{".ppm", pixelsAlone<ppmFiles>},
+                              Format{".png", pngFiles},
+                              Format{".tif", tiffFiles},
+                              Format{".tiff", tiffFiles},
+                              Format{".iht", pixelsAlone<ihtFiles>},
+                              Format{".uif", pixelsAlone<uifFiles>},
+                              Format{".ics", pixelsAlone<icsFiles>}};
 
 // Null for an extension that is not known.
 Encoder encoderFor(const std::string& path) {
@@ -243,7 +251,7 @@ Encoder encoderFor(const std::string& path) {
 
 std::vector<FileContent> encodeImage(const std::string& path, const Image& img, Fit fit,
                                      const Origin& origin) {
-  return isTiffName(path) ? tiffFiles(path, img, fit, origin) : encoderFor(path)(path, img, fit);
+  return encoderFor(path)(path, img, fit, origin);
 }
 
 void writeImageFile(const std::string& path, const Image& img, Fit fit, const Origin& origin) {

@@ -21,6 +21,7 @@ enum class Fit { kExactly, kStretched };
 struct Origin {
   ImageAxes axes;             // whose planes are the frames of the image
   bool isUnsigned16 = false;  // whether the samples were unsigned and of 16 bits
+  bool keepsType = false;     // 16 bits in PNG, too, of values that fit 8 bits
 };
 
 // Writes `img` to `path`, whole or not at all: PGM, PPM, PNG, TIFF, IHT, UIF or an ICS pair. Colour
@@ -30,8 +31,8 @@ void writeImageFile(const std::string& path, const orva::Image& img, Fit fit,
                     const Origin& origin = {});
 
 // The files that writeImageFile() would write. TIFF keeps what `origin` says: unsigned 16-bit
-// samples (unless stretched), and the axes: as OME-XML in files named .ome.tif or .ome.tiff, else
-// as ImageJ describes them.
+// samples (unless stretched), which PNG keeps, too, if asked, and the axes: as OME-XML in files
+// named .ome.tif or .ome.tiff, else as ImageJ describes them.
 std::vector<FileContent> encodeImage(const std::string& path, const orva::Image& img, Fit fit,
                                      const Origin& origin = {});
 

@@ -141,7 +141,7 @@ def write(
     image
         Array of 2 to 5 axes, of any real type; truth values become 0 and 255. TIFF keeps the axes,
         the size of a pixel and, if the name ends in .ome.tif, the names of channels that an Image
-        has; and, as PNG, uint16.
+        has; and, as PNG, uint16, whatever the values.
     stretch
         Map the range of pixels to 0..255. Otherwise a format that does not hold the pixels as they
         are is an error.

@@ -100,9 +100,10 @@ py::tuple read(const std::string& path, const std::optional<int>& series,
     add(kept.nt, "t");
     add(kept.nc, "c");
     add(kept.nz, kept.areKnown || planes.axes.areKnown ? "z" : "page");
-    notes.pixelSize = kept.pixelSize;
     notes.channelNames = kept.channelNames;
-    return stack.take();
+    auto result = stack.take();
+    notes.pixelSize = source.pixelSizeAt(result->nx());
+    return result;
   });
   shape.insert(shape.end(), {img->ny(), img->nx()});
   notes.axes.insert(notes.axes.end(), {"y", "x"});
@@ -144,7 +145,7 @@ void write(const std::string& path, const py::array& array, bool stretch, bool i
   const auto img = toImage(array);
   writeOneByOne([&] {
     formats::writeImageFile(path, *img, stretch ? formats::Fit::kStretched : formats::Fit::kExactly,
-                            {axesOf(sizes, pixelSize, channelNames), isUnsigned16});
+                            {axesOf(sizes, pixelSize, channelNames), isUnsigned16, true});
   });
 }
 

@@ -3,6 +3,7 @@
 import itertools
 
 import numpy as np
+import PIL.Image
 import pytest
 import tifffile
 
@@ -270,11 +271,13 @@ def test_what_is_read_is_written_as_it_was(tmp_path, name):
 
 
 def test_unsigned_16_bits_stay(tmp_path):
-    plane = numbered("YX", "uint16") * 90
-    for name in ("a.tif", "a.png"):
-        orva.write(tmp_path / name, plane)
-        np.testing.assert_array_equal(orva.read(tmp_path / name), plane)
-    assert tifffile.imread(tmp_path / "a.tif").dtype == np.uint16
+    for plane in (numbered("YX", "uint16") * 90, numbered("YX", "uint16") % 256):
+        for name in ("a.tif", "a.png"):
+            orva.write(tmp_path / name, plane)
+            np.testing.assert_array_equal(orva.read(tmp_path / name), plane)
+        assert tifffile.imread(tmp_path / "a.tif").dtype == np.uint16
+        with PIL.Image.open(tmp_path / "a.png") as picture:
+            assert picture.mode == "I"  # of 8 bits it would be L
 
 
 @pytest.mark.parametrize("dtype", ["uint8", "uint16"])
@@ -302,12 +305,20 @@ def test_wrong_options_are_refused(tmp_path, option, value, error):
         orva.read(tmp_path / "a.tif", frame=0, z=0)
 
 
-def test_smaller_levels(tmp_path):
+def test_smaller_levels(tmp_path, command):
     full = numbered("YX", "uint8")
     with tifffile.TiffWriter(tmp_path / "a.ome.tif") as out:
         out.write(full, subifds=1, metadata={"axes": "YX"})
         out.write(full[::2, ::2], subfiletype=1)
     np.testing.assert_array_equal(orva.read(tmp_path / "a.ome.tif"), full)
     np.testing.assert_array_equal(orva.read(tmp_path / "a.ome.tif", level=1), full[::2, ::2])
+    with tifffile.TiffWriter(tmp_path / "b.ome.tif") as out:
+        out.write(full, subifds=1, metadata={"axes": "YX", "PhysicalSizeX": 0.5, "PhysicalSizeY": 0.5})
+        out.write(full[::2, ::2], subfiletype=1)
+    assert orva.read(tmp_path / "b.ome.tif").pixel_size == {"x": 0.5, "y": 0.5}
+    smaller = orva.read(tmp_path / "b.ome.tif", level=1)
+    assert smaller.pixel_size == pytest.approx({"x": 33 / 17 / 2, "y": 33 / 17 / 2})
+    command("convert", "--level", 1, tmp_path / "b.ome.tif", tmp_path / "c.tif")
+    assert orva.read(tmp_path / "c.tif").pixel_size == pytest.approx(smaller.pixel_size)
     with pytest.raises(OSError, match="has no level 2; there are 0 to 1"):
         orva.read(tmp_path / "a.ome.tif", level=2)

@@ -149,6 +149,46 @@ TEST_F(ConvertCommand, WideColourIsKeptByPngAndTiffAlone) {
                                 "has colour of other samples than bytes"));
 }
 
+TEST_F(ConvertCommand, AFrameKeeps16Bits) {
+  const Content c = randomContent(USHORT, {6, 3, 4}, 0, 65535, 78);
+  writeContent(box / "in.tif", c);
+  for (const std::string to : {"out.tif", "out.png"}) {
+    EXPECT_TRUE(succeeded(convert("in.tif", to, {"--frame", "2"})));
+    EXPECT_EQ(readContent(box / to), c.plane(2));
+  }
+  const Picture colour{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
+  TiffFile(box / "wide.tif").page(colour, {.bits = 16, .photometric = PHOTOMETRIC_RGB});
+  for (const std::string to : {"out.tif", "out.png"}) {
+    EXPECT_TRUE(succeeded(convert("wide.tif", "all" + to)));
+    EXPECT_TRUE(succeeded(convert("wide.tif", to, {"--frame", "0"})));
+    EXPECT_EQ(box.read(to), box.read("all" + to));
+  }
+}
+
+TEST_F(ConvertCommand, KeepTypeGivesPng16Bits) {
+  for (const double high : {200.0, 255.0, 256.0}) {
+    const Content wide = randomContent(USHORT, {6, 3, 1}, 0, high, 79);
+    writeContent(box / "in.tif", wide);
+    for (const auto& options : {Arguments{}, Arguments{"--frame", "0"}}) {
+      Arguments kept = options;
+      kept.emplace_back("--keep-type");
+      EXPECT_TRUE(succeeded(convert("in.tif", "kept.png", kept)));
+      EXPECT_EQ(readContent(box / "kept.png"), wide);
+      EXPECT_TRUE(succeeded(convert("in.tif", "plain.png", options)));
+      const Content plain = readContent(box / "plain.png");
+      EXPECT_EQ(plain.type, high > 255 ? USHORT : BYTE);
+      EXPECT_EQ(plain.values, wide.values);
+      // From PNG to PNG, too.
+      EXPECT_TRUE(succeeded(convert("kept.png", "again.png", kept)));
+      EXPECT_EQ(readContent(box / "again.png"), wide);
+    }
+    std::filesystem::remove(box / "in.tif");
+  }
+  writeContent(box / "in.tif", randomContent(BYTE, {6, 3, 1}, 0, 255, 79));
+  EXPECT_TRUE(succeeded(convert("in.tif", "kept.png", {"--keep-type"})));
+  EXPECT_EQ(readContent(box / "kept.png").type, BYTE);
+}
+
 TEST_F(ConvertCommand, WideColourBecomesLuminanceWhereThereIsNoColour) {
   const Picture picture{2, 1, 3, {1, 2, 300, 4, 5, 65535}};
   TiffFile(box / "wide.tif").page(picture, {.bits = 16, .photometric = PHOTOMETRIC_RGB});

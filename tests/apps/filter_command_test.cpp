@@ -1,4 +1,6 @@
 // Filters of the command against the library's own.
+#include <array>
+#include <cmath>
 #include <cstring>
 
 #include "orva/scalespace/scalespace.h"
@@ -155,6 +157,79 @@ TEST_F(FilterCommand, DerivativesAlongTheFramesNeedAStack) {
         filter("stack.tif", operation.name, "1", "out.iht", {"--frame", "1"}), "stack.tif", words));
   }
   EXPECT_EQ(box.names(), (std::vector<std::string>{"flat.pgm", "stack.tif"}));
+}
+
+// The largest and the smallest value of each type whose samples are held in its own width.
+TEST_F(FilterCommand, KeptTypeIsThatOfTheImage) {
+  const auto held = [](ImageFormat type) -> std::array<double, 2> {
+    switch (type) {
+      case BYTE:
+        return {0, 255};
+      case USHORT:
+        return {0, 65535};
+      case SHORT:
+        return {-32768, 32767};
+      default:
+        return {0, 60000};
+    }
+  };
+  unsigned seed = 70;
+  for (const auto type : {BYTE, SHORT, USHORT, INT, UINT, FLOAT}) {
+    for (const Sizes& sizes : {Sizes{13, 9, 1}, Sizes{6, 5, 3}}) {
+      SCOPED_TRACE(type);
+      const auto [low, high] = held(type);
+      const Content content = randomContent(type, sizes, low, high, seed++);
+      writeContent(box / "in.tif", content);
+      const FloatImage smooth = scalespace::smooth(*AsImage(content), 1.5F, 1.0F);
+      Content expected{type, sizes.width, sizes.height, sizes.planes, {}};
+      for (int i = 0; i < smooth.npix(); ++i) {
+        const float v = smooth.pixels()[i];
+        expected.values.push_back(type == FLOAT ? v : std::round(v));
+      }
+      ASSERT_TRUE(succeeded(filter("in.tif", "smooth", "1.5", "out.tif", {"--keep-type"})));
+      EXPECT_EQ(readContent(box / "out.tif"), expected);
+      // IHT files have no unsigned pixels but bytes.
+      if (type == USHORT || type == UINT) expected.type = INT;
+      ASSERT_TRUE(succeeded(filter("in.tif", "smooth", "1.5", "out.iht", {"--keep-type"})));
+      EXPECT_EQ(readContent(box / "out.iht"), expected);
+      for (const std::string name : {"out.tif", "out.iht"}) std::filesystem::remove(box / name);
+    }
+  }
+}
+
+TEST_F(FilterCommand, KeptTypeOfAFrame) {
+  const Content content = randomContent(USHORT, {6, 5, 3}, 0, 65535, 80);
+  writeContent(box / "in.tif", content);
+  ASSERT_TRUE(
+      succeeded(filter("in.tif", "smooth", "1", "out.tif", {"--keep-type", "--frame", "1"})));
+  const Content frame = readContent(box / "out.tif");
+  EXPECT_EQ(frame.type, USHORT);
+  const FloatImage smooth = scalespace::smooth(*AsImage(content.plane(1)), 1.0F, 1.0F);
+  for (int i = 0; i < smooth.npix(); ++i) {
+    EXPECT_EQ(frame.values[static_cast<std::size_t>(i)], std::round(smooth.pixels()[i]));
+  }
+}
+
+TEST_F(FilterCommand, ResultsBeyondTheKeptTypeFail) {
+  writeContent(box / "in.tif", {USHORT, 3, 1, 1, {0, 65535, 0}});
+  writeContent(box / "bytes.tif", {BYTE, 3, 1, 1, {255, 255, 255}});
+  EXPECT_TRUE(failedWithOneLine(filter("in.tif", "dx", "1", "out.tif", {"--keep-type"}), "in.tif",
+                                "has a result of -"));
+  EXPECT_TRUE(failedWithOneLine(
+      filter("in.tif", "dx", "1", "out.tif", {"--keep-type"}), "in.tif",
+      "which its pixel type, unsigned 16-bit, does not hold; leave out --keep-type for floats"));
+  // Small sigmas change the brightness.
+  EXPECT_TRUE(failedWithOneLine(filter("bytes.tif", "smooth", "0.1", "out.tif", {"--keep-type"}),
+                                "bytes.tif", "unsigned 8-bit"));
+  EXPECT_FALSE(std::filesystem::exists(box / "out.tif"));
+}
+
+TEST_F(FilterCommand, KeptTypeOfColourIsThatOfItsLuminance) {
+  const Content colour = randomContent(RGB, {9, 6, 1}, 0, 255, 81);
+  writeContent(box / "in.tif", colour);
+  ASSERT_TRUE(succeeded(filter("in.tif", "smooth", "1", "kept.tif", {"--keep-type"})));
+  ASSERT_TRUE(succeeded(filter("in.tif", "smooth", "1", "out.tif")));
+  EXPECT_EQ(box.read("kept.tif"), box.read("out.tif"));
 }
 
 TEST_F(FilterCommand, PagesThatDifferFail) {
