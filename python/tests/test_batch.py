@@ -265,7 +265,7 @@ def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(imag
         (["a.tif"], "--out"),
         (["a.tif", "--out", "o", "--max-radius", "0"], "max_radius must be from 1 to 1000"),
         (["a.tif", "--out", "o", "--polarity", "grey"], "polarity must be one of"),
-        (["a.tif", "--out", "o", "--radius", "0"], "radius must be from 0.1"),
+        (["a.tif", "--out", "o", "--radius", "0"], "0 is neither a radius above 0 nor a range"),
         (["a.tif", "--out", "o", "--min-area", "20"], "--min-area goes with --segment"),
         (["a.tif", "--out", "o", "--exclude-border"], "--exclude-border goes with --segment"),
         (
@@ -278,7 +278,7 @@ def test_an_image_without_enough_memory_is_recorded_and_the_others_are_done(imag
             "--max-radius belongs to the voting and --segment does not; give one of them",
         ),
         (["objects.tif", "--out", "o", "--segment"], "rename it"),
-        (["a.tif", "--out", "o", "--radius", "9:5"], "the upper radius must be from 9.0"),
+        (["a.tif", "--out", "o", "--radius", "9:5"], "9:5 is neither a radius above 0 nor a range"),
         (["a.tif", "--out", "o", "--radius", "1:2:3"], "1:2:3 is neither a radius above 0 nor a range"),
         (["a.tif", "--out", "o", "--radius", "ten"], "ten is neither a radius above 0 nor a range"),
         (["a.tif", "--out", "o", "--min-score", "2"], "min_score must be from 0 to 1"),
