@@ -70,12 +70,12 @@ std::vector<Colour16> colour16(const ImageSource& source, const KeptPlanes& plan
                                int& nx, int& ny) {
   std::vector<Colour16> pixels;
   for (const PlanarImage& image : planes.images) {
-    const int page = planes.axes.pageOf({image.c, image.z.value_or(0), image.t});
+    const int page = requiredPage(planes.axes, {image.c, image.z.value_or(0), image.t});
     const auto raster = source.readRaster(page, level);
     if (!isColour16(*raster) ||
         (!pixels.empty() && (raster->width() != static_cast<std::size_t>(nx) ||
                              raster->height() != static_cast<std::size_t>(ny)))) {
-      throw FileError("its pages differ in size or pixel type; choose one with --frame");
+      failForPages();
     }
     nx = static_cast<int>(raster->width());
     ny = static_cast<int>(raster->height());
@@ -113,10 +113,11 @@ void ConvertCommand::convertFrame(const std::string& file, ColourUse colour) con
   const std::optional<Raster> raster = readFrameRaster(file, frame);
   const ChosenImages place(file, planes_.chosen());
   if (raster && isColour16(*raster) && !stretch_ && holdsColour16(nameOfResult())) {
-    const auto img = raster->toImage(ColourUse::kLuminance);
     std::vector<Colour16> pixels;
     append(pixels, *raster);
-    writeColour16(pixels, img->nx(), img->ny(), place.axesOf(*img));
+    const auto nx = static_cast<int>(raster->width());
+    const auto ny = static_cast<int>(raster->height());
+    writeColour16(pixels, nx, ny, place.axesOf(nx, ny));
     return;
   }
   const auto img = raster ? raster->toImage(colour) : readImageFile(file, frame, colour);
@@ -133,11 +134,16 @@ void ConvertCommand::convert() const {
   }
   const ImageSource source(file.path(), planes_.series);
   KeptPlanes planes = keepPlanes(source.axes(), planes_.chosen().planes);
+  const auto keepSizeAt = [&](int nx, int ny) {
+    const PixelSize size = source.pixelSizeOf(nx, ny);
+    planes.kept.pixelSize.x = size.x;
+    planes.kept.pixelSize.y = size.y;
+  };
   if (!stretch_ && holdsColour16(name) && source.isColour16() && planes.images.front().z) {
     int nx = 0;
     int ny = 0;
     const auto pixels = colour16(source, planes, planes_.level, nx, ny);
-    planes.kept.pixelSize = source.pixelSizeAt(nx);
+    keepSizeAt(nx, ny);
     writeColour16(pixels, nx, ny, planes.kept);
     return;
   }
@@ -145,8 +151,8 @@ void ConvertCommand::convert() const {
   for (const PlanarImage& image : planes.images) {
     stack.add(readPlanar(source, planes.axes, image, planes_.level, colour));
   }
-  const auto img = stack.take();
-  planes.kept.pixelSize = source.pixelSizeAt(img->nx());
+  const std::unique_ptr<Image> img = stack.take();
+  keepSizeAt(img->nx(), img->ny());
   writeGreyOrBytes(*img, planes.kept, source.isUnsigned16());
 }
 

@@ -15,6 +15,7 @@
 #include "apps/input_file.h"
 #include "apps/progress.h"
 #include "formats/file_error.h"
+#include "formats/image_file.h"
 #include "formats/image_list.h"
 #include "formats/output_file.h"
 #include "formats/size_text.h"
@@ -122,11 +123,40 @@ void DetectionCommand::checkFiles() const {
   if (outDirectory_) {
     results.push_back(fs::path(*outDirectory_) / "summary.csv");
     for (const std::string& image : images_) {
-      const std::vector<fs::path> files = batchFiles(image);
+      const std::vector<fs::path> files =
+          mayShareNames(image) ? numberedFiles(image) : batchFiles(image);
       results.insert(results.end(), files.begin(), files.end());
     }
   }
   requireSeparate(inputs(), results);
+}
+
+bool DetectionCommand::mayShareNames(const std::string& image) const {
+  const std::string stem = stemOf(image);
+  return std::any_of(images_.begin(), images_.end(), [&](const std::string& other) {
+    const std::string name = stemOf(other);
+    const std::string& shorter = name.size() < stem.size() ? name : stem;
+    const std::string& longer = name.size() < stem.size() ? stem : name;
+    const std::string rest = longer.starts_with(shorter) ? longer.substr(shorter.size()) : "";
+    return rest.starts_with("_t") || rest.starts_with("_z");
+  });
+}
+
+std::vector<fs::path> DetectionCommand::numberedFiles(const std::string& image) const {
+  const std::vector<fs::path> single = batchFiles(image);
+  try {
+    if (isStandardStream(image) || kindOf(image) != FileKind::kTiff) return single;
+    const InputImages images(image, planes_);
+    std::vector<fs::path> files{single.front()};
+    for (std::size_t i = 0; i < images.count(); ++i) {
+      for (auto other = single.begin() + 1; other != single.end(); ++other) {
+        files.push_back(withEnding(*other, endingOf(images.placeOf(i))));
+      }
+    }
+    return files;
+  } catch (const FileError&) {
+    return single;  // reported when the image's turn comes
+  }
 }
 
 std::vector<fs::path> DetectionCommand::batchFiles(const std::string& image) const {
@@ -188,7 +218,6 @@ std::string DetectionCommand::workOn(const std::string& file,
   auto start = std::chrono::steady_clock::now();
   const InputImages images(file, planes_);
   show(file, images.note());
-  if (usesMicrometres_ && !pixelSizeText_) show(file, oblongNote(images.pixelSize()));
   for (const std::optional<fs::path>& each : files) {
     if (each) requireOnePicture(images.count(), each->string());
   }
@@ -199,7 +228,8 @@ std::string DetectionCommand::workOn(const std::string& file,
   for (std::size_t i = 0; i < images.count(); ++i) {
     const std::unique_ptr<Image> img = images.read(i);
     const PixelSize size = pixelSizesOf(images, *img);
-    Input input{file, *img, i, images.placeOf(i), size, squarePixelSize(size), stem, files};
+    if (i == 0 && !pixelSizeText_) show(file, oblongNote(size));
+    Input input{file, images, *img, i, images.placeOf(i), size, squarePixelSize(size), stem, files};
     const std::string ending = endingOf(input.place);
     if (input.stem) *input.stem += ending;
     for (std::optional<fs::path>& each : input.files) {
@@ -210,7 +240,7 @@ std::string DetectionCommand::workOn(const std::string& file,
     contents = std::move(findings.files);
     // Those of several images would fill the memory.
     if (images.count() > 1) {
-      requireNoInputs(contents);
+      requireNoInputs(inputs(), contents);
       writeFiles(contents);
       contents.clear();
     }
@@ -228,17 +258,6 @@ std::string DetectionCommand::workOn(const std::string& file,
   if (!table) print(text, "the table");
   for (const auto& [name, report] : reports) show(name, report);
   return summary;
-}
-
-// For files whose names the command line does not tell.
-void DetectionCommand::requireNoInputs(const std::vector<FileContent>& files) const {
-  for (const FileContent& file : files) {
-    for (const std::string& input : inputs()) {
-      if (!isStandardStream(input) && resolvedPath(input) == resolvedPath(file.path)) {
-        throw FileError("a result would replace the input " + input);
-      }
-    }
-  }
 }
 
 void DetectionCommand::workOnOne() const {

@@ -28,6 +28,7 @@ class DetectionCommand : public Subcommand {
   // An image to work on: one of those that the options choose of a file.
   struct Input {
     std::string file;
+    const InputImages& images;  // of the file
     const Image& img;
     std::size_t index;  // of the image
     InputImages::Place place;
@@ -107,7 +108,6 @@ class DetectionCommand : public Subcommand {
   bool isPrinted() const;
   void workOnOne() const;
   int workOnAll();
-  void requireNoInputs(const std::vector<FileContent>& files) const;
   PixelSize pixelSizesOf(const InputImages& images, const Image& img) const;
   // Writes the results of all images of a file; without `table`, the table goes to standard output.
   // Returns their rows of the summary.
@@ -117,6 +117,10 @@ class DetectionCommand : public Subcommand {
                      const Say& say) const;
   // The files that the results of an image go to in a directory, the table's first.
   std::vector<std::filesystem::path> batchFiles(const std::string& image) const;
+  // Whether the numbers behind the name of this image or another could make their results' names
+  // the same, and the files of such an image with their numbers.
+  bool mayShareNames(const std::string& image) const;
+  std::vector<std::filesystem::path> numberedFiles(const std::string& image) const;
 
   std::string summaryColumns_;
   std::vector<std::string> images_;

@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "apps/input_file.h"
@@ -110,8 +111,11 @@ int FilterCommand::run() {
       const std::unique_ptr<Image> kept(keepsType_ ? inTypeOf(*img, result, isUnsigned16)
                                                    : std::make_unique<Result>(result));
       const bool isKept16 = isUnsigned16 && kept->format() == orva::INT;
-      writeResults(encodeResult(withEnding(output_, endingOf(images.placeOf(i))).string(), ".tif",
-                                *kept, Fit::kExactly, {images.axesOf(*img), isKept16}));
+      std::vector<FileContent> results =
+          encodeResult(withEnding(output_, endingOf(images.placeOf(i))).string(), ".tif", *kept,
+                       Fit::kExactly, {images.axesOf(*img), isKept16});
+      requireNoInputs({input_}, results);
+      writeResults(std::move(results));
     }
   });
 }

@@ -149,7 +149,9 @@ void MeasureCommand::measure() const {
     if (!labels_) continue;
     const std::filesystem::path file = withEnding(*labels_, endingOf(place));
     results = encodeResult(file.string(), ".iht", regions.labels, Fit::kExactly);
-    if (images.count() > 1) writeFiles(results);
+    if (images.count() == 1) continue;
+    requireNoInputs({input_}, results);
+    writeFiles(results);
   }
   if (images.count() > 1) results.clear();  // they have been written
   const std::string table = csvOf(tables);

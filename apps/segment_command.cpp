@@ -79,6 +79,9 @@ void SegmentCommand::check() {
     }
     if (max.value < min.value) throw UsageError("--min-area", "must not exceed --max-area");
   }
+  if (planes().frame && measuredChannel_ && !measured_) {
+    throw UsageError("--measure-channel", "goes with --frame only if --measure names an image");
+  }
   if (measured_ && isBatch()) {
     throw UsageError("--measure", "goes with a single image, without --out");
   }
@@ -96,13 +99,19 @@ std::unique_ptr<Image> SegmentCommand::otherImage(const Input& input) const {
   const auto prefixed = [&](const std::string& text) {
     return "cannot be measured in " + file + ": " + text;
   };
-  PlaneOptions options = planes();
-  if (measured_) options.frame.reset();
-  options.channel = measuredChannel_;
   std::unique_ptr<Image> other;
   try {
-    const InputImages images(file, options);
-    if (input.index < images.count()) other = images.read(input.index);
+    if (measured_) {
+      if (!measuredImages_) {
+        PlaneOptions options = planes();
+        options.frame.reset();
+        options.channel = measuredChannel_;
+        measuredImages_ = std::make_unique<InputImages>(file, options);
+      }
+      if (input.index < measuredImages_->count()) other = measuredImages_->read(input.index);
+    } else {
+      other = input.images.readOfChannel(input.index, *measuredChannel_);
+    }
   } catch (const FileError& error) {
     throw FileError(prefixed(error.what()));
   }

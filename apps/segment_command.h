@@ -34,6 +34,7 @@ class SegmentCommand : public ObjectCommand {
   std::optional<std::string> maxAreaText_;
   std::optional<std::string> measured_;
   std::optional<std::string> measuredChannel_;
+  mutable std::unique_ptr<InputImages> measuredImages_;  // opened for the first of the images
 };
 
 }  // namespace orva::apps

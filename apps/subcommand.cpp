@@ -25,9 +25,10 @@ void Subcommand::addThreadsOption() {
 
 void Subcommand::addPlaneOptions(PlaneOptions& planes, const std::string& zHelp) {
   const Check number = frameNumber();
-  const auto numberOr = [number](std::vector<std::string> words) -> Check {
-    return [number, words = std::move(words)](const std::string& text) {
-      if (std::find(words.begin(), words.end(), text) != words.end() || number(text).empty()) {
+  const Check plane = wholeNumberIn(0, kMaxPlanes - 1);
+  const auto numberOr = [plane](std::vector<std::string> words) -> Check {
+    return [plane, words = std::move(words)](const std::string& text) {
+      if (std::find(words.begin(), words.end(), text) != words.end() || plane(text).empty()) {
         return std::string();
       }
       return text + " is neither a number from 0 nor one of " + joined(words, ", ");
@@ -167,6 +168,17 @@ void requireSeparate(const std::vector<std::string>& inputs, const std::vector<f
   for (const std::string& input : inputs) {
     if (!isStandardStream(input) && taken.contains(resolvedPath(input))) {
       throw UsageError("image", "a result would replace the input " + input);
+    }
+  }
+}
+
+void requireNoInputs(const std::vector<std::string>& inputs,
+                     const std::vector<FileContent>& results) {
+  for (const FileContent& result : results) {
+    for (const std::string& input : inputs) {
+      if (!isStandardStream(input) && resolvedPath(input) == resolvedPath(result.path)) {
+        throw FileError("a result would replace the input " + input);
+      }
     }
   }
 }

@@ -114,6 +114,11 @@ void writeResults(std::vector<FileContent> results);
 void requireSeparate(const std::vector<std::string>& inputs,
                      const std::vector<std::filesystem::path>& results);
 
+// Throws FileError for a result, of a name that the command line does not tell, that would replace
+// an input.
+void requireNoInputs(const std::vector<std::string>& inputs,
+                     const std::vector<FileContent>& results);
+
 }  // namespace orva::apps
 
 #endif

@@ -39,21 +39,28 @@ ChosenImages::Place ChosenImages::placeOf(std::size_t i) const {
            (selection_.axes.nc > 1) + (selection_.axes.nz > 1) + (selection_.axes.nt > 1) > 1}};
 }
 
-PixelSize ChosenImages::pixelSize() const {
-  if (source_) return source_->axes().pixelSize;
+PixelSize ChosenImages::pixelSizeOf(int nx, int ny) const {
+  if (source_) return source_->pixelSizeOf(nx, ny);
   if (kindOf(path_) != FileKind::kTiff) return {};
   try {
-    return ImageSource(path_).axes().pixelSize;
+    // The page may be another image, or a smaller size of the one that is described.
+    const ImageSource described(path_);
+    const bool isOfItsSize = described.nx() == nx && described.ny() == ny;
+    return isOfItsSize ? described.axes().pixelSize : PixelSize{};
   } catch (const FileError&) {
     return {};  // --frame reads a page whatever the file says of its axes
   }
 }
 
 ImageAxes ChosenImages::axesOf(const orva::Image& img) const {
+  return axesOf(img.nx(), img.ny(), img.nframes());
+}
+
+ImageAxes ChosenImages::axesOf(int nx, int ny, int nz) const {
   ImageAxes axes;
-  axes.nz = img.nframes();
+  axes.nz = nz;
   axes.areKnown = axes.nz == 1 || (source_ && source_->axes().areKnown);
-  axes.pixelSize = source_ ? source_->pixelSizeAt(img.nx()) : pixelSize();
+  axes.pixelSize = pixelSizeOf(nx, ny);
   if (axes.nz == 1) axes.pixelSize.z.reset();
   return axes;
 }
@@ -76,6 +83,13 @@ bool ChosenImages::isUnsigned16() const {
   if (source_) return source_->isUnsigned16();
   const std::optional<Raster> samples = readFrameRaster(path_, *frame_);
   return samples && samples->type() == SampleType::kUint16;
+}
+
+std::unique_ptr<orva::Image> ChosenImages::readOfChannel(std::size_t i,
+                                                         const std::string& channel) const {
+  PlanarImage image = selection_.images[i];
+  image.c = numberOfChannel(selection_.axes, channel);
+  return readPlanar(*source_, selection_.axes, image, level_);
 }
 
 std::string endingOf(const ChosenImages::Place& place) {

@@ -44,18 +44,26 @@ class ChosenImages {
     StackPosition position{};
   };
   Place placeOf(std::size_t i) const;
+  // Image `i` below count(). Throws FileError as readPlanar(), readVolume() and, for a frame,
+  // readImageFile().
   std::unique_ptr<orva::Image> read(std::size_t i) const;
   // Whether the first page holds unsigned 16-bit samples.
   bool isUnsigned16() const;
 
-  // As the file has it, of the full size; nothing with a frame of a file of unclear axes.
-  PixelSize pixelSize() const;
-  // The axes of an image that was read, one plane or slices, with the size of its pixels.
+  // The same of another channel, by its number or name. Not for frames.
+  std::unique_ptr<orva::Image> readOfChannel(std::size_t i, const std::string& channel) const;
+
+  // The axes of an image that was read, one plane or slices, with the size of its pixels. A frame
+  // has none in a file of unclear axes, nor if its size is not that of the image that the file
+  // describes.
   ImageAxes axesOf(const orva::Image& img) const;
+  ImageAxes axesOf(int nx, int ny, int nz = 1) const;
   // How many pixels of the full size a pixel of an image that was read covers in each direction.
   double reductionOf(const orva::Image& img) const;
 
  private:
+  PixelSize pixelSizeOf(int nx, int ny) const;
+
   std::string path_;
   std::optional<ImageSource> source_;
   PlaneSelection selection_;

@@ -1,6 +1,5 @@
 #include "formats/image_axes.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <numeric>
@@ -19,8 +18,12 @@ std::vector<int> pagesInOrder(int count) {
   return pages;
 }
 
+// A resolution is a float in the file; its size has the digits that a float has.
 std::optional<double> sizeOf(double resolution, std::string_view unit) {
-  return resolution > 0 ? micrometres(1 / resolution, unit) : std::nullopt;
+  const auto size = resolution > 0 ? micrometres(1 / resolution, unit) : std::nullopt;
+  if (!size) return std::nullopt;
+  const double rounded = parsedDecimal(shortestDecimal(static_cast<float>(*size)));
+  return rounded > 0 && std::isfinite(rounded) ? std::optional(rounded) : size;
 }
 
 // The value behind "\nKEY=" up to the end of the line; "" if there is none.
@@ -37,10 +40,9 @@ std::string_view valueOf(std::string_view description, std::string_view key) {
 
 // A number above 0, or `otherwise`.
 template <class Number>
-Number numberIn(std::string_view text, Number otherwise) {
-  Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size() && value > 0 ? value : otherwise;
+Number positiveIn(std::string_view text, Number otherwise) {
+  const std::optional<Number> value = parsedNumber<Number>(text);
+  return value && *value > 0 ? *value : otherwise;
 }
 
 // ImageJ writes characters beyond ASCII as \uXXXX; the only such units are those of the micrometre
@@ -78,9 +80,9 @@ bool isImageJDescription(std::string_view description) {
 
 ImageAxes imageJAxes(std::string_view description, const PageFacts& facts) {
   ImageAxes axes = axesOfPages(facts);
-  const int nc = numberIn(valueOf(description, "channels"), 1);
-  const int nz = numberIn(valueOf(description, "slices"), 1);
-  const int nt = numberIn(valueOf(description, "frames"), 1);
+  const int nc = positiveIn(valueOf(description, "channels"), 1);
+  const int nz = positiveIn(valueOf(description, "slices"), 1);
+  const int nt = positiveIn(valueOf(description, "frames"), 1);
   const auto planes = static_cast<double>(nc) * nz * nt;
   if (planes == facts.pages) {
     axes.nc = nc;
@@ -91,7 +93,7 @@ ImageAxes imageJAxes(std::string_view description, const PageFacts& facts) {
   }
   const std::string_view unit = unescaped(valueOf(description, "unit"));
   if (!unit.empty()) {
-    const double spacing = numberIn(valueOf(description, "spacing"), 0.0);
+    const double spacing = positiveIn(valueOf(description, "spacing"), 0.0);
     axes.pixelSize = {sizeOf(facts.xResolution, unit), sizeOf(facts.yResolution, unit),
                       micrometres(spacing, unit)};
   }

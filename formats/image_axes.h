@@ -59,8 +59,10 @@ struct ImageAxes {
   std::vector<std::string> channelNames;  // nc of them, "" for a channel without one
   PixelSize pixelSize;
   std::optional<int> bitDepth;  // significant bits of a sample, where the file states them
-  // Width and height that the description states for the pages of this image.
+  // Width and height that the description states for the pages of this image, and the samples per
+  // pixel where it states several.
   std::optional<std::array<int, 2>> statedSize;
+  std::optional<int> statedSamples;
   // The page of the plane (c, z, t) at c + nc * (z + nz * t), counted from 0; -1 where the file
   // has none.
   std::vector<int> pages;
@@ -68,12 +70,9 @@ struct ImageAxes {
   int pageOf(const PlaneIndex& p) const { return pages[placeOf(p, nc, nz)]; }
 };
 
-// What the first page of a TIFF file says apart from its description.
+// What a TIFF file says apart from the description of its first page.
 struct PageFacts {
-  int pages;  // of the file
-  int width;
-  int height;
-  int samplesPerColour;  // samples that one plane interleaves: 1 for grey, 3 or 4 for colour
+  int pages;
   // Pixels per unit along x and y, 0 where not stated, and the unit as the tag has it: "inch",
   // "cm" or "".
   double xResolution = 0;
@@ -81,7 +80,7 @@ struct PageFacts {
   std::string_view resolutionUnit{};
 };
 
-// No file has more planes.
+// No file has more planes or pages.
 inline constexpr int kMaxPlanes = 1 << 24;
 
 // Pages without a description: one plane, or pages of unknown meaning. The resolution counts as the

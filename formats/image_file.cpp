@@ -87,13 +87,17 @@ FileKind kindOf(const std::string& path) {
   throw FileError("is not a PGM, PPM, PNG or TIFF image, nor named .iht or .uif");
 }
 
+void failForPages() {
+  throw FileError("its pages differ in size or pixel type; choose one with --frame");
+}
+
 void PlaneStack::add(ImagePointer plane) {
   constexpr std::size_t kMaxPixels = std::numeric_limits<int>::max();
   planes_.push_back(std::move(plane));
   const orva::Image& first = *planes_.front();
   const orva::Image& last = *planes_.back();
   if (last.format() != first.format() || !last.equalSize(first)) {
-    throw FileError("its pages differ in size or pixel type; choose one with --frame");
+    failForPages();
   }
   if (planes_.size() * static_cast<std::size_t>(first.npix()) > kMaxPixels) {
     throw FileError("the stack is too large");

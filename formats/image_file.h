@@ -29,6 +29,9 @@ std::unique_ptr<orva::Image> readImageFile(const std::string& path, std::optiona
 // another file, and none of another frame than 0 of PNG and PPM. Throws as readImageFile().
 std::optional<Raster> readFrameRaster(const std::string& path, int frame);
 
+// Throws FileError for pages that are no planes of one image.
+[[noreturn]] void failForPages();
+
 // Planes on their way to a stack.
 class PlaneStack {
  public:

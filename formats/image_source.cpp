@@ -14,6 +14,12 @@ namespace {
 
 std::string sizeText(int nx, int ny) { return std::to_string(nx) + " x " + std::to_string(ny); }
 
+// For a file of one image.
+void requireOneImage(std::optional<int> series) {
+  if (series.value_or(0) == 0) return;
+  throw FileError("has no image " + std::to_string(*series) + "; there is only one");
+}
+
 }  // namespace
 
 std::vector<std::string> ImageSource::imagesOf(const std::string& path) {
@@ -29,9 +35,7 @@ ImageSource::ImageSource(const std::string& path, std::optional<int> series) {
     openTiff(path, series);
     return;
   }
-  if (series.value_or(0) != 0) {
-    throw FileError("has no image " + std::to_string(*series) + "; there is only one");
-  }
+  requireOneImage(series);
   int planes = 1;
   if (kind == FileKind::kPng || kind == FileKind::kPpm) {
     raster_ =
@@ -44,25 +48,22 @@ ImageSource::ImageSource(const std::string& path, std::optional<int> series) {
     ny_ = image_->ny();
     planes = image_->nframes();
   }
-  axes_ = axesOfPages({planes, nx_, ny_, 1});
+  axes_ = axesOfPages({planes});
 }
 
 ImageSource::~ImageSource() = default;
 
 void ImageSource::openTiff(const std::string& path, std::optional<int> series) {
   tiff_ = std::make_unique<TiffFile>(path);
-  const TiffFile::PageSize first = tiff_->sizeOf(0);
-  const PageFacts facts{tiff_->pages(),         first.width,          first.height,
-                        first.samples,          tiff_->xResolution(), tiff_->yResolution(),
+  const PageFacts facts{tiff_->pages(), tiff_->xResolution(), tiff_->yResolution(),
                         tiff_->resolutionUnit()};
   const std::string& text = tiff_->description();
   if (isOmeXml(text)) {
     description_ = "OME";
-    axes_ = omeAxes(text, series, facts);
+    axes_ = omeAxes(text, series, facts.pages,
+                    [this](int page) { return tiff_->sizeOf(page).samples; });
   } else {
-    if (series.value_or(0) != 0) {
-      throw FileError("has no image " + std::to_string(*series) + "; there is only one");
-    }
+    requireOneImage(series);
     const bool isImageJ = isImageJDescription(text);
     description_ = isImageJ ? "ImageJ" : "";
     axes_ = isImageJ ? imageJAxes(text, facts) : axesOfPages(facts);
@@ -74,40 +75,57 @@ void ImageSource::openTiff(const std::string& path, std::optional<int> series) {
   const TiffFile::PageSize size = tiff_->sizeOf(page);
   nx_ = size.width;
   ny_ = size.height;
+  const auto failFor = [page](const std::string& stated, const std::string& actual) {
+    throw FileError("is an OME-TIFF file whose OME-XML is wrong: it states " + stated +
+                    ", and page " + std::to_string(page) + " has " + actual);
+  };
   if (axes_.statedSize && *axes_.statedSize != std::array<int, 2>{nx_, ny_}) {
     const auto [statedX, statedY] = *axes_.statedSize;
-    throw FileError("is an OME-TIFF file whose OME-XML is wrong: it states " +
-                    sizeText(statedX, statedY) + " pixels, and page " + std::to_string(page) +
-                    " has " + sizeText(nx_, ny_));
+    failFor(sizeText(statedX, statedY) + " pixels", sizeText(nx_, ny_));
+  }
+  if (axes_.statedSamples && *axes_.statedSamples > size.stored) {
+    failFor(std::to_string(*axes_.statedSamples) + " samples per pixel",
+            std::to_string(size.stored));
   }
   levels_ = tiff_->levels(page);
 }
 
-PixelSize ImageSource::pixelSizeAt(int width) const {
-  PixelSize size = axes_.pixelSize;
-  for (std::optional<double>* each : {&size.x, &size.y}) {
-    if (*each) **each *= static_cast<double>(nx_) / width;
-  }
-  return size;
+void ImageSource::requireLevel(int page, int level) const {
+  if (level == 0 || (level > 0 && tiff_ && level < tiff_->levels(page))) return;
+  throw FileError("has no level " + std::to_string(level) + "; there are 0 to " +
+                  std::to_string(levels_ - 1));
+}
+
+void ImageSource::requireSizeOfFirst(std::size_t nx, std::size_t ny, int level) const {
+  if (level > 0) return;
+  if (nx != static_cast<std::size_t>(nx_) || ny != static_cast<std::size_t>(ny_)) failForPages();
 }
 
 std::unique_ptr<orva::Image> ImageSource::read(int page, ColourUse colour, int level) const {
-  if (level < 0 || level >= (tiff_ ? tiff_->levels(page) : 1)) {
-    throw FileError("has no level " + std::to_string(level) + "; there are 0 to " +
-                    std::to_string(levels_ - 1));
-  }
+  requireLevel(page, level);
   if (raster_) return raster_->toImage(colour);
   if (image_) return std::unique_ptr<orva::Image>(image_->frame(page));
   std::unique_ptr<orva::Image> img = tiff_->read(page, level).toImage(colour);
-  if (level == 0 && (img->nx() != nx_ || img->ny() != ny_)) {
-    throw FileError("its pages differ in size or pixel type; choose one with --frame");
-  }
+  requireSizeOfFirst(static_cast<std::size_t>(img->nx()), static_cast<std::size_t>(img->ny()),
+                     level);
   return img;
 }
 
 std::unique_ptr<Raster> ImageSource::readRaster(int page, int level) const {
-  if (tiff_) return std::make_unique<Raster>(tiff_->read(page, level));
+  requireLevel(page, level);
+  if (tiff_) {
+    auto raster = std::make_unique<Raster>(tiff_->read(page, level));
+    requireSizeOfFirst(raster->width(), raster->height(), level);
+    return raster;
+  }
   return raster_ ? std::make_unique<Raster>(raster_->copy()) : nullptr;
+}
+
+PixelSize ImageSource::pixelSizeOf(int nx, int ny) const {
+  PixelSize size = axes_.pixelSize;
+  if (size.x) *size.x *= static_cast<double>(nx_) / nx;
+  if (size.y) *size.y *= static_cast<double>(ny_) / ny;
+  return size;
 }
 
 bool ImageSource::isUnsigned16() const {

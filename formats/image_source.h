@@ -28,25 +28,28 @@ class ImageSource {
   explicit ImageSource(const std::string& path, std::optional<int> series = {});
   ~ImageSource();
 
+  // The pixel size is that of the full size.
   const ImageAxes& axes() const { return axes_; }
   // Who described the axes: "OME", "ImageJ", or "" for pages without a description.
   const char* description() const { return description_; }
+  // The size of the first plane that the image has, at level 0.
   int nx() const { return nx_; }
   int ny() const { return ny_; }
 
   // The number of sizes in which the first plane is stored, the full one first.
   int levels() const { return levels_; }
 
-  // The size of a pixel of an image of this width that was read, at any level.
-  PixelSize pixelSizeAt(int width) const;
-
   // The plane of page `page`, a number in axes().pages, at a level, and no pixels of other pages of
   // a TIFF file. Throws FileError for a page that is damaged or of another size than the first, and
   // for a level that it does not have.
   std::unique_ptr<orva::Image> read(int page, ColourUse colour, int level = 0) const;
 
-  // The samples of a page of a file that holds them in rasters (TIFF, PNG, PPM), else null.
+  // The samples of a page of a file that holds them in rasters (TIFF, PNG, PPM), else null. Throws
+  // FileError as read().
   std::unique_ptr<Raster> readRaster(int page, int level = 0) const;
+
+  // Of an image with `nx` by `ny` pixels that shows all of a plane, at whatever level.
+  PixelSize pixelSizeOf(int nx, int ny) const;
 
   // Whether the first page holds unsigned 16-bit samples.
   bool isUnsigned16() const;
@@ -55,6 +58,8 @@ class ImageSource {
 
  private:
   void openTiff(const std::string& path, std::optional<int> series);
+  void requireLevel(int page, int level) const;
+  void requireSizeOfFirst(std::size_t nx, std::size_t ny, int level) const;
 
   ImageAxes axes_;
   const char* description_ = "";

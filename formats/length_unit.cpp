@@ -57,8 +57,8 @@ std::optional<double> micrometresPer(std::string_view unit) {
 
 std::optional<double> micrometres(double length, std::string_view unit) {
   const std::optional<double> factor = micrometresPer(unit);
-  if (!factor || !(length > 0) || !std::isfinite(length * *factor)) return std::nullopt;
-  return length * *factor;
+  const double size = factor ? length * *factor : 0;
+  return size > 0 && std::isfinite(size) ? std::optional(size) : std::nullopt;
 }
 
 }  // namespace orva::formats

@@ -12,7 +12,7 @@ namespace orva::formats {
 // "thou", "mil", "ft", "pt". None for other units such as "pixel".
 std::optional<double> micrometresPer(std::string_view unit);
 
-// `length` in micrometres; none for a length that is not above 0 and finite, or another unit.
+// `length` in micrometres; none for another unit, and where the result is not above 0 and finite.
 std::optional<double> micrometres(double length, std::string_view unit);
 
 }  // namespace orva::formats

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -28,11 +27,18 @@ constexpr std::size_t kMaxText = std::size_t{256} << 20U;
   throw FileError("is an OME-TIFF file whose OME-XML is wrong: " + what);
 }
 
+[[noreturn]] void failForValue(const char* name, std::string_view value) {
+  constexpr std::size_t kShown = 40;
+  fail(std::string(name) + " is \"" + firstCharacters(value, kShown) + '"');
+}
+
 // The name without the prefix of its namespace.
 std::string_view localName(const xml_node& node) {
   const std::string_view name = node.name();
   return name.substr(name.find(':') + 1);  // npos + 1 is 0
 }
+
+std::string nameOf(const xml_node& node) { return printableUtf8(node.attribute("Name").value()); }
 
 std::vector<xml_node> childrenOf(const xml_node& node, std::string_view name) {
   std::vector<xml_node> children;
@@ -47,11 +53,8 @@ std::optional<int> numberOf(const xml_node& node, const char* name, int min, int
   const pugi::xml_attribute attribute = node.attribute(name);
   if (!attribute) return std::nullopt;
   const std::string_view text = attribute.value();
-  int value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || value < min || value > max) {
-    fail(std::string(name) + " is \"" + std::string(text.substr(0, 40)) + '"');
-  }
+  const std::optional<int> value = parsedNumber<int>(text);
+  if (!value || *value < min || *value > max) failForValue(name, text);
   return value;
 }
 
@@ -64,11 +67,9 @@ int sizeOf(const xml_node& pixels, const char* name) {
 std::optional<double> pixelSizeOf(const xml_node& pixels, const std::string& axis) {
   const std::string name = "PhysicalSize" + axis;
   const std::string_view text = pixels.attribute(name.c_str()).value();
-  double size = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  const std::optional<double> size = parsedNumber<double>(text);
   const pugi::xml_attribute unit = pixels.attribute((name + "Unit").c_str());
-  return micrometres(size, unit ? unit.value() : "um");
+  return size ? micrometres(*size, unit ? unit.value() : "um") : std::nullopt;
 }
 
 // The sizes of one image, in planes.
@@ -81,8 +82,8 @@ struct Sizes {
   int planes() const { return nc * nz * nt; }
 };
 
-Sizes sizesOf(const xml_node& pixels, const std::vector<xml_node>& channels,
-              const PageFacts& facts) {
+// `samplesOfPage` are those of the image's first page.
+Sizes sizesOf(const xml_node& pixels, const std::vector<xml_node>& channels, int samplesOfPage) {
   const int sizeC = sizeOf(pixels, "SizeC");
   Sizes s{sizeC, sizeOf(pixels, "SizeZ"), sizeOf(pixels, "SizeT"), 1};
   if (static_cast<double>(s.nc) * s.nz * s.nt > kMaxPlanes) fail("it has too many planes");
@@ -96,9 +97,7 @@ Sizes sizesOf(const xml_node& pixels, const std::vector<xml_node>& channels,
     s.samples = samples;
   }
   // Some writers state no channel for colour.
-  if (s.samples == 1 && facts.samplesPerColour > 1 && sizeC % facts.samplesPerColour == 0) {
-    s.samples = facts.samplesPerColour;
-  }
+  if (s.samples == 1 && samplesOfPage > 1 && sizeC % samplesOfPage == 0) s.samples = samplesOfPage;
   if (sizeC % s.samples != 0) fail("SizeC does not fit SamplesPerPixel");
   s.nc = sizeC / s.samples;
   return s;
@@ -110,7 +109,7 @@ std::string_view orderOf(const xml_node& pixels) {
   std::string sorted(order.substr(0, 8));
   std::sort(sorted.begin(), sorted.end());
   if (!order.starts_with("XY") || sorted != "CTXYZ") {
-    fail("DimensionOrder is \"" + std::string(order.substr(0, 40)) + '"');
+    failForValue("DimensionOrder", order);
   }
   return order.substr(2);
 }
@@ -174,8 +173,13 @@ void requireOneFile(const xml_node& ome, const std::vector<xml_node>& parts) {
                   (names.size() > kNamed ? " and others" : "") + "; save the set as a single file");
 }
 
+// The first page of an image.
+int firstPageOf(const std::vector<xml_node>& parts, int pages) {
+  return parts.empty() ? 0 : numberOf(parts.front(), "IFD", 0, pages - 1).value_or(0);
+}
+
 std::vector<int> pagesOf(const xml_node& pixels, const Sizes& sizes,
-                         const std::vector<xml_node>& parts, const PageFacts& facts) {
+                         const std::vector<xml_node>& parts, int pagesOfFile) {
   const PageOrder order(orderOf(pixels), sizes);
   std::vector<int> pages(static_cast<std::size_t>(sizes.planes()), -1);
   const auto assign = [&](int firstPage, int firstPlane, int count) {
@@ -184,42 +188,38 @@ std::vector<int> pagesOf(const xml_node& pixels, const Sizes& sizes,
     }
   };
   if (parts.empty()) {
-    assign(0, 0, std::min(sizes.planes(), facts.pages));
+    assign(0, 0, std::min(sizes.planes(), pagesOfFile));
     return pages;
   }
   for (const xml_node& part : parts) {
-    const auto page = numberOf(part, "IFD", 0, facts.pages - 1);
+    const auto page = numberOf(part, "IFD", 0, pagesOfFile - 1);
     const int c = numberOf(part, "FirstC", 0, sizes.nc * sizes.samples - 1).value_or(0);
     const int z = numberOf(part, "FirstZ", 0, sizes.nz - 1).value_or(0);
     const int t = numberOf(part, "FirstT", 0, sizes.nt - 1).value_or(0);
     const int firstPage = page.value_or(0);
     const int firstPlane = order.numberOf({c / sizes.samples, z, t});
-    const int most = std::min(facts.pages - firstPage, sizes.planes() - firstPlane);
+    const int maxCount = std::min(pagesOfFile - firstPage, sizes.planes() - firstPlane);
     const auto count = numberOf(part, "PlaneCount", 0, kMaxPlanes);
-    if (count && *count > most) {
+    if (count && *count > maxCount) {
       fail("it describes " + std::to_string(*count) + " planes from page " +
-           std::to_string(firstPage) + " on, and the file has " + std::to_string(facts.pages) +
+           std::to_string(firstPage) + " on, and the file has " + std::to_string(pagesOfFile) +
            " pages");
     }
-    assign(firstPage, firstPlane, count ? *count : page ? 1 : most);
+    assign(firstPage, firstPlane, count ? *count : page ? 1 : maxCount);
   }
   return pages;
 }
 
 std::string listOf(const std::vector<xml_node>& images) {
-  std::string list;
-  constexpr std::size_t kListed = 20;
-  for (std::size_t i = 0; i < std::min(images.size(), kListed); ++i) {
+  return numberedList(images.size(), [&](std::size_t i) {
     const std::vector<xml_node> pixels = childrenOf(images[i], "Pixels");
-    list += (i == 0 ? "" : ", ") + std::to_string(i);
-    const std::string name = images[i].attribute("Name").value();
-    if (!name.empty()) list += " \"" + name.substr(0, 60) + '"';
+    std::string text = quotedName(nameOf(images[i]));
     if (!pixels.empty()) {
-      list += std::string(" (") + pixels[0].attribute("SizeX").value() + " x " +
+      text += std::string(" (") + pixels[0].attribute("SizeX").value() + " x " +
               pixels[0].attribute("SizeY").value() + ')';
     }
-  }
-  return list + (images.size() > kListed ? ", ..." : "");
+    return text;
+  });
 }
 
 xml_node imageOf(const xml_node& ome, std::optional<int> series) {
@@ -241,8 +241,9 @@ class Document {
  public:
   explicit Document(std::string_view xml) {
     if (xml.size() > kMaxText) fail("it is too long");
-    const pugi::xml_parse_result parsed = document_.load_buffer(
-        xml.data(), xml.size(), pugi::parse_minimal | pugi::parse_escapes, pugi::encoding_utf8);
+    const pugi::xml_parse_result parsed =
+        document_.load_buffer(xml.data(), xml.size(), pugi::parse_minimal | pugi::parse_escapes,
+                              isUtf8(xml) ? pugi::encoding_utf8 : pugi::encoding_latin1);
     if (!parsed) {
       fail(std::string(parsed.description()) + " at byte " + std::to_string(parsed.offset));
     }
@@ -270,12 +271,13 @@ std::vector<std::string> omeImages(std::string_view xml) {
   const Document document(xml);
   std::vector<std::string> names;
   for (const xml_node& image : childrenOf(document.ome(), "Image")) {
-    names.emplace_back(image.attribute("Name").value());
+    names.push_back(nameOf(image));
   }
   return names;
 }
 
-ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFacts& facts) {
+ImageAxes omeAxes(std::string_view xml, std::optional<int> series, int pages,
+                  const std::function<int(int page)>& samplesOf) {
   const Document document(xml);
   const xml_node ome = document.ome();
   requireOneFile(ome, {});
@@ -284,8 +286,13 @@ ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFac
   const xml_node& pixels = pixelsOfImage.front();
   const std::vector<xml_node> parts = childrenOf(pixels, "TiffData");
   requireOneFile(ome, parts);
+  // Otherwise it would begin at the page of the first image.
+  const bool namesPages = !parts.empty() && parts.front().attribute("IFD");
+  if (series.value_or(0) > 0 && !namesPages) {
+    fail("its image " + std::to_string(*series) + " does not name its pages (TiffData, IFD)");
+  }
   const std::vector<xml_node> channels = childrenOf(pixels, "Channel");
-  const Sizes sizes = sizesOf(pixels, channels, facts);
+  const Sizes sizes = sizesOf(pixels, channels, samplesOf(firstPageOf(parts, pages)));
   const int width = sizeOf(pixels, "SizeX");
   const int height = sizeOf(pixels, "SizeY");
 
@@ -295,12 +302,13 @@ ImageAxes omeAxes(std::string_view xml, std::optional<int> series, const PageFac
   axes.nt = sizes.nt;
   axes.channelNames.resize(static_cast<std::size_t>(sizes.nc));
   for (std::size_t c = 0; c < std::min(channels.size(), axes.channelNames.size()); ++c) {
-    axes.channelNames[c] = channels[c].attribute("Name").value();
+    axes.channelNames[c] = nameOf(channels[c]);
   }
   axes.pixelSize = {pixelSizeOf(pixels, "X"), pixelSizeOf(pixels, "Y"), pixelSizeOf(pixels, "Z")};
   axes.bitDepth = numberOf(pixels, "SignificantBits", 1, 64);
-  axes.pages = pagesOf(pixels, sizes, parts, facts);
+  axes.pages = pagesOf(pixels, sizes, parts, pages);
   axes.statedSize = {width, height};
+  if (!channels.empty() && sizes.samples > 1) axes.statedSamples = sizes.samples;
   return axes;
 }
 
@@ -325,6 +333,7 @@ std::string omeXml(const ImageAxes& axes, int nx, int ny, const char* type, int 
   pixels.append_attribute("SizeC") = axes.nc * samples;
   pixels.append_attribute("SizeZ") = axes.nz;
   pixels.append_attribute("SizeT") = axes.nt;
+  if (axes.bitDepth) pixels.append_attribute("SignificantBits") = *axes.bitDepth;
   const auto addSize = [&](const std::string& axis, const std::optional<double>& size) {
     if (!size) return;
     const std::string name = "PhysicalSize" + axis;
@@ -339,7 +348,7 @@ std::string omeXml(const ImageAxes& axes, int nx, int ny, const char* type, int 
     channel.append_attribute("ID") = ("Channel:0:" + std::to_string(c)).c_str();
     const auto i = static_cast<std::size_t>(c);
     if (i < axes.channelNames.size() && !axes.channelNames[i].empty()) {
-      channel.append_attribute("Name") = axes.channelNames[i].c_str();
+      channel.append_attribute("Name") = printableUtf8(axes.channelNames[i]).c_str();
     }
     channel.append_attribute("SamplesPerPixel") = samples;
   }

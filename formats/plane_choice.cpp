@@ -2,32 +2,20 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
 #include "formats/file_error.h"
+#include "formats/image_file.h"
+#include "formats/text.h"
 
 namespace orva::formats {
 namespace {
 
 std::string listOf(const std::vector<std::string>& names) {
-  constexpr std::size_t kListed = 20;
-  std::string list;
-  for (std::size_t c = 0; c < std::min(names.size(), kListed); ++c) {
-    list += (c == 0 ? "" : ", ") + std::to_string(c);
-    if (!names[c].empty()) list += " \"" + names[c].substr(0, 60) + '"';
-  }
-  return list + (names.size() > kListed ? ", ..." : "");
-}
-
-std::optional<int> wholeNumber(const std::string& text) {
-  int value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc() || rest != end || value < 0) return std::nullopt;
-  return value;
+  return numberedList(names.size(), [&](std::size_t c) { return quotedName(names[c]); });
 }
 
 void requireBelow(int number, int count, const char* axis) {
@@ -36,25 +24,11 @@ void requireBelow(int number, int count, const char* axis) {
                   "; there are 0 to " + std::to_string(count - 1));
 }
 
-int channelOf(const ImageAxes& axes, const std::optional<std::string>& choice) {
-  const std::vector<std::string>& names = axes.channelNames;
-  if (!choice) {
-    if (axes.nc == 1) return 0;
-    throw FileError("has " + std::to_string(axes.nc) + " channels: " + listOf(names) +
-                    "; choose one with --channel");
-  }
-  if (const std::optional<int> number = wholeNumber(*choice)) {
-    if (*number >= axes.nc) {
-      throw FileError("has no channel " + *choice + "; there are " + listOf(names));
-    }
-    return *number;
-  }
-  const auto named = std::count(names.begin(), names.end(), *choice);
-  if (named != 1) {
-    throw FileError((named == 0 ? "has no channel \"" : "has several channels \"") + *choice +
-                    "\"; there are " + listOf(names));
-  }
-  return static_cast<int>(std::find(names.begin(), names.end(), *choice) - names.begin());
+int channelOf(const ImageAxes& axes, const PlaneChoice& choice) {
+  if (choice.channel) return numberOfChannel(axes, *choice.channel);
+  if (axes.nc == 1) return 0;
+  throw FileError("has " + std::to_string(axes.nc) + " channels: " + listOf(axes.channelNames) +
+                  "; choose one with --channel");
 }
 
 // The axes with pages of unknown meaning along the axis that the choice names.
@@ -102,20 +76,35 @@ bool withType(orva::Image& a, const orva::Image& b, Use use) {
 std::unique_ptr<orva::Image> readSlice(const ImageSource& source, const ImageAxes& axes,
                                        const PlanarImage& image, int z, int level,
                                        ColourUse colour = ColourUse::kLuminance) {
-  const int page = axes.pageOf({image.c, z, image.t});
-  if (page < 0) {
-    throw FileError("lacks the plane of channel " + std::to_string(image.c) + ", slice " +
-                    std::to_string(z) + " and time " + std::to_string(image.t));
-  }
-  return source.read(page, colour, level);
+  return source.read(requiredPage(axes, {image.c, z, image.t}), colour, level);
 }
 
 }  // namespace
 
+int numberOfChannel(const ImageAxes& axes, const std::string& channel) {
+  const std::vector<std::string>& names = axes.channelNames;
+  const std::optional<int> number = parsedNumber<int>(channel);
+  if (number && *number >= 0 && *number < axes.nc) return *number;
+  const auto named = std::count(names.begin(), names.end(), channel);
+  if (named == 1) {
+    return static_cast<int>(std::find(names.begin(), names.end(), channel) - names.begin());
+  }
+  const std::string shown = number ? channel : '"' + channel + '"';
+  throw FileError((named == 0 ? "has no channel " : "has several channels ") + shown +
+                  "; there are " + listOf(names));
+}
+
+int requiredPage(const ImageAxes& axes, const PlaneIndex& plane) {
+  const int page = axes.pageOf(plane);
+  if (page >= 0) return page;
+  throw FileError("lacks the plane of channel " + std::to_string(plane.c) + ", slice " +
+                  std::to_string(plane.z) + " and time " + std::to_string(plane.t));
+}
+
 PlaneSelection selectPlanes(const ImageAxes& stated, const PlaneChoice& choice) {
   const ImageAxes axes = meant(stated, choice);
   PlanarImage first;
-  first.c = channelOf(axes, choice.channel);
+  first.c = channelOf(axes, choice);
   if (choice.z) requireBelow(*choice.z, axes.nz, "slice");
   if (choice.t) requireBelow(*choice.t, axes.nt, "time");
   PlaneSelection selection;
@@ -155,14 +144,14 @@ KeptPlanes keepPlanes(const ImageAxes& stated, const PlaneChoice& choice) {
   const auto range = [](std::optional<int> one, int count) {
     return one ? std::array{*one, *one + 1} : std::array{0, count};
   };
-  const auto channels = range(
-      choice.channel ? std::optional(channelOf(axes, choice.channel)) : std::nullopt, axes.nc);
-  const auto slices = choice.projection ? std::array{0, 1} : range(choice.z, axes.nz);
+  const auto channels =
+      range(choice.channel ? std::optional(channelOf(axes, choice)) : std::nullopt, axes.nc);
+  const bool isProjected = choice.projection && axes.nz > 1;
+  const auto slices = isProjected ? std::array{0, 1} : range(choice.z, axes.nz);
   const auto times = range(choice.t, axes.nt);
   for (int t = times[0]; t < times[1]; ++t) {
     for (int z = slices[0]; z < slices[1]; ++z) {
       for (int c = channels[0]; c < channels[1]; ++c) {
-        const bool isProjected = choice.projection && axes.nz > 1;
         result.images.push_back({c, isProjected ? std::nullopt : std::optional(z),
                                  choice.projection.value_or(Projection::kMax), t});
       }
@@ -174,6 +163,12 @@ KeptPlanes keepPlanes(const ImageAxes& stated, const PlaneChoice& choice) {
   result.kept.nt = times[1] - times[0];
   if (choice.channel) {
     result.kept.channelNames = {axes.channelNames[static_cast<std::size_t>(channels[0])]};
+  }
+  result.kept.pages.resize(result.images.size());
+  std::iota(result.kept.pages.begin(), result.kept.pages.end(), 0);
+  if (isProjected) {
+    result.kept.pixelSize.z.reset();
+    if (choice.projection == Projection::kMean) result.kept.bitDepth.reset();
   }
   return result;
 }
@@ -193,6 +188,7 @@ std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAx
   for (int z = 0; z < nz; ++z) {
     const std::unique_ptr<orva::Image> plane = z == 0 ? nullptr : read(z);
     const orva::Image& now = plane ? *plane : *result;
+    if (!now.equalSize(*result)) failForPages();
     if (mean) {
       for (int i = 0; i < now.npix(); ++i) (*mean)[static_cast<std::size_t>(i)] += now.pixel(i);
     } else if (plane && !withType<unsigned char, short, int, unsigned int, float>(

@@ -19,8 +19,9 @@ enum class Projection { kMax, kMean };
 
 // What is asked for; what is left open is none.
 struct PlaneChoice {
-  std::optional<std::string> channel;  // its number, counted from 0, or its name
-  std::optional<int> z;                // at most one of these three
+  // A number of the file, counted from 0, or else a name, which may be of digits.
+  std::optional<std::string> channel;
+  std::optional<int> z;  // at most one of these three
   std::optional<Projection> projection;
   bool eachSlice = false;
   std::optional<int> t;  // all times unless given
@@ -56,8 +57,9 @@ struct PlaneSelection {
 PlaneSelection selectPlanes(const ImageAxes& axes, const PlaneChoice& choice);
 
 // The same for a command that writes all that is not chosen away: each channel, slice and time,
-// with channels varying fastest, then slices. `kept` has their axes. Pages of unknown meaning need
-// no choice.
+// with channels varying fastest, then slices. `kept` has their axes, with pages in that order, and
+// the pixel size of the full size; a projection of slices has none along z. Pages of unknown
+// meaning need no choice.
 struct KeptPlanes {
   ImageAxes axes;  // of the file, as in PlaneSelection
   std::vector<PlanarImage> images;
@@ -65,9 +67,16 @@ struct KeptPlanes {
 };
 KeptPlanes keepPlanes(const ImageAxes& axes, const PlaneChoice& choice);
 
+// The number of a channel, named as in PlaneChoice. Throws FileError for one that the file does not
+// have.
+int numberOfChannel(const ImageAxes& axes, const std::string& channel);
+
+// The page of a plane. Throws FileError for a plane that the file lacks.
+int requiredPage(const ImageAxes& axes, const PlaneIndex& plane);
+
 // The pixels of an image of the file; at a time two planes are in memory. A mean is in floats; a
 // maximum has the type of the planes and is that of the values that are numbers. Throws FileError
-// as ImageSource::read(), and for a plane that the file lacks.
+// as ImageSource::read(), for a plane that the file lacks, and for slices of different sizes.
 std::unique_ptr<orva::Image> readPlanar(const ImageSource& source, const ImageAxes& axes,
                                         const PlanarImage& image, int level = 0,
                                         ColourUse colour = ColourUse::kLuminance);

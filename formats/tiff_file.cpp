@@ -6,6 +6,7 @@
 #include <fstream>
 #include <limits>
 
+#include "formats/image_axes.h"
 #include "formats/image_file.h"
 #include "formats/tiff_layout.h"
 #include "formats/tiff_page.h"
@@ -13,7 +14,6 @@
 namespace orva::formats {
 namespace {
 
-constexpr std::size_t kMaxPages = std::size_t{1} << 24U;
 constexpr std::size_t kMaxLevels = 64;
 
 // A whole number of the file, in its byte order.
@@ -91,7 +91,8 @@ TiffFile::TiffFile(const std::string& path) : in_(path) {
   while (TIFFLastDirectory(in_.handle()) == 0) {
     if (TIFFReadDirectory(in_.handle()) == 0) in_.fail();
     directories_.push_back(TIFFCurrentDirOffset(in_.handle()));
-    if (directories_.size() > kMaxPages) throw FileError("is a TIFF file of too many pages");
+    if (directories_.size() > std::size_t{kMaxPlanes})
+      throw FileError("is a TIFF file of too many pages");
   }
   requireEnd(in_, path);
 }
@@ -106,9 +107,21 @@ std::vector<std::uint64_t> TiffFile::levelsOf(int page) const {
   std::vector<std::uint64_t> places{own};
   std::uint16_t count = 0;
   const std::uint64_t* offsets = nullptr;
-  if (TIFFGetField(in_.handle(), TIFFTAG_SUBIFD, &count, &offsets) == 1 && offsets != nullptr) {
-    places.insert(places.end(), offsets,
-                  offsets + std::min<std::size_t>(count, kMaxLevels - places.size()));
+  if (TIFFGetField(in_.handle(), TIFFTAG_SUBIFD, &count, &offsets) != 1 || offsets == nullptr) {
+    return places;
+  }
+  // libtiff's own list ends with the next directory.
+  const std::vector<std::uint64_t> found(offsets,
+                                         offsets + std::min<std::size_t>(count, kMaxLevels - 1));
+  const TiffLayout full = layoutOf(in_);
+  for (const std::uint64_t place : found) {
+    if (TIFFSetSubDirectory(in_.handle(), place) == 0) continue;
+    const TiffLayout layout = layoutOf(in_);
+    const bool isReduced =
+        (in_.tag<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) != 0;
+    const bool isSmaller = layout.width <= full.width && layout.height <= full.height &&
+                           (layout.width < full.width || layout.height < full.height);
+    if (isReduced && isSmaller) places.push_back(place);
   }
   return places;
 }
@@ -120,7 +133,7 @@ TiffFile::PageSize TiffFile::sizeOf(int page) const {
   const bool isColour = !layout.isGrey() && layout.photometric != PHOTOMETRIC_PALETTE;
   return {static_cast<int>(std::min(layout.width, kMax)),
           static_cast<int>(std::min(layout.height, kMax)),
-          isColour ? static_cast<int>(layout.samples) : 1};
+          isColour ? static_cast<int>(layout.samples) : 1, static_cast<int>(layout.samples)};
 }
 
 bool TiffFile::isUnsigned16(int page) const {
@@ -133,7 +146,8 @@ bool TiffFile::isUnsigned16(int page) const {
 int TiffFile::levels(int page) const { return static_cast<int>(levelsOf(page).size()); }
 
 Raster TiffFile::read(int page, int level) const {
-  moveTo(levelsOf(page).at(static_cast<std::size_t>(level)));
+  moveTo(level == 0 ? directories_.at(static_cast<std::size_t>(page))
+                    : levelsOf(page).at(static_cast<std::size_t>(level)));
   return readPage(in_);
 }
 

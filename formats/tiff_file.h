@@ -31,12 +31,13 @@ class TiffFile {
     int width;
     int height;
     int samples;  // 3 or 4 for colour, 1 for grey, with or without alpha
+    int stored;   // samples per pixel, with alpha and others
   };
   PageSize sizeOf(int page) const;
 
   bool isUnsigned16(int page) const;
 
-  // The number of sizes in which a page is stored: itself, and the smaller ones in its SubIFDs.
+  // The number of sizes in which a page is stored: itself, and the reduced ones in its SubIFDs.
   int levels(int page) const;
 
   // Page `page` at level `level`, both counted from 0 and in their range.
@@ -44,7 +45,8 @@ class TiffFile {
 
  private:
   void moveTo(std::uint64_t directory) const;
-  // The places of the levels, the page's own first.
+  // The places of the levels, the page's own first. A SubIFD that is not marked as a reduced image,
+  // is not smaller than the page, or cannot be read, is none.
   std::vector<std::uint64_t> levelsOf(int page) const;
 
   TiffHandle in_;

@@ -101,9 +101,10 @@ py::tuple read(const std::string& path, const std::optional<int>& series,
     add(kept.nc, "c");
     add(kept.nz, kept.areKnown || planes.axes.areKnown ? "z" : "page");
     notes.channelNames = kept.channelNames;
-    auto result = stack.take();
-    notes.pixelSize = source.pixelSizeAt(result->nx());
-    return result;
+    std::unique_ptr<orva::Image> pixels = stack.take();
+    notes.pixelSize = source.pixelSizeOf(pixels->nx(), pixels->ny());
+    notes.pixelSize.z = kept.pixelSize.z;
+    return pixels;
   });
   shape.insert(shape.end(), {img->ny(), img->nx()});
   notes.axes.insert(notes.axes.end(), {"y", "x"});

@@ -209,6 +209,36 @@ TEST_F(PlaneOptions, NumberedResultsDoNotReplaceAnInput) {
   EXPECT_EQ(box.read("x_t0000.tif"), before);
 }
 
+TEST_F(PlaneOptions, FilterAndMeasureDoNotReplaceAnInput) {
+  const std::string before = box.read("ome.tif");
+  box.write("x_t0001.tif", before);
+  EXPECT_TRUE(failedWithOneLine(box.run({"filter", "--op", "smooth", "--sigma", "1", "--channel",
+                                         "0", "--output", "x.tif", "x_t0001.tif"}),
+                                "x_t0001.tif", "a result would replace the input"));
+  EXPECT_EQ(box.read("x_t0001.tif"), before);
+  box.write("x_t0001.ids", before);
+  EXPECT_TRUE(failedWithOneLine(box.run({"measure", "--threshold", "100", "--channel", "0",
+                                         "--table", "x.csv", "--labels", "x.ics", "x_t0001.ids"}),
+                                "x_t0001.ids", "a result would replace the input"));
+  EXPECT_EQ(box.read("x_t0001.ids"), before);
+}
+
+// The first has numbers behind its name, which the second is called by.
+TEST_F(PlaneOptions, NumberedResultsOfTwoImagesAreApart) {
+  writeStack(box / "a.tif", ome("XYCZT"));
+  box.write("a_t0000.pgm", pgm(plane(0, 0, 0)));
+  box.write("a_t0002.pgm", pgm(plane(0, 0, 0)));
+  const auto run = [&](const std::string& command, const std::string& other) {
+    fs::remove_all(box / "out");
+    return box.run({command, "--quiet", "--channel", "0", "--out", "out", "a.tif", other});
+  };
+  for (const std::string command : {"find", "vote", "segment"}) {
+    EXPECT_TRUE(refused(run(command, "a_t0000.pgm"), "two results would go to out/a_t0000"));
+    EXPECT_TRUE(succeeded(run(command, "a_t0002.pgm")));
+    EXPECT_TRUE(fs::exists(box / "out/a_t0001.png") && fs::exists(box / "out/a_t0002.png"));
+  }
+}
+
 TEST_F(PlaneOptions, BatchesHaveARowPerImage) {
   EXPECT_TRUE(succeeded(find({"--quiet", "--channel", "0", "--out", "out"})));
   const auto lines = linesOf(box.read("out/summary.csv"));
@@ -231,14 +261,33 @@ TEST_F(PlaneOptions, IntensitiesAreThoseOfAnotherChannel) {
   EXPECT_EQ(means({"--measure-channel", "GFP"}), 220);
 }
 
-TEST_F(PlaneOptions, SmallerLevelsAreRead) {
-  {
-    TiffFile file(box / "plain.tif");
-    file.page(plane(0, 0, 0));
-  }
-  EXPECT_TRUE(succeeded(find({"--quiet", "--level", "0"}, "plain.tif")));
-  EXPECT_TRUE(failedWithOneLine(find({"--level", "1"}, "plain.tif"), "plain.tif",
-                                "has no level 1; there are 0 to 0"));
+TEST_F(PlaneOptions, MeasuredChannelIsReadFromStandardInputOnce) {
+  const Arguments options{"--quiet", "--channel", "0", "--z", "all", "--measure-channel", "1"};
+  Arguments call{"segment"};
+  call.insert(call.end(), options.begin(), options.end());
+  call.emplace_back("ome.tif");
+  const Outcome expected = box.run(call);
+  EXPECT_TRUE(succeeded(expected));
+  EXPECT_EQ(rowsOf(expected.out).size(), 6U);
+  call.back() = "-";
+  const std::string file = box / "ome.tif";
+  const Outcome outcome = box.run(call, {.in = file.c_str()});
+  EXPECT_TRUE(succeeded(outcome));
+  EXPECT_EQ(outcome.out, expected.out);
+  call.back() = "ome.tif";
+  call.insert(call.end() - 1, {"--measure", "-"});
+  const Outcome measured = box.run(call, {.in = file.c_str()});
+  EXPECT_TRUE(succeeded(measured));
+  EXPECT_EQ(measured.out, expected.out);
+}
+
+TEST_F(PlaneOptions, MeasuredChannelNeedsAKnownPage) {
+  EXPECT_TRUE(refused(box.run({"segment", "--frame", "0", "--measure-channel", "1", "ome.tif"}),
+                      "--measure-channel: goes with --frame only if --measure names an image"));
+  EXPECT_TRUE(failedWithOneLine(
+      box.run({"segment", "--quiet", "--channel", "0", "--measure-channel", "2", "ome.tif"}),
+      "ome.tif",
+      "cannot be measured in ome.tif: has no channel 2; there are 0 \"DAPI\", 1 \"GFP\""));
 }
 
 TEST_F(PlaneOptions, WrongValuesAreRefused) {
@@ -248,8 +297,8 @@ TEST_F(PlaneOptions, WrongValuesAreRefused) {
   EXPECT_TRUE(refused(find({"--time=max"}), "--time"));
   EXPECT_TRUE(refused(find({"--level=-1"}), "--level"));
   EXPECT_TRUE(refused(find({"--frame", "1", "--z", "1"}), "--frame"));
-  EXPECT_TRUE(failedWithOneLine(find({"--channel", "0", "--z", "3"}), "ome.tif",
-                                "has no slice 3; there are 0 to 2"));
+  EXPECT_TRUE(failedWithOneLine(find({"--channel", "0", "--z", "70000"}), "ome.tif",
+                                "has no slice 70000; there are 0 to 2"));
   EXPECT_TRUE(failedWithOneLine(find({"--channel", "0", "--time", "2"}), "ome.tif",
                                 "has no time 2; there are 0 to 1"));
   EXPECT_TRUE(failedWithOneLine(find({"--series", "1"}), "ome.tif", "has no image 1"));

@@ -100,6 +100,16 @@ void TiffFile::page(const Picture& picture, const TiffForm& form) {
   if (!form.description.empty()) {
     TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, form.description.c_str());
   }
+  if (form.subIfds > 0) {
+    const std::vector<std::uint64_t> places(form.subIfds);  // libtiff enters them
+    TIFFSetField(tiff, TIFFTAG_SUBIFD, form.subIfds, places.data());
+  }
+  if (form.subfileType != 0) TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, form.subfileType);
+  if (form.perCentimetre > 0) {
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, form.perCentimetre);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, form.perCentimetre);
+  }
   const bool tiled = form.tileWidth != 0;
   const int width = tiled ? static_cast<int>(form.tileWidth) : picture.width;
   const int height = tiled ? static_cast<int>(form.tileHeight)

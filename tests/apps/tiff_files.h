@@ -33,6 +33,10 @@ struct TiffForm {
   std::vector<std::uint16_t> extraSamples{};
   std::uint32_t depth = 1;  // stated if above 1
   std::string description{};
+  // The next pages go into its SubIFDs, as many.
+  std::uint16_t subIfds = 0;
+  std::uint32_t subfileType = 0;  // FILETYPE_REDUCEDIMAGE for a smaller size
+  float perCentimetre = 0;        // pixels; stated if above 0
 };
 
 // Writes a file page by page; the file is complete when the object is destroyed.

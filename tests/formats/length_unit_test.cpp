@@ -37,6 +37,7 @@ TEST(LengthUnit, LengthsAreAboveZeroAndFinite) {
                               std::numeric_limits<double>::quiet_NaN(), 1e308}) {
     EXPECT_FALSE(micrometres(length, "km").has_value()) << length;
   }
+  EXPECT_FALSE(micrometres(5e-324, "nm").has_value());
 }
 
 }  // namespace

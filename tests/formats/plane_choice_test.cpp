@@ -72,6 +72,36 @@ TEST(PlaneChoice, SeveralChannelsAreListed) {
             "has several channels \"a\"; there are 0 \"a\", 1 \"a\"");
 }
 
+// Wavelengths, for example.
+TEST(PlaneChoice, NamesMayBeNumbers) {
+  const ImageAxes axes = axesOf({"405", "488", "1", "0"}, 1, 1);
+  EXPECT_EQ(selectPlanes(axes, channel("488")).images[0].c, 1);
+  EXPECT_EQ(selectPlanes(axes, channel("1")).images[0].c, 1);  // a number comes first
+  EXPECT_EQ(selectPlanes(axes, channel("0")).images[0].c, 0);
+  EXPECT_EQ(errorOf(axes, channel("561")),
+            "has no channel 561; there are 0 \"405\", 1 \"488\", 2 \"1\", 3 \"0\"");
+  EXPECT_EQ(selectPlanes(axesOf({"a", "-1"}, 1, 1), channel("-1")).images[0].c, 1);
+}
+
+TEST(PlaneChoice, KeptPlanesHaveTheirOwnAxes) {
+  ImageAxes axes = axesOf({"a", "b"}, 3, 2);
+  axes.pixelSize = {0.5, 0.5, 2.0};
+  axes.bitDepth = 12;
+  PlaneChoice choice = channel("1");
+  choice.projection = Projection::kMax;
+  const formats::KeptPlanes planes = formats::keepPlanes(axes, choice);
+  EXPECT_EQ(planes.images.size(), 2U);
+  EXPECT_EQ(planes.kept.pages, (std::vector<int>{0, 1}));
+  EXPECT_EQ(planes.kept.pageOf({0, 0, 1}), 1);
+  EXPECT_EQ(planes.kept.pixelSize, (formats::PixelSize{0.5, 0.5, std::nullopt}));
+  EXPECT_EQ(planes.kept.bitDepth, 12);
+  choice.projection = Projection::kMean;
+  EXPECT_FALSE(formats::keepPlanes(axes, choice).kept.bitDepth.has_value());
+  choice.projection.reset();
+  choice.z = 1;
+  EXPECT_EQ(formats::keepPlanes(axes, choice).kept.pixelSize, axes.pixelSize);
+}
+
 TEST(PlaneChoice, SlicesGiveTheirMaximumAndSaySo) {
   const ImageAxes axes = axesOf({""}, 5, 1);
   const PlaneSelection open = selectPlanes(axes, {});
