@@ -12,6 +12,7 @@
 #include "formats/file_error.h"
 #include "formats/image_file.h"
 #include "formats/output_file.h"
+#include "formats/text.h"
 
 namespace orva::apps {
 namespace {
@@ -83,10 +84,10 @@ void InputFile::copyStandardInput() {
 
 fs::path withEnding(const fs::path& path, const std::string& ending) {
   // ".ome.tif" is one extension.
-  const bool isOme = path.stem().extension() == ".ome";
+  const bool isOme = formats::isOmeName(path.string());
   fs::path name = isOme ? path.stem().stem() : path.stem();
   name += ending;
-  if (isOme) name += ".ome";
+  if (isOme) name += path.stem().extension();
   name += path.extension();
   return path.parent_path() / name;
 }

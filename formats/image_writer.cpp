@@ -203,7 +203,7 @@ bool isTiffName(const std::string& path) {
 }
 
 Description descriptionFor(const fs::path& path) {
-  return extensionOf(path.stem().string()) == ".ome" ? Description::kOme : Description::kImageJ;
+  return isOmeName(path.string()) ? Description::kOme : Description::kImageJ;
 }
 
 Files tiffFiles(const fs::path& path, const Image& img, Fit fit, const Origin& origin) {
@@ -212,7 +212,9 @@ Files tiffFiles(const fs::path& path, const Image& img, Fit fit, const Origin& o
     return {{path, encodeTiff(samplesOf(img).data(), img.nx(), img.ny(), img.nframes(), origin.axes,
                               description)}};
   }
-  return {{path, encodeTiff(*stretchedIfAsked(img, fit), origin.axes, description)}};
+  ImageAxes axes = origin.axes;
+  if (fit == Fit::kStretched) axes.bitDepth.reset();
+  return {{path, encodeTiff(*stretchedIfAsked(img, fit), axes, description)}};
 }
 
 using Encoder = Files (*)(const fs::path&, const Image&, Fit, const Origin&);

@@ -1,5 +1,6 @@
 #include "formats/tiff_layout.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
@@ -38,6 +39,32 @@ std::uint64_t imageJPlanes(const TiffHandle& in) {
   std::from_chars(description.data() + at + kKey.size(), description.data() + description.size(),
                   planes);
   return planes;
+}
+
+// The planes of the array whose shape stands in the description that tifffile writes, as JSON, or
+// 0.
+double tifffilePlanes(const TiffHandle& in) {
+  const char* text = nullptr;
+  if (TIFFGetField(in.handle(), TIFFTAG_IMAGEDESCRIPTION, &text) != 1 || text == nullptr) return 0;
+  const std::string_view description(text);
+  constexpr std::string_view kKey = "\"shape\": [";
+  const std::size_t at = description.find(kKey);
+  if (!description.starts_with('{') || at == std::string_view::npos) return 0;
+  double samples = 1;
+  const char* next = description.data() + at + kKey.size();
+  const char* const end = description.data() + description.size();
+  for (bool isLast = false; !isLast; next += 2) {  // behind ", "
+    std::uint64_t n = 0;
+    const auto [rest, error] = std::from_chars(next, end, n);
+    if (error != std::errc() || end - rest < 2) return 0;
+    samples *= static_cast<double>(n);
+    isLast = *rest == ']';
+    if (!isLast && *rest != ',') return 0;
+    next = rest;
+  }
+  const TiffLayout layout = layoutOf(in);
+  return samples / (static_cast<double>(layout.width) * static_cast<double>(layout.height) *
+                    static_cast<double>(layout.samples));
 }
 
 // Whether the file has as many bytes as two uncompressed planes take from the first one on. One
@@ -107,9 +134,12 @@ void requireNoPlanesBehindThePage(const TiffHandle& in) {
     failForPlanes(", as MetaMorph writes stacks", entries);
   }
   const std::uint64_t planes = imageJPlanes(in);
-  if (planes > 1 && hasRoomForTwoPlanes(in)) {
-    failForPlanes(", as ImageJ writes stacks of over 4 GB", planes);
-  }
+  const double shaped = tifffilePlanes(in);
+  if ((planes <= 1 && !(shaped > 1)) || !hasRoomForTwoPlanes(in)) return;
+  if (planes > 1) failForPlanes(", as ImageJ writes stacks of over 4 GB", planes);
+  constexpr double kMaxShown = 1e15;
+  failForPlanes(", as tifffile writes truncated stacks",
+                static_cast<std::uint64_t>(std::min(shaped, kMaxShown)));
 }
 
 }  // namespace orva::formats

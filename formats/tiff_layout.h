@@ -32,7 +32,8 @@ void requireNothingLeftOut(const TiffHandle& in, const TiffLayout& layout);
 void requireKnownSamples(const TiffLayout& layout);
 
 // For a file that stands at its first page. Throws FileError for a stack that keeps its planes
-// behind the only page, as ImageJ does with stacks of over 4 GB, and MetaMorph with all.
+// behind the only page, as ImageJ does with stacks of over 4 GB, tifffile with those that are told
+// to be truncated, and MetaMorph with all.
 void requireNoPlanesBehindThePage(const TiffHandle& in);
 
 }  // namespace orva::formats

@@ -14,6 +14,8 @@
 namespace orva::formats {
 namespace {
 
+constexpr double kCentimetre = 10000;  // in micrometres
+
 struct SampleForm {
   int bits;
   int format;
@@ -135,9 +137,12 @@ Notes notesOf(const Pages& pages, const ImageAxes& axes, Description description
   const bool isCalibrated = axes.pixelSize.x && axes.pixelSize.y;
   const bool isNamed = std::any_of(axes.channelNames.begin(), axes.channelNames.end(),
                                    [](const std::string& name) { return !name.empty(); });
-  if (!isStack && !(pages.count == 1 && (isCalibrated || isNamed))) return {};
+  if (!isStack && !(pages.count == 1 && (isCalibrated || isNamed))) return {"", axes.pixelSize};
   if (description == Description::kImageJ) return {imageJDescription(axes), axes.pixelSize};
-  return {omeXml(axes, pages.width, pages.height, omeTypeOf(pages.form), pages.form.samples),
+  ImageAxes described = axes;
+  const bool isWhole = pages.form.format != SAMPLEFORMAT_IEEEFP;
+  if (axes.bitDepth && !(isWhole && *axes.bitDepth < pages.form.bits)) described.bitDepth.reset();
+  return {omeXml(described, pages.width, pages.height, omeTypeOf(pages.form), pages.form.samples),
           axes.pixelSize};
 }
 
@@ -147,10 +152,12 @@ void addNotes(const TiffHandle& out, const Notes& notes) {
     TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, notes.description.c_str());
   }
   if (!notes.pixelSize.x || !notes.pixelSize.y) return;
-  // Pixels per micrometre, the unit of the description.
-  TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_NONE);
-  TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 1 / *notes.pixelSize.x);
-  TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 1 / *notes.pixelSize.y);
+  // Pixels per micrometre, the unit of the description, or where there is none per centimetre.
+  const bool isDescribed = !notes.description.empty();
+  const double unit = isDescribed ? 1 : kCentimetre;
+  TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, isDescribed ? RESUNIT_NONE : RESUNIT_CENTIMETER);
+  TIFFSetField(tiff, TIFFTAG_XRESOLUTION, unit / *notes.pixelSize.x);
+  TIFFSetField(tiff, TIFFTAG_YRESOLUTION, unit / *notes.pixelSize.y);
 }
 
 std::string encode(const Pages& pages, const Notes& notes = {}) {

@@ -19,7 +19,8 @@ enum class Description { kImageJ, kOme };
 std::string encodeTiff(const Image& img);
 
 // The same described by `axes`, whose planes are the frames in the order of ImageAxes::pages, where
-// they are known to be several or the size of a pixel is known.
+// they are known to be several or the size of a pixel is known. Pages of unknown meaning have the
+// size alone, as a resolution per centimetre.
 std::string encodeTiff(const Image& img, const ImageAxes& axes, Description description);
 
 // The file of unsigned 16-bit samples, of `count` pages one after the other, grey or in colour.
