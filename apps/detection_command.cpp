@@ -91,7 +91,6 @@ void DetectionCommand::addFileOptions(const FileOptions& files) {
 }
 
 void DetectionCommand::addPixelSizeOption() {
-  usesMicrometres_ = true;
   options()
       .add("--pixel-size", pixelSizeText_,
            "Width and height of a pixel, in micrometres unless it has a unit; default what the "
@@ -176,7 +175,6 @@ ImageFacts DetectionCommand::factsOf(const Input& input) {
 }
 
 PixelSize DetectionCommand::pixelSizesOf(const InputImages& images, const Image& img) const {
-  if (!usesMicrometres_) return {};
   if (!pixelSizeText_) return images.axesOf(img).pixelSize;
   const double full = lengthIn(*pixelSizeText_)->value;  // in micrometres with and without a unit
   const double size = full * images.reductionOf(img);

@@ -32,7 +32,7 @@ class DetectionCommand : public Subcommand {
     const Image& img;
     std::size_t index;  // of the image
     InputImages::Place place;
-    PixelSize pixelSizes;             // along x and y, for the commands that use micrometres
+    PixelSize pixelSizes;             // along x and y
     std::optional<double> pixelSize;  // micrometres per pixel of square pixels, where known
     // Of the names of results that have no option of their own; none for a single image.
     std::optional<std::string> stem;
@@ -72,7 +72,6 @@ class DetectionCommand : public Subcommand {
   // For the constructors of the subcommands, in the order of the help.
   void addImages();
   void addFileOptions(const FileOptions& options);
-  // Of the commands that use micrometres.
   void addPixelSizeOption();
 
   // What the options' own checks do not see. Nothing has been written yet. Throws UsageError.
@@ -127,7 +126,6 @@ class DetectionCommand : public Subcommand {
   PlaneOptions planes_;
   std::optional<std::string> tableFile_;
   std::optional<TableFormat> format_;
-  bool usesMicrometres_ = false;
   std::optional<std::string> pixelSizeText_;
   struct Other {
     std::string ending;

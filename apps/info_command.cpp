@@ -108,19 +108,33 @@ std::string describeAxes(const ImageSource& source) {
   return text;
 }
 
-// The same for each image of an OME-TIFF file.
-std::string describeImages(const std::string& file) {
-  const std::vector<std::string> images = ImageSource::imagesOf(file);
-  if (images.size() == 1) return describeAxes(ImageSource(file));
-  std::string text = line("images", static_cast<int>(images.size()));
-  for (std::size_t i = 0; i < images.size(); ++i) {
-    const ImageSource source(file, static_cast<int>(i));
-    text += line("image " + std::to_string(i), std::to_string(source.nx()) + " x " +
-                                                   std::to_string(source.ny()) +
-                                                   (images[i].empty() ? "" : ", " + images[i])) +
-            describeAxes(source);
+// What describe() says, or the line `name` with what is wrong with the file.
+template <class Describe>
+std::string orError(const std::string& name, const Describe& describe) {
+  try {
+    return describe();
+  } catch (const FileError& error) {
+    return line(name, error.what());
   }
-  return text;
+}
+
+// The axes of each image of an OME-TIFF file. A wrong description does not hide the rest.
+std::string describeImages(const std::string& file) {
+  return orError("description", [&] {
+    const std::vector<std::string> images = ImageSource::imagesOf(file);
+    if (images.size() <= 1) return describeAxes(ImageSource(file));
+    std::string text = line("images", static_cast<int>(images.size()));
+    for (std::size_t i = 0; i < images.size(); ++i) {
+      const std::string name = "image " + std::to_string(i);
+      text += orError(name, [&] {
+        const ImageSource source(file, static_cast<int>(i));
+        return line(name, std::to_string(source.nx()) + " x " + std::to_string(source.ny()) +
+                              (images[i].empty() ? "" : ", " + images[i])) +
+               describeAxes(source);
+      });
+    }
+    return text;
+  });
 }
 
 // Pages may differ; the sizes and the type are those of the first.

@@ -1,5 +1,6 @@
 #include "apps/object_command.h"
 
+#include <algorithm>
 #include <locale>
 #include <sstream>
 #include <vector>
@@ -18,9 +19,10 @@ using detect::SettingsEstimate;
 
 constexpr float kLowConfidence = 0.6F;  // below it a user should look at the result
 
-// An estimate as it leaves a child process.
-std::string textOf(const SettingsEstimate& estimate) {
-  std::string text;
+// An estimate of an image, and the size of its square pixels in micrometres or 0, as they leave a
+// child process.
+std::string textOf(const SettingsEstimate& estimate, const std::optional<double>& pixelSize) {
+  std::string text = shortestDecimal(pixelSize.value_or(0)) + ' ';
   for (const Settings& s : {Settings(estimate), estimate.runnerUp}) {
     text += shortestDecimal(s.radius) + ' ' + (s.polarity == Polarity::Dark ? '1' : '0') + ' ' +
             shortestDecimal(s.confidence) + ' ';
@@ -28,18 +30,33 @@ std::string textOf(const SettingsEstimate& estimate) {
   return text;
 }
 
-SettingsEstimate estimateIn(const std::string& text) {
+struct ImageEstimate {
+  SettingsEstimate settings;
+  double pixelSize = 0;
+};
+
+ImageEstimate estimateIn(const std::string& text) {
   std::istringstream in(text);
   in.imbue(std::locale::classic());
+  ImageEstimate image;
+  in >> image.pixelSize;
   const auto read = [&in](Settings& s) {
     int isDark = 0;
     in >> s.radius >> isDark >> s.confidence;
     s.polarity = isDark == 1 ? Polarity::Dark : Polarity::Bright;
   };
-  SettingsEstimate estimate;
-  read(estimate);
-  read(estimate.runnerUp);
-  return estimate;
+  read(image.settings);
+  read(image.settings.runnerUp);
+  return image;
+}
+
+// Whether the images have pixels of different sizes, all known: their objects then have a size in
+// micrometres in common.
+bool needMicrometres(const std::vector<ImageEstimate>& images) {
+  const auto size = [](const ImageEstimate& image) { return image.pixelSize; };
+  return std::all_of(images.begin(), images.end(), [&](const auto& i) { return size(i) > 0; }) &&
+         std::any_of(images.begin(), images.end(),
+                     [&](const auto& i) { return size(i) != size(images.front()); });
 }
 
 // With two digits at least.
@@ -102,19 +119,33 @@ void ObjectCommand::check() {
 void ObjectCommand::prepare() {
   if (!sameSettings_) return;
   const Progress progress(images().size(), isQuiet());
-  std::vector<SettingsEstimate> estimates;
+  std::vector<ImageEstimate> found;
   forEachImage([&](std::size_t i) { progress.show(i, images()[i] + " (estimate)"); },
                [&](std::size_t i) {
                  const auto [img, pixelSize] = readFirst(images()[i]);
-                 return textOf(detect::findObjects(*img, settingsFor(pixelSize)).used);
+                 return textOf(detect::findObjects(*img, settingsFor(pixelSize)).used, pixelSize);
                },
                [&](std::size_t, const Outcome& outcome) {
                  // A failure is reported when the image's turn comes.
-                 if (outcome.text) estimates.push_back(estimateIn(*outcome.text));
+                 if (outcome.text) found.push_back(estimateIn(*outcome.text));
                });
+  const bool isMetric = needMicrometres(found);
+  std::vector<SettingsEstimate> estimates;
+  for (const ImageEstimate& image : found) {
+    estimates.push_back(image.settings);
+    if (!isMetric) continue;
+    const auto size = static_cast<float>(image.pixelSize);
+    estimates.back().radius *= size;
+    estimates.back().runnerUp.radius *= size;
+  }
   const SettingsEstimate common = detect::combinedEstimate(estimates);
   if (!settings_.polarity) settings_.polarity = common.polarity;
-  if (!radiusText_ && common.radius > 0) settings_.radius = common.radius;
+  if (radiusText_ || !(common.radius > 0)) return;
+  if (isMetric) {
+    radii_.typical = Size{common.radius, true};
+  } else {
+    settings_.radius = common.radius;
+  }
 }
 
 detect::FindSettings ObjectCommand::settingsFor(const std::optional<double>& pixelSize) const {

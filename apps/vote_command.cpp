@@ -1,12 +1,26 @@
 #include "apps/vote_command.h"
 
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
+#include "apps/size_option.h"
+#include "formats/file_error.h"
 #include "formats/overlay.h"
+#include "formats/text.h"
 #include "formats/vote.h"
 
 namespace orva::apps {
 namespace {
 
 using orva::voting::CircularVoting;
+
+// In pixels or, with a unit, in micrometres. The text has been checked.
+Size radiusIn(const std::string& text) {
+  const std::optional<Size> size = lengthIn(text);
+  if (size && size->isMetric) return *size;
+  return {static_cast<double>(std::strtol(text.c_str(), nullptr, 0)), false};
+}
 
 constexpr int kMaxPixels = 1000;  // radius and cone width; the cones take memory by their product
 constexpr float kMaxLevels = 3e38F;
@@ -24,6 +38,7 @@ VoteCommand::VoteCommand(CommandLine& line)
           "centers") {
   addImages();
   addVotingOptions();
+  addPixelSizeOption();
   options()
       .add("--history", history_,
            "Write the votes before every narrowing pass as ICS pairs PREFIXvote_NN, NN being "
@@ -41,6 +56,10 @@ VoteCommand::VoteCommand(CommandLine& line)
 
 void VoteCommand::addVotingOptions() {
   const Check pixels = wholeNumberIn(1, kMaxPixels);
+  const Check radius = [pixels](const std::string& text) {
+    const std::optional<Size> size = lengthIn(text);
+    return size && size->isMetric && size->value > 0 ? std::string() : pixels(text);
+  };
   const Check share = numberIn(0.0F, 1.0F);
   const Check level = numberIn(0.0F, kMaxLevels);
 
@@ -50,13 +69,16 @@ void VoteCommand::addVotingOptions() {
                                                    {"both", CircularVoting::Both}},
                                                   "bright, dark or both; default bright");
   options()
-      .add("--min-radius", settings_.minRadius, "Nearest vote in pixels; default 1")
-      .check(pixels)
+      .add("--min-radius", minRadiusText_,
+           "Nearest vote in pixels, or with a unit such as um; default 1")
+      .check(radius)
       .valueText("N");
   options()
-      .add("--max-radius", settings_.maxRadius,
-           "Farthest vote in pixels, about 1.4 times an object's radius; default 20")
-      .check(pixels)
+      .add(
+          "--max-radius", maxRadiusText_,
+          "Farthest vote in pixels, or with a unit such as um, about 1.4 times an object's radius; "
+          "default 20")
+      .check(radius)
       .valueText("N");
   options()
       .add("--cone-width", settings_.coneWidth,
@@ -101,20 +123,46 @@ void VoteCommand::addVotingOptions() {
 }
 
 void VoteCommand::check() {
-  if (settings_.minRadius > settings_.maxRadius) {
+  const auto sizeOf = [](const std::optional<std::string>& text, int otherwise) {
+    return text ? radiusIn(*text) : Size{static_cast<double>(otherwise), false};
+  };
+  const Size min = sizeOf(minRadiusText_, settings_.minRadius);
+  const Size max = sizeOf(maxRadiusText_, settings_.maxRadius);
+  if (min.isMetric == max.isMetric && min.value > max.value) {
     throw UsageError("--min-radius", "must not exceed --max-radius");
   }
+}
+
+VoteSettings VoteCommand::settingsFor(const std::optional<double>& pixelSize) const {
+  VoteSettings settings = settings_;
+  const auto set = [&](int& radius, const std::optional<std::string>& text) {
+    if (!text) return;
+    const float pixels = std::round(radiusIn(*text).inPixels(pixelSize));
+    if (!(pixels >= 1 && pixels <= static_cast<float>(kMaxPixels))) {
+      throw FileError("has pixels of " + shortestDecimal(static_cast<float>(*pixelSize)) +
+                      " um, in which " + *text + " is not a radius from 1 to " +
+                      std::to_string(kMaxPixels));
+    }
+    radius = static_cast<int>(pixels);
+  };
+  set(settings.minRadius, minRadiusText_);
+  set(settings.maxRadius, maxRadiusText_);
+  if (settings.minRadius > settings.maxRadius) {
+    throw FileError("has pixels in which --min-radius exceeds --max-radius");
+  }
+  return settings;
 }
 
 DetectionCommand::Findings VoteCommand::findIn(const Input& input) const {
   std::optional<std::string> prefix = history_;
   if (prefix && input.stem) *prefix += *input.stem + "_";
-  const VoteResult result = vote(input.img, settings_, prefix);
+  const VoteSettings settings = settingsFor(input.pixelSize);
+  const VoteResult result = vote(input.img, settings, prefix);
   Findings findings;
-  findings.found = detectionsOf(factsOf(input), settings_, result);
+  findings.found = detectionsOf(factsOf(input), settings, result);
   if (const auto& overlay = input.files.front()) {
     findings.files.push_back(
-        {*overlay, overlayAsPng(input.img, result.centers, settings_.maxRadius)});
+        {*overlay, overlayAsPng(input.img, result.centers, settings.maxRadius)});
   }
   findings.summary = std::to_string(result.centers.size());
   return findings;

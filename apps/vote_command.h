@@ -19,7 +19,13 @@ class VoteCommand : public DetectionCommand {
   void check() override;
   Findings findIn(const Input& input) const override;
 
+  // The settings for an image with pixels of this size. Throws FileError where that is needed and
+  // not known, and for radii that are out of range in pixels.
+  VoteSettings settingsFor(const std::optional<double>& pixelSize) const;
+
   VoteSettings settings_;
+  std::optional<std::string> minRadiusText_;
+  std::optional<std::string> maxRadiusText_;
   std::optional<std::string> history_;
 };
 

@@ -32,7 +32,8 @@ struct Contour {
 };
 
 // The contours of the labels above 0 in plane 0, by label; the polygons of a label in the order of
-// their first pixels. Memory: about 5 bytes per pixel. Cost: proportional to the pixels.
+// their first pixels. Memory: about 5 bytes per pixel, and up to 8 per pixel of the largest region.
+// Cost: proportional to the pixels.
 std::vector<Contour> contoursOf(const orva::image<int>& labels);
 
 }  // namespace orva::formats

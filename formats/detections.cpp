@@ -49,7 +49,7 @@ Json settingsJson(const detect::FindSettings& s, const detect::Settings& used,
   return settings;
 }
 
-// A measurement that is a length or an area.
+// A measurement that is a length, a position or an area.
 struct Size {
   const char* name;
   const char* inMicrometres;
@@ -62,6 +62,8 @@ constexpr Size kSizes[] = {
     {"major_axis_length", "major_axis_length_um", 1},
     {"minor_axis_length", "minor_axis_length_um", 1},
     {"equivalent_diameter_area", "equivalent_diameter_area_um", 1},
+    {"centroid-0", "centroid-0_um", 1},
+    {"centroid-1", "centroid-1_um", 1},
 };
 
 }  // namespace
@@ -88,10 +90,15 @@ Detections detectionsOf(const ImageFacts& facts, const VoteSettings& s, const Vo
   d.settings = settings.dump();
   d.what = "centers";
   d.columns = {{"x", Kind::kWhole}, {"y", Kind::kWhole}, {"weight", Kind::kFloat}};
+  const std::optional<double>& size = facts.pixelSize;
+  if (size) {
+    for (const char* name : {"x_um", "y_um"}) d.columns.push_back({name, Kind::kFloat});
+  }
   d.shape = Detections::Shape::kPoints;
   for (const Center& c : result.centers) {
     d.values.insert(d.values.end(),
                     {static_cast<double>(c.x), static_cast<double>(c.y), double{c.weight}});
+    if (size) d.values.insert(d.values.end(), {c.x * *size, c.y * *size});
     d.places.push_back({static_cast<double>(c.x), static_cast<double>(c.y)});
   }
   return d;

@@ -72,7 +72,7 @@ struct Detections {
   }
 };
 
-// Rows of x, y and weight.
+// Rows of x, y and weight; where the size of a pixel is known, x_um and y_um, too.
 Detections detectionsOf(const ImageFacts& facts, const VoteSettings& settings,
                         const VoteResult& result);
 
@@ -83,8 +83,8 @@ Detections detectionsOf(const ImageFacts& facts, const detect::FindSettings& set
 
 // Rows of the measurements in the order and with the names of detect::measureColumns(), the score
 // of the object in the same place of `result`, and whether the region touches the border; where the
-// size of a pixel is known, the areas and lengths in micrometres, too. `contours` may be empty
-// where no shapes are needed.
+// size of a pixel is known, the areas, lengths and centroids in micrometres, too. `contours` may be
+// empty where no shapes are needed.
 Detections detectionsOf(const ImageFacts& facts, const detect::FindSettings& settings,
                         const detect::SegmentSettings& regionSettings,
                         const detect::FindResult& result,

@@ -6,7 +6,9 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <memory>
 #include <new>
+#include <numbers>
 #include <utility>
 
 #include "formats/result_table.h"
@@ -16,7 +18,7 @@ namespace orva::formats {
 namespace {
 
 constexpr double kHalf = 0.5;  // from the center of a pixel to its edge
-constexpr double kPi = 3.14159265358979323846;
+constexpr double kPi = std::numbers::pi;
 
 using Point = std::pair<double, double>;
 
@@ -147,6 +149,7 @@ std::string gzipped(const std::string& text) {
                    Z_DEFAULT_STRATEGY) != Z_OK) {
     throw std::bad_alloc();
   }
+  const std::unique_ptr<z_stream, decltype(&deflateEnd)> end(&stream, deflateEnd);
   std::string result;
   std::array<char, 65536> piece{};
   std::size_t next = 0;
@@ -163,7 +166,6 @@ std::string gzipped(const std::string& text) {
       result.append(piece.data(), piece.size() - stream.avail_out);
     } while (stream.avail_out == 0);
   }
-  deflateEnd(&stream);
   return result;
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "formats/file_error.h"
 #include "formats/text.h"
 
 namespace orva::formats {
@@ -31,17 +32,21 @@ std::vector<std::string> imagesIn(const std::string& folder) {
       names.push_back((fs::path(folder) / name).string());
     }
   }
+  if (error) throw FileError(folder + " cannot be read: " + error.message());
   return names;
 }
 
 std::vector<std::string> filesLike(const std::string& pattern) {
   glob_t found{};
   std::vector<std::string> names;
-  if (glob(pattern.c_str(), GLOB_NOSORT, nullptr, &found) == 0) {
-    names.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
-  }
+  const int status = glob(pattern.c_str(), GLOB_NOSORT, nullptr, &found);
+  if (status == 0) names.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
   globfree(&found);
-  std::erase_if(names, [](const std::string& name) { return fs::is_directory(name); });
+  if (status != 0 && status != GLOB_NOMATCH) throw FileError(pattern + " cannot be searched");
+  std::erase_if(names, [](const std::string& name) {
+    std::error_code none;
+    return fs::is_directory(name, none);
+  });
   return names;
 }
 

@@ -91,9 +91,11 @@ void ImageSource::openTiff(const std::string& path, std::optional<int> series) {
 }
 
 void ImageSource::requireLevel(int page, int level) const {
-  if (level == 0 || (level > 0 && tiff_ && level < tiff_->levels(page))) return;
+  if (level == 0) return;
+  const int levels = tiff_ ? tiff_->levels(page) : 1;
+  if (level > 0 && level < levels) return;
   throw FileError("has no level " + std::to_string(level) + "; there are 0 to " +
-                  std::to_string(levels_ - 1));
+                  std::to_string(levels - 1));
 }
 
 void ImageSource::requireSizeOfFirst(std::size_t nx, std::size_t ny, int level) const {

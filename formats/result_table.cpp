@@ -62,12 +62,10 @@ std::string optionalCell(const std::optional<int>& v) {
 
 TableFormat formatOf(const std::string& path) {
   const std::string extension = extensionOf(path);
+  if (extension == ".gz") return formatOf(path.substr(0, path.size() - extension.size()));
   if (extension == ".json") return TableFormat::kJson;
-  if (extension == ".zip") return TableFormat::kRoi;
-  const bool isGeoJson =
-      extension == ".geojson" ||
-      (extension == ".gz" && extensionOf(path.substr(0, path.size() - 3)) == ".geojson");
-  return isGeoJson ? TableFormat::kGeoJson : TableFormat::kCsv;
+  if (extension == ".geojson") return TableFormat::kGeoJson;
+  return extension == ".zip" ? TableFormat::kRoi : TableFormat::kCsv;
 }
 
 const char* extensionOf(TableFormat format) {
@@ -89,11 +87,12 @@ bool drawsContours(TableFormat format) {
 
 std::string encodeTable(const std::vector<Detections>& images, TableFormat format,
                         const std::string& path) {
+  if (extensionOf(path) == ".gz") return gzipped(encodeTable(images, format, ""));
   switch (format) {
     case TableFormat::kJson:
       return jsonOf(images);
     case TableFormat::kGeoJson:
-      return extensionOf(path) == ".gz" ? gzipped(geoJsonOf(images)) : geoJsonOf(images);
+      return geoJsonOf(images);
     case TableFormat::kRoi:
       return roiSetOf(images);
     case TableFormat::kNapari:

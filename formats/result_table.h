@@ -11,8 +11,8 @@ namespace orva::formats {
 
 enum class TableFormat { kCsv, kJson, kGeoJson, kRoi, kNapari };
 
-// The format that the name of a file means: JSON for .json, GeoJSON for .geojson and .geojson.gz,
-// an ROI set for .zip, CSV for any other.
+// The format that the name of a file means: JSON for .json, GeoJSON for .geojson, an ROI set for
+// .zip, CSV for any other; with .gz behind it the same.
 TableFormat formatOf(const std::string& path);
 
 // The extension of files of a format, ".csv" for example.
@@ -21,9 +21,8 @@ const char* extensionOf(TableFormat format);
 // Whether a format draws contours.
 bool drawsContours(TableFormat format);
 
-// The results of the images of a file, at least one, with the same columns. GeoJSON that goes to a
-// file whose name `path` ends in .gz is compressed. Throws FileError for an ROI set that cannot be
-// made.
+// The results of the images of a file, at least one, with the same columns. What goes to a file
+// whose name `path` ends in .gz is compressed. Throws FileError for an ROI set that cannot be made.
 std::string encodeTable(const std::vector<Detections>& images, TableFormat format,
                         const std::string& path = "");
 

@@ -1,7 +1,9 @@
 #include "formats/size_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <string_view>
 #include <system_error>
 
@@ -47,7 +49,11 @@ float Size::inPixels(const std::optional<double>& pixelSize) const {
     throw FileError(
         "has no known size of square pixels; give --pixel-size, or sizes in pixels without a unit");
   }
-  return static_cast<float>(value / std::pow(*pixelSize, dimension));
+  const double pixels = value / std::pow(*pixelSize, dimension);
+  using Limits = std::numeric_limits<float>;
+  return value > 0
+             ? static_cast<float>(std::clamp(pixels, double{Limits::min()}, double{Limits::max()}))
+             : 0.0F;
 }
 
 std::optional<Size> lengthIn(const std::string& text) { return sizeIn(text, 1); }

@@ -208,5 +208,27 @@ TEST_F(InfoCommand, SampleImagesHaveTheSizesOfTheirIndex) {
   EXPECT_EQ(count, 4);
 }
 
+TEST_F(InfoCommand, WrongDescriptionHidesNothing) {
+  const std::string one =
+      "<Image><Pixels DimensionOrder=\"XYCZT\" SizeX=\"2\" SizeY=\"1\" SizeC=\"1\" SizeZ=\"1\" "
+      "SizeT=\"1\"><TiffData IFD=\"0\"/></Pixels></Image>";
+  const auto infoOf = [&](const std::string& images) {
+    {
+      TiffFile file(box / "a.tif");
+      file.page({2, 1, 1, {3, 7}}, {.description = "<OME>" + images + "</OME>"});
+    }
+    const Outcome outcome = box.run({"info", "a.tif"});
+    EXPECT_TRUE(succeeded(outcome));
+    const std::string range = "range: 3 to 7\n";
+    const std::size_t at = outcome.out.find(range);
+    return at == std::string::npos ? outcome.out : outcome.out.substr(at + range.size());
+  };
+  EXPECT_EQ(infoOf("<Image/>"),
+            "description: is an OME-TIFF file whose OME-XML is wrong: its image has no Pixels\n");
+  EXPECT_EQ(infoOf(one + "<Image/>"),
+            "images: 2\nimage 0: 2 x 1\ndescription: OME\nchannels: 1\nslices: 1\ntimes: 1\n"
+            "image 1: is an OME-TIFF file whose OME-XML is wrong: its image has no Pixels\n");
+}
+
 }  // namespace
 }  // namespace orva::test

@@ -68,8 +68,36 @@ TEST_F(Micrometres, OtherImagesAreAsBefore) {
   const Outcome plain = box.run({"find", "plain.tif"});
   EXPECT_TRUE(plain.out.starts_with("x,y,radius,score\n"));
   EXPECT_EQ(plain.err.find("um"), std::string::npos);
-  EXPECT_EQ(box.run({"vote", "--max-radius", "13", "half.tif"}).out,
-            box.run({"vote", "--max-radius", "13", "plain.tif"}).out);
+  const Outcome vote = box.run({"vote", "--max-radius", "13", "plain.tif"});
+  EXPECT_TRUE(succeeded(vote));
+  EXPECT_TRUE(vote.out.starts_with("x,y,weight\n"));
+}
+
+TEST_F(Micrometres, CentersAreRepeatedAndRadiiHaveUnits) {
+  const Outcome outcome = box.run({"vote", "--max-radius", "13", "half.tif"});
+  EXPECT_TRUE(succeeded(outcome));
+  const auto rows = fieldsOfLines(outcome.out);
+  ASSERT_EQ(rows.size(), 5U);
+  EXPECT_EQ(rows[0], (std::vector<std::string>{"x", "y", "weight", "x_um", "y_um"}));
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    EXPECT_EQ(std::stod(rows[i][3]), std::stod(rows[i][0]) / 2);
+    EXPECT_EQ(std::stod(rows[i][4]), std::stod(rows[i][1]) / 2);
+  }
+  EXPECT_EQ(box.run({"vote", "--max-radius", "6.5um", "half.tif"}).out, outcome.out);
+  EXPECT_EQ(box.run({"vote", "--max-radius", "6500nm", "--min-radius", "0.4um", "half.tif"}).out,
+            outcome.out);
+  EXPECT_EQ(
+      box.run({"vote", "--max-radius", "13um", "--pixel-size", "1um", "plain.tif"}).out.size(),
+      box.run({"vote", "--max-radius", "13", "--pixel-size", "1", "plain.tif"}).out.size());
+  EXPECT_TRUE(failedWithOneLine(box.run({"vote", "--max-radius", "6um", "plain.tif"}), "plain.tif",
+                                "has no known size of square pixels; give --pixel-size"));
+  EXPECT_TRUE(failedWithOneLine(box.run({"vote", "--max-radius", "6mm", "half.tif"}), "half.tif",
+                                "6mm is not a radius from 1 to 1000"));
+  EXPECT_TRUE(
+      failedWithOneLine(box.run({"vote", "--min-radius", "8", "--max-radius", "3um", "half.tif"}),
+                        "half.tif", "--min-radius exceeds --max-radius"));
+  EXPECT_TRUE(refused(box.run({"vote", "--min-radius", "4um", "--max-radius", "3um", "half.tif"}),
+                      "must not exceed --max-radius"));
 }
 
 TEST_F(Micrometres, ReportSaysBoth) {
@@ -187,11 +215,33 @@ TEST_F(Micrometres, AreasAreLimitedInSquares) {
 TEST_F(Micrometres, MeasurementsAreRepeatedInMicrometres) {
   const auto rows = fieldsOfLines(box.run({"segment", "half.tif"}).out);
   ASSERT_EQ(rows.size(), 5U);
-  ASSERT_EQ(rows[0].size(), 26U);
+  ASSERT_EQ(rows[0].size(), 28U);
   EXPECT_EQ(rows[0][21], "area_um2");
   EXPECT_EQ(std::stod(rows[1][21]), std::stod(rows[1][3]) / 4);
   EXPECT_EQ(rows[0][22], "perimeter_um");
   EXPECT_EQ(std::stod(rows[1][22]), std::stod(rows[1][5]) / 2);
+  EXPECT_EQ(rows[0][26], "centroid-0_um");
+  EXPECT_EQ(std::stod(rows[1][26]), std::stod(rows[1][1]) / 2);
+}
+
+// The same discs in pixels of half the size.
+TEST_F(Micrometres, SameSettingsAreCombinedInMicrometres) {
+  {
+    TiffFile file(box / "quarter.tif");
+    TiffForm form;
+    form.description = omePixels("PhysicalSizeX=\"0.25\" PhysicalSizeY=\"0.25\"");
+    file.page(discs(150, 110, {{30, 30, 18}, {90, 40, 18}, {60, 80, 18}}), form);
+  }
+  EXPECT_EQ(
+      box.run({"find", "--quiet", "--same-settings", "--out", "out", "half.tif", "quarter.tif"})
+          .status,
+      0);
+  const auto rows = fieldsOfLines(box.read("out/summary.csv"));
+  ASSERT_EQ(rows.size(), 3U);
+  EXPECT_EQ(rows[1][3], "4");
+  EXPECT_EQ(rows[2][3], "3");
+  EXPECT_NEAR(std::stod(rows[1][4]), 9, 1);
+  EXPECT_NEAR(std::stod(rows[2][4]), 2 * std::stod(rows[1][4]), 0.15);
 }
 
 TEST_F(Micrometres, SameSettingsHoldForTheBatch) {

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "formats/geojson.h"
 #include "tests/formats/detections_scene.h"
 
 namespace orva::test {
@@ -34,8 +35,34 @@ TEST(TableFormat, IsThatOfTheExtension) {
   EXPECT_EQ(formatOf("d.json/a.GeoJSON.GZ"), TableFormat::kGeoJson);
   EXPECT_EQ(formatOf("a.zip"), TableFormat::kRoi);
   EXPECT_EQ(formatOf("a.gz"), TableFormat::kCsv);
+  EXPECT_EQ(formatOf("a.csv.gz"), TableFormat::kCsv);
+  EXPECT_EQ(formatOf("a.json.gz"), TableFormat::kJson);
   EXPECT_EQ(formatOf("a.json.txt"), TableFormat::kCsv);
   EXPECT_EQ(formatOf("-"), TableFormat::kCsv);
+}
+
+TEST(ResultTable, EveryFormatIsCompressedUnderGz) {
+  for (const TableFormat format : {TableFormat::kCsv, TableFormat::kJson, TableFormat::kGeoJson,
+                                   TableFormat::kNapari, TableFormat::kRoi}) {
+    const std::string plain = formats::encodeTable({pointsScene()}, format, "a.csv");
+    EXPECT_EQ(formats::encodeTable({pointsScene()}, format, "a.csv.gz"), formats::gzipped(plain));
+    EXPECT_EQ(formats::gzipped(plain).substr(0, 2), "\x1f\x8b");
+  }
+}
+
+TEST(ResultTable, CentersAreRepeatedInMicrometres) {
+  EXPECT_EQ(csvOf({pointsScene(calibrated())}),
+            "x,y,weight,x_um,y_um\n12,7,5,6,3.5\n3,20,0.125,1.5,10\n");
+  const json document = json::parse(jsonOf({pointsScene(calibrated())}));
+  EXPECT_EQ(document["centers"][1],
+            json({{"x", 3}, {"y", 20}, {"weight", 0.125}, {"x_um", 1.5}, {"y_um", 10}}));
+}
+
+TEST(ResultTable, CentroidsAreRepeatedInMicrometres) {
+  const json objects = json::parse(jsonOf({contoursScene(calibrated())}))["objects"];
+  for (const std::string name : {"centroid-0", "centroid-1"}) {
+    EXPECT_EQ(objects[1][name + "_um"], objects[1][name].get<double>() / 2) << name;
+  }
 }
 
 TEST(ResultTable, CsvHasARowForEachDetection) {
@@ -70,7 +97,8 @@ TEST(ResultTable, AreasAreInSquareMicrometres) {
   }
   EXPECT_TRUE(csvOf({d}).starts_with("label,centroid-0,"));
   EXPECT_NE(csvOf({d}).find(",score,touches_border,area_um2,perimeter_um,major_axis_length_um,"
-                            "minor_axis_length_um,equivalent_diameter_area_um\n"),
+                            "minor_axis_length_um,equivalent_diameter_area_um,"
+                            "centroid-0_um,centroid-1_um\n"),
             std::string::npos);
 }
 

@@ -1,8 +1,14 @@
 // The command's readers on any file: PGM behind its check, PPM, PNG and TIFF, told apart by their
-// first bytes. The first byte of an input chooses a frame or all; colour is asked for in each way.
+// first bytes. The first byte of an input chooses a frame or all; colour is asked for in each way,
+// and planes and projections by the axes that the file states.
+#include <cstdint>
 #include <optional>
+#include <string>
 
+#include "formats/file_error.h"
 #include "formats/image_file.h"
+#include "formats/image_source.h"
+#include "formats/plane_choice.h"
 #include "tests/fuzz/command_read.h"
 #include "tests/fuzz/operations/compare.h"
 #include "tests/support/reference/image.h"
@@ -81,6 +87,33 @@ void requirePlane(const Reader& reader, const Image& all, int k) {
       "the pixels of a plane");
 }
 
+// Planes and projections of the file as the axes that it states, at two levels: an image of one
+// size or an error.
+void readPlanes(const std::string& content) {
+  const ContentFile file(content);
+  try {
+    const formats::ImageSource source(file.name());
+    if (std::int64_t{source.nx()} * source.ny() > kLarge) return;
+    for (const auto projection : {formats::Projection::kMax, formats::Projection::kMean}) {
+      formats::PlaneChoice choice;
+      choice.channel = source.axes().areKnown ? std::optional<std::string>("0") : std::nullopt;
+      choice.projection = projection;
+      const formats::PlaneSelection selection = formats::selectPlanes(source.axes(), choice);
+      for (const int level : {0, 1}) {
+        const CommandRead read = commandRead([&] {
+          return formats::readPlanar(source, selection.axes, selection.images.front(), level);
+        });
+        if (!read.img) continue;
+        require(read.img->nx() <= source.nx() && read.img->ny() <= source.ny(),
+                "levels of at most the full size");
+        if (level > 0) continue;
+        require(read.img->nx() == source.nx() && read.img->ny() == source.ny(), "the full size");
+      }
+    }
+  } catch (const formats::FileError&) {
+  }
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -88,6 +121,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const int choice = input.take<std::uint8_t>();
   const std::string content(input.rest());
   const Reader reader(content);
+  readPlanes(content);
   const int k = choice / 2 % 16;
   if (choice % 2 == 1) {
     readInEachWay(reader, k);
