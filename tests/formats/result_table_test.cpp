@@ -44,8 +44,9 @@ TEST(TableFormat, IsThatOfTheExtension) {
 TEST(ResultTable, EveryFormatIsCompressedUnderGz) {
   for (const TableFormat format : {TableFormat::kCsv, TableFormat::kJson, TableFormat::kGeoJson,
                                    TableFormat::kNapari, TableFormat::kRoi}) {
-    const std::string plain = formats::encodeTable({pointsScene()}, format, "a.csv");
-    EXPECT_EQ(formats::encodeTable({pointsScene()}, format, "a.csv.gz"), formats::gzipped(plain));
+    const std::vector<Detections> scene{circlesScene()};
+    const std::string plain = formats::encodeTable(scene, format, "a.csv");
+    EXPECT_EQ(formats::encodeTable(scene, format, "a.csv.gz"), formats::gzipped(plain));
     EXPECT_EQ(formats::gzipped(plain).substr(0, 2), "\x1f\x8b");
   }
 }
