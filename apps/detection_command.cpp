@@ -142,7 +142,7 @@ bool DetectionCommand::mayShareNames(const std::string& image) const {
 }
 
 std::vector<fs::path> DetectionCommand::numberedFiles(const std::string& image) const {
-  const std::vector<fs::path> single = batchFiles(image);
+  std::vector<fs::path> single = batchFiles(image);
   try {
     if (isStandardStream(image) || kindOf(image) != FileKind::kTiff) return single;
     const InputImages images(image, planes_);
