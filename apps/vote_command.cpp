@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "apps/size_option.h"
 #include "formats/file_error.h"
 #include "formats/overlay.h"
+#include "formats/size_text.h"
 #include "formats/text.h"
 #include "formats/vote.h"
 
