@@ -3,14 +3,15 @@
 from __future__ import annotations
 
 import os
+import sys
 from typing import Any, NamedTuple, Union
 
 import numpy as np
 
 from . import _options as options
 from . import _orva
+from ._arrays import MAX_PIXELS, image_of, require_array
 from ._arrays import Image as AnyImage
-from ._arrays import image_of, require_array
 from ._image import Image, described
 
 Path = Union[str, "os.PathLike[str]"]
@@ -69,10 +70,8 @@ def read(
     chosen = plane_options(frame=frame, channel=channel, z=z, time=time, series=series, level=level)
     try:
         if chosen.frame is not None:
-            return described(_orva.read_frame(name, chosen.frame), ("y", "x"), {}, ("",))
-        pixels, axes, sizes, names = _orva.read(name, *chosen[1:])
-        by_axis = {axis: size for axis, size in zip("xyz", sizes) if size is not None}
-        return described(pixels, axes, by_axis, names)
+            return described(*_orva.read_frame(name, chosen.frame))
+        return described(*_orva.read(name, *chosen[1:]))
     except _orva.FileError as error:
         reason = str(error)
         for option in ("frame", "channel", "z", "time", "series", "level"):
@@ -171,7 +170,7 @@ def write(
             return _write_colour(path, image, channel_axis, stretch)
         order, sizes, pixel_size, names = _description(image)
         pixels = pixels if order is None else np.transpose(pixels, order)
-        unsigned = image.dtype.name == "uint16"
+        unsigned = _is_uint16(image)
         return _orva.write(os.fsencode(path), pixels, stretch, unsigned, sizes, pixel_size, names)
     except _orva.FileError as error:
         reason = str(error).replace("--stretch", "stretch=True").replace("; choose one with --frame", "")
@@ -182,16 +181,38 @@ def _description(
     image: Any,
 ) -> tuple[tuple[int, ...] | None, tuple[int, int, int], _orva.PixelSizes, list[str]]:
     """The order of axes with channels varying fastest, their sizes, and what else an Image says."""
-    size = getattr(image, "pixel_size", {})
-    pixel_size = (size.get("x"), size.get("y"), size.get("z"))
-    axes: tuple[str, ...] = getattr(image, "axes", None) or ()
+    pixel_size = _pixel_size(image)
+    axes: tuple[str, ...] = tuple(getattr(image, "axes", None) or ())
     names = list(getattr(image, "channel_names", None) or [])
+    if not all(isinstance(name, str) for name in (*axes, *names)):
+        raise TypeError("the names of axes and channels of an image must be str")
+    if len(set(axes)) < len(axes):
+        raise ValueError(f"image has an axis twice: {axes}")
     plain = ("y", "x")
     if axes[-2:] != plain or not set(axes) <= set("tzc") | set(plain) or len(axes) != image.ndim:
         return None, (1, 1, 1) if image.ndim == 2 else (0, 0, 0), pixel_size, []
     counts = dict(zip(axes, image.shape))
+    if names and len(names) != counts.get("c", 1):
+        raise ValueError(f"image has {counts.get('c', 1)} channels and {len(names)} names of channels")
     order = sorted(range(image.ndim), key=lambda i: "tzcyx".index(axes[i]))
     return tuple(order), (counts.get("c", 1), counts.get("z", 1), counts.get("t", 1)), pixel_size, names
+
+
+def _pixel_size(image: Any) -> _orva.PixelSizes:
+    size = getattr(image, "pixel_size", {})
+    if not isinstance(size, dict):
+        raise TypeError(f"pixel_size must be a dict of sizes by axes, not {type(size).__name__}")
+    for axis, value in size.items():
+        options.number(f"pixel_size[{axis!r}]", value, sys.float_info.min, sys.float_info.max)
+    return size.get("x"), size.get("y"), size.get("z")
+
+
+def _is_uint16(image: Any) -> bool:
+    """Whether an image has the type uint16, or had it in its file and still fits it."""
+    if getattr(image, "file_type", None) != "uint16" or image.dtype.name != "int32":
+        return bool(image.dtype.name == "uint16")
+    limit = np.iinfo(np.uint16).max
+    return bool(image.min() >= 0 and image.max() <= limit)
 
 
 def _write_colour(path: Path, image: Any, channel_axis: int | None, stretch: bool) -> None:
@@ -206,10 +227,15 @@ def _write_colour(path: Path, image: Any, channel_axis: int | None, stretch: boo
         raise ValueError(f"image has {array.shape[axis]} channels along the axis {axis}; colour has 3")
     if array.size == 0:
         raise ValueError("image is empty")
+    if array.ndim > 6 or array.size // 3 > MAX_PIXELS:
+        raise ValueError(
+            f"image has the shape {array.shape}; it must have up to 5 axes and one of colour, and at "
+            f"most {MAX_PIXELS} pixels"
+        )
     holds = _orva.holds_colour if array.dtype.name == "uint8" else _orva.holds_colour_16
     if not holds(os.fsencode(path)):
         raise ValueError(f"{os.fsdecode(path)}: this format does not hold colour of {array.dtype}")
     planes = np.moveaxis(array, axis, -1)
     native = planes.astype(planes.dtype.newbyteorder("="), order="C", copy=False)
     stack = native.reshape(-1, *native.shape[-3:])
-    _orva.write_colour(os.fsencode(path), stack, (0, 0, 0), (None, None, None))
+    _orva.write_colour(os.fsencode(path), stack, (0, 0, 0), _pixel_size(image))

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/chosen_images.h"
 #include "formats/image_file.h"
 #include "formats/image_source.h"
 #include "formats/image_writer.h"
@@ -62,19 +63,38 @@ formats::PlaneChoice planeChoice(const std::optional<std::string>& channel,
 
 namespace {
 
-// A plane has two axes, a stack three.
-py::array readFrame(const std::string& path, int frame) {
-  const auto img =
-      unlocked([&] { return formats::readImageFile(path, frame, formats::ColourUse::kLuminance); });
-  return arrayOf(*img, {img->ny(), img->nx()});
-}
-
 // What a file says of its pixels beside them.
 struct Notes {
-  std::vector<std::string> axes;
-  formats::PixelSize pixelSize;
-  std::vector<std::string> channelNames;
+  std::vector<std::string> axes{};
+  formats::PixelSize pixelSize{};
+  std::vector<std::string> channelNames{""};
+  bool isUnsigned16 = false;
 };
+
+// The pixels, the names of the axes, the sizes of a pixel along x, y and z, the names of channels,
+// and whether the file has unsigned 16-bit samples, which the array holds in wider ones.
+py::tuple resultOf(const orva::Image& img, Shape shape, Notes notes) {
+  shape.insert(shape.end(), {img.ny(), img.nx()});
+  notes.axes.insert(notes.axes.end(), {"y", "x"});
+  const formats::PixelSize& size = notes.pixelSize;
+  return py::make_tuple(
+      arrayOf(img, shape), py::tuple(py::cast(notes.axes)), py::make_tuple(size.x, size.y, size.z),
+      py::tuple(py::cast(notes.channelNames)), notes.isUnsigned16 && img.format() == orva::INT);
+}
+
+py::tuple readFrame(const std::string& path, int frame) {
+  Notes notes;
+  const auto img = unlocked([&] {
+    formats::FileChoice choice;
+    choice.frame = frame;
+    const formats::ChosenImages images(path, choice);
+    auto pixels = images.read(0);
+    notes.pixelSize = images.axesOf(*pixels).pixelSize;
+    notes.isUnsigned16 = pixels->format() == orva::INT && images.isUnsigned16();
+    return pixels;
+  });
+  return resultOf(*img, {}, notes);
+}
 
 py::tuple read(const std::string& path, const std::optional<int>& series,
                const formats::PlaneChoice& choice, int level) {
@@ -104,14 +124,10 @@ py::tuple read(const std::string& path, const std::optional<int>& series,
     std::unique_ptr<orva::Image> pixels = stack.take();
     notes.pixelSize = source.pixelSizeOf(pixels->nx(), pixels->ny());
     notes.pixelSize.z = kept.pixelSize.z;
+    notes.isUnsigned16 = source.isUnsigned16();
     return pixels;
   });
-  shape.insert(shape.end(), {img->ny(), img->nx()});
-  notes.axes.insert(notes.axes.end(), {"y", "x"});
-  const formats::PixelSize& size = notes.pixelSize;
-  return py::make_tuple(arrayOf(*img, shape), py::tuple(py::cast(notes.axes)),
-                        py::make_tuple(size.x, size.y, size.z),
-                        py::tuple(py::cast(notes.channelNames)));
+  return resultOf(*img, shape, notes);
 }
 
 // One file after the other, for the list of temporary files has no lock.
@@ -126,13 +142,14 @@ void writeOneByOne(const Write& write) {
 
 using PixelSizes = std::array<std::optional<double>, 3>;  // x, y, z
 
-formats::ImageAxes axesOf(const std::array<int, 3>& sizes, const PixelSizes& pixelSize,
+// Of `planes` planes, whose meaning is unknown if a size is 0.
+formats::ImageAxes axesOf(const std::array<int, 3>& sizes, int planes, const PixelSizes& pixelSize,
                           const std::vector<std::string>& channelNames) {
   formats::ImageAxes axes;
-  axes.nc = sizes[0];
-  axes.nz = sizes[1];
-  axes.nt = sizes[2];
-  axes.areKnown = axes.nc > 0;
+  axes.areKnown = sizes[0] > 0 || planes == 1;
+  axes.nc = std::max(1, sizes[0]);
+  axes.nz = sizes[0] > 0 ? sizes[1] : planes;
+  axes.nt = std::max(1, sizes[2]);
   axes.pixelSize = {pixelSize[0], pixelSize[1], pixelSize[2]};
   axes.channelNames = channelNames;
   return axes;
@@ -145,8 +162,9 @@ void write(const std::string& path, const py::array& array, bool stretch, bool i
            const std::vector<std::string>& channelNames) {
   const auto img = toImage(array);
   writeOneByOne([&] {
-    formats::writeImageFile(path, *img, stretch ? formats::Fit::kStretched : formats::Fit::kExactly,
-                            {axesOf(sizes, pixelSize, channelNames), isUnsigned16, true});
+    formats::writeImageFile(
+        path, *img, stretch ? formats::Fit::kStretched : formats::Fit::kExactly,
+        {axesOf(sizes, img->nframes(), pixelSize, channelNames), isUnsigned16, true});
   });
 }
 
@@ -157,7 +175,7 @@ void writeColour(const std::string& path, const py::array& array, const std::arr
   const auto ny = static_cast<int>(array.shape(1));
   const auto nx = static_cast<int>(array.shape(2));
   const auto count = static_cast<std::size_t>(array.size());
-  const formats::ImageAxes axes = axesOf(sizes, pixelSize, {});
+  const formats::ImageAxes axes = axesOf(sizes, n, pixelSize, {});
   if (array.itemsize() == 1) {
     orva::image<orva::GenericRgb<unsigned char>> img(nx, ny, n, 1, 1);
     std::memcpy(static_cast<void*>(img.pixels()), array.data(), count);

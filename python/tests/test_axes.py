@@ -1,5 +1,6 @@
 """Axes, calibration and pixel types of TIFF files that tifffile writes, and back."""
 
+import copy
 import itertools
 
 import numpy as np
@@ -243,9 +244,65 @@ def test_a_plane_is_read_without_the_others(tmp_path):
             orva.read(path, **options)
 
 
-def test_results_of_operations_know_nothing():
-    image = orva.Image(np.zeros((4, 5)).shape)
-    assert (image.axes, image.pixel_size, image.channel_names) == (None, {}, None)
+@pytest.mark.parametrize(
+    "operation", [lambda i: i[0], lambda i: i + 1, lambda i: i.copy(), lambda i: i.T, copy.deepcopy]
+)
+def test_results_of_operations_know_nothing(tmp_path, operation):
+    tifffile.imwrite(tmp_path / "a.ome.tif", numbered("CYX", "uint16"), photometric="minisblack",
+                     metadata={"axes": "CYX", "PhysicalSizeX": 0.5, "PhysicalSizeY": 0.5})
+    image = orva.read(tmp_path / "a.ome.tif", channel=0)
+    assert (image.axes, image.pixel_size, image.file_type) == (("y", "x"), {"x": 0.5, "y": 0.5}, "uint16")
+    result = operation(image)
+    assert isinstance(result, orva.Image)
+    assert (result.axes, result.pixel_size, result.channel_names, result.file_type) == (
+        None, {}, None, None)
+
+
+@pytest.mark.parametrize("options", [{}, {"frame": 0}])
+def test_sixteen_bits_are_written_as_they_were_read(tmp_path, options):
+    array = np.array([[0, 65535, 300], [4, 5, 6]], "uint16")
+    tifffile.imwrite(tmp_path / "a.ome.tif", array, metadata={
+        "axes": "YX", "PhysicalSizeX": 0.25, "PhysicalSizeY": 0.25})
+    image = orva.read(tmp_path / "a.ome.tif", **options)
+    assert image.pixel_size == {"x": 0.25, "y": 0.25}
+    orva.write(tmp_path / "b.ome.tif", image)
+    written = tifffile.imread(tmp_path / "b.ome.tif")
+    assert written.dtype == "uint16"
+    np.testing.assert_array_equal(written, array)
+    assert orva.read(tmp_path / "b.ome.tif").pixel_size == {"x": 0.25, "y": 0.25}
+    image[0, 0] = -1  # no longer what the file has
+    orva.write(tmp_path / "c.tif", image)
+    assert tifffile.imread(tmp_path / "c.tif").dtype == "int32"
+
+
+@pytest.mark.parametrize("attribute, value, error", [
+    ("pixel_size", (0.5, 0.5), TypeError),
+    ("pixel_size", {"x": 0}, ValueError),
+    ("pixel_size", {"x": -1.0}, ValueError),
+    ("pixel_size", {"x": float("nan")}, ValueError),
+    ("pixel_size", {"x": "1"}, TypeError),
+    ("axes", ("y", "y", "x"), ValueError),
+    ("axes", (1, "y", "x"), TypeError),
+    ("channel_names", ("a",), ValueError),
+    ("channel_names", (1, 2, 3), TypeError),
+])
+def test_wrong_descriptions_are_not_written(tmp_path, attribute, value, error):
+    tifffile.imwrite(tmp_path / "a.ome.tif", numbered("CYX", "uint8"), photometric="minisblack",
+                     metadata={"axes": "CYX"})
+    image = orva.read(tmp_path / "a.ome.tif", channel=None)
+    setattr(image, attribute, value)
+    with pytest.raises(error, match=r"size|axis|names"):
+        orva.write(tmp_path / "b.ome.tif", image)
+    assert not (tmp_path / "b.ome.tif").exists()
+
+
+def test_colour_is_written_with_the_size_of_a_pixel(tmp_path):
+    image = np.zeros((4, 5, 3), np.uint8).view(orva.Image)
+    image.pixel_size = {"x": 0.5, "y": 0.5}
+    orva.write(tmp_path / "a.ome.tif", image, channel_axis=-1)
+    assert orva.read(tmp_path / "a.ome.tif").pixel_size == {"x": 0.5, "y": 0.5}
+    with pytest.raises(ValueError, match="axes"):
+        orva.write(tmp_path / "b.tif", np.zeros((1, 1, 1, 1, 2, 2, 3), np.uint8), channel_axis=-1)
 
 
 @pytest.mark.parametrize("name", ["a.ome.tif", "a.tif"])
@@ -317,7 +374,7 @@ def test_smaller_levels(tmp_path, command):
         out.write(full[::2, ::2], subfiletype=1)
     assert orva.read(tmp_path / "b.ome.tif").pixel_size == {"x": 0.5, "y": 0.5}
     smaller = orva.read(tmp_path / "b.ome.tif", level=1)
-    assert smaller.pixel_size == pytest.approx({"x": 33 / 17 / 2, "y": 33 / 17 / 2})
+    assert smaller.pixel_size == pytest.approx({"x": 33 / 17 / 2, "y": 1.0})
     command("convert", "--level", 1, tmp_path / "b.ome.tif", tmp_path / "c.tif")
     assert orva.read(tmp_path / "c.tif").pixel_size == pytest.approx(smaller.pixel_size)
     with pytest.raises(OSError, match="has no level 2; there are 0 to 1"):

@@ -74,6 +74,8 @@ def client(scheduler: str | None, workers: int) -> Iterator[Client]:
             threads_per_worker=1,
             processes=True,
             local_directory=folder,
+            # Workers that are ended say what they were about; their results say what failed.
+            silence_logs=logging.CRITICAL,
             # A free port, because another batch may be running, and no dashboard.
             dashboard_address="127.0.0.1:0",
             scheduler_kwargs={"dashboard": False},

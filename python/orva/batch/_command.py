@@ -227,7 +227,8 @@ def _require_order(settings: dict[str, Any]) -> None:
     sizes = [_orva.size_in(area, True) for area in (low, high) if isinstance(area, str)]
     if len(sizes) == 1:
         raise ValueError("--min-area must have a unit if --max-area has one")
-    if sizes and sizes[0] > sizes[1]:
+    values = [size[0] for size in sizes if size is not None]
+    if len(values) == 2 and values[0] > values[1]:
         raise ValueError("--min-area must not exceed --max-area")
 
 
