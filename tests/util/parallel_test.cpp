@@ -282,5 +282,10 @@ TEST(Workspaces, AreUsedAgain) {
   EXPECT_EQ(made, 2);
 }
 
+TEST(Cancelled, SaysSo) {
+  const Cancelled cancelled;
+  EXPECT_STREQ(cancelled.what(), "cancelled");
+}
+
 }  // namespace
 }  // namespace orva::test
