@@ -116,6 +116,10 @@ Check wholeNumberIn(int low, int high) {
   };
 }
 
+int wholeNumberOf(const std::string& text) {
+  return static_cast<int>(std::strtoll(text.c_str(), nullptr, 0));
+}
+
 Check oneOf(const std::vector<std::string>& names) {
   return [member = CLI::IsMember(names)](const std::string& text) { return member(text); };
 }

@@ -113,6 +113,9 @@ class CommandLine {
 Check numberIn(float low, float high);
 Check wholeNumberIn(int low, int high);
 
+// The number that wholeNumberIn() has accepted.
+int wholeNumberOf(const std::string& text);
+
 // One of `names`.
 Check oneOf(const std::vector<std::string>& names);
 

@@ -79,12 +79,12 @@ FileChoice PlaneOptions::chosen() const {
   } else if (z == "all") {
     c.eachSlice = true;
   } else if (z) {
-    c.z = std::stoi(*z);  // the option's check has seen that it is a number
+    c.z = wholeNumberOf(*z);
   }
   if (t == "all") {
     c.eachTime = true;
   } else if (t) {
-    c.t = std::stoi(*t);
+    c.t = wholeNumberOf(*t);
   }
   return choice;
 }

@@ -1,7 +1,6 @@
 #include "apps/vote_command.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <string>
 
 #include "formats/file_error.h"
@@ -19,7 +18,7 @@ using orva::voting::CircularVoting;
 Size radiusIn(const std::string& text) {
   const std::optional<Size> size = lengthIn(text);
   if (size && size->isMetric) return *size;
-  return {static_cast<double>(std::strtol(text.c_str(), nullptr, 0)), false};
+  return {static_cast<double>(wholeNumberOf(text)), false};
 }
 
 constexpr int kMaxPixels = 1000;  // radius and cone width; the cones take memory by their product

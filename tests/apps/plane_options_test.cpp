@@ -145,6 +145,14 @@ TEST_F(PlaneOptions, EveryPlaneIsReached) {
   }
 }
 
+TEST_F(PlaneOptions, NumbersAreReadAsOtherNumbersAre) {
+  const auto found = [&](const std::string& z) {
+    return box.run({"find", "--quiet", "--channel", "0", "--z", z, "--time", "1", "ome.tif"}).out;
+  };
+  EXPECT_NE(found("2"), found("0"));
+  EXPECT_EQ(found("0x2"), found("2"));
+}
+
 TEST_F(PlaneOptions, AllSlicesHaveAColumn) {
   const Outcome outcome = find({"--channel", "0", "--z", "all", "--quiet"});
   EXPECT_TRUE(succeeded(outcome));
