@@ -32,8 +32,8 @@ inline std::vector<std::vector<std::size_t>> groupsOf(const std::vector<Rectangl
   UnionFind<> sets;
   for (const Rectangle& r : rectangles) {
     int set = sets.add();
-    const auto squareOf = [](int v, int n) {
-      return static_cast<std::size_t>(std::clamp(v, 0, n - 1) / kSide);
+    const auto squareOf = [](int v, int n) {  // an image without pixels has one, too
+      return static_cast<std::size_t>(std::max(0, std::min(v, n - 1)) / kSide);
     };
     for (std::size_t y = squareOf(r.y0, ny); y <= squareOf(r.y1, ny); ++y) {
       for (std::size_t x = squareOf(r.x0, nx); x <= squareOf(r.x1, nx); ++x) {
