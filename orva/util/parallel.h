@@ -82,8 +82,8 @@ using ProgressCallback = int (*)(void* opaque, const char* step, double share);
 class ORVA_EXPORT Cancelled : public std::exception {
  public:
   Cancelled() = default;
-  Cancelled(const Cancelled&) = default;
-  Cancelled& operator=(const Cancelled&) = default;
+  Cancelled(const Cancelled&) = default;             ///< Copies.
+  Cancelled& operator=(const Cancelled&) = default;  ///< Copies.
   ~Cancelled() override;
   /// "cancelled"
   const char* what() const noexcept override;
