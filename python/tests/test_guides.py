@@ -186,7 +186,7 @@ TESTED = {
     "docs/command.md": ("test_guides.py", {"sh": 15}),
     "docs/detect.md": ("test_guides.py", {"sh": 1}),
     "docs/formats.md": ("test_guides.py", {"sh": 1, "python": 3}),
-    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 3, "java": 3}),
+    "docs/java.md": ("test_install.py", {"sh": 3, "javascript": 3, "java": 4}),
     "docs/segment.md": ("test_guides.py", {"sh": 1, "python": 1}),
     "docs/tutorial.md": ("test_tutorial.py", {"python": 15}),
     "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1, "cpp": 1}),

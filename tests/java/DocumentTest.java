@@ -106,6 +106,17 @@ class DocumentTest {
     assertEquals(centers().stream().map(c -> c.x() + " " + c.y()).toList(), printedByProgram(code));
   }
 
+  @Test
+  void theListenerInJavaHearsTheSearch() throws Exception {
+    List<String> lines = printedByProgram(programWith("import orva.Progress;\n",
+        "boolean stopRequested = false;\n" + example("java", "Progress.during")
+            + "System.out.println(result.objects().size());\n"));
+    int last = lines.size() - 1;
+    assertTrue(last > 10, lines::toString);
+    for (String line : lines.subList(0, last)) assertTrue(line.matches("[a-z ]+ \\d+ %"), line);
+    assertEquals("" + found().objects().size(), lines.get(last));
+  }
+
   private static List<SegmentedObject> regions() throws Exception {
     Pgm image = Pgm.read(SAMPLE);
     List<SegmentedObject> regions = Objects
