@@ -69,8 +69,7 @@ using ParallelRunner = int (*)(void* opaque, ParallelTask task, void* job, std::
 /// @param opaque the pointer given to ProgressScope
 /// @param step what is being done, in a word or two of English, as "gradient"; a string literal
 /// @param share of the work of the operation that is done, 0 to 1, an estimate; grows until the
-/// next
-///        operation begins
+///        next operation begins
 using ProgressCallback = int (*)(void* opaque, const char* step, double share);
 
 }  // extern "C"

@@ -197,14 +197,19 @@ class IjRoiSetDisplayTest {
     return image;
   }
 
+  /** The ROIs of the spots of a stack, with this option for the slices. */
+  private Roi[] foundIn(ImagePlus image, String z) throws Exception {
+    Path input = folder.resolve("stack.tif");
+    Path file = folder.resolve("stack.zip");
+    IJ.saveAsTiff(image, input.toString());
+    orva("find", "--quiet", "--z", z, "--radius", "6", "--table", file, input);
+    return open(file);
+  }
+
   @Test
   void circlesOfAHyperstackHavePositions() throws Exception {
-    Path input = folder.resolve("hyperstack.tif");
-    Path file = folder.resolve("hyperstack.zip");
     ImagePlus image = stack(3, 2);
-    IJ.saveAsTiff(image, input.toString());
-    orva("find", "--quiet", "--z", "all", "--radius", "6", "--table", file, input);
-    Roi[] rois = open(file);
+    Roi[] rois = foundIn(image, "all");
     assertEquals(6, rois.length);
     assertEquals(numbers(6), names(rois));
     for (Roi roi : rois) {
@@ -224,12 +229,8 @@ class IjRoiSetDisplayTest {
   /** A projection has no slice, but a time: shown on every slice of it. */
   @Test
   void circlesOfProjectionsHaveTheirTime() throws Exception {
-    Path input = folder.resolve("movie.tif");
-    Path file = folder.resolve("movie.zip");
     ImagePlus image = stack(3, 2);
-    IJ.saveAsTiff(image, input.toString());
-    orva("find", "--quiet", "--z", "max", "--radius", "6", "--table", file, input);
-    Roi[] rois = open(file);
+    Roi[] rois = foundIn(image, "max");
     assertEquals(6, rois.length);
     image.show();
     for (int i = 0; i < rois.length; i++) {
