@@ -4,11 +4,9 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "apps/subcommand.h"
-#include "orva/bip/bip.h"
-#include "orva/image/image.h"
+#include "formats/thresholded_regions.h"
 
 namespace orva::apps {
 
@@ -19,21 +17,10 @@ class MeasureCommand : public Subcommand {
   int run() override;
 
  private:
-  // The regions of one image.
-  struct Regions {
-    float threshold;
-    std::vector<RegionFeature> features;
-    image<short> labels;
-  };
-  Regions measured(const Image& img) const;
   void measure() const;
 
   std::string input_;
-  std::optional<float> threshold_;
-  float scale_ = 5.0F;
-  int minSize_ = 1;
-  std::optional<int> maxSize_;
-  bool fill_ = false;
+  formats::RegionSettings settings_;
   std::string table_;
   std::optional<std::string> labels_;
   PlaneOptions planes_;

@@ -7,5 +7,8 @@ function(orva_target_defaults target)
   target_compile_options(${target} PRIVATE -ffp-contract=off -fno-math-errno -fno-trapping-math)
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    if(EMSCRIPTEN)  # whose addresses and sizes have 32 bits
+      target_compile_options(${target} PRIVATE -Wno-shorten-64-to-32)
+    endif()
   endif()
 endfunction()

@@ -1,13 +1,9 @@
 #include "formats/geojson.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <memory>
-#include <new>
 #include <numbers>
 #include <utility>
 
@@ -139,34 +135,6 @@ std::string geoJsonOf(const std::vector<Detections>& images) {
     }
   }
   return text + "\n]}\n";
-}
-
-std::string gzipped(const std::string& text) {
-  constexpr int kGzipWindow = 15 + 16;
-  constexpr int kMemory = 8;
-  z_stream stream{};
-  if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kGzipWindow, kMemory,
-                   Z_DEFAULT_STRATEGY) != Z_OK) {
-    throw std::bad_alloc();
-  }
-  const std::unique_ptr<z_stream, decltype(&deflateEnd)> end(&stream, deflateEnd);
-  std::string result;
-  std::array<char, 65536> piece{};
-  std::size_t next = 0;
-  int status = Z_OK;
-  while (status != Z_STREAM_END) {
-    const std::size_t n = std::min(text.size() - next, piece.size());
-    stream.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(text.data() + next));
-    stream.avail_in = static_cast<uInt>(n);
-    next += n;
-    do {
-      stream.next_out = reinterpret_cast<Bytef*>(piece.data());
-      stream.avail_out = static_cast<uInt>(piece.size());
-      status = deflate(&stream, next == text.size() ? Z_FINISH : Z_NO_FLUSH);
-      result.append(piece.data(), piece.size() - stream.avail_out);
-    } while (stream.avail_out == 0);
-  }
-  return result;
 }
 
 }  // namespace orva::formats

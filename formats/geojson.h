@@ -16,9 +16,6 @@ namespace orva::formats {
 // geometry has a "plane".
 std::string geoJsonOf(const std::vector<Detections>& images);
 
-// The text as a gzip file without a name and a time.
-std::string gzipped(const std::string& text);
-
 }  // namespace orva::formats
 
 #endif

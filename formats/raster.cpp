@@ -27,8 +27,11 @@ Raster::Raster(std::size_t width, std::size_t height, std::size_t channels, Colo
     : width_(width), height_(height), channels_(channels), model_(model), type_(type) {
   constexpr std::size_t kMaxPixels = std::numeric_limits<std::int32_t>::max();
   if (width == 0 || height == 0 || channels == 0) throw FileError("the image has no pixels");
+  // An address may have 32 bits only.
+  constexpr std::uint64_t kMax =
+      std::min<std::uint64_t>(kMaxBytes, std::numeric_limits<std::size_t>::max());
   if (width > kMaxPixels / height || channels > kMaxBytes / kMaxPixels ||
-      height * rowBytes() > kMaxBytes)
+      std::uint64_t{width} * height > kMax / pixelBytes())
     throw FileError("the image is too large");
   // Not initialised: a file that promises more pixels than it holds costs no memory.
   data_.reset(new unsigned char[height * rowBytes()]);

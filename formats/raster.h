@@ -3,6 +3,7 @@
 #define ORVA_FORMATS_RASTER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include "orva/image/image.h"
@@ -15,7 +16,7 @@ enum class SampleType { kUint8, kInt8, kUint16, kInt16, kUint32, kInt32, kFloat3
 std::size_t sizeOf(SampleType type);
 
 // The maximum bytes of the samples of one image: those of the largest image in colour with alpha.
-inline constexpr std::size_t kMaxBytes = std::size_t{1} << 34U;
+inline constexpr std::uint64_t kMaxBytes = std::uint64_t{1} << 34U;
 
 // Whether the first sample of a pixel is its grey value, or the first three are red, green and
 // blue.

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "formats/geojson.h"
+#include "formats/gzip.h"
 #include "formats/roi_set.h"
 #include "formats/text.h"
 

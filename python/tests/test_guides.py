@@ -190,6 +190,7 @@ TESTED = {
     "docs/segment.md": ("test_guides.py", {"sh": 1, "python": 1}),
     "docs/tutorial.md": ("test_tutorial.py", {"python": 15}),
     "docs/voting.md": ("test_guides.py", {"sh": 1, "python": 1, "cpp": 1}),
+    "docs/web.md": ("../../web/tests/package.test.mjs", {"js": 1}),
 }
 
 

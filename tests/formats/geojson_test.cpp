@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/gzip.h"
 #include "formats/result_table.h"
 #include "tests/formats/detections_scene.h"
 
