@@ -41,25 +41,30 @@ Answer estimate(const Json& request) {
   return answer;
 }
 
+void addRegions(Answer& answer, const image<int>& labels, const Json& request, const Image& img) {
+  const auto other = request.contains("measured") ? imageIn(request.at("measured")) : nullptr;
+  answer.numbers = rowsOf(detect::measureObjects(labels, other ? *other : img));
+  answer.labels = pixelsOf(labels);
+}
+
+// The regions of the objects that are given, or of those that are found.
 Answer segment(const Json& request) {
   const auto img = imageIn(request.at("image"));
   const Json& options = request.at("options");
-  detect::SegmentSettings settings = segmentSettingsIn(options);
+  const detect::SegmentSettings settings = segmentSettingsIn(options);
   Answer answer;
-  std::vector<detect::Object> objects;
   if (request.contains("objects")) {
-    objects = objectsIn(request.at("objects"));
+    const std::vector<detect::Object> objects = objectsIn(request.at("objects"));
+    const detect::Segmentation segmented = detect::segmentObjects(*img, objects, settings);
+    for (const std::size_t k : segmented.kept) answer.objects.push_back(objects[k]);
+    addRegions(answer, segmented.labels, request, *img);
   } else {
-    detect::FindResult found = detect::findObjects(*img, findSettingsIn(options));
-    settings.polarity = found.used.polarity;
-    answer.json["settings"] = jsonOf(found.used);
-    objects = std::move(found.objects);
+    detect::SegmentedImage segmented =
+        detect::segmentImage(*img, findSettingsIn(options), settings);
+    answer.json["settings"] = jsonOf(segmented.used);
+    answer.objects = std::move(segmented.objects);
+    addRegions(answer, segmented.labels, request, *img);
   }
-  const detect::Segmentation segmented = detect::segmentObjects(*img, objects, settings);
-  for (const std::size_t k : segmented.kept) answer.objects.push_back(objects[k]);
-  const auto other = request.contains("measured") ? imageIn(request.at("measured")) : nullptr;
-  answer.numbers = rowsOf(detect::measureObjects(segmented.labels, other ? *other : *img));
-  answer.labels = pixelsOf(segmented.labels);
   return answer;
 }
 

@@ -1,9 +1,8 @@
 // Opens image files: what planes they have, and the pixels of one.
 import { convertIndexedToRgb, decode } from "fast-png";
+import { requireSize } from "./image_size.js";
 import { readPnm } from "./pnm.js";
 import { openTiff } from "./tiff.js";
-
-const MAX_PIXELS = 2 ** 28;
 
 function kindOf(bytes) {
   const starts = (...start) => start.every((byte, i) => byte === null || bytes[i] === byte);
@@ -16,7 +15,14 @@ function kindOf(bytes) {
 
 // Grey with opacity is grey; palettes are colours; samples of few bits count from 0 to 255.
 function pngPixels(bytes) {
-  const png = decode(bytes);
+  const header = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+  if (bytes.length >= 24) requireSize(header.getUint32(16), header.getUint32(20));
+  let png;
+  try {
+    png = decode(bytes);
+  } catch (cause) {
+    throw new Error(`is a damaged PNG file: ${cause.message}`, { cause });
+  }
   const { width, height } = png;
   if (png.palette) {
     const channels = png.palette[0].length;
@@ -46,11 +52,31 @@ function spread({ data, width, height, depth }) {
   return result;
 }
 
+// The width and height that a JPEG file states; undefined for a damaged one.
+function jpegSize(bytes) {
+  const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+  for (let at = 2; at + 9 < bytes.length && bytes[at] === 0xff; ) {
+    const marker = bytes[at + 1];
+    const isFrame = marker >= 0xc0 && marker <= 0xcf && ![0xc4, 0xc8, 0xcc].includes(marker);
+    if (isFrame) return [view.getUint16(at + 7), view.getUint16(at + 5)];
+    at += marker === 0xff ? 1 : 2 + view.getUint16(at + 2);
+  }
+  return undefined;
+}
+
 // By the browser, with the colours as they are in the file.
 async function jpegPixels(blob) {
-  const bitmap = await createImageBitmap(blob, { colorSpaceConversion: "none", imageOrientation: "none" });
+  const size = jpegSize(new Uint8Array(await blob.arrayBuffer()));
+  if (size) requireSize(...size);
+  let bitmap;
+  try {
+    bitmap = await createImageBitmap(blob, { colorSpaceConversion: "none", imageOrientation: "none" });
+  } catch (cause) {
+    throw new Error("is a damaged JPEG file", { cause });
+  }
   const { width, height } = bitmap;
   const context = new OffscreenCanvas(width, height).getContext("2d", { willReadFrequently: true });
+  if (!context) throw new Error(`is too large for this browser: ${width} x ${height} pixels`);
   context.drawImage(bitmap, 0, 0);
   bitmap.close();
   const { data } = context.getImageData(0, 0, width, height);
@@ -69,13 +95,21 @@ const READERS = {
 // An image file: {channels, slices, times, channelNames, pixelSize, pageOf(plane), read(plane)} with
 // planes {c, z, t} counted from 0. Throws an error whose message continues the name of the file.
 export async function openImage(blob) {
-  const kind = kindOf(new Uint8Array(await blob.slice(0, 8).arrayBuffer()));
+  if (blob.size === 0) throw new Error("is empty");
+  let start;
+  try {
+    start = new Uint8Array(await blob.slice(0, 8).arrayBuffer());
+  } catch (cause) {
+    throw new Error("cannot be read; it may have been moved or deleted", { cause });
+  }
+  const kind = kindOf(start);
   if (!kind) throw new Error("is not a PNG, JPEG, TIFF, PGM or PPM image");
   if (kind === "tiff") return openTiff(blob);
   return {
     channels: 1,
     slices: 1,
     times: 1,
+    channelNames: [],
     pageOf: () => 0,
     read: () => READERS[kind](blob),
   };
@@ -86,18 +120,19 @@ export async function openImage(blob) {
 export async function readPlane(source, { channel, slice, time }) {
   const c = Math.min(channel, source.channels - 1);
   const t = Math.min(time, source.times - 1);
-  if (slice !== "max" || source.slices === 1) {
-    return checked(await source.read({ c, t, z: slice === "max" ? 0 : Math.min(slice, source.slices - 1) }));
-  }
-  const plane = checked(await source.read({ c, t, z: 0 }));
-  for (let z = 1; z < source.slices; ++z) {
-    const { data } = await source.read({ c, t, z });
-    for (let i = 0; i < data.length; ++i) if (data[i] > plane.data[i]) plane.data[i] = data[i];
-  }
+  if (slice !== "max") return source.read({ c, t, z: Math.min(slice, source.slices - 1) });
+  const plane = await source.read({ c, t, z: 0 });
+  for (let z = 1; z < source.slices; ++z) takeMax(plane, await source.read({ c, t, z }));
   return plane;
 }
 
-function checked(plane) {
-  if (plane.width * plane.height > MAX_PIXELS) throw new Error("is too large for a browser");
-  return plane;
+// The brighter of both at each pixel; colours count as luminance.
+function takeMax(plane, other) {
+  if (plane.data.constructor !== other.data.constructor || plane.channels !== other.channels) {
+    throw new Error("has slices of different pixel types; choose one");
+  }
+  const { data } = plane;
+  for (let i = 0; i < data.length; ++i) {
+    if (other.data[i] > data[i] || Number.isNaN(data[i])) data[i] = other.data[i];
+  }
 }
