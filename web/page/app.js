@@ -2,7 +2,8 @@
 import { download, save, summaryOf } from "./downloads.js";
 import { drawHistogram } from "./histogram.js";
 import { brightnessOf, outlinesOf, pictureOf } from "./picture.js";
-import { Project } from "./project.js";
+import { ImageList } from "./image_list.js";
+import { medianRadius, Project } from "./project.js";
 import { Range } from "./range.js";
 import { Viewer } from "./viewer.js";
 /* global ORVA_VERSION */
@@ -18,6 +19,7 @@ const SAMPLES = [
 ];
 
 const project = new Project((item) => show(item));
+const list = new ImageList(project);
 const viewer = new Viewer($("canvas"), (position) => showPosition(position));
 let shape = "regions";
 let lastShape = "regions";
@@ -25,9 +27,8 @@ let plane = null; // the pixels on the screen
 let shown = {}; // what is on the screen: item, key of the plane
 let brightness = null;
 let contrast = null; // [low, high] as shares of the range; null for the image's own
-let outlines = new Map(); // paths of regions by the place of their object
+let outlines = { of: null, paths: new Map() }; // of regions, by the place of their object
 let maxRadius = 20; // of the histogram
-let settleTimer = 0;
 
 // --- what is on the screen ------------------------------------------------------------------------
 
@@ -35,7 +36,7 @@ const markKey = (object) => `${object.x},${object.y}`;
 
 function show(item) {
   document.body.classList.toggle("has-images", project.items.length > 0);
-  showList();
+  list.show();
   if (item && item !== project.active) return;
   showPlane();
   showResult();
@@ -55,7 +56,7 @@ async function showPlane() {
   const { channel, slice, time } = project.settings;
   const key = `${item.id}/${channel}/${slice}/${time}`;
   if (shown.key === key) return;
-  if (shown.item !== item) outlines = new Map();
+  if (shown.item !== item) outlines = { of: null, paths: new Map() };
   shown = { key, item };
   let loaded;
   try {
@@ -89,7 +90,7 @@ function showPlanes({ source }) {
     const options = [...extra, ...Array.from({ length: count }, (_, i) => [String(i), textOf(i)])];
     $(name).replaceChildren(...options.map(([v, text]) => new Option(text, v, false, v === String(value))));
   };
-  const nameOf = (i) => source.channelNames?.[i] || `channel ${i + 1}`;
+  const nameOf = (i) => source?.channelNames[i] || `channel ${i + 1}`;
   fill("channel", source?.channels ?? 1, nameOf, channel);
   fill("slice", source?.slices ?? 1, (i) => `slice ${i + 1}`, slice, [["max", "maximum of all"]]);
   fill("time", source?.times ?? 1, (i) => `time ${i + 1}`, time);
@@ -100,22 +101,32 @@ function showResult() {
   const item = project.active;
   const result = item && project.result(item);
   const objects = result?.objects ?? [];
-  const isBusy = item && item.state !== "failed" && (!result || !project.isCurrent(item));
+  const isFailed = item?.state === "failed";
+  const isBusy = Boolean(item) && !isFailed && !project.isCurrent(item);
   $("progress").hidden = !isBusy;
-  $("count").textContent = result ? String(objects.length) : "–";
+  $("progress").textContent = result ? "Outlining" : "Searching";
+  $("count-line").setAttribute("aria-busy", String(isBusy));
+  $("count").textContent = result && !isFailed ? String(objects.length) : "–";
   $("count-unit").textContent = objects.length === 1 ? "object" : "objects";
-  $("summary").textContent = item?.state === "failed" ? `${item.name} ${item.message}` : summaryText(item, result);
-  const isDoubtful = result && objects.length > 0 && result.settings.confidence < 0.6;
-  $("warning").hidden = !isDoubtful;
-  if (isDoubtful) $("warning").textContent = "The estimate is doubtful: check the outlines, or set radius and polarity.";
-  for (const button of $("downloads").children) button.disabled = !result;
+  $("summary").textContent = isFailed ? "" : summaryText(item, result);
+  showWarning(item, result);
+  for (const button of $("downloads").children) button.disabled = !result || isFailed;
 
   if (item) showRadii(item, objects);
   showMarks(objects);
-  clearTimeout(settleTimer);
-  if (result && shape === "regions") settleTimer = setTimeout(() => showRegions(item, result), SETTLED);
+  if (shape === "regions" && result && !isBusy && !isFailed) showRegions(item, result);
   const name = item?.name ?? "No image";
   $("canvas").setAttribute("aria-label", result ? `${name}, ${objects.length} objects marked` : name);
+}
+
+// A failure stands where the image would be.
+function showWarning(item, result) {
+  const isFailed = item?.state === "failed";
+  const isDoubtful = !isFailed && result?.objects.length > 0 && result.settings.confidence < 0.6;
+  $("warning").hidden = !isDoubtful;
+  const failure = isFailed ? `${item.name} ${item.message}.` : "";
+  $("failure").hidden = !isFailed;
+  if ($("failure").textContent !== failure) $("failure").textContent = failure;
 }
 
 function summaryText(item, result) {
@@ -125,11 +136,6 @@ function summaryText(item, result) {
   const radius = medianRadius(result.objects);
   const size = item.source?.pixelSize ? ` (${(radius * item.source.pixelSize).toPrecision(3)} µm)` : "";
   return `${polarity}, radius about ${radius.toFixed(1)} px${size}, confidence ${confidence.toFixed(2)}`;
-}
-
-function medianRadius(objects) {
-  const radii = objects.map(({ radius }) => radius).sort((a, b) => a - b);
-  return radii[Math.floor(radii.length / 2)] ?? 0;
 }
 
 function showRadii(item, objects) {
@@ -157,12 +163,14 @@ function showMarks(objects) {
     viewer.mark([]);
     return;
   }
+  const { paths } = outlines;
   const isOutlined = shape === "regions";
-  viewer.mark(objects.map((object) => ({ ...object, path: isOutlined ? outlines.get(markKey(object)) : undefined })));
+  viewer.mark(objects.map((object) => ({ ...object, path: isOutlined ? paths.get(markKey(object)) : undefined })));
 }
 
-// Outlines instead of circles, when they are known.
+// Outlines instead of circles.
 async function showRegions(item, result) {
+  if (outlines.of === result) return;
   let segmented;
   try {
     segmented = await project.regions(item);
@@ -170,9 +178,9 @@ async function showRegions(item, result) {
     toast(error.message);
     return;
   }
-  if (project.active !== item || project.result(item) !== result) return;
-  const paths = outlinesOf(segmented.labels);
-  outlines = new Map(segmented.objects.map((object, i) => [markKey(object), paths.get(i + 1)]));
+  if (project.active !== item || project.result(item) !== result || outlines.of === result) return;
+  const byLabel = outlinesOf(segmented.labels);
+  outlines = { of: result, paths: new Map(segmented.objects.map((o, i) => [markKey(o), byLabel.get(i + 1)])) };
   if (shape === "regions") showMarks(result.objects);
 }
 
@@ -200,68 +208,6 @@ function showPosition(position) {
   viewer.hover(nearest);
 }
 
-// --- the list of images ---------------------------------------------------------------------------
-
-function showList() {
-  $("list").hidden = project.items.length === 0;
-  const rows = project.items.map((item) => rowOf(item));
-  $("images").replaceChildren(...rows);
-  const results = project.items.map((item) => project.result(item)).filter(Boolean);
-  $("totals").replaceChildren();
-  if (results.length > 1) {
-    const count = results.reduce((sum, { objects }) => sum + objects.length, 0);
-    const row = $("totals").insertRow();
-    for (const text of [`${results.length} of ${project.items.length} images`, String(count), "", ""]) {
-      const cell = row.insertCell();
-      cell.textContent = text;
-      if (text && row.cells.length > 1) cell.className = "number";
-    }
-  }
-  $("summary-csv").disabled = results.length === 0;
-}
-
-function rowOf(item) {
-  const row = document.createElement("tr");
-  row.classList.toggle("active", item === project.active);
-  const open = document.createElement("button");
-  open.type = "button";
-  open.className = "open";
-  if (item === project.active) open.setAttribute("aria-current", "true");
-  const picture = document.createElement(item.thumbnail ? "img" : "span");
-  picture.className = "thumbnail";
-  if (item.thumbnail) Object.assign(picture, { src: item.thumbnail, alt: "" });
-  const name = document.createElement("span");
-  name.className = "name";
-  name.textContent = item.name;
-  name.title = item.name;
-  open.append(picture, name);
-  open.addEventListener("click", () => project.select(item));
-  const head = document.createElement("th");
-  head.scope = "row";
-  head.append(open);
-
-  const result = project.result(item);
-  const texts = { failed: ["failed", ""], working: ["…", ""], waiting: ["", ""], done: ["…", ""] };
-  const [count, radius] = result
-    ? [String(result.objects.length), result.objects.length ? medianRadius(result.objects).toFixed(1) : "–"]
-    : texts[item.state];
-  row.append(head);
-  for (const text of [count, radius]) {
-    const cell = row.insertCell();
-    cell.className = "number";
-    cell.textContent = text;
-  }
-  if (item.state === "failed") row.cells[1].title = item.message;
-  const remove = document.createElement("button");
-  remove.type = "button";
-  remove.className = "remove";
-  remove.textContent = "×";
-  remove.setAttribute("aria-label", `Remove ${item.name}`);
-  remove.addEventListener("click", () => project.remove(item));
-  row.insertCell().append(remove);
-  return row;
-}
-
 // --- controls -------------------------------------------------------------------------------------
 
 const radiusRange = new Range($("radius-range"), ["Smallest radius", "Largest radius"], (low, high) => {
@@ -274,19 +220,19 @@ const contrastRange = new Range($("contrast-range"), ["Brightness shown as black
   requestAnimationFrame(showPicture);
 });
 
-// Objects are left out at once; the search in the range follows when the slider rests.
+// What is known follows at once; the search follows when the slider rests.
 let searchTimer = 0;
-function setRadii(low, high) {
-  Object.assign(project.settings, { low, high });
-  showList();
-  showResult();
+function change(settings) {
+  project.set(settings);
   clearTimeout(searchTimer);
-  searchTimer = setTimeout(() => project.set({}), SETTLED);
+  searchTimer = setTimeout(() => project.work(), SETTLED);
 }
+
+const setRadii = (low, high) => change({ low, high });
 
 function setScore(value) {
   $("score-value").textContent = value.toFixed(2);
-  project.set({ minScore: value });
+  change({ minScore: value });
 }
 
 let toastTimer = 0;
@@ -301,7 +247,7 @@ function setShape(value) {
   if (value !== "none") lastShape = value;
   shape = value;
   for (const input of $("shape").querySelectorAll("input")) input.checked = input.value === value;
-  showResult();
+  change(value === "none" ? {} : { of: value });
 }
 
 function step(by) {
@@ -366,14 +312,14 @@ function setUpControls() {
     });
   }
   $("radius-reset").addEventListener("click", () => setRadii(null, null));
-  $("polarity").addEventListener("change", (event) => project.set({ polarity: event.target.value || null }));
+  $("polarity").addEventListener("change", (event) => change({ polarity: event.target.value || null }));
   $("shape").addEventListener("change", (event) => setShape(event.target.value));
-  $("channel").addEventListener("change", () => project.set({ channel: Number($("channel").value) }));
+  $("channel").addEventListener("change", () => change({ channel: Number($("channel").value) }));
   $("slice").addEventListener("change", () => {
     const { value } = $("slice");
-    project.set({ slice: value === "max" ? value : Number(value) });
+    change({ slice: value === "max" ? value : Number(value) });
   });
-  $("time").addEventListener("change", () => project.set({ time: Number($("time").value) }));
+  $("time").addEventListener("change", () => change({ time: Number($("time").value) }));
   $("contrast-auto").addEventListener("click", () => {
     contrast = null;
     showPicture();
@@ -386,7 +332,7 @@ function setUpControls() {
     if (!button) return;
     button.classList.add("busy");
     try {
-      await download(project, project.active, button.dataset.format, shape);
+      await download(project, project.active, button.dataset.format);
     } catch (error) {
       toast(error.message);
     }

@@ -22,12 +22,13 @@ const FILES = {
   overlay: ["overlay", "drawn", "_overlay.png", "image/png"],
 };
 
-// Saves what was found in an image; `shape` is how it is drawn.
-export async function download(project, item, format, shape) {
+// Saves what was found in an image.
+export async function download(project, item, format) {
+  await project.settled(item);
   const [encoding, of, ending, type] = FILES[format];
-  const isOfRegions = of === "regions" || (of === "drawn" && shape !== "circles");
+  const isOfRegions = of === "regions" || (of === "drawn" && project.settings.of === "regions");
   const plane = await project.plane(item);
-  const result = isOfRegions ? await project.regions(item) : project.result(item);
+  const result = isOfRegions ? await project.regions(item) : project.circles(item);
   if (!result) return;
   save(stemOf(item.name) + ending, await encode(plane, result, encoding, factsOf(project, item)), type);
 }

@@ -13,7 +13,7 @@ function countsOf(objects, max) {
 export function drawHistogram(svg, all, kept, max) {
   const everything = countsOf(all, max);
   const chosen = countsOf(kept, max);
-  const top = Math.max(1, ...everything);
+  const top = Math.max(1, ...everything, ...chosen);
   svg.setAttribute("viewBox", `0 0 ${BARS} 1`);
   svg.replaceChildren();
   const add = (counts, name) => {

@@ -121,14 +121,27 @@ export async function readPlane(source, { channel, slice, time }) {
   const c = Math.min(channel, source.channels - 1);
   const t = Math.min(time, source.times - 1);
   if (slice !== "max") return source.read({ c, t, z: Math.min(slice, source.slices - 1) });
-  const plane = await source.read({ c, t, z: 0 });
-  for (let z = 1; z < source.slices; ++z) takeMax(plane, await source.read({ c, t, z }));
+  const first = await source.read({ c, t, z: 0 });
+  if (source.slices === 1) return first;
+  const plane = luminanceOf(first);
+  for (let z = 1; z < source.slices; ++z) takeMax(plane, luminanceOf(await source.read({ c, t, z })));
   return plane;
 }
 
-// The brighter of both at each pixel; colours count as luminance.
+// A grey plane, with the weights of the library.
+function luminanceOf(plane) {
+  const { data, width, height, channels } = plane;
+  if (channels < 3) return plane;
+  const grey = new Float32Array(width * height);
+  for (let i = 0, k = 0; i < grey.length; ++i, k += channels) {
+    grey[i] = 0.072169 * data[k + 2] + 0.71516 * data[k + 1] + 0.212671 * data[k];
+  }
+  return { data: grey, width, height, channels: 1 };
+}
+
+// The brighter of both at each pixel.
 function takeMax(plane, other) {
-  if (plane.data.constructor !== other.data.constructor || plane.channels !== other.channels) {
+  if (plane.data.constructor !== other.data.constructor) {
     throw new Error("has slices of different pixel types; choose one");
   }
   const { data } = plane;

@@ -14,7 +14,8 @@ async function parsed(promise) {
   try {
     return await promise;
   } catch (cause) {
-    throw new Error(`is a damaged TIFF file, or one of an unsupported kind: ${cause.message}`, { cause });
+    const reason = cause instanceof RangeError ? "it ends too early" : cause.message;
+    throw new Error(`is a damaged TIFF file, or one of an unsupported kind: ${reason}`, { cause });
   }
 }
 

@@ -56,7 +56,7 @@ export async function count(page) {
   await page.waitForFunction(() => {
     const cells = [...document.querySelectorAll("#images tr td.number:nth-of-type(1)")];
     return cells.length > 0 && cells.every((cell) => /^\d+$|failed/.test(cell.textContent)) &&
-      document.getElementById("progress").hidden;
+      document.querySelector("#images .pending") === null && document.getElementById("progress").hidden;
   });
   return Number(await page.textContent("#count"));
 }
