@@ -78,10 +78,10 @@ bool readsBack(const Digits& d, Number v) {
 template <class Number>
 Digits shortestDigits(Number v) {
   for (int decimals = 0; decimals < std::numeric_limits<Number>::max_digits10; ++decimals) {
-    const Digits nearest = digitsOf(printed("%.*e", decimals, static_cast<double>(v)));
+    Digits nearest = digitsOf(printed("%.*e", decimals, static_cast<double>(v)));
     if (readsBack(nearest, v)) return nearest;
     // Powers of two read back from farther above than from below.
-    const Digits next = above(nearest);
+    Digits next = above(nearest);
     if (readsBack(next, v)) return next;
   }
   return {};
@@ -167,7 +167,7 @@ std::from_chars_result readNumber(const char* first, const char* last, Number& v
   if (*digits == '0' && x != last && (*x == 'x' || *x == 'X')) last = x;
   const std::string text(first, last);
   char* end = nullptr;
-  const Number value = parsed<Number>(text.c_str(), &end);
+  const auto value = parsed<Number>(text.c_str(), &end);
   const char* const next = first + (end - text.c_str());
   if (next == first) return {first, std::errc::invalid_argument};
   const bool isNumber = *digits == '.' || (*digits >= '0' && *digits <= '9');

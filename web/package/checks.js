@@ -102,11 +102,17 @@ function requireOrder(options, low, high) {
   requireRange(options[low] <= options[high], `${low} must not exceed ${high}`);
 }
 
+function object(name, value) {
+  if (value === null || typeof value !== "object") throw new TypeError(`${name} must be an object, not ${value}`);
+  return value;
+}
+
+export const optionsObject = (options = {}) => object("options", options);
+
 // The options of `operation` without those that are undefined or null.
-export function checkedOptions(operation, options = {}) {
-  if (options === null || typeof options !== "object") throw new TypeError("options must be an object");
+export function checkedOptions(operation, options) {
   const checked = {};
-  for (const [name, value] of Object.entries(options)) {
+  for (const [name, value] of Object.entries(optionsObject(options))) {
     const check = OPTIONS[operation][name];
     if (!check) throw new TypeError(`there is no option ${name}`);
     if (value !== undefined && value !== null) checked[name] = check(name, value);
@@ -119,8 +125,7 @@ export function checkedOptions(operation, options = {}) {
 
 // An image as a part of a request.
 export function checkedImage(image, name = "image") {
-  if (image === null || typeof image !== "object") throw new TypeError(`${name} must be an object`);
-  const { data, width, height, channels = 1 } = image;
+  const { data, width, height, channels = 1 } = object(name, image);
   const type = ArrayBuffer.isView(data) ? TYPES[data[Symbol.toStringTag]] : undefined;
   if (!type) {
     throw new TypeError(`${name}.data must be a typed array of 8, 16 or 32 bits, not ${data?.constructor?.name ?? data}`);
@@ -155,6 +160,37 @@ export function checkedObjects(objects) {
     array.set([object.x, object.y, object.radius, object.score ?? NaN, object.coverage ?? NaN], i * 5);
   });
   return { array, count: objects.length };
+}
+
+// What was estimated, as it came with objects.
+export function checkedSettings(settings) {
+  const { radius, polarity, confidence } = object("settings", settings);
+  number("settings.radius", radius, 0, 1e6);
+  choiceOf("bright", "dark")("settings.polarity", polarity);
+  number("settings.confidence", confidence, 0, 1);
+  return { radius, polarity, confidence };
+}
+
+// What vote() returned, as parts of a request.
+export function checkedVote({ centers, settings }) {
+  if (!Array.isArray(centers)) throw new TypeError("centers must be an array");
+  const { coneWidth, sigma, gradient } = object("settings", settings);
+  whole("settings.coneWidth", coneWidth, 0, 1000);
+  number("settings.sigma", sigma, 0, 1e6);
+  number("settings.gradient", gradient, 0, 3.5e38);
+  const checked = centers.map((center, i) => {
+    const { x, y, weight } = object(`centers[${i}]`, center);
+    whole(`centers[${i}].x`, x, -MAX_PIXELS, MAX_PIXELS);
+    whole(`centers[${i}].y`, y, -MAX_PIXELS, MAX_PIXELS);
+    return { x, y, weight: number(`centers[${i}].weight`, weight, -3.5e38, 3.5e38) };
+  });
+  return { centers: checked, settings: { coneWidth, sigma, gradient } };
+}
+
+// The kind of a result of findObjects(), segment() or vote().
+export function kindOf(result) {
+  const { centers, labels } = object("result", result);
+  return centers ? "vote" : labels ? "segment" : "find";
 }
 
 // The names of the options in native/request.cpp.

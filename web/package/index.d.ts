@@ -58,7 +58,10 @@ export function findObjects(image: Image, options?: FindOptions): Promise<FindRe
 export function estimateSettings(image: Image): Promise<SettingsEstimate>;
 
 export interface SegmentOptions extends FindOptions {
-  /** The objects to label, such as a selection of those that findObjects() found; searched for unless given. */
+  /**
+   * The objects to label and no others, such as a selection of those that findObjects() found. Unless given, they are
+   * searched for, and regions that stand out like theirs are labelled, too.
+   */
   objects?: Pick<FoundObject, "x" | "y" | "radius">[] | FoundObject[];
   /** The settings of the given objects, as findObjects() returned them. */
   settings?: SettingsEstimate;
@@ -107,7 +110,7 @@ export interface SegmentResult {
   labels: Labels;
   /** The region of label k at k - 1. */
   regions: (RegionMeasures & { score: number })[];
-  /** The object of each region. */
+  /** The object of each region; its `coverage` is 0 for one that has no center that the search finds. */
   objects: FoundObject[];
   /** Undefined for objects that were given without settings. */
   settings?: SettingsEstimate;

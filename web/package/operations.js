@@ -1,5 +1,8 @@
 // The functions of the package on top of `perform(request)`, which runs a request in the module.
-import { checkedImage, checkedLabels, checkedObjects, checkedOptions, nativeOptions } from "./checks.js";
+import {
+  checkedImage, checkedLabels, checkedObjects, checkedOptions, checkedSettings, checkedVote, kindOf, nativeOptions,
+  optionsObject,
+} from "./checks.js";
 
 const REGION = [
   "label",
@@ -64,13 +67,14 @@ export function operations(perform) {
     return (await run({ do: "estimate", image: checkedImage(image) })).json.settings;
   }
 
-  async function segment(image, { objects, settings, measure, ...options } = {}) {
+  async function segment(image, given) {
+    const { objects, settings, measure, ...options } = optionsObject(given);
     const checked = checkedOptions("segment", options);
     const request = { do: "segment", image: checkedImage(image), options: nativeOptions(checked) };
     if (measure) request.measured = measuredLike(request.image, measure);
     if (objects) {
       request.objects = checkedObjects(objects);
-      if (settings) request.options.polarity = settings.polarity;
+      if (settings) request.options.polarity = checkedSettings(settings).polarity;
     }
     const answer = await run(request);
     const kept = objectsIn(answer);
@@ -108,21 +112,22 @@ export function operations(perform) {
     return { centers: rowsIn(numbers, ["x", "y", "weight"]), settings: json.settings, options: checked };
   }
 
-  async function encode(image, result, format, { measure, ...facts } = {}) {
+  async function encode(image, result, format, given) {
+    const { measure, ...facts } = optionsObject(given);
+    const kind = kindOf(result);
+    const known = FORMATS[kind];
+    if (!known.includes(format)) throw new RangeError(`format must be one of ${known.join(", ")}, not ${format}`);
     const request = {
       do: "encode",
       format,
-      kind: result.centers ? "vote" : result.labels ? "segment" : "find",
+      kind,
       image: checkedImage(image),
-      options: nativeOptions(result.options ?? {}),
-      settings: result.settings,
+      options: nativeOptions(checkedOptions(kind, result.options)),
       facts: checkedOptions("encode", facts),
     };
-    const known = FORMATS[request.kind];
-    if (!known.includes(format)) throw new RangeError(`format must be one of ${known.join(", ")}, not ${format}`);
-    if (request.kind === "vote") request.centers = result.centers;
-    else request.objects = checkedObjects(result.objects);
-    if (request.kind === "segment") {
+    if (kind === "vote") Object.assign(request, checkedVote(result));
+    else Object.assign(request, { objects: checkedObjects(result.objects), settings: checkedSettings(result.settings) });
+    if (kind === "segment") {
       request.labels = checkedLabels(result.labels);
       requireSameSize(request.image, result.labels, "labels");
       if (measure) request.measured = measuredLike(request.image, measure);

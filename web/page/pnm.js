@@ -1,5 +1,7 @@
 // Binary PGM and PPM files (P5 and P6) of 8 or 16 bits.
 
+import { requireSize } from "./image_size.js";
+
 // The image in `bytes`. Throws for other files.
 export function readPnm(bytes) {
   let at = 2;
@@ -18,6 +20,8 @@ export function readPnm(bytes) {
   };
   const channels = bytes[1] === 0x36 ? 3 : 1;
   const [width, height, max] = [next(), next(), next()];
+  requireSize(width, height);
+  if (max < 1 || max > 65535) throw new Error(`is a damaged PGM or PPM file: its largest value is ${max}`);
   const count = width * height * channels;
   const start = ++at; // behind one blank
   const size = max > 255 ? 2 : 1;

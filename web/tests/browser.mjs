@@ -10,7 +10,7 @@ const ARGUMENTS = [
   "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
   "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage",
 ];
-export const PATIENCE = 60_000;
+export const PATIENCE = 240_000;
 
 const { server, address } = await serve(join(built, "page"));
 export const browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: ARGUMENTS });

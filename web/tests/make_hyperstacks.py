@@ -28,11 +28,10 @@ for order in itertools.permutations("TZC"):
         photometric="minisblack",
         metadata={
             "axes": f"{axes}YX",
-            "Channel": {"Name": ["DAPI", "\u00b5-tubulin"]},
+            "Channel": {"Name": ["DAPI", "tubulin"]},
             "PhysicalSizeX": 325.0,
             "PhysicalSizeXUnit": "nm",
             "PhysicalSizeY": 0.325,
-            "PhysicalSizeYUnit": "\u00b5m",
         },
     )
     print(name)
@@ -41,6 +40,6 @@ tifffile.imwrite(
     planes,
     imagej=True,
     resolution=(3.2, 3.2),
-    metadata={"axes": "TZCYX", "unit": "\u00b5m"},
+    metadata={"axes": "TZCYX", "unit": "\\u00B5m"},
 )
 print("hyperstack.tif")

@@ -102,6 +102,23 @@ test("arguments of another type or out of range are errors", async () => {
     [RangeError, "labels must be from 0", () => measureLabels({ data: Int32Array.of(-1), width: 1, height: 1 }, small)],
     [TypeError, "whole numbers", () => measureLabels({ data: new Float32Array(4), width: 2, height: 2 }, small)],
     [RangeError, "format must be one of", () => encode(image, found, "labels")],
+    [TypeError, "result must be an object", () => encode(image, null, "csv")],
+    [TypeError, "objects must be an array", () => encode(image, {}, "csv")],
+    [TypeError, "settings must be an object", () => encode(image, { objects: [] }, "csv")],
+    [RangeError, "settings.polarity", () => encode(image, { ...found, settings: { ...found.settings, polarity: "x" } }, "csv")],
+    [TypeError, "centers must be an array", () => encode(image, { centers: 1 }, "csv")],
+    [TypeError, "centers[0].x must be a number", () => encode(image, { centers: [{}], settings: { coneWidth: 1, sigma: 1, gradient: 1 } }, "csv")],
+    [TypeError, "options must be an object, not 3", () => segment(image, 3)],
+    [TypeError, "options must be an object, not null", () => segment(image, null)],
+    [RangeError, "settings.polarity", () => segment(image, { objects: [], settings: { radius: 1, polarity: "both", confidence: 1 } })],
+    [RangeError, "image.width must be from 1", () => findObjects({ ...small, width: -2, height: -2 })],
+    [TypeError, "not bigint", () => findObjects({ ...small, width: 2n })],
+    [TypeError, "not DataView", () => findObjects({ ...small, data: new DataView(new ArrayBuffer(4)) })],
+    [RangeError, "image.data has 0 numbers", () => {
+      const data = new Uint8Array(4);
+      structuredClone(data, { transfer: [data.buffer] });
+      return findObjects({ ...small, data });
+    }],
   ];
   for (const [type, text, call] of wrong) {
     await assert.rejects(call, (error) => error instanceof type && error.message.includes(text), text);
