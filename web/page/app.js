@@ -37,9 +37,20 @@ const markKey = (object) => `${object.x},${object.y}`;
 function show(item) {
   document.body.classList.toggle("has-images", project.items.length > 0);
   list.show();
+  showPlace();
   if (item && item !== project.active) return;
   showPlane();
   showResult();
+}
+
+function showPlace() {
+  const { items, active } = project;
+  const at = items.indexOf(active);
+  $("steps").hidden = items.length < 2;
+  $("place").textContent = `${at + 1} / ${items.length}`;
+  // Not disabled, which would take the focus away.
+  $("previous").setAttribute("aria-disabled", String(at <= 0));
+  $("next").setAttribute("aria-disabled", String(at >= items.length - 1));
 }
 
 async function showPlane() {
@@ -324,6 +335,8 @@ function setUpControls() {
     contrast = null;
     showPicture();
   });
+  $("previous").addEventListener("click", () => step(-1));
+  $("next").addEventListener("click", () => step(1));
   $("zoom-in").addEventListener("click", () => viewer.zoom(1.5));
   $("zoom-out").addEventListener("click", () => viewer.zoom(1 / 1.5));
   $("fit").addEventListener("click", () => viewer.fit());
