@@ -18,6 +18,7 @@ using formats::SampleType;
 
 template <class T>
 const T* pointerIn(const Json& json) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): JavaScript knows addresses as numbers only.
   return reinterpret_cast<const T*>(json.at("data").get<std::uintptr_t>());
 }
 
