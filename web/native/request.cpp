@@ -155,6 +155,9 @@ formats::ImageFacts factsIn(const Json& json, const Image& img) {
   set(facts.position.c, json, "c");
   set(facts.position.z, json, "z");
   set(facts.position.t, json, "t");
+  const auto& at = facts.position;
+  facts.position.isInHyperstack = at.c.has_value() + at.z.has_value() + at.t.has_value() > 1;
+  set(facts.position.isInHyperstack, json, "hyperstack");
   set(facts.pixelSize, json, "pixelSize");
   return facts;
 }

@@ -42,7 +42,7 @@ Json jsonOf(const detect::Settings& settings);
 // The same with the "runnerUp".
 Json jsonOf(const detect::SettingsEstimate& estimate);
 
-// {"file", "frame", "c", "z", "t", "pixelSize"} for an image of this size.
+// {"file", "frame", "c", "z", "t", "hyperstack", "pixelSize"} for an image of this size.
 formats::ImageFacts factsIn(const Json& json, const Image& img);
 
 }  // namespace orva::web

@@ -93,6 +93,7 @@ const OPTIONS = {
     c: wholeFrom(0, MAX_SIZE),
     z: wholeFrom(0, MAX_SIZE),
     t: wholeFrom(0, MAX_SIZE),
+    hyperstack: flag,
     pixelSize: numberFrom(1e-9, 1e9),
   },
 };

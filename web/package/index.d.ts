@@ -206,6 +206,8 @@ export interface ImageFacts {
   c?: number;
   z?: number;
   t?: number;
+  /** Whether several axes of the file have more than one plane; unless given, whether several of c, z and t are. */
+  hyperstack?: boolean;
   /** Width and height of a pixel in micrometres. */
   pixelSize?: number;
   /** The image that was measured, as in SegmentOptions. */

@@ -43,7 +43,8 @@ function factsOf({ settings }, { name, source }) {
     t: several(source.times, settings.time),
   };
   const frame = source.pageOf({ c: plane.c ?? 0, z: plane.z ?? 0, t: plane.t ?? 0 });
-  return { file: name, frame, ...plane, pixelSize: source.pixelSize };
+  const hyperstack = [source.channels, source.slices, source.times].filter((count) => count > 1).length > 1;
+  return { file: name, frame, ...plane, hyperstack, pixelSize: source.pixelSize };
 }
 
 const field = (text) => (/[",\n\r]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text);

@@ -178,6 +178,7 @@ test("planes of every order of axes are the command's", async (t) => {
       assert.ok((await count(page)) > 0);
       const { bytes } = await saved(page, "[data-format=find-csv]");
       const words = ["--channel", String(c), "--z", String(z), "--time", String(time)];
+      assertSame((await saved(page, "[data-format=roi]")).bytes, written("segment", "--table", "a.zip", ...words, file), `ROIs of ${name}`);
       assert.equal(bytes.toString(), tableOf("find", ...words, file), `${name} ${words}`);
     }
   }
