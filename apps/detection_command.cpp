@@ -19,6 +19,7 @@
 #include "formats/image_list.h"
 #include "formats/output_file.h"
 #include "formats/size_text.h"
+#include "formats/table_file.h"
 #include "formats/text.h"
 #include "formats/thread_pool.h"
 #include "orva/util/parallel.h"
@@ -249,11 +250,11 @@ std::string DetectionCommand::workOn(const std::string& file,
                ',' + findings.summary + ',' + seconds(now - start) + '\n';
     start = now;
   }
-  const std::string text = encodeTable(found, format(), table ? table->string() : "");
+  FileContent tableContent = tableFile(table.value_or(""), std::move(found), format());
   // In a directory the table is the first.
-  if (table) contents.insert(stem ? contents.begin() : contents.end(), {*table, text});
+  if (table) contents.insert(stem ? contents.begin() : contents.end(), tableContent);
   writeResults(std::move(contents));
-  if (!table) print(text, "the table");
+  if (!table) print(tableContent, "the table");
   for (const auto& [name, report] : reports) show(name, report);
   return summary;
 }

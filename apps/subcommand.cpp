@@ -118,10 +118,11 @@ Check writableFile(const std::vector<std::string>& extensions) {
 
 Check frameNumber() { return wholeNumberIn(0, 65534); }
 
-void print(const std::string& text, const std::string& what) {
-  if (!(std::cout << text << std::flush)) {
-    throw FileError(what + " can not be written to standard output");
-  }
+void print(const std::string& text, const std::string& what) { print(FileContent{{}, text}, what); }
+
+void print(const FileContent& content, const std::string& what) {
+  content.forEachPiece([](std::string_view piece) { std::cout << piece; });
+  if (!std::cout.flush()) throw FileError(what + " can not be written to standard output");
 }
 
 std::vector<FileContent> encodeResult(const std::string& path, const std::string& extension,
@@ -149,7 +150,7 @@ void writeResults(std::vector<FileContent> results) {
     results.erase(found);
   }
   writeFiles(results);
-  if (printed) print(printed->content, "the result");
+  if (printed) print(*printed, "the result");
 }
 
 void requireSeparate(const std::vector<std::string>& inputs, const std::vector<fs::path>& results) {

@@ -98,6 +98,7 @@ Check frameNumber();
 // Writes `text` to standard output and flushes it. If that fails, throws FileError, whose message
 // calls the text `what`.
 void print(const std::string& text, const std::string& what);
+void print(const FileContent& content, const std::string& what);
 
 // As encodeImage(); for the path "-" in the format that `extension` names, which takes one file.
 std::vector<FileContent> encodeResult(const std::string& path, const std::string& extension,

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <numbers>
+#include <string_view>
 #include <utility>
 
 #include "formats/result_table.h"
@@ -119,7 +120,8 @@ void appendMeasurements(std::string& text, const Detections& d, std::size_t row)
 
 }  // namespace
 
-std::string geoJsonOf(const std::vector<Detections>& images) {
+void writeGeoJson(const std::vector<Detections>& images, const Append& append) {
+  constexpr std::size_t kPiece = 65536;  // characters
   std::string text = R"({"type":"FeatureCollection","features":[)";
   bool isFirst = true;
   for (const Detections& d : images) {
@@ -132,9 +134,18 @@ std::string geoJsonOf(const std::vector<Detections>& images) {
       text += plane + R"(},"properties":{"objectType":"detection","measurements":{)";
       appendMeasurements(text, d, row);
       text += "}}}";
+      if (text.size() < kPiece) continue;
+      append(text);
+      text.clear();
     }
   }
-  return text + "\n]}\n";
+  append(text + "\n]}\n");
+}
+
+std::string geoJsonOf(const std::vector<Detections>& images) {
+  std::string text;
+  writeGeoJson(images, [&](std::string_view piece) { text += piece; });
+  return text;
 }
 
 }  // namespace orva::formats

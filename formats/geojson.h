@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/detections.h"
+#include "formats/text.h"
 
 namespace orva::formats {
 
@@ -15,6 +16,9 @@ namespace orva::formats {
 // first pixel, whose center is at 0.5. In a file with several channels, slices or times the
 // geometry has a "plane".
 std::string geoJsonOf(const std::vector<Detections>& images);
+
+// The same, handed on in pieces of a few features.
+void writeGeoJson(const std::vector<Detections>& images, const Append& append);
 
 }  // namespace orva::formats
 

@@ -24,9 +24,24 @@ namespace fs = std::filesystem;
   throw FileError::fromErrno(path.string() + " can not be written");
 }
 
+// 0, or the error number.
+int writePieces(int file, const FileContent& content) {
+  int error = 0;
+  content.forEachPiece([&](std::string_view piece) {
+    if (error == 0) error = writeAll(file, piece);
+  });
+  return error;
+}
+
 // Writes and closes; 0, or the error number.
-int finish(int file, std::string_view content) {
-  const int error = writeAll(file, content);
+int finish(int file, const FileContent& content) {
+  int error = 0;
+  try {
+    error = writePieces(file, content);
+  } catch (...) {
+    ::close(file);
+    throw;
+  }
   const int closed = ::close(file) == 0 ? 0 : errno;
   return error != 0 ? error : closed;
 }
@@ -83,7 +98,7 @@ class StagedFile {
     const fs::file_status status = fs::status(path_, ignored);
     if (fs::is_directory(status)) fail(path_, EISDIR);
     if (const int stream = standardStream(path_); stream >= 0) {
-      if (const int error = writeAll(stream, file.content); error != 0) fail(path_, error);
+      if (const int error = writePieces(stream, file); error != 0) fail(path_, error);
       return;
     }
     // Through a link the file behind it is replaced, not the link. A file without a name of its
@@ -92,9 +107,9 @@ class StagedFile {
     target_ = fs::exists(status) ? fs::canonical(path_, unnamed) : behindLinks(path_);
     if (fs::is_symlink(fs::symlink_status(target_, ignored))) fail(path_, ELOOP);
     if (unnamed || (fs::exists(status) && !fs::is_regular_file(status))) {
-      writeDirectly(file.content);
+      writeDirectly(file);
     } else {
-      writeBeside(file.content);
+      writeBeside(file);
     }
   }
 
@@ -104,13 +119,13 @@ class StagedFile {
   }
 
  private:
-  void writeDirectly(std::string_view content) const {
+  void writeDirectly(const FileContent& content) const {
     const int file = ::open(path_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     const int error = file < 0 ? errno : finish(file, content);
     if (error != 0) fail(path_, error);
   }
 
-  void writeBeside(std::string_view content) {
+  void writeBeside(const FileContent& content) {
     // A short name: the target's own may be as long as names can be.
     temporary_.emplace(target_.parent_path(), Temporary::Kind::kFile);
     if (temporary_->error() != 0) fail(path_, temporary_->error());

@@ -3,11 +3,13 @@
 #define ORVA_FORMATS_OUTPUT_FILE_H
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "formats/temporary.h"
+#include "formats/text.h"
 
 namespace orva::formats {
 
@@ -30,6 +32,16 @@ int writeAll(int file, std::string_view content);
 struct FileContent {
   std::filesystem::path path;
   std::string content;
+  // Hands on the content piece by piece instead, where it is set. May be called several times.
+  std::function<void(const Append&)> pieces{};
+
+  void forEachPiece(const Append& append) const {
+    if (pieces) {
+      pieces(append);
+    } else {
+      append(content);
+    }
+  }
 };
 
 // As writeFile(), for files that belong together: none is put into its place before all are

@@ -12,6 +12,9 @@
 
 namespace orva::formats {
 
+// Takes the next piece of a text.
+using Append = std::function<void(std::string_view)>;
+
 // The shortest decimal text that reads back as `v`.
 std::string shortestDecimal(float v);
 // The same; whole numbers of up to 15 digits without an exponent.

@@ -11,6 +11,7 @@
 
 #include "formats/gzip.h"
 #include "formats/result_table.h"
+#include "formats/table_file.h"
 #include "tests/formats/detections_scene.h"
 
 namespace orva::test {
@@ -130,12 +131,20 @@ TEST(GeoJson, GzipHoldsTheSameBytesAndNoTime) {
 }
 
 TEST(GeoJson, IsCompressedByTheNameOfTheFile) {
-  const std::vector<Detections> images{circlesScene()};
+  const std::vector<Detections> images(2000, circlesScene());  // several pieces
   const auto encoded = [&](const std::string& path) {
     return formats::encodeTable(images, formats::TableFormat::kGeoJson, path);
   };
   EXPECT_EQ(encoded("a.geojson"), geoJsonOf(images));
   EXPECT_EQ(encoded("a.geojson.gz"), formats::gzipped(geoJsonOf(images)));
+  const auto streamed = [&](const std::string& path) {
+    std::string text;
+    const auto file = formats::tableFile(path, images, formats::TableFormat::kGeoJson);
+    file.forEachPiece([&](std::string_view piece) { text += piece; });
+    return text;
+  };
+  EXPECT_EQ(streamed("a.geojson"), encoded("a.geojson"));
+  EXPECT_EQ(streamed("a.geojson.gz"), encoded("a.geojson.gz"));
 }
 
 }  // namespace
