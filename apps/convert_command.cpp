@@ -47,45 +47,6 @@ ConvertCommand::ConvertCommand(CommandLine& line)
   addThreadsOption();
 }
 
-namespace {
-
-using Colour16 = GenericRgb<std::uint16_t>;
-
-void append(std::vector<Colour16>& pixels, const Raster& raster) {
-  const std::size_t samples = raster.pixelBytes() / sizeof(std::uint16_t);
-  for (std::size_t y = 0; y < raster.height(); ++y) {
-    const auto* from = reinterpret_cast<const std::uint16_t*>(raster.row(y));
-    for (std::size_t x = 0; x < raster.width(); ++x, from += samples) {
-      pixels.push_back({from[0], from[1], from[2]});
-    }
-  }
-}
-
-bool isColour16(const Raster& raster) {
-  return raster.isColour() && raster.type() == SampleType::kUint16;
-}
-
-// The pixels of planes in colour of 16 bits, which no image of the library holds.
-std::vector<Colour16> colour16(const ImageSource& source, const KeptPlanes& planes, int level,
-                               int& nx, int& ny) {
-  std::vector<Colour16> pixels;
-  for (const PlanarImage& image : planes.images) {
-    const int page = requiredPage(planes.axes, {image.c, image.z.value_or(0), image.t});
-    const auto raster = source.readRaster(page, level);
-    if (!isColour16(*raster) ||
-        (!pixels.empty() && (raster->width() != static_cast<std::size_t>(nx) ||
-                             raster->height() != static_cast<std::size_t>(ny)))) {
-      failForPages();
-    }
-    nx = static_cast<int>(raster->width());
-    ny = static_cast<int>(raster->height());
-    append(pixels, *raster);
-  }
-  return pixels;
-}
-
-}  // namespace
-
 // The name of the file, or one of the format that standard output has.
 std::string ConvertCommand::nameOfResult() const {
   return isStandardStream(output_) ? output_ + extension() : output_;
@@ -95,9 +56,9 @@ std::string ConvertCommand::extension() const {
   return std::string(".").append(format_.value_or("tif"));
 }
 
-void ConvertCommand::writeColour16(const std::vector<Colour16>& pixels, int nx, int ny,
-                                   const ImageAxes& axes) const {
-  std::vector<FileContent> files = encodeColour16(nameOfResult(), pixels, nx, ny, axes);
+void ConvertCommand::writeColour16(const Colour16& colour, const ImageAxes& axes) const {
+  std::vector<FileContent> files =
+      encodeColour16(nameOfResult(), colour.pixels, colour.nx, colour.ny, axes);
   files.front().path = output_;
   writeResults(std::move(files));
 }
@@ -112,12 +73,10 @@ void ConvertCommand::convertFrame(const std::string& file, ColourUse colour) con
   const int frame = *planes_.frame;
   const std::optional<Raster> raster = readFrameRaster(file, frame);
   const ChosenImages place(file, planes_.chosen());
-  if (raster && isColour16(*raster) && !stretch_ && holdsColour16(nameOfResult())) {
-    std::vector<Colour16> pixels;
-    append(pixels, *raster);
-    const auto nx = static_cast<int>(raster->width());
-    const auto ny = static_cast<int>(raster->height());
-    writeColour16(pixels, nx, ny, place.axesOf(nx, ny));
+  if (raster && Colour16::holds(*raster) && !stretch_ && holdsColour16(nameOfResult())) {
+    Colour16 all;
+    all.add(*raster);
+    writeColour16(all, place.axesOf(all.nx, all.ny));
     return;
   }
   const auto img = raster ? raster->toImage(colour) : readImageFile(file, frame, colour);
@@ -140,11 +99,9 @@ void ConvertCommand::convert() const {
     planes.kept.pixelSize.y = size.y;
   };
   if (!stretch_ && holdsColour16(name) && source.isColour16() && planes.images.front().z) {
-    int nx = 0;
-    int ny = 0;
-    const auto pixels = colour16(source, planes, planes_.level, nx, ny);
-    keepSizeAt(nx, ny);
-    writeColour16(pixels, nx, ny, planes.kept);
+    const auto planesInColour = colourPlanes<std::uint16_t>(source, planes, planes_.level);
+    keepSizeAt(planesInColour.nx, planesInColour.ny);
+    writeColour16(planesInColour, planes.kept);
     return;
   }
   PlaneStack stack;

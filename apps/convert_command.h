@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/subcommand.h"
+#include "formats/colour_planes.h"
 
 namespace orva::apps {
 
@@ -20,8 +21,8 @@ class ConvertCommand : public Subcommand {
  private:
   void convert() const;
   void convertFrame(const std::string& file, formats::ColourUse colour) const;
-  void writeColour16(const std::vector<orva::GenericRgb<std::uint16_t>>& pixels, int nx, int ny,
-                     const formats::ImageAxes& axes) const;
+  using Colour16 = ColourPlanes<std::uint16_t>;
+  void writeColour16(const Colour16& colour, const ImageAxes& axes) const;
   void writeGreyOrBytes(const orva::Image& img, const formats::ImageAxes& axes,
                         bool isUnsigned16) const;
   std::string nameOfResult() const;

@@ -29,6 +29,7 @@ def read(
     time: int | str | None = None,
     series: int | None = None,
     level: int = 0,
+    channel_axis: int | None = None,
 ) -> Image:
     """Read an image file: PGM, PPM, PNG, TIFF, IHT or UIF.
 
@@ -48,6 +49,9 @@ def read(
         Number of the image in an OME-TIFF file of several.
     level
         Number of a smaller size, in a file that stores several; 0 is the full one.
+    channel_axis
+        Where the result has an axis of colour, -1 as in scikit-image: red, green and blue, uint8 or
+        uint16. If None, colour becomes its luminance.
 
     Returns
     -------
@@ -69,6 +73,8 @@ def read(
     name = os.fsencode(path)
     chosen = plane_options(frame=frame, channel=channel, z=z, time=time, series=series, level=level)
     try:
+        if channel_axis is not None:
+            return _in_colour(described(*_orva.read_colour(name, *chosen)), channel_axis)
         if chosen.frame is not None:
             return described(*_orva.read_frame(name, chosen.frame))
         return described(*_orva.read(name, *chosen[1:]))
@@ -77,6 +83,16 @@ def read(
         for option in ("frame", "channel", "z", "time", "series", "level"):
             reason = reason.replace(f"--{option} K|NAME", f"{option}=").replace(f"--{option}", f"{option}=")
     raise OSError(f"{os.fsdecode(path)}: {reason}")
+
+
+def _in_colour(image: Image, channel_axis: int) -> Image:
+    """With the last axis, that of colour, as this one."""
+    axis = options.whole("channel_axis", channel_axis, -image.ndim, image.ndim - 1)
+    moved = np.moveaxis(image, -1, axis)
+    names = list(image.axes or ())
+    names.insert(axis if axis >= 0 else image.ndim + axis, names.pop())
+    moved.axes, moved.pixel_size, moved.channel_names = tuple(names), image.pixel_size, image.channel_names
+    return moved
 
 
 class PlaneOptions(NamedTuple):

@@ -133,6 +133,17 @@ def read(
     each_time: bool,
     level: int,
 ) -> tuple[Pixels, tuple[str, ...], PixelSizes, tuple[str, ...], bool]: ...
+def read_colour(
+    path: bytes,
+    frame: int | None,
+    series: int | None,
+    channel: str | None,
+    z: int | None,
+    slices: str,
+    time: int | None,
+    each_time: bool,
+    level: int,
+) -> tuple[npt.NDArray[Any], tuple[str, ...], PixelSizes, tuple[str, ...], bool]: ...
 def write(
     path: bytes,
     image: AnyArray,

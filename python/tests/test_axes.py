@@ -296,6 +296,30 @@ def test_wrong_descriptions_are_not_written(tmp_path, attribute, value, error):
     assert not (tmp_path / "b.ome.tif").exists()
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "uint16"])
+@pytest.mark.parametrize("name", ["a.tif", "a.png"])
+def test_colour_is_read_with_an_axis(tmp_path, dtype, name):
+    array = np.arange(4 * 5 * 3).reshape(4, 5, 3).astype(dtype) * (1 if dtype == "uint8" else 900)
+    orva.write(tmp_path / name, array, channel_axis=-1)
+    for options in ({}, {"frame": 0}):
+        image = orva.read(tmp_path / name, channel_axis=-1, **options)
+        assert (image.dtype, image.axes) == (dtype, ("y", "x", "rgb"))
+        np.testing.assert_array_equal(image, array)
+        first = orva.read(tmp_path / name, channel_axis=0, **options)
+        assert first.axes == ("rgb", "y", "x")
+        np.testing.assert_array_equal(first, np.moveaxis(array, -1, 0))
+        grey = orva.read(tmp_path / name, **options)
+        np.testing.assert_array_equal(grey, orva.luminance(image))
+    with pytest.raises(ValueError, match="channel_axis"):
+        orva.read(tmp_path / name, channel_axis=3)
+
+
+def test_grey_has_no_axis_of_colour(tmp_path):
+    orva.write(tmp_path / "a.tif", np.zeros((4, 5), np.uint8))
+    with pytest.raises(OSError, match="holds no colour of 8 or 16 bits"):
+        orva.read(tmp_path / "a.tif", channel_axis=-1)
+
+
 def test_colour_is_written_with_the_size_of_a_pixel(tmp_path):
     image = np.zeros((4, 5, 3), np.uint8).view(orva.Image)
     image.pixel_size = {"x": 0.5, "y": 0.5}
