@@ -171,8 +171,9 @@ std::vector<fs::path> DetectionCommand::batchFiles(const std::string& image) con
 bool DetectionCommand::isPrinted() const { return !tableFile_ || isStandardStream(*tableFile_); }
 
 ImageFacts DetectionCommand::factsOf(const Input& input) {
-  return {input.file,    input.place.page, input.img.nx(),       input.img.ny(),
-          input.place.t, input.place.z,    input.place.position, input.pixelSize};
+  const InputImages::Place& place = input.place;
+  return {input.file, place.page,     input.img.nx(),   input.img.ny(), place.t,
+          place.z,    place.position, place.projection, place.level,    input.pixelSize};
 }
 
 PixelSize DetectionCommand::pixelSizesOf(const InputImages& images, const Image& img) const {

@@ -31,12 +31,17 @@ ChosenImages::Place ChosenImages::placeOf(std::size_t i) const {
   if (frame_) return {{}, {}, *frame_, {}};
   const auto several = [](int n, std::optional<int> k) { return n > 1 ? k : std::nullopt; };
   const PlanarImage& image = selection_.images[i];
+  const bool isProjected = selection_.axes.nz > 1 && !image.z && !isVolume_;
+  const char* of = image.projection == Projection::kMean ? "mean" : "max";
+  const char* projection = isProjected ? of : "";
   return {selection_.variesInT ? std::optional(image.t) : std::nullopt,
           selection_.variesInZ ? image.z : std::nullopt,
           selection_.axes.pageOf({image.c, image.z.value_or(0), image.t}),
           {several(selection_.axes.nc, image.c), several(selection_.axes.nz, image.z),
            several(selection_.axes.nt, image.t),
-           (selection_.axes.nc > 1) + (selection_.axes.nz > 1) + (selection_.axes.nt > 1) > 1}};
+           (selection_.axes.nc > 1) + (selection_.axes.nz > 1) + (selection_.axes.nt > 1) > 1},
+          projection,
+          level_};
 }
 
 PixelSize ChosenImages::pixelSizeOf(int nx, int ny) const {

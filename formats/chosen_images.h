@@ -42,6 +42,8 @@ class ChosenImages {
     std::optional<int> z;
     int page;  // of the file; the first of a projection
     StackPosition position{};
+    const char* projection = "";  // "max" or "mean" of several slices
+    int level = 0;
   };
   Place placeOf(std::size_t i) const;
   // Image `i` below count(). Throws FileError as readPlanar(), readVolume() and, for a frame,

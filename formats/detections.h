@@ -26,6 +26,8 @@ struct ImageFacts {
   std::optional<int> t{};
   std::optional<int> z{};
   StackPosition position{};
+  std::string projection{};  // "max" or "mean" of several slices
+  int level = 0;
   // Micrometres per pixel, of an image with square pixels of known size.
   std::optional<double> pixelSize{};
   // The file and the channel whose brightness is measured, where these are others.

@@ -36,8 +36,12 @@ Json jsonValue(Kind kind, double v) {
 
 std::string documentOf(const Detections& d) {
   Json document{{"image", d.facts.file}, {"frame", d.facts.frame}};
-  if (d.facts.t) document["t"] = *d.facts.t;
-  if (d.facts.z) document["z"] = *d.facts.z;
+  const auto& position = d.facts.position;
+  if (const auto t = d.facts.t ? d.facts.t : position.t) document["t"] = *t;
+  if (const auto z = d.facts.z ? d.facts.z : position.z) document["z"] = *z;
+  if (position.c) document["channel"] = *position.c;
+  if (!d.facts.projection.empty()) document["projection"] = d.facts.projection;
+  if (d.facts.level > 0) document["level"] = d.facts.level;
   document["width"] = d.facts.width;
   document["height"] = d.facts.height;
   if (d.facts.pixelSize) document["pixel_size_um"] = *d.facts.pixelSize;

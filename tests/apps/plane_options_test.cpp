@@ -145,6 +145,26 @@ TEST_F(PlaneOptions, EveryPlaneIsReached) {
   }
 }
 
+TEST_F(PlaneOptions, JsonSaysWhatWasSearched) {
+  const auto searched = [&](const std::vector<std::string>& options) {
+    std::vector<std::string> call{"find",   "--quiet", "--format", "json",
+                                  "--time", "0",       "--channel"};
+    call.insert(call.end(), options.begin(), options.end());
+    call.push_back("ome.tif");
+    return json::parse(box.run(call).out);
+  };
+  const json projected = searched({"GFP"});
+  EXPECT_EQ(projected.at("channel"), 1);
+  EXPECT_EQ(projected.at("projection"), "max");
+  EXPECT_FALSE(projected.contains("level"));
+  EXPECT_EQ(searched({"0", "--z", "mean"}).at("projection"), "mean");
+  const json slice = searched({"0", "--z", "2"});
+  EXPECT_EQ(slice.at("channel"), 0);
+  EXPECT_EQ(slice.at("z"), 2);
+  EXPECT_EQ(slice.at("t"), 0);
+  EXPECT_FALSE(slice.contains("projection"));
+}
+
 TEST_F(PlaneOptions, NumbersAreReadAsOtherNumbersAre) {
   const auto found = [&](const std::string& z) {
     return box.run({"find", "--quiet", "--channel", "0", "--z", z, "--time", "1", "ome.tif"}).out;

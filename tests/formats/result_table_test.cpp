@@ -7,6 +7,7 @@
 #include <string>
 
 #include "formats/geojson.h"
+#include "formats/gzip.h"
 #include "tests/formats/detections_scene.h"
 
 namespace orva::test {
