@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 #include "formats/png_encoder.h"
 
@@ -51,6 +52,48 @@ Picture greyPicture(const orva::Image& img) {
   return orva::toRgbImage(*plane);
 }
 
+// The range of most of a plane, three times as wide as that of all pixels but one in 500.
+struct Range {
+  float low;
+  float high;
+};
+
+// None of few pixels, or equal ones.
+std::optional<Range> commonRange(const orva::Image& plane) {
+  constexpr std::ptrdiff_t kTail = 1000;  // one pixel in so many lies beyond on either side
+  std::vector<float> values;
+  values.reserve(static_cast<std::size_t>(plane.npix()));
+  for (int i = 0; i < plane.npix(); ++i) {
+    if (const float v = plane.pixel(i); std::isfinite(v)) values.push_back(v);
+  }
+  const auto tail = static_cast<std::ptrdiff_t>(values.size()) / kTail;
+  if (tail == 0) return std::nullopt;
+  std::nth_element(values.begin(), values.begin() + tail, values.end());
+  const float low = values[static_cast<std::size_t>(tail)];
+  std::nth_element(values.begin(), values.end() - 1 - tail, values.end());
+  const float high = *(values.end() - 1 - tail);
+  const float width = high - low;
+  if (!(width > 0) || !std::isfinite(3 * width)) return std::nullopt;
+  return Range{low - width, high + width};
+}
+
+// The same without outliers.
+Picture calmPicture(const orva::Image& img) {
+  const std::unique_ptr<orva::Image> plane(img.frame(0));
+  const bool isGrey = plane->format() <= orva::UINT;
+  const auto range = isGrey ? commonRange(*plane) : std::nullopt;
+  if (!range) return orva::toRgbImage(*plane);
+  orva::image<float> calm(plane->nx(), plane->ny(), 1, 1, 1);
+  bool isCalm = true;
+  for (int i = 0; i < plane->npix(); ++i) {
+    const float v = plane->pixel(i);
+    const float kept = v > range->low ? std::min(v, range->high) : range->low;  // of a NaN, low
+    isCalm = isCalm && kept == v;
+    calm.pixels()[i] = kept;
+  }
+  return isCalm ? orva::toRgbImage(*plane) : orva::toRgbImage(calm);
+}
+
 constexpr Colour kOrange{255, 128, 0};
 constexpr Colour kBlack{0, 0, 0};
 // To be told apart from each other and from any grey.
@@ -70,7 +113,7 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& cent
 }
 
 std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Object>& objects) {
-  Picture picture = greyPicture(img);
+  Picture picture = calmPicture(img);
   const auto half = [](const detect::Object& o) { return std::clamp(o.radius / 20, 0.7F, 2.0F); };
   for (const detect::Object& o : objects) drawCircle(picture, o, half(o) + 1, kBlack);
   for (const detect::Object& o : objects) drawCircle(picture, o, half(o), kOrange);
@@ -78,7 +121,7 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Objec
 }
 
 std::string outlinesAsPng(const orva::Image& img, const orva::image<int>& labels) {
-  Picture picture = greyPicture(img);
+  Picture picture = calmPicture(img);
   const int nx = labels.nx();
   const int ny = labels.ny();
   const auto at = [&](int x, int y) {

@@ -15,10 +15,12 @@ namespace orva::formats {
 // a black rim, their arms a quarter of `radius` long but readable in any case.
 std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& centers, int radius);
 
-// The same with an orange circle of its radius around each object.
+// The same with an orange circle of its radius around each object. Values that are not finite, or
+// far beyond those of nearly all pixels (hot pixels, dust), do not count for the range of a grey
+// image: they become black or white.
 std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Object>& objects);
 
-// The same with an outline of each label above 0, one pixel wide: its pixels with one of their four
+// As the picture with circles, with an outline of each label above 0, one pixel wide: its pixels with one of their four
 // neighbours outside the label or the image. The colour is one of six, by the label.
 std::string outlinesAsPng(const orva::Image& img, const orva::image<int>& labels);
 

@@ -112,6 +112,27 @@ TEST(Overlay, FollowsTheFrame) {
   expectOverlay(readRgbPng(box / "overlay.png"), picture, parseCsv(outcome.out));
 }
 
+TEST(Overlay, HotPixelsDoNotBlackenFoundObjects) {
+  Picture picture = scaled(discs(200, 200, {{60, 60, 12}, {140, 130, 12}}), 20);
+  picture.values[5] = picture.values[199 * 200 + 7] = 65535;
+  const Sandbox box;
+  TiffFile(box / "hot.tif").page(picture, {.bits = 16});
+  for (const std::vector<std::string>& call :
+       std::vector<std::vector<std::string>>{{"find", "--overlay", "a.png", "hot.tif"},
+                                             {"segment", "--outlines", "a.png", "hot.tif"}}) {
+    SCOPED_TRACE(call.front());
+    const Outcome outcome = box.run(call);
+    EXPECT_EQ(outcome.status, 0);
+    const RgbPicture overlay = readRgbPng(box / "a.png");
+    for (const auto& [x, y] : {std::pair(60, 60), std::pair(140, 130)}) {
+      EXPECT_GT(overlay.at(x, y)[0], 100);
+      EXPECT_LT(overlay.at(x, y)[0], 160);
+    }
+    EXPECT_EQ(overlay.at(5, 0)[0], 255);
+    EXPECT_LT(overlay.at(100, 20)[0], 30);
+  }
+}
+
 // Marks that stick out are cut off, with any size of image and mark.
 TEST(Overlay, MarksStayInsideTheImage) {
   const Sandbox box;
