@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "formats/file_error.h"
+#include "formats/zip64.h"
 
 namespace orva::formats {
 
@@ -82,10 +83,12 @@ void ZipArchive::add(const std::string& name, std::string_view content) {
   const bool isWritten = zipWriteInFileInZip(archive_, content.data(),
                                              static_cast<unsigned>(content.size())) == ZIP_OK;
   require(zipCloseFileInZip(archive_) == ZIP_OK && isWritten);
+  ++files_;
 }
 
 std::string ZipArchive::finished() {
   require(zipClose(std::exchange(archive_, nullptr), nullptr) == ZIP_OK);
+  completeZipEnd(bytes_, files_);
   return std::move(bytes_);
 }
 

@@ -27,6 +27,7 @@ class ZipArchive {
 
   std::string bytes_;
   std::size_t position_ = 0;
+  std::size_t files_ = 0;
   void* archive_ = nullptr;
 };
 

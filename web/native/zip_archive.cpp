@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/zip64.h"
 #include "web/native/deflate.h"
 
 namespace orva::formats {
@@ -87,6 +88,7 @@ std::string ZipArchive::finished() {
   append32(bytes_, size);
   append32(bytes_, start);
   append16(bytes_, 0);  // length of the comment
+  completeZipEnd(bytes_, files.size());
   return std::move(bytes_);
 }
 
