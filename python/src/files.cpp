@@ -115,7 +115,7 @@ formats::KeptPlanes keptOf(const formats::ImageSource& source, const formats::Pl
 }
 
 // The sizes of the axes before y and x, and the notes on planes of nx by ny pixels.
-Shape shapeOf(const formats::ImageSource& source, const formats::KeptPlanes& planes, int nx, int ny,
+Shape fileShape(const formats::ImageSource& source, const formats::KeptPlanes& planes, int nx, int ny,
               Notes& notes) {
   Shape shape;
   const formats::ImageAxes& kept = planes.kept;
@@ -145,7 +145,7 @@ py::tuple read(const std::string& path, const std::optional<int>& series,
       stack.add(formats::readPlanar(source, planes.axes, image, level));
     }
     std::unique_ptr<orva::Image> pixels = stack.take();
-    shape = shapeOf(source, planes, pixels->nx(), pixels->ny(), notes);
+    shape = fileShape(source, planes, pixels->nx(), pixels->ny(), notes);
     notes.isUnsigned16 = source.isUnsigned16();
     return pixels;
   });
@@ -189,7 +189,7 @@ Colour colourOfPlanes(const formats::ImageSource& source, const formats::PlaneCh
       [&](auto& all) {
         using Value = typename std::decay_t<decltype(all)>::Value;
         all = formats::colourPlanes<Value>(source, planes, level);
-        shape = shapeOf(source, planes, all.nx, all.ny, notes);
+        shape = fileShape(source, planes, all.nx, all.ny, notes);
       },
       colour);
   return colour;
