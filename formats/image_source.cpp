@@ -7,6 +7,7 @@
 
 #include "formats/file_error.h"
 #include "formats/ome_xml.h"
+#include "formats/text.h"
 #include "formats/tiff_file.h"
 
 namespace orva::formats {
@@ -94,8 +95,7 @@ void ImageSource::requireLevel(int page, int level) const {
   if (level == 0) return;
   const int levels = tiff_ ? tiff_->levels(page) : 1;
   if (level > 0 && level < levels) return;
-  throw FileError("has no level " + std::to_string(level) + "; there are 0 to " +
-                  std::to_string(levels - 1));
+  throw FileError("has no level " + std::to_string(level) + "; " + numbersBelow(levels));
 }
 
 void ImageSource::requireSizeOfFirst(std::size_t nx, std::size_t ny, int level) const {

@@ -20,8 +20,8 @@ std::string listOf(const std::vector<std::string>& names) {
 
 void requireBelow(int number, int count, const char* axis) {
   if (number < count) return;
-  throw FileError(std::string("has no ") + axis + ' ' + std::to_string(number) +
-                  "; there are 0 to " + std::to_string(count - 1));
+  throw FileError(std::string("has no ") + axis + ' ' + std::to_string(number) + "; " +
+                  numbersBelow(count));
 }
 
 int channelOf(const ImageAxes& axes, const PlaneChoice& choice) {
@@ -91,7 +91,7 @@ int numberOfChannel(const ImageAxes& axes, const std::string& channel) {
   }
   const std::string shown = number ? channel : '"' + channel + '"';
   throw FileError((named == 0 ? "has no channel " : "has several channels ") + shown +
-                  "; there are " + listOf(names));
+                  (names.size() == 1 ? "; there is only " : "; there are ") + listOf(names));
 }
 
 int requiredPage(const ImageAxes& axes, const PlaneIndex& plane) {

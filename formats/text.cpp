@@ -123,6 +123,10 @@ std::string numberedList(std::size_t count, const std::function<std::string(std:
   return list + (count > kListed ? ", ..." : "");
 }
 
+std::string numbersBelow(int count) {
+  return count == 1 ? "there is only 0" : "there are 0 to " + std::to_string(count - 1);
+}
+
 std::string csvField(const std::string& text) {
   if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
   std::string quoted = "\"";

@@ -54,6 +54,9 @@ std::string quotedName(std::string_view name);
 // "0A, 1B, 2C", with textOf(i) behind each number, of the first 20.
 std::string numberedList(std::size_t count, const std::function<std::string(std::size_t)>& textOf);
 
+// The numbers below a count of at least 1, as the end of a message: "there are 0 to 4".
+std::string numbersBelow(int count);
+
 // One field of a CSV row, in quotes where its characters need them.
 std::string csvField(const std::string& text);
 

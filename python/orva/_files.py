@@ -88,7 +88,7 @@ def read(
 def _in_colour(image: Image, channel_axis: int) -> Image:
     """With the last axis, that of colour, as this one."""
     axis = options.whole("channel_axis", channel_axis, -image.ndim, image.ndim - 1)
-    moved = np.moveaxis(image, -1, axis)
+    moved = np.moveaxis(image, -1, axis).view(Image)
     names = list(image.axes or ())
     names.insert(axis if axis >= 0 else image.ndim + axis, names.pop())
     moved.axes, moved.pixel_size, moved.channel_names = tuple(names), image.pixel_size, image.channel_names

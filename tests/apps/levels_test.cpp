@@ -103,7 +103,7 @@ TEST_F(Levels, OfWideColourAreRead) {
   }
   EXPECT_TRUE(succeeded(convert("a.tif", "wide.png", {})));
   EXPECT_TRUE(failedWithOneLine(convert("wide.png", "out.tif", {"--level", "1"}), "wide.png",
-                                "has no level 1; there are 0 to 0"));
+                                "has no level 1; there is only 0"));
 }
 
 // A mask, a macro picture of the same size, and one that does not say what it is.

@@ -196,7 +196,8 @@ TEST_F(PlaneOptions, JsonIsAnArrayOfDocuments) {
   const json documents = json::parse(outcome.out);
   ASSERT_EQ(documents.size(), 2U);
   EXPECT_EQ(documents[1].at("t"), 1);
-  EXPECT_FALSE(documents[1].contains("z"));
+  EXPECT_EQ(documents[1].at("z"), 1);
+  EXPECT_EQ(documents[1].at("channel"), 1);
   EXPECT_EQ(documents[1].at("frame"), 9);  // the page of channel 1, slice 1, time 1
   EXPECT_EQ(documents[1].at("objects").size(), 1U);
 }

@@ -70,6 +70,7 @@ TEST(PlaneChoice, SeveralChannelsAreListed) {
   EXPECT_EQ(errorOf(axes, channel("3")), "has no channel 3; there are 0 \"DAPI\", 1, 2 \"GFP\"");
   EXPECT_EQ(errorOf(axesOf({"a", "a"}, 1, 1), channel("a")),
             "has several channels \"a\"; there are 0 \"a\", 1 \"a\"");
+  EXPECT_EQ(errorOf(axesOf({""}, 1, 1), channel("RFP")), "has no channel \"RFP\"; there is only 0");
 }
 
 // Wavelengths, for example.

@@ -103,7 +103,9 @@ TYPED_TEST(DecimalText, ReadingIsThatOfFromChars) {
     const auto b = std::from_chars(text.data(), text.data() + text.size(), theirs);
     EXPECT_EQ(a.ec, b.ec) << text;
     EXPECT_EQ(a.ptr, b.ptr) << text;
-    if (!std::isnan(theirs)) EXPECT_EQ(mine, theirs) << text;
+    if (!std::isnan(theirs)) {
+      EXPECT_EQ(mine, theirs) << text;
+    }
   }
 }
 
