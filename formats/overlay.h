@@ -20,8 +20,9 @@ std::string overlayAsPng(const orva::Image& img, const std::vector<Center>& cent
 // image: they become black or white.
 std::string overlayAsPng(const orva::Image& img, const std::vector<detect::Object>& objects);
 
-// As the picture with circles, with an outline of each label above 0, one pixel wide: its pixels with one of their four
-// neighbours outside the label or the image. The colour is one of six, by the label.
+// As the picture with circles, with an outline of each label above 0, one pixel wide: its pixels
+// with one of their four neighbours outside the label or the image. The colour is one of six, by
+// the label.
 std::string outlinesAsPng(const orva::Image& img, const orva::image<int>& labels);
 
 }  // namespace orva::formats

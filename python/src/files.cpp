@@ -115,8 +115,8 @@ formats::KeptPlanes keptOf(const formats::ImageSource& source, const formats::Pl
 }
 
 // The sizes of the axes before y and x, and the notes on planes of nx by ny pixels.
-Shape fileShape(const formats::ImageSource& source, const formats::KeptPlanes& planes, int nx, int ny,
-              Notes& notes) {
+Shape fileShape(const formats::ImageSource& source, const formats::KeptPlanes& planes, int nx,
+                int ny, Notes& notes) {
   Shape shape;
   const formats::ImageAxes& kept = planes.kept;
   const auto add = [&](int count, const char* name) {
