@@ -5,7 +5,22 @@ import { isOmeXml, omeAxes } from "./ome_xml.js";
 const SCREEN = 20; // micrometres from which a resolution is that of a screen or a printer
 const RESOLUTION_UNITS = { 2: "inch", 3: "cm" };
 
-const sideOf = (resolution, unit) => (resolution > 0 ? micrometres(1 / resolution, unit) : undefined);
+// The shortest decimal number that is nearest to the same number of 32 bits.
+function shortestSingle(value) {
+  const single = Math.fround(value);
+  for (let digits = 1; digits < 9; ++digits) {
+    const shorter = Number(single.toPrecision(digits));
+    if (Math.fround(shorter) === single) return shorter;
+  }
+  return Number(single.toPrecision(9));
+}
+
+// A resolution has 32 bits in the file; its size has the digits that such a number has.
+function sideOf(resolution, unit) {
+  const side = resolution > 0 ? micrometres(1 / resolution, unit) : undefined;
+  const shorter = side === undefined ? 0 : shortestSingle(side);
+  return shorter > 0 && Number.isFinite(shorter) ? shorter : side;
+}
 
 // Pages without a description are slices.
 function plainAxes(facts) {
