@@ -1,5 +1,6 @@
-"""Stacks of two channels, three slices and two times in every order of axes: make_hyperstacks.py IMAGE.pgm FOLDER
+"""Stacks of two channels, three slices and two times in every order of axes.
 
+make_hyperstacks.py IMAGE.pgm FOLDER
 Prints the names of the files."""
 
 import itertools
