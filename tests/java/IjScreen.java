@@ -30,7 +30,7 @@ import javax.swing.JLabel;
  * ImageJ on a screen, with the jar among its plugins and its preferences in a folder of its own.
  */
 final class IjScreen {
-  private static final long PATIENCE_MS = 20_000;
+  private static final long PATIENCE_MS = 60_000;
   private static final List<String> TITLES =
       List.of("Circular Voting", "Find Objects", "Segment Objects");
 
@@ -72,8 +72,19 @@ final class IjScreen {
     return value;
   }
 
+  /** An open dialog that a thread waits for: one that ends sooner would be waited for forever. */
   static GenericDialog dialog() throws InterruptedException {
-    return await("the dialog", () -> openDialog());
+    return await("the dialog", () -> isWaitedFor() ? openDialog() : null);
+  }
+
+  private static boolean isWaitedFor() {
+    return Thread.getAllStackTraces().values().stream().anyMatch(
+        frames -> Arrays.stream(frames).skip(1).anyMatch(IjScreen::isWaiting));
+  }
+
+  private static boolean isWaiting(StackTraceElement frame) {
+    return frame.getClassName().equals("java.awt.WaitDispatchSupport")
+        && frame.getMethodName().equals("enter");
   }
 
   static GenericDialog openDialog() {
