@@ -15,7 +15,8 @@ TEST(ZipArchive, OfMoreFilesThan16BitsCountHasAWideEnd) {
   const std::string bytes = archive.finished();
   const auto numberAt = [&](std::size_t at, int n) {
     std::size_t value = 0;
-    while (n-- > 0) value = value << 8U | static_cast<unsigned char>(bytes.at(at + n));
+    while (n-- > 0)
+      value = value << 8U | static_cast<unsigned char>(bytes.at(at + static_cast<std::size_t>(n)));
     return value;
   };
   const std::size_t end = bytes.size() - 22;
